@@ -1,0 +1,30 @@
+# SPDX-License-Identifier: Apache-2.0
+# Row kernels are written once and compiled once for each instruction set, each
+# time into a namespace of its own (lox::<set>). The sets of the target:
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|i.86|x86)$")
+  set(ORUMLOX_SETS portable sse41 avx2)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(arm|aarch64)")
+  set(ORUMLOX_SETS portable neon)
+else()
+  set(ORUMLOX_SETS portable)
+endif()
+set(ORUMLOX_FLAGS_portable "")
+set(ORUMLOX_FLAGS_sse41 -msse4.1)
+set(ORUMLOX_FLAGS_avx2 -mavx2)
+set(ORUMLOX_FLAGS_neon "")
+
+set(ORUMLOX_ROW_OBJECTS "")
+
+# add_rows(family file...): one object library rows_<family>_<set> for each set.
+function(add_rows family)
+  foreach(set IN LISTS ORUMLOX_SETS)
+    set(target rows_${family}_${set})
+    add_library(${target} OBJECT ${ARGN})
+    target_compile_definitions(${target} PRIVATE LOX_SET=${set} LOX_SET_${set}=1)
+    target_compile_options(${target} PRIVATE ${ORUMLOX_FLAGS_${set}})
+    target_link_libraries(${target} PRIVATE orumlox_build_flags)
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    list(APPEND ORUMLOX_ROW_OBJECTS $<TARGET_OBJECTS:${target}>)
+  endforeach()
+  set(ORUMLOX_ROW_OBJECTS ${ORUMLOX_ROW_OBJECTS} PARENT_SCOPE)
+endfunction()

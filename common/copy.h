@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Copies of rows for the library's own use.
+#pragma once
+
+#include <stdint.h>
+
+namespace lox {
+
+// Copies `rows` rows of `row_bytes` bytes, the steps in bytes. A count below 1
+// copies nothing.
+void copy_plane(uint8_t *dst, int32_t dst_step, const uint8_t *src,
+                int32_t src_step, int64_t row_bytes, int32_t rows);
+
+}  // namespace lox

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The row kernels of the plane copies.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "common/isa.h"
+
+namespace lox {
+
+struct CopyRows {
+  // Copies n bytes. The two ranges do not overlap.
+  void (*copy)(uint8_t *dst, const uint8_t *src, size_t n);
+};
+
+#define LOX_DECLARE(set)              \
+  namespace set {                     \
+  extern const CopyRows copy_rows;    \
+  }
+LOX_FOR_EACH_SET(LOX_DECLARE)
+#undef LOX_DECLARE
+
+}  // namespace lox

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/isa.h"
+
+namespace lox {
+
+namespace {
+
+#define LOX_NAME(set) #set,
+constexpr const char *kNames[] = {LOX_FOR_EACH_SET(LOX_NAME)};
+#undef LOX_NAME
+constexpr int kLevels = static_cast<int>(sizeof(kNames) / sizeof(kNames[0]));
+
+}  // namespace
+
+namespace detail {
+constinit int isa_level_now = 0;
+}
+
+int isa_best() {
+#if defined(__x86_64__) || defined(__i386__)
+  // These look at what the system saves of a thread's registers, too.
+  __builtin_cpu_init();
+  if (__builtin_cpu_supports("avx2")) return 2;
+  if (__builtin_cpu_supports("sse4.1")) return 1;
+  return 0;
+#else
+  return kLevels - 1;
+#endif
+}
+
+const char *isa_name(int level) {
+  return level >= 0 && level < kLevels ? kNames[level] : "none";
+}
+
+void isa_limit(int level) {
+  const int best = isa_best();
+  detail::isa_level_now = level < 0 ? 0 : level < best ? level : best;
+}
+
+namespace {
+
+// At load time: a processor's identification traps in a virtual machine and is
+// far too slow to ask for in a call.
+[[gnu::constructor]] void choose_level() { isa_limit(isa_best()); }
+
+}  // namespace
+
+}  // namespace lox

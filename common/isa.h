@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Which form of the row kernels runs. Every kernel is compiled once for each
+// instruction set of the target; a level is an index into that list, 0 being
+// the portable form. On x86 the level is chosen once, when the library is
+// loaded; on ARM there is nothing to choose.
+#pragma once
+
+// LOX_FOR_EACH_SET(X): X(set) for each set, worst first. Must agree with
+// cmake/rows.cmake.
+#if defined(__x86_64__) || defined(__i386__)
+#define LOX_FOR_EACH_SET(X) X(portable) X(sse41) X(avx2)
+#elif defined(__ARM_NEON) && defined(LOX_TRIM)
+#define LOX_FOR_EACH_SET(X) X(neon)
+#elif defined(__ARM_NEON)
+#define LOX_FOR_EACH_SET(X) X(portable) X(neon)
+#else
+#define LOX_FOR_EACH_SET(X) X(portable)
+#endif
+
+namespace lox {
+
+// The level that runs. Before the library's constructor has run, and so for
+// callers' own constructors, the lowest: slower, never wrong.
+namespace detail {
+extern int isa_level_now;
+}
+inline int isa_level() { return detail::isa_level_now; }
+
+// The highest level this machine has, and the name of a level.
+int isa_best();
+const char *isa_name(int level);
+
+// For tests and benchmarks, on one thread: runs `level`, or the best one if the
+// machine has less. Not exported.
+void isa_limit(int level);
+
+}  // namespace lox

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Blocks aligned to 32 bytes. The heap's own address is kept in the word below
+// the block and nowhere else.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "orumlox/common.h"
+
+namespace {
+
+constexpr uint32_t kAlignment = 32;
+// Room to move the start up to a multiple of 32 that leaves 4 bytes below.
+constexpr uint32_t kSlack = kAlignment + 4;
+
+// The word below holds a pointer: the heap's own alignment leaves room for one
+// of 8 bytes too.
+static_assert(alignof(std::max_align_t) >= sizeof(void *));
+
+void *allocate(uint32_t size) {
+  if (size > UINT32_MAX - kSlack) return nullptr;
+  void *const raw = std::malloc(size_t{size} + kSlack);
+  if (raw == nullptr) return nullptr;
+  const uintptr_t start = reinterpret_cast<uintptr_t>(raw);
+  const uintptr_t aligned = (start + kSlack - 1) & ~uintptr_t{kAlignment - 1};
+  char *const block = static_cast<char *>(raw) + (aligned - start);
+  std::memcpy(block - sizeof raw, &raw, sizeof raw);
+  return block;
+}
+
+void release(void *block) {
+  if (block == nullptr) return;
+  void *raw;
+  std::memcpy(&raw, static_cast<char *>(block) - sizeof raw, sizeof raw);
+  std::free(raw);
+}
+
+}  // namespace
+
+extern "C" {
+
+void *mlox_malloc_align32(uint32_t size) { return allocate(size); }
+void mlox_mfree_align32(void *block) { release(block); }
+void *mlox_malloc_fast_align32(uint32_t size) { return allocate(size); }
+void mlox_mfree_fast_align32(void *block) { release(block); }
+
+}  // extern "C"

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The row kernels of the colour-space conversions: what the drivers call and
+// each instruction set provides.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "common/isa.h"
+
+namespace lox {
+
+// How a row's luma and chroma lie in memory.
+enum YuvRowKind {
+  kRowPlanar,  // U and V of their own, one sample for two pixels
+  kRowUv,      // U, V pairs, one for two pixels
+  kRowVu,      // V, U pairs, one for two pixels
+  kRowFull,    // U and V of their own, one sample for each pixel
+  kRowYuyv,    // packed
+  kRowUyvy,    // packed
+  kYuvRowKinds
+};
+// The kinds that two luma rows can share a chroma row of come first.
+constexpr int kSharedRowKinds = kRowVu + 1;
+
+enum RgbLayout {
+  kRgb565,
+  kBgr565,
+  kRgb888,
+  kBgr888,
+  kRgba8888,
+  kBgra8888,
+  kArgb8888,
+  kAbgr8888,
+  kRgbLayouts
+};
+
+// One luma row, or two that share their chroma.
+struct YuvToRgbRows {
+  // Luma, or the packed row.
+  const uint8_t *y[2];
+  // U and V, or the pairs in the first alone.
+  const uint8_t *chroma[2];
+  uint8_t *rgb[2];
+};
+
+// `width` pixels. Nothing is read or written beyond them, but the chroma of an
+// odd width's last pixel is that of a whole pair. Source and destination do not
+// overlap.
+using YuvToRgbFn = void (*)(const YuvToRgbRows &rows, ptrdiff_t width);
+using GreyToRgbFn = void (*)(const uint8_t *y, uint8_t *rgb, ptrdiff_t width);
+
+struct CscRows {
+  YuvToRgbFn yuv_to_rgb[kYuvRowKinds][kRgbLayouts];
+  YuvToRgbFn two_yuv_to_rgb[kSharedRowKinds][kRgbLayouts];
+  GreyToRgbFn grey_to_rgb565;
+  GreyToRgbFn grey_to_rgb888;
+};
+
+#define LOX_DECLARE(set)           \
+  namespace set {                  \
+  extern const CscRows csc_rows;   \
+  }
+LOX_FOR_EACH_SET(LOX_DECLARE)
+#undef LOX_DECLARE
+
+}  // namespace lox

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Conversions between YUV layouts that have no exported kernel.
+#pragma once
+
+#include "orumlox/csc.h"
+
+namespace lox::csc {
+
+vexo_csc_kernel yuv420_to_yv12;
+
+}  // namespace lox::csc

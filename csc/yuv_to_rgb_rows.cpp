@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// YUV to RGB, BT.601 with luma 16..235, a row or two at a time. With y = Y - 16,
+// u = U - 128, v = V - 128:
+//
+//   R = clamp((298 y         + 409 v + 128) >> 8)
+//   G = clamp((298 y - 100 u - 208 v + 128) >> 8)
+//   B = clamp((298 y + 516 u         + 128) >> 8)
+//
+// The portable form computes just that. The vector form does it in 16-bit
+// lanes, to the same bytes. 298 is even, so one bit of the sums is not needed,
+// and y is taken from 40, so that sums which matter fit and others saturate on
+// the right side. With L = 149 (Y - 40), within -5960..32035:
+//
+//   R = clamp((L +         floor(409 v / 2) + 3640) >> 7)
+//   G = clamp((L -  50 u -            104 v + 3640) >> 7)
+//   B = clamp((floor(149 Y / 2)  +    129 u - 1160) >> 6)
+//
+// 3640 being 149 * 24 + 64 and 1160 being 149 * 8 - 32. The chroma parts lie
+// within -22536..29610, -15918..23352 and -17672..15223. B's would not fit with
+// seven bits; 516 being a multiple of 4, six are enough.
+#include "csc/csc_rows.h"
+#include "simd/simd.h"
+
+namespace lox::LOX_SET {
+
+namespace {
+
+// --- sources: where a pixel's samples are ---------------------------------
+
+struct Yuv {
+  int y, u, v;
+};
+
+// Two pixels share a chroma sample of planes of their own.
+struct Planar {
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = 0;
+
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2], ptrdiff_t x) {
+    return {y[x], chroma[0][x / 2], chroma[1][x / 2]};
+  }
+#if LOX_VECTORS
+  template <class V, Order O>
+  LOX_INLINE static typename V::Pairs chroma(const uint8_t *const c[2], ptrdiff_t x) {
+    return V::template load_zip<O>(c[0] + x / 2, c[1] + x / 2);
+  }
+#endif
+};
+
+// Interleaved pairs with U at place I.
+template <int I>
+struct SemiPlanar {
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = I;
+
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2], ptrdiff_t x) {
+    const uint8_t *const pair = chroma[0] + x / 2 * 2;
+    return {y[x], pair[I], pair[1 - I]};
+  }
+#if LOX_VECTORS
+  template <class V, Order O>
+  LOX_INLINE static typename V::Pairs chroma(const uint8_t *const c[2], ptrdiff_t x) {
+    return V::template load_pairs<O>(c[0] + x);
+  }
+#endif
+};
+
+// A chroma sample for each pixel.
+struct Full {
+  static constexpr bool kTwoPixels = false;
+  static constexpr int kU = 0;
+
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2], ptrdiff_t x) {
+    return {y[x], chroma[0][x], chroma[1][x]};
+  }
+#if LOX_VECTORS
+  template <class V, Order O>
+  LOX_INLINE static typename V::WPairs chroma(const uint8_t *const c[2],
+                                              ptrdiff_t x) {
+    return V::template load_zip_wide<O>(c[0] + x, c[1] + x);
+  }
+#endif
+};
+
+// Packed 4:2:2 with the first luma byte at place kLuma.
+template <int kLumaPlace>
+struct Packed {
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = 0;
+  static constexpr int kLuma = kLumaPlace;
+
+  static Yuv pixel(const uint8_t *yuv, const uint8_t *const[2], ptrdiff_t x) {
+    const uint8_t *const pair = yuv + x / 2 * 4;
+    return {pair[kLuma + x % 2 * 2], pair[1 - kLuma], pair[3 - kLuma]};
+  }
+};
+
+template <class S>
+constexpr bool kIsPacked = false;
+template <int kLuma>
+constexpr bool kIsPacked<Packed<kLuma>> = true;
+
+// --- destinations: how a pixel is packed ------------------------------------
+
+template <int kR, int kB>
+struct Rgb24 {
+  static constexpr int kBytes = 3;
+
+  static void put(uint8_t *p, int r, int g, int b) {
+    p[kR] = static_cast<uint8_t>(r);
+    p[1] = static_cast<uint8_t>(g);
+    p[kB] = static_cast<uint8_t>(b);
+  }
+#if LOX_VECTORS
+  static constexpr Order kOrder = Order::kBytes;
+  template <class V>
+  LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
+                               typename V::W16 b) {
+    const auto first = V::template narrow<7>(r);
+    const auto mid = V::template narrow<7>(g);
+    const auto last = V::template narrow<6>(b);
+    if constexpr (kR == 0) {
+      V::store3(p, first, mid, last);
+    } else {
+      V::store3(p, last, mid, first);
+    }
+  }
+#endif
+};
+
+template <int kR, int kG, int kB, int kA>
+struct Rgb32 {
+  static constexpr int kBytes = 4;
+
+  static void put(uint8_t *p, int r, int g, int b) {
+    p[kR] = static_cast<uint8_t>(r);
+    p[kG] = static_cast<uint8_t>(g);
+    p[kB] = static_cast<uint8_t>(b);
+    p[kA] = 255;
+  }
+#if LOX_VECTORS
+  static constexpr Order kOrder = Order::kQuads;
+  template <int I, class U8>
+  LOX_INLINE static U8 pick(U8 r, U8 g, U8 b, U8 a) {
+    return I == kR ? r : I == kG ? g : I == kB ? b : a;
+  }
+  template <class V>
+  LOX_INLINE static void store(uint8_t *p, typename V::W16 wide_r,
+                               typename V::W16 wide_g,
+                               typename V::W16 wide_b) {
+    const auto r = V::template narrow<7>(wide_r);
+    const auto g = V::template narrow<7>(wide_g);
+    const auto b = V::template narrow<6>(wide_b);
+    const auto a = V::fill_u8(255);
+    V::store4(p, pick<0>(r, g, b, a), pick<1>(r, g, b, a), pick<2>(r, g, b, a),
+              pick<3>(r, g, b, a));
+  }
+#endif
+};
+
+template <bool kRedHigh>
+struct Rgb16 {
+  static constexpr int kBytes = 2;
+
+  static void put(uint8_t *p, int r, int g, int b) {
+    const int high = kRedHigh ? r : b;
+    const int low = kRedHigh ? b : r;
+    const int word = high >> 3 << 11 | g >> 2 << 5 | low >> 3;
+    p[0] = static_cast<uint8_t>(word);
+    p[1] = static_cast<uint8_t>(word >> 8);
+  }
+#if LOX_VECTORS
+  static constexpr Order kOrder = Order::kWords;
+  template <class V>
+  LOX_INLINE static void store(uint8_t *p, typename V::W16 wide_r,
+                               typename V::W16 wide_g,
+                               typename V::W16 wide_b) {
+    const auto r = V::template narrow_high<7>(wide_r);
+    const auto g = V::template narrow_high<7>(wide_g);
+    const auto b = V::template narrow_high<6>(wide_b);
+    V::store16(p, kRedHigh ? V::pack565(r, g, b) : V::pack565(b, g, r));
+  }
+#endif
+};
+
+// --- the rule ---------------------------------------------------------------
+
+int clamp_to_byte(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
+
+template <class Dst>
+LOX_INLINE void convert_pixel(Yuv yuv, uint8_t *rgb) {
+  const int y = 298 * (yuv.y - 16);
+  const int u = yuv.u - 128;
+  const int v = yuv.v - 128;
+  Dst::put(rgb, clamp_to_byte((y + 409 * v + 128) >> 8),
+           clamp_to_byte((y - 100 * u - 208 * v + 128) >> 8),
+           clamp_to_byte((y + 516 * u + 128) >> 8));
+}
+
+template <class Src, class Dst, int kRows>
+void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
+  for (int row = 0; row < kRows; ++row) {
+    for (ptrdiff_t x = begin; x < end; ++x) {
+      convert_pixel<Dst>(Src::pixel(rows.y[row], rows.chroma, x),
+                         rows.rgb[row] + x * Dst::kBytes);
+    }
+  }
+}
+
+// --- the vector form --------------------------------------------------------
+
+#if LOX_VECTORS
+
+template <class V, int kU>
+struct Constants {
+  static constexpr int kUFirst = kU == 0;
+  using RedDot = typename V::template HalfDot<1 - kU, 409>;
+  using GreenDot = typename V::template Dot<kUFirst ? -50 : -104,
+                                            kUFirst ? -104 : -50>;
+  using BlueDot =
+      typename V::template Dot<kUFirst ? 129 : 0, kUFirst ? 0 : 129>;
+
+  typename V::U8 k149 = V::fill_u8(149);
+  typename V::W16 k5960 = V::fill_w16(149 * 40);
+  RedDot red = V::template make_half_dot<1 - kU, 409>(149 * 24 + 64);
+  GreenDot green = V::template make_dot<kUFirst ? -50 : -104,
+                                        kUFirst ? -104 : -50>(149 * 24 + 64);
+  BlueDot blue = V::template make_dot<kUFirst ? 129 : 0, kUFirst ? 0 : 129>(
+      32 - 149 * 8);
+};
+
+template <class V>
+struct ChromaTerms {
+  typename V::W16 red, green, blue;
+};
+
+template <class V, class C>
+LOX_INLINE ChromaTerms<V> chroma_terms(typename V::Pairs p, const C &k) {
+  return {V::twice(V::half_dot(p, k.red)), V::twice(V::dot(p, k.green)),
+          V::twice(V::dot(p, k.blue))};
+}
+template <class V, class C>
+LOX_INLINE ChromaTerms<V> chroma_terms(typename V::WPairs p, const C &k) {
+  return {V::half_dot(p, k.red), V::dot(p, k.green), V::dot(p, k.blue)};
+}
+
+template <class V, class Dst, class C>
+LOX_INLINE void convert_luma(typename V::U8 luma, const ChromaTerms<V> &chroma,
+                             const C &k, uint8_t *rgb) {
+  const auto scaled = V::mul_wide(luma, k.k149);
+  const auto from_40 = V::sub(scaled, k.k5960);
+  Dst::template store<V>(rgb, V::add_saturate(from_40, chroma.red),
+                         V::add_saturate(from_40, chroma.green),
+                         V::add_saturate(V::half(scaled), chroma.blue));
+}
+
+template <class V, class Src, class Dst, int kRows, class C>
+LOX_INLINE void step(const YuvToRgbRows &rows, ptrdiff_t x, const C &k) {
+  constexpr Order kOrder = Dst::kOrder;
+  const ptrdiff_t at = x * Dst::kBytes;
+  if constexpr (kIsPacked<Src>) {
+    typename V::U8 luma;
+    typename V::Pairs pairs;
+    V::template load_422<kOrder, Src::kLuma>(rows.y[0] + x * 2, luma,
+                                             pairs);
+    convert_luma<V, Dst>(luma, chroma_terms<V>(pairs, k), k, rows.rgb[0] + at);
+  } else {
+    const auto chroma =
+        chroma_terms<V>(Src::template chroma<V, kOrder>(rows.chroma, x), k);
+    convert_luma<V, Dst>(V::template load<kOrder>(rows.y[0] + x), chroma, k,
+                         rows.rgb[0] + at);
+    if constexpr (kRows == 2) {
+      convert_luma<V, Dst>(V::template load<kOrder>(rows.y[1] + x), chroma, k,
+                           rows.rgb[1] + at);
+    }
+  }
+}
+
+#endif  // LOX_VECTORS
+
+template <class Src, class Dst, int kRows>
+void convert(const YuvToRgbRows &rows, ptrdiff_t width) {
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  // A vector starts on a pair, so an odd last pixel is left to the rule.
+  const ptrdiff_t whole = Src::kTwoPixels ? width & ~1 : width;
+  done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const Constants<V, Src::kU> constants;
+    const YuvToRgbRows local = rows;
+    for_vectors<V>(whole, [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+      step<V, Src, Dst, kRows>(local, x, constants);
+    });
+  });
+#endif
+  convert_pixels<Src, Dst, kRows>(rows, done, width);
+}
+
+// --- grey: every channel is Y -----------------------------------------------
+
+template <class Dst>
+void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    for_vectors<V>(width, [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+      const auto luma = V::template load<Dst::kOrder>(y + x);
+      uint8_t *const p = rgb + x * Dst::kBytes;
+      if constexpr (Dst::kBytes == 2) {
+        const auto word = V::widen_high(luma);
+        V::store16(p, V::pack565(word, word, word));
+      } else {
+        V::store3(p, luma, luma, luma);
+      }
+    });
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    Dst::put(rgb + x * Dst::kBytes, y[x], y[x], y[x]);
+  }
+}
+
+using Rgb565 = Rgb16<true>;
+using Rgb888 = Rgb24<0, 2>;
+
+}  // namespace
+
+// One source's row of the table, in the order of RgbLayout.
+#define LOX_LAYOUTS(Src, kRows)                                        \
+  {                                                                    \
+    convert<Src, Rgb565, kRows>, convert<Src, Rgb16<false>, kRows>,    \
+        convert<Src, Rgb888, kRows>, convert<Src, Rgb24<2, 0>, kRows>, \
+        convert<Src, Rgb32<0, 1, 2, 3>, kRows>,                        \
+        convert<Src, Rgb32<2, 1, 0, 3>, kRows>,                        \
+        convert<Src, Rgb32<1, 2, 3, 0>, kRows>,                        \
+        convert<Src, Rgb32<3, 2, 1, 0>, kRows>                         \
+  }
+
+constinit const CscRows csc_rows = {
+    .yuv_to_rgb = {LOX_LAYOUTS(Planar, 1), LOX_LAYOUTS(SemiPlanar<0>, 1),
+                   LOX_LAYOUTS(SemiPlanar<1>, 1), LOX_LAYOUTS(Full, 1),
+                   LOX_LAYOUTS(Packed<0>, 1), LOX_LAYOUTS(Packed<1>, 1)},
+    .two_yuv_to_rgb = {LOX_LAYOUTS(Planar, 2), LOX_LAYOUTS(SemiPlanar<0>, 2),
+                       LOX_LAYOUTS(SemiPlanar<1>, 2)},
+    .grey_to_rgb565 = grey_to_rgb<Rgb565>,
+    .grey_to_rgb888 = grey_to_rgb<Rgb888>,
+};
+
+}  // namespace lox::LOX_SET

@@ -1,0 +1,11 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* Every public header of the library. */
+#ifndef ORUMLOX_ORUMLOX_H
+#define ORUMLOX_ORUMLOX_H
+
+#include "base.h"
+#include "common.h"
+#include "csc.h"
+#include "img.h"
+
+#endif /* ORUMLOX_ORUMLOX_H */
