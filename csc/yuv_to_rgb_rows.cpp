@@ -12,13 +12,14 @@
 // and y is taken from 40, so that sums which matter fit and others saturate on
 // the right side. With L = 149 (Y - 40), within -5960..32035:
 //
-//   R = clamp((L +         floor(409 v / 2) + 3640) >> 7)
-//   G = clamp((L -  50 u -            104 v + 3640) >> 7)
-//   B = clamp((floor(149 Y / 2)  +    129 u - 1160) >> 6)
+//   R = clamp((L              + floor(409 v / 2) + 3640) >> 7)
+//   G = clamp((floor(149 Y / 2)  - 25 u  - 52 v  - 1160) >> 6)
+//   B = clamp((floor(149 Y / 2) + 129 u          - 1160) >> 6)
 //
-// 3640 being 149 * 24 + 64 and 1160 being 149 * 8 - 32. The chroma parts lie
-// within -22536..29610, -15918..23352 and -17672..15223. B's would not fit with
-// seven bits; 516 being a multiple of 4, six are enough.
+// 3640 being 149 * 24 + 64 and 1160 being 149 * 8 - 32; six bits are enough
+// where the chroma factors are multiples of 4, and B's would not fit with more.
+// The chroma parts lie within -22536..29611, -10939..8696 and -17672..15223, and
+// floor(149 Y / 2) within 0..18997: G's sum always fits, the others saturate.
 #include "csc/csc_rows.h"
 #include "simd/simd.h"
 
@@ -118,7 +119,7 @@ struct Rgb24 {
   LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
                                typename V::W16 b) {
     const auto first = V::template narrow<7>(r);
-    const auto mid = V::template narrow<7>(g);
+    const auto mid = V::template narrow<6>(g);
     const auto last = V::template narrow<6>(b);
     if constexpr (kR == 0) {
       V::store3(p, first, mid, last);
@@ -129,32 +130,36 @@ struct Rgb24 {
 #endif
 };
 
-template <int kR, int kG, int kB, int kA>
+// Red first or last of the colours, alpha before or behind them.
+template <bool kRedFirst, bool kAlphaFirst>
 struct Rgb32 {
   static constexpr int kBytes = 4;
 
   static void put(uint8_t *p, int r, int g, int b) {
-    p[kR] = static_cast<uint8_t>(r);
-    p[kG] = static_cast<uint8_t>(g);
-    p[kB] = static_cast<uint8_t>(b);
-    p[kA] = 255;
+    uint8_t *const colours = kAlphaFirst ? p + 1 : p;
+    colours[kRedFirst ? 0 : 2] = static_cast<uint8_t>(r);
+    colours[1] = static_cast<uint8_t>(g);
+    colours[kRedFirst ? 2 : 0] = static_cast<uint8_t>(b);
+    p[kAlphaFirst ? 0 : 3] = 255;
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kQuads;
-  template <int I, class U8>
-  LOX_INLINE static U8 pick(U8 r, U8 g, U8 b, U8 a) {
-    return I == kR ? r : I == kG ? g : I == kB ? b : a;
-  }
   template <class V>
-  LOX_INLINE static void store(uint8_t *p, typename V::W16 wide_r,
-                               typename V::W16 wide_g,
-                               typename V::W16 wide_b) {
-    const auto r = V::template narrow<7>(wide_r);
-    const auto g = V::template narrow<7>(wide_g);
-    const auto b = V::template narrow<6>(wide_b);
-    const auto a = V::fill_u8(255);
-    V::store4(p, pick<0>(r, g, b, a), pick<1>(r, g, b, a), pick<2>(r, g, b, a),
-              pick<3>(r, g, b, a));
+  LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
+                               typename V::W16 b) {
+    if constexpr (kRedFirst && kAlphaFirst) {
+      V::store4(p, V::template join_low_255<7>(r),
+                V::template join<6, 6>(g, b));
+    } else if constexpr (kRedFirst) {
+      V::store4(p, V::template join<7, 6>(r, g),
+                V::template join_high_255<6>(b));
+    } else if constexpr (kAlphaFirst) {
+      V::store4(p, V::template join_low_255<6>(b),
+                V::template join<6, 7>(g, r));
+    } else {
+      V::store4(p, V::template join<6, 6>(b, g),
+                V::template join_high_255<7>(r));
+    }
   }
 #endif
 };
@@ -177,7 +182,7 @@ struct Rgb16 {
                                typename V::W16 wide_g,
                                typename V::W16 wide_b) {
     const auto r = V::template narrow_high<7>(wide_r);
-    const auto g = V::template narrow_high<7>(wide_g);
+    const auto g = V::template narrow_high<6>(wide_g);
     const auto b = V::template narrow_high<6>(wide_b);
     V::store16(p, kRedHigh ? V::pack565(r, g, b) : V::pack565(b, g, r));
   }
@@ -186,7 +191,10 @@ struct Rgb16 {
 
 // --- the rule ---------------------------------------------------------------
 
-int clamp_to_byte(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
+int clamp_to_byte(int v) {
+  v = v < 0 ? 0 : v;
+  return v > 255 ? 255 : v;
+}
 
 template <class Dst>
 LOX_INLINE void convert_pixel(Yuv yuv, uint8_t *rgb) {
@@ -200,10 +208,12 @@ LOX_INLINE void convert_pixel(Yuv yuv, uint8_t *rgb) {
 
 template <class Src, class Dst, int kRows>
 void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
+  const uint8_t *const chroma[2] = {rows.chroma[0], rows.chroma[1]};
   for (int row = 0; row < kRows; ++row) {
+    const uint8_t *const y = rows.y[row];
+    uint8_t *const rgb = rows.rgb[row];
     for (ptrdiff_t x = begin; x < end; ++x) {
-      convert_pixel<Dst>(Src::pixel(rows.y[row], rows.chroma, x),
-                         rows.rgb[row] + x * Dst::kBytes);
+      convert_pixel<Dst>(Src::pixel(y, chroma, x), rgb + x * Dst::kBytes);
     }
   }
 }
@@ -212,22 +222,23 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
 
 #if LOX_VECTORS
 
+// kU is the place of U in a pair.
 template <class V, int kU>
 struct Constants {
-  static constexpr int kUFirst = kU == 0;
-  using RedDot = typename V::template HalfDot<1 - kU, 409>;
-  using GreenDot = typename V::template Dot<kUFirst ? -50 : -104,
-                                            kUFirst ? -104 : -50>;
-  using BlueDot =
-      typename V::template Dot<kUFirst ? 129 : 0, kUFirst ? 0 : 129>;
+  static constexpr bool kUFirst = kU == 0;
+  static constexpr int kGreen0 = kUFirst ? -25 : -52;
+  static constexpr int kGreen1 = kUFirst ? -52 : -25;
+  static constexpr int kBlue0 = kUFirst ? 129 : 0;
+  static constexpr int kBlue1 = kUFirst ? 0 : 129;
 
-  typename V::U8 k149 = V::fill_u8(149);
-  typename V::W16 k5960 = V::fill_w16(149 * 40);
-  RedDot red = V::template make_half_dot<1 - kU, 409>(149 * 24 + 64);
-  GreenDot green = V::template make_dot<kUFirst ? -50 : -104,
-                                        kUFirst ? -104 : -50>(149 * 24 + 64);
-  BlueDot blue = V::template make_dot<kUFirst ? 129 : 0, kUFirst ? 0 : 129>(
-      32 - 149 * 8);
+  typename V::Factor k149 = V::make_factor(149);
+  typename V::W16 from_40 = V::fill(-149 * 40);
+  typename V::template HalfDot<1 - kU, 409> red =
+      V::template make_half_dot<1 - kU, 409>(149 * 24 + 64);
+  typename V::template Dot<kGreen0, kGreen1> green =
+      V::template make_dot<kGreen0, kGreen1>(32 - 149 * 8);
+  typename V::template Dot<kBlue0, kBlue1> blue =
+      V::template make_dot<kBlue0, kBlue1>(32 - 149 * 8);
 };
 
 template <class V>
@@ -235,24 +246,20 @@ struct ChromaTerms {
   typename V::W16 red, green, blue;
 };
 
-template <class V, class C>
-LOX_INLINE ChromaTerms<V> chroma_terms(typename V::Pairs p, const C &k) {
-  return {V::twice(V::half_dot(p, k.red)), V::twice(V::dot(p, k.green)),
-          V::twice(V::dot(p, k.blue))};
-}
-template <class V, class C>
-LOX_INLINE ChromaTerms<V> chroma_terms(typename V::WPairs p, const C &k) {
+template <class V, class Pairs, class C>
+LOX_INLINE ChromaTerms<V> chroma_terms(Pairs p, const C &k) {
   return {V::half_dot(p, k.red), V::dot(p, k.green), V::dot(p, k.blue)};
 }
 
 template <class V, class Dst, class C>
 LOX_INLINE void convert_luma(typename V::U8 luma, const ChromaTerms<V> &chroma,
                              const C &k, uint8_t *rgb) {
-  const auto scaled = V::mul_wide(luma, k.k149);
-  const auto from_40 = V::sub(scaled, k.k5960);
-  Dst::template store<V>(rgb, V::add_saturate(from_40, chroma.red),
-                         V::add_saturate(from_40, chroma.green),
-                         V::add_saturate(V::half(scaled), chroma.blue));
+  typename V::W16 whole;
+  typename V::W16 half;
+  V::scale(luma, k.k149, whole, half);
+  Dst::template store<V>(
+      rgb, V::add_saturate(V::add(whole, k.from_40), chroma.red),
+      V::add(half, chroma.green), V::add_saturate(half, chroma.blue));
 }
 
 template <class V, class Src, class Dst, int kRows, class C>
@@ -304,13 +311,13 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
 #if LOX_VECTORS
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
     for_vectors<V>(width, [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
-      const auto luma = V::template load<Dst::kOrder>(y + x);
       uint8_t *const p = rgb + x * Dst::kBytes;
       if constexpr (Dst::kBytes == 2) {
-        const auto word = V::widen_high(luma);
-        V::store16(p, V::pack565(word, word, word));
+        const auto w = V::widen_high(V::template load<Dst::kOrder>(y + x));
+        V::store16(p, V::pack565(w, w, w));
       } else {
-        V::store3(p, luma, luma, luma);
+        const auto bytes = V::load_bytes(y + x);
+        V::store3(p, bytes, bytes, bytes);
       }
     });
   });
@@ -330,10 +337,10 @@ using Rgb888 = Rgb24<0, 2>;
   {                                                                    \
     convert<Src, Rgb565, kRows>, convert<Src, Rgb16<false>, kRows>,    \
         convert<Src, Rgb888, kRows>, convert<Src, Rgb24<2, 0>, kRows>, \
-        convert<Src, Rgb32<0, 1, 2, 3>, kRows>,                        \
-        convert<Src, Rgb32<2, 1, 0, 3>, kRows>,                        \
-        convert<Src, Rgb32<1, 2, 3, 0>, kRows>,                        \
-        convert<Src, Rgb32<3, 2, 1, 0>, kRows>                         \
+        convert<Src, Rgb32<true, false>, kRows>,                        \
+        convert<Src, Rgb32<false, false>, kRows>,                        \
+        convert<Src, Rgb32<true, true>, kRows>,                        \
+        convert<Src, Rgb32<false, true>, kRows>                         \
   }
 
 constinit const CscRows csc_rows = {

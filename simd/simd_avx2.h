@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The vector layer on AVX2: 32 pixels a step. Unpacking and packing work inside
-// 128-bit halves and undo each other; where a store would leave the halves
-// apart, the load has permuted the bytes for it (Order).
-//
-// Right shifts by a constant are written as high halves of products: the units
-// that shift are the ones that shuffle, and shuffles are what these kernels
-// have most of.
+// The vector layer on AVX2: 32 pixels a step in two vectors of 16-bit lanes.
+// Packing and interleaving work inside 128-bit halves; so that what is stored
+// is contiguous, the loads put each pixel where its store wants it (Order).
+// Shuffles are what these kernels have most of, so a load shuffles once for
+// widening, duplicating and ordering together, and right shifts are written as
+// high halves of products, which other units compute.
 #pragma once
 
 #include <immintrin.h>
@@ -21,21 +20,31 @@ namespace lox::LOX_SET {
 struct Avx2Lanes {
   static constexpr int n = 32;
 
-  struct U8 {
-    __m256i v;
-  };
-  struct H16 {
-    __m256i v;
-  };
+  // Which pixels are where, by Order:
+  //           a, low half   a, high half   b
+  //   kBytes  0..7          16..23         8..15, 24..31
+  //   kWords  0..7          8..15          as a, 16 further
+  //   kQuads  0..3, 8..11   4..7, 12..15   as a, 16 further
   struct W16 {
-    H16 a, b;
+    __m256i a, b;
   };
-  // Interleaved, each byte less 128 as a signed byte.
-  struct Pairs {
+  // Each byte in the high half of its pixel's lane.
+  struct U8 {
+    __m256i a, b;
+  };
+  struct Words {
+    __m256i a, b;
+  };
+  struct Bytes {
     __m256i v;
   };
+  // The pair of each pixel in its lane, as signed bytes.
   struct WPairs {
-    Pairs a, b;
+    __m256i a, b;
+  };
+  using Pairs = WPairs;
+  struct Factor {
+    __m256i whole, half;
   };
   template <int K0, int K1>
   struct Dot {
@@ -46,13 +55,10 @@ struct Avx2Lanes {
     __m256i k, bias;
   };
 
-  LOX_OP U8 fill_u8(int k) {
-    return {_mm256_set1_epi8(static_cast<char>(k))};
+  LOX_OP __m256i fill_raw(int k) {
+    return _mm256_set1_epi16(static_cast<short>(k));
   }
-  LOX_OP W16 fill_w16(int k) {
-    const __m256i v = _mm256_set1_epi16(static_cast<short>(k));
-    return {{v}, {v}};
-  }
+  LOX_OP W16 fill(int k) { return {fill_raw(k), fill_raw(k)}; }
 
   LOX_OP __m256i load_raw(const uint8_t *p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
@@ -60,85 +66,132 @@ struct Avx2Lanes {
   LOX_OP void store_raw(uint8_t *p, __m256i v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), v);
   }
-  LOX_OP __m256i load_both_halves(const uint8_t *p) {
-    return _mm256_broadcastsi128_si256(
-        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+  LOX_OP __m128i load_16(const uint8_t *p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
   }
-  // The even and the odd groups of 4 (kQuads) or 8 (kWords) bytes apart.
-  template <Order O>
-  LOX_OP __m256i permute(__m256i v) {
-    if constexpr (O == Order::kQuads) {
-      return _mm256_permutevar8x32_epi32(
-          v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
-    } else if constexpr (O == Order::kWords) {
-      return _mm256_permute4x64_epi64(v, 0xD8);
-    } else {
-      return v;
-    }
+  // The same 16 bytes in both halves.
+  LOX_OP __m256i load_twice(const uint8_t *p) {
+    return _mm256_broadcastsi128_si256(load_16(p));
+  }
+  LOX_OP __m256i load_halves(const uint8_t *low, const uint8_t *high) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(load_16(low)),
+                                   load_16(high), 1);
   }
   LOX_OP __m256i less_128(__m256i v) {
     return _mm256_xor_si256(v, _mm256_set1_epi8(-128));
   }
 
+  // Of 16 bytes in both halves, those of the half's pixels: to the high bytes
+  // of the lanes, the low ones zero.
+  template <Order O>
+  LOX_OP __m256i pick_bytes(__m256i twice) {
+    static_assert(O != Order::kBytes);
+    const __m256i quads = _mm256_setr_epi8(
+        -1, 0, -1, 1, -1, 2, -1, 3, -1, 8, -1, 9, -1, 10, -1, 11,  //
+        -1, 4, -1, 5, -1, 6, -1, 7, -1, 12, -1, 13, -1, 14, -1, 15);
+    const __m256i words = _mm256_setr_epi8(
+        -1, 0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7,  //
+        -1, 8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15);
+    return _mm256_shuffle_epi8(twice, O == Order::kQuads ? quads : words);
+  }
+  // Of 8 pairs in both halves, those of the half's pixels, each twice.
+  template <Order O>
+  LOX_OP __m256i pick_pairs(__m256i twice) {
+    static_assert(O != Order::kBytes);
+    const __m256i quads =
+        _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 8, 9, 8, 9, 10, 11, 10, 11,  //
+                         4, 5, 4, 5, 6, 7, 6, 7, 12, 13, 12, 13, 14, 15, 14,
+                         15);
+    const __m256i words =
+        _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
+                         8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14,
+                         15);
+    return _mm256_shuffle_epi8(twice, O == Order::kQuads ? quads : words);
+  }
+  // 16 pairs in memory order, each twice.
+  LOX_OP Pairs double_pairs(__m256i v) {
+    v = less_128(v);
+    return {_mm256_unpacklo_epi16(v, v), _mm256_unpackhi_epi16(v, v)};
+  }
+
   template <Order O>
   LOX_OP U8 load(const uint8_t *p) {
-    return {permute<O>(load_raw(p))};
+    if constexpr (O == Order::kBytes) {
+      const __m256i v = load_raw(p);
+      const __m256i zero = _mm256_setzero_si256();
+      return {_mm256_unpacklo_epi8(zero, v), _mm256_unpackhi_epi8(zero, v)};
+    } else {
+      return {pick_bytes<O>(load_twice(p)), pick_bytes<O>(load_twice(p + 16))};
+    }
   }
+  LOX_OP Bytes load_bytes(const uint8_t *p) { return {load_raw(p)}; }
   template <Order O>
   LOX_OP Pairs load_pairs(const uint8_t *p) {
-    return {less_128(permute<O>(load_raw(p)))};
+    if constexpr (O == Order::kBytes) {
+      return double_pairs(load_raw(p));
+    } else {
+      return {less_128(pick_pairs<O>(load_twice(p))),
+              less_128(pick_pairs<O>(load_twice(p + 16)))};
+    }
   }
   template <Order O>
   LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
-    // The bytes of a half come to its lower 8 places, then interleave.
-    __m256i pick;
-    if constexpr (O == Order::kQuads) {
-      pick = _mm256_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 0, 0, 0, 0, 0, 0, 0, 0,
-                              2, 3, 6, 7, 10, 11, 14, 15, 0, 0, 0, 0, 0, 0, 0,
-                              0);
-    } else if constexpr (O == Order::kWords) {
-      pick = _mm256_setr_epi8(0, 1, 2, 3, 8, 9, 10, 11, 0, 0, 0, 0, 0, 0, 0, 0,
-                              4, 5, 6, 7, 12, 13, 14, 15, 0, 0, 0, 0, 0, 0, 0,
-                              0);
+    const __m256i f = load_twice(first);
+    const __m256i s = load_twice(second);
+    const __m256i low = _mm256_unpacklo_epi8(f, s);
+    const __m256i high = _mm256_unpackhi_epi8(f, s);
+    if constexpr (O == Order::kBytes) {
+      return double_pairs(_mm256_blend_epi32(low, high, 0xF0));
     } else {
-      pick = _mm256_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 0, 0, 0, 0, 0, 0, 0, 0, 8,
-                              9, 10, 11, 12, 13, 14, 15, 0, 0, 0, 0, 0, 0, 0,
-                              0);
+      return {less_128(pick_pairs<O>(low)), less_128(pick_pairs<O>(high))};
     }
-    const __m256i f = _mm256_shuffle_epi8(load_both_halves(first), pick);
-    const __m256i s = _mm256_shuffle_epi8(load_both_halves(second), pick);
-    return {less_128(_mm256_unpacklo_epi8(f, s))};
   }
   template <Order O>
   LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
-    const __m256i f = permute<O>(load_raw(first));
-    const __m256i s = permute<O>(load_raw(second));
-    return {{less_128(_mm256_unpacklo_epi8(f, s))},
-            {less_128(_mm256_unpackhi_epi8(f, s))}};
+    if constexpr (O == Order::kBytes) {
+      const __m256i f = less_128(load_raw(first));
+      const __m256i s = less_128(load_raw(second));
+      return {_mm256_unpacklo_epi8(f, s), _mm256_unpackhi_epi8(f, s)};
+    } else {
+      // The second in the high bytes as it is loaded, the first moved below.
+      const U8 f = load<O>(first);
+      const U8 s = load<O>(second);
+      return {less_128(_mm256_or_si256(_mm256_srli_epi16(f.a, 8), s.a)),
+              less_128(_mm256_or_si256(_mm256_srli_epi16(f.b, 8), s.b))};
+    }
   }
   template <Order O, int kLuma>
   LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
-    const __m256i v0 = load_raw(p);
-    const __m256i v1 = load_raw(p + 32);
-    const __m256i mask = _mm256_set1_epi16(0xFF);
-    const __m256i even = _mm256_packus_epi16(_mm256_and_si256(v0, mask),
-                                             _mm256_and_si256(v1, mask));
-    const __m256i odd = _mm256_packus_epi16(_mm256_srli_epi16(v0, 8),
-                                            _mm256_srli_epi16(v1, 8));
-    luma = {from_words<O>(kLuma == 0 ? even : odd)};
-    pairs = {less_128(from_words<O>(kLuma == 0 ? odd : even))};
-  }
-  // What packing leaves is the order kWords; makes another of it.
-  template <Order O>
-  LOX_OP __m256i from_words(__m256i v) {
+    __m256i a, b;
     if constexpr (O == Order::kQuads) {
-      return _mm256_permutevar8x32_epi32(
-          v, _mm256_setr_epi32(0, 4, 2, 6, 1, 5, 3, 7));
+      a = first_and_last_quarters(p);
+      b = first_and_last_quarters(p + 32);
     } else if constexpr (O == Order::kWords) {
-      return v;
+      a = load_raw(p);
+      b = load_raw(p + 32);
     } else {
-      return _mm256_permute4x64_epi64(v, 0xD8);
+      a = load_halves(p, p + 32);
+      b = load_halves(p + 16, p + 48);
     }
+    constexpr char c0 = 1 - kLuma;
+    constexpr char c1 = 3 - kLuma;
+    const __m256i pick = _mm256_broadcastsi128_si256(_mm_setr_epi8(
+        c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
+        c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12));
+    pairs = {less_128(_mm256_shuffle_epi8(a, pick)),
+             less_128(_mm256_shuffle_epi8(b, pick))};
+    if constexpr (kLuma == 0) {
+      luma = {_mm256_slli_epi16(a, 8), _mm256_slli_epi16(b, 8)};
+    } else {
+      luma = {_mm256_and_si256(a, fill_raw(0xFF00)),
+              _mm256_and_si256(b, fill_raw(0xFF00))};
+    }
+  }
+  // Of 32 bytes, the quarters 0 and 2, then 1 and 3.
+  LOX_OP __m256i first_and_last_quarters(const uint8_t *p) {
+    return _mm256_castpd_si256(
+        _mm256_shuffle_pd(_mm256_castsi256_pd(load_twice(p)),
+                          _mm256_castsi256_pd(load_twice(p + 16)), 0xC));
   }
 
   template <int K0, int K1>
@@ -146,101 +199,110 @@ struct Avx2Lanes {
     static_assert((K0 >= 0 && K1 >= 0) || (K0 <= 0 && K1 <= 0));
     constexpr int k0 = K0 < 0 ? -K0 : K0;
     constexpr int k1 = K1 < 0 ? -K1 : K1;
-    return {_mm256_set1_epi16(static_cast<short>(k1 << 8 | k0)),
-            _mm256_set1_epi16(static_cast<short>(bias))};
+    return {fill_raw(k1 << 8 | k0), fill_raw(bias)};
   }
   template <int K0, int K1>
-  LOX_OP H16 dot(Pairs p, const Dot<K0, K1> &d) {
-    const __m256i sum = _mm256_maddubs_epi16(d.k, p.v);
-    return {K0 < 0 || K1 < 0 ? _mm256_sub_epi16(d.bias, sum)
-                             : _mm256_add_epi16(d.bias, sum)};
+  LOX_OP __m256i dot(__m256i p, const Dot<K0, K1> &d) {
+    const __m256i sum = _mm256_maddubs_epi16(d.k, p);
+    return K0 < 0 || K1 < 0 ? _mm256_sub_epi16(d.bias, sum)
+                            : _mm256_add_epi16(d.bias, sum);
   }
   template <int K0, int K1>
   LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
     return {dot(p.a, d), dot(p.b, d)};
   }
+  // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
   template <int I, int K>
   LOX_OP HalfDot<I, K> make_half_dot(int bias) {
-    return {_mm256_set1_epi16(static_cast<short>((K >> 1) << 8 * I)),
-            _mm256_set1_epi16(static_cast<short>(bias))};
+    return {fill_raw((K >> 1) << 8 * I), fill_raw(bias)};
   }
   template <int I, int K>
-  LOX_OP H16 half_dot(Pairs p, const HalfDot<I, K> &d) {
-    const __m256i whole = _mm256_maddubs_epi16(d.k, p.v);
-    const __m256i high = I == 1 ? p.v : _mm256_slli_epi16(p.v, 8);
-    return {_mm256_add_epi16(
-        _mm256_add_epi16(whole, d.bias), _mm256_srai_epi16(high, 9))};
+  LOX_OP __m256i half_dot(__m256i p, const HalfDot<I, K> &d) {
+    const __m256i high = I == 1 ? p : _mm256_slli_epi16(p, 8);
+    return _mm256_add_epi16(
+        _mm256_add_epi16(_mm256_maddubs_epi16(d.k, p), d.bias),
+        _mm256_srai_epi16(high, 9));
   }
   template <int I, int K>
   LOX_OP W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
     return {half_dot(p.a, d), half_dot(p.b, d)};
   }
-  LOX_OP W16 twice(H16 h) {
-    return {{_mm256_unpacklo_epi16(h.v, h.v)},
-            {_mm256_unpackhi_epi16(h.v, h.v)}};
+
+  LOX_OP Factor make_factor(int k) { return {fill_raw(k << 8), fill_raw(k << 7)}; }
+  LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
+    whole = {_mm256_mulhi_epu16(v.a, k.whole), _mm256_mulhi_epu16(v.b, k.whole)};
+    half = {_mm256_mulhi_epu16(v.a, k.half), _mm256_mulhi_epu16(v.b, k.half)};
+  }
+  LOX_OP W16 widen_high(U8 v) { return {v.a, v.b}; }
+  LOX_OP W16 add(W16 x, W16 y) {
+    return {_mm256_add_epi16(x.a, y.a), _mm256_add_epi16(x.b, y.b)};
+  }
+  LOX_OP W16 add_saturate(W16 x, W16 y) {
+    return {_mm256_adds_epi16(x.a, y.a), _mm256_adds_epi16(x.b, y.b)};
   }
 
-  LOX_OP W16 mul_wide(U8 a, U8 b) {
-    const __m256i zero = _mm256_setzero_si256();
-    return {{_mm256_mullo_epi16(_mm256_unpacklo_epi8(a.v, zero),
-                                _mm256_unpacklo_epi8(b.v, zero))},
-            {_mm256_mullo_epi16(_mm256_unpackhi_epi8(a.v, zero),
-                                _mm256_unpackhi_epi8(b.v, zero))}};
-  }
-  LOX_OP W16 widen_high(U8 a) {
-    const __m256i zero = _mm256_setzero_si256();
-    return {{_mm256_unpacklo_epi8(zero, a.v)},
-            {_mm256_unpackhi_epi8(zero, a.v)}};
-  }
-  LOX_OP W16 sub(W16 a, W16 b) {
-    return {{_mm256_sub_epi16(a.a.v, b.a.v)}, {_mm256_sub_epi16(a.b.v, b.b.v)}};
-  }
-  LOX_OP W16 half(W16 a) {
-    return {{_mm256_srli_epi16(a.a.v, 1)}, {_mm256_srli_epi16(a.b.v, 1)}};
-  }
-  LOX_OP W16 add_saturate(W16 a, W16 b) {
-    return {{_mm256_adds_epi16(a.a.v, b.a.v)},
-            {_mm256_adds_epi16(a.b.v, b.b.v)}};
-  }
   template <int S>
   LOX_OP __m256i shift_right(__m256i v) {
-    return _mm256_mulhi_epi16(v, _mm256_set1_epi16(1 << (16 - S)));
+    return _mm256_mulhi_epi16(v, fill_raw(1 << (16 - S)));
   }
   template <int S>
-  LOX_OP U8 narrow(W16 a) {
-    return {_mm256_packus_epi16(shift_right<S>(a.a.v), shift_right<S>(a.b.v))};
+  LOX_OP Bytes narrow(W16 v) {
+    return {_mm256_packus_epi16(shift_right<S>(v.a), shift_right<S>(v.b))};
   }
+  // Within 0 .. what the byte's 255 has below the shift.
   template <int S>
-  LOX_OP W16 narrow_high(W16 a) {
-    return {{narrow_high<S>(a.a.v)}, {narrow_high<S>(a.b.v)}};
+  LOX_OP __m256i clamp(__m256i v) {
+    static_assert(S == 6 || S == 7);
+    v = _mm256_max_epi16(v, _mm256_setzero_si256());
+    return S == 7 ? v : _mm256_min_epi16(v, fill_raw(0x3FFF));
   }
   template <int S>
   LOX_OP __m256i narrow_high(__m256i v) {
-    static_assert(S == 6 || S == 7);
-    v = _mm256_max_epi16(v, _mm256_setzero_si256());
+    v = clamp<S>(v);
     v = _mm256_add_epi16(v, v);
-    return S == 7 ? v : _mm256_adds_epu16(v, v);
+    return S == 7 ? v : _mm256_add_epi16(v, v);
   }
-  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
-    return {{pack565(high.a.v, mid.a.v, low.a.v)},
-            {pack565(high.b.v, mid.b.v, low.b.v)}};
+  template <int S>
+  LOX_OP W16 narrow_high(W16 v) {
+    return {narrow_high<S>(v.a), narrow_high<S>(v.b)};
+  }
+  template <int S0, int S1>
+  LOX_OP Words join(W16 low, W16 high) {
+    const __m256i l = narrow<S0>(low).v;
+    const __m256i h = narrow<S1>(high).v;
+    return {_mm256_unpacklo_epi8(l, h), _mm256_unpackhi_epi8(l, h)};
+  }
+  template <int S>
+  LOX_OP Words join_high_255(W16 low) {
+    const __m256i l = narrow<S>(low).v;
+    const __m256i h = _mm256_set1_epi8(-1);
+    return {_mm256_unpacklo_epi8(l, h), _mm256_unpackhi_epi8(l, h)};
+  }
+  template <int S>
+  LOX_OP Words join_low_255(W16 high) {
+    const __m256i l = _mm256_set1_epi8(-1);
+    const __m256i h = narrow<S>(high).v;
+    return {_mm256_unpacklo_epi8(l, h), _mm256_unpackhi_epi8(l, h)};
   }
   LOX_OP __m256i pack565(__m256i high, __m256i mid, __m256i low) {
-    const __m256i h = _mm256_and_si256(high, _mm256_set1_epi16(-0x0800));
-    const __m256i m = _mm256_and_si256(_mm256_srli_epi16(mid, 5),
-                                       _mm256_set1_epi16(0x07E0));
+    const __m256i h = _mm256_and_si256(high, fill_raw(0xF800));
+    const __m256i m =
+        _mm256_and_si256(_mm256_srli_epi16(mid, 5), fill_raw(0x07E0));
     return _mm256_or_si256(_mm256_or_si256(h, m), _mm256_srli_epi16(low, 11));
   }
+  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
+    return {pack565(high.a, mid.a, low.a), pack565(high.b, mid.b, low.b)};
+  }
 
-  LOX_OP void store_bytes(uint8_t *p, U8 a) { store_raw(p, a.v); }
-  LOX_OP void store16(uint8_t *p, W16 a) {
-    store_raw(p, a.a.v);
-    store_raw(p + 32, a.b.v);
+  LOX_OP void store_bytes(uint8_t *p, Bytes v) { store_raw(p, v.v); }
+  LOX_OP void store16(uint8_t *p, W16 v) {
+    store_raw(p, v.a);
+    store_raw(p + 32, v.b);
   }
   // Each source byte has a place of its own, modulo 16, among the three output
   // vectors of its half: one shuffle puts it there, two selections a vector
   // gather the channels.
-  LOX_OP void store3(uint8_t *p, U8 a, U8 b, U8 c) {
+  LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
     const __m256i x = _mm256_shuffle_epi8(
         a.v, _mm256_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10,
                               5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15,
@@ -270,15 +332,11 @@ struct Avx2Lanes {
   LOX_OP __m256i select(__m256i v, __m256i w, __m256i mask) {
     return _mm256_blendv_epi8(v, w, mask);
   }
-  LOX_OP void store4(uint8_t *p, U8 a, U8 b, U8 c, U8 d) {
-    const __m256i ab0 = _mm256_unpacklo_epi8(a.v, b.v);
-    const __m256i ab1 = _mm256_unpackhi_epi8(a.v, b.v);
-    const __m256i cd0 = _mm256_unpacklo_epi8(c.v, d.v);
-    const __m256i cd1 = _mm256_unpackhi_epi8(c.v, d.v);
-    store_raw(p, _mm256_unpacklo_epi16(ab0, cd0));
-    store_raw(p + 32, _mm256_unpackhi_epi16(ab0, cd0));
-    store_raw(p + 64, _mm256_unpacklo_epi16(ab1, cd1));
-    store_raw(p + 96, _mm256_unpackhi_epi16(ab1, cd1));
+  LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
+    store_raw(p, _mm256_unpacklo_epi16(ab.a, cd.a));
+    store_raw(p + 32, _mm256_unpackhi_epi16(ab.a, cd.a));
+    store_raw(p + 64, _mm256_unpacklo_epi16(ab.b, cd.b));
+    store_raw(p + 96, _mm256_unpackhi_epi16(ab.b, cd.b));
   }
 };
 

@@ -20,11 +20,12 @@ struct NeonLanes {
   struct U8 {
     uint8x8_t even, odd;
   };
-  struct H16 {
-    int16x8_t v;
-  };
   struct W16 {
-    H16 even, odd;
+    int16x8_t even, odd;
+  };
+  using Bytes = U8;
+  struct Words {
+    U8 low, high;
   };
   // As they are in memory; the constants of dot and half_dot take the 128 off.
   struct Pairs {
@@ -32,6 +33,9 @@ struct NeonLanes {
   };
   struct WPairs {
     Pairs even, odd;
+  };
+  struct Factor {
+    uint8x8_t k;
   };
   template <int K0, int K1>
   struct Dot {
@@ -44,13 +48,14 @@ struct NeonLanes {
     uint16x8_t bias;
   };
 
-  LOX_OP U8 fill_u8(int k) {
-    const uint8x8_t v = vdup_n_u8(static_cast<uint8_t>(k));
-    return {v, v};
+  LOX_OP int16x8_t as_signed(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
+  LOX_OP uint16x8_t as_unsigned(int16x8_t v) {
+    return vreinterpretq_u16_s16(v);
   }
-  LOX_OP W16 fill_w16(int k) {
+
+  LOX_OP W16 fill(int k) {
     const int16x8_t v = vdupq_n_s16(static_cast<int16_t>(k));
-    return {{v}, {v}};
+    return {v, v};
   }
 
   template <Order>
@@ -58,6 +63,7 @@ struct NeonLanes {
     const uint8x8x2_t v = vld2_u8(p);
     return {v.val[0], v.val[1]};
   }
+  LOX_OP Bytes load_bytes(const uint8_t *p) { return load<Order::kBytes>(p); }
   template <Order>
   LOX_OP Pairs load_pairs(const uint8_t *p) {
     const uint8x8x2_t v = vld2_u8(p);
@@ -89,7 +95,7 @@ struct NeonLanes {
             vdupq_n_s16(static_cast<int16_t>(bias - 128 * (K0 + K1)))};
   }
   template <int K0, int K1>
-  LOX_OP H16 dot(Pairs p, const Dot<K0, K1> &d) {
+  LOX_OP int16x8_t dot_pairs(Pairs p, const Dot<K0, K1> &d) {
     uint16x8_t sum;
     if constexpr (K1 == 0) {
       sum = vmull_u8(p.first, d.k0);
@@ -98,13 +104,17 @@ struct NeonLanes {
     } else {
       sum = vmlal_u8(vmull_u8(p.first, d.k0), p.second, d.k1);
     }
-    const int16x8_t signed_sum = vreinterpretq_s16_u16(sum);
-    return {K0 < 0 || K1 < 0 ? vsubq_s16(d.bias, signed_sum)
-                             : vaddq_s16(d.bias, signed_sum)};
+    return K0 < 0 || K1 < 0 ? vsubq_s16(d.bias, as_signed(sum))
+                            : vaddq_s16(d.bias, as_signed(sum));
+  }
+  template <int K0, int K1>
+  LOX_OP W16 dot(Pairs p, const Dot<K0, K1> &d) {
+    const int16x8_t v = dot_pairs(p, d);
+    return {v, v};
   }
   template <int K0, int K1>
   LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
-    return {dot(p.even, d), dot(p.odd, d)};
+    return {dot_pairs(p.even, d), dot_pairs(p.odd, d)};
   }
   // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
   template <int I, int K>
@@ -113,80 +123,88 @@ struct NeonLanes {
             vdupq_n_u16(static_cast<uint16_t>(bias - 128 * (K >> 1) - 64))};
   }
   template <int I, int K>
-  LOX_OP H16 half_dot(Pairs p, const HalfDot<I, K> &d) {
+  LOX_OP int16x8_t half_dot_pairs(Pairs p, const HalfDot<I, K> &d) {
     const uint8x8_t x = I == 0 ? p.first : p.second;
-    return {vreinterpretq_s16_u16(
-        vmlal_u8(vaddw_u8(d.bias, vshr_n_u8(x, 1)), x, d.k))};
+    return as_signed(vmlal_u8(vaddw_u8(d.bias, vshr_n_u8(x, 1)), x, d.k));
+  }
+  template <int I, int K>
+  LOX_OP W16 half_dot(Pairs p, const HalfDot<I, K> &d) {
+    const int16x8_t v = half_dot_pairs(p, d);
+    return {v, v};
   }
   template <int I, int K>
   LOX_OP W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
-    return {half_dot(p.even, d), half_dot(p.odd, d)};
+    return {half_dot_pairs(p.even, d), half_dot_pairs(p.odd, d)};
   }
-  LOX_OP W16 twice(H16 h) { return {h, h}; }
 
-  LOX_OP W16 mul_wide(U8 a, U8 b) {
-    return {{vreinterpretq_s16_u16(vmull_u8(a.even, b.even))},
-            {vreinterpretq_s16_u16(vmull_u8(a.odd, b.odd))}};
+  LOX_OP Factor make_factor(int k) {
+    return {vdup_n_u8(static_cast<uint8_t>(k))};
   }
-  LOX_OP W16 widen_high(U8 a) {
-    return {{vreinterpretq_s16_u16(vshll_n_u8(a.even, 8))},
-            {vreinterpretq_s16_u16(vshll_n_u8(a.odd, 8))}};
+  LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
+    const uint16x8_t even = vmull_u8(v.even, k.k);
+    const uint16x8_t odd = vmull_u8(v.odd, k.k);
+    whole = {as_signed(even), as_signed(odd)};
+    half = {as_signed(vshrq_n_u16(even, 1)), as_signed(vshrq_n_u16(odd, 1))};
   }
-  LOX_OP W16 sub(W16 a, W16 b) {
-    return {{vsubq_s16(a.even.v, b.even.v)}, {vsubq_s16(a.odd.v, b.odd.v)}};
+  LOX_OP W16 widen_high(U8 v) {
+    return {as_signed(vshll_n_u8(v.even, 8)), as_signed(vshll_n_u8(v.odd, 8))};
   }
-  LOX_OP W16 half(W16 a) { return {half(a.even), half(a.odd)}; }
-  LOX_OP H16 half(H16 a) {
-    return {vreinterpretq_s16_u16(
-        vshrq_n_u16(vreinterpretq_u16_s16(a.v), 1))};
+  LOX_OP W16 add(W16 x, W16 y) {
+    return {vaddq_s16(x.even, y.even), vaddq_s16(x.odd, y.odd)};
   }
-  LOX_OP W16 add_saturate(W16 a, W16 b) {
-    return {{vqaddq_s16(a.even.v, b.even.v)}, {vqaddq_s16(a.odd.v, b.odd.v)}};
-  }
-  template <int S>
-  LOX_OP U8 narrow(W16 a) {
-    return {vqshrun_n_s16(a.even.v, S), vqshrun_n_s16(a.odd.v, S)};
+  LOX_OP W16 add_saturate(W16 x, W16 y) {
+    return {vqaddq_s16(x.even, y.even), vqaddq_s16(x.odd, y.odd)};
   }
   template <int S>
-  LOX_OP W16 narrow_high(W16 a) {
-    return {{vreinterpretq_s16_u16(vqshluq_n_s16(a.even.v, 8 - S))},
-            {vreinterpretq_s16_u16(vqshluq_n_s16(a.odd.v, 8 - S))}};
+  LOX_OP Bytes narrow(W16 v) {
+    return {vqshrun_n_s16(v.even, S), vqshrun_n_s16(v.odd, S)};
+  }
+  template <int S>
+  LOX_OP W16 narrow_high(W16 v) {
+    return {as_signed(vqshluq_n_s16(v.even, 8 - S)),
+            as_signed(vqshluq_n_s16(v.odd, 8 - S))};
+  }
+  template <int S0, int S1>
+  LOX_OP Words join(W16 low, W16 high) {
+    return {narrow<S0>(low), narrow<S1>(high)};
+  }
+  template <int S>
+  LOX_OP Words join_high_255(W16 low) {
+    return {narrow<S>(low), {vdup_n_u8(255), vdup_n_u8(255)}};
+  }
+  template <int S>
+  LOX_OP Words join_low_255(W16 high) {
+    return {{vdup_n_u8(255), vdup_n_u8(255)}, narrow<S>(high)};
+  }
+  LOX_OP int16x8_t pack565(int16x8_t high, int16x8_t mid, int16x8_t low) {
+    return as_signed(
+        vsriq_n_u16(vsriq_n_u16(as_unsigned(high), as_unsigned(mid), 5),
+                    as_unsigned(low), 11));
   }
   LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
     return {pack565(high.even, mid.even, low.even),
             pack565(high.odd, mid.odd, low.odd)};
   }
-  LOX_OP H16 pack565(H16 high, H16 mid, H16 low) {
-    const uint16x8_t h = vreinterpretq_u16_s16(high.v);
-    const uint16x8_t m = vreinterpretq_u16_s16(mid.v);
-    const uint16x8_t l = vreinterpretq_u16_s16(low.v);
-    return {vreinterpretq_s16_u16(vsriq_n_u16(vsriq_n_u16(h, m, 5), l, 11))};
-  }
 
-  LOX_OP void store_bytes(uint8_t *p, U8 a) {
-    uint8x8x2_t v;
-    v.val[0] = a.even;
-    v.val[1] = a.odd;
-    vst2_u8(p, v);
+  LOX_OP void store_bytes(uint8_t *p, Bytes v) {
+    vst2_u8(p, {{v.even, v.odd}});
   }
-  LOX_OP void store16(uint8_t *p, W16 a) {
-    uint16x8x2_t v;
-    v.val[0] = vreinterpretq_u16_s16(a.even.v);
-    v.val[1] = vreinterpretq_u16_s16(a.odd.v);
-    vst2q_u16(reinterpret_cast<uint16_t *>(p), v);
+  LOX_OP void store16(uint8_t *p, W16 v) {
+    vst2q_u16(reinterpret_cast<uint16_t *>(p),
+              {{as_unsigned(v.even), as_unsigned(v.odd)}});
   }
-  LOX_OP void store3(uint8_t *p, U8 a, U8 b, U8 c) {
+  LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
     const uint8x8x2_t x = vzip_u8(a.even, a.odd);
     const uint8x8x2_t y = vzip_u8(b.even, b.odd);
     const uint8x8x2_t z = vzip_u8(c.even, c.odd);
     vst3_u8(p, {{x.val[0], y.val[0], z.val[0]}});
     vst3_u8(p + 24, {{x.val[1], y.val[1], z.val[1]}});
   }
-  LOX_OP void store4(uint8_t *p, U8 a, U8 b, U8 c, U8 d) {
-    const uint8x8x2_t x = vzip_u8(a.even, a.odd);
-    const uint8x8x2_t y = vzip_u8(b.even, b.odd);
-    const uint8x8x2_t z = vzip_u8(c.even, c.odd);
-    const uint8x8x2_t w = vzip_u8(d.even, d.odd);
+  LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
+    const uint8x8x2_t x = vzip_u8(ab.low.even, ab.low.odd);
+    const uint8x8x2_t y = vzip_u8(ab.high.even, ab.high.odd);
+    const uint8x8x2_t z = vzip_u8(cd.low.even, cd.low.odd);
+    const uint8x8x2_t w = vzip_u8(cd.high.even, cd.high.odd);
     vst4_u8(p, {{x.val[0], y.val[0], z.val[0], w.val[0]}});
     vst4_u8(p + 32, {{x.val[1], y.val[1], z.val[1], w.val[1]}});
   }

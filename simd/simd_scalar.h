@@ -14,28 +14,31 @@ namespace lox {
 struct ScalarLanes {
   static constexpr int n = 16;  // pixels in a step
 
+  // A byte for each pixel, as loaded and as narrowed.
   struct U8 {
     uint8_t at[n];
   };
-  // 16-bit lanes: one for each horizontal pair of pixels ...
-  struct H16 {
-    int16_t at[n / 2];
+  struct Bytes {
+    uint8_t at[n];
   };
-  // ... and one for each pixel.
+  // 16 bits for each pixel; two bytes for each pixel.
   struct W16 {
     int16_t at[n];
   };
-  // Byte pairs, each taken less 128: chroma.
+  struct Words {
+    uint8_t low[n], high[n];
+  };
+  // Two bytes, each less 128, for two pixels that share them; for each pixel.
   struct Pairs {
-    int16_t first[n / 2];
-    int16_t second[n / 2];
+    int16_t first[n / 2], second[n / 2];
   };
-  // The same, one for each pixel.
   struct WPairs {
-    int16_t first[n];
-    int16_t second[n];
+    int16_t first[n], second[n];
   };
-  // The constants of dot and half_dot.
+  // Constants are made before the loop: of scale, dot and half_dot.
+  struct Factor {
+    uint8_t k;
+  };
   template <int K0, int K1>
   struct Dot {
     int16_t bias;
@@ -48,16 +51,11 @@ struct ScalarLanes {
   static int16_t wrap(int v) {
     return static_cast<int16_t>(static_cast<uint16_t>(v));
   }
-  static int16_t saturate(int v) {
-    return static_cast<int16_t>(v < -32768 ? -32768 : v > 32767 ? 32767 : v);
+  static uint8_t clamp_to_byte(int v) {
+    return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
   }
 
-  static U8 fill_u8(int k) {
-    U8 r;
-    for (uint8_t &b : r.at) b = static_cast<uint8_t>(k);
-    return r;
-  }
-  static W16 fill_w16(int k) {
+  static W16 fill(int k) {
     W16 r;
     for (int16_t &w : r.at) w = wrap(k);
     return r;
@@ -67,6 +65,11 @@ struct ScalarLanes {
   template <Order>
   static U8 load(const uint8_t *p) {
     U8 r;
+    for (int i = 0; i < n; ++i) r.at[i] = p[i];
+    return r;
+  }
+  static Bytes load_bytes(const uint8_t *p) {
+    Bytes r;
     for (int i = 0; i < n; ++i) r.at[i] = p[i];
     return r;
   }
@@ -111,21 +114,22 @@ struct ScalarLanes {
     }
   }
 
-  // K0 * first + K1 * second + bias; |K| at most 255, of one sign.
+  // K0 * first + K1 * second + bias; |K| at most 255, of one sign, and the sum
+  // of the products within 16 bits.
   template <int K0, int K1>
   static Dot<K0, K1> make_dot(int bias) {
     return {wrap(bias)};
   }
   template <int K0, int K1>
-  static H16 dot(Pairs p, const Dot<K0, K1> &d) {
-    H16 r;
-    for (int i = 0; i < n / 2; ++i) {
-      r.at[i] = wrap(K0 * p.first[i] + K1 * p.second[i] + d.bias);
+  static W16 dot(const Pairs &p, const Dot<K0, K1> &d) {
+    W16 r;
+    for (int i = 0; i < n; ++i) {
+      r.at[i] = wrap(K0 * p.first[i / 2] + K1 * p.second[i / 2] + d.bias);
     }
     return r;
   }
   template <int K0, int K1>
-  static W16 dot(WPairs p, const Dot<K0, K1> &d) {
+  static W16 dot(const WPairs &p, const Dot<K0, K1> &d) {
     W16 r;
     for (int i = 0; i < n; ++i) {
       r.at[i] = wrap(K0 * p.first[i] + K1 * p.second[i] + d.bias);
@@ -139,64 +143,57 @@ struct ScalarLanes {
     return {wrap(bias)};
   }
   template <int I, int K>
-  static H16 half_dot(Pairs p, const HalfDot<I, K> &d) {
-    H16 r;
-    for (int i = 0; i < n / 2; ++i) {
-      r.at[i] = wrap(((K * (I ? p.second[i] : p.first[i])) >> 1) + d.bias);
+  static W16 half_dot(const Pairs &p, const HalfDot<I, K> &d) {
+    W16 r;
+    for (int i = 0; i < n; ++i) {
+      const int x = I == 0 ? p.first[i / 2] : p.second[i / 2];
+      r.at[i] = wrap(((K * x) >> 1) + d.bias);
     }
     return r;
   }
   template <int I, int K>
-  static W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
+  static W16 half_dot(const WPairs &p, const HalfDot<I, K> &d) {
     W16 r;
     for (int i = 0; i < n; ++i) {
-      r.at[i] = wrap(((K * (I ? p.second[i] : p.first[i])) >> 1) + d.bias);
+      const int x = I == 0 ? p.first[i] : p.second[i];
+      r.at[i] = wrap(((K * x) >> 1) + d.bias);
     }
     return r;
   }
-  // Each lane for both pixels of its pair.
-  static W16 twice(H16 h) {
-    W16 r;
-    for (int i = 0; i < n; ++i) r.at[i] = h.at[i / 2];
-    return r;
-  }
 
-  static W16 mul_wide(U8 a, U8 b) {
-    W16 r;
-    for (int i = 0; i < n; ++i) r.at[i] = wrap(a.at[i] * b.at[i]);
-    return r;
+  // k * a, and half of it rounded down.
+  static Factor make_factor(int k) { return {static_cast<uint8_t>(k)}; }
+  static void scale(const U8 &a, Factor k, W16 &whole, W16 &half) {
+    for (int i = 0; i < n; ++i) {
+      whole.at[i] = wrap(k.k * a.at[i]);
+      half.at[i] = wrap(k.k * a.at[i] >> 1);
+    }
   }
   // The byte in the high half of its lane.
-  static W16 widen_high(U8 a) {
+  static W16 widen_high(const U8 &a) {
     W16 r;
     for (int i = 0; i < n; ++i) r.at[i] = wrap(a.at[i] << 8);
     return r;
   }
-  static W16 sub(W16 a, W16 b) {
-    for (int i = 0; i < n; ++i) a.at[i] = wrap(a.at[i] - b.at[i]);
+  static W16 add(W16 a, const W16 &b) {
+    for (int i = 0; i < n; ++i) a.at[i] = wrap(a.at[i] + b.at[i]);
     return a;
   }
-  // Half of an unsigned lane, rounded down.
-  static W16 half(W16 a) {
-    for (int16_t &w : a.at) w = wrap(static_cast<uint16_t>(w) >> 1);
-    return a;
-  }
-  static W16 add_saturate(W16 a, W16 b) {
-    for (int i = 0; i < n; ++i) a.at[i] = saturate(a.at[i] + b.at[i]);
-    return a;
-  }
-  // clamp(a >> S, 0, 255), the shift arithmetic.
-  template <int S>
-  static U8 narrow(W16 a) {
-    U8 r;
+  static W16 add_saturate(W16 a, const W16 &b) {
     for (int i = 0; i < n; ++i) {
-      const int v = a.at[i] >> S;
-      r.at[i] = static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
+      const int sum = a.at[i] + b.at[i];
+      a.at[i] = wrap(sum < -32768 ? -32768 : sum > 32767 ? 32767 : sum);
     }
+    return a;
+  }
+  // clamp(a >> S, 0, 255), the shift arithmetic; S is 6 or 7 here and below.
+  template <int S>
+  static Bytes narrow(const W16 &a) {
+    Bytes r;
+    for (int i = 0; i < n; ++i) r.at[i] = clamp_to_byte(a.at[i] >> S);
     return r;
   }
-  // clamp(a, 0, (1 << (8 + S)) - 1) << (8 - S): what narrow<S> gives, in the
-  // high byte, with the bits below it kept.
+  // The same in the high byte, with the bits below it kept.
   template <int S>
   static W16 narrow_high(W16 a) {
     for (int16_t &w : a.at) {
@@ -205,8 +202,26 @@ struct ScalarLanes {
     }
     return a;
   }
+  // Two narrowed lanes side by side, or one beside 255.
+  template <int S0, int S1>
+  static Words join(const W16 &low, const W16 &high) {
+    Words r;
+    for (int i = 0; i < n; ++i) {
+      r.low[i] = clamp_to_byte(low.at[i] >> S0);
+      r.high[i] = clamp_to_byte(high.at[i] >> S1);
+    }
+    return r;
+  }
+  template <int S>
+  static Words join_high_255(const W16 &low) {
+    return join<S, 0>(low, fill(255));
+  }
+  template <int S>
+  static Words join_low_255(const W16 &high) {
+    return join<0, S>(fill(255), high);
+  }
   // The top 5, 6 and 5 bits of three lanes.
-  static W16 pack565(W16 high, W16 mid, W16 low) {
+  static W16 pack565(const W16 &high, const W16 &mid, const W16 &low) {
     W16 r;
     for (int i = 0; i < n; ++i) {
       r.at[i] = wrap((high.at[i] & 0xF800) | ((mid.at[i] & 0xFC00) >> 5) |
@@ -215,29 +230,30 @@ struct ScalarLanes {
     return r;
   }
 
-  // n bytes; n 16-bit words; n groups of three bytes; n groups of four.
-  static void store_bytes(uint8_t *p, U8 a) {
+  // n bytes; n words; n groups of three bytes; n groups of four.
+  static void store_bytes(uint8_t *p, const Bytes &a) {
     for (int i = 0; i < n; ++i) p[i] = a.at[i];
   }
-  static void store16(uint8_t *p, W16 a) {
+  static void store16(uint8_t *p, const W16 &a) {
     for (int i = 0; i < n; ++i) {
       p[2 * i] = static_cast<uint8_t>(a.at[i]);
       p[2 * i + 1] = static_cast<uint8_t>(a.at[i] >> 8);
     }
   }
-  static void store3(uint8_t *p, U8 a, U8 b, U8 c) {
+  static void store3(uint8_t *p, const Bytes &a, const Bytes &b,
+                     const Bytes &c) {
     for (int i = 0; i < n; ++i) {
       p[3 * i] = a.at[i];
       p[3 * i + 1] = b.at[i];
       p[3 * i + 2] = c.at[i];
     }
   }
-  static void store4(uint8_t *p, U8 a, U8 b, U8 c, U8 d) {
+  static void store4(uint8_t *p, const Words &ab, const Words &cd) {
     for (int i = 0; i < n; ++i) {
-      p[4 * i] = a.at[i];
-      p[4 * i + 1] = b.at[i];
-      p[4 * i + 2] = c.at[i];
-      p[4 * i + 3] = d.at[i];
+      p[4 * i] = ab.low[i];
+      p[4 * i + 1] = ab.high[i];
+      p[4 * i + 2] = cd.low[i];
+      p[4 * i + 3] = cd.high[i];
     }
   }
 };
