@@ -15,9 +15,9 @@ struct CopyRows {
   void (*copy)(uint8_t *dst, const uint8_t *src, size_t n);
 };
 
-#define LOX_DECLARE(set)              \
-  namespace set {                     \
-  extern const CopyRows copy_rows;    \
+#define LOX_DECLARE(set)           \
+  namespace set {                  \
+  extern const CopyRows copy_rows; \
   }
 LOX_FOR_EACH_SET(LOX_DECLARE)
 #undef LOX_DECLARE

@@ -36,9 +36,9 @@ void crop_plane(const vexo_img &src, const vexo_img &dst, int p, int32_t row,
 void pad_plane(const vexo_img &src, const vexo_img &dst, int p, int black,
                int32_t row, int64_t byte, int64_t row_bytes) {
   if (dst.stride[p] > 0 && dst.buf_height[p] > 0) {
-    std::memset(dst.plane[p], black,
-                static_cast<size_t>(int64_t{dst.stride[p]} *
-                                    dst.buf_height[p]));
+    std::memset(
+        dst.plane[p], black,
+        static_cast<size_t>(int64_t{dst.stride[p]} * dst.buf_height[p]));
   }
   if (src.height[p] < 1 || row_bytes < 1) return;
   lox::copy_plane(at(dst.plane[p], dst.stride[p], row, byte), dst.stride[p],

@@ -20,17 +20,19 @@ struct Route {
   vexo_csc_kernel *kernel;
 };
 
-#define LOX_TO_565(code, token)                                \
-  {code, VEXO_FMT_RGB565, vexo_csc_##token##_to_rgb565},       \
-      {code, VEXO_FMT_BGR565, vexo_csc_##token##_to_bgr565}
-#define LOX_TO_RGB(code, token)                                \
-  LOX_TO_565(code, token),                                     \
-      {code, VEXO_FMT_RGB888, vexo_csc_##token##_to_rgb888},   \
-      {code, VEXO_FMT_BGR888, vexo_csc_##token##_to_bgr888},   \
-      {code, VEXO_FMT_RGBA8888, vexo_csc_##token##_to_rgba8888}, \
-      {code, VEXO_FMT_BGRA8888, vexo_csc_##token##_to_bgra8888}, \
-      {code, VEXO_FMT_ARGB8888, vexo_csc_##token##_to_argb8888}, \
-      {code, VEXO_FMT_ABGR8888, vexo_csc_##token##_to_abgr8888}
+#define LOX_TO_565(code, token)                            \
+  {code, VEXO_FMT_RGB565, vexo_csc_##token##_to_rgb565}, { \
+    code, VEXO_FMT_BGR565, vexo_csc_##token##_to_bgr565    \
+  }
+#define LOX_TO_RGB(code, token)                                    \
+  LOX_TO_565(code, token),                                         \
+      {code, VEXO_FMT_RGB888, vexo_csc_##token##_to_rgb888},       \
+      {code, VEXO_FMT_BGR888, vexo_csc_##token##_to_bgr888},       \
+      {code, VEXO_FMT_RGBA8888, vexo_csc_##token##_to_rgba8888},   \
+      {code, VEXO_FMT_BGRA8888, vexo_csc_##token##_to_bgra8888},   \
+      {code, VEXO_FMT_ARGB8888, vexo_csc_##token##_to_argb8888}, { \
+    code, VEXO_FMT_ABGR8888, vexo_csc_##token##_to_abgr8888        \
+  }
 
 constexpr Route kRoutes[] = {
     {VEXO_FMT_YUV400, VEXO_FMT_RGB565, vexo_csc_yuv400_to_rgb565},

@@ -43,6 +43,8 @@ struct YuvToRgbRows {
   // U and V, or the pairs in the first alone.
   const uint8_t *chroma[2];
   uint8_t *rgb[2];
+  // Write past the caches; only where stream_alignment divides the addresses.
+  bool stream;
 };
 
 // `width` pixels. Nothing is read or written beyond them, but the chroma of an
@@ -56,11 +58,14 @@ struct CscRows {
   YuvToRgbFn two_yuv_to_rgb[kSharedRowKinds][kRgbLayouts];
   GreyToRgbFn grey_to_rgb565;
   GreyToRgbFn grey_to_rgb888;
+  // 0 where there are no streaming stores; end_stream ends a picture of them.
+  int stream_alignment;
+  void (*end_stream)();
 };
 
-#define LOX_DECLARE(set)           \
-  namespace set {                  \
-  extern const CscRows csc_rows;   \
+#define LOX_DECLARE(set)         \
+  namespace set {                \
+  extern const CscRows csc_rows; \
   }
 LOX_FOR_EACH_SET(LOX_DECLARE)
 #undef LOX_DECLARE

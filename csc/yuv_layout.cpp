@@ -26,10 +26,12 @@ void yuv420_to_yv12(const uint8_t *const src_plane[4],
 
 }  // namespace lox::csc
 
-extern "C" void vexo_csc_yuyv_to_yuv420(
-    const uint8_t *const src_plane[4], const int32_t src_width[4],
-    const int32_t src_height[4], const int32_t src_stride[4],
-    const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {
+extern "C" void vexo_csc_yuyv_to_yuv420(const uint8_t *const src_plane[4],
+                                        const int32_t src_width[4],
+                                        const int32_t src_height[4],
+                                        const int32_t src_stride[4],
+                                        const int32_t dst_stride[4],
+                                        uint8_t *const dst_plane[4]) {
   const ptrdiff_t width = src_width[0];
   for (int32_t row = 0; row < src_height[0]; ++row) {
     const uint8_t *const yuyv = src_plane[0] + ptrdiff_t{row} * src_stride[0];

@@ -6,9 +6,29 @@
 
 #include <stddef.h>
 
+#include "common/caches.h"
 #include "csc/csc_tables.h"
 
 namespace lox::csc {
+
+namespace {
+
+constexpr int kPixelBytes[kRgbLayouts] = {2, 2, 3, 3, 4, 4, 4, 4};
+
+// A picture that no cache would keep is written past them, if its rows lie so
+// that whole vectors can be.
+bool can_stream(const CscRows &kernels, RgbLayout layout, ptrdiff_t width,
+                int32_t height, int32_t stride, const uint8_t *rgb) {
+  const uintptr_t alignment = static_cast<uintptr_t>(kernels.stream_alignment);
+  if (alignment == 0) return false;
+  const uint64_t row_bytes =
+      static_cast<uint64_t>(width) * static_cast<uint64_t>(kPixelBytes[layout]);
+  return row_bytes * static_cast<uint64_t>(height) >= kBeyondCaches &&
+         reinterpret_cast<uintptr_t>(rgb) % alignment == 0 &&
+         static_cast<uintptr_t>(stride) % alignment == 0;
+}
+
+}  // namespace
 
 void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
                 const uint8_t *const src_plane[4], const int32_t src_width[4],
@@ -43,6 +63,8 @@ void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
     return dst_plane[0] + ptrdiff_t{row} * dst_stride[0];
   };
 
+  const bool stream =
+      can_stream(kernels, layout, width, height, dst_stride[0], dst_plane[0]);
   int32_t chroma_row = 0;
   for (int32_t row = 0; row < height; ++chroma_row) {
     const uint8_t *const u = chroma(source.u_plane, chroma_row);
@@ -50,16 +72,21 @@ void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
     const bool alone = source.rows_per_chroma == 1 || row == height - 1 ||
                        (row == 0 && first_alone);
     if (!alone && two_rows != nullptr) {
-      two_rows({{luma(row), luma(row + 1)}, {u, v}, {rgb(row), rgb(row + 1)}},
+      two_rows({{luma(row), luma(row + 1)},
+                {u, v},
+                {rgb(row), rgb(row + 1)},
+                stream},
                row_pixels);
       row += 2;
       continue;
     }
     const int32_t end = alone ? row + 1 : row + 2;
     for (; row < end; ++row) {
-      one_row({{luma(row), nullptr}, {u, v}, {rgb(row), nullptr}}, row_pixels);
+      one_row({{luma(row), nullptr}, {u, v}, {rgb(row), nullptr}, stream},
+              row_pixels);
     }
   }
+  if (stream) kernels.end_stream();
 }
 
 namespace {
@@ -78,27 +105,27 @@ void grey_to_rgb(GreyToRgbFn convert_row, const uint8_t *const src_plane[4],
 
 }  // namespace lox::csc
 
-#define LOX_PARAMETERS                                                        \
-  const uint8_t *const src_plane[4], const int32_t src_width[4],              \
-      const int32_t src_height[4], const int32_t src_stride[4],               \
+#define LOX_PARAMETERS                                           \
+  const uint8_t *const src_plane[4], const int32_t src_width[4], \
+      const int32_t src_height[4], const int32_t src_stride[4],  \
       const int32_t dst_stride[4], uint8_t *const dst_plane[4]
 #define LOX_ARGUMENTS \
   src_plane, src_width, src_height, src_stride, dst_stride, dst_plane
 
-#define LOX_KERNEL(token, source, rgb_token, layout)                     \
-  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {               \
-    lox::csc::yuv_to_rgb(lox::csc::source, lox::layout, LOX_ARGUMENTS);  \
+#define LOX_KERNEL(token, source, rgb_token, layout)                    \
+  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {              \
+    lox::csc::yuv_to_rgb(lox::csc::source, lox::layout, LOX_ARGUMENTS); \
   }
-#define LOX_KERNELS_565(token, source)           \
-  LOX_KERNEL(token, source, rgb565, kRgb565)     \
+#define LOX_KERNELS_565(token, source)       \
+  LOX_KERNEL(token, source, rgb565, kRgb565) \
   LOX_KERNEL(token, source, bgr565, kBgr565)
-#define LOX_KERNELS(token, source)                 \
-  LOX_KERNELS_565(token, source)                   \
-  LOX_KERNEL(token, source, rgb888, kRgb888)       \
-  LOX_KERNEL(token, source, bgr888, kBgr888)       \
-  LOX_KERNEL(token, source, rgba8888, kRgba8888)   \
-  LOX_KERNEL(token, source, bgra8888, kBgra8888)   \
-  LOX_KERNEL(token, source, argb8888, kArgb8888)   \
+#define LOX_KERNELS(token, source)               \
+  LOX_KERNELS_565(token, source)                 \
+  LOX_KERNEL(token, source, rgb888, kRgb888)     \
+  LOX_KERNEL(token, source, bgr888, kBgr888)     \
+  LOX_KERNEL(token, source, rgba8888, kRgba8888) \
+  LOX_KERNEL(token, source, bgra8888, kBgra8888) \
+  LOX_KERNEL(token, source, argb8888, kArgb8888) \
   LOX_KERNEL(token, source, abgr8888, kAbgr8888)
 
 extern "C" {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// YUV to RGB, BT.601 with luma 16..235, a row or two at a time. With y = Y - 16,
-// u = U - 128, v = V - 128:
+// YUV to RGB, BT.601 with luma 16..235, a row or two at a time. With y = Y -
+// 16, u = U - 128, v = V - 128:
 //
 //   R = clamp((298 y         + 409 v + 128) >> 8)
 //   G = clamp((298 y - 100 u - 208 v + 128) >> 8)
@@ -18,8 +18,9 @@
 //
 // 3640 being 149 * 24 + 64 and 1160 being 149 * 8 - 32; six bits are enough
 // where the chroma factors are multiples of 4, and B's would not fit with more.
-// The chroma parts lie within -22536..29611, -10939..8696 and -17672..15223, and
-// floor(149 Y / 2) within 0..18997: G's sum always fits, the others saturate.
+// The chroma parts lie within -22536..29611, -10939..8696 and -17672..15223,
+// and floor(149 Y / 2) within 0..18997: G's sum always fits, the others
+// saturate.
 #include "csc/csc_rows.h"
 #include "simd/simd.h"
 
@@ -27,24 +28,37 @@ namespace lox::LOX_SET {
 
 namespace {
 
-// --- sources: where a pixel's samples are ---------------------------------
-
 struct Yuv {
   int y, u, v;
 };
+
+// Where the vector form stands in the rows.
+struct Cursor {
+  const uint8_t *y0, *y1;
+  const uint8_t *chroma0, *chroma1;
+  uint8_t *rgb0, *rgb1;
+};
+
+// --- sources: where a pixel's samples are -----------------------------------
 
 // Two pixels share a chroma sample of planes of their own.
 struct Planar {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 1;
 
-  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2], ptrdiff_t x) {
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
+                   ptrdiff_t x) {
     return {y[x], chroma[0][x / 2], chroma[1][x / 2]};
   }
 #if LOX_VECTORS
   template <class V, Order O>
-  LOX_INLINE static typename V::Pairs chroma(const uint8_t *const c[2], ptrdiff_t x) {
-    return V::template load_zip<O>(c[0] + x / 2, c[1] + x / 2);
+  LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
+    return V::template load_zip<O>(at.chroma0, at.chroma1);
+  }
+  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+    at.chroma0 += pixels / 2;
+    at.chroma1 += pixels / 2;
   }
 #endif
 };
@@ -54,15 +68,20 @@ template <int I>
 struct SemiPlanar {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = I;
+  static constexpr int kLumaBytes = 1;
 
-  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2], ptrdiff_t x) {
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
+                   ptrdiff_t x) {
     const uint8_t *const pair = chroma[0] + x / 2 * 2;
     return {y[x], pair[I], pair[1 - I]};
   }
 #if LOX_VECTORS
   template <class V, Order O>
-  LOX_INLINE static typename V::Pairs chroma(const uint8_t *const c[2], ptrdiff_t x) {
-    return V::template load_pairs<O>(c[0] + x);
+  LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
+    return V::template load_pairs<O>(at.chroma0);
+  }
+  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+    at.chroma0 += pixels;
   }
 #endif
 };
@@ -71,15 +90,20 @@ struct SemiPlanar {
 struct Full {
   static constexpr bool kTwoPixels = false;
   static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 1;
 
-  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2], ptrdiff_t x) {
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
+                   ptrdiff_t x) {
     return {y[x], chroma[0][x], chroma[1][x]};
   }
 #if LOX_VECTORS
   template <class V, Order O>
-  LOX_INLINE static typename V::WPairs chroma(const uint8_t *const c[2],
-                                              ptrdiff_t x) {
-    return V::template load_zip_wide<O>(c[0] + x, c[1] + x);
+  LOX_INLINE static typename V::WPairs chroma(const Cursor &at) {
+    return V::template load_zip_wide<O>(at.chroma0, at.chroma1);
+  }
+  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+    at.chroma0 += pixels;
+    at.chroma1 += pixels;
   }
 #endif
 };
@@ -89,12 +113,16 @@ template <int kLumaPlace>
 struct Packed {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 2;
   static constexpr int kLuma = kLumaPlace;
 
   static Yuv pixel(const uint8_t *yuv, const uint8_t *const[2], ptrdiff_t x) {
     const uint8_t *const pair = yuv + x / 2 * 4;
     return {pair[kLuma + x % 2 * 2], pair[1 - kLuma], pair[3 - kLuma]};
   }
+#if LOX_VECTORS
+  LOX_INLINE static void move_chroma(Cursor &, ptrdiff_t) {}
+#endif
 };
 
 template <class S>
@@ -115,16 +143,16 @@ struct Rgb24 {
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kBytes;
-  template <class V>
+  template <class V, bool kStream>
   LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
                                typename V::W16 b) {
     const auto first = V::template narrow<7>(r);
     const auto mid = V::template narrow<6>(g);
     const auto last = V::template narrow<6>(b);
     if constexpr (kR == 0) {
-      V::store3(p, first, mid, last);
+      V::template store3<kStream>(p, first, mid, last);
     } else {
-      V::store3(p, last, mid, first);
+      V::template store3<kStream>(p, last, mid, first);
     }
   }
 #endif
@@ -144,21 +172,21 @@ struct Rgb32 {
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kQuads;
-  template <class V>
+  template <class V, bool kStream>
   LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
                                typename V::W16 b) {
     if constexpr (kRedFirst && kAlphaFirst) {
-      V::store4(p, V::template join_low_255<7>(r),
-                V::template join<6, 6>(g, b));
+      V::template store4<kStream>(p, V::template join_low_255<7>(r),
+                                  V::template join<6, 6>(g, b));
     } else if constexpr (kRedFirst) {
-      V::store4(p, V::template join<7, 6>(r, g),
-                V::template join_high_255<6>(b));
+      V::template store4<kStream>(p, V::template join<7, 6>(r, g),
+                                  V::template join_high_255<6>(b));
     } else if constexpr (kAlphaFirst) {
-      V::store4(p, V::template join_low_255<6>(b),
-                V::template join<6, 7>(g, r));
+      V::template store4<kStream>(p, V::template join_low_255<6>(b),
+                                  V::template join<6, 7>(g, r));
     } else {
-      V::store4(p, V::template join<6, 6>(b, g),
-                V::template join_high_255<7>(r));
+      V::template store4<kStream>(p, V::template join<6, 6>(b, g),
+                                  V::template join_high_255<7>(r));
     }
   }
 #endif
@@ -177,14 +205,14 @@ struct Rgb16 {
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kWords;
-  template <class V>
+  template <class V, bool kStream>
   LOX_INLINE static void store(uint8_t *p, typename V::W16 wide_r,
-                               typename V::W16 wide_g,
-                               typename V::W16 wide_b) {
+                               typename V::W16 wide_g, typename V::W16 wide_b) {
     const auto r = V::template narrow_high<7>(wide_r);
     const auto g = V::template narrow_high<6>(wide_g);
     const auto b = V::template narrow_high<6>(wide_b);
-    V::store16(p, kRedHigh ? V::pack565(r, g, b) : V::pack565(b, g, r));
+    V::template store16<kStream>(
+        p, kRedHigh ? V::pack565(r, g, b) : V::pack565(b, g, r));
   }
 #endif
 };
@@ -251,37 +279,68 @@ LOX_INLINE ChromaTerms<V> chroma_terms(Pairs p, const C &k) {
   return {V::half_dot(p, k.red), V::dot(p, k.green), V::dot(p, k.blue)};
 }
 
-template <class V, class Dst, class C>
+template <class V, class Dst, bool kStream, class C>
 LOX_INLINE void convert_luma(typename V::U8 luma, const ChromaTerms<V> &chroma,
                              const C &k, uint8_t *rgb) {
   typename V::W16 whole;
   typename V::W16 half;
   V::scale(luma, k.k149, whole, half);
-  Dst::template store<V>(
+  Dst::template store<V, kStream>(
       rgb, V::add_saturate(V::add(whole, k.from_40), chroma.red),
       V::add(half, chroma.green), V::add_saturate(half, chroma.blue));
 }
 
-template <class V, class Src, class Dst, int kRows, class C>
-LOX_INLINE void step(const YuvToRgbRows &rows, ptrdiff_t x, const C &k) {
+template <class V, class Src, class Dst, int kRows, bool kStream, class C>
+LOX_INLINE void step(const Cursor &at, const C &k) {
   constexpr Order kOrder = Dst::kOrder;
-  const ptrdiff_t at = x * Dst::kBytes;
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
     typename V::Pairs pairs;
-    V::template load_422<kOrder, Src::kLuma>(rows.y[0] + x * 2, luma,
-                                             pairs);
-    convert_luma<V, Dst>(luma, chroma_terms<V>(pairs, k), k, rows.rgb[0] + at);
+    V::template load_422<kOrder, Src::kLuma>(at.y0, luma, pairs);
+    convert_luma<V, Dst, kStream>(luma, chroma_terms<V>(pairs, k), k, at.rgb0);
   } else {
-    const auto chroma =
-        chroma_terms<V>(Src::template chroma<V, kOrder>(rows.chroma, x), k);
-    convert_luma<V, Dst>(V::template load<kOrder>(rows.y[0] + x), chroma, k,
-                         rows.rgb[0] + at);
+    const auto chroma = chroma_terms<V>(Src::template chroma<V, kOrder>(at), k);
+    convert_luma<V, Dst, kStream>(V::template load<kOrder>(at.y0), chroma, k,
+                                  at.rgb0);
     if constexpr (kRows == 2) {
-      convert_luma<V, Dst>(V::template load<kOrder>(rows.y[1] + x), chroma, k,
-                           rows.rgb[1] + at);
+      convert_luma<V, Dst, kStream>(V::template load<kOrder>(at.y1), chroma, k,
+                                    at.rgb1);
     }
   }
+}
+
+template <class Src, class Dst, int kRows>
+LOX_INLINE void move(Cursor &at, ptrdiff_t pixels) {
+  at.y0 += pixels * Src::kLumaBytes;
+  at.rgb0 += pixels * Dst::kBytes;
+  Src::move_chroma(at, pixels);
+  if constexpr (kRows == 2) {
+    at.y1 += pixels * Src::kLumaBytes;
+    at.rgb1 += pixels * Dst::kBytes;
+  }
+  settle(at.y0);
+  settle(at.y1);
+  settle(at.chroma0);
+  settle(at.chroma1);
+  settle(at.rgb0);
+  settle(at.rgb1);
+}
+
+template <class V, class Src, class Dst, int kRows, bool kStream>
+LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
+  const Constants<V, Src::kU> constants;
+  Cursor at = {rows.y[0],      rows.y[1],   rows.chroma[0],
+               rows.chroma[1], rows.rgb[0], rows.rgb[1]};
+  for_vectors<V>(
+      width,
+      [&]() LOX_INLINE_LAMBDA {
+        step<V, Src, Dst, kRows, kStream>(at, constants);
+      },
+      [&](ptrdiff_t pixels)
+          LOX_INLINE_LAMBDA { move<Src, Dst, kRows>(at, pixels); },
+      [&]() LOX_INLINE_LAMBDA {
+        step<V, Src, Dst, kRows, false>(at, constants);
+      });
 }
 
 #endif  // LOX_VECTORS
@@ -293,11 +352,13 @@ void convert(const YuvToRgbRows &rows, ptrdiff_t width) {
   // A vector starts on a pair, so an odd last pixel is left to the rule.
   const ptrdiff_t whole = Src::kTwoPixels ? width & ~1 : width;
   done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    const Constants<V, Src::kU> constants;
-    const YuvToRgbRows local = rows;
-    for_vectors<V>(whole, [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
-      step<V, Src, Dst, kRows>(local, x, constants);
-    });
+    if constexpr (V::kStreamAlignment != 0) {
+      if (rows.stream) {
+        convert_vectors<V, Src, Dst, kRows, true>(rows, whole);
+        return;
+      }
+    }
+    convert_vectors<V, Src, Dst, kRows, false>(rows, whole);
   });
 #endif
   convert_pixels<Src, Dst, kRows>(rows, done, width);
@@ -310,16 +371,23 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    for_vectors<V>(width, [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
-      uint8_t *const p = rgb + x * Dst::kBytes;
-      if constexpr (Dst::kBytes == 2) {
-        const auto w = V::widen_high(V::template load<Dst::kOrder>(y + x));
-        V::store16(p, V::pack565(w, w, w));
-      } else {
-        const auto bytes = V::load_bytes(y + x);
-        V::store3(p, bytes, bytes, bytes);
-      }
-    });
+    const uint8_t *from = y;
+    uint8_t *to = rgb;
+    for_vectors<V>(
+        width,
+        [&]() LOX_INLINE_LAMBDA {
+          if constexpr (Dst::kBytes == 2) {
+            const auto w = V::widen_high(V::template load<Dst::kOrder>(from));
+            V::template store16<false>(to, V::pack565(w, w, w));
+          } else {
+            const auto bytes = V::load_bytes(from);
+            V::template store3<false>(to, bytes, bytes, bytes);
+          }
+        },
+        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
+          from += pixels;
+          to += pixels * Dst::kBytes;
+        });
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
@@ -337,10 +405,10 @@ using Rgb888 = Rgb24<0, 2>;
   {                                                                    \
     convert<Src, Rgb565, kRows>, convert<Src, Rgb16<false>, kRows>,    \
         convert<Src, Rgb888, kRows>, convert<Src, Rgb24<2, 0>, kRows>, \
-        convert<Src, Rgb32<true, false>, kRows>,                        \
-        convert<Src, Rgb32<false, false>, kRows>,                        \
+        convert<Src, Rgb32<true, false>, kRows>,                       \
+        convert<Src, Rgb32<false, false>, kRows>,                      \
         convert<Src, Rgb32<true, true>, kRows>,                        \
-        convert<Src, Rgb32<false, true>, kRows>                         \
+        convert<Src, Rgb32<false, true>, kRows>                        \
   }
 
 constinit const CscRows csc_rows = {
@@ -351,6 +419,13 @@ constinit const CscRows csc_rows = {
                        LOX_LAYOUTS(SemiPlanar<1>, 2)},
     .grey_to_rgb565 = grey_to_rgb<Rgb565>,
     .grey_to_rgb888 = grey_to_rgb<Rgb888>,
+#if LOX_VECTORS
+    .stream_alignment = Wide::kStreamAlignment,
+    .end_stream = [] { Wide::end_stream(); },
+#else
+    .stream_alignment = 0,
+    .end_stream = [] {},
+#endif
 };
 
 }  // namespace lox::LOX_SET

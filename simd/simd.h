@@ -51,22 +51,46 @@ template <class Kernel>
 LOX_INLINE ptrdiff_t with_vectors(ptrdiff_t width, Kernel kernel) {
   if (width >= Wide::n) {
     kernel(Wide());
-  } else if (Narrow::n < Wide::n && width >= Narrow::n) {
-    kernel(Narrow());
-  } else {
-    return 0;
+    return width;
   }
-  return width;
+  if constexpr (Narrow::n < Wide::n) {
+    if (width >= Narrow::n) {
+      kernel(Narrow());
+      return width;
+    }
+  }
+  return 0;
 }
 
-// Calls step(x) for whole vectors from 0 to width, which is V::n or more. The
-// last one ends at `width` and may do pixels again, which is cheaper than doing
-// them one by one.
-template <class V, class Step>
-LOX_INLINE void for_vectors(ptrdiff_t width, Step step) {
-  ptrdiff_t x = 0;
-  for (; x <= width - V::n; x += V::n) step(x);
-  if (x < width) step(width - V::n);
+// Holds a pointer to moving by itself: compilers else compute it from another
+// one, which costs ARM, whose vector loads and stores move it for nothing.
+template <class T>
+LOX_INLINE void settle([[maybe_unused]] T *&p) {
+#if defined(LOX_SET_neon)
+  __asm__("" : "+r"(p));
+#endif
+}
+
+// Does a row of `width` pixels, V::n or more, in whole vectors. step() does the
+// vector that the kernel's pointers stand on, move(pixels) moves them. The last
+// vector ends at `width` and may do pixels again, which is cheaper than doing
+// them one by one; it is done by last(), as its address may be any.
+template <class V, class Step, class Move, class Last>
+LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move, Last last) {
+  ptrdiff_t left = width;
+  do {
+    step();
+    move(V::n);
+    left -= V::n;
+  } while (left >= V::n);
+  if (left > 0) {
+    move(left - V::n);
+    last();
+  }
+}
+template <class V, class Step, class Move>
+LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move) {
+  for_vectors<V>(width, step, move, step);
 }
 
 }  // namespace lox::LOX_SET

@@ -19,6 +19,7 @@ namespace lox::LOX_SET {
 
 struct Avx2Lanes {
   static constexpr int n = 32;
+  static constexpr int kStreamAlignment = 32;
 
   // Which pixels are where, by Order:
   //           a, low half   a, high half   b
@@ -63,8 +64,13 @@ struct Avx2Lanes {
   LOX_OP __m256i load_raw(const uint8_t *p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
   }
+  template <bool kStream = false>
   LOX_OP void store_raw(uint8_t *p, __m256i v) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), v);
+    if constexpr (kStream) {
+      _mm256_stream_si256(reinterpret_cast<__m256i *>(p), v);
+    } else {
+      _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), v);
+    }
   }
   LOX_OP __m128i load_16(const uint8_t *p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
@@ -98,14 +104,12 @@ struct Avx2Lanes {
   template <Order O>
   LOX_OP __m256i pick_pairs(__m256i twice) {
     static_assert(O != Order::kBytes);
-    const __m256i quads =
-        _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 8, 9, 8, 9, 10, 11, 10, 11,  //
-                         4, 5, 4, 5, 6, 7, 6, 7, 12, 13, 12, 13, 14, 15, 14,
-                         15);
-    const __m256i words =
-        _mm256_setr_epi8(0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
-                         8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14,
-                         15);
+    const __m256i quads = _mm256_setr_epi8(
+        0, 1, 0, 1, 2, 3, 2, 3, 8, 9, 8, 9, 10, 11, 10, 11,  //
+        4, 5, 4, 5, 6, 7, 6, 7, 12, 13, 12, 13, 14, 15, 14, 15);
+    const __m256i words = _mm256_setr_epi8(
+        0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
+        8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
     return _mm256_shuffle_epi8(twice, O == Order::kQuads ? quads : words);
   }
   // 16 pairs in memory order, each twice.
@@ -228,9 +232,12 @@ struct Avx2Lanes {
     return {half_dot(p.a, d), half_dot(p.b, d)};
   }
 
-  LOX_OP Factor make_factor(int k) { return {fill_raw(k << 8), fill_raw(k << 7)}; }
+  LOX_OP Factor make_factor(int k) {
+    return {fill_raw(k << 8), fill_raw(k << 7)};
+  }
   LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
-    whole = {_mm256_mulhi_epu16(v.a, k.whole), _mm256_mulhi_epu16(v.b, k.whole)};
+    whole = {_mm256_mulhi_epu16(v.a, k.whole),
+             _mm256_mulhi_epu16(v.b, k.whole)};
     half = {_mm256_mulhi_epu16(v.a, k.half), _mm256_mulhi_epu16(v.b, k.half)};
   }
   LOX_OP W16 widen_high(U8 v) { return {v.a, v.b}; }
@@ -295,49 +302,53 @@ struct Avx2Lanes {
   }
 
   LOX_OP void store_bytes(uint8_t *p, Bytes v) { store_raw(p, v.v); }
+  template <bool kStream>
   LOX_OP void store16(uint8_t *p, W16 v) {
-    store_raw(p, v.a);
-    store_raw(p + 32, v.b);
+    store_raw<kStream>(p, v.a);
+    store_raw<kStream>(p + 32, v.b);
   }
   // Each source byte has a place of its own, modulo 16, among the three output
   // vectors of its half: one shuffle puts it there, two selections a vector
   // gather the channels.
+  template <bool kStream>
   LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
     const __m256i x = _mm256_shuffle_epi8(
-        a.v, _mm256_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10,
-                              5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15,
-                              10, 5));
+        a.v,
+        _mm256_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5,
+                         0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10, 5));
     const __m256i y = _mm256_shuffle_epi8(
-        b.v, _mm256_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15,
-                              10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4,
-                              15, 10));
+        b.v,
+        _mm256_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10,
+                         5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15, 10));
     const __m256i z = _mm256_shuffle_epi8(
-        c.v, _mm256_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4,
-                              15, 10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9,
-                              4, 15));
+        c.v,
+        _mm256_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15,
+                         10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9, 4, 15));
     // Bytes whose place is 1, and 2, modulo 3 within 16.
-    const __m256i one = _mm256_setr_epi8(
-        0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, 0, -1, 0, 0, -1, 0,
-        0, -1, 0, 0, -1, 0, 0, -1, 0, 0);
-    const __m256i two = _mm256_setr_epi8(
-        0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, 0, -1, 0, 0, -1,
-        0, 0, -1, 0, 0, -1, 0, 0, -1, 0);
+    const __m256i one =
+        _mm256_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, 0,
+                         -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0);
+    const __m256i two =
+        _mm256_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0,
+                         0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0);
     const __m256i v0 = select(select(x, y, one), z, two);
     const __m256i v1 = select(select(y, z, one), x, two);
     const __m256i v2 = select(select(z, x, one), y, two);
-    store_raw(p, _mm256_permute2x128_si256(v0, v1, 0x20));
-    store_raw(p + 32, _mm256_permute2x128_si256(v2, v0, 0x30));
-    store_raw(p + 64, _mm256_permute2x128_si256(v1, v2, 0x31));
+    store_raw<kStream>(p, _mm256_permute2x128_si256(v0, v1, 0x20));
+    store_raw<kStream>(p + 32, _mm256_permute2x128_si256(v2, v0, 0x30));
+    store_raw<kStream>(p + 64, _mm256_permute2x128_si256(v1, v2, 0x31));
   }
   LOX_OP __m256i select(__m256i v, __m256i w, __m256i mask) {
     return _mm256_blendv_epi8(v, w, mask);
   }
+  template <bool kStream>
   LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
-    store_raw(p, _mm256_unpacklo_epi16(ab.a, cd.a));
-    store_raw(p + 32, _mm256_unpackhi_epi16(ab.a, cd.a));
-    store_raw(p + 64, _mm256_unpacklo_epi16(ab.b, cd.b));
-    store_raw(p + 96, _mm256_unpackhi_epi16(ab.b, cd.b));
+    store_raw<kStream>(p, _mm256_unpacklo_epi16(ab.a, cd.a));
+    store_raw<kStream>(p + 32, _mm256_unpackhi_epi16(ab.a, cd.a));
+    store_raw<kStream>(p + 64, _mm256_unpacklo_epi16(ab.b, cd.b));
+    store_raw<kStream>(p + 96, _mm256_unpackhi_epi16(ab.b, cd.b));
   }
+  LOX_OP void end_stream() { _mm_sfence(); }
 };
 
 #undef LOX_OP

@@ -16,6 +16,7 @@ namespace lox::LOX_SET {
 
 struct NeonLanes {
   static constexpr int n = 16;
+  static constexpr int kStreamAlignment = 0;  // has no such stores
 
   struct U8 {
     uint8x8_t even, odd;
@@ -23,9 +24,11 @@ struct NeonLanes {
   struct W16 {
     int16x8_t even, odd;
   };
-  using Bytes = U8;
+  struct Bytes {
+    uint8x16_t v;
+  };
   struct Words {
-    U8 low, high;
+    uint8x16_t low, high;
   };
   // As they are in memory; the constants of dot and half_dot take the 128 off.
   struct Pairs {
@@ -48,13 +51,19 @@ struct NeonLanes {
     uint16x8_t bias;
   };
 
+  // Keeps a constant in a register: compilers else make it anew in the loop.
+  template <class T>
+  LOX_OP T keep(T v) {
+    __asm__("" : "+w"(v));
+    return v;
+  }
   LOX_OP int16x8_t as_signed(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
   LOX_OP uint16x8_t as_unsigned(int16x8_t v) {
     return vreinterpretq_u16_s16(v);
   }
 
   LOX_OP W16 fill(int k) {
-    const int16x8_t v = vdupq_n_s16(static_cast<int16_t>(k));
+    const int16x8_t v = keep(vdupq_n_s16(static_cast<int16_t>(k)));
     return {v, v};
   }
 
@@ -63,7 +72,7 @@ struct NeonLanes {
     const uint8x8x2_t v = vld2_u8(p);
     return {v.val[0], v.val[1]};
   }
-  LOX_OP Bytes load_bytes(const uint8_t *p) { return load<Order::kBytes>(p); }
+  LOX_OP Bytes load_bytes(const uint8_t *p) { return {vld1q_u8(p)}; }
   template <Order>
   LOX_OP Pairs load_pairs(const uint8_t *p) {
     const uint8x8x2_t v = vld2_u8(p);
@@ -91,8 +100,8 @@ struct NeonLanes {
     static_assert((K0 >= 0 && K1 >= 0) || (K0 <= 0 && K1 <= 0));
     constexpr int k0 = K0 < 0 ? -K0 : K0;
     constexpr int k1 = K1 < 0 ? -K1 : K1;
-    return {vdup_n_u8(k0), vdup_n_u8(k1),
-            vdupq_n_s16(static_cast<int16_t>(bias - 128 * (K0 + K1)))};
+    return {keep(vdup_n_u8(k0)), keep(vdup_n_u8(k1)),
+            keep(vdupq_n_s16(static_cast<int16_t>(bias - 128 * (K0 + K1))))};
   }
   template <int K0, int K1>
   LOX_OP int16x8_t dot_pairs(Pairs p, const Dot<K0, K1> &d) {
@@ -119,8 +128,9 @@ struct NeonLanes {
   // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
   template <int I, int K>
   LOX_OP HalfDot<I, K> make_half_dot(int bias) {
-    return {vdup_n_u8(K >> 1),
-            vdupq_n_u16(static_cast<uint16_t>(bias - 128 * (K >> 1) - 64))};
+    return {
+        keep(vdup_n_u8(K >> 1)),
+        keep(vdupq_n_u16(static_cast<uint16_t>(bias - 128 * (K >> 1) - 64)))};
   }
   template <int I, int K>
   LOX_OP int16x8_t half_dot_pairs(Pairs p, const HalfDot<I, K> &d) {
@@ -138,13 +148,14 @@ struct NeonLanes {
   }
 
   LOX_OP Factor make_factor(int k) {
-    return {vdup_n_u8(static_cast<uint8_t>(k))};
+    return {keep(vdup_n_u8(static_cast<uint8_t>(k)))};
   }
   LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
-    const uint16x8_t even = vmull_u8(v.even, k.k);
-    const uint16x8_t odd = vmull_u8(v.odd, k.k);
+    const uint16x8_t even = keep(vmull_u8(v.even, k.k));
+    const uint16x8_t odd = keep(vmull_u8(v.odd, k.k));
     whole = {as_signed(even), as_signed(odd)};
-    half = {as_signed(vshrq_n_u16(even, 1)), as_signed(vshrq_n_u16(odd, 1))};
+    half = {as_signed(keep(vshrq_n_u16(even, 1))),
+            as_signed(keep(vshrq_n_u16(odd, 1)))};
   }
   LOX_OP W16 widen_high(U8 v) {
     return {as_signed(vshll_n_u8(v.even, 8)), as_signed(vshll_n_u8(v.odd, 8))};
@@ -156,25 +167,27 @@ struct NeonLanes {
     return {vqaddq_s16(x.even, y.even), vqaddq_s16(x.odd, y.odd)};
   }
   template <int S>
-  LOX_OP Bytes narrow(W16 v) {
-    return {vqshrun_n_s16(v.even, S), vqshrun_n_s16(v.odd, S)};
-  }
-  template <int S>
   LOX_OP W16 narrow_high(W16 v) {
     return {as_signed(vqshluq_n_s16(v.even, 8 - S)),
             as_signed(vqshluq_n_s16(v.odd, 8 - S))};
   }
+  template <int S>
+  LOX_OP Bytes narrow(W16 v) {
+    const W16 h = narrow_high<S>(v);
+    return {vreinterpretq_u8_u16(
+        vsriq_n_u16(as_unsigned(h.odd), as_unsigned(h.even), 8))};
+  }
   template <int S0, int S1>
   LOX_OP Words join(W16 low, W16 high) {
-    return {narrow<S0>(low), narrow<S1>(high)};
+    return {narrow<S0>(low).v, narrow<S1>(high).v};
   }
   template <int S>
   LOX_OP Words join_high_255(W16 low) {
-    return {narrow<S>(low), {vdup_n_u8(255), vdup_n_u8(255)}};
+    return {narrow<S>(low).v, vdupq_n_u8(255)};
   }
   template <int S>
   LOX_OP Words join_low_255(W16 high) {
-    return {{vdup_n_u8(255), vdup_n_u8(255)}, narrow<S>(high)};
+    return {vdupq_n_u8(255), narrow<S>(high).v};
   }
   LOX_OP int16x8_t pack565(int16x8_t high, int16x8_t mid, int16x8_t low) {
     return as_signed(
@@ -186,28 +199,24 @@ struct NeonLanes {
             pack565(high.odd, mid.odd, low.odd)};
   }
 
-  LOX_OP void store_bytes(uint8_t *p, Bytes v) {
-    vst2_u8(p, {{v.even, v.odd}});
-  }
+  // The stores are macros with some compilers and want their vectors named.
+  LOX_OP void store_bytes(uint8_t *p, Bytes v) { vst1q_u8(p, v.v); }
+  template <bool>
   LOX_OP void store16(uint8_t *p, W16 v) {
-    vst2q_u16(reinterpret_cast<uint16_t *>(p),
-              {{as_unsigned(v.even), as_unsigned(v.odd)}});
+    const uint16x8x2_t words = {{as_unsigned(v.even), as_unsigned(v.odd)}};
+    vst2q_u16(reinterpret_cast<uint16_t *>(p), words);
   }
+  template <bool>
   LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
-    const uint8x8x2_t x = vzip_u8(a.even, a.odd);
-    const uint8x8x2_t y = vzip_u8(b.even, b.odd);
-    const uint8x8x2_t z = vzip_u8(c.even, c.odd);
-    vst3_u8(p, {{x.val[0], y.val[0], z.val[0]}});
-    vst3_u8(p + 24, {{x.val[1], y.val[1], z.val[1]}});
+    const uint8x16x3_t pixels = {{a.v, b.v, c.v}};
+    vst3q_u8(p, pixels);
   }
+  template <bool>
   LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
-    const uint8x8x2_t x = vzip_u8(ab.low.even, ab.low.odd);
-    const uint8x8x2_t y = vzip_u8(ab.high.even, ab.high.odd);
-    const uint8x8x2_t z = vzip_u8(cd.low.even, cd.low.odd);
-    const uint8x8x2_t w = vzip_u8(cd.high.even, cd.high.odd);
-    vst4_u8(p, {{x.val[0], y.val[0], z.val[0], w.val[0]}});
-    vst4_u8(p + 32, {{x.val[1], y.val[1], z.val[1], w.val[1]}});
+    const uint8x16x4_t pixels = {{ab.low, ab.high, cd.low, cd.high}};
+    vst4q_u8(p, pixels);
   }
+  LOX_OP void end_stream() {}
 };
 
 #undef LOX_OP

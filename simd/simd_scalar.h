@@ -13,6 +13,9 @@ namespace lox {
 
 struct ScalarLanes {
   static constexpr int n = 16;  // pixels in a step
+  // What a streaming store wants its address to be a multiple of; 0 where
+  // there are none.
+  static constexpr int kStreamAlignment = 0;
 
   // A byte for each pixel, as loaded and as narrowed.
   struct U8 {
@@ -230,16 +233,19 @@ struct ScalarLanes {
     return r;
   }
 
-  // n bytes; n words; n groups of three bytes; n groups of four.
+  // n bytes; n words; n groups of three bytes; n groups of four. A streaming
+  // store goes past the caches; end_stream() makes them all visible.
   static void store_bytes(uint8_t *p, const Bytes &a) {
     for (int i = 0; i < n; ++i) p[i] = a.at[i];
   }
+  template <bool kStream>
   static void store16(uint8_t *p, const W16 &a) {
     for (int i = 0; i < n; ++i) {
       p[2 * i] = static_cast<uint8_t>(a.at[i]);
       p[2 * i + 1] = static_cast<uint8_t>(a.at[i] >> 8);
     }
   }
+  template <bool kStream>
   static void store3(uint8_t *p, const Bytes &a, const Bytes &b,
                      const Bytes &c) {
     for (int i = 0; i < n; ++i) {
@@ -248,6 +254,7 @@ struct ScalarLanes {
       p[3 * i + 2] = c.at[i];
     }
   }
+  template <bool kStream>
   static void store4(uint8_t *p, const Words &ab, const Words &cd) {
     for (int i = 0; i < n; ++i) {
       p[4 * i] = ab.low[i];
@@ -256,6 +263,7 @@ struct ScalarLanes {
       p[4 * i + 3] = cd.high[i];
     }
   }
+  static void end_stream() {}
 };
 
 }  // namespace lox

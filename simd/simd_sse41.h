@@ -15,6 +15,7 @@ namespace lox::LOX_SET {
 
 struct Sse41Lanes {
   static constexpr int n = 16;
+  static constexpr int kStreamAlignment = 16;
 
   struct W16 {
     __m128i a, b;
@@ -57,8 +58,13 @@ struct Sse41Lanes {
   LOX_OP __m128i load_8(const uint8_t *p) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(p));
   }
+  template <bool kStream = false>
   LOX_OP void store_raw(uint8_t *p, __m128i v) {
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+    if constexpr (kStream) {
+      _mm_stream_si128(reinterpret_cast<__m128i *>(p), v);
+    } else {
+      _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+    }
   }
   LOX_OP __m128i less_128(__m128i v) {
     return _mm_xor_si128(v, _mm_set1_epi8(-128));
@@ -96,9 +102,9 @@ struct Sse41Lanes {
     const __m128i b = load_raw(p + 16);
     constexpr char c0 = 1 - kLuma;
     constexpr char c1 = 3 - kLuma;
-    const __m128i pick = _mm_setr_epi8(
-        c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
-        c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12);
+    const __m128i pick = _mm_setr_epi8(c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4,
+                                       c1 + 4, c0 + 8, c1 + 8, c0 + 8, c1 + 8,
+                                       c0 + 12, c1 + 12, c0 + 12, c1 + 12);
     pairs = {less_128(_mm_shuffle_epi8(a, pick)),
              less_128(_mm_shuffle_epi8(b, pick))};
     if constexpr (kLuma == 0) {
@@ -142,7 +148,9 @@ struct Sse41Lanes {
     return {half_dot(p.a, d), half_dot(p.b, d)};
   }
 
-  LOX_OP Factor make_factor(int k) { return {fill_raw(k << 8), fill_raw(k << 7)}; }
+  LOX_OP Factor make_factor(int k) {
+    return {fill_raw(k << 8), fill_raw(k << 7)};
+  }
   LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
     whole = {_mm_mulhi_epu16(v.a, k.whole), _mm_mulhi_epu16(v.b, k.whole)};
     half = {_mm_mulhi_epu16(v.a, k.half), _mm_mulhi_epu16(v.b, k.half)};
@@ -199,13 +207,15 @@ struct Sse41Lanes {
   }
 
   LOX_OP void store_bytes(uint8_t *p, Bytes v) { store_raw(p, v.v); }
+  template <bool kStream>
   LOX_OP void store16(uint8_t *p, W16 v) {
-    store_raw(p, v.a);
-    store_raw(p + 16, v.b);
+    store_raw<kStream>(p, v.a);
+    store_raw<kStream>(p + 16, v.b);
   }
   // Each source byte has a place of its own, modulo 16, among the three output
   // vectors: one shuffle puts it there, two selections a vector gather the
   // channels.
+  template <bool kStream>
   LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
     const __m128i x = _mm_shuffle_epi8(
         a.v,
@@ -221,19 +231,21 @@ struct Sse41Lanes {
         _mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0);
     const __m128i two =
         _mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0);
-    store_raw(p, select(select(x, y, one), z, two));
-    store_raw(p + 16, select(select(y, z, one), x, two));
-    store_raw(p + 32, select(select(z, x, one), y, two));
+    store_raw<kStream>(p, select(select(x, y, one), z, two));
+    store_raw<kStream>(p + 16, select(select(y, z, one), x, two));
+    store_raw<kStream>(p + 32, select(select(z, x, one), y, two));
   }
   LOX_OP __m128i select(__m128i v, __m128i w, __m128i mask) {
     return _mm_blendv_epi8(v, w, mask);
   }
+  template <bool kStream>
   LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
-    store_raw(p, _mm_unpacklo_epi16(ab.a, cd.a));
-    store_raw(p + 16, _mm_unpackhi_epi16(ab.a, cd.a));
-    store_raw(p + 32, _mm_unpacklo_epi16(ab.b, cd.b));
-    store_raw(p + 48, _mm_unpackhi_epi16(ab.b, cd.b));
+    store_raw<kStream>(p, _mm_unpacklo_epi16(ab.a, cd.a));
+    store_raw<kStream>(p + 16, _mm_unpackhi_epi16(ab.a, cd.a));
+    store_raw<kStream>(p + 32, _mm_unpacklo_epi16(ab.b, cd.b));
+    store_raw<kStream>(p + 48, _mm_unpackhi_epi16(ab.b, cd.b));
   }
+  LOX_OP void end_stream() { _mm_sfence(); }
 };
 
 #undef LOX_OP

@@ -18,39 +18,39 @@
  * planes say so.
  */
 enum {
-  VEXO_FMT_YUV400 = 0,    /* luma alone (grey) */
-  VEXO_FMT_YUV420 = 1,    /* Y, U, V planes; chroma half width, half height */
-  VEXO_FMT_YUV422N = 2,   /* Y, U, V planes; chroma half width, full height */
-  VEXO_FMT_YUV444 = 3,    /* Y, U, V planes, all full size */
-  VEXO_FMT_YV12 = 4,      /* as YUV420, planes in the order Y, V, U */
-  VEXO_FMT_YV16 = 5,      /* as YUV422N, planes in the order Y, V, U */
-  VEXO_FMT_NV12 = 6,      /* Y; U, V byte pairs, half width and height */
-  VEXO_FMT_NV21 = 7,      /* Y; V, U byte pairs, half width and height */
-  VEXO_FMT_YUV422W = 8,   /* Y, U, V planes; chroma full width, half height */
-  VEXO_FMT_T64X32 = 11,   /* 4:2:0 in 64 x 32 tiles */
-  VEXO_FMT_T16X16 = 12,   /* 4:2:0, luma tiles 16 x 16, chroma tiles 16 x 8 */
-  VEXO_FMT_T8X8 = 13,     /* 4:2:0 in 8 x 8 tiles */
-  VEXO_FMT_T256X16 = 14,  /* 4:2:0 in 256 x 16 tiles; wider than 1280 only */
-  VEXO_FMT_UYVY = 100,    /* packed 4:2:2, bytes U, Y0, V, Y1 */
-  VEXO_FMT_YUYV = 101,    /* packed 4:2:2, bytes Y0, U, Y1, V */
-  VEXO_FMT_RGB565 = 200,  /* word R << 11 | G << 5 | B */
-  VEXO_FMT_BGR565 = 201,  /* word B << 11 | G << 5 | R */
-  VEXO_FMT_RGB888 = 400,  /* bytes R, G, B */
-  VEXO_FMT_BGR888 = 401,  /* bytes B, G, R */
+  VEXO_FMT_YUV400 = 0,     /* luma alone (grey) */
+  VEXO_FMT_YUV420 = 1,     /* Y, U, V planes; chroma half width, half height */
+  VEXO_FMT_YUV422N = 2,    /* Y, U, V planes; chroma half width, full height */
+  VEXO_FMT_YUV444 = 3,     /* Y, U, V planes, all full size */
+  VEXO_FMT_YV12 = 4,       /* as YUV420, planes in the order Y, V, U */
+  VEXO_FMT_YV16 = 5,       /* as YUV422N, planes in the order Y, V, U */
+  VEXO_FMT_NV12 = 6,       /* Y; U, V byte pairs, half width and height */
+  VEXO_FMT_NV21 = 7,       /* Y; V, U byte pairs, half width and height */
+  VEXO_FMT_YUV422W = 8,    /* Y, U, V planes; chroma full width, half height */
+  VEXO_FMT_T64X32 = 11,    /* 4:2:0 in 64 x 32 tiles */
+  VEXO_FMT_T16X16 = 12,    /* 4:2:0, luma tiles 16 x 16, chroma tiles 16 x 8 */
+  VEXO_FMT_T8X8 = 13,      /* 4:2:0 in 8 x 8 tiles */
+  VEXO_FMT_T256X16 = 14,   /* 4:2:0 in 256 x 16 tiles; wider than 1280 only */
+  VEXO_FMT_UYVY = 100,     /* packed 4:2:2, bytes U, Y0, V, Y1 */
+  VEXO_FMT_YUYV = 101,     /* packed 4:2:2, bytes Y0, U, Y1, V */
+  VEXO_FMT_RGB565 = 200,   /* word R << 11 | G << 5 | B */
+  VEXO_FMT_BGR565 = 201,   /* word B << 11 | G << 5 | R */
+  VEXO_FMT_RGB888 = 400,   /* bytes R, G, B */
+  VEXO_FMT_BGR888 = 401,   /* bytes B, G, R */
   VEXO_FMT_RGBA8888 = 500, /* bytes R, G, B, A */
   VEXO_FMT_BGRA8888 = 501, /* bytes B, G, R, A */
   VEXO_FMT_ARGB8888 = 502, /* bytes A, R, G, B */
   VEXO_FMT_ABGR8888 = 503, /* bytes A, B, G, R */
   VEXO_FMT_YUV420PLANAR16 = 600, /* as YUV420, 16-bit words, 10 low bits used */
-  VEXO_FMT_P010LE = 601   /* as NV12, 16-bit words, the sample in the high bits */
+  VEXO_FMT_P010LE = 601 /* as NV12, 16-bit words, the sample in the high bits */
 };
 
 /* Values of vexo_img.color_std, which only vexo_csc reads as a standard. */
 enum {
-  VEXO_STD_DEFAULT = 0,       /* BT.601, luma 16..235 */
-  VEXO_STD_BT601_FULL = 1,    /* BT.601, full range */
-  VEXO_STD_BT709 = 10,        /* BT.709, luma 16..235 */
-  VEXO_STD_BT709_FULL = 11    /* BT.709, full range */
+  VEXO_STD_DEFAULT = 0,    /* BT.601, luma 16..235 */
+  VEXO_STD_BT601_FULL = 1, /* BT.601, full range */
+  VEXO_STD_BT709 = 10,     /* BT.709, luma 16..235 */
+  VEXO_STD_BT709_FULL = 11 /* BT.709, full range */
 };
 
 /* vexo_img.mode of a destination: "mod1", the first letter in the top byte.
