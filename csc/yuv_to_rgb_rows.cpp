@@ -43,15 +43,14 @@ struct Cursor {
 
 // Two pixels share a chroma sample of planes of their own.
 struct Planar {
-  static constexpr bool kTwoPixels = true;
-  static constexpr int kU = 0;
-  static constexpr int kLumaBytes = 1;
-
   static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
                    ptrdiff_t x) {
     return {y[x], chroma[0][x / 2], chroma[1][x / 2]};
   }
 #if LOX_VECTORS
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 1;
   template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
     return V::template load_zip<O>(at.chroma0, at.chroma1);
@@ -66,16 +65,15 @@ struct Planar {
 // Interleaved pairs with U at place I.
 template <int I>
 struct SemiPlanar {
-  static constexpr bool kTwoPixels = true;
-  static constexpr int kU = I;
-  static constexpr int kLumaBytes = 1;
-
   static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
                    ptrdiff_t x) {
     const uint8_t *const pair = chroma[0] + x / 2 * 2;
     return {y[x], pair[I], pair[1 - I]};
   }
 #if LOX_VECTORS
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = I;
+  static constexpr int kLumaBytes = 1;
   template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
     return V::template load_pairs<O>(at.chroma0);
@@ -88,15 +86,14 @@ struct SemiPlanar {
 
 // A chroma sample for each pixel.
 struct Full {
-  static constexpr bool kTwoPixels = false;
-  static constexpr int kU = 0;
-  static constexpr int kLumaBytes = 1;
-
   static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
                    ptrdiff_t x) {
     return {y[x], chroma[0][x], chroma[1][x]};
   }
 #if LOX_VECTORS
+  static constexpr bool kTwoPixels = false;
+  static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 1;
   template <class V, Order O>
   LOX_INLINE static typename V::WPairs chroma(const Cursor &at) {
     return V::template load_zip_wide<O>(at.chroma0, at.chroma1);
@@ -111,9 +108,6 @@ struct Full {
 // Packed 4:2:2 with the first luma byte at place kLuma.
 template <int kLumaPlace>
 struct Packed {
-  static constexpr bool kTwoPixels = true;
-  static constexpr int kU = 0;
-  static constexpr int kLumaBytes = 2;
   static constexpr int kLuma = kLumaPlace;
 
   static Yuv pixel(const uint8_t *yuv, const uint8_t *const[2], ptrdiff_t x) {
@@ -121,14 +115,12 @@ struct Packed {
     return {pair[kLuma + x % 2 * 2], pair[1 - kLuma], pair[3 - kLuma]};
   }
 #if LOX_VECTORS
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 2;
   LOX_INLINE static void move_chroma(Cursor &, ptrdiff_t) {}
 #endif
 };
-
-template <class S>
-constexpr bool kIsPacked = false;
-template <int kLuma>
-constexpr bool kIsPacked<Packed<kLuma>> = true;
 
 // --- destinations: how a pixel is packed ------------------------------------
 
@@ -289,6 +281,11 @@ LOX_INLINE void convert_luma(typename V::U8 luma, const ChromaTerms<V> &chroma,
       rgb, V::add_saturate(V::add(whole, k.from_40), chroma.red),
       V::add(half, chroma.green), V::add_saturate(half, chroma.blue));
 }
+
+template <class S>
+constexpr bool kIsPacked = false;
+template <int kLuma>
+constexpr bool kIsPacked<Packed<kLuma>> = true;
 
 template <class V, class Src, class Dst, int kRows, bool kStream, class C>
 LOX_INLINE void step(const Cursor &at, const C &k) {

@@ -2,8 +2,9 @@
 //
 // The vector layer as kernels see it. A kernel unit is compiled once for each
 // instruction set with LOX_SET naming it and puts everything into lox::LOX_SET.
-// Wide is the set's vector type, Narrow the one for rows too short for it; the
-// portable set has neither (LOX_VECTORS is 0) and runs the plain rule.
+// Wide is the set's vector type, Narrow the one for rows too short for it (the
+// same where there is no narrower one); the portable set has neither
+// (LOX_VECTORS is 0) and runs the plain rule.
 //
 // A kernel unit includes this header, its own *_rows.h and C headers only:
 // inline functions of other headers could be compiled with the set's
@@ -20,6 +21,7 @@
 namespace lox::LOX_SET {
 using Wide = Avx2Lanes;
 using Narrow = Sse41Lanes;
+constexpr bool kNarrower = true;
 }  // namespace lox::LOX_SET
 #elif defined(LOX_SET_sse41)
 #include "simd/simd_sse41.h"
@@ -27,6 +29,7 @@ using Narrow = Sse41Lanes;
 namespace lox::LOX_SET {
 using Wide = Sse41Lanes;
 using Narrow = Sse41Lanes;
+constexpr bool kNarrower = false;
 }  // namespace lox::LOX_SET
 #elif defined(LOX_SET_neon)
 #include "simd/simd_neon.h"
@@ -34,6 +37,7 @@ using Narrow = Sse41Lanes;
 namespace lox::LOX_SET {
 using Wide = NeonLanes;
 using Narrow = NeonLanes;
+constexpr bool kNarrower = false;
 }  // namespace lox::LOX_SET
 #else
 #define LOX_VECTORS 0
@@ -53,7 +57,7 @@ LOX_INLINE ptrdiff_t with_vectors(ptrdiff_t width, Kernel kernel) {
     kernel(Wide());
     return width;
   }
-  if constexpr (Narrow::n < Wide::n) {
+  if constexpr (kNarrower) {
     if (width >= Narrow::n) {
       kernel(Narrow());
       return width;

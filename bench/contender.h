@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What is timed: this library's forms, its peers and the stream bounds, all as
+// one kind of thing, a function from a frame to a frame.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "bench/workloads.h"
+
+namespace bench {
+
+struct Contender {
+  enum class Kind { kOwn, kPeer, kBound };
+
+  std::string name;
+  Kind kind;
+  std::function<void(uint8_t *src, uint8_t *dst)> run;
+  // What it writes: a peer without the very format writes another of the same
+  // size, which is the same work.
+  int32_t dst_format;
+  // The form of the library's kernels that runs; -1 for the best.
+  int level = -1;
+};
+
+using Contenders = std::vector<Contender>;
+
+// Each adds those of its kind that can do the workload at the size.
+void add_own_forms(const Workload &workload, int width, int height,
+                   Contenders *out);
+void add_libyuv(const Workload &workload, int width, int height,
+                Contenders *out);
+void add_opencv(const Workload &workload, int width, int height,
+                Contenders *out);
+void add_swscale(const Workload &workload, int width, int height,
+                 Contenders *out);
+void add_stream_bounds(const Workload &workload, int width, int height,
+                       Contenders *out);
+
+// The peers' versions, as they tell them at run time.
+std::string libyuv_version();
+std::string opencv_version();
+std::string swscale_version_text();
+
+// Runs every contender but the bounds on one smooth picture and prints how far
+// its output is from this library's. False when one is so far off that it does
+// not do the same work.
+bool check_same_work(const Workload &workload, int width, int height,
+                     const Contenders &contenders);
+
+}  // namespace bench

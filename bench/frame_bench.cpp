@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Times whole frames through the library's entry points beside its peers, in
+// one process and on one thread. README.md says how to run it and what the
+// figures are.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "bench/contender.h"
+#include "bench/frames.h"
+#include "common/isa.h"
+
+namespace bench {
+
+namespace {
+
+struct Setting {
+  const char *id;
+  int width, height;
+  bool ring;
+};
+
+constexpr Setting kSettings[] = {
+    {"640x360", 640, 360, false},
+    {"1080p_hot", 1920, 1080, false},
+    {"1080p_ring", 1920, 1080, true},
+};
+
+size_t aligned(size_t bytes) { return (bytes + 63) / 64 * 64; }
+
+struct Plan {
+  size_t src_step, dst_step, count;
+
+  Plan(const Workload &workload, const Setting &s)
+      : src_step(aligned(frame_bytes(workload.src_format, s.width, s.height))),
+        dst_step(aligned(frame_bytes(workload.dst_format, s.width, s.height))),
+        count(s.ring ? ring_bytes() / (src_step + dst_step) + 1 : 1) {}
+};
+
+Contenders contenders_for(const Workload &workload, int width, int height) {
+  Contenders list;
+  add_own_forms(workload, width, height, &list);
+#if defined(BENCH_HAS_LIBYUV)
+  add_libyuv(workload, width, height, &list);
+#endif
+#if defined(BENCH_HAS_OPENCV)
+  add_opencv(workload, width, height, &list);
+#endif
+#if defined(BENCH_HAS_SWSCALE)
+  add_swscale(workload, width, height, &list);
+#endif
+  add_stream_bounds(workload, width, height, &list);
+  return list;
+}
+
+void time_frames(benchmark::State &state, const Contender &contender,
+                 Frames *frames, double pixels) {
+  lox::isa_limit(contender.level >= 0 ? contender.level : lox::isa_best());
+  for (auto _ : state) frames->next(contender.run);
+  lox::isa_limit(lox::isa_best());
+  state.counters["pixels"] = pixels;
+}
+
+std::string processor() {
+  std::ifstream file("/proc/cpuinfo");
+  for (std::string line; std::getline(file, line);) {
+    const size_t colon = line.find(": ");
+    if (line.rfind("model name", 0) == 0 && colon != std::string::npos) {
+      return line.substr(colon + 2);
+    }
+  }
+  return "unknown";
+}
+
+void record_versions() {
+  benchmark::AddCustomContext("processor", processor());
+#if defined(__clang__)
+  benchmark::AddCustomContext("compiler", __VERSION__);
+#else
+  benchmark::AddCustomContext("compiler", "GCC " __VERSION__);
+#endif
+  benchmark::AddCustomContext("orumlox_form", lox::isa_name(lox::isa_best()));
+  benchmark::AddCustomContext("ring_bytes", std::to_string(ring_bytes()));
+#if defined(BENCH_HAS_LIBYUV)
+  benchmark::AddCustomContext("libyuv", libyuv_version());
+#endif
+#if defined(BENCH_HAS_OPENCV)
+  benchmark::AddCustomContext("OpenCV", opencv_version());
+#endif
+#if defined(BENCH_HAS_SWSCALE)
+  benchmark::AddCustomContext("swscale", swscale_version_text());
+#endif
+}
+
+}  // namespace
+
+}  // namespace bench
+
+int main(int argc, char **argv) {
+  using namespace bench;
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  record_versions();
+
+  // All workloads share the memory, so that the run fits small machines.
+  size_t src_bytes = 0, dst_bytes = 0;
+  for (const Workload &workload : kWorkloads) {
+    for (const Setting &setting : kSettings) {
+      const Plan plan(workload, setting);
+      src_bytes = std::max(src_bytes, plan.src_step * plan.count);
+      dst_bytes = std::max(dst_bytes, plan.dst_step * plan.count);
+    }
+  }
+  const Block src(src_bytes), dst(dst_bytes);
+
+  // Reserved: the registered benchmarks keep pointers into it.
+  std::vector<Frames> frames;
+  frames.reserve(std::size(kWorkloads) * std::size(kSettings));
+  bool same = true;
+  for (const Workload &workload : kWorkloads) {
+    for (const Setting &setting : kSettings) {
+      const Contenders list =
+          contenders_for(workload, setting.width, setting.height);
+      if (!setting.ring) {
+        same &= check_same_work(workload, setting.width, setting.height, list);
+      }
+      const Plan plan(workload, setting);
+      frames.emplace_back(src.data(), plan.src_step, dst.data(), plan.dst_step,
+                          plan.count);
+      const double pixels = 1.0 * setting.width * setting.height;
+      for (const Contender &contender : list) {
+        const std::string name =
+            std::string(workload.id) + "/" + setting.id + "/" + contender.name;
+        // The time of the whole process: a thread that a peer starts counts.
+        benchmark::RegisterBenchmark(
+            name.c_str(),
+            [contender, at = &frames.back(), pixels](benchmark::State &state) {
+              time_frames(state, contender, at, pixels);
+            })
+            ->MeasureProcessCPUTime()
+            ->Unit(benchmark::kMicrosecond);
+      }
+    }
+  }
+  if (!same) {
+    std::fputs("not timed: outputs differ\n", stderr);
+    return 1;
+  }
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,222 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Turns the JSON of frame_bench into Markdown tables and an SVG bar plot.
+
+    report.py RESULT.json OUT_DIR
+
+writes OUT_DIR/benchmarks.md and OUT_DIR/ratio.svg and prints the Markdown.
+Every figure is the lowest of its repetitions. README.md explains the columns.
+"""
+
+import json
+import pathlib
+import statistics
+import sys
+from html import escape
+
+TITLES = {
+    "nv12_rgba8888": "NV12 → RGBA8888",
+    "yuv420_rgba8888": "I420 → RGBA8888",
+    "yuv420_rgb565": "I420 → RGB565",
+    "nv21_rgb888": "NV21 → RGB888",
+    "yuyv_rgba8888": "YUYV → RGBA8888",
+    "copy_8b": "plane copy",
+}
+SETTINGS = {
+    "640x360": "640x360",
+    "1080p_hot": "1920x1080, same buffers every call",
+    "1080p_ring": "1920x1080, ring of buffers larger than the caches",
+}
+OWN = "orumlox"
+# Columns from left to right; others follow by name.
+ORDER = [
+    OWN, f"{OWN} avx2", f"{OWN} sse41", f"{OWN} portable", "libyuv",
+    "libyuv dither", "OpenCV", "swscale POINT", "swscale FAST_BILINEAR",
+    "memcpy",
+]
+
+
+def read(path):
+    """{setting: {workload: {contender: [ns per pixel of each repetition]}}}"""
+    document = json.loads(pathlib.Path(path).read_text(encoding="utf-8"))
+    to_ns = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+    times = {}
+    for row in document["benchmarks"]:
+        if row["run_type"] != "iteration":
+            continue
+        if row.get("error_occurred"):
+            sys.exit(f"{row['name']}: {row.get('error_message')}")
+        workload, setting, contender = row["run_name"].split("/")[:3]
+        ns = row["cpu_time"] * to_ns[row["time_unit"]] / row["pixels"]
+        rows = times.setdefault(setting, {}).setdefault(workload, {})
+        rows.setdefault(contender, []).append(ns)
+    return document["context"], times
+
+
+class Line:
+    """One workload at one setting."""
+
+    def __init__(self, contenders):
+        self.best = {name: min(t) for name, t in contenders.items()}
+        peers = {
+            name: t
+            for name, t in self.best.items()
+            if not name.startswith((OWN, "bound"))
+        }
+        self.own = self.best.get(OWN)
+        self.portable = self.best.get(f"{OWN} portable", self.own)
+        self.peer = min(peers, key=peers.get) if peers else None
+        bounds = [t for n, t in self.best.items() if n.startswith("bound")]
+        self.bound = min(bounds) if bounds else None
+        # How unquiet the machine was for the two that are compared: near 1
+        # when nothing disturbed them.
+        spreads = [
+            statistics.median(contenders[name]) / min(contenders[name])
+            for name in (OWN, self.peer) if name in contenders
+        ]
+        self.spread = max(spreads) if spreads else None
+
+    def gain(self):
+        """How many times faster than the best peer."""
+        if self.peer is None or not self.own:
+            return None
+        return self.best[self.peer] / self.own
+
+
+def number(value, places=None):
+    if value is None:
+        return "–"
+    if places is None:
+        places = 4 if value < 0.1 else 3 if value < 10 else 1
+    return f"{value:.{places}f}"
+
+
+def ratio(a, b):
+    return number(a / b, 2) if a and b else "–"
+
+
+def table(lines):
+    found = {name for line in lines.values() for name in line.best
+             if not name.startswith("bound")}
+    names = ([n for n in ORDER if n in found] +
+             sorted(found.difference(ORDER)))
+    head = (["workload"] + names +
+            ["bound", "best peer", "× best peer", "× portable", "of bound",
+             "median / lowest"])
+    out = ["| " + " | ".join(head) + " |",
+           "|---|" + "---:|" * (len(head) - 1)]
+    for workload, title in TITLES.items():
+        line = lines.get(workload)
+        if line is None:
+            continue
+        cells = [title] + [number(line.best.get(name)) for name in names]
+        cells += [
+            number(line.bound),
+            line.peer or "–",
+            number(line.gain(), 2),
+            ratio(line.portable, line.own),
+            ratio(line.own, line.bound),
+            number(line.spread, 2),
+        ]
+        out.append("| " + " | ".join(cells) + " |")
+    return out
+
+
+def markdown(context, settings):
+    caches = ", ".join(
+        f"L{c['level']} {c['type'].lower()} {c['size'] >> 10} KiB"
+        for c in context.get("caches", []) if c["type"] != "Instruction")
+    peers = ", ".join(
+        f"{name} {context[name]}"
+        for name in ("libyuv", "OpenCV", "swscale") if name in context)
+    out = [
+        f"Processor: {context.get('processor')}, {context['num_cpus']} of them, "
+        f"{caches}. Compiler: {context.get('compiler')}. Peers: "
+        f"{peers or 'none'}. Form chosen: {context.get('orumlox_form')}. Ring: "
+        f"{int(context.get('ring_bytes', 0)) >> 20} MiB. Date: "
+        f"{context['date']}." +
+        (f" Commit: {context['commit']}." if "commit" in context else ""),
+        "",
+        "Nanoseconds per output pixel (per byte for the copy), one thread, the "
+        "lowest of the repetitions. “× best peer” is the best peer's time over "
+        "orumlox's, “× portable” the portable form's: above 1 orumlox is "
+        "faster. “of bound” is orumlox's time over the stream bound's: 1 is as "
+        "fast as the memory goes. “median / lowest” is that of orumlox or of the "
+        "best peer, whichever is the larger: it tells how quiet the machine "
+        "was.",
+        "",
+        "![Times faster than the best peer](ratio.svg)",
+    ]
+    for setting, title in SETTINGS.items():
+        if setting in settings:
+            out += ["", f"### {title}", ""] + table(settings[setting])
+    return "\n".join(out) + "\n"
+
+
+def plot(settings):
+    """Horizontal bars of how many times faster than the best peer."""
+    left, right, bar, gap, head = 150, 150, 16, 6, 30
+    bars = [(s, w, line) for s, lines in settings.items()
+            for w, line in lines.items() if line.gain()]
+    longest = max([line.gain() for _, _, line in bars] + [1]) * 1.05
+    scale = 460 / longest
+    width = left + 460 + right
+    body, y = [], 40
+    for setting, title in SETTINGS.items():
+        lines = settings.get(setting, {})
+        shown = [w for w in TITLES if w in lines and lines[w].gain()]
+        if not shown:
+            continue
+        body.append(f'<text x="8" y="{y + 14}" class="h">{escape(title)}'
+                    "</text>")
+        y += head
+        for workload in shown:
+            line = lines[workload]
+            gain = line.gain()
+            # Labels stay clear of the line at 1.
+            end = left + max(gain, 1) * scale
+            kind = "up" if gain >= 1 else "down"
+            body.append(
+                f'<text x="{left - 8}" y="{y + 12}" class="e">'
+                f"{escape(TITLES[workload])}</text>"
+                f'<rect x="{left}" y="{y}" width="{gain * scale:.1f}" '
+                f'height="{bar}" class="{kind}"/>'
+                f'<text x="{end + 6:.1f}" y="{y + 12}">{gain:.2f} '
+                f'<tspan class="p">vs {escape(line.peer)}</tspan></text>')
+            y += bar + gap
+        y += 10
+    one = left + scale
+    return "\n".join([
+        f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" '
+        f'height="{y + 8}" viewBox="0 0 {width} {y + 8}" '
+        'font-family="sans-serif" font-size="12">',
+        "<style>.h{font-weight:bold}.e{text-anchor:end}.p{fill:#666}"
+        ".up{fill:#3b7dba}.down{fill:#c8643c}</style>",
+        '<rect width="100%" height="100%" fill="white"/>',
+        '<text x="8" y="20" class="h" font-size="14">Times faster than the '
+        "best peer (1.0: level)</text>",
+    ] + body + [
+        f'<line x1="{one:.1f}" y1="32" x2="{one:.1f}" y2="{y}" stroke="black" '
+        'stroke-dasharray="4 3"/>',
+        f'<text x="{one + 4:.1f}" y="{y + 2}">1.0</text>',
+        "</svg>",
+    ]) + "\n"
+
+
+def main(arguments):
+    if len(arguments) != 2:
+        sys.exit(__doc__)
+    context, times = read(arguments[0])
+    settings = {
+        setting: {w: Line(contenders) for w, contenders in rows.items()}
+        for setting, rows in times.items()
+    }
+    out = pathlib.Path(arguments[1])
+    text = markdown(context, settings)
+    (out / "benchmarks.md").write_text(text, encoding="utf-8")
+    (out / "ratio.svg").write_text(plot(settings), encoding="utf-8")
+    sys.stdout.write(text)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])

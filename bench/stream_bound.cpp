@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The stream bounds: loops that read every source byte, write every destination
+// byte and compute nothing. The fastest of them at a setting is what the memory
+// system allows there. Which that is depends on the machine and the setting, so
+// there are three:
+//   memcpy   the C library's memcpy of the source, and its memset for what the
+//            destination is longer;
+//   loop     vector loads and stores, a page of destination at a time;
+//   nt       the same with stores past the caches, which need not fetch the
+//            line they write: as a rule the best once memory is the limit.
+// The memcpy of the copy workload is a peer as well.
+#include <cstring>
+
+#include "bench/contender.h"
+#include "benchmark/benchmark.h"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace bench {
+
+namespace {
+
+using Kind = Contender::Kind;
+
+#if defined(__x86_64__)
+
+constexpr size_t kVector = 32;
+constexpr size_t kBlock = 4096 / kVector;
+
+// Sizes in vectors; the pointers are aligned to one.
+template <bool kPastCaches>
+[[gnu::target("avx2")]] void stream(const uint8_t *src, size_t src_count,
+                                    uint8_t *dst, size_t dst_count) {
+  const auto *in = reinterpret_cast<const __m256i *>(src);
+  auto *to = reinterpret_cast<__m256i *>(dst);
+  __m256i a = _mm256_setzero_si256();
+  __m256i b = a, c = a, d = a;
+  size_t read = 0;
+  for (size_t written = 0; written < dst_count;) {
+    const size_t write_end =
+        dst_count - written < kBlock ? dst_count : written + kBlock;
+    const size_t read_end = write_end * src_count / dst_count;
+    for (; read + 4 <= read_end; read += 4) {
+      a = _mm256_or_si256(a, _mm256_load_si256(in + read));
+      b = _mm256_or_si256(b, _mm256_load_si256(in + read + 1));
+      c = _mm256_or_si256(c, _mm256_load_si256(in + read + 2));
+      d = _mm256_or_si256(d, _mm256_load_si256(in + read + 3));
+    }
+    for (; read < read_end; ++read) {
+      a = _mm256_or_si256(a, _mm256_load_si256(in + read));
+    }
+    // What is written depends on what was read, so no load can be dropped.
+    const __m256i value =
+        _mm256_or_si256(_mm256_or_si256(a, b), _mm256_or_si256(c, d));
+    for (; written < write_end; ++written) {
+      if constexpr (kPastCaches) {
+        _mm256_stream_si256(to + written, value);
+      } else {
+        _mm256_store_si256(to + written, value);
+      }
+    }
+  }
+  if constexpr (kPastCaches) _mm_sfence();
+}
+
+#endif
+
+}  // namespace
+
+void add_stream_bounds(const Workload &workload, int width, int height,
+                       Contenders *out) {
+  const size_t src_bytes = frame_bytes(workload.src_format, width, height);
+  const size_t dst_bytes = frame_bytes(workload.dst_format, width, height);
+  const auto add = [&](const char *name, Kind kind, auto run) {
+    out->push_back({name, kind, run, workload.dst_format});
+  };
+  // No workload has a destination shorter than its source.
+  const auto copy = [=](uint8_t *src, uint8_t *dst) {
+    std::memcpy(dst, src, src_bytes);
+    if (dst_bytes > src_bytes) {
+      std::memset(dst + src_bytes, 255, dst_bytes - src_bytes);
+    }
+    benchmark::ClobberMemory();
+  };
+  if (workload.is_copy()) {
+    add("memcpy", Kind::kPeer, copy);
+  }
+  add("bound memcpy", Kind::kBound, copy);
+#if defined(__x86_64__)
+  if (!__builtin_cpu_supports("avx2") || src_bytes % kVector != 0 ||
+      dst_bytes % kVector != 0) {
+    return;
+  }
+  const size_t src_count = src_bytes / kVector;
+  const size_t dst_count = dst_bytes / kVector;
+  add("bound loop", Kind::kBound, [=](uint8_t *src, uint8_t *dst) {
+    stream<false>(src, src_count, dst, dst_count);
+    benchmark::ClobberMemory();
+  });
+  add("bound nt", Kind::kBound, [=](uint8_t *src, uint8_t *dst) {
+    stream<true>(src, src_count, dst, dst_count);
+    benchmark::ClobberMemory();
+  });
+#endif
+}
+
+}  // namespace bench

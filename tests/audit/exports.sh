@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# exports.sh LIBRARY INCLUDE_DIR COMPILER...: the library exports the functions
+# that the public headers declare, all of them and nothing else.
+set -euo pipefail
+library=$1
+include=$2
+shift 2
+
+declared() {
+  for header in "$include"/orumlox/*.h; do
+    printf '#include "%s"\n' "$header"
+  done |
+    "$@" -E -P -x c -I "$include" - |
+    tr '\n' ' ' | tr ';' '\n' |
+    # Of the declarations with default visibility, what stands last before the
+    # parameters is the name.
+    sed -n 's/^.*__attribute__ *((visibility("default")))//p' |
+    sed -e 's/(.*//' |
+    grep -Eo '\b(vexo|mlox)_\w+ *$' | tr -d ' ' | sort -u
+}
+
+exported() {
+  "$NM" -D --defined-only -P "$library" | cut -d ' ' -f 1 | sort -u
+}
+
+names=$(declared "$@")
+symbols=$(exported)
+if [[ $(wc -l <<<"$names") -lt 10 ]]; then
+  echo "too few declarations found in $include" >&2
+  exit 1
+fi
+if ! diff <(echo "$names") <(echo "$symbols") >&2; then
+  echo "left: declared only; right: exported only" >&2
+  exit 1
+fi
+echo "$(wc -l <<<"$names") names"

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// Memory that touches an inaccessible page, so that one byte read or written
+// beyond it ends the test, and whose other neighbours are watched.
+#ifndef ORUMLOX_TESTS_SUPPORT_GUARDED_BUFFER_H
+#define ORUMLOX_TESTS_SUPPORT_GUARDED_BUFFER_H
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace lox_test {
+
+// Which end of the memory lies at the inaccessible page.
+enum class Edge { kEnd, kStart };
+
+class GuardedBuffer {
+ public:
+  GuardedBuffer() = default;
+  explicit GuardedBuffer(size_t size, Edge edge = Edge::kEnd) {
+    reset(size, edge);
+  }
+  ~GuardedBuffer();
+  GuardedBuffer(const GuardedBuffer&) = delete;
+  GuardedBuffer& operator=(const GuardedBuffer&) = delete;
+
+  // Gives the buffer another size and place and fills it, and the memory on
+  // its open side, with the canary pattern. Pages are kept where they are
+  // enough: emulated page faults are slow.
+  void reset(size_t size, Edge edge);
+
+  uint8_t* data() const { return data_; }
+  size_t size() const { return size_; }
+  std::vector<uint8_t> copy() const { return {data_, data_ + size_}; }
+
+  // Whether the memory on the open side still holds the pattern.
+  bool margin_intact() const;
+
+ private:
+  void release();
+  uint8_t* margin_data() const;
+
+  uint8_t* mapping_ = nullptr;
+  size_t mapped_ = 0;
+  uint8_t* data_ = nullptr;
+  size_t size_ = 0;
+  Edge edge_ = Edge::kEnd;
+};
+
+// Fills memory with the canary pattern: bytes that differ from place to place,
+// so that neither a missing write nor a shifted one goes unseen.
+void fill_canary(uint8_t* data, size_t size);
+
+// The canary pattern as a buffer of its own, to build an expectation in.
+std::vector<uint8_t> canary(size_t size);
+
+// Whether the buffer holds `expected` and its margin is untouched; a failure
+// names the first wrong byte and, with a stride, its row and column.
+testing::AssertionResult holds(const GuardedBuffer& buffer,
+                               const std::vector<uint8_t>& expected,
+                               size_t stride = 0);
+
+}  // namespace lox_test
+
+#endif  // ORUMLOX_TESTS_SUPPORT_GUARDED_BUFFER_H

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// vexo convert: finds out what the files are, which layouts the conversion goes
+// through, and streams the frames.
+#include "convert.h"
+
+#include <algorithm>
+#include <charconv>
+#include <deque>
+#include <vector>
+
+#include "error.h"
+#include "formats.h"
+#include "frame.h"
+#include "io.h"
+#include "orumlox/csc.h"
+#include "progress.h"
+
+namespace vexo {
+namespace {
+
+// The library refuses anything smaller.
+constexpr int kMinConvertedSide = 8;
+
+// "WxH".
+void parse_size(const std::string &text, StreamInfo *info) {
+  const char *const end = text.data() + text.size();
+  const auto width = std::from_chars(text.data(), end, info->width);
+  bool good = width.ec == std::errc() && width.ptr != end &&
+              (*width.ptr == 'x' || *width.ptr == 'X');
+  if (good) {
+    const auto height = std::from_chars(width.ptr + 1, end, info->height);
+    good = height.ec == std::errc() && height.ptr == end;
+  }
+  if (!good) throw Error("--size '" + text + "' is not WIDTHxHEIGHT");
+  check_size(info->width, info->height, "--size");
+}
+
+std::unique_ptr<FrameReader> open_reader(const ConvertOptions &options) {
+  auto source = std::make_unique<ByteSource>(options.in);
+  // A name that says raw outweighs bytes that happen to look like a header.
+  std::optional<Kind> kind;
+  if (!options.in_kind.empty()) {
+    kind = kind_named(options.in_kind);
+  } else if (kind_of_path(options.in) == Kind::kRaw) {
+    kind = Kind::kRaw;
+  } else {
+    kind = kind_of_content(*source);
+    if (!kind && !options.size.empty() && !options.from.empty()) {
+      kind = Kind::kRaw;
+    }
+  }
+  if (!kind) {
+    throw Error(source->name() +
+                " is no PNG, PGM, PPM or Y4M; raw frames need --size and "
+                "--from");
+  }
+  if (kind == Kind::kRaw) {
+    if (options.size.empty() || options.from.empty()) {
+      throw Error(source->name() + ": raw frames need --size and --from");
+    }
+    StreamInfo info;
+    info.layout = &layout_named(options.from);
+    parse_size(options.size, &info);
+    return read_raw(std::move(source), info);
+  }
+  if (!options.size.empty()) {
+    throw Error("--size is for raw frames; " + source->name() +
+                " has a size of its own");
+  }
+  const std::string name = source->name();
+  std::unique_ptr<FrameReader> reader =
+      kind == Kind::kPng   ? read_png(std::move(source))
+      : kind == Kind::kY4m ? read_y4m(std::move(source))
+                           : read_pnm(std::move(source));
+  const Layout &layout = *reader->info().layout;
+  if (!options.from.empty() && &layout_named(options.from) != &layout) {
+    throw Error(name + " holds " + layout.token + ", not " + options.from);
+  }
+  return reader;
+}
+
+Kind output_kind(const ConvertOptions &options) {
+  if (!options.out_kind.empty()) return kind_named(options.out_kind);
+  if (const std::optional<Kind> kind = kind_of_path(options.out)) return *kind;
+  // What programs pipe into each other.
+  if (options.out == "-") return Kind::kY4m;
+  throw Error("cannot tell what kind of file '" + options.out +
+              "' is to be: give --out-kind");
+}
+
+Error no_route(const Layout &from, const Layout &to, int32_t color_std) {
+  std::string sentence = std::string("pair not supported by the library: ") +
+                         from.token + " to " + to.token;
+  if (color_std != VEXO_STD_DEFAULT) {
+    sentence += std::string(" (") + standard_name(color_std) + ")";
+  }
+  return Error(sentence);
+}
+
+// The layout to write when the command line names none.
+const Layout &choose_layout(Kind kind, const Layout &source,
+                            int32_t color_std) {
+  std::vector<int32_t> wanted;
+  switch (kind) {
+    case Kind::kPng:
+      if (source.code == VEXO_FMT_YUV400) return source;
+      wanted = {VEXO_FMT_RGB888, VEXO_FMT_RGBA8888};
+      break;
+    case Kind::kPpm:
+      wanted = {VEXO_FMT_RGB888};
+      break;
+    case Kind::kPgm:
+      wanted = {VEXO_FMT_YUV400};
+      break;
+    case Kind::kY4m:
+      if (kind_carries(kind, source)) return source;
+      wanted = {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444};
+      break;
+    case Kind::kRaw:
+      return source;
+  }
+  if (std::find(wanted.begin(), wanted.end(), source.code) != wanted.end()) {
+    return source;
+  }
+  for (const int32_t code : wanted) {
+    const Layout &layout = layout_of(code);
+    if (library_converts(source, layout, color_std)) return layout;
+  }
+  // Without a conversion a picture can still be looked at when only the order
+  // of its bytes differs.
+  if (kind_carries(kind, source)) return source;
+  throw no_route(source, layout_of(wanted.front()), color_std);
+}
+
+// All layouts from the input's to the output's.
+std::vector<const Layout *> plan(const ConvertOptions &options, Kind kind,
+                                 const Layout &source) {
+  std::vector<const Layout *> chain = {&source};
+  if (!options.via.empty()) {
+    size_t start = 0;
+    for (;;) {
+      const size_t comma =
+          std::min(options.via.find(',', start), options.via.size());
+      chain.push_back(&layout_named(options.via.substr(start, comma - start)));
+      if (comma == options.via.size()) break;
+      start = comma + 1;
+    }
+  }
+  if (!options.to.empty()) {
+    const Layout &last = layout_named(options.to);
+    if (&last != chain.back()) chain.push_back(&last);
+  }
+  for (size_t i = 1; i < chain.size(); ++i) {
+    if (chain[i] == chain[i - 1]) {
+      throw Error(std::string("--via goes from ") + chain[i]->token +
+                  " to itself");
+    }
+  }
+  if (options.to.empty()) {
+    const Layout &last = choose_layout(kind, *chain.back(), options.color_std);
+    if (&last != chain.back()) chain.push_back(&last);
+  }
+  if (!kind_carries(kind, *chain.back())) {
+    throw Error(std::string("a ") + kind_name(kind) + " file cannot hold " +
+                chain.back()->token);
+  }
+  for (size_t i = 1; i < chain.size(); ++i) {
+    if (!library_converts(*chain[i - 1], *chain[i], options.color_std)) {
+      throw no_route(*chain[i - 1], *chain[i], options.color_std);
+    }
+  }
+  return chain;
+}
+
+void convert_step(const Frame &src, const Frame &dst) {
+  const int32_t status = vexo_csc(&src.img(), &dst.img());
+  if (status == VEXO_OK) return;
+  throw Error(std::string("the library refuses ") + src.layout().token +
+              " to " + dst.layout().token + " at " +
+              std::to_string(src.width()) + "x" + std::to_string(src.height()) +
+              " (status " + std::to_string(status) + ")");
+}
+
+}  // namespace
+
+void convert(const ConvertOptions &options) {
+  const Kind kind = output_kind(options);
+  const std::unique_ptr<FrameReader> reader = open_reader(options);
+  StreamInfo info = reader->info();
+  const std::vector<const Layout *> chain = plan(options, kind, *info.layout);
+  if (chain.size() > 1 &&
+      std::min(info.width, info.height) < kMinConvertedSide) {
+    throw Error(
+        "the library converts no picture smaller than 8x8, and this "
+        "one is " +
+        std::to_string(info.width) + "x" + std::to_string(info.height));
+  }
+  std::deque<Frame> frames;
+  for (const Layout *layout : chain) {
+    frames.emplace_back(*layout, info.width, info.height, options.color_std);
+  }
+
+  // The first frame is read before the output is opened: most bad input fails
+  // here, and then nothing has reached a pipe.
+  if (!reader->read(frames.front())) throw Error("the input has no frame");
+  info.layout = chain.back();
+  const std::unique_ptr<FrameWriter> writer =
+      open_writer(kind, options.out, info);
+  Progress progress(options.quiet);
+  do {
+    for (size_t i = 1; i < frames.size(); ++i) {
+      convert_step(frames[i - 1], frames[i]);
+    }
+    writer->write(frames.back());
+    progress.frame_done();
+  } while (reader->read(frames.front()));
+  writer->finish();
+}
+
+}  // namespace vexo

@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Kinds of files: how they are recognised and what they can hold; and numbered
+// pictures.
+#include "io.h"
+
+#include <array>
+
+#include "error.h"
+#include "pixels.h"
+
+namespace vexo {
+namespace {
+
+struct KindEntry {
+  Kind kind;
+  const char *name;
+  std::array<const char *, 3> endings;
+};
+
+constexpr KindEntry kKinds[] = {
+    {Kind::kPng, "png", {".png"}},
+    {Kind::kPpm, "ppm", {".ppm"}},
+    {Kind::kPgm, "pgm", {".pgm"}},
+    {Kind::kY4m, "y4m", {".y4m"}},
+    {Kind::kRaw, "raw", {".raw", ".yuv", ".rgb"}},
+};
+
+// The names of a row of pictures: a path with one %d or %0Nd in it, the number
+// counting from 1, and %% for a percent sign.
+class NamePattern {
+ public:
+  explicit NamePattern(const std::string &path) {
+    for (size_t i = 0; i < path.size(); ++i) {
+      if (path[i] != '%') {
+        part() += path[i];
+      } else if (path.compare(i, 2, "%%") == 0) {
+        part() += '%';
+        ++i;
+      } else {
+        i = parse_number(path, i + 1);
+      }
+    }
+  }
+
+  bool numbered() const { return numbered_; }
+
+  std::string name(int64_t number) const {
+    if (!numbered_) return before_;
+    const std::string digits = std::to_string(number);
+    const size_t zeros =
+        digits.size() < digits_ ? digits_ - digits.size() : size_t{0};
+    return before_ + std::string(zeros, '0') + digits + after_;
+  }
+
+ private:
+  std::string &part() { return numbered_ ? after_ : before_; }
+
+  // Takes what follows a percent sign; returns the index of its last character.
+  size_t parse_number(const std::string &path, size_t i) {
+    size_t digits = 0;
+    if (path.compare(i, 1, "0") == 0 && i + 1 < path.size() &&
+        path[i + 1] >= '1' && path[i + 1] <= '9') {
+      digits = static_cast<size_t>(path[i + 1] - '0');
+      i += 2;
+    }
+    if (numbered_ || path.compare(i, 1, "d") != 0) {
+      throw Error("bad pattern '" + path +
+                  "': one %d or %01d to %09d numbers pictures, %% is a percent "
+                  "sign");
+    }
+    numbered_ = true;
+    digits_ = digits;
+    return i;
+  }
+
+  std::string before_;
+  std::string after_;
+  size_t digits_ = 0;
+  bool numbered_ = false;
+};
+
+class PictureWriter : public FrameWriter {
+ public:
+  PictureWriter(const std::string &path, Encoder *encode)
+      : path_(path), pattern_(path), encode_(encode) {}
+
+  void write(const Frame &frame) override {
+    if (++count_ > 1 && !pattern_.numbered()) {
+      throw Error("the input has more than one frame: '" + path_ +
+                  "' needs a number, for instance frame%03d.png");
+    }
+    sink_ = std::make_unique<ByteSink>(pattern_.name(count_));
+    encode_(frame, *sink_);
+    // A numbered picture is complete now. A single one waits: a second frame
+    // makes the whole run fail.
+    if (pattern_.numbered()) finish();
+  }
+
+  void finish() override {
+    if (sink_) sink_->commit();
+    sink_.reset();
+  }
+
+ private:
+  std::string path_;
+  NamePattern pattern_;
+  Encoder *encode_;
+  int64_t count_ = 0;
+  std::unique_ptr<ByteSink> sink_;
+};
+
+bool ends_with(const std::string &path, std::string_view ending) {
+  if (path.size() < ending.size()) return false;
+  for (size_t i = 0; i < ending.size(); ++i) {
+    const char c = path[path.size() - ending.size() + i];
+    const char lower =
+        c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    if (lower != ending[i]) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool kind_carries(Kind kind, const Layout &layout) {
+  switch (kind) {
+    case Kind::kPng:
+      return layout.code == VEXO_FMT_YUV400 || PixelUnpacker::takes(layout);
+    case Kind::kPpm:
+      return PixelUnpacker::takes(layout) && !PixelUnpacker(layout).alpha();
+    case Kind::kPgm:
+      return layout.code == VEXO_FMT_YUV400;
+    case Kind::kY4m:
+      return layout.code == VEXO_FMT_YUV400 || layout.code == VEXO_FMT_YUV420 ||
+             layout.code == VEXO_FMT_YUV422N ||
+             layout.code == VEXO_FMT_YUV444 ||
+             layout.code == VEXO_FMT_YUV420PLANAR16;
+    case Kind::kRaw:
+      return true;
+  }
+  return false;
+}
+
+const char *kind_name(Kind kind) {
+  for (const KindEntry &entry : kKinds) {
+    if (entry.kind == kind) return entry.name;
+  }
+  return "";
+}
+
+std::optional<Kind> kind_of_path(const std::string &path) {
+  for (const KindEntry &entry : kKinds) {
+    for (const char *ending : entry.endings) {
+      if (ending != nullptr && ends_with(path, ending)) return entry.kind;
+    }
+  }
+  return std::nullopt;
+}
+
+Kind kind_named(const std::string &name) {
+  for (const KindEntry &entry : kKinds) {
+    if (name == entry.name) return entry.kind;
+  }
+  throw Error("unknown kind of file '" + name +
+              "': one of png, ppm, pgm, y4m, raw");
+}
+
+std::optional<Kind> kind_of_content(ByteSource &source) {
+  const std::string_view start = source.peek(10);
+  if (start.starts_with("\x89PNG\r\n\x1a\n")) return Kind::kPng;
+  if (start.starts_with("P5") || start.starts_with("P6")) return Kind::kPpm;
+  if (start.starts_with("YUV4MPEG2 ")) return Kind::kY4m;
+  return std::nullopt;
+}
+
+std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
+                                         const StreamInfo &info) {
+  switch (kind) {
+    case Kind::kPng:
+      return std::make_unique<PictureWriter>(path, encode_png);
+    case Kind::kPpm:
+    case Kind::kPgm:
+      return std::make_unique<PictureWriter>(path, encode_pnm);
+    case Kind::kY4m:
+      return write_y4m(path, info);
+    case Kind::kRaw:
+      break;
+  }
+  return write_raw(path);
+}
+
+void read_planes(ByteSource &source, Frame &frame) {
+  for (int p = 0; p < frame.layout().planes; ++p) {
+    const size_t bytes = static_cast<size_t>(frame.row_bytes(p));
+    for (int y = 0; y < frame.rows(p); ++y) {
+      source.read_exactly(frame.row(p, y), bytes);
+    }
+  }
+}
+
+void write_planes(ByteSink &sink, const Frame &frame) {
+  for (int p = 0; p < frame.layout().planes; ++p) {
+    const size_t bytes = static_cast<size_t>(frame.row_bytes(p));
+    for (int y = 0; y < frame.rows(p); ++y) {
+      sink.write(frame.row(p, y), bytes);
+    }
+  }
+}
+
+}  // namespace vexo

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The vexo command line.
+#include <signal.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "convert.h"
+#include "error.h"
+#include "formats.h"
+
+namespace {
+
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+
+constexpr const char *kConvertHelp =
+    R"(Converts pictures and clips between pixel layouts.
+
+IN is PNG, PGM (P5), PPM (P6), Y4M or raw frames; OUT is PNG, PGM, PPM, Y4M or
+raw frames by the ending of its name (.png .pgm .ppm .y4m; .raw .yuv .rgb) or
+--out-kind. - is standard input or output; standard output is Y4M by default.
+Several frames become numbered pictures with a name such as frame%03d.png.
+
+Each step from a layout to the next is one conversion of the library. Without
+--to the layout is one that OUT can hold and the library converts to.)";
+
+int complain(const char *sentence) {
+  std::fprintf(stderr, "vexo: %s\n", sentence);
+  return kExitFailure;
+}
+
+int run(int argc, char **argv) {
+  CLI::App app{"Converts pictures between pixel layouts.", "vexo"};
+  app.set_version_flag("--version", "vexo " VEXO_VERSION);
+  app.require_subcommand(1);
+
+  std::string standard = "bt601";
+  vexo::ConvertOptions options;
+  CLI::App *const convert = app.add_subcommand("convert", kConvertHelp);
+  convert->add_option("IN", options.in, "Input file or -")->required();
+  convert->add_option("OUT", options.out, "Output file or -")->required();
+  convert->add_option("--size", options.size, "WxH of raw input");
+  convert->add_option("--from,--format", options.from,
+                      "Layout of raw input (vexo formats lists all)");
+  convert->add_option("--to", options.to, "Layout to write");
+  convert->add_option("--via", options.via,
+                      "Layouts to go through, separated by commas");
+  convert->add_option("--std", standard,
+                      "bt601 (default), bt601-full, bt709 or bt709-full");
+  convert->add_option("--in-kind", options.in_kind,
+                      "Kind of IN: png, pgm, ppm, y4m, raw");
+  convert->add_option("--out-kind", options.out_kind, "Kind of OUT");
+  convert->add_flag("--quiet", options.quiet, "No progress line");
+
+  bool json = false;
+  CLI::App *const formats = app.add_subcommand(
+      "formats", "Prints which conversions the library has.");
+  formats->add_flag("--json", json, "As JSON");
+  formats->add_option("--std", standard, "As for convert");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError &error) {
+    // Help and version are reported as errors too.
+    if (error.get_exit_code() == 0) return app.exit(error);
+    complain(error.what());
+    return kExitUsage;
+  }
+  options.color_std = vexo::standard_named(standard);
+  if (convert->parsed()) vexo::convert(options);
+  if (formats->parsed()) vexo::print_formats(options.color_std, json);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  // A reader that goes away is a failed write with a message, not a death.
+  signal(SIGPIPE, SIG_IGN);
+  try {
+    return run(argc, argv);
+  } catch (const std::bad_alloc &) {
+    return complain("out of memory");
+  } catch (const std::exception &error) {
+    return complain(error.what());
+  }
+}
