@@ -14,8 +14,10 @@ set(ORUMLOX_FLAGS_avx2 -mavx2)
 set(ORUMLOX_FLAGS_neon "")
 
 set(ORUMLOX_ROW_OBJECTS "")
+set(ORUMLOX_ROW_FAMILIES "")
 
 # add_rows(family file...): one object library rows_<family>_<set> for each set.
+# The caller's ORUMLOX_ROW_OBJECTS and ORUMLOX_ROW_FAMILIES grow by them.
 function(add_rows family)
   foreach(set IN LISTS ORUMLOX_SETS)
     set(target rows_${family}_${set})
@@ -27,4 +29,5 @@ function(add_rows family)
     list(APPEND ORUMLOX_ROW_OBJECTS $<TARGET_OBJECTS:${target}>)
   endforeach()
   set(ORUMLOX_ROW_OBJECTS ${ORUMLOX_ROW_OBJECTS} PARENT_SCOPE)
+  set(ORUMLOX_ROW_FAMILIES ${ORUMLOX_ROW_FAMILIES} ${family} PARENT_SCOPE)
 endfunction()

@@ -392,6 +392,14 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
   }
 }
 
+#if LOX_VECTORS
+constexpr int kStreamAlignment = Wide::kStreamAlignment;
+void end_stream() { Wide::end_stream(); }
+#else
+constexpr int kStreamAlignment = 0;
+void end_stream() {}
+#endif
+
 using Rgb565 = Rgb16<true>;
 using Rgb888 = Rgb24<0, 2>;
 
@@ -416,13 +424,8 @@ constinit const CscRows csc_rows = {
                        LOX_LAYOUTS(SemiPlanar<1>, 2)},
     .grey_to_rgb565 = grey_to_rgb<Rgb565>,
     .grey_to_rgb888 = grey_to_rgb<Rgb888>,
-#if LOX_VECTORS
-    .stream_alignment = Wide::kStreamAlignment,
-    .end_stream = [] { Wide::end_stream(); },
-#else
-    .stream_alignment = 0,
-    .end_stream = [] {},
-#endif
+    .stream_alignment = kStreamAlignment,
+    .end_stream = end_stream,
 };
 
 }  // namespace lox::LOX_SET

@@ -12,20 +12,9 @@ out=out
 sample=samples/coffee_320x208.y4m
 size=320x208
 
-missing=
-for package in g++ cmake ninja-build libcli11-dev libpng-dev zlib1g-dev; do
-  status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) ||
-    status=none
-  [ "$status" = installed ] || missing="$missing $package"
-done
-if [ -n "$missing" ]; then
-  echo "Installing:$missing"
-  export DEBIAN_FRONTEND=noninteractive
-  apt-get update -qq
-  # The list is of package names: word splitting is meant.
-  # shellcheck disable=SC2086
-  apt-get install -y -qq --no-install-recommends $missing
-fi
+# shellcheck source=scripts/packages.sh
+. scripts/packages.sh
+need g++ cmake ninja-build libcli11-dev libpng-dev zlib1g-dev
 
 echo "Building in $build ..."
 mkdir -p "$build" "$out"

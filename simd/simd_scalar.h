@@ -11,8 +11,9 @@
 
 namespace lox {
 
+template <int kPixels>
 struct ScalarLanes {
-  static constexpr int n = 16;  // pixels in a step
+  static constexpr int n = kPixels;  // pixels in a step
   // What a streaming store wants its address to be a multiple of; 0 where
   // there are none.
   static constexpr int kStreamAlignment = 0;

@@ -140,7 +140,8 @@ Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
     img_.stride[p] = static_cast<int32_t>(stride);
     img_.buf_height[p] = static_cast<int32_t>(rows);
   }
-  if (static_cast<uint64_t>(total) > std::numeric_limits<size_t>::max()) {
+  if (total < 1 ||
+      static_cast<uint64_t>(total) > std::numeric_limits<size_t>::max()) {
     throw std::bad_alloc();
   }
   // Untouched pages of a zeroed block cost nothing: a damaged header that

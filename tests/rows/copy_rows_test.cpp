@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+// The copy kernel of each set, beside inaccessible memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "common/copy_rows.h"
+#include "support/guarded_buffer.h"
+#include "support/random.h"
+#include "tests/rows/row_sets.h"
+
+namespace {
+
+using lox_test::Edge;
+using lox_test::GuardedBuffer;
+
+constexpr const lox::CopyRows* kSets[] = LOX_ROW_SETS(copy_rows);
+
+using CopyRowsTest = lox_test::SeededTest;
+
+TEST_F(CopyRowsTest, CopiesTheRunAndNothingElse) {
+  constexpr size_t kLarge = (size_t{4} << 20) + 37;
+  for (int level = 0; level <= lox::isa_best(); ++level) {
+    for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
+      GuardedBuffer src;
+      GuardedBuffer dst;
+      for (size_t n = 0; n <= kLarge; n = n == 530 ? kLarge : n + 1) {
+        src.reset(n + n % 7, edge);
+        dst.reset(n + n % 5, edge);
+        random.fill(src.data(), src.size());
+        // Away from the edge only when the padding is, so both touch it.
+        std::vector<uint8_t> expected = dst.copy();
+        const size_t from = edge == Edge::kEnd ? n % 7 : 0;
+        const size_t to = edge == Edge::kEnd ? n % 5 : 0;
+        std::copy_n(src.data() + from, n, expected.begin() + to);
+        kSets[level]->copy(dst.data() + to, src.data() + from, n);
+        ASSERT_TRUE(lox_test::holds(dst, expected))
+            << lox::isa_name(level) << ", " << n << " bytes";
+      }
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+// The row tables of a family as a list by level, to hold each against the
+// portable one.
+#pragma once
+
+#include "common/isa.h"
+
+// LOX_ROW_SETS(csc_rows): a brace list of pointers to each set's table.
+#define LOX_ROW_SETS_copy_rows(set) &lox::set::copy_rows,
+#define LOX_ROW_SETS_csc_rows(set) &lox::set::csc_rows,
+#define LOX_ROW_SETS(table) \
+  { LOX_FOR_EACH_SET(LOX_ROW_SETS_##table) }

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+// The computations, for any backend. Included into an unnamed namespace of each
+// unit that has one, so that no set's code is taken for another's.
+
+template <class V, Order O>
+[[gnu::always_inline]] inline typename V::W16 probe_value(const uint8_t *low,
+                                                          const uint8_t *high) {
+  typename V::W16 whole;
+  typename V::W16 half;
+  V::scale(V::template load<O>(low), V::make_factor(1), whole, half);
+  return V::add(whole, V::widen_high(V::template load<O>(high)));
+}
+
+template <class V>
+struct Probe422 {
+  typename V::U8 luma;
+  typename V::Pairs pairs;
+};
+template <class V, Order O, int kLuma>
+[[gnu::always_inline]] inline Probe422<V> probe_422(const uint8_t *in) {
+  Probe422<V> r;
+  V::template load_422<O, kLuma>(in, r.luma, r.pairs);
+  return r;
+}
+
+template <class V, Order O>
+[[gnu::always_inline]] inline typename V::W16 probe_op(ProbeOp op,
+                                                       const uint8_t *in) {
+  constexpr int kRow = 2 * kProbeMaxPixels;
+  const uint8_t *const rows[kProbePlanes] = {in, in + kRow, in + 2 * kRow,
+                                             in + 3 * kRow};
+  typename V::W16 whole = V::fill(0);
+  typename V::W16 half = whole;
+  const auto pairs_of = [&] { return V::template load_pairs<O>(rows[0]); };
+  const auto zip_of = [&] { return V::template load_zip<O>(rows[0], rows[1]); };
+  const auto wide_of = [&] {
+    return V::template load_zip_wide<O>(rows[0], rows[1]);
+  };
+  const auto scaled = [&](typename V::U8 v, int k) {
+    V::scale(v, V::make_factor(k), whole, half);
+  };
+  switch (op) {
+    case kProbeValue:
+      return probe_value<V, O>(rows[0], rows[1]);
+    case kProbeScale149:
+      scaled(V::template load<O>(rows[0]), 149);
+      return whole;
+    case kProbeScale149Half:
+      scaled(V::template load<O>(rows[0]), 149);
+      return half;
+    case kProbeScale255:
+      scaled(V::template load<O>(rows[0]), 255);
+      return V::add(whole, half);
+    case kProbeAddSaturate:
+      return V::add_saturate(probe_value<V, O>(rows[0], rows[1]),
+                             probe_value<V, O>(rows[2], rows[3]));
+    case kProbePairsDot:
+      return V::dot(pairs_of(), V::template make_dot<-25, -52>(-1160));
+    case kProbePairsDotSwapped:
+      return V::dot(pairs_of(), V::template make_dot<-104, -50>(3640));
+    case kProbePairsDotFirst:
+      return V::dot(pairs_of(), V::template make_dot<129, 0>(-32768));
+    case kProbePairsDotSecond:
+      return V::dot(pairs_of(), V::template make_dot<0, 255>(32767));
+    case kProbePairsHalfDotFirst:
+      return V::half_dot(pairs_of(), V::template make_half_dot<0, 511>(-7));
+    case kProbePairsHalfDotSecond:
+      return V::half_dot(pairs_of(), V::template make_half_dot<1, 409>(3640));
+    case kProbeZipDot:
+      return V::dot(zip_of(), V::template make_dot<100, 27>(1));
+    case kProbeZipHalfDot:
+      return V::half_dot(zip_of(), V::template make_half_dot<1, 409>(0));
+    case kProbeWideDot:
+      return V::dot(wide_of(), V::template make_dot<-25, -52>(-1160));
+    case kProbeWideHalfDot:
+      return V::half_dot(wide_of(), V::template make_half_dot<0, 1>(5));
+    case kProbe422LumaFirst:
+      return V::widen_high(probe_422<V, O, 0>(rows[0]).luma);
+    case kProbe422LumaFirstChroma:
+      return V::dot(probe_422<V, O, 0>(rows[0]).pairs,
+                    V::template make_dot<100, 27>(0));
+    case kProbe422LumaSecond:
+      return V::widen_high(probe_422<V, O, 1>(rows[0]).luma);
+    case kProbe422LumaSecondChroma:
+      return V::dot(probe_422<V, O, 1>(rows[0]).pairs,
+                    V::template make_dot<100, 27>(0));
+    case kProbeOps:
+      break;
+  }
+  return whole;
+}
+
+template <class V, bool kStream>
+void probe_store(ProbeOp op, ProbeSink sink, const uint8_t *in, uint8_t *out) {
+  const uint8_t *const bytes = in + 2 * kProbeMaxPixels;
+  switch (sink) {
+    case kSinkWords:
+      V::template store16<kStream>(out, probe_op<V, Order::kWords>(op, in));
+      break;
+    case kSinkNarrowHigh6:
+      V::template store16<kStream>(
+          out, V::template narrow_high<6>(probe_op<V, Order::kWords>(op, in)));
+      break;
+    case kSinkNarrowHigh7:
+      V::template store16<kStream>(
+          out, V::template narrow_high<7>(probe_op<V, Order::kWords>(op, in)));
+      break;
+    case kSinkPack565: {
+      const auto v = probe_op<V, Order::kWords>(op, in);
+      const auto w = probe_op<V, Order::kWords>(kProbeAddSaturate, in);
+      const auto u = probe_op<V, Order::kWords>(kProbeScale255, in);
+      V::template store16<kStream>(out, V::pack565(v, w, u));
+      break;
+    }
+    case kSinkThree: {
+      const auto v = probe_op<V, Order::kBytes>(op, in);
+      V::template store3<kStream>(out, V::template narrow<6>(v),
+                                  V::template narrow<7>(v),
+                                  V::load_bytes(bytes));
+      V::store_bytes(out + 3 * V::n, V::template narrow<6>(v));
+      break;
+    }
+    case kSinkFourHigh255: {
+      const auto v = probe_op<V, Order::kQuads>(op, in);
+      const auto w = probe_op<V, Order::kQuads>(kProbeAddSaturate, in);
+      V::template store4<kStream>(out, V::template join<7, 6>(v, w),
+                                  V::template join_high_255<6>(v));
+      break;
+    }
+    case kSinkFourLow255: {
+      const auto v = probe_op<V, Order::kQuads>(op, in);
+      const auto w = probe_op<V, Order::kQuads>(kProbeAddSaturate, in);
+      V::template store4<kStream>(out, V::template join_low_255<7>(v),
+                                  V::template join<6, 7>(w, v));
+      break;
+    }
+    case kProbeSinks:
+      break;
+  }
+}
+
+template <class V>
+void probe_run(ProbeOp op, ProbeSink sink, bool stream, const uint8_t *in,
+               uint8_t *out) {
+  if (stream) {
+    probe_store<V, true>(op, sink, in, out);
+    V::end_stream();
+  } else {
+    probe_store<V, false>(op, sink, in, out);
+  }
+}
