@@ -10,7 +10,7 @@
 // cmake/rows.cmake.
 #if defined(__x86_64__) || defined(__i386__)
 #define LOX_FOR_EACH_SET(X) X(portable) X(sse41) X(avx2)
-#elif defined(__ARM_NEON) && defined(LOX_TRIM)
+#elif defined(LOX_TRIM)
 #define LOX_FOR_EACH_SET(X) X(neon)
 #elif defined(__ARM_NEON)
 #define LOX_FOR_EACH_SET(X) X(portable) X(neon)
@@ -25,7 +25,11 @@ namespace lox {
 namespace detail {
 extern int isa_level_now;
 }
+#if defined(LOX_TRIM)
+constexpr int isa_level() { return 0; }
+#else
 inline int isa_level() { return detail::isa_level_now; }
+#endif
 
 // The highest level this machine has, and the name of a level.
 int isa_best();

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// What every backend needs.
 #pragma once
+
+// Operations are always inlined: a call would cost more than any of them.
+#define LOX_OP [[gnu::always_inline]] static inline
 
 namespace lox {
 

@@ -12,8 +12,6 @@
 
 namespace lox::LOX_SET {
 
-#define LOX_OP [[gnu::always_inline]] static inline
-
 struct NeonLanes {
   static constexpr int n = 16;
   static constexpr int kStreamAlignment = 0;  // has no such stores
@@ -218,7 +216,5 @@ struct NeonLanes {
   }
   LOX_OP void end_stream() {}
 };
-
-#undef LOX_OP
 
 }  // namespace lox::LOX_SET

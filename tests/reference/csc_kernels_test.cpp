@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "csc_model.h"
@@ -111,6 +112,22 @@ TEST_P(CscKernels, ConvertExtremesAndLargerSizes) {
         }
       }
     }
+  }
+}
+
+TEST_P(CscKernels, ConvertPicturesBeyondTheCaches) {
+  // These may be written past the caches: rows that whole vectors fill, rows
+  // that end in a part of one, rows that are not aligned. One source of each
+  // way to walk the rows is enough.
+  const int32_t format = GetParam().format;
+  if (format != VEXO_FMT_NV12 && format != VEXO_FMT_YUV444 &&
+      format != VEXO_FMT_YUYV) {
+    GTEST_SKIP();
+  }
+  for (const auto& [width, padding] :
+       {std::pair{1376, 0}, std::pair{1372, 16}, std::pair{1375, 4}}) {
+    ASSERT_NO_FATAL_FAILURE(
+        check(width, 1537, {{0, 0, 0}, padding}, Edge::kStart, Fill::kRandom));
   }
 }
 
