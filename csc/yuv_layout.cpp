@@ -10,10 +10,9 @@
 
 namespace lox::csc {
 
-void yuv420_to_yv12(const uint8_t *const src_plane[4],
-                    const int32_t src_width[4], const int32_t src_height[4],
-                    const int32_t src_stride[4], const int32_t dst_stride[4],
-                    uint8_t *const dst_plane[4]) {
+void yuv420_to_yv12(uint8_t *const src_plane[4], const int32_t src_width[4],
+                    const int32_t src_height[4], const int32_t src_stride[4],
+                    const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {
   vexo_cpy_8b(src_plane[0], src_width[0], src_height[0], src_stride[0],
               dst_stride[0], dst_plane[0]);
   // Each chroma plane is read with the other's stride, intentionally; with
@@ -26,7 +25,7 @@ void yuv420_to_yv12(const uint8_t *const src_plane[4],
 
 }  // namespace lox::csc
 
-extern "C" void vexo_csc_yuyv_to_yuv420(const uint8_t *const src_plane[4],
+extern "C" void vexo_csc_yuyv_to_yuv420(uint8_t *const src_plane[4],
                                         const int32_t src_width[4],
                                         const int32_t src_height[4],
                                         const int32_t src_stride[4],

@@ -31,7 +31,7 @@ bool can_stream(const CscRows &kernels, RgbLayout layout, ptrdiff_t width,
 }  // namespace
 
 void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
-                const uint8_t *const src_plane[4], const int32_t src_width[4],
+                uint8_t *const src_plane[4], const int32_t src_width[4],
                 const int32_t src_height[4], const int32_t src_stride[4],
                 const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {
   const ptrdiff_t width = src_width[0];
@@ -91,7 +91,7 @@ void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
 
 namespace {
 
-void grey_to_rgb(GreyToRgbFn convert_row, const uint8_t *const src_plane[4],
+void grey_to_rgb(GreyToRgbFn convert_row, uint8_t *const src_plane[4],
                  const int32_t src_width[4], const int32_t src_height[4],
                  const int32_t src_stride[4], const int32_t dst_stride[4],
                  uint8_t *const dst_plane[4]) {
@@ -105,9 +105,9 @@ void grey_to_rgb(GreyToRgbFn convert_row, const uint8_t *const src_plane[4],
 
 }  // namespace lox::csc
 
-#define LOX_PARAMETERS                                           \
-  const uint8_t *const src_plane[4], const int32_t src_width[4], \
-      const int32_t src_height[4], const int32_t src_stride[4],  \
+#define LOX_PARAMETERS                                          \
+  uint8_t *const src_plane[4], const int32_t src_width[4],      \
+      const int32_t src_height[4], const int32_t src_stride[4], \
       const int32_t dst_stride[4], uint8_t *const dst_plane[4]
 #define LOX_ARGUMENTS \
   src_plane, src_width, src_height, src_stride, dst_stride, dst_plane

@@ -33,7 +33,7 @@ inline constexpr YuvSource kUyvy = {kRowUyvy, 0, 0, 1, false};
 inline constexpr YuvSource kYuyv = {kRowYuyv, 0, 0, 1, false};
 
 void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
-                const uint8_t *const src_plane[4], const int32_t src_width[4],
+                uint8_t *const src_plane[4], const int32_t src_width[4],
                 const int32_t src_height[4], const int32_t src_stride[4],
                 const int32_t dst_stride[4], uint8_t *const dst_plane[4]);
 

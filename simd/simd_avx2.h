@@ -31,9 +31,11 @@ struct Avx2Register {
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm256_adds_epi16(a, b); }
+  LOX_OP Reg add_saturate_unsigned16(Reg a, Reg b) {
+    return _mm256_adds_epu16(a, b);
+  }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
   LOX_OP Reg max16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
-  LOX_OP Reg min16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
   LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
   LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm256_maddubs_epi16(a, b); }
   LOX_OP Reg bit_and(Reg a, Reg b) { return _mm256_and_si256(a, b); }

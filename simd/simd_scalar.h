@@ -197,12 +197,12 @@ struct ScalarLanes {
     for (int i = 0; i < n; ++i) r.at[i] = clamp_to_byte(a.at[i] >> S);
     return r;
   }
-  // The same in the high byte, with the bits below it kept.
+  // clamp(a << (8 - S), 0, 65535): the same in the high byte.
   template <int S>
   static W16 narrow_high(W16 a) {
     for (int16_t &w : a.at) {
-      const int top = (1 << (8 + S)) - 1;
-      w = wrap((w < 0 ? 0 : w > top ? top : w) << (8 - S));
+      const int shifted = w < 0 ? 0 : w << (8 - S);
+      w = wrap(shifted > 65535 ? 65535 : shifted);
     }
     return a;
   }

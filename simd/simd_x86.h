@@ -139,8 +139,8 @@ struct X86Lanes {
   LOX_OP Reg narrow_high(Reg v) {
     static_assert(S == 6 || S == 7);
     v = R::max16(v, R::zero());
-    if constexpr (S == 6) v = R::min16(v, R::fill16(0x3FFF));
-    return R::template shift_left16<8 - S>(v);
+    v = R::add16(v, v);
+    return S == 7 ? v : R::add_saturate_unsigned16(v, v);
   }
   template <int S>
   LOX_OP W16 narrow_high(W16 v) {

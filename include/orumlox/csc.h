@@ -60,9 +60,10 @@ VEXO_API int32_t vexo_csc_bt709_fr(const vexo_img *src, const vexo_img *dst);
  * strides are in the units of vexo_img, four of each, of which a kernel reads
  * those of the planes that its formats have. Kernels check nothing and trust
  * their caller; a width or height below 1 converts nothing. Rows are written
- * top to bottom.
+ * top to bottom. The source is only read, though its type does not say so: C
+ * would not take a vexo_img's planes for it.
  */
-typedef void vexo_csc_kernel(const uint8_t *const src_plane[4],
+typedef void vexo_csc_kernel(uint8_t *const src_plane[4],
                              const int32_t src_width[4],
                              const int32_t src_height[4],
                              const int32_t src_stride[4],
