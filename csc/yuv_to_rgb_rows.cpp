@@ -198,13 +198,13 @@ struct Rgb16 {
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kWords;
   template <class V, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, typename V::W16 wide_r,
-                               typename V::W16 wide_g, typename V::W16 wide_b) {
-    const auto r = V::template narrow_high<7>(wide_r);
-    const auto g = V::template narrow_high<6>(wide_g);
-    const auto b = V::template narrow_high<6>(wide_b);
-    V::template store16<kStream>(
-        p, kRedHigh ? V::pack565(r, g, b) : V::pack565(b, g, r));
+  LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
+                               typename V::W16 b) {
+    if constexpr (kRedHigh) {
+      V::template store16<kStream>(p, V::template pack565<7, 6, 6>(r, g, b));
+    } else {
+      V::template store16<kStream>(p, V::template pack565<6, 6, 7>(b, g, r));
+    }
   }
 #endif
 };
@@ -368,14 +368,18 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const auto k64 = V::make_factor(64);
     const uint8_t *from = y;
     uint8_t *to = rgb;
     for_vectors<V>(
         width,
         [&]() LOX_INLINE_LAMBDA {
           if constexpr (Dst::kBytes == 2) {
-            const auto w = V::widen_high(V::template load<Dst::kOrder>(from));
-            V::template store16<false>(to, V::pack565(w, w, w));
+            typename V::W16 word;
+            typename V::W16 unused;
+            V::scale(V::template load<Dst::kOrder>(from), k64, word, unused);
+            V::template store16<false>(
+                to, V::template pack565<6, 6, 6>(word, word, word));
           } else {
             const auto bytes = V::load_bytes(from);
             V::template store3<false>(to, bytes, bytes, bytes);

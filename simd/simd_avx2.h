@@ -31,14 +31,14 @@ struct Avx2Register {
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm256_adds_epi16(a, b); }
-  LOX_OP Reg add_saturate_unsigned16(Reg a, Reg b) {
-    return _mm256_adds_epu16(a, b);
-  }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
-  LOX_OP Reg max16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
   LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
   LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm256_maddubs_epi16(a, b); }
   LOX_OP Reg bit_and(Reg a, Reg b) { return _mm256_and_si256(a, b); }
+  // The bits of b where the mask has none.
+  LOX_OP Reg bit_and_not(Reg mask, Reg b) {
+    return _mm256_andnot_si256(mask, b);
+  }
   LOX_OP Reg bit_or(Reg a, Reg b) { return _mm256_or_si256(a, b); }
   LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm256_xor_si256(a, b); }
   template <int S>
@@ -53,11 +53,13 @@ struct Avx2Register {
   LOX_OP Reg shift_right_signed16(Reg v) {
     return _mm256_srai_epi16(v, S);
   }
-  // As the high half of a product: the units that shift are those that
-  // shuffle, and the packing that follows needs them.
+  // The units that shift are those that shuffle, and the packing that follows
+  // needs them: one shift of a picture's three channels is left to them, the
+  // others are high halves of products.
   template <int S>
   LOX_OP Reg narrowing_shift16(Reg v) {
-    return _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
+    return S == 7 ? _mm256_srai_epi16(v, S)
+                  : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
   }
   LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm256_packus_epi16(a, b); }
   LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }

@@ -155,9 +155,6 @@ struct NeonLanes {
     half = {as_signed(keep(vshrq_n_u16(even, 1))),
             as_signed(keep(vshrq_n_u16(odd, 1)))};
   }
-  LOX_OP W16 widen_high(U8 v) {
-    return {as_signed(vshll_n_u8(v.even, 8)), as_signed(vshll_n_u8(v.odd, 8))};
-  }
   LOX_OP W16 add(W16 x, W16 y) {
     return {vaddq_s16(x.even, y.even), vaddq_s16(x.odd, y.odd)};
   }
@@ -169,11 +166,15 @@ struct NeonLanes {
     return {as_signed(vqshluq_n_s16(v.even, 8 - S)),
             as_signed(vqshluq_n_s16(v.odd, 8 - S))};
   }
+  // The narrowed byte in the high half of each lane.
+  template <int S>
+  LOX_OP uint16x8_t narrow_high(int16x8_t v) {
+    return vqshluq_n_s16(v, 8 - S);
+  }
   template <int S>
   LOX_OP Bytes narrow(W16 v) {
-    const W16 h = narrow_high<S>(v);
     return {vreinterpretq_u8_u16(
-        vsriq_n_u16(as_unsigned(h.odd), as_unsigned(h.even), 8))};
+        vsriq_n_u16(narrow_high<S>(v.odd), narrow_high<S>(v.even), 8))};
   }
   template <int S0, int S1>
   LOX_OP Words join(W16 low, W16 high) {
@@ -187,14 +188,16 @@ struct NeonLanes {
   LOX_OP Words join_low_255(W16 high) {
     return {vdupq_n_u8(255), narrow<S>(high).v};
   }
+  template <int S0, int S1, int S2>
   LOX_OP int16x8_t pack565(int16x8_t high, int16x8_t mid, int16x8_t low) {
     return as_signed(
-        vsriq_n_u16(vsriq_n_u16(as_unsigned(high), as_unsigned(mid), 5),
-                    as_unsigned(low), 11));
+        vsriq_n_u16(vsriq_n_u16(narrow_high<S0>(high), narrow_high<S1>(mid), 5),
+                    narrow_high<S2>(low), 11));
   }
+  template <int S0, int S1, int S2>
   LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
-    return {pack565(high.even, mid.even, low.even),
-            pack565(high.odd, mid.odd, low.odd)};
+    return {pack565<S0, S1, S2>(high.even, mid.even, low.even),
+            pack565<S0, S1, S2>(high.odd, mid.odd, low.odd)};
   }
 
   // The stores are macros with some compilers and want their vectors named.

@@ -173,12 +173,6 @@ struct ScalarLanes {
       half.at[i] = wrap(k.k * a.at[i] >> 1);
     }
   }
-  // The byte in the high half of its lane.
-  static W16 widen_high(const U8 &a) {
-    W16 r;
-    for (int i = 0; i < n; ++i) r.at[i] = wrap(a.at[i] << 8);
-    return r;
-  }
   static W16 add(W16 a, const W16 &b) {
     for (int i = 0; i < n; ++i) a.at[i] = wrap(a.at[i] + b.at[i]);
     return a;
@@ -196,15 +190,6 @@ struct ScalarLanes {
     Bytes r;
     for (int i = 0; i < n; ++i) r.at[i] = clamp_to_byte(a.at[i] >> S);
     return r;
-  }
-  // clamp(a << (8 - S), 0, 65535): the same in the high byte.
-  template <int S>
-  static W16 narrow_high(W16 a) {
-    for (int16_t &w : a.at) {
-      const int shifted = w < 0 ? 0 : w << (8 - S);
-      w = wrap(shifted > 65535 ? 65535 : shifted);
-    }
-    return a;
   }
   // Two narrowed lanes side by side, or one beside 255.
   template <int S0, int S1>
@@ -224,12 +209,14 @@ struct ScalarLanes {
   static Words join_low_255(const W16 &high) {
     return join<0, S>(fill(255), high);
   }
-  // The top 5, 6 and 5 bits of three lanes.
+  // The top 5, 6 and 5 bits of three narrowed lanes.
+  template <int S0, int S1, int S2>
   static W16 pack565(const W16 &high, const W16 &mid, const W16 &low) {
     W16 r;
     for (int i = 0; i < n; ++i) {
-      r.at[i] = wrap((high.at[i] & 0xF800) | ((mid.at[i] & 0xFC00) >> 5) |
-                     ((low.at[i] & 0xF800) >> 11));
+      r.at[i] = wrap(clamp_to_byte(high.at[i] >> S0) >> 3 << 11 |
+                     clamp_to_byte(mid.at[i] >> S1) >> 2 << 5 |
+                     clamp_to_byte(low.at[i] >> S2) >> 3);
     }
     return r;
   }

@@ -28,14 +28,12 @@ struct Sse41Register {
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm_adds_epi16(a, b); }
-  LOX_OP Reg add_saturate_unsigned16(Reg a, Reg b) {
-    return _mm_adds_epu16(a, b);
-  }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm_sub_epi16(a, b); }
-  LOX_OP Reg max16(Reg a, Reg b) { return _mm_max_epi16(a, b); }
   LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm_mulhi_epu16(a, b); }
   LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm_maddubs_epi16(a, b); }
   LOX_OP Reg bit_and(Reg a, Reg b) { return _mm_and_si128(a, b); }
+  // The bits of b where the mask has none.
+  LOX_OP Reg bit_and_not(Reg mask, Reg b) { return _mm_andnot_si128(mask, b); }
   LOX_OP Reg bit_or(Reg a, Reg b) { return _mm_or_si128(a, b); }
   LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm_xor_si128(a, b); }
   template <int S>

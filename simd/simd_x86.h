@@ -122,7 +122,6 @@ struct X86Lanes {
              R::multiply_high16(v.b, k.whole)};
     half = {R::multiply_high16(v.a, k.half), R::multiply_high16(v.b, k.half)};
   }
-  LOX_OP W16 widen_high(U8 v) { return {v.a, v.b}; }
   LOX_OP W16 add(W16 x, W16 y) {
     return {R::add16(x.a, y.a), R::add16(x.b, y.b)};
   }
@@ -134,17 +133,6 @@ struct X86Lanes {
   LOX_OP Bytes narrow(W16 v) {
     return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
                                R::template narrowing_shift16<S>(v.b))};
-  }
-  template <int S>
-  LOX_OP Reg narrow_high(Reg v) {
-    static_assert(S == 6 || S == 7);
-    v = R::max16(v, R::zero());
-    v = R::add16(v, v);
-    return S == 7 ? v : R::add_saturate_unsigned16(v, v);
-  }
-  template <int S>
-  LOX_OP W16 narrow_high(W16 v) {
-    return {narrow_high<S>(v.a), narrow_high<S>(v.b)};
   }
   LOX_OP Words join_bytes(Reg low, Reg high) {
     return {R::unpack_low8(low, high), R::unpack_high8(low, high)};
@@ -161,14 +149,21 @@ struct X86Lanes {
   LOX_OP Words join_low_255(W16 high) {
     return join_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
   }
-  LOX_OP Reg pack565(Reg high, Reg mid, Reg low) {
-    const Reg h = R::bit_and(high, R::fill16(0xF800));
-    const Reg m =
-        R::bit_and(R::template shift_right16<5>(mid), R::fill16(0x07E0));
-    return R::bit_or(R::bit_or(h, m), R::template shift_right16<11>(low));
-  }
+  // In bytes, which are half as many registers as words.
+  template <int S0, int S1, int S2>
   LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
-    return {pack565(high.a, mid.a, low.a), pack565(high.b, mid.b, low.b)};
+    const Reg h = narrow<S0>(high).v;
+    const Reg m = narrow<S1>(mid).v;
+    const Reg l = narrow<S2>(low).v;
+    const Reg top5 = R::fill16(0xF8F8);
+    const Reg top3 = R::fill16(0xE0E0);
+    const Reg second =
+        R::bit_or(R::bit_and(top5, h),
+                  R::bit_and_not(top5, R::template shift_right16<5>(m)));
+    const Reg first =
+        R::bit_or(R::bit_and(top3, R::template shift_left16<3>(m)),
+                  R::bit_and_not(top3, R::template shift_right16<3>(l)));
+    return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
   }
 
   LOX_OP void store_bytes(uint8_t *p, Bytes v) {

@@ -35,8 +35,6 @@ enum ProbeOp {
 };
 enum ProbeSink {
   kSinkWords,        // store16 of the lanes as they are
-  kSinkNarrowHigh6,  // store16
-  kSinkNarrowHigh7,  // store16
   kSinkPack565,      // store16
   kSinkThree,        // store3 of narrow<6>, narrow<7> and the loaded bytes
   kSinkFourHigh255,  // store4 of join and join_high_255

@@ -5,10 +5,12 @@
 template <class V, Order O>
 [[gnu::always_inline]] inline typename V::W16 probe_value(const uint8_t *low,
                                                           const uint8_t *high) {
-  typename V::W16 whole;
-  typename V::W16 half;
-  V::scale(V::template load<O>(low), V::make_factor(1), whole, half);
-  return V::add(whole, V::widen_high(V::template load<O>(high)));
+  typename V::W16 l;
+  typename V::W16 h;
+  typename V::W16 unused;
+  V::scale(V::template load<O>(low), V::make_factor(1), l, unused);
+  V::scale(V::template load<O>(high), V::make_factor(128), h, unused);
+  return V::add(l, V::add(h, h));
 }
 
 template <class V>
@@ -75,12 +77,14 @@ template <class V, Order O>
     case kProbeWideHalfDot:
       return V::half_dot(wide_of(), V::template make_half_dot<0, 1>(5));
     case kProbe422LumaFirst:
-      return V::widen_high(probe_422<V, O, 0>(rows[0]).luma);
+      scaled(probe_422<V, O, 0>(rows[0]).luma, 129);
+      return whole;
     case kProbe422LumaFirstChroma:
       return V::dot(probe_422<V, O, 0>(rows[0]).pairs,
                     V::template make_dot<100, 27>(0));
     case kProbe422LumaSecond:
-      return V::widen_high(probe_422<V, O, 1>(rows[0]).luma);
+      scaled(probe_422<V, O, 1>(rows[0]).luma, 129);
+      return whole;
     case kProbe422LumaSecondChroma:
       return V::dot(probe_422<V, O, 1>(rows[0]).pairs,
                     V::template make_dot<100, 27>(0));
@@ -97,19 +101,11 @@ void probe_store(ProbeOp op, ProbeSink sink, const uint8_t *in, uint8_t *out) {
     case kSinkWords:
       V::template store16<kStream>(out, probe_op<V, Order::kWords>(op, in));
       break;
-    case kSinkNarrowHigh6:
-      V::template store16<kStream>(
-          out, V::template narrow_high<6>(probe_op<V, Order::kWords>(op, in)));
-      break;
-    case kSinkNarrowHigh7:
-      V::template store16<kStream>(
-          out, V::template narrow_high<7>(probe_op<V, Order::kWords>(op, in)));
-      break;
     case kSinkPack565: {
       const auto v = probe_op<V, Order::kWords>(op, in);
       const auto w = probe_op<V, Order::kWords>(kProbeAddSaturate, in);
       const auto u = probe_op<V, Order::kWords>(kProbeScale255, in);
-      V::template store16<kStream>(out, V::pack565(v, w, u));
+      V::template store16<kStream>(out, V::template pack565<7, 6, 6>(v, w, u));
       break;
     }
     case kSinkThree: {
