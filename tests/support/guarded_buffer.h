@@ -18,28 +18,25 @@ enum class Edge { kEnd, kStart };
 class GuardedBuffer {
  public:
   GuardedBuffer() = default;
-  explicit GuardedBuffer(size_t size, Edge edge = Edge::kEnd) {
-    reset(size, edge);
-  }
   ~GuardedBuffer();
   GuardedBuffer(const GuardedBuffer&) = delete;
   GuardedBuffer& operator=(const GuardedBuffer&) = delete;
 
-  // Gives the buffer another size and place and fills it, and the memory on
-  // its open side, with the canary pattern. Pages are kept where they are
-  // enough: emulated page faults are slow.
-  void reset(size_t size, Edge edge);
+  // Gives the buffer another size and place. It and the memory on its open
+  // side are filled with canaries: bytes that differ from place to place, so
+  // that neither a missing write nor a shifted one goes unseen. Pages are kept
+  // where they are enough: emulated page faults are slow.
+  void reset(size_t size, Edge edge = Edge::kEnd);
 
   uint8_t* data() const { return data_; }
   size_t size() const { return size_; }
   std::vector<uint8_t> copy() const { return {data_, data_ + size_}; }
 
-  // Whether the memory on the open side still holds the pattern.
+  // Whether the memory on the open side still holds the canaries.
   bool margin_intact() const;
 
  private:
-  void release();
-  uint8_t* margin_data() const;
+  uint8_t* margin() const;
 
   uint8_t* mapping_ = nullptr;
   size_t mapped_ = 0;
@@ -48,18 +45,9 @@ class GuardedBuffer {
   Edge edge_ = Edge::kEnd;
 };
 
-// Fills memory with the canary pattern: bytes that differ from place to place,
-// so that neither a missing write nor a shifted one goes unseen.
-void fill_canary(uint8_t* data, size_t size);
-
-// The canary pattern as a buffer of its own, to build an expectation in.
-std::vector<uint8_t> canary(size_t size);
-
-// Whether the buffer holds `expected` and its margin is untouched; a failure
-// names the first wrong byte and, with a stride, its row and column.
+// Whether the buffer holds `expected` and its margin is untouched.
 testing::AssertionResult holds(const GuardedBuffer& buffer,
-                               const std::vector<uint8_t>& expected,
-                               size_t stride = 0);
+                               const std::vector<uint8_t>& expected);
 
 }  // namespace lox_test
 

@@ -1,63 +1,81 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Runs the vexo binary in a folder of its own, and what the tests of the tool
-// share: files as strings, and the colour rule.
+// Runs the vexo binary in a folder of its own; files as strings.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
 
-#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
-#include <vector>
+
+#include "support/random.h"
 
 namespace tool {
 
 struct Outcome {
   int status;
-  std::string out;
-  std::string err;
+  std::string out, err;
 };
 
 // A fresh scratch folder for each test.
 class ToolTest : public testing::Test {
  protected:
-  ToolTest();
-  ~ToolTest() override;
+  ToolTest() {
+    EXPECT_NE(mkdtemp(folder_.data()), nullptr);
+    std::filesystem::create_directory(folder_ + "/work");
+  }
+  ~ToolTest() override { std::filesystem::remove_all(folder_); }
 
   // The shell command line, with "vexo" standing for the binary; its working
   // directory is the scratch folder.
-  Outcome shell(const std::string &command) const;
-  // vexo with these arguments.
-  Outcome vexo(const std::string &arguments) const {
-    return shell("vexo " + arguments);
+  Outcome shell(const std::string &command) const {
+    const std::string line = "cd '" + path(".") +
+                             "' && vexo() { '" VEXO_BINARY "' \"$@\"; }; { " +
+                             command + "\n} >../out 2>../err";
+    const int status = std::system(line.c_str());
+    // A crash is reported by the shell as 128 and the signal's number.
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 255, get("../out"),
+            get("../err")};
   }
-  // As vexo, and expects success without a word.
-  void vexo_ok(const std::string &arguments) const;
+  // vexo with these arguments, which succeeds without a word.
+  void vexo_ok(const std::string &arguments) const {
+    const Outcome outcome = shell("vexo " + arguments);
+    EXPECT_EQ(outcome.status, 0) << arguments;
+    EXPECT_EQ(outcome.err, "") << arguments;
+  }
+  // The same for vexo convert into a file of this content.
+  void expect_raw(const std::string &arguments,
+                  const std::string &expected) const {
+    vexo_ok("convert " + arguments + " got.raw");
+    EXPECT_TRUE(get("got.raw") == expected) << arguments;
+  }
 
   std::string path(const std::string &name) const {
-    return folder_ + "/" + name;
+    return folder_ + "/work/" + name;
   }
-  void put(const std::string &name, const std::string &bytes) const;
-  std::string get(const std::string &name) const;
-  // Names of all files in the scratch folder, sorted.
-  std::vector<std::string> files() const;
+  void put(const std::string &name, const std::string &bytes) const {
+    std::ofstream(path(name), std::ios::binary) << bytes;
+  }
+  std::string get(const std::string &name) const {
+    std::ifstream file(path(name), std::ios::binary);
+    EXPECT_TRUE(file) << name;
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  std::string files() const { return shell("ls -A").out; }
 
  private:
-  std::string folder_;
-  std::string logs_;
+  std::string folder_ = testing::TempDir() + "/vexo.XXXXXX";
 };
-
-struct Rgb {
-  int r, g, b;
-};
-
-// The colour rule of BT.601 with luma 16..235.
-Rgb rgb_of(int y, int u, int v);
-
-// One pixel as the layout's bytes.
-std::string pixel_bytes(const std::string &token, const Rgb &rgb);
 
 // Bytes that look random, the same in every run.
-std::string noise(size_t count, uint32_t seed);
+inline std::string noise(size_t count, uint64_t seed) {
+  std::string bytes(count, '\0');
+  lox_test::Random(seed).fill(reinterpret_cast<uint8_t *>(bytes.data()), count);
+  return bytes;
+}
 
 }  // namespace tool
