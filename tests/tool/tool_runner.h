@@ -26,7 +26,7 @@ class ToolTest : public testing::Test {
  protected:
   ToolTest() {
     EXPECT_NE(mkdtemp(folder_.data()), nullptr);
-    std::filesystem::create_directory(folder_ + "/work");
+    std::filesystem::create_directory(folder_ + "/files");
   }
   ~ToolTest() override { std::filesystem::remove_all(folder_); }
 
@@ -55,7 +55,7 @@ class ToolTest : public testing::Test {
   }
 
   std::string path(const std::string &name) const {
-    return folder_ + "/work/" + name;
+    return folder_ + "/files/" + name;
   }
   void put(const std::string &name, const std::string &bytes) const {
     std::ofstream(path(name), std::ios::binary) << bytes;
