@@ -89,6 +89,8 @@ class CropPadding : public SeededTest {
     for (int p = 0; p < planes; ++p) {
       std::vector<uint8_t>& bytes = expected[p];
       if (!crop) std::fill(bytes.begin(), bytes.end(), rules[p].black);
+      // Nothing to copy, and perhaps nothing to copy from.
+      if (inner.img.height[p] < 1) continue;
       const int32_t place =
           rules[p].row(at[1]) * outer.img.stride[p] + rules[p].byte(at[0]);
       copy_rows(src.img.plane[p] + (crop ? place : 0), src.img.stride[p],

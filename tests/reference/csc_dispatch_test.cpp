@@ -105,12 +105,12 @@ class CscDispatch : public SeededTest {
   }
 
   void check(const Entry& entry, const Call& c) {
-    vexo_img src = src_.img;
-    vexo_img dst = dst_.img;
+    vexo_img& src = src_.img;
     src.format = c.src;
     src.width[0] = c.src_width;
     src.height[0] = c.src_height;
     src.color_std = c.src_std;
+    vexo_img& dst = dst_.img;
     dst.format = c.dst;
     dst.width[0] = c.dst_width;
     dst.height[0] = c.dst_height;

@@ -39,11 +39,8 @@ class CscKernels : public SeededTest,
       src_.set_plane(p, width, height, stride,
                      plane_size(last_row, s.rows(p, height), stride), edge);
     }
-    if (frame) {
-      lay_out(width, height, *frame);
-    } else {
-      src_.fill(random);
-    }
+    src_.fill(random);
+    if (frame) lay_out(width, height, *frame);
     pixels_.clear();
     for (int32_t y = 0; y < height; ++y) {
       for (int32_t x = 0; x < converted; ++x) {

@@ -63,19 +63,20 @@ bool GuardedBuffer::margin_intact() const {
 
 testing::AssertionResult holds(const GuardedBuffer& buffer,
                                const std::vector<uint8_t>& expected) {
-  const std::vector<uint8_t> actual = buffer.copy();
   if (!buffer.margin_intact()) {
     return testing::AssertionFailure() << "written outside the buffer";
   }
+  const std::vector<uint8_t> actual = buffer.copy();
   if (actual == expected) return testing::AssertionSuccess();
-  const auto [is, should] = std::mismatch(actual.begin(), actual.end(),
-                                          expected.begin(), expected.end());
-  testing::AssertionResult failure = testing::AssertionFailure();
-  failure << "byte " << is - actual.begin() << " of " << actual.size();
   if (actual.size() != expected.size()) {
-    return failure << ", expected size " << expected.size();
+    return testing::AssertionFailure()
+           << "size " << actual.size() << ", expected " << expected.size();
   }
-  return failure << " is " << int{*is} << ", expected " << int{*should};
+  const auto [is, should] =
+      std::mismatch(actual.begin(), actual.end(), expected.begin());
+  return testing::AssertionFailure()
+         << "byte " << is - actual.begin() << " of " << actual.size() << " is "
+         << int{*is} << ", expected " << int{*should};
 }
 
 }  // namespace lox_test
