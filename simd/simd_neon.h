@@ -161,11 +161,6 @@ struct NeonLanes {
   LOX_OP W16 add_saturate(W16 x, W16 y) {
     return {vqaddq_s16(x.even, y.even), vqaddq_s16(x.odd, y.odd)};
   }
-  template <int S>
-  LOX_OP W16 narrow_high(W16 v) {
-    return {as_signed(vqshluq_n_s16(v.even, 8 - S)),
-            as_signed(vqshluq_n_s16(v.odd, 8 - S))};
-  }
   // The narrowed byte in the high half of each lane.
   template <int S>
   LOX_OP uint16x8_t narrow_high(int16x8_t v) {
