@@ -49,8 +49,8 @@ void copy_plane_16b(const vexo_img &src, const vexo_img &dst, int p) {
 
 }  // namespace
 
-void copy_plane(uint8_t *dst, int32_t dst_step, const uint8_t *src,
-                int32_t src_step, int64_t row_bytes, int32_t rows) {
+void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
+                int64_t src_step, int64_t row_bytes, int32_t rows) {
   if (row_bytes < 1 || rows < 1) return;
   const auto copy = kTables[isa_level()]->copy;
   for (;;) {
@@ -59,6 +59,13 @@ void copy_plane(uint8_t *dst, int32_t dst_step, const uint8_t *src,
     dst += dst_step;
     src += src_step;
   }
+}
+
+void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
+                ptrdiff_t src_step, int32_t row_bytes, int32_t rows) {
+  if (row_bytes < 1) return;
+  kTables[isa_level()]->copy_block(dst, dst_step, src, src_step,
+                                   static_cast<size_t>(row_bytes), rows);
 }
 
 }  // namespace lox

@@ -66,8 +66,33 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) { memcpy(dst, src, n); }
 
 #endif
 
+// With the sizes of whole tiles known to the compiler.
+template <size_t kBytes>
+void copy_block_of(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
+                   ptrdiff_t src_step, int rows) {
+  for (int row = 0; row < rows; ++row) {
+    memcpy(dst + row * dst_step, src + row * src_step, kBytes);
+  }
+}
+
+void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
+                ptrdiff_t src_step, size_t n, int rows) {
+  switch (n) {
+    case 8:
+      return copy_block_of<8>(dst, dst_step, src, src_step, rows);
+    case 16:
+      return copy_block_of<16>(dst, dst_step, src, src_step, rows);
+    case 64:
+      return copy_block_of<64>(dst, dst_step, src, src_step, rows);
+    default:
+      for (int row = 0; row < rows; ++row) {
+        copy(dst + row * dst_step, src + row * src_step, n);
+      }
+  }
+}
+
 }  // namespace
 
-constinit const CopyRows copy_rows = {.copy = copy};
+constinit const CopyRows copy_rows = {.copy = copy, .copy_block = copy_block};
 
 }  // namespace lox::LOX_SET

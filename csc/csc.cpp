@@ -16,7 +16,6 @@ namespace {
 
 struct Route {
   int32_t src_format, dst_format;
-  // Null where the route exists and its kernel is not built yet.
   vexo_csc_kernel *kernel;
 };
 
@@ -34,6 +33,13 @@ struct Route {
     code, VEXO_FMT_ABGR8888, vexo_csc_##token##_to_abgr8888        \
   }
 
+#define LOX_TO_420(code, token)                            \
+  {code, VEXO_FMT_YUV420, vexo_csc_##token##_to_yuv420},   \
+      {code, VEXO_FMT_YV12, vexo_csc_##token##_to_yv12},   \
+      {code, VEXO_FMT_NV12, vexo_csc_##token##_to_nv12}, { \
+    code, VEXO_FMT_NV21, vexo_csc_##token##_to_nv21        \
+  }
+
 constexpr Route kRoutes[] = {
     {VEXO_FMT_YUV400, VEXO_FMT_RGB565, vexo_csc_yuv400_to_rgb565},
     {VEXO_FMT_YUV400, VEXO_FMT_RGB888, vexo_csc_yuv400_to_rgb888},
@@ -44,31 +50,69 @@ constexpr Route kRoutes[] = {
     LOX_TO_RGB(VEXO_FMT_NV12, nv12),
     LOX_TO_RGB(VEXO_FMT_NV21, nv21),
     LOX_TO_565(VEXO_FMT_YUV422W, yuv422w),
+    LOX_TO_RGB(VEXO_FMT_T64X32, t64x32),
+    {VEXO_FMT_T16X16, VEXO_FMT_RGBA8888, vexo_csc_t16x16_to_rgba8888},
+    {VEXO_FMT_T8X8, VEXO_FMT_RGBA8888, vexo_csc_t8x8_to_rgba8888},
+    {VEXO_FMT_T256X16, VEXO_FMT_RGBA8888, vexo_csc_t256x16_to_rgba8888},
     LOX_TO_RGB(VEXO_FMT_UYVY, uyvy),
     LOX_TO_RGB(VEXO_FMT_YUYV, yuyv),
+    {VEXO_FMT_P010LE, VEXO_FMT_RGBA8888, vexo_csc_p010le_to_rgba8888},
+
+    {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, vexo_csc_yuv420_to_yuv422n},
     {VEXO_FMT_YUV420, VEXO_FMT_YV12, yuv420_to_yv12},
+    {VEXO_FMT_YUV420, VEXO_FMT_NV12, vexo_csc_yuv420_to_nv12},
+    {VEXO_FMT_YUV420, VEXO_FMT_NV21, vexo_csc_yuv420_to_nv21},
+    {VEXO_FMT_YUV420, VEXO_FMT_T64X32, vexo_csc_yuv420_to_t64x32},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YUV420, vexo_csc_yuv422n_to_yuv420},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YV12, vexo_csc_yuv422n_to_yv12},
+    {VEXO_FMT_YUV444, VEXO_FMT_YUV420, vexo_csc_yuv444_to_yuv420},
+    {VEXO_FMT_YV16, VEXO_FMT_YUV420, vexo_csc_yv16_to_yuv420},
+    {VEXO_FMT_YV16, VEXO_FMT_YV12, vexo_csc_yv16_to_yv12},
+    {VEXO_FMT_NV12, VEXO_FMT_YUV420, vexo_csc_nv12_to_yuv420},
+    {VEXO_FMT_NV12, VEXO_FMT_YV12, vexo_csc_nv12_to_yv12},
+    {VEXO_FMT_NV12, VEXO_FMT_NV21, nv12_to_nv21},
+    {VEXO_FMT_NV21, VEXO_FMT_YUV420, vexo_csc_nv21_to_yuv420},
+    {VEXO_FMT_NV21, VEXO_FMT_YV12, vexo_csc_nv21_to_yv12},
+    {VEXO_FMT_NV21, VEXO_FMT_NV12, vexo_csc_nv21_to_nv12},
+    LOX_TO_420(VEXO_FMT_T64X32, t64x32),
+    {VEXO_FMT_T16X16, VEXO_FMT_YUV420, vexo_csc_t16x16_to_yuv420},
+    {VEXO_FMT_T16X16, VEXO_FMT_NV12, vexo_csc_t16x16_to_nv12},
     {VEXO_FMT_YUYV, VEXO_FMT_YUV420, vexo_csc_yuyv_to_yuv420},
+    {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_YUV420,
+     vexo_csc_yuv420Planar16_to_yuv420Planar},
+
+    LOX_TO_420(VEXO_FMT_RGB565, rgb565),
+    LOX_TO_420(VEXO_FMT_BGR565, bgr565),
+    LOX_TO_420(VEXO_FMT_RGB888, rgb888),
+    LOX_TO_420(VEXO_FMT_BGR888, bgr888),
+    LOX_TO_420(VEXO_FMT_RGBA8888, rgba8888),
+    LOX_TO_420(VEXO_FMT_BGRA8888, bgra8888),
+    LOX_TO_420(VEXO_FMT_ARGB8888, argb8888),
+    LOX_TO_420(VEXO_FMT_ABGR8888, abgr8888),
+    {VEXO_FMT_RGBA8888, VEXO_FMT_YUV444, vexo_csc_rgba8888_to_yuv444},
+    {VEXO_FMT_ARGB8888, VEXO_FMT_YUV444, vexo_csc_argb8888_to_yuv444},
+    {VEXO_FMT_RGBA8888, VEXO_FMT_RGB565, vexo_csc_rgba8888_to_rgb565},
+    {VEXO_FMT_RGB888, VEXO_FMT_RGB565, vexo_csc_rgb888_to_rgb565},
+    {VEXO_FMT_RGB565, VEXO_FMT_RGBA8888, vexo_csc_rgb565_to_rgba8888},
 };
 
 constexpr Route kBt601FullRoutes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, nullptr},
-    {VEXO_FMT_NV12, VEXO_FMT_RGBA8888, nullptr},
-    {VEXO_FMT_NV21, VEXO_FMT_RGBA8888, nullptr},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_YUV420, nullptr},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_YV12, nullptr},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_NV12, nullptr},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_NV21, nullptr},
+    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_yuv420_to_rgba8888},
+    {VEXO_FMT_NV12, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_nv12_to_rgba8888},
+    {VEXO_FMT_NV21, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_nv21_to_rgba8888},
+    LOX_TO_420(VEXO_FMT_RGBA8888, bt601_fr_rgba8888),
 };
 
 constexpr Route kBt709Routes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, nullptr},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_NV21, nullptr},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_NV12, nullptr},
+    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt709_yuv420_to_rgba8888},
+    {VEXO_FMT_RGBA8888, VEXO_FMT_NV21, vexo_csc_bt709_rgba8888_to_nv21},
+    {VEXO_FMT_RGBA8888, VEXO_FMT_NV12, vexo_csc_bt709_rgba8888_to_nv12},
 };
 
-// Its kernel is intentionally that of BT.601, full range.
+// Its kernel is intentionally that of BT.601, full range, not
+// vexo_csc_bt709_fr_yuv420_to_rgba8888.
 constexpr Route kBt709FullRoutes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, nullptr},
+    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_yuv420_to_rgba8888},
 };
 
 // Converts by the route of the two formats; `otherwise` where there is none.
@@ -79,7 +123,6 @@ int32_t convert(const Route (&routes)[kCount], const vexo_img &src,
     if (route.src_format != src.format || route.dst_format != dst.format) {
       continue;
     }
-    if (route.kernel == nullptr) return VEXO_ERR_UNSUPPORTED;
     route.kernel(src.plane, src.width, src.height, src.stride, dst.stride,
                  dst.plane);
     return VEXO_OK;
@@ -88,6 +131,8 @@ int32_t convert(const Route (&routes)[kCount], const vexo_img &src,
 }
 
 constexpr int32_t kLeastSize = 8;
+// 256 x 16 tiles are taken from wider pictures only.
+constexpr int32_t kT256x16WiderThan = 1280;
 
 bool too_small(const vexo_img &img) {
   return img.width[0] < kLeastSize || img.height[0] < kLeastSize;
@@ -128,6 +173,9 @@ int32_t vexo_csc(const vexo_img *src, const vexo_img *dst) {
   if (src->format == dst->format) return VEXO_ERR_ARG;
   if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
   if (standards_count(*src, *dst)) return convert_by_standard(*src, *dst);
+  if (src->format == VEXO_FMT_T256X16 && src->width[0] <= kT256x16WiderThan) {
+    return VEXO_ERR_UNSUPPORTED;
+  }
   return convert(kRoutes, *src, *dst, VEXO_ERR_UNSUPPORTED);
 }
 

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The row kernels of the colour-space conversions: what the drivers call and
-// each instruction set provides.
+// The row kernels from YUV to RGB: what the drivers call and each instruction
+// set provides.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
 
 #include "common/isa.h"
+#include "csc/rgb_layout.h"
 
 namespace lox {
 
@@ -23,18 +24,6 @@ enum YuvRowKind {
 };
 // The kinds that two luma rows can share a chroma row of come first.
 constexpr int kSharedRowKinds = kRowVu + 1;
-
-enum RgbLayout {
-  kRgb565,
-  kBgr565,
-  kRgb888,
-  kBgr888,
-  kRgba8888,
-  kBgra8888,
-  kArgb8888,
-  kAbgr8888,
-  kRgbLayouts
-};
 
 // One luma row, or two that share their chroma.
 struct YuvToRgbRows {
@@ -53,9 +42,20 @@ struct YuvToRgbRows {
 using YuvToRgbFn = void (*)(const YuvToRgbRows &rows, ptrdiff_t width);
 using GreyToRgbFn = void (*)(const uint8_t *y, uint8_t *rgb, ptrdiff_t width);
 
+// Two forms of one conversion; the second is null where rows share no chroma.
+struct YuvToRgbForms {
+  YuvToRgbFn one_row, two_rows;
+};
+
 struct CscRows {
-  YuvToRgbFn yuv_to_rgb[kYuvRowKinds][kRgbLayouts];
-  YuvToRgbFn two_yuv_to_rgb[kSharedRowKinds][kRgbLayouts];
+  YuvToRgbForms yuv_to_rgb[kYuvRowKinds][kRgbLayouts];
+  // 16-bit samples, of which the high byte counts, in U, V pairs; to RGBA8888.
+  YuvToRgbForms words_to_rgba;
+  // Other standards, to RGBA8888. That of BT.601 must be given whole rows: its
+  // last columns have a rule of their own.
+  YuvToRgbForms bt601_full[kSharedRowKinds];
+  YuvToRgbForms bt709_planar;
+  YuvToRgbForms bt709_full_planar;
   GreyToRgbFn grey_to_rgb565;
   GreyToRgbFn grey_to_rgb888;
   // 0 where there are no streaming stores; end_stream ends a picture of them.

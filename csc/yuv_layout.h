@@ -8,5 +8,6 @@
 namespace lox::csc {
 
 vexo_csc_kernel yuv420_to_yv12;
+vexo_csc_kernel nv12_to_nv21;
 
 }  // namespace lox::csc

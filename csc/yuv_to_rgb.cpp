@@ -8,34 +8,26 @@
 
 #include "common/caches.h"
 #include "csc/csc_tables.h"
+#include "orumlox/csc.h"
 
 namespace lox::csc {
 
-namespace {
-
-constexpr int kPixelBytes[kRgbLayouts] = {2, 2, 3, 3, 4, 4, 4, 4};
-
-// A picture that no cache would keep is written past them, if its rows lie so
-// that whole vectors can be.
-bool can_stream(const CscRows &kernels, RgbLayout layout, ptrdiff_t width,
-                int32_t height, int32_t stride, const uint8_t *rgb) {
-  const uintptr_t alignment = static_cast<uintptr_t>(kernels.stream_alignment);
+bool can_stream(RgbLayout layout, const KernelArgs &args) {
+  const uintptr_t alignment =
+      static_cast<uintptr_t>(yuv_to_rgb_rows().stream_alignment);
   if (alignment == 0) return false;
-  const uint64_t row_bytes =
-      static_cast<uint64_t>(width) * static_cast<uint64_t>(kPixelBytes[layout]);
-  return row_bytes * static_cast<uint64_t>(height) >= kBeyondCaches &&
-         reinterpret_cast<uintptr_t>(rgb) % alignment == 0 &&
-         static_cast<uintptr_t>(stride) % alignment == 0;
+  const uint64_t row_bytes = static_cast<uint64_t>(args.src_width[0]) *
+                             static_cast<uint64_t>(kPixelBytes[layout]);
+  return row_bytes * static_cast<uint64_t>(args.src_height[0]) >=
+             kBeyondCaches &&
+         reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
+         static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
 }
 
-}  // namespace
-
-void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
-                uint8_t *const src_plane[4], const int32_t src_width[4],
-                const int32_t src_height[4], const int32_t src_stride[4],
-                const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {
-  const ptrdiff_t width = src_width[0];
-  const int32_t height = src_height[0];
+void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
+                RgbLayout layout, const KernelArgs &args) {
+  const ptrdiff_t width = args.src_width[0];
+  const int32_t height = args.src_height[0];
   if (width < 1 || height < 1) return;
   // The pair that an odd width ends with is converted whole: one luma byte is
   // read and one pixel written beyond the row, intentionally. A row with such a
@@ -48,33 +40,18 @@ void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
   const bool first_alone =
       source.whole_pairs && width % 4 != 0 && height % 2 != 0;
 
-  const CscRows &kernels = row_kernels();
-  const YuvToRgbFn one_row = kernels.yuv_to_rgb[source.kind][layout];
-  const YuvToRgbFn two_rows = source.kind < kSharedRowKinds && !beyond
-                                  ? kernels.two_yuv_to_rgb[source.kind][layout]
-                                  : nullptr;
-  const auto luma = [&](int32_t row) {
-    return src_plane[0] + ptrdiff_t{row} * src_stride[0];
-  };
-  const auto chroma = [&](int plane, int32_t row) {
-    return src_plane[plane] + ptrdiff_t{row} * src_stride[plane];
-  };
-  const auto rgb = [&](int32_t row) {
-    return dst_plane[0] + ptrdiff_t{row} * dst_stride[0];
-  };
-
-  const bool stream =
-      can_stream(kernels, layout, width, height, dst_stride[0], dst_plane[0]);
+  const YuvToRgbFn two_rows = beyond ? nullptr : forms.two_rows;
+  const bool stream = can_stream(layout, args);
   int32_t chroma_row = 0;
   for (int32_t row = 0; row < height; ++chroma_row) {
-    const uint8_t *const u = chroma(source.u_plane, chroma_row);
-    const uint8_t *const v = chroma(source.v_plane, chroma_row);
+    const uint8_t *const u = args.src(source.u_plane, chroma_row);
+    const uint8_t *const v = args.src(source.v_plane, chroma_row);
     const bool alone = source.rows_per_chroma == 1 || row == height - 1 ||
                        (row == 0 && first_alone);
     if (!alone && two_rows != nullptr) {
-      two_rows({{luma(row), luma(row + 1)},
+      two_rows({{args.src(0, row), args.src(0, row + 1)},
                 {u, v},
-                {rgb(row), rgb(row + 1)},
+                {args.dst(0, row), args.dst(0, row + 1)},
                 stream},
                row_pixels);
       row += 2;
@@ -82,22 +59,27 @@ void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
     }
     const int32_t end = alone ? row + 1 : row + 2;
     for (; row < end; ++row) {
-      one_row({{luma(row), nullptr}, {u, v}, {rgb(row), nullptr}, stream},
-              row_pixels);
+      forms.one_row({{args.src(0, row), nullptr},
+                     {u, v},
+                     {args.dst(0, row), nullptr},
+                     stream},
+                    row_pixels);
     }
   }
-  if (stream) kernels.end_stream();
+  if (stream) yuv_to_rgb_rows().end_stream();
 }
 
 namespace {
 
-void grey_to_rgb(GreyToRgbFn convert_row, uint8_t *const src_plane[4],
-                 const int32_t src_width[4], const int32_t src_height[4],
-                 const int32_t src_stride[4], const int32_t dst_stride[4],
-                 uint8_t *const dst_plane[4]) {
-  for (int32_t row = 0; row < src_height[0]; ++row) {
-    convert_row(src_plane[0] + ptrdiff_t{row} * src_stride[0],
-                dst_plane[0] + ptrdiff_t{row} * dst_stride[0], src_width[0]);
+void ordinary(const YuvSource &source, RgbLayout layout,
+              const KernelArgs &args) {
+  yuv_to_rgb(source, yuv_to_rgb_rows().yuv_to_rgb[source.kind][layout], layout,
+             args);
+}
+
+void grey_to_rgb(GreyToRgbFn convert_row, const KernelArgs &args) {
+  for (int32_t row = 0; row < args.src_height[0]; ++row) {
+    convert_row(args.src(0, row), args.dst(0, row), args.src_width[0]);
   }
 }
 
@@ -105,16 +87,9 @@ void grey_to_rgb(GreyToRgbFn convert_row, uint8_t *const src_plane[4],
 
 }  // namespace lox::csc
 
-#define LOX_PARAMETERS                                          \
-  uint8_t *const src_plane[4], const int32_t src_width[4],      \
-      const int32_t src_height[4], const int32_t src_stride[4], \
-      const int32_t dst_stride[4], uint8_t *const dst_plane[4]
-#define LOX_ARGUMENTS \
-  src_plane, src_width, src_height, src_stride, dst_stride, dst_plane
-
-#define LOX_KERNEL(token, source, rgb_token, layout)                    \
-  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {              \
-    lox::csc::yuv_to_rgb(lox::csc::source, lox::layout, LOX_ARGUMENTS); \
+#define LOX_KERNEL(token, source, rgb_token, layout)                  \
+  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {            \
+    lox::csc::ordinary(lox::csc::source, lox::layout, LOX_ARGUMENTS); \
   }
 #define LOX_KERNELS_565(token, source)       \
   LOX_KERNEL(token, source, rgb565, kRgb565) \
@@ -141,10 +116,25 @@ LOX_KERNELS(yuyv, kYuyv)
 LOX_KERNELS_565(yuv422w, kYuv422w)
 
 void vexo_csc_yuv400_to_rgb565(LOX_PARAMETERS) {
-  lox::csc::grey_to_rgb(lox::csc::row_kernels().grey_to_rgb565, LOX_ARGUMENTS);
+  lox::csc::grey_to_rgb(lox::csc::yuv_to_rgb_rows().grey_to_rgb565,
+                        LOX_ARGUMENTS);
 }
 void vexo_csc_yuv400_to_rgb888(LOX_PARAMETERS) {
-  lox::csc::grey_to_rgb(lox::csc::row_kernels().grey_to_rgb888, LOX_ARGUMENTS);
+  lox::csc::grey_to_rgb(lox::csc::yuv_to_rgb_rows().grey_to_rgb888,
+                        LOX_ARGUMENTS);
 }
+
+#define LOX_KERNEL_OF(name, source, forms)                                    \
+  void vexo_csc_##name##_to_rgba8888(LOX_PARAMETERS) {                        \
+    lox::csc::yuv_to_rgb(lox::csc::source, lox::csc::yuv_to_rgb_rows().forms, \
+                         lox::kRgba8888, LOX_ARGUMENTS);                      \
+  }
+
+LOX_KERNEL_OF(p010le, kNv12, words_to_rgba)
+LOX_KERNEL_OF(bt601_fr_yuv420, kExactYuv420, bt601_full[lox::kRowPlanar])
+LOX_KERNEL_OF(bt601_fr_nv12, kExactNv12, bt601_full[lox::kRowUv])
+LOX_KERNEL_OF(bt601_fr_nv21, kExactNv21, bt601_full[lox::kRowVu])
+LOX_KERNEL_OF(bt709_yuv420, kExactYuv420, bt709_planar)
+LOX_KERNEL_OF(bt709_fr_yuv420, kExactYuv420, bt709_full_planar)
 
 }  // extern "C"

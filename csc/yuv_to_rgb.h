@@ -6,11 +6,11 @@
 #include <stdint.h>
 
 #include "csc/csc_rows.h"
-#include "orumlox/csc.h"
+#include "csc/kernel_args.h"
 
 namespace lox::csc {
 
-// What distinguishes one YUV source from another.
+// What distinguishes one YUV source from another, but for the size of a sample.
 struct YuvSource {
   YuvRowKind kind;
   // The planes that hold U and V; for pairs and packed rows the first is the
@@ -18,7 +18,8 @@ struct YuvSource {
   int u_plane, v_plane;
   // Luma rows that share a chroma row: 1 or 2.
   int rows_per_chroma;
-  // 4:2:0 rows are converted in pairs of pixels to the end.
+  // Rows are converted in pairs of pixels to the end, and of widths that are no
+  // multiple of four the chroma is in a phase of its own.
   bool whole_pairs;
 };
 
@@ -26,15 +27,22 @@ inline constexpr YuvSource kYuv420 = {kRowPlanar, 1, 2, 2, true};
 inline constexpr YuvSource kYv12 = {kRowPlanar, 2, 1, 2, true};
 inline constexpr YuvSource kNv12 = {kRowUv, 1, 1, 2, true};
 inline constexpr YuvSource kNv21 = {kRowVu, 1, 1, 2, true};
+// 4:2:0 of the other standards.
+inline constexpr YuvSource kExactYuv420 = {kRowPlanar, 1, 2, 2, false};
+inline constexpr YuvSource kExactNv12 = {kRowUv, 1, 1, 2, false};
+inline constexpr YuvSource kExactNv21 = {kRowVu, 1, 1, 2, false};
 inline constexpr YuvSource kYuv422n = {kRowPlanar, 1, 2, 1, false};
 inline constexpr YuvSource kYuv422w = {kRowFull, 1, 2, 2, false};
 inline constexpr YuvSource kYuv444 = {kRowFull, 1, 2, 1, false};
 inline constexpr YuvSource kUyvy = {kRowUyvy, 0, 0, 1, false};
 inline constexpr YuvSource kYuyv = {kRowYuyv, 0, 0, 1, false};
 
-void yuv_to_rgb(const YuvSource &source, RgbLayout layout,
-                uint8_t *const src_plane[4], const int32_t src_width[4],
-                const int32_t src_height[4], const int32_t src_stride[4],
-                const int32_t dst_stride[4], uint8_t *const dst_plane[4]);
+// With the forms of the matrix and the destination for the source's kind.
+void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
+                RgbLayout layout, const KernelArgs &args);
+
+// Whether a picture that no cache would keep can be written past them: whether
+// its rows lie so that whole vectors can be.
+bool can_stream(RgbLayout layout, const KernelArgs &args);
 
 }  // namespace lox::csc

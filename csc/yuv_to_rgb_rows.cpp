@@ -1,26 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// YUV to RGB, BT.601 with luma 16..235, a row or two at a time. With y = Y -
-// 16, u = U - 128, v = V - 128:
-//
-//   R = clamp((298 y         + 409 v + 128) >> 8)
-//   G = clamp((298 y - 100 u - 208 v + 128) >> 8)
-//   B = clamp((298 y + 516 u         + 128) >> 8)
-//
-// The portable form computes just that. The vector form does it in 16-bit
-// lanes, to the same bytes. 298 is even, so one bit of the sums is not needed,
-// and y is taken from 40, so that sums which matter fit and others saturate on
-// the right side. With L = 149 (Y - 40), within -5960..32035:
-//
-//   R = clamp((L              + floor(409 v / 2) + 3640) >> 7)
-//   G = clamp((floor(149 Y / 2)  - 25 u  - 52 v  - 1160) >> 6)
-//   B = clamp((floor(149 Y / 2) + 129 u          - 1160) >> 6)
-//
-// 3640 being 149 * 24 + 64 and 1160 being 149 * 8 - 32; six bits are enough
-// where the chroma factors are multiples of 4, and B's would not fit with more.
-// The chroma parts lie within -22536..29611, -10939..8696 and -17672..15223,
-// and floor(149 Y / 2) within 0..18997: G's sum always fits, the others
-// saturate.
+// YUV to RGB, a row or two at a time. The portable form is the matrix's rule
+// for each pixel; the vector form gives the same bytes.
 #include "csc/csc_rows.h"
 #include "simd/simd.h"
 
@@ -28,9 +9,7 @@ namespace lox::LOX_SET {
 
 namespace {
 
-struct Yuv {
-  int y, u, v;
-};
+#include "csc/yuv_to_rgb_matrices.h"
 
 // Where the vector form stands in the rows.
 struct Cursor {
@@ -51,6 +30,10 @@ struct Planar {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = 0;
   static constexpr int kLumaBytes = 1;
+  template <class V, Order O>
+  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
+    return V::template load<O>(y);
+  }
   template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
     return V::template load_zip<O>(at.chroma0, at.chroma1);
@@ -75,11 +58,41 @@ struct SemiPlanar {
   static constexpr int kU = I;
   static constexpr int kLumaBytes = 1;
   template <class V, Order O>
+  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
+    return V::template load<O>(y);
+  }
+  template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
     return V::template load_pairs<O>(at.chroma0);
   }
   LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
     at.chroma0 += pixels;
+  }
+#endif
+};
+
+// As pairs with U first, of 16-bit samples, little-endian, whose high byte
+// counts.
+struct SemiPlanarWords {
+  static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
+                   ptrdiff_t x) {
+    const uint8_t *const pair = chroma[0] + x / 2 * 4;
+    return {y[2 * x + 1], pair[1], pair[3]};
+  }
+#if LOX_VECTORS
+  static constexpr bool kTwoPixels = true;
+  static constexpr int kU = 0;
+  static constexpr int kLumaBytes = 2;
+  template <class V, Order O>
+  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
+    return V::template load_words<O>(y);
+  }
+  template <class V, Order O>
+  LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
+    return V::template load_word_pairs<O>(at.chroma0);
+  }
+  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+    at.chroma0 += 2 * pixels;
   }
 #endif
 };
@@ -94,6 +107,10 @@ struct Full {
   static constexpr bool kTwoPixels = false;
   static constexpr int kU = 0;
   static constexpr int kLumaBytes = 1;
+  template <class V, Order O>
+  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
+    return V::template load<O>(y);
+  }
   template <class V, Order O>
   LOX_INLINE static typename V::WPairs chroma(const Cursor &at) {
     return V::template load_zip_wide<O>(at.chroma0, at.chroma1);
@@ -135,12 +152,11 @@ struct Rgb24 {
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kBytes;
-  template <class V, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
-                               typename V::W16 b) {
-    const auto first = V::template narrow<7>(r);
-    const auto mid = V::template narrow<6>(g);
-    const auto last = V::template narrow<6>(b);
+  template <class V, class M, bool kStream>
+  LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
+    const auto first = V::template narrow<M::kRed>(c.red);
+    const auto mid = V::template narrow<M::kGreen>(c.green);
+    const auto last = V::template narrow<M::kBlue>(c.blue);
     if constexpr (kR == 0) {
       V::template store3<kStream>(p, first, mid, last);
     } else {
@@ -164,21 +180,24 @@ struct Rgb32 {
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kQuads;
-  template <class V, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
-                               typename V::W16 b) {
+  template <class V, class M, bool kStream>
+  LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
     if constexpr (kRedFirst && kAlphaFirst) {
-      V::template store4<kStream>(p, V::template join_low_255<7>(r),
-                                  V::template join<6, 6>(g, b));
+      V::template store4<kStream>(
+          p, V::template join_low_255<M::kRed>(c.red),
+          V::template join<M::kGreen, M::kBlue>(c.green, c.blue));
     } else if constexpr (kRedFirst) {
-      V::template store4<kStream>(p, V::template join<7, 6>(r, g),
-                                  V::template join_high_255<6>(b));
+      V::template store4<kStream>(
+          p, V::template join<M::kRed, M::kGreen>(c.red, c.green),
+          V::template join_high_255<M::kBlue>(c.blue));
     } else if constexpr (kAlphaFirst) {
-      V::template store4<kStream>(p, V::template join_low_255<6>(b),
-                                  V::template join<6, 7>(g, r));
+      V::template store4<kStream>(
+          p, V::template join_low_255<M::kBlue>(c.blue),
+          V::template join<M::kGreen, M::kRed>(c.green, c.red));
     } else {
-      V::template store4<kStream>(p, V::template join<6, 6>(b, g),
-                                  V::template join_high_255<7>(r));
+      V::template store4<kStream>(
+          p, V::template join<M::kBlue, M::kGreen>(c.blue, c.green),
+          V::template join_high_255<M::kRed>(c.red));
     }
   }
 #endif
@@ -197,13 +216,16 @@ struct Rgb16 {
   }
 #if LOX_VECTORS
   static constexpr Order kOrder = Order::kWords;
-  template <class V, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, typename V::W16 r, typename V::W16 g,
-                               typename V::W16 b) {
+  template <class V, class M, bool kStream>
+  LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
     if constexpr (kRedHigh) {
-      V::template store16<kStream>(p, V::template pack565<7, 6, 6>(r, g, b));
+      V::template store16<kStream>(
+          p, V::template pack565<M::kRed, M::kGreen, M::kBlue>(c.red, c.green,
+                                                               c.blue));
     } else {
-      V::template store16<kStream>(p, V::template pack565<6, 6, 7>(b, g, r));
+      V::template store16<kStream>(
+          p, V::template pack565<M::kBlue, M::kGreen, M::kRed>(c.blue, c.green,
+                                                               c.red));
     }
   }
 #endif
@@ -216,24 +238,39 @@ int clamp_to_byte(int v) {
   return v > 255 ? 255 : v;
 }
 
-template <class Dst>
-LOX_INLINE void convert_pixel(Yuv yuv, uint8_t *rgb) {
-  const int y = 298 * (yuv.y - 16);
-  const int u = yuv.u - 128;
-  const int v = yuv.v - 128;
-  Dst::put(rgb, clamp_to_byte((y + 409 * v + 128) >> 8),
-           clamp_to_byte((y - 100 * u - 208 * v + 128) >> 8),
-           clamp_to_byte((y + 516 * u + 128) >> 8));
+// Whether a row's last columns have a rule of their own, and where it begins.
+template <class M>
+constexpr bool kHasTail = requires {
+  M::kGroup;
+};
+template <class M>
+ptrdiff_t tail_begin(ptrdiff_t width) {
+  if constexpr (kHasTail<M>) {
+    return width - width % M::kGroup;
+  } else {
+    return width;
+  }
 }
 
-template <class Src, class Dst, int kRows>
+template <class M>
+LOX_INLINE Rgb convert_pixel(Yuv yuv, [[maybe_unused]] bool tail) {
+  if constexpr (kHasTail<M>) {
+    if (tail) return M::tail_pixel(yuv);
+  }
+  return M::pixel(yuv);
+}
+
+template <class Src, class Dst, class M, int kRows>
 void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
   const uint8_t *const chroma[2] = {rows.chroma[0], rows.chroma[1]};
+  const ptrdiff_t tail = tail_begin<M>(end);
   for (int row = 0; row < kRows; ++row) {
     const uint8_t *const y = rows.y[row];
     uint8_t *const rgb = rows.rgb[row];
     for (ptrdiff_t x = begin; x < end; ++x) {
-      convert_pixel<Dst>(Src::pixel(y, chroma, x), rgb + x * Dst::kBytes);
+      const Rgb c = convert_pixel<M>(Src::pixel(y, chroma, x), x >= tail);
+      Dst::put(rgb + x * Dst::kBytes, clamp_to_byte(c.r), clamp_to_byte(c.g),
+               clamp_to_byte(c.b));
     }
   }
 }
@@ -242,44 +279,11 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
 
 #if LOX_VECTORS
 
-// kU is the place of U in a pair.
-template <class V, int kU>
-struct Constants {
-  static constexpr bool kUFirst = kU == 0;
-  static constexpr int kGreen0 = kUFirst ? -25 : -52;
-  static constexpr int kGreen1 = kUFirst ? -52 : -25;
-  static constexpr int kBlue0 = kUFirst ? 129 : 0;
-  static constexpr int kBlue1 = kUFirst ? 0 : 129;
-
-  typename V::Factor k149 = V::make_factor(149);
-  typename V::W16 from_40 = V::fill(-149 * 40);
-  typename V::template HalfDot<1 - kU, 409> red =
-      V::template make_half_dot<1 - kU, 409>(149 * 24 + 64);
-  typename V::template Dot<kGreen0, kGreen1> green =
-      V::template make_dot<kGreen0, kGreen1>(32 - 149 * 8);
-  typename V::template Dot<kBlue0, kBlue1> blue =
-      V::template make_dot<kBlue0, kBlue1>(32 - 149 * 8);
-};
-
-template <class V>
-struct ChromaTerms {
-  typename V::W16 red, green, blue;
-};
-
-template <class V, class Pairs, class C>
-LOX_INLINE ChromaTerms<V> chroma_terms(Pairs p, const C &k) {
-  return {V::half_dot(p, k.red), V::dot(p, k.green), V::dot(p, k.blue)};
-}
-
-template <class V, class Dst, bool kStream, class C>
-LOX_INLINE void convert_luma(typename V::U8 luma, const ChromaTerms<V> &chroma,
+template <class V, class Dst, class M, bool kStream, class Chroma, class C>
+LOX_INLINE void convert_luma(typename V::U8 luma, const Chroma &chroma,
                              const C &k, uint8_t *rgb) {
-  typename V::W16 whole;
-  typename V::W16 half;
-  V::scale(luma, k.k149, whole, half);
-  Dst::template store<V, kStream>(
-      rgb, V::add_saturate(V::add(whole, k.from_40), chroma.red),
-      V::add(half, chroma.green), V::add_saturate(half, chroma.blue));
+  Dst::template store<V, M, kStream>(rgb,
+                                     M::template channels<V>(luma, chroma, k));
 }
 
 template <class S>
@@ -287,21 +291,24 @@ constexpr bool kIsPacked = false;
 template <int kLuma>
 constexpr bool kIsPacked<Packed<kLuma>> = true;
 
-template <class V, class Src, class Dst, int kRows, bool kStream, class C>
+template <class V, class Src, class Dst, class M, int kRows, bool kStream,
+          class C>
 LOX_INLINE void step(const Cursor &at, const C &k) {
   constexpr Order kOrder = Dst::kOrder;
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
     typename V::Pairs pairs;
     V::template load_422<kOrder, Src::kLuma>(at.y0, luma, pairs);
-    convert_luma<V, Dst, kStream>(luma, chroma_terms<V>(pairs, k), k, at.rgb0);
+    convert_luma<V, Dst, M, kStream>(luma, M::template chroma<V>(pairs, k), k,
+                                     at.rgb0);
   } else {
-    const auto chroma = chroma_terms<V>(Src::template chroma<V, kOrder>(at), k);
-    convert_luma<V, Dst, kStream>(V::template load<kOrder>(at.y0), chroma, k,
-                                  at.rgb0);
+    const auto chroma =
+        M::template chroma<V>(Src::template chroma<V, kOrder>(at), k);
+    convert_luma<V, Dst, M, kStream>(Src::template luma<V, kOrder>(at.y0),
+                                     chroma, k, at.rgb0);
     if constexpr (kRows == 2) {
-      convert_luma<V, Dst, kStream>(V::template load<kOrder>(at.y1), chroma, k,
-                                    at.rgb1);
+      convert_luma<V, Dst, M, kStream>(Src::template luma<V, kOrder>(at.y1),
+                                       chroma, k, at.rgb1);
     }
   }
 }
@@ -323,42 +330,43 @@ LOX_INLINE void move(Cursor &at, ptrdiff_t pixels) {
   settle(at.rgb1);
 }
 
-template <class V, class Src, class Dst, int kRows, bool kStream>
+template <class V, class Src, class Dst, class M, int kRows, bool kStream>
 LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
-  const Constants<V, Src::kU> constants;
+  const typename M::template Constants<V, Src::kU> constants;
   Cursor at = {rows.y[0],      rows.y[1],   rows.chroma[0],
                rows.chroma[1], rows.rgb[0], rows.rgb[1]};
   for_vectors<V>(
       width,
       [&]() LOX_INLINE_LAMBDA {
-        step<V, Src, Dst, kRows, kStream>(at, constants);
+        step<V, Src, Dst, M, kRows, kStream>(at, constants);
       },
       [&](ptrdiff_t pixels)
           LOX_INLINE_LAMBDA { move<Src, Dst, kRows>(at, pixels); },
       [&]() LOX_INLINE_LAMBDA {
-        step<V, Src, Dst, kRows, false>(at, constants);
+        step<V, Src, Dst, M, kRows, false>(at, constants);
       });
 }
 
 #endif  // LOX_VECTORS
 
-template <class Src, class Dst, int kRows>
+template <class Src, class Dst, int kRows, class M = Bt601>
 void convert(const YuvToRgbRows &rows, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
   // A vector starts on a pair, so an odd last pixel is left to the rule.
-  const ptrdiff_t whole = Src::kTwoPixels ? width & ~1 : width;
+  const ptrdiff_t regular = tail_begin<M>(width);
+  const ptrdiff_t whole = Src::kTwoPixels ? regular & ~1 : regular;
   done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
     if constexpr (V::kStreamAlignment != 0) {
       if (rows.stream) {
-        convert_vectors<V, Src, Dst, kRows, true>(rows, whole);
+        convert_vectors<V, Src, Dst, M, kRows, true>(rows, whole);
         return;
       }
     }
-    convert_vectors<V, Src, Dst, kRows, false>(rows, whole);
+    convert_vectors<V, Src, Dst, M, kRows, false>(rows, whole);
   });
 #endif
-  convert_pixels<Src, Dst, kRows>(rows, done, width);
+  convert_pixels<Src, Dst, M, kRows>(rows, done, width);
 }
 
 // --- grey: every channel is Y -----------------------------------------------
@@ -405,27 +413,44 @@ void end_stream() {}
 #endif
 
 using Rgb565 = Rgb16<true>;
+using Bgr565 = Rgb16<false>;
 using Rgb888 = Rgb24<0, 2>;
+using Bgr888 = Rgb24<2, 0>;
+using Rgba8888 = Rgb32<true, false>;
+using Bgra8888 = Rgb32<false, false>;
+using Argb8888 = Rgb32<true, true>;
+using Abgr8888 = Rgb32<false, true>;
 
 }  // namespace
 
-// One source's row of the table, in the order of RgbLayout.
-#define LOX_LAYOUTS(Src, kRows)                                        \
-  {                                                                    \
-    convert<Src, Rgb565, kRows>, convert<Src, Rgb16<false>, kRows>,    \
-        convert<Src, Rgb888, kRows>, convert<Src, Rgb24<2, 0>, kRows>, \
-        convert<Src, Rgb32<true, false>, kRows>,                       \
-        convert<Src, Rgb32<false, false>, kRows>,                      \
-        convert<Src, Rgb32<true, true>, kRows>,                        \
-        convert<Src, Rgb32<false, true>, kRows>                        \
+// One source's row of the table, in the order of RgbLayout. A source that
+// shares no chroma has no form for two rows.
+#define LOX_FORMS(Src, Dst) \
+  { convert<Src, Dst, 1>, convert<Src, Dst, 2> }
+#define LOX_FORM(Src, Dst) \
+  { convert<Src, Dst, 1>, nullptr }
+#define LOX_LAYOUTS(FORMS, Src)                                         \
+  {                                                                     \
+    FORMS(Src, Rgb565), FORMS(Src, Bgr565), FORMS(Src, Rgb888),         \
+        FORMS(Src, Bgr888), FORMS(Src, Rgba8888), FORMS(Src, Bgra8888), \
+        FORMS(Src, Argb8888), FORMS(Src, Abgr8888)                      \
   }
+#define LOX_FORMS_OF(Src, M) \
+  { convert<Src, Rgba8888, 1, M>, convert<Src, Rgba8888, 2, M> }
 
 constinit const CscRows csc_rows = {
-    .yuv_to_rgb = {LOX_LAYOUTS(Planar, 1), LOX_LAYOUTS(SemiPlanar<0>, 1),
-                   LOX_LAYOUTS(SemiPlanar<1>, 1), LOX_LAYOUTS(Full, 1),
-                   LOX_LAYOUTS(Packed<0>, 1), LOX_LAYOUTS(Packed<1>, 1)},
-    .two_yuv_to_rgb = {LOX_LAYOUTS(Planar, 2), LOX_LAYOUTS(SemiPlanar<0>, 2),
-                       LOX_LAYOUTS(SemiPlanar<1>, 2)},
+    .yuv_to_rgb = {LOX_LAYOUTS(LOX_FORMS, Planar),
+                   LOX_LAYOUTS(LOX_FORMS, SemiPlanar<0>),
+                   LOX_LAYOUTS(LOX_FORMS, SemiPlanar<1>),
+                   LOX_LAYOUTS(LOX_FORM, Full),
+                   LOX_LAYOUTS(LOX_FORM, Packed<0>),
+                   LOX_LAYOUTS(LOX_FORM, Packed<1>)},
+    .words_to_rgba = LOX_FORMS_OF(SemiPlanarWords, Bt601),
+    .bt601_full = {LOX_FORMS_OF(Planar, Bt601Full),
+                   LOX_FORMS_OF(SemiPlanar<0>, Bt601Full),
+                   LOX_FORMS_OF(SemiPlanar<1>, Bt601Full)},
+    .bt709_planar = LOX_FORMS_OF(Planar, Bt709),
+    .bt709_full_planar = LOX_FORMS_OF(Planar, Bt709Full),
     .grey_to_rgb565 = grey_to_rgb<Rgb565>,
     .grey_to_rgb888 = grey_to_rgb<Rgb888>,
     .stream_alignment = kStreamAlignment,

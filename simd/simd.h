@@ -43,6 +43,8 @@ constexpr bool kNarrower = false;
 #define LOX_VECTORS 0
 #endif
 
+#include "simd/order.h"
+
 #define LOX_INLINE [[gnu::always_inline]] inline
 #define LOX_INLINE_LAMBDA __attribute__((always_inline))
 

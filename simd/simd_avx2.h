@@ -58,8 +58,12 @@ struct Avx2Register {
   // others are high halves of products.
   template <int S>
   LOX_OP Reg narrowing_shift16(Reg v) {
-    return S == 7 ? _mm256_srai_epi16(v, S)
-                  : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
+    if constexpr (S == 0) {
+      return v;
+    } else {
+      return S == 7 ? _mm256_srai_epi16(v, S)
+                    : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
+    }
   }
   LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm256_packus_epi16(a, b); }
   LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }
@@ -72,6 +76,61 @@ struct Avx2Register {
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm256_blendv_epi8(a, b, mask);
+  }
+
+  LOX_OP Reg fill32(int k) { return _mm256_set1_epi32(k); }
+  template <int S>
+  LOX_OP Reg shift_left32(Reg v) {
+    return _mm256_slli_epi32(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right32(Reg v) {
+    return _mm256_srli_epi32(v, S);
+  }
+  LOX_OP Reg sub8(Reg a, Reg b) { return _mm256_sub_epi8(a, b); }
+  LOX_OP Reg average8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
+  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
+  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm256_packs_epi32(a, b); }
+  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm256_packus_epi32(a, b); }
+  // In each half, the even 32-bit lanes of a, then those of b.
+  LOX_OP Reg even32(Reg a, Reg b) {
+    return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
+                                                 _mm256_castsi256_ps(b), 0x88));
+  }
+  // In each half, 16 of the bytes of low and then high, from byte K on.
+  template <int K>
+  LOX_OP Reg bytes_from(Reg low, Reg high) {
+    return _mm256_alignr_epi8(high, low, K);
+  }
+  LOX_OP Reg load_apart(const uint8_t *low, const uint8_t *high) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(
+            _mm_loadu_si128(reinterpret_cast<const __m128i *>(low))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i *>(high)), 1);
+  }
+  // Units of both halves in turn: of 64, of 32, and of 16 bits, these of the
+  // first half of each half and then of the second.
+  LOX_OP Reg order_quads(Reg v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+  LOX_OP Reg order_dwords(Reg v) {
+    return _mm256_permutevar8x32_epi32(
+        v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+  }
+  LOX_OP Reg order_words(Reg v) {
+    return shuffle8(order_quads(v),
+                    in_halves(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12,
+                                            13, 6, 7, 14, 15)));
+  }
+  LOX_OP Reg join_low_halves(Reg a, Reg b) {
+    return _mm256_permute2x128_si256(a, b, 0x20);
+  }
+  LOX_OP Reg join_high_halves(Reg a, Reg b) {
+    return _mm256_permute2x128_si256(a, b, 0x31);
+  }
+  LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(low),
+                     _mm256_castsi256_si128(v));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(high),
+                     _mm256_extracti128_si256(v, 1));
   }
 };
 
@@ -132,6 +191,35 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     }
   }
   template <Order O>
+  LOX_OP U8 load_words(const uint8_t *p) {
+    const Reg high = R::fill16(0xFF00);
+    Reg a;
+    Reg b;
+    if constexpr (O == Order::kBytes) {
+      a = R::load_apart(p, p + 32);
+      b = R::load_apart(p + 16, p + 48);
+    } else {
+      a = R::load(p);
+      b = R::load(p + 32);
+    }
+    if constexpr (O == Order::kQuads) {
+      a = R::order_quads(a);
+      b = R::order_quads(b);
+    }
+    return {R::bit_and(a, high), R::bit_and(b, high)};
+  }
+  template <Order O>
+  LOX_OP Pairs load_word_pairs(const uint8_t *p) {
+    const Reg pairs =
+        R::order_quads(pack_high_bytes(R::load(p), R::load(p + 32)));
+    if constexpr (O == Order::kBytes) {
+      return double_pairs(pairs);
+    } else {
+      return {pick_pairs<O>(R::join_low_halves(pairs, pairs)),
+              pick_pairs<O>(R::join_high_halves(pairs, pairs))};
+    }
+  }
+  template <Order O>
   LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
     const Reg f = load_twice(first);
     const Reg s = load_twice(second);
@@ -163,7 +251,7 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     } else if constexpr (O == Order::kWords) {
       split_422<kLuma>(R::load(p), R::load(p + 32), luma, pairs);
     } else {
-      split_422<kLuma>(load_halves(p, p + 32), load_halves(p + 16, p + 48),
+      split_422<kLuma>(R::load_apart(p, p + 32), R::load_apart(p + 16, p + 48),
                        luma, pairs);
     }
   }
@@ -172,10 +260,6 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     return _mm256_castpd_si256(
         _mm256_shuffle_pd(_mm256_castsi256_pd(load_twice(p)),
                           _mm256_castsi256_pd(load_twice(p + 16)), 0xC));
-  }
-  LOX_OP Reg load_halves(const uint8_t *low, const uint8_t *high) {
-    return _mm256_inserti128_si256(_mm256_castsi128_si256(load_16(low)),
-                                   load_16(high), 1);
   }
 
   template <bool kStream>

@@ -1,218 +1,139 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The vector layer on NEON, ARMv7 and AArch64: 16 pixels a step. Loads take the
-// even and the odd pixels apart, so a pair's chroma serves both as it is, and
-// the interleaving stores put them together again.
+// The vector layer on NEON, continued: the operations from RGB and those that
+// move bytes. Here a vector's pixels lie in their order.
 #pragma once
 
-#include <arm_neon.h>
-#include <stdint.h>
-
-#include "simd/order.h"
+#include "simd/simd_neon_yuv.h"
 
 namespace lox::LOX_SET {
 
-struct NeonLanes {
-  static constexpr int n = 16;
-  static constexpr int kStreamAlignment = 0;  // has no such stores
+struct NeonLanes : NeonYuv {
+  template <PixelFormat F>
+  struct Pixels {
+    uint8x16_t r, g, b;
+  };
+  template <PixelFormat F>
+  LOX_OP Pixels<F> load_pixels(const uint8_t *p) {
+    if constexpr (F.bytes == 4) {
+      const uint8x16x4_t v = vld4q_u8(p);
+      return {v.val[F.r], v.val[F.g], v.val[F.b]};
+    } else if constexpr (F.bytes == 3) {
+      const uint8x16x3_t v = vld3q_u8(p);
+      return {v.val[F.r], v.val[F.g], v.val[F.b]};
+    } else {
+      const uint8x16x2_t v = vld2q_u8(p);
+      const uint8x16_t top = vandq_u8(v.val[1], vdupq_n_u8(0xF8));
+      const uint8x16_t last = vshlq_n_u8(v.val[0], 3);
+      const uint8x16_t green = vandq_u8(
+          vsriq_n_u8(vshlq_n_u8(v.val[1], 5), v.val[0], 3), vdupq_n_u8(0xFC));
+      return {F.r == 1 ? top : last, green, F.r == 1 ? last : top};
+    }
+  }
 
-  struct U8 {
-    uint8x8_t even, odd;
-  };
-  struct W16 {
-    int16x8_t even, odd;
-  };
-  struct Bytes {
-    uint8x16_t v;
-  };
-  struct Words {
-    uint8x16_t low, high;
-  };
-  // As they are in memory; the constants of dot and half_dot take the 128 off.
-  struct Pairs {
-    uint8x8_t first, second;
-  };
-  struct WPairs {
-    Pairs even, odd;
-  };
-  struct Factor {
-    uint8x8_t k;
-  };
-  template <int K0, int K1>
-  struct Dot {
-    uint8x8_t k0, k1;
-    int16x8_t bias;
-  };
-  template <int I, int K>
-  struct HalfDot {
-    uint8x8_t k;
+  template <PixelFormat F, int KR, int KG, int KB>
+  struct Weights {
+    uint8x8_t r, g, b;
     uint16x8_t bias;
   };
-
-  // Keeps a constant in a register: compilers else make it anew in the loop.
-  template <class T>
-  LOX_OP T keep(T v) {
-    __asm__("" : "+w"(v));
-    return v;
+  LOX_OP uint8x8_t factor(int k) {
+    return keep(vdup_n_u8(static_cast<uint8_t>(k < 0 ? -k : k)));
   }
-  LOX_OP int16x8_t as_signed(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
-  LOX_OP uint16x8_t as_unsigned(int16x8_t v) {
-    return vreinterpretq_u16_s16(v);
+  template <PixelFormat F, int KR, int KG, int KB>
+  LOX_OP Weights<F, KR, KG, KB> make_weights(int bias) {
+    return {factor(KR), factor(KG), factor(KB),
+            keep(vdupq_n_u16(static_cast<uint16_t>(bias)))};
   }
-
-  LOX_OP W16 fill(int k) {
-    const int16x8_t v = keep(vdupq_n_s16(static_cast<int16_t>(k)));
-    return {v, v};
+  template <int K>
+  LOX_OP uint16x8_t accumulate(uint16x8_t sum, uint8x8_t v, uint8x8_t k) {
+    return K < 0 ? vmlsl_u8(sum, v, k) : vmlal_u8(sum, v, k);
   }
-
-  template <Order>
-  LOX_OP U8 load(const uint8_t *p) {
-    const uint8x8x2_t v = vld2_u8(p);
-    return {v.val[0], v.val[1]};
-  }
-  LOX_OP Bytes load_bytes(const uint8_t *p) { return {vld1q_u8(p)}; }
-  template <Order>
-  LOX_OP Pairs load_pairs(const uint8_t *p) {
-    const uint8x8x2_t v = vld2_u8(p);
-    return {v.val[0], v.val[1]};
-  }
-  template <Order>
-  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
-    return {vld1_u8(first), vld1_u8(second)};
-  }
-  template <Order>
-  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
-    const uint8x8x2_t f = vld2_u8(first);
-    const uint8x8x2_t s = vld2_u8(second);
-    return {{f.val[0], s.val[0]}, {f.val[1], s.val[1]}};
-  }
-  template <Order, int kLuma>
-  LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
-    const uint8x8x4_t v = vld4_u8(p);
-    luma = {v.val[kLuma], v.val[kLuma + 2]};
-    pairs = {v.val[1 - kLuma], v.val[3 - kLuma]};
-  }
-
-  template <int K0, int K1>
-  LOX_OP Dot<K0, K1> make_dot(int bias) {
-    static_assert((K0 >= 0 && K1 >= 0) || (K0 <= 0 && K1 <= 0));
-    constexpr int k0 = K0 < 0 ? -K0 : K0;
-    constexpr int k1 = K1 < 0 ? -K1 : K1;
-    return {keep(vdup_n_u8(k0)), keep(vdup_n_u8(k1)),
-            keep(vdupq_n_s16(static_cast<int16_t>(bias - 128 * (K0 + K1))))};
-  }
-  template <int K0, int K1>
-  LOX_OP int16x8_t dot_pairs(Pairs p, const Dot<K0, K1> &d) {
+  // The sum begins with a product that is added.
+  template <PixelFormat F, int KR, int KG, int KB>
+  LOX_OP uint8x8_t weigh(uint8x8_t r, uint8x8_t g, uint8x8_t b,
+                         Weights<F, KR, KG, KB> w) {
+    static_assert(KR > 0 || KB > 0);
     uint16x8_t sum;
-    if constexpr (K1 == 0) {
-      sum = vmull_u8(p.first, d.k0);
-    } else if constexpr (K0 == 0) {
-      sum = vmull_u8(p.second, d.k1);
+    if constexpr (KR > 0) {
+      sum = accumulate<KB>(vmull_u8(r, w.r), b, w.b);
     } else {
-      sum = vmlal_u8(vmull_u8(p.first, d.k0), p.second, d.k1);
+      sum = accumulate<KR>(vmull_u8(b, w.b), r, w.r);
     }
-    return K0 < 0 || K1 < 0 ? vsubq_s16(d.bias, as_signed(sum))
-                            : vaddq_s16(d.bias, as_signed(sum));
+    return vaddhn_u16(accumulate<KG>(sum, g, w.g), w.bias);
   }
-  template <int K0, int K1>
-  LOX_OP W16 dot(Pairs p, const Dot<K0, K1> &d) {
-    const int16x8_t v = dot_pairs(p, d);
-    return {v, v};
-  }
-  template <int K0, int K1>
-  LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
-    return {dot_pairs(p.even, d), dot_pairs(p.odd, d)};
-  }
-  // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
-  template <int I, int K>
-  LOX_OP HalfDot<I, K> make_half_dot(int bias) {
-    return {
-        keep(vdup_n_u8(K >> 1)),
-        keep(vdupq_n_u16(static_cast<uint16_t>(bias - 128 * (K >> 1) - 64)))};
-  }
-  template <int I, int K>
-  LOX_OP int16x8_t half_dot_pairs(Pairs p, const HalfDot<I, K> &d) {
-    const uint8x8_t x = I == 0 ? p.first : p.second;
-    return as_signed(vmlal_u8(vaddw_u8(d.bias, vshr_n_u8(x, 1)), x, d.k));
-  }
-  template <int I, int K>
-  LOX_OP W16 half_dot(Pairs p, const HalfDot<I, K> &d) {
-    const int16x8_t v = half_dot_pairs(p, d);
-    return {v, v};
-  }
-  template <int I, int K>
-  LOX_OP W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
-    return {half_dot_pairs(p.even, d), half_dot_pairs(p.odd, d)};
+  template <PixelFormat F, int KR, int KG, int KB>
+  LOX_OP Bytes weigh(const Pixels<F> &p, Weights<F, KR, KG, KB> w) {
+    return {vcombine_u8(
+        weigh(vget_low_u8(p.r), vget_low_u8(p.g), vget_low_u8(p.b), w),
+        weigh(vget_high_u8(p.r), vget_high_u8(p.g), vget_high_u8(p.b), w))};
   }
 
-  LOX_OP Factor make_factor(int k) {
-    return {keep(vdup_n_u8(static_cast<uint8_t>(k)))};
+  template <PixelFormat F>
+  struct EvenPairs {
+    uint8x8_t first, second;
+  };
+  LOX_OP uint8x8_t even(uint8x16_t v) {
+    return vmovn_u16(vreinterpretq_u16_u8(v));
   }
-  LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
-    const uint16x8_t even = keep(vmull_u8(v.even, k.k));
-    const uint16x8_t odd = keep(vmull_u8(v.odd, k.k));
-    whole = {as_signed(even), as_signed(odd)};
-    half = {as_signed(keep(vshrq_n_u16(even, 1))),
-            as_signed(keep(vshrq_n_u16(odd, 1)))};
+  template <PixelFormat F, class W0, class W1>
+  LOX_OP EvenPairs<F> weigh_even(const Pixels<F> &p, W0 first, W1 second) {
+    const uint8x8_t r = even(p.r);
+    const uint8x8_t g = even(p.g);
+    const uint8x8_t b = even(p.b);
+    return {weigh(r, g, b, first), weigh(r, g, b, second)};
   }
-  LOX_OP W16 add(W16 x, W16 y) {
-    return {vaddq_s16(x.even, y.even), vaddq_s16(x.odd, y.odd)};
+  template <PixelFormat F>
+  LOX_OP void store_pairs(uint8_t *p, EvenPairs<F> v) {
+    const uint8x8x2_t pairs = {{v.first, v.second}};
+    vst2_u8(p, pairs);
   }
-  LOX_OP W16 add_saturate(W16 x, W16 y) {
-    return {vqaddq_s16(x.even, y.even), vqaddq_s16(x.odd, y.odd)};
-  }
-  // The narrowed byte in the high half of each lane.
-  template <int S>
-  LOX_OP uint16x8_t narrow_high(int16x8_t v) {
-    return vqshluq_n_s16(v, 8 - S);
-  }
-  template <int S>
-  LOX_OP Bytes narrow(W16 v) {
-    return {vreinterpretq_u8_u16(
-        vsriq_n_u16(narrow_high<S>(v.odd), narrow_high<S>(v.even), 8))};
-  }
-  template <int S0, int S1>
-  LOX_OP Words join(W16 low, W16 high) {
-    return {narrow<S0>(low).v, narrow<S1>(high).v};
-  }
-  template <int S>
-  LOX_OP Words join_high_255(W16 low) {
-    return {narrow<S>(low).v, vdupq_n_u8(255)};
-  }
-  template <int S>
-  LOX_OP Words join_low_255(W16 high) {
-    return {vdupq_n_u8(255), narrow<S>(high).v};
-  }
-  template <int S0, int S1, int S2>
-  LOX_OP int16x8_t pack565(int16x8_t high, int16x8_t mid, int16x8_t low) {
-    return as_signed(
-        vsriq_n_u16(vsriq_n_u16(narrow_high<S0>(high), narrow_high<S1>(mid), 5),
-                    narrow_high<S2>(low), 11));
-  }
-  template <int S0, int S1, int S2>
-  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
-    return {pack565<S0, S1, S2>(high.even, mid.even, low.even),
-            pack565<S0, S1, S2>(high.odd, mid.odd, low.odd)};
+  template <PixelFormat F>
+  LOX_OP void store_rows(uint8_t *first, uint8_t *second, EvenPairs<F> v) {
+    const uint8x8_t a = v.first;
+    const uint8x8_t b = v.second;
+    vst1_u8(first, a);
+    vst1_u8(second, b);
   }
 
-  // The stores are macros with some compilers and want their vectors named.
-  LOX_OP void store_bytes(uint8_t *p, Bytes v) { vst1q_u8(p, v.v); }
-  template <bool>
-  LOX_OP void store16(uint8_t *p, W16 v) {
-    const uint16x8x2_t words = {{as_unsigned(v.even), as_unsigned(v.odd)}};
-    vst2q_u16(reinterpret_cast<uint16_t *>(p), words);
+  // Of channels in the high bytes of the lanes; what is below does not matter.
+  LOX_OP int16x8_t to_565(uint16x8_t r, uint16x8_t g, uint16x8_t b) {
+    return as_signed(vsriq_n_u16(vsriq_n_u16(r, g, 5), b, 11));
   }
-  template <bool>
-  LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
-    const uint8x16x3_t pixels = {{a.v, b.v, c.v}};
-    vst3q_u8(p, pixels);
+  template <PixelFormat F>
+  LOX_OP W16 to_565(const Pixels<F> &p) {
+    const uint16x8_t r = vreinterpretq_u16_u8(p.r);
+    const uint16x8_t g = vreinterpretq_u16_u8(p.g);
+    const uint16x8_t b = vreinterpretq_u16_u8(p.b);
+    return {to_565(vshlq_n_u16(r, 8), vshlq_n_u16(g, 8), vshlq_n_u16(b, 8)),
+            to_565(r, g, b)};
   }
-  template <bool>
-  LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
-    const uint8x16x4_t pixels = {{ab.low, ab.high, cd.low, cd.high}};
+  template <PixelFormat F>
+  LOX_OP void store_rgba(uint8_t *p, const Pixels<F> &v) {
+    const uint8x16x4_t pixels = {{v.r, v.g, v.b, vdupq_n_u8(255)}};
     vst4q_u8(p, pixels);
   }
-  LOX_OP void end_stream() {}
+
+  struct TwoBytes {
+    Bytes even, odd;
+  };
+  LOX_OP TwoBytes load_unzip(const uint8_t *p) {
+    const uint8x16x2_t v = vld2q_u8(p);
+    return {{v.val[0]}, {v.val[1]}};
+  }
+  LOX_OP TwoBytes unzip(Bytes a, Bytes b) {
+    const uint8x16x2_t v = vuzpq_u8(a.v, b.v);
+    return {{v.val[0]}, {v.val[1]}};
+  }
+  LOX_OP void store_zip(uint8_t *p, Bytes even, Bytes odd) {
+    const uint8x16x2_t v = {{even.v, odd.v}};
+    vst2q_u8(p, v);
+  }
+  LOX_OP Bytes swap_pairs(Bytes v) { return {vrev16q_u8(v.v)}; }
+  LOX_OP Bytes average_down(Bytes a, Bytes b) { return {vhaddq_u8(a.v, b.v)}; }
+  LOX_OP Bytes load_words_by_4(const uint8_t *p) {
+    const uint8x16x2_t v = vld2q_u8(p);
+    return {vsliq_n_u8(vshrq_n_u8(v.val[0], 2), v.val[1], 6)};
+  }
 };
 
 }  // namespace lox::LOX_SET

@@ -1,257 +1,169 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What every operation of the vector layer means, lane by lane: the contract
-// that the other backends are tested against. Lanes wrap around like unsigned
-// numbers of their width unless an operation says that it saturates.
+// What every operation of the vector layer means, lane by lane, continued: the
+// operations from RGB and those that move bytes.
 #pragma once
 
-#include <stdint.h>
-
-#include "simd/order.h"
+#include "simd/simd_scalar_yuv.h"
 
 namespace lox {
 
 template <int kPixels>
-struct ScalarLanes {
-  static constexpr int n = kPixels;  // pixels in a step
-  // What a streaming store wants its address to be a multiple of; 0 where
-  // there are none.
-  static constexpr int kStreamAlignment = 0;
+struct ScalarLanes : ScalarYuv<kPixels> {
+  using Yuv = ScalarYuv<kPixels>;
+  using typename Yuv::Bytes;
+  using typename Yuv::W16;
+  using Yuv::n;
+  using Yuv::store_bytes;
+  using Yuv::wrap;
 
-  // A byte for each pixel, as loaded and as narrowed.
-  struct U8 {
-    uint8_t at[n];
-  };
-  struct Bytes {
-    uint8_t at[n];
-  };
-  // 16 bits for each pixel; two bytes for each pixel.
-  struct W16 {
-    int16_t at[n];
-  };
-  struct Words {
-    uint8_t low[n], high[n];
-  };
-  // Two bytes, each less 128, for two pixels that share them; for each pixel.
-  struct Pairs {
-    int16_t first[n / 2], second[n / 2];
-  };
-  struct WPairs {
-    int16_t first[n], second[n];
-  };
-  // Constants are made before the loop: of scale, dot and half_dot.
-  struct Factor {
-    uint8_t k;
-  };
-  template <int K0, int K1>
-  struct Dot {
-    int16_t bias;
-  };
-  template <int I, int K>
-  struct HalfDot {
-    int16_t bias;
-  };
+  // --- from RGB -------------------------------------------------------------
 
-  static int16_t wrap(int v) {
-    return static_cast<int16_t>(static_cast<uint16_t>(v));
+  // n pixels; five- and six-bit channels are shifted up, zeros below.
+  template <PixelFormat F>
+  struct Pixels {
+    uint8_t r[n], g[n], b[n];
+  };
+  template <PixelFormat F>
+  static Pixels<F> load_pixels(const uint8_t *p) {
+    Pixels<F> v;
+    for (int i = 0; i < n; ++i, p += F.bytes) {
+      if constexpr (F.bytes == 2) {
+        const uint8_t high = p[1] & 0xF8;
+        const uint8_t low = static_cast<uint8_t>(p[0] << 3);
+        v.r[i] = F.r == 1 ? high : low;
+        v.g[i] = static_cast<uint8_t>(p[1] << 5 | (p[0] >> 3 & 0x1C));
+        v.b[i] = F.b == 1 ? high : low;
+      } else {
+        v.r[i] = p[F.r];
+        v.g[i] = p[F.g];
+        v.b[i] = p[F.b];
+      }
+    }
+    return v;
   }
-  static uint8_t clamp_to_byte(int v) {
-    return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
+  // The high byte of KR r + KG g + KB b + bias, 16 bits wide. Factors above 127
+  // only where none is negative; the sum without the bias lies within -32768
+  // .. 32767 or, with 128 less in each channel, does.
+  template <PixelFormat F, int KR, int KG, int KB>
+  struct Weights {
+    int bias;
+  };
+  template <PixelFormat F, int KR, int KG, int KB>
+  static Weights<F, KR, KG, KB> make_weights(int bias) {
+    return {bias};
   }
-
-  static W16 fill(int k) {
-    W16 r;
-    for (int16_t &w : r.at) w = wrap(k);
-    return r;
+  template <PixelFormat F, int KR, int KG, int KB>
+  static uint8_t weigh_pixel(const Pixels<F> &v, int i,
+                             Weights<F, KR, KG, KB> w) {
+    const int sum = KR * v.r[i] + KG * v.g[i] + KB * v.b[i] + w.bias;
+    return static_cast<uint8_t>(static_cast<uint16_t>(sum) >> 8);
   }
-
-  // n bytes.
-  template <Order>
-  static U8 load(const uint8_t *p) {
-    U8 r;
-    for (int i = 0; i < n; ++i) r.at[i] = p[i];
-    return r;
-  }
-  static Bytes load_bytes(const uint8_t *p) {
+  template <PixelFormat F, int KR, int KG, int KB>
+  static Bytes weigh(const Pixels<F> &v, Weights<F, KR, KG, KB> w) {
     Bytes r;
-    for (int i = 0; i < n; ++i) r.at[i] = p[i];
+    for (int i = 0; i < n; ++i) r.at[i] = weigh_pixel(v, i, w);
     return r;
   }
-  // n / 2 interleaved pairs.
-  template <Order>
-  static Pairs load_pairs(const uint8_t *p) {
-    Pairs r;
+  // Two such sums for each even pixel, stored as pairs or in two rows. No
+  // factor above 127.
+  template <PixelFormat F>
+  struct EvenPairs {
+    uint8_t first[n / 2], second[n / 2];
+  };
+  template <PixelFormat F, class W0, class W1>
+  static EvenPairs<F> weigh_even(const Pixels<F> &v, W0 first, W1 second) {
+    EvenPairs<F> r;
     for (int i = 0; i < n / 2; ++i) {
-      r.first[i] = wrap(p[2 * i] - 128);
-      r.second[i] = wrap(p[2 * i + 1] - 128);
+      r.first[i] = weigh_pixel(v, 2 * i, first);
+      r.second[i] = weigh_pixel(v, 2 * i, second);
     }
     return r;
   }
-  // n / 2 pairs from two rows of n / 2 bytes.
-  template <Order>
-  static Pairs load_zip(const uint8_t *first, const uint8_t *second) {
-    Pairs r;
+  template <PixelFormat F>
+  static void store_pairs(uint8_t *p, const EvenPairs<F> &a) {
     for (int i = 0; i < n / 2; ++i) {
-      r.first[i] = wrap(first[i] - 128);
-      r.second[i] = wrap(second[i] - 128);
+      p[2 * i] = a.first[i];
+      p[2 * i + 1] = a.second[i];
     }
-    return r;
   }
-  // n pairs from two rows of n bytes.
-  template <Order>
-  static WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
-    WPairs r;
+  template <PixelFormat F>
+  static void store_rows(uint8_t *first, uint8_t *second,
+                         const EvenPairs<F> &a) {
+    for (int i = 0; i < n / 2; ++i) {
+      first[i] = a.first[i];
+      second[i] = a.second[i];
+    }
+  }
+  // The top 5, 6 and 5 bits, red on top, for store16.
+  template <PixelFormat F>
+  static W16 to_565(const Pixels<F> &v) {
+    W16 r;
     for (int i = 0; i < n; ++i) {
-      r.first[i] = wrap(first[i] - 128);
-      r.second[i] = wrap(second[i] - 128);
+      r.at[i] = wrap(v.r[i] >> 3 << 11 | v.g[i] >> 2 << 5 | v.b[i] >> 3);
     }
     return r;
   }
-  // n pixels of packed 4:2:2 from 2n bytes: the luma is every second byte, the
-  // pairs are the others. kLuma is the place of the first luma byte, 0 or 1.
-  template <Order, int kLuma>
-  static void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
-    for (int i = 0; i < n; ++i) luma.at[i] = p[2 * i + kLuma];
-    for (int i = 0; i < n / 2; ++i) {
-      pairs.first[i] = wrap(p[4 * i + 1 - kLuma] - 128);
-      pairs.second[i] = wrap(p[4 * i + 3 - kLuma] - 128);
+  // n groups of r, g, b, 255, of pixels of two bytes.
+  template <PixelFormat F>
+  static void store_rgba(uint8_t *p, const Pixels<F> &v) {
+    for (int i = 0; i < n; ++i) {
+      p[4 * i] = v.r[i];
+      p[4 * i + 1] = v.g[i];
+      p[4 * i + 2] = v.b[i];
+      p[4 * i + 3] = 255;
     }
   }
 
-  // K0 * first + K1 * second + bias; |K| at most 255, of one sign, and the sum
-  // of the products within 16 bits.
-  template <int K0, int K1>
-  static Dot<K0, K1> make_dot(int bias) {
-    return {wrap(bias)};
-  }
-  template <int K0, int K1>
-  static W16 dot(const Pairs &p, const Dot<K0, K1> &d) {
-    W16 r;
-    for (int i = 0; i < n; ++i) {
-      r.at[i] = wrap(K0 * p.first[i / 2] + K1 * p.second[i / 2] + d.bias);
-    }
-    return r;
-  }
-  template <int K0, int K1>
-  static W16 dot(const WPairs &p, const Dot<K0, K1> &d) {
-    W16 r;
-    for (int i = 0; i < n; ++i) {
-      r.at[i] = wrap(K0 * p.first[i] + K1 * p.second[i] + d.bias);
-    }
-    return r;
-  }
-  // K * x / 2, rounded down, + bias; x the first (I = 0) or second of the pair,
-  // K odd and at most 511.
-  template <int I, int K>
-  static HalfDot<I, K> make_half_dot(int bias) {
-    return {wrap(bias)};
-  }
-  template <int I, int K>
-  static W16 half_dot(const Pairs &p, const HalfDot<I, K> &d) {
-    W16 r;
-    for (int i = 0; i < n; ++i) {
-      const int x = I == 0 ? p.first[i / 2] : p.second[i / 2];
-      r.at[i] = wrap(((K * x) >> 1) + d.bias);
-    }
-    return r;
-  }
-  template <int I, int K>
-  static W16 half_dot(const WPairs &p, const HalfDot<I, K> &d) {
-    W16 r;
-    for (int i = 0; i < n; ++i) {
-      const int x = I == 0 ? p.first[i] : p.second[i];
-      r.at[i] = wrap(((K * x) >> 1) + d.bias);
-    }
-    return r;
-  }
+  // --- bytes apart and together ---------------------------------------------
 
-  // k * a, and half of it rounded down.
-  static Factor make_factor(int k) { return {static_cast<uint8_t>(k)}; }
-  static void scale(const U8 &a, Factor k, W16 &whole, W16 &half) {
+  struct TwoBytes {
+    Bytes even, odd;
+  };
+  // 2n bytes, and the bytes of two vectors, the even and the odd ones apart.
+  static TwoBytes load_unzip(const uint8_t *p) {
+    TwoBytes r;
     for (int i = 0; i < n; ++i) {
-      whole.at[i] = wrap(k.k * a.at[i]);
-      half.at[i] = wrap(k.k * a.at[i] >> 1);
+      r.even.at[i] = p[2 * i];
+      r.odd.at[i] = p[2 * i + 1];
+    }
+    return r;
+  }
+  static TwoBytes unzip(const Bytes &a, const Bytes &b) {
+    uint8_t both[2 * n];
+    store_bytes(both, a);
+    store_bytes(both + n, b);
+    return load_unzip(both);
+  }
+  static void store_zip(uint8_t *p, const Bytes &even, const Bytes &odd) {
+    for (int i = 0; i < n; ++i) {
+      p[2 * i] = even.at[i];
+      p[2 * i + 1] = odd.at[i];
     }
   }
-  static W16 add(W16 a, const W16 &b) {
-    for (int i = 0; i < n; ++i) a.at[i] = wrap(a.at[i] + b.at[i]);
-    return a;
-  }
-  static W16 add_saturate(W16 a, const W16 &b) {
-    for (int i = 0; i < n; ++i) {
-      const int sum = a.at[i] + b.at[i];
-      a.at[i] = wrap(sum < -32768 ? -32768 : sum > 32767 ? 32767 : sum);
+  static Bytes swap_pairs(Bytes a) {
+    for (int i = 0; i < n; i += 2) {
+      const uint8_t first = a.at[i];
+      a.at[i] = a.at[i + 1];
+      a.at[i + 1] = first;
     }
     return a;
   }
-  // clamp(a >> S, 0, 255), the shift arithmetic; S is 6 or 7 here and below.
-  template <int S>
-  static Bytes narrow(const W16 &a) {
+  // (a + b) >> 1.
+  static Bytes average_down(Bytes a, const Bytes &b) {
+    for (int i = 0; i < n; ++i) {
+      a.at[i] = static_cast<uint8_t>((a.at[i] + b.at[i]) >> 1);
+    }
+    return a;
+  }
+  // n little-endian words shifted right by 2, the low bytes of them.
+  static Bytes load_words_by_4(const uint8_t *p) {
     Bytes r;
-    for (int i = 0; i < n; ++i) r.at[i] = clamp_to_byte(a.at[i] >> S);
-    return r;
-  }
-  // Two narrowed lanes side by side, or one beside 255.
-  template <int S0, int S1>
-  static Words join(const W16 &low, const W16 &high) {
-    Words r;
     for (int i = 0; i < n; ++i) {
-      r.low[i] = clamp_to_byte(low.at[i] >> S0);
-      r.high[i] = clamp_to_byte(high.at[i] >> S1);
+      r.at[i] = static_cast<uint8_t>(p[2 * i] >> 2 | p[2 * i + 1] << 6);
     }
     return r;
   }
-  template <int S>
-  static Words join_high_255(const W16 &low) {
-    return join<S, 0>(low, fill(255));
-  }
-  template <int S>
-  static Words join_low_255(const W16 &high) {
-    return join<0, S>(fill(255), high);
-  }
-  // The top 5, 6 and 5 bits of three narrowed lanes.
-  template <int S0, int S1, int S2>
-  static W16 pack565(const W16 &high, const W16 &mid, const W16 &low) {
-    W16 r;
-    for (int i = 0; i < n; ++i) {
-      r.at[i] = wrap(clamp_to_byte(high.at[i] >> S0) >> 3 << 11 |
-                     clamp_to_byte(mid.at[i] >> S1) >> 2 << 5 |
-                     clamp_to_byte(low.at[i] >> S2) >> 3);
-    }
-    return r;
-  }
-
-  // n bytes; n words; n groups of three bytes; n groups of four. A streaming
-  // store goes past the caches; end_stream() makes them all visible.
-  static void store_bytes(uint8_t *p, const Bytes &a) {
-    for (int i = 0; i < n; ++i) p[i] = a.at[i];
-  }
-  template <bool kStream>
-  static void store16(uint8_t *p, const W16 &a) {
-    for (int i = 0; i < n; ++i) {
-      p[2 * i] = static_cast<uint8_t>(a.at[i]);
-      p[2 * i + 1] = static_cast<uint8_t>(a.at[i] >> 8);
-    }
-  }
-  template <bool kStream>
-  static void store3(uint8_t *p, const Bytes &a, const Bytes &b,
-                     const Bytes &c) {
-    for (int i = 0; i < n; ++i) {
-      p[3 * i] = a.at[i];
-      p[3 * i + 1] = b.at[i];
-      p[3 * i + 2] = c.at[i];
-    }
-  }
-  template <bool kStream>
-  static void store4(uint8_t *p, const Words &ab, const Words &cd) {
-    for (int i = 0; i < n; ++i) {
-      p[4 * i] = ab.low[i];
-      p[4 * i + 1] = ab.high[i];
-      p[4 * i + 2] = cd.low[i];
-      p[4 * i + 3] = cd.high[i];
-    }
-  }
-  static void end_stream() {}
 };
 
 }  // namespace lox

@@ -50,7 +50,7 @@ struct Sse41Register {
   }
   template <int S>
   LOX_OP Reg narrowing_shift16(Reg v) {
-    return _mm_srai_epi16(v, S);
+    return S == 0 ? v : _mm_srai_epi16(v, S);
   }
   LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm_packus_epi16(a, b); }
   LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm_unpacklo_epi8(a, b); }
@@ -61,6 +61,42 @@ struct Sse41Register {
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm_blendv_epi8(a, b, mask);
+  }
+
+  LOX_OP Reg fill32(int k) { return _mm_set1_epi32(k); }
+  template <int S>
+  LOX_OP Reg shift_left32(Reg v) {
+    return _mm_slli_epi32(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right32(Reg v) {
+    return _mm_srli_epi32(v, S);
+  }
+  LOX_OP Reg sub8(Reg a, Reg b) { return _mm_sub_epi8(a, b); }
+  LOX_OP Reg average8(Reg a, Reg b) { return _mm_avg_epu8(a, b); }
+  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm_madd_epi16(a, b); }
+  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm_packs_epi32(a, b); }
+  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm_packus_epi32(a, b); }
+  // The even 32-bit lanes of a, then those of b.
+  LOX_OP Reg even32(Reg a, Reg b) {
+    return _mm_castps_si128(
+        _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0x88));
+  }
+  // 16 of the bytes of low and then high, from byte K on.
+  template <int K>
+  LOX_OP Reg bytes_from(Reg low, Reg high) {
+    return _mm_alignr_epi8(high, low, K);
+  }
+  // One half: nothing to put right.
+  LOX_OP Reg load_apart(const uint8_t *p, const uint8_t *) { return load(p); }
+  LOX_OP Reg order_words(Reg v) { return v; }
+  LOX_OP Reg order_dwords(Reg v) { return v; }
+  LOX_OP Reg order_quads(Reg v) { return v; }
+  LOX_OP Reg join_low_halves(Reg a, Reg) { return a; }
+  LOX_OP Reg join_high_halves(Reg, Reg b) { return b; }
+  LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
+    _mm_storel_epi64(reinterpret_cast<Reg *>(low), v);
+    _mm_storel_epi64(reinterpret_cast<Reg *>(high), _mm_unpackhi_epi64(v, v));
   }
 };
 
@@ -74,6 +110,15 @@ struct Sse41Lanes : X86Lanes<Sse41Register> {
   template <Order>
   LOX_OP Pairs load_pairs(const uint8_t *p) {
     return double_pairs(R::load(p));
+  }
+  template <Order>
+  LOX_OP U8 load_words(const uint8_t *p) {
+    const Reg high = R::fill16(0xFF00);
+    return {R::bit_and(R::load(p), high), R::bit_and(R::load(p + 16), high)};
+  }
+  template <Order>
+  LOX_OP Pairs load_word_pairs(const uint8_t *p) {
+    return double_pairs(pack_high_bytes(R::load(p), R::load(p + 16)));
   }
   LOX_OP __m128i load_8(const uint8_t *p) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(p));

@@ -1,212 +1,237 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the vector layer's x86 backends share: everything that works inside the
-// 128-bit halves of a register. A backend gives the operations on one register
-// (R) and adds the loads, which decide where pixels lie, and store3.
+// The x86 backends' operations from RGB, and those that move bytes. Packing
+// works inside 128-bit halves, which leaves what is packed in an order that
+// depends on how it was loaded; R::order_* puts it right, on AVX2 alone.
 #pragma once
 
-#include <immintrin.h>
-#include <stdint.h>
-
-#include "simd/order.h"
+#include "simd/simd_x86_yuv.h"
 
 namespace lox::LOX_SET {
 
 template <class R>
-struct X86Lanes {
-  using Reg = typename R::Reg;
-  // A step is two registers of 16-bit lanes.
-  static constexpr int n = static_cast<int>(sizeof(Reg));
-  static constexpr int kStreamAlignment = n;
+struct X86Lanes : X86Yuv<R> {
+  using Yuv = X86Yuv<R>;
+  using typename Yuv::Bytes;
+  using typename Yuv::Reg;
+  using typename Yuv::W16;
+  using Yuv::n;
 
-  struct W16 {
-    Reg a, b;
+  // Pixels of four bytes as they are in memory, n / 4 in a register; those of
+  // three bytes with a zero behind, in an order that packing makes right; those
+  // of two bytes as they are, n / 2 in a register.
+  template <PixelFormat F>
+  struct Pixels {
+    Reg v[F.bytes == 2 ? 2 : 4];
   };
-  // Each byte in the high half of its pixel's lane.
-  struct U8 {
-    Reg a, b;
-  };
-  struct Words {
-    Reg a, b;
-  };
-  struct Bytes {
-    Reg v;
-  };
-  // The pair of each pixel in its lane, as signed bytes.
-  struct WPairs {
-    Reg a, b;
-  };
-  using Pairs = WPairs;
-  struct Factor {
-    Reg whole, half;
-  };
-  template <int K0, int K1>
-  struct Dot {
-    Reg k, bias;
-  };
-  template <int I, int K>
-  struct HalfDot {
-    Reg k, bias;
-  };
-
-  LOX_OP W16 fill(int k) { return {R::fill16(k), R::fill16(k)}; }
-  LOX_OP Bytes load_bytes(const uint8_t *p) { return {R::load(p)}; }
-
-  // The parts of the loads.
-  LOX_OP Reg less_128(Reg v) { return R::exclusive_or(v, R::fill16(0x8080)); }
-  LOX_OP U8 widen(Reg v) {
-    return {R::unpack_low8(R::zero(), v), R::unpack_high8(R::zero(), v)};
-  }
-  LOX_OP WPairs zip(Reg first, Reg second) {
-    first = less_128(first);
-    second = less_128(second);
-    return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
-  }
-  LOX_OP Pairs double_pairs(Reg v) {
-    v = less_128(v);
-    return {R::unpack_low16(v, v), R::unpack_high16(v, v)};
-  }
-  template <int kLuma>
-  LOX_OP void split_422(Reg a, Reg b, U8 &luma, Pairs &pairs) {
-    constexpr char c0 = 1 - kLuma;
-    constexpr char c1 = 3 - kLuma;
-    const Reg pick = R::in_halves(_mm_setr_epi8(
-        c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
-        c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12));
-    pairs = {less_128(R::shuffle8(a, pick)), less_128(R::shuffle8(b, pick))};
-    if constexpr (kLuma == 0) {
-      luma = {R::template shift_left16<8>(a), R::template shift_left16<8>(b)};
+  template <PixelFormat F>
+  LOX_OP Pixels<F> load_pixels(const uint8_t *p) {
+    if constexpr (F.bytes == 4) {
+      return {
+          {R::load(p), R::load(p + n), R::load(p + 2 * n), R::load(p + 3 * n)}};
+    } else if constexpr (F.bytes == 3) {
+      const Reg v0 = R::load_apart(p, p + 48);
+      const Reg v1 = R::load_apart(p + 16, p + 64);
+      const Reg v2 = R::load_apart(p + 32, p + 80);
+      const Reg spread = R::in_halves(
+          _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1));
+      const Reg last = R::in_halves(_mm_setr_epi8(4, 5, 6, -1, 7, 8, 9, -1, 10,
+                                                  11, 12, -1, 13, 14, 15, -1));
+      return {{R::shuffle8(v0, spread),
+               R::shuffle8(R::template bytes_from<12>(v0, v1), spread),
+               R::shuffle8(R::template bytes_from<8>(v1, v2), spread),
+               R::shuffle8(v2, last)}};
     } else {
-      luma = {R::bit_and(a, R::fill16(0xFF00)),
-              R::bit_and(b, R::fill16(0xFF00))};
+      return {{R::load(p), R::load(p + n)}};
     }
   }
 
-  template <int K0, int K1>
-  LOX_OP Dot<K0, K1> make_dot(int bias) {
-    static_assert((K0 >= 0 && K1 >= 0) || (K0 <= 0 && K1 <= 0));
-    constexpr int k0 = K0 < 0 ? -K0 : K0;
-    constexpr int k1 = K1 < 0 ? -K1 : K1;
-    return {R::fill16(k1 << 8 | k0), R::fill16(bias)};
-  }
-  template <int K0, int K1>
-  LOX_OP Reg dot(Reg p, const Dot<K0, K1> &d) {
-    const Reg sum = R::multiply_add8(d.k, p);
-    return K0 < 0 || K1 < 0 ? R::sub16(d.bias, sum) : R::add16(d.bias, sum);
-  }
-  template <int K0, int K1>
-  LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
-    return {dot(p.a, d), dot(p.b, d)};
-  }
-  // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
-  template <int I, int K>
-  LOX_OP HalfDot<I, K> make_half_dot(int bias) {
-    return {R::fill16((K >> 1) << 8 * I), R::fill16(bias)};
-  }
-  template <int I, int K>
-  LOX_OP Reg half_dot(Reg p, const HalfDot<I, K> &d) {
-    const Reg high = I == 1 ? p : R::template shift_left16<8>(p);
-    return R::add16(R::add16(R::multiply_add8(d.k, p), d.bias),
-                    R::template shift_right_signed16<9>(high));
-  }
-  template <int I, int K>
-  LOX_OP W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
-    return {half_dot(p.a, d), half_dot(p.b, d)};
-  }
+  // Factors by place in memory. One operand of a product of bytes is signed:
+  // the factors, or with factors above 127 the pixels, less 128.
+  template <PixelFormat F, int KR, int KG, int KB>
+  struct Weights {
+    static constexpr bool kLarge = KR > 127 || KG > 127 || KB > 127;
+    Reg bias;
 
-  LOX_OP Factor make_factor(int k) {
-    return {R::fill16(k << 8), R::fill16(k << 7)};
-  }
-  LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
-    whole = {R::multiply_high16(v.a, k.whole),
-             R::multiply_high16(v.b, k.whole)};
-    half = {R::multiply_high16(v.a, k.half), R::multiply_high16(v.b, k.half)};
-  }
-  LOX_OP W16 add(W16 x, W16 y) {
-    return {R::add16(x.a, y.a), R::add16(x.b, y.b)};
-  }
-  LOX_OP W16 add_saturate(W16 x, W16 y) {
-    return {R::add_saturate16(x.a, y.a), R::add_saturate16(x.b, y.b)};
-  }
+    LOX_OP constexpr int byte(int k, int place) {
+      return static_cast<int>(static_cast<unsigned>(k & 255) << 8 * place);
+    }
+    // Of pixels of two bytes, green and the channel on top; and the last.
+    static constexpr int kTop = F.r == 1 ? KR : KB;
+    static constexpr int kLast = F.r == 1 ? KB : KR;
+    static_assert(F.bytes != 2 || kLast <= 127);
 
-  template <int S>
-  LOX_OP Bytes narrow(W16 v) {
-    return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
-                               R::template narrowing_shift16<S>(v.b))};
-  }
-  LOX_OP Words join_bytes(Reg low, Reg high) {
-    return {R::unpack_low8(low, high), R::unpack_high8(low, high)};
-  }
-  template <int S0, int S1>
-  LOX_OP Words join(W16 low, W16 high) {
-    return join_bytes(narrow<S0>(low).v, narrow<S1>(high).v);
-  }
-  template <int S>
-  LOX_OP Words join_high_255(W16 low) {
-    return join_bytes(narrow<S>(low).v, R::fill16(0xFFFF));
-  }
-  template <int S>
-  LOX_OP Words join_low_255(W16 high) {
-    return join_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
-  }
-  // In bytes, which are half as many registers as words.
-  template <int S0, int S1, int S2>
-  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
-    const Reg h = narrow<S0>(high).v;
-    const Reg m = narrow<S1>(mid).v;
-    const Reg l = narrow<S2>(low).v;
-    const Reg top5 = R::fill16(0xF8F8);
-    const Reg top3 = R::fill16(0xE0E0);
-    const Reg second =
-        R::bit_or(R::bit_and(top5, h),
-                  R::bit_and_not(top5, R::template shift_right16<5>(m)));
-    const Reg first =
-        R::bit_or(R::bit_and(top3, R::template shift_left16<3>(m)),
-                  R::bit_and_not(top3, R::template shift_right16<3>(l)));
-    return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
-  }
+    LOX_OP Reg all() {
+      return R::fill32(byte(KR, F.r) | byte(KG, F.g) | byte(KB, F.b));
+    }
+    LOX_OP Reg top_and_green() {
+      return R::fill16(byte(kTop, 1) | byte(KG, 0));
+    }
+    LOX_OP Reg last() { return R::fill16(byte(kLast, 0)); }
 
-  LOX_OP void store_bytes(uint8_t *p, Bytes v) {
-    R::template store<false>(p, v.v);
-  }
-  template <bool kStream>
-  LOX_OP void store16(uint8_t *p, W16 v) {
-    R::template store<kStream>(p, v.a);
-    R::template store<kStream>(p + n, v.b);
-  }
-  template <bool kStream>
-  LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
-    R::template store<kStream>(p, R::unpack_low16(ab.a, cd.a));
-    R::template store<kStream>(p + n, R::unpack_high16(ab.a, cd.a));
-    R::template store<kStream>(p + 2 * n, R::unpack_low16(ab.b, cd.b));
-    R::template store<kStream>(p + 3 * n, R::unpack_high16(ab.b, cd.b));
-  }
-  LOX_OP void end_stream() { _mm_sfence(); }
-
-  // The body of store3, within halves: each source byte has a place of its
-  // own, modulo 16, among the three output registers. One shuffle puts it
-  // there, two selections a register gather the channels.
-  struct Three {
-    Reg v0, v1, v2;
+    LOX_OP Reg products(Reg pixels, Reg factors) {
+      if constexpr (kLarge) {
+        return R::multiply_add8(factors, Yuv::less_128(pixels));
+      } else {
+        return R::multiply_add8(pixels, factors);
+      }
+    }
   };
-  LOX_OP Three interleave3(Reg a, Reg b, Reg c) {
-    const Reg x =
-        R::shuffle8(a, R::in_halves(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8,
-                                                  3, 14, 9, 4, 15, 10, 5)));
-    const Reg y =
-        R::shuffle8(b, R::in_halves(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13,
-                                                  8, 3, 14, 9, 4, 15, 10)));
-    const Reg z =
-        R::shuffle8(c, R::in_halves(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2,
-                                                  13, 8, 3, 14, 9, 4, 15)));
-    // Bytes whose place is 1, and 2, modulo 3.
-    const Reg one = R::in_halves(
-        _mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0));
-    const Reg two = R::in_halves(
-        _mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0));
-    return {R::select8(R::select8(x, y, one), z, two),
-            R::select8(R::select8(y, z, one), x, two),
-            R::select8(R::select8(z, x, one), y, two)};
+  template <PixelFormat F, int KR, int KG, int KB>
+  LOX_OP Weights<F, KR, KG, KB> make_weights(int bias) {
+    using W = Weights<F, KR, KG, KB>;
+    constexpr int kTaken = F.bytes == 2 ? KG + W::kTop : KR + KG + KB;
+    return {R::fill16(bias + (W::kLarge ? 128 * kTaken : 0))};
+  }
+  // The biased sums of the pixels of two registers of 32-bit lanes, or of one
+  // of 16-bit lanes.
+  template <class W>
+  LOX_OP Reg sums(Reg a, Reg b, W w) {
+    const Reg one = R::fill16(1);
+    return R::add16(
+        R::pack_signed32(R::multiply_add16(W::products(a, W::all()), one),
+                         R::multiply_add16(W::products(b, W::all()), one)),
+        w.bias);
+  }
+  struct Fields {
+    Reg top_and_green, last;
+  };
+  LOX_OP Fields fields(Reg words) {
+    return {R::bit_or(R::bit_and(words, R::fill16(0xF800)),
+                      R::bit_and(R::template shift_right16<3>(words),
+                                 R::fill16(0x00FC))),
+            R::bit_and(R::template shift_left16<3>(words), R::fill16(0x00F8))};
+  }
+  template <class W>
+  LOX_OP Reg sums(Fields f, W w) {
+    return R::add16(
+        R::add16(W::products(f.top_and_green, W::top_and_green()), w.bias),
+        R::multiply_add8(f.last, W::last()));
+  }
+  template <PixelFormat F>
+  LOX_OP Reg in_order(Reg packed) {
+    return F.bytes == 4   ? R::order_dwords(packed)
+           : F.bytes == 3 ? packed
+                          : R::order_quads(packed);
+  }
+  LOX_OP Reg pack_high_bytes(Reg a, Reg b) {
+    return R::pack_unsigned16(R::template shift_right16<8>(a),
+                              R::template shift_right16<8>(b));
+  }
+  template <PixelFormat F, int KR, int KG, int KB>
+  LOX_OP Bytes weigh(const Pixels<F> &p, Weights<F, KR, KG, KB> w) {
+    if constexpr (F.bytes == 2) {
+      return {in_order<F>(
+          pack_high_bytes(sums(fields(p.v[0]), w), sums(fields(p.v[1]), w)))};
+    } else {
+      return {in_order<F>(
+          pack_high_bytes(sums(p.v[0], p.v[1], w), sums(p.v[2], p.v[3], w)))};
+    }
+  }
+
+  // The sums in 16-bit lanes.
+  template <PixelFormat F>
+  struct EvenPairs {
+    Reg first, second;
+  };
+  template <PixelFormat F, class W0, class W1>
+  LOX_OP EvenPairs<F> weigh_even(const Pixels<F> &p, W0 first, W1 second) {
+    static_assert(!W0::kLarge && !W1::kLarge);
+    if constexpr (F.bytes == 2) {
+      const Reg low = R::fill32(0xFFFF);
+      const Fields f = fields(
+          R::pack_unsigned32(R::bit_and(p.v[0], low), R::bit_and(p.v[1], low)));
+      return {sums(f, first), sums(f, second)};
+    } else {
+      const Reg a = R::even32(p.v[0], p.v[1]);
+      const Reg b = R::even32(p.v[2], p.v[3]);
+      return {sums(a, b, first), sums(a, b, second)};
+    }
+  }
+  template <PixelFormat F>
+  LOX_OP void store_pairs(uint8_t *p, EvenPairs<F> v) {
+    R::template store<false>(
+        p, in_order<F>(R::bit_or(R::template shift_right16<8>(v.first),
+                                 R::bit_and(v.second, R::fill16(0xFF00)))));
+  }
+  template <PixelFormat F>
+  LOX_OP void store_rows(uint8_t *first, uint8_t *second, EvenPairs<F> v) {
+    const Reg both = pack_high_bytes(v.first, v.second);
+    R::store_halves(first, second,
+                    F.bytes == 4   ? R::order_words(both)
+                    : F.bytes == 3 ? R::order_quads(both)
+                                   : R::order_dwords(both));
+  }
+
+  LOX_OP Reg to_565(Reg rgb) {
+    return R::bit_or(
+        R::bit_or(
+            R::template shift_left32<8>(R::bit_and(rgb, R::fill32(0xF8))),
+            R::bit_and(R::template shift_right32<5>(rgb), R::fill32(0x7E0))),
+        R::bit_and(R::template shift_right32<19>(rgb), R::fill32(0x1F)));
+  }
+  template <PixelFormat F>
+  LOX_OP W16 to_565(const Pixels<F> &p) {
+    static_assert(F.bytes > 2 && F.r == 0 && F.g == 1 && F.b == 2);
+    const Reg a = R::pack_unsigned32(to_565(p.v[0]), to_565(p.v[1]));
+    const Reg b = R::pack_unsigned32(to_565(p.v[2]), to_565(p.v[3]));
+    if constexpr (F.bytes == 4) {
+      return {R::order_quads(a), R::order_quads(b)};
+    } else {
+      return {R::join_low_halves(a, b), R::join_high_halves(a, b)};
+    }
+  }
+  template <PixelFormat F>
+  LOX_OP void store_rgba(uint8_t *p, const Pixels<F> &v) {
+    static_assert(F.bytes == 2 && F.r == 1);
+    for (const Reg words : v.v) {
+      const Reg w = R::order_quads(words);
+      const Reg red_green = R::bit_or(
+          R::bit_and(R::template shift_right16<8>(w), R::fill16(0x00F8)),
+          R::bit_and(R::template shift_left16<5>(w), R::fill16(0xFC00)));
+      const Reg blue_alpha = R::bit_or(
+          R::bit_and(R::template shift_left16<3>(w), R::fill16(0x00F8)),
+          R::fill16(0xFF00));
+      R::template store<false>(p, R::unpack_low16(red_green, blue_alpha));
+      R::template store<false>(p + n, R::unpack_high16(red_green, blue_alpha));
+      p += 2 * n;
+    }
+  }
+
+  struct TwoBytes {
+    Bytes even, odd;
+  };
+  LOX_OP TwoBytes unzip(Reg a, Reg b) {
+    const Reg low = R::fill16(0x00FF);
+    return {{R::order_quads(
+                R::pack_unsigned16(R::bit_and(a, low), R::bit_and(b, low)))},
+            {R::order_quads(pack_high_bytes(a, b))}};
+  }
+  LOX_OP TwoBytes unzip(Bytes a, Bytes b) { return unzip(a.v, b.v); }
+  LOX_OP TwoBytes load_unzip(const uint8_t *p) {
+    return unzip(R::load(p), R::load(p + n));
+  }
+  LOX_OP void store_zip(uint8_t *p, Bytes even, Bytes odd) {
+    const Reg e = R::order_quads(even.v);
+    const Reg o = R::order_quads(odd.v);
+    R::template store<false>(p, R::unpack_low8(e, o));
+    R::template store<false>(p + n, R::unpack_high8(e, o));
+  }
+  LOX_OP Bytes swap_pairs(Bytes v) {
+    return {R::shuffle8(
+        v.v, R::in_halves(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10,
+                                        13, 12, 15, 14)))};
+  }
+  // The instruction's average is rounded up.
+  LOX_OP Bytes average_down(Bytes a, Bytes b) {
+    const Reg odd = R::bit_and(R::exclusive_or(a.v, b.v), R::fill16(0x0101));
+    return {R::sub8(R::average8(a.v, b.v), odd)};
+  }
+  LOX_OP Bytes load_words_by_4(const uint8_t *p) {
+    const Reg low = R::fill16(0x00FF);
+    return {R::order_quads(R::pack_unsigned16(
+        R::bit_and(R::template shift_right16<2>(R::load(p)), low),
+        R::bit_and(R::template shift_right16<2>(R::load(p + n)), low)))};
   }
 };
 

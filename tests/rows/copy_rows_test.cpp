@@ -41,4 +41,29 @@ TEST_F(CopyRowsTest, CopiesTheRunAndNothingElse) {
   }
 }
 
+TEST_F(CopyRowsTest, CopiesTheBlockAndNothingElse) {
+  constexpr int kRows = 5;
+  GuardedBuffer src;
+  GuardedBuffer dst;
+  for (int level = 0; level <= lox::isa_best(); ++level) {
+    for (const size_t n : {1, 7, 8, 9, 15, 16, 63, 64, 65, 256}) {
+      const size_t src_step = n + n % 3;
+      const size_t dst_step = n + 5;
+      src.reset((kRows - 1) * src_step + n);
+      dst.reset((kRows - 1) * dst_step + n);
+      random.fill(src.data(), src.size());
+      std::vector<uint8_t> expected = dst.copy();
+      for (size_t i = 0; i < kRows * n; ++i) {
+        expected[i / n * dst_step + i % n] =
+            src.data()[i / n * src_step + i % n];
+      }
+      kSets[level]->copy_block(dst.data(), static_cast<ptrdiff_t>(dst_step),
+                               src.data(), static_cast<ptrdiff_t>(src_step), n,
+                               kRows);
+      ASSERT_TRUE(lox_test::holds(dst, expected))
+          << lox::isa_name(level) << ", " << n << " bytes";
+    }
+  }
+}
+
 }  // namespace

@@ -4,7 +4,9 @@
 // inaccessible memory; and every (Y, U, V).
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
+#include <vector>
 
 #include "csc/csc_rows.h"
 #include "support/guarded_buffer.h"
@@ -15,13 +17,15 @@ namespace {
 
 using lox::CscRows;
 using lox::YuvToRgbFn;
+using lox::YuvToRgbForms;
 using lox::YuvToRgbRows;
 using lox_test::Edge;
 using lox_test::Fill;
 using lox_test::GuardedBuffer;
 
 constexpr const CscRows* kSets[] = LOX_ROW_SETS(csc_rows);
-constexpr size_t kPixelBytes[lox::kRgbLayouts] = {2, 2, 3, 3, 4, 4, 4, 4};
+// The pairs of 16-bit samples, which are no kind of the table.
+constexpr int kWords = lox::kYuvRowKinds;
 constexpr int kWidths[] = {1917, 1918, 1919, 1920, 1921, 1922, 4099};
 
 // Bytes of a row's luma and of each of its two chroma rows.
@@ -38,6 +42,8 @@ RowBytes row_bytes(int kind, size_t width) {
       return {width, {2 * pairs, 0}};
     case lox::kRowFull:
       return {width, {width, width}};
+    case kWords:
+      return {2 * width, {4 * pairs, 0}};
     case lox::kRowYuyv:
       return {4 * pairs, {0, 0}};
     default:  // The luma byte after an odd row's last pixel is not read.
@@ -52,7 +58,8 @@ class CscRowsTest : public lox_test::SeededTest {
                int kind, int layout, int width, Edge edge, bool stream) {
     const size_t pixels = static_cast<size_t>(width);
     const RowBytes bytes = row_bytes(kind, pixels);
-    const size_t rgb_bytes = pixels * kPixelBytes[layout];
+    const size_t rgb_bytes =
+        pixels * static_cast<size_t>(lox::kPixelBytes[layout]);
     const size_t sizes[] = {bytes.luma, bytes.luma, bytes.chroma[0],
                             bytes.chroma[1]};
     const Fill fill = lox_test::kFills[width % 4];
@@ -110,23 +117,34 @@ TEST_F(CscRowsTest, YuvToRgbIsThatOfThePortableForm) {
   for (int level = 1; level <= lox::isa_best(); ++level) {
     const CscRows& set = *kSets[level];
     const CscRows& portable = *kSets[0];
-    for (int layout = 0; layout < lox::kRgbLayouts; ++layout) {
-      for (int kind = 0; kind < lox::kYuvRowKinds; ++kind) {
-        // A form that was not compiled for its set proves nothing.
-        ASSERT_NE(set.yuv_to_rgb[kind][layout],
-                  portable.yuv_to_rgb[kind][layout]);
-        compare_widths(level, set.yuv_to_rgb[kind][layout],
-                       portable.yuv_to_rgb[kind][layout], 1, kind, layout);
-        if (HasFatalFailure()) return;
+    const auto check = [&](const YuvToRgbForms& form, const YuvToRgbForms& rule,
+                           int kind, int layout) {
+      // A form that was not compiled for its set proves nothing.
+      ASSERT_NE(form.one_row, rule.one_row);
+      compare_widths(level, form.one_row, rule.one_row, 1, kind, layout);
+      ASSERT_EQ(form.two_rows == nullptr, rule.two_rows == nullptr);
+      if (form.two_rows == nullptr || HasFatalFailure()) return;
+      ASSERT_NE(form.two_rows, rule.two_rows);
+      compare_widths(level, form.two_rows, rule.two_rows, 2, kind, layout);
+    };
+    for (int kind = 0; kind < lox::kYuvRowKinds; ++kind) {
+      for (int layout = 0; layout < lox::kRgbLayouts; ++layout) {
+        ASSERT_NO_FATAL_FAILURE(check(set.yuv_to_rgb[kind][layout],
+                                      portable.yuv_to_rgb[kind][layout], kind,
+                                      layout));
       }
-      for (int kind = 0; kind < lox::kSharedRowKinds; ++kind) {
-        ASSERT_NE(set.two_yuv_to_rgb[kind][layout],
-                  portable.two_yuv_to_rgb[kind][layout]);
-        compare_widths(level, set.two_yuv_to_rgb[kind][layout],
-                       portable.two_yuv_to_rgb[kind][layout], 2, kind, layout);
-        if (HasFatalFailure()) return;
-      }
+      if (kind >= lox::kSharedRowKinds) continue;
+      ASSERT_NO_FATAL_FAILURE(check(set.bt601_full[kind],
+                                    portable.bt601_full[kind], kind,
+                                    lox::kRgba8888));
     }
+    ASSERT_NO_FATAL_FAILURE(check(set.words_to_rgba, portable.words_to_rgba,
+                                  kWords, lox::kRgba8888));
+    ASSERT_NO_FATAL_FAILURE(check(set.bt709_planar, portable.bt709_planar,
+                                  lox::kRowPlanar, lox::kRgba8888));
+    ASSERT_NO_FATAL_FAILURE(check(set.bt709_full_planar,
+                                  portable.bt709_full_planar, lox::kRowPlanar,
+                                  lox::kRgba8888));
   }
 }
 
@@ -159,36 +177,49 @@ TEST_F(CscRowsTest, GreyToRgbIsThatOfThePortableForm) {
 }
 
 TEST_F(CscRowsTest, EveryYuvIsThatOfThePortableForm) {
-  // All 256 Y of 16 U in a row; 16 rows of those for each V.
+  // All 256 Y of 16 U in a row; 16 rows of those for each V. A chroma sample of
+  // the other standards' forms serves two of the Y.
   constexpr size_t kWidth = 4096;
   std::vector<uint8_t> y(kWidth);
   std::vector<uint8_t> u(kWidth);
   std::vector<uint8_t> v(kWidth);
   std::vector<uint8_t> got(kWidth * 4);
   std::vector<uint8_t> expected(kWidth * 4);
-  for (int level = 1; level <= lox::isa_best(); ++level) {
+  const auto forms = [](const CscRows& set) {
+    const auto& full = set.yuv_to_rgb[lox::kRowFull];
     // One of each way of packing: 16, 24 and 32 bits, both orders of colours,
-    // alpha before and behind.
-    for (const int layout :
-         {lox::kRgb565, lox::kBgr888, lox::kRgba8888, lox::kAbgr8888}) {
+    // alpha before and behind; and the matrices.
+    return std::array{full[lox::kRgb565].one_row,
+                      full[lox::kBgr888].one_row,
+                      full[lox::kRgba8888].one_row,
+                      full[lox::kAbgr8888].one_row,
+                      set.bt601_full[lox::kRowPlanar].one_row,
+                      set.bt709_planar.one_row,
+                      set.bt709_full_planar.one_row};
+  };
+  for (int level = 1; level <= lox::isa_best(); ++level) {
+    const auto set = forms(*kSets[level]);
+    const auto portable = forms(*kSets[0]);
+    for (size_t i = 0; i < set.size(); ++i) {
+      const size_t shared = i < 4 ? 1 : 2;
       for (int row = 0; row < 256 * 16; ++row) {
         for (size_t x = 0; x < kWidth; ++x) {
           y[x] = static_cast<uint8_t>(x);
-          u[x] = static_cast<uint8_t>(x / 256 + row % 16 * 16);
-          v[x] = static_cast<uint8_t>(row / 16);
+          u[x / shared] = static_cast<uint8_t>(x / 256 + row % 16 * 16);
+          v[x / shared] = static_cast<uint8_t>(row / 16);
         }
-        const auto run = [&](int at, std::vector<uint8_t>& to) {
-          kSets[at]->yuv_to_rgb[lox::kRowFull][layout]({{y.data(), nullptr},
-                                                        {u.data(), v.data()},
-                                                        {to.data(), nullptr},
-                                                        false},
-                                                       kWidth);
+        const auto run = [&](YuvToRgbFn form, std::vector<uint8_t>& to) {
+          form({{y.data(), nullptr},
+                {u.data(), v.data()},
+                {to.data(), nullptr},
+                false},
+               kWidth);
         };
-        run(level, got);
-        run(0, expected);
+        run(set[i], got);
+        run(portable[i], expected);
         ASSERT_EQ(got, expected)
-            << lox::isa_name(level) << ", layout " << layout << ", V "
-            << row / 16 << ", U from " << row % 16 * 16;
+            << lox::isa_name(level) << ", form " << i << ", V " << row / 16
+            << ", U from " << row % 16 * 16;
       }
     }
   }

@@ -8,5 +8,7 @@
 // LOX_ROW_SETS(csc_rows): a brace list of pointers to each set's table.
 #define LOX_ROW_SETS_copy_rows(set) &lox::set::copy_rows,
 #define LOX_ROW_SETS_csc_rows(set) &lox::set::csc_rows,
+#define LOX_ROW_SETS_rgb_rows(set) &lox::set::rgb_rows,
+#define LOX_ROW_SETS_layout_rows(set) &lox::set::layout_rows,
 #define LOX_ROW_SETS(table) \
   { LOX_FOR_EACH_SET(LOX_ROW_SETS_##table) }

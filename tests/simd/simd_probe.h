@@ -31,6 +31,11 @@ enum ProbeOp {
   kProbe422LumaFirstChroma,
   kProbe422LumaSecond,
   kProbe422LumaSecondChroma,
+  kProbeWordsLuma,
+  kProbeWordPairsDot,
+  kProbeShift1,
+  kProbeShift7,
+  kProbeShift8,
   kProbeOps
 };
 enum ProbeSink {
@@ -39,13 +44,20 @@ enum ProbeSink {
   kSinkThree,        // store3 of narrow<6>, narrow<7> and the loaded bytes
   kSinkFourHigh255,  // store4 of join and join_high_255
   kSinkFourLow255,   // store4 of join_low_255 and join
+  kSinkUnshifted,    // store4 of join and join_high_255 without a shift
+  // These are no lanes' sinks: they make bytes of the input itself.
+  kSinkWeighed,    // every pixel format through weigh, one after the other
+  kSinkEvenPairs,  // and through weigh_even, as pairs
+  kSinkEvenRows,   // and as rows
+  kSinkRgb,        // to_565 and store_rgba
+  kSinkMoved,  // unzip, store_zip, swap_pairs, average_down, load_words_by_4
   kProbeSinks
 };
 
 constexpr int kProbePlanes = 4;
 constexpr size_t kProbeMaxPixels = 32;
 
-// `in` has kProbePlanes rows of 2 * kProbeMaxPixels bytes; 4 bytes a pixel of
+// `in` has kProbePlanes rows of 2 * kProbeMaxPixels bytes; 16 bytes a pixel of
 // `out` at most are written. `stream` asks for streaming stores.
 using ProbeFn = void (*)(ProbeOp op, ProbeSink sink, bool stream,
                          const uint8_t *in, uint8_t *out);

@@ -88,10 +88,81 @@ template <class V, Order O>
     case kProbe422LumaSecondChroma:
       return V::dot(probe_422<V, O, 1>(rows[0]).pairs,
                     V::template make_dot<100, 27>(0));
+    case kProbeWordsLuma:
+      scaled(V::template load_words<O>(rows[0]), 129);
+      return whole;
+    case kProbeWordPairsDot:
+      return V::dot(V::template load_word_pairs<O>(rows[0]),
+                    V::template make_dot<100, 27>(0));
+    case kProbeShift1:
+      return V::template shift_right<1>(probe_value<V, O>(rows[0], rows[1]));
+    case kProbeShift7:
+      return V::template shift_right<7>(probe_value<V, O>(rows[0], rows[1]));
+    case kProbeShift8:
+      return V::template shift_right<8>(probe_value<V, O>(rows[0], rows[1]));
     case kProbeOps:
       break;
   }
   return whole;
+}
+
+constexpr PixelFormat kProbeFormats[] = {
+    {2, 1, 0, 0}, {2, 0, 0, 1}, {3, 0, 1, 2}, {3, 2, 1, 0},
+    {4, 0, 1, 2}, {4, 2, 1, 0}, {4, 1, 2, 3}, {4, 3, 2, 1}};
+
+// Calls each<format>() for the format at place I and those behind it.
+template <int I = 0, class Each>
+void probe_formats(Each each) {
+  if constexpr (I < 8) {
+    each.template operator()<kProbeFormats[I]>();
+    probe_formats<I + 1>(each);
+  }
+}
+
+template <class V>
+void probe_bytes(ProbeSink sink, const uint8_t *in, uint8_t *out) {
+  constexpr int n = V::n;
+  probe_formats([&]<PixelFormat F>() {
+    const auto pixels = V::template load_pixels<F>(in);
+    const auto u = V::template make_weights<F, -38, -74, 112>(0x8080);
+    const auto v = V::template make_weights<F, 127, -106, -21>(0x8080);
+    if (sink == kSinkWeighed) {
+      V::store_bytes(out, V::weigh(pixels, u));
+      V::store_bytes(
+          out + n,
+          V::weigh(pixels, V::template make_weights<F, 77, 150, 29>(4096)));
+      out += 2 * n;
+    } else if (sink == kSinkEvenPairs) {
+      V::store_pairs(out, V::weigh_even(pixels, u, v));
+      out += n;
+    } else if (sink == kSinkEvenRows) {
+      V::store_rows(out, out + n / 2, V::weigh_even(pixels, u, v));
+      out += n;
+    } else if constexpr (F.bytes > 2 && F.r == 0) {
+      V::template store16<false>(out, V::to_565(pixels));
+      out += 2 * n;
+    } else if constexpr (F.bytes == 2 && F.r == 1) {
+      V::store_rgba(out, pixels);
+      out += 4 * n;
+    }
+  });
+}
+
+template <class V>
+void probe_moves(const uint8_t *in, uint8_t *out) {
+  constexpr int n = V::n;
+  const auto a = V::load_bytes(in);
+  const auto b = V::load_bytes(in + n);
+  const auto loaded = V::load_unzip(in);
+  const auto made = V::unzip(b, a);
+  V::store_bytes(out, loaded.even);
+  V::store_bytes(out + n, loaded.odd);
+  V::store_bytes(out + 2 * n, made.even);
+  V::store_bytes(out + 3 * n, made.odd);
+  V::store_zip(out + 4 * n, a, b);
+  V::store_bytes(out + 6 * n, V::swap_pairs(a));
+  V::store_bytes(out + 7 * n, V::average_down(a, b));
+  V::store_bytes(out + 8 * n, V::load_words_by_4(in));
 }
 
 template <class V, bool kStream>
@@ -130,6 +201,22 @@ void probe_store(ProbeOp op, ProbeSink sink, const uint8_t *in, uint8_t *out) {
                                   V::template join<6, 7>(w, v));
       break;
     }
+    case kSinkUnshifted: {
+      const auto v = probe_op<V, Order::kQuads>(op, in);
+      const auto w = probe_op<V, Order::kQuads>(kProbeAddSaturate, in);
+      V::template store4<kStream>(out, V::template join<0, 0>(v, w),
+                                  V::template join_high_255<0>(v));
+      break;
+    }
+    case kSinkWeighed:
+    case kSinkEvenPairs:
+    case kSinkEvenRows:
+    case kSinkRgb:
+      probe_bytes<V>(sink, in + 2 * kProbeMaxPixels, out);
+      break;
+    case kSinkMoved:
+      probe_moves<V>(in + 2 * kProbeMaxPixels, out);
+      break;
     case kProbeSinks:
       break;
   }

@@ -19,7 +19,7 @@ using namespace lox;
 
 constexpr size_t kRow = 2 * kProbeMaxPixels;
 constexpr size_t kIn = kProbePlanes * kRow;
-constexpr size_t kOut = 4 * kProbeMaxPixels;
+constexpr size_t kOut = 16 * kProbeMaxPixels;
 constexpr uint8_t kCanary = 0xA5;
 
 using SimdTest = lox_test::SeededTest;
@@ -47,6 +47,8 @@ void expect_like_scalar(const Probe& probe, ProbeFn scalar,
           if (stream && (probe.stream_alignment == 0 || first % 1024 != 0)) {
             continue;
           }
+          // Those that use the input itself do not look at the operation.
+          if (sink > kSinkUnshifted && op > 0) continue;
           std::memset(got, kCanary, sizeof got);
           std::memset(expected, kCanary, sizeof expected);
           probe.run(ProbeOp(op), ProbeSink(sink), stream, in, got);

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The six parameters that every conversion kernel has, as one thing to pass on.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace lox::csc {
+
+struct KernelArgs {
+  uint8_t *const *src_plane;
+  const int32_t *src_width;
+  const int32_t *src_height;
+  const int32_t *src_stride;
+  const int32_t *dst_stride;
+  uint8_t *const *dst_plane;
+
+  const uint8_t *src(int plane, ptrdiff_t row) const {
+    return src_plane[plane] + row * src_stride[plane];
+  }
+  uint8_t *dst(int plane, ptrdiff_t row) const {
+    return dst_plane[plane] + row * dst_stride[plane];
+  }
+};
+
+}  // namespace lox::csc
+
+#define LOX_PARAMETERS                                          \
+  uint8_t *const src_plane[4], const int32_t src_width[4],      \
+      const int32_t src_height[4], const int32_t src_stride[4], \
+      const int32_t dst_stride[4], uint8_t *const dst_plane[4]
+#define LOX_ARGUMENTS \
+  { src_plane, src_width, src_height, src_stride, dst_stride, dst_plane }

@@ -1,0 +1,305 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// From RGB, a row at a time. A matrix gives three weighted sums; luma is
+// truncated and chroma rounded, both intentionally:
+//
+//   Y = (sum >> 8) + offset, U and V = ((sum + 128) >> 8) + 128
+//
+// which is the high byte of the sum with the offset, or with 128 and 128 * 256,
+// added to it: results fit a byte, so 16 bits are enough, and unsigned.
+#include "csc/rgb_rows.h"
+
+#include "simd/simd.h"
+
+namespace lox::LOX_SET {
+
+namespace {
+
+// --- matrices ---------------------------------------------------------------
+
+struct Factors {
+  int r, g, b;
+};
+
+// BT.601 to luma 16..235.
+struct Bt601 {
+  static constexpr Factors kY = {66, 129, 25};
+  static constexpr Factors kU = {-38, -74, 112};
+  static constexpr Factors kV = {112, -94, -18};
+  static constexpr int kOffset = 16;
+};
+
+// BT.601, full range.
+struct Bt601Full {
+  static constexpr Factors kY = {77, 150, 29};
+  static constexpr Factors kU = {-43, -84, 127};
+  static constexpr Factors kV = {127, -106, -21};
+  static constexpr int kOffset = 0;
+};
+
+// BT.709; white is 244, for luma's blue factor is 25 on purpose.
+struct Bt709 {
+  static constexpr Factors kY = {47, 157, 25};
+  static constexpr Factors kU = {-26, -86, 112};
+  static constexpr Factors kV = {112, -102, -10};
+  static constexpr int kOffset = 16;
+};
+
+// --- pixels -----------------------------------------------------------------
+
+struct Rgb {
+  int r, g, b;
+};
+
+template <PixelFormat F>
+Rgb get(const uint8_t *p) {
+  if constexpr (F.bytes == 2) {
+    // Channels are shifted up, nothing fills the bits below.
+    const int word = p[0] | p[1] << 8;
+    const int top = (word & 0xF800) >> 8;
+    const int last = (word & 0x001F) << 3;
+    return {F.r == 1 ? top : last, (word & 0x07E0) >> 3, F.r == 1 ? last : top};
+  } else {
+    return {p[F.r], p[F.g], p[F.b]};
+  }
+}
+
+int weigh(Factors k, Rgb p) { return k.r * p.r + k.g * p.g + k.b * p.b; }
+
+template <class M>
+uint8_t luma_of(Rgb p) {
+  return static_cast<uint8_t>((weigh(M::kY, p) >> 8) + M::kOffset);
+}
+uint8_t chroma_of(Factors k, Rgb p) {
+  return static_cast<uint8_t>(((weigh(k, p) + 128) >> 8) + 128);
+}
+
+// --- vectors ----------------------------------------------------------------
+
+#if LOX_VECTORS
+
+template <class V, PixelFormat F, Factors K>
+LOX_INLINE auto weights(int bias) {
+  return V::template make_weights<F, K.r, K.g, K.b>(bias);
+}
+template <class V, PixelFormat F, class M>
+LOX_INLINE auto luma_weights() {
+  return weights<V, F, M::kY>(M::kOffset * 256);
+}
+template <class V, PixelFormat F, Factors K>
+LOX_INLINE auto chroma_weights() {
+  return weights<V, F, K>(128 + 128 * 256);
+}
+
+#endif
+
+// --- to YUV -----------------------------------------------------------------
+
+template <PixelFormat F, class M>
+void luma(const RgbToYuvRow &row, ptrdiff_t width) {
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const auto y_weights = luma_weights<V, F, M>();
+    const uint8_t *rgb = row.rgb;
+    uint8_t *y = row.y;
+    for_vectors<V>(
+        width,
+        [&]() LOX_INLINE_LAMBDA {
+          V::store_bytes(y,
+                         V::weigh(V::template load_pixels<F>(rgb), y_weights));
+        },
+        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
+          rgb += pixels * F.bytes;
+          y += pixels;
+          settle(rgb);
+          settle(y);
+        });
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    row.y[x] = luma_of<M>(get<F>(row.rgb + x * F.bytes));
+  }
+}
+
+template <PixelFormat F, class M, ChromaKind kChroma>
+void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
+  constexpr Factors kFirst = kChroma == kChromaVu ? M::kV : M::kU;
+  constexpr Factors kSecond = kChroma == kChromaVu ? M::kU : M::kV;
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  // A vector starts on a pair, so an odd last pixel is left to the rule.
+  const ptrdiff_t whole = width & ~1;
+  done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const auto y_weights = luma_weights<V, F, M>();
+    const auto first_weights = chroma_weights<V, F, kFirst>();
+    const auto second_weights = chroma_weights<V, F, kSecond>();
+    const uint8_t *rgb = row.rgb;
+    uint8_t *y = row.y;
+    uint8_t *chroma0 = row.chroma[0];
+    uint8_t *chroma1 = row.chroma[1];
+    for_vectors<V>(
+        whole,
+        [&]() LOX_INLINE_LAMBDA {
+          const auto pixels = V::template load_pixels<F>(rgb);
+          V::store_bytes(y, V::weigh(pixels, y_weights));
+          const auto pairs =
+              V::weigh_even(pixels, first_weights, second_weights);
+          if constexpr (kChroma == kChromaPlanes) {
+            V::store_rows(chroma0, chroma1, pairs);
+          } else {
+            V::store_pairs(chroma0, pairs);
+          }
+        },
+        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
+          rgb += pixels * F.bytes;
+          y += pixels;
+          settle(rgb);
+          settle(y);
+          if constexpr (kChroma == kChromaPlanes) {
+            chroma0 += pixels / 2;
+            chroma1 += pixels / 2;
+            settle(chroma1);
+          } else {
+            chroma0 += pixels;
+          }
+          settle(chroma0);
+        });
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    const Rgb pixel = get<F>(row.rgb + x * F.bytes);
+    row.y[x] = luma_of<M>(pixel);
+    if (x % 2 != 0 || x + 1 == width) continue;
+    const uint8_t first = chroma_of(kFirst, pixel);
+    const uint8_t second = chroma_of(kSecond, pixel);
+    if constexpr (kChroma == kChromaPlanes) {
+      row.chroma[0][x / 2] = first;
+      row.chroma[1][x / 2] = second;
+    } else {
+      row.chroma[0][x] = first;
+      row.chroma[0][x + 1] = second;
+    }
+  }
+}
+
+template <PixelFormat F>
+void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
+  using M = Bt601;
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const auto y_weights = luma_weights<V, F, M>();
+    const auto u_weights = chroma_weights<V, F, M::kU>();
+    const auto v_weights = chroma_weights<V, F, M::kV>();
+    RgbToYuvRow at = row;
+    for_vectors<V>(
+        width,
+        [&]() LOX_INLINE_LAMBDA {
+          const auto pixels = V::template load_pixels<F>(at.rgb);
+          V::store_bytes(at.y, V::weigh(pixels, y_weights));
+          V::store_bytes(at.chroma[0], V::weigh(pixels, u_weights));
+          V::store_bytes(at.chroma[1], V::weigh(pixels, v_weights));
+        },
+        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
+          at.rgb += pixels * F.bytes;
+          at.y += pixels;
+          at.chroma[0] += pixels;
+          at.chroma[1] += pixels;
+        });
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    const Rgb pixel = get<F>(row.rgb + x * F.bytes);
+    row.y[x] = luma_of<M>(pixel);
+    row.chroma[0][x] = chroma_of(M::kU, pixel);
+    row.chroma[1][x] = chroma_of(M::kV, pixel);
+  }
+}
+
+// --- to RGB -----------------------------------------------------------------
+
+template <PixelFormat F>
+void to_565(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    for_vectors<V>(
+        width,
+        [&]() LOX_INLINE_LAMBDA {
+          V::template store16<false>(
+              to, V::to_565(V::template load_pixels<F>(from)));
+        },
+        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
+          from += pixels * F.bytes;
+          to += pixels * 2;
+        });
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    const Rgb p = get<F>(src + x * F.bytes);
+    const int word = p.r >> 3 << 11 | p.g >> 2 << 5 | p.b >> 3;
+    dst[2 * x] = static_cast<uint8_t>(word);
+    dst[2 * x + 1] = static_cast<uint8_t>(word >> 8);
+  }
+}
+
+template <PixelFormat F>
+void to_rgba8888(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    for_vectors<V>(
+        width,
+        [&]() LOX_INLINE_LAMBDA {
+          V::store_rgba(to, V::template load_pixels<F>(from));
+        },
+        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
+          from += pixels * F.bytes;
+          to += pixels * 4;
+        });
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    const Rgb p = get<F>(src + x * F.bytes);
+    dst[4 * x] = static_cast<uint8_t>(p.r);
+    dst[4 * x + 1] = static_cast<uint8_t>(p.g);
+    dst[4 * x + 2] = static_cast<uint8_t>(p.b);
+    dst[4 * x + 3] = 255;
+  }
+}
+
+constexpr PixelFormat kFormats[kRgbLayouts] = {
+    {2, 1, 0, 0}, {2, 0, 0, 1}, {3, 0, 1, 2}, {3, 2, 1, 0},
+    {4, 0, 1, 2}, {4, 2, 1, 0}, {4, 1, 2, 3}, {4, 3, 2, 1}};
+
+}  // namespace
+
+#define LOX_TO_YUV(layout, M)                              \
+  {                                                        \
+    luma<kFormats[layout], M>, {                           \
+      luma_and_chroma<kFormats[layout], M, kChromaPlanes>, \
+          luma_and_chroma<kFormats[layout], M, kChromaUv>, \
+          luma_and_chroma<kFormats[layout], M, kChromaVu>  \
+    }                                                      \
+  }
+
+constinit const RgbRows rgb_rows = {
+    .to_yuv = {LOX_TO_YUV(kRgb565, Bt601), LOX_TO_YUV(kBgr565, Bt601),
+               LOX_TO_YUV(kRgb888, Bt601), LOX_TO_YUV(kBgr888, Bt601),
+               LOX_TO_YUV(kRgba8888, Bt601), LOX_TO_YUV(kBgra8888, Bt601),
+               LOX_TO_YUV(kArgb8888, Bt601), LOX_TO_YUV(kAbgr8888, Bt601)},
+    .bt601_full = LOX_TO_YUV(kRgba8888, Bt601Full),
+    .bt709 = LOX_TO_YUV(kRgba8888, Bt709),
+    .rgba8888_to_yuv444 = full_chroma<kFormats[kRgba8888]>,
+    .argb8888_to_yuv444 = full_chroma<kFormats[kArgb8888]>,
+    .rgba8888_to_rgb565 = to_565<kFormats[kRgba8888]>,
+    .rgb888_to_rgb565 = to_565<kFormats[kRgb888]>,
+    .rgb565_to_rgba8888 = to_rgba8888<kFormats[kRgb565]>,
+};
+
+}  // namespace lox::LOX_SET

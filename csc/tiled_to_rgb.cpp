@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Tiled 4:2:0 to RGB: the row kernels of U, V pairs on strips of tiles.
+#include <stddef.h>
+#include <stdint.h>
+
+#include "csc/csc_tables.h"
+#include "csc/kernel_args.h"
+#include "csc/tiles.h"
+#include "csc/yuv_to_rgb.h"
+#include "orumlox/csc.h"
+
+namespace lox::csc {
+
+namespace {
+
+struct Tiled {
+  TilePlane luma, chroma;
+  const YuvToRgbForms &forms;
+  RgbLayout layout;
+  const KernelArgs &args;
+
+  // An odd height's last row shares the chroma row before it.
+  int32_t chroma_row(int32_t y) const {
+    return y / 2 < chroma.height() ? y / 2 : chroma.height() - 1;
+  }
+  uint8_t *rgb(int32_t x, int32_t y) const {
+    return args.dst(0, y) + ptrdiff_t{x} * kPixelBytes[layout];
+  }
+};
+
+// Of all but an odd width's last column.
+void convert_strips(const Tiled &tiled, const TileShape &shape, bool stream) {
+  StripReader luma_reader(tiled.luma, tiled.args.src_plane[0]);
+  StripReader chroma_reader(tiled.chroma, tiled.args.src_plane[1]);
+  const TilePlane strips(tiled.luma.width() & ~1, tiled.luma.height(),
+                         StripReader::width(tiled.luma), shape.luma_rows,
+                         false);
+  strips.for_tiles([&](int32_t x, int32_t y, int32_t width, int32_t rows) {
+    const int32_t first = tiled.chroma_row(y);
+    const int32_t chroma_rows = tiled.chroma_row(y + rows - 1) - first + 1;
+    const StripReader::View luma = luma_reader.view(x, y, width, rows);
+    const StripReader::View chroma =
+        chroma_reader.view(x, first, width, chroma_rows);
+    for (int32_t row = 0; row < rows; row += 2) {
+      const bool two = row + 1 < rows;
+      const int32_t second = two ? row + 1 : row;
+      const YuvToRgbRows pair = {
+          {luma.row(row), luma.row(second)},
+          {chroma.row(tiled.chroma_row(y + row) - first), nullptr},
+          {tiled.rgb(x, y + row), tiled.rgb(x, y + second)},
+          stream};
+      (two ? tiled.forms.two_rows : tiled.forms.one_row)(pair, width);
+    }
+  });
+}
+
+// Its last chroma byte is a U: the V is that of the pair before.
+void convert_last_column(const Tiled &tiled) {
+  const int32_t x = tiled.luma.width() - 1;
+  for (int32_t y = 0; y < tiled.luma.height(); ++y) {
+    const int32_t row = tiled.chroma_row(y);
+    const uint8_t *const chroma = tiled.args.src_plane[1];
+    const uint8_t pair[2] = {chroma[tiled.chroma.offset(x, row)],
+                             chroma[tiled.chroma.offset(x - 1, row)]};
+    tiled.forms.one_row(
+        {{tiled.args.src_plane[0] + tiled.luma.offset(x, y), nullptr},
+         {pair, nullptr},
+         {tiled.rgb(x, y), nullptr},
+         false},
+        1);
+  }
+}
+
+void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
+                  const KernelArgs &args) {
+  const int32_t width = args.src_width[0];
+  const int32_t height = args.src_height[0];
+  // There is no whole chroma pair.
+  if (width < 2 || height < 2) return;
+  const Tiled tiled = {TilePlane::luma(shape, width, height),
+                       TilePlane::chroma(shape, width, height),
+                       yuv_to_rgb_rows().yuv_to_rgb[kRowUv][layout], layout,
+                       args};
+  const bool stream = can_stream(layout, args);
+  convert_strips(tiled, shape, stream);
+  if (stream) yuv_to_rgb_rows().end_stream();
+  if (width % 2 != 0) convert_last_column(tiled);
+}
+
+}  // namespace
+
+}  // namespace lox::csc
+
+#define LOX_KERNEL(token, shape, rgb_token, layout)                      \
+  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {               \
+    lox::csc::tiled_to_rgb(lox::csc::shape, lox::layout, LOX_ARGUMENTS); \
+  }
+
+extern "C" {
+
+LOX_KERNEL(t64x32, kT64x32, rgb565, kRgb565)
+LOX_KERNEL(t64x32, kT64x32, bgr565, kBgr565)
+LOX_KERNEL(t64x32, kT64x32, rgb888, kRgb888)
+LOX_KERNEL(t64x32, kT64x32, bgr888, kBgr888)
+LOX_KERNEL(t64x32, kT64x32, rgba8888, kRgba8888)
+LOX_KERNEL(t64x32, kT64x32, bgra8888, kBgra8888)
+LOX_KERNEL(t64x32, kT64x32, argb8888, kArgb8888)
+LOX_KERNEL(t64x32, kT64x32, abgr8888, kAbgr8888)
+LOX_KERNEL(t16x16, kT16x16, rgba8888, kRgba8888)
+LOX_KERNEL(t8x8, kT8x8, rgba8888, kRgba8888)
+LOX_KERNEL(t256x16, kT256x16, rgba8888, kRgba8888)
+
+}  // extern "C"

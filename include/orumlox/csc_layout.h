@@ -1,0 +1,172 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * Conversions between YUV layouts: whole pictures, the single planes they are
+ * made of, and tiles. No sample changes its value but in yuyv_to_yuv420.
+ *
+ * All calls are re-entrant and check nothing. Source and destination do not
+ * overlap but in vexo_csc_swap_8byte8.
+ */
+#ifndef ORUMLOX_CSC_LAYOUT_H
+#define ORUMLOX_CSC_LAYOUT_H
+
+#include "csc_kernels.h"
+
+VEXO_BEGIN_DECLS
+
+/*
+ * Whole pictures, in the shape of every kernel (csc_kernels.h). Luma is copied
+ * with plane 0's width and height; chroma goes by the widths and heights of the
+ * source's own chroma planes (plane 1 for pairs and for interleaving).
+ *
+ * yuv420 to nv12 and nv21 interleaves the planes; to yuv422n doubles each
+ * chroma row.
+ */
+VEXO_API vexo_csc_kernel vexo_csc_yuv420_to_nv12;
+VEXO_API vexo_csc_kernel vexo_csc_yuv420_to_nv21;
+VEXO_API vexo_csc_kernel vexo_csc_yuv420_to_yuv422n;
+
+/* Every second chroma row, from the first, height / 2 of them; and of yuv444
+ * every second column too, (width + 1) / 2 by (height + 1) / 2. */
+VEXO_API vexo_csc_kernel vexo_csc_yuv422n_to_yuv420;
+VEXO_API vexo_csc_kernel vexo_csc_yuv422n_to_yv12;
+VEXO_API vexo_csc_kernel vexo_csc_yv16_to_yuv420;
+VEXO_API vexo_csc_kernel vexo_csc_yv16_to_yv12;
+VEXO_API vexo_csc_kernel vexo_csc_yuv444_to_yuv420;
+
+/* The pairs taken apart. */
+VEXO_API vexo_csc_kernel vexo_csc_nv12_to_yuv420;
+VEXO_API vexo_csc_kernel vexo_csc_nv12_to_yv12;
+VEXO_API vexo_csc_kernel vexo_csc_nv21_to_yuv420;
+VEXO_API vexo_csc_kernel vexo_csc_nv21_to_yv12;
+
+/*
+ * The chroma plane is copied, then the two bytes of every pair exchanged by
+ * vexo_csc_swap_8byte8 over dst_stride[1] x (src_height[0] / 2) bytes of the
+ * destination: it READS AND WRITES THE PADDING behind each chroma row, the last
+ * one's too, shifts the pairs of every second row when the stride is odd, and
+ * wraps its count to 16 bits a factor as described there. vexo_csc does the
+ * same from NV12 to NV21.
+ */
+VEXO_API vexo_csc_kernel vexo_csc_nv21_to_nv12;
+
+/*
+ * Packed 4:2:2 to planar 4:2:0: luma as it is; the chroma of rows 2j and 2j + 1
+ * is averaged, (c0 + c1) >> 1, and a last unpaired row keeps its own. Chroma
+ * rows have (width + 1) / 2 samples; an odd width reads its last pair's U and
+ * V.
+ */
+VEXO_API vexo_csc_kernel vexo_csc_yuyv_to_yuv420;
+
+/* Each 16-bit sample of the three planes shifted right by 2; of what then does
+ * not fit a byte the low byte is kept. */
+VEXO_API vexo_csc_kernel vexo_csc_yuv420Planar16_to_yuv420Planar;
+
+/*
+ * Single planes of bytes. A width or height below 1 does nothing.
+ */
+
+/* Every second byte of every second row, from the first:
+ * (width + 1) / 2 bytes of (height + 1) / 2 rows. */
+VEXO_API void vexo_csc_2x2_to_1x1(const uint8_t *src, int32_t width,
+                                  int32_t height, int32_t src_stride,
+                                  int32_t dst_stride, uint8_t *dst);
+
+/* Every second row, from the first: height / 2 rows of width bytes. */
+VEXO_API void vexo_csc_1x2_to_1x1(const uint8_t *src, int32_t width,
+                                  int32_t height, int32_t src_stride,
+                                  int32_t dst_stride, uint8_t *dst);
+
+/* Every row twice: 2 x height rows. */
+VEXO_API void vexo_csc_1x1_to_1x2(const uint8_t *src, int32_t width,
+                                  int32_t height, int32_t src_stride,
+                                  int32_t dst_stride, uint8_t *dst);
+
+/* Takes rows of `width` bytes, pairs, apart: the first of each pair to dst_a,
+ * the second to dst_b. An odd last byte goes to dst_a. */
+VEXO_API void vexo_csc_8b8b_unpck(const uint8_t *src, int32_t width,
+                                  int32_t height, int32_t src_stride,
+                                  int32_t dst_stride_a, int32_t dst_stride_b,
+                                  uint8_t *dst_a, uint8_t *dst_b);
+
+/* Makes pairs of two planes of `width` samples: rows of 2 x width bytes, the
+ * byte of src_a first. */
+VEXO_API void vexo_csc_8b8b_pck(const uint8_t *src_a, const uint8_t *src_b,
+                                int32_t width, int32_t height,
+                                int32_t src_stride_a, int32_t src_stride_b,
+                                int32_t dst_stride, uint8_t *dst);
+
+/*
+ * Exchanges the bytes of every pair, in place, over one run of bytes without
+ * regard to rows. The count is (stride mod 2^16) x (rows mod 2^16), both taken
+ * as signed 16-bit numbers. Pairs at 0, 2, 4, ... below the count are
+ * exchanged, the first one always: the run is at least 2 bytes and ends one
+ * beyond an odd count. All intended.
+ */
+VEXO_API void vexo_csc_swap_8byte8(uint8_t *plane, int32_t stride,
+                                   int32_t rows);
+
+/*
+ * Tiled pictures: 4:2:0 with plane 0 luma and plane 1 U, V byte pairs. Tiles
+ * lie back to back from the plane pointers; strides are not read. W x H being
+ * the size of plane 0, a chroma plane has W bytes a row and H / 2 rows, rounded
+ * down. Tiles are stored whole, their rows one behind the other:
+ *
+ *   layout    luma tiles  chroma tiles  order of tiles
+ *   t64x32    64 x 32     64 x 32       vexo_get_tile_offset
+ *   t16x16    16 x 16     16 x 8        left to right, then top to bottom
+ *   t8x8      8 x 8       8 x 4         the same
+ *   t256x16   256 x 16    256 x 8       the same
+ *
+ * Nothing is read beyond the picture, not even inside its last tiles.
+ */
+
+/*
+ * Offset of byte (x, y) in a t64x32 plane of width x height bytes; 0 <= x <
+ * width, 0 <= y < height. Units of 8192 bytes hold two tiles by two, crossed in
+ * every second unit column; an unpaired last tile row lies in plain order.
+ */
+VEXO_API int32_t vexo_get_tile_offset(int32_t width, int32_t height, int32_t x,
+                                      int32_t y);
+
+/*
+ * One plane of tiles to rows; width and height are those of the plane, in bytes
+ * and rows. The 16x16 and 8x8 forms are for luma, 16x8 and 8x4 for chroma.
+ */
+VEXO_API void vexo_csc_copy_16x16tiles_to_linear(const uint8_t *src,
+                                                 int32_t width, int32_t height,
+                                                 int32_t dst_stride,
+                                                 uint8_t *dst);
+VEXO_API void vexo_csc_copy_16x8tiles_to_linear(const uint8_t *src,
+                                                int32_t width, int32_t height,
+                                                int32_t dst_stride,
+                                                uint8_t *dst);
+VEXO_API void vexo_csc_copy_8x8tiles_to_linear(const uint8_t *src,
+                                               int32_t width, int32_t height,
+                                               int32_t dst_stride,
+                                               uint8_t *dst);
+VEXO_API void vexo_csc_copy_8x4tiles_to_linear(const uint8_t *src,
+                                               int32_t width, int32_t height,
+                                               int32_t dst_stride,
+                                               uint8_t *dst);
+/* 16 x 8 tiles of pairs, taken apart; an odd last byte is a U. */
+VEXO_API void vexo_csc_unpack_16x8tiles_to_linear(
+    const uint8_t *src, int32_t width, int32_t height, int32_t dst_stride_u,
+    uint8_t *dst_u, int32_t dst_stride_v, uint8_t *dst_v);
+
+/* Whole pictures. An odd width's last chroma byte is a U; to nv21, where it has
+ * no partner to change places with, it keeps its place. */
+VEXO_API vexo_csc_kernel vexo_csc_t64x32_to_yuv420;
+VEXO_API vexo_csc_kernel vexo_csc_t64x32_to_yv12;
+VEXO_API vexo_csc_kernel vexo_csc_t64x32_to_nv12;
+VEXO_API vexo_csc_kernel vexo_csc_t64x32_to_nv21;
+VEXO_API vexo_csc_kernel vexo_csc_t16x16_to_yuv420;
+VEXO_API vexo_csc_kernel vexo_csc_t16x16_to_nv12;
+
+/* Writes W bytes and H / 2 rows of chroma, or as many as the source's plane 1
+ * has pairs and rows when those are fewer. Bytes of the tiles beyond the
+ * picture are left as they are. */
+VEXO_API vexo_csc_kernel vexo_csc_yuv420_to_t64x32;
+
+VEXO_END_DECLS
+
+#endif /* ORUMLOX_CSC_LAYOUT_H */

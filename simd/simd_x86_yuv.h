@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the x86 backends' operations from YUV to RGB share: everything that
+// works inside the 128-bit halves of a register. A backend gives the operations
+// on one register (R) and adds the loads, which decide where pixels lie, and
+// store3.
+#pragma once
+
+#include <immintrin.h>
+#include <stdint.h>
+
+#include "simd/order.h"
+
+namespace lox::LOX_SET {
+
+template <class R>
+struct X86Yuv {
+  using Reg = typename R::Reg;
+  // A step is two registers of 16-bit lanes.
+  static constexpr int n = static_cast<int>(sizeof(Reg));
+  static constexpr int kStreamAlignment = n;
+
+  struct W16 {
+    Reg a, b;
+  };
+  // Each byte in the high half of its pixel's lane.
+  struct U8 {
+    Reg a, b;
+  };
+  struct Words {
+    Reg a, b;
+  };
+  struct Bytes {
+    Reg v;
+  };
+  // The pair of each pixel in its lane, as signed bytes.
+  struct WPairs {
+    Reg a, b;
+  };
+  using Pairs = WPairs;
+  struct Factor {
+    Reg whole, half;
+  };
+  template <int K0, int K1>
+  struct Dot {
+    Reg k, bias;
+  };
+  template <int I, int K>
+  struct HalfDot {
+    Reg k, bias;
+  };
+
+  LOX_OP W16 fill(int k) { return {R::fill16(k), R::fill16(k)}; }
+  LOX_OP Bytes load_bytes(const uint8_t *p) { return {R::load(p)}; }
+
+  // The parts of the loads.
+  LOX_OP Reg less_128(Reg v) { return R::exclusive_or(v, R::fill16(0x8080)); }
+  LOX_OP U8 widen(Reg v) {
+    return {R::unpack_low8(R::zero(), v), R::unpack_high8(R::zero(), v)};
+  }
+  LOX_OP WPairs zip(Reg first, Reg second) {
+    first = less_128(first);
+    second = less_128(second);
+    return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
+  }
+  LOX_OP Pairs double_pairs(Reg v) {
+    v = less_128(v);
+    return {R::unpack_low16(v, v), R::unpack_high16(v, v)};
+  }
+  template <int kLuma>
+  LOX_OP void split_422(Reg a, Reg b, U8 &luma, Pairs &pairs) {
+    constexpr char c0 = 1 - kLuma;
+    constexpr char c1 = 3 - kLuma;
+    const Reg pick = R::in_halves(_mm_setr_epi8(
+        c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
+        c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12));
+    pairs = {less_128(R::shuffle8(a, pick)), less_128(R::shuffle8(b, pick))};
+    if constexpr (kLuma == 0) {
+      luma = {R::template shift_left16<8>(a), R::template shift_left16<8>(b)};
+    } else {
+      luma = {R::bit_and(a, R::fill16(0xFF00)),
+              R::bit_and(b, R::fill16(0xFF00))};
+    }
+  }
+
+  template <int K0, int K1>
+  LOX_OP Dot<K0, K1> make_dot(int bias) {
+    static_assert((K0 >= 0 && K1 >= 0) || (K0 <= 0 && K1 <= 0));
+    constexpr int k0 = K0 < 0 ? -K0 : K0;
+    constexpr int k1 = K1 < 0 ? -K1 : K1;
+    return {R::fill16(k1 << 8 | k0), R::fill16(bias)};
+  }
+  template <int K0, int K1>
+  LOX_OP Reg dot(Reg p, const Dot<K0, K1> &d) {
+    const Reg sum = R::multiply_add8(d.k, p);
+    return K0 < 0 || K1 < 0 ? R::sub16(d.bias, sum) : R::add16(d.bias, sum);
+  }
+  template <int K0, int K1>
+  LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
+    return {dot(p.a, d), dot(p.b, d)};
+  }
+  // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
+  template <int I, int K>
+  LOX_OP HalfDot<I, K> make_half_dot(int bias) {
+    return {R::fill16((K >> 1) << 8 * I), R::fill16(bias)};
+  }
+  template <int I, int K>
+  LOX_OP Reg half_dot(Reg p, const HalfDot<I, K> &d) {
+    const Reg high = I == 1 ? p : R::template shift_left16<8>(p);
+    return R::add16(R::add16(R::multiply_add8(d.k, p), d.bias),
+                    R::template shift_right_signed16<9>(high));
+  }
+  template <int I, int K>
+  LOX_OP W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
+    return {half_dot(p.a, d), half_dot(p.b, d)};
+  }
+
+  LOX_OP Factor make_factor(int k) {
+    return {R::fill16(k << 8), R::fill16(k << 7)};
+  }
+  LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
+    whole = {R::multiply_high16(v.a, k.whole),
+             R::multiply_high16(v.b, k.whole)};
+    half = {R::multiply_high16(v.a, k.half), R::multiply_high16(v.b, k.half)};
+  }
+  LOX_OP W16 add(W16 x, W16 y) {
+    return {R::add16(x.a, y.a), R::add16(x.b, y.b)};
+  }
+  LOX_OP W16 add_saturate(W16 x, W16 y) {
+    return {R::add_saturate16(x.a, y.a), R::add_saturate16(x.b, y.b)};
+  }
+  template <int S>
+  LOX_OP W16 shift_right(W16 v) {
+    return {R::template shift_right_signed16<S>(v.a),
+            R::template shift_right_signed16<S>(v.b)};
+  }
+
+  template <int S>
+  LOX_OP Bytes narrow(W16 v) {
+    return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
+                               R::template narrowing_shift16<S>(v.b))};
+  }
+  LOX_OP Words join_bytes(Reg low, Reg high) {
+    return {R::unpack_low8(low, high), R::unpack_high8(low, high)};
+  }
+  template <int S0, int S1>
+  LOX_OP Words join(W16 low, W16 high) {
+    return join_bytes(narrow<S0>(low).v, narrow<S1>(high).v);
+  }
+  template <int S>
+  LOX_OP Words join_high_255(W16 low) {
+    return join_bytes(narrow<S>(low).v, R::fill16(0xFFFF));
+  }
+  template <int S>
+  LOX_OP Words join_low_255(W16 high) {
+    return join_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
+  }
+  // In bytes, which are half as many registers as words.
+  template <int S0, int S1, int S2>
+  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
+    const Reg h = narrow<S0>(high).v;
+    const Reg m = narrow<S1>(mid).v;
+    const Reg l = narrow<S2>(low).v;
+    const Reg top5 = R::fill16(0xF8F8);
+    const Reg top3 = R::fill16(0xE0E0);
+    const Reg second =
+        R::bit_or(R::bit_and(top5, h),
+                  R::bit_and_not(top5, R::template shift_right16<5>(m)));
+    const Reg first =
+        R::bit_or(R::bit_and(top3, R::template shift_left16<3>(m)),
+                  R::bit_and_not(top3, R::template shift_right16<3>(l)));
+    return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
+  }
+
+  LOX_OP void store_bytes(uint8_t *p, Bytes v) {
+    R::template store<false>(p, v.v);
+  }
+  template <bool kStream>
+  LOX_OP void store16(uint8_t *p, W16 v) {
+    R::template store<kStream>(p, v.a);
+    R::template store<kStream>(p + n, v.b);
+  }
+  template <bool kStream>
+  LOX_OP void store4(uint8_t *p, Words ab, Words cd) {
+    R::template store<kStream>(p, R::unpack_low16(ab.a, cd.a));
+    R::template store<kStream>(p + n, R::unpack_high16(ab.a, cd.a));
+    R::template store<kStream>(p + 2 * n, R::unpack_low16(ab.b, cd.b));
+    R::template store<kStream>(p + 3 * n, R::unpack_high16(ab.b, cd.b));
+  }
+  LOX_OP void end_stream() { _mm_sfence(); }
+
+  // The body of store3, within halves: each source byte has a place of its
+  // own, modulo 16, among the three output registers. One shuffle puts it
+  // there, two selections a register gather the channels.
+  struct Three {
+    Reg v0, v1, v2;
+  };
+  LOX_OP Three interleave3(Reg a, Reg b, Reg c) {
+    const Reg x =
+        R::shuffle8(a, R::in_halves(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8,
+                                                  3, 14, 9, 4, 15, 10, 5)));
+    const Reg y =
+        R::shuffle8(b, R::in_halves(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13,
+                                                  8, 3, 14, 9, 4, 15, 10)));
+    const Reg z =
+        R::shuffle8(c, R::in_halves(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2,
+                                                  13, 8, 3, 14, 9, 4, 15)));
+    // Bytes whose place is 1, and 2, modulo 3.
+    const Reg one = R::in_halves(
+        _mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0));
+    const Reg two = R::in_halves(
+        _mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0));
+    return {R::select8(R::select8(x, y, one), z, two),
+            R::select8(R::select8(y, z, one), x, two),
+            R::select8(R::select8(z, x, one), y, two)};
+  }
+};
+
+}  // namespace lox::LOX_SET
