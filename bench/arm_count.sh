@@ -71,8 +71,8 @@ row() {
 }
 
 cat <<END
-Executed instructions per output pixel (per byte for the copies) of one
-${width}x${height} frame after a warm-up, $(arm-linux-gnueabihf-g++ --version |
+Executed instructions per output pixel (per byte for the plane copy and memcpy)
+of one ${width}x${height} frame after a warm-up, $(arm-linux-gnueabihf-g++ --version |
   head -n 1), $(qemu-arm --version | head -n 1).
 
 | workload | total | vector | load | store | branch | portable form | libyuv | × libyuv |
@@ -83,6 +83,15 @@ row yuv420_rgba8888 'I420 → RGBA8888' 3.393
 row yuv420_rgb565 'I420 → RGB565' 4.018
 row nv21_rgb888 'NV21 → RGB888' 3.389
 row yuyv_rgba8888 'YUYV → RGBA8888' -
+row yuv420_rgba8888_bt709 'I420 → RGBA8888, BT.709' -
+row yuv420_rgba8888_bt601fr 'I420 → RGBA8888, full range' -
+row rgba8888_nv12 'RGBA8888 → NV12' 1.689
+row rgba8888_yuv420 'RGBA8888 → I420' 1.609
+row rgb565_nv12 'RGB565 → NV12' -
+row yuv420_nv12 'I420 → NV12' 0.203
+row nv12_yuv420 'NV12 → I420' 0.203
+row nv12_nv21 'NV12 → NV21' 0.219
+row t64x32_nv12 '64x32 tiles → NV12' -
 row copy_8b 'plane copy' 0.125
 row memcpy 'C library memcpy' 0.269
 cat <<END

@@ -14,7 +14,13 @@
 namespace bench {
 
 struct Contender {
-  enum class Kind { kOwn, kPeer, kBound };
+  enum class Kind {
+    kOwn,
+    kPeer,
+    // A copy of as many bytes, where no peer does the work.
+    kCopy,
+    kBound
+  };
 
   std::string name;
   Kind kind;
@@ -45,7 +51,7 @@ std::string libyuv_version();
 std::string opencv_version();
 std::string swscale_version_text();
 
-// Runs every contender but the bounds on one smooth picture and prints how far
+// Runs every library's contender on one smooth picture and prints how far
 // its output is from this library's. False when one is so far off that it does
 // not do the same work.
 bool check_same_work(const Workload &workload, int width, int height,

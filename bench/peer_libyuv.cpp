@@ -32,6 +32,16 @@ void add_libyuv(const Workload &workload, int w, int h, Contenders *out) {
       libyuv::I420ToABGR(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
                          w * 4, w, h);
     });
+  } else if (id == "yuv420_rgba8888_bt709") {
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::H420ToABGR(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
+                         w * 4, w, h);
+    });
+  } else if (id == "yuv420_rgba8888_bt601fr") {
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::J420ToABGR(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
+                         w * 4, w, h);
+    });
   } else if (id == "yuv420_rgb565") {
     add("libyuv", [=](uint8_t *s, uint8_t *d) {
       libyuv::I420ToRGB565(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
@@ -52,6 +62,37 @@ void add_libyuv(const Workload &workload, int w, int h, Contenders *out) {
       libyuv::YUY2ToARGB(s, w * 2, d, w * 4, w, h);
     });
     out->back().dst_format = VEXO_FMT_BGRA8888;
+  } else if (id == "rgba8888_nv12") {
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::ABGRToNV12(s, w * 4, d, w, d + luma, w, w, h);
+    });
+  } else if (id == "rgba8888_yuv420") {
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::ABGRToI420(s, w * 4, d, w, d + luma, w / 2, d + luma + chroma,
+                         w / 2, w, h);
+    });
+  } else if (id == "rgb565_nv12") {
+    // There is no RGB565ToNV12; the nearest writes as much, U and V in planes.
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::RGB565ToI420(s, w * 2, d, w, d + luma, w / 2, d + luma + chroma,
+                           w / 2, w, h);
+    });
+    out->back().dst_format = VEXO_FMT_YUV420;
+  } else if (id == "yuv420_nv12") {
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::I420ToNV12(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d, w,
+                         d + luma, w, w, h);
+    });
+  } else if (id == "nv12_yuv420") {
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::NV12ToI420(s, w, s + luma, w, d, w, d + luma, w / 2,
+                         d + luma + chroma, w / 2, w, h);
+    });
+  } else if (id == "nv12_nv21") {
+    // The exchange is the same in both directions.
+    add("libyuv", [=](uint8_t *s, uint8_t *d) {
+      libyuv::NV21ToNV12(s, w, s + luma, w, d, w, d + luma, w, w, h);
+    });
   } else if (id == "copy_8b") {
     add("libyuv",
         [=](uint8_t *s, uint8_t *d) { libyuv::CopyPlane(s, w, d, w, w, h); });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// OpenCV's cvtColor, on one thread. It converts to no 16-bit format from YUV.
+// OpenCV's cvtColor, on one thread. It converts no 16-bit format to or from
+// YUV, and knows one standard.
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <string>
@@ -20,29 +21,38 @@ constexpr Route kRoutes[] = {
     {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, cv::COLOR_YUV2RGBA_I420},
     {VEXO_FMT_NV21, VEXO_FMT_RGB888, cv::COLOR_YUV2RGB_NV21},
     {VEXO_FMT_YUYV, VEXO_FMT_RGBA8888, cv::COLOR_YUV2RGBA_YUY2},
+    {VEXO_FMT_RGBA8888, VEXO_FMT_YUV420, cv::COLOR_RGBA2YUV_I420},
 };
+
+cv::Mat matrix(int format, int w, int h, uint8_t *bytes) {
+  switch (format) {
+    case VEXO_FMT_YUYV:
+      return {h, w, CV_8UC2, bytes};
+    case VEXO_FMT_RGB888:
+      return {h, w, CV_8UC3, bytes};
+    case VEXO_FMT_RGBA8888:
+      return {h, w, CV_8UC4, bytes};
+    default:
+      // A 4:2:0 picture is one, the chroma in the rows below the luma.
+      return {h + h / 2, w, CV_8UC1, bytes};
+  }
+}
 
 }  // namespace
 
 void add_opencv(const Workload &workload, int w, int h, Contenders *out) {
+  if (workload.color_std != VEXO_STD_DEFAULT) return;
   cv::setNumThreads(1);
   for (const Route &route : kRoutes) {
     if (route.src_format != workload.src_format ||
         route.dst_format != workload.dst_format) {
       continue;
     }
-    // A 4:2:0 picture is one matrix, the chroma in the rows below the luma.
-    const bool packed = route.src_format == VEXO_FMT_YUYV;
-    const int src_rows = packed ? h : h + h / 2;
-    const int src_type = packed ? CV_8UC2 : CV_8UC1;
-    const int dst_type =
-        route.dst_format == VEXO_FMT_RGB888 ? CV_8UC3 : CV_8UC4;
-    const int code = route.code;
+    const Route r = route;
     out->push_back({"OpenCV", Contender::Kind::kPeer,
                     [=](uint8_t *s, uint8_t *d) {
-                      const cv::Mat src(src_rows, w, src_type, s);
-                      cv::Mat dst(h, w, dst_type, d);
-                      cv::cvtColor(src, dst, code);
+                      cv::Mat dst = matrix(r.dst_format, w, h, d);
+                      cv::cvtColor(matrix(r.src_format, w, h, s), dst, r.code);
                     },
                     workload.dst_format});
   }

@@ -36,10 +36,23 @@ AVPixelFormat name_of(int32_t format) {
   }
 }
 
+// Its own default is the library's.
+bool set_standard(SwsContext *context, int32_t color_std) {
+  if (color_std == VEXO_STD_DEFAULT) return true;
+  const int *const matrix = sws_getCoefficients(
+      color_std == VEXO_STD_BT709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
+  const int src_range = color_std == VEXO_STD_BT601_FULL;
+  // Neutral brightness, contrast and saturation.
+  return sws_setColorspaceDetails(context, matrix, src_range, matrix, 0, 0,
+                                  1 << 16, 1 << 16) >= 0;
+}
+
 }  // namespace
 
 void add_swscale(const Workload &workload, int w, int h, Contenders *out) {
-  if (workload.is_copy()) return;
+  const AVPixelFormat from = name_of(workload.src_format);
+  const AVPixelFormat to = name_of(workload.dst_format);
+  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE) return;
   // It warns about every pair that it has no special form for.
   av_log_set_level(AV_LOG_ERROR);
   constexpr struct {
@@ -49,11 +62,10 @@ void add_swscale(const Workload &workload, int w, int h, Contenders *out) {
                    {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
   for (const auto &setting : kSettings) {
     const std::shared_ptr<SwsContext> context(
-        sws_getContext(w, h, name_of(workload.src_format), w, h,
-                       name_of(workload.dst_format), setting.flags, nullptr,
-                       nullptr, nullptr),
+        sws_getContext(w, h, from, w, h, to, setting.flags, nullptr, nullptr,
+                       nullptr),
         sws_freeContext);
-    if (!context) continue;
+    if (!context || !set_standard(context.get(), workload.color_std)) continue;
     out->push_back({setting.name, Contender::Kind::kPeer,
                     [=](uint8_t *s, uint8_t *d) {
                       const vexo_img src =

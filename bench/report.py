@@ -14,14 +14,31 @@ import statistics
 import sys
 from html import escape
 
-TITLES = {
-    "nv12_rgba8888": "NV12 → RGBA8888",
-    "yuv420_rgba8888": "I420 → RGBA8888",
-    "yuv420_rgb565": "I420 → RGB565",
-    "nv21_rgb888": "NV21 → RGB888",
-    "yuyv_rgba8888": "YUYV → RGBA8888",
-    "copy_8b": "plane copy",
+# The tables of a setting and the workloads in each.
+TABLES = {
+    "YUV → RGB": {
+        "nv12_rgba8888": "NV12 → RGBA8888",
+        "yuv420_rgba8888": "I420 → RGBA8888",
+        "yuv420_rgb565": "I420 → RGB565",
+        "nv21_rgb888": "NV21 → RGB888",
+        "yuyv_rgba8888": "YUYV → RGBA8888",
+        "yuv420_rgba8888_bt709": "I420 → RGBA8888, BT.709",
+        "yuv420_rgba8888_bt601fr": "I420 → RGBA8888, full range",
+    },
+    "RGB → YUV": {
+        "rgba8888_nv12": "RGBA8888 → NV12",
+        "rgba8888_yuv420": "RGBA8888 → I420",
+        "rgb565_nv12": "RGB565 → NV12",
+    },
+    "Layouts and copies": {
+        "yuv420_nv12": "I420 → NV12",
+        "nv12_yuv420": "NV12 → I420",
+        "nv12_nv21": "NV12 → NV21",
+        "t64x32_nv12": "64x32 tiles → NV12",
+        "copy_8b": "plane copy",
+    },
 }
+TITLES = {w: title for rows in TABLES.values() for w, title in rows.items()}
 SETTINGS = {
     "640x360": "640x360",
     "1080p_hot": "1920x1080, same buffers every call",
@@ -95,21 +112,19 @@ def ratio(a, b):
     return number(a / b, 2) if a and b else "–"
 
 
-def table(lines):
+def table(title, lines):
     found = {name for line in lines.values() for name in line.best
              if not name.startswith("bound")}
     names = ([n for n in ORDER if n in found] +
              sorted(found.difference(ORDER)))
-    head = (["workload"] + names +
+    head = ([title] + names +
             ["bound", "best peer", "× best peer", "× portable", "of bound",
              "median / lowest"])
     out = ["| " + " | ".join(head) + " |",
            "|---|" + "---:|" * (len(head) - 1)]
-    for workload, title in TITLES.items():
-        line = lines.get(workload)
-        if line is None:
-            continue
-        cells = [title] + [number(line.best.get(name)) for name in names]
+    for workload, line in lines.items():
+        cells = [TITLES[workload]]
+        cells += [number(line.best.get(name)) for name in names]
         cells += [
             number(line.bound),
             line.peer or "–",
@@ -137,25 +152,31 @@ def markdown(context, settings):
         f"{context['date']}." +
         (f" Commit: {context['commit']}." if "commit" in context else ""),
         "",
-        "Nanoseconds per output pixel (per byte for the copy), one thread, the "
-        "lowest of the repetitions. “× best peer” is the best peer's time over "
-        "orumlox's, “× portable” the portable form's: above 1 orumlox is "
-        "faster. “of bound” is orumlox's time over the stream bound's: 1 is as "
-        "fast as the memory goes. “median / lowest” is that of orumlox or of the "
-        "best peer, whichever is the larger: it tells how quiet the machine "
-        "was.",
+        "Nanoseconds per output pixel (per byte for the plane copy), one "
+        "thread, the lowest of the repetitions. “× best peer” is the best "
+        "peer's time over orumlox's, “× portable” the portable form's: above 1 "
+        "orumlox is faster. The tiles have no peer but a memcpy of as many "
+        "bytes. “of bound” is orumlox's time over the stream bound's: 1 is "
+        "about as fast as the memory goes. “median / lowest” is that of orumlox or of "
+        "the best peer, whichever is the larger: it tells how quiet the "
+        "machine was.",
         "",
         "![Times faster than the best peer](ratio.svg)",
     ]
     for setting, title in SETTINGS.items():
         if setting in settings:
-            out += ["", f"### {title}", ""] + table(settings[setting])
+            out += ["", f"### {title}"]
+            for name, rows in TABLES.items():
+                lines = {w: settings[setting][w] for w in rows
+                         if w in settings[setting]}
+                if lines:
+                    out += [""] + table(name, lines)
     return "\n".join(out) + "\n"
 
 
 def plot(settings):
     """Horizontal bars of how many times faster than the best peer."""
-    left, right, bar, gap, head = 150, 150, 16, 6, 30
+    left, right, bar, gap, head = 200, 150, 16, 6, 30
     bars = [(s, w, line) for s, lines in settings.items()
             for w, line in lines.items() if line.gain()]
     longest = max([line.gain() for _, _, line in bars] + [1]) * 1.05

@@ -13,6 +13,8 @@ struct PlaneShape {
 struct Layout {
   int32_t planes;
   PlaneShape plane[3];
+  // What the bytes of a row and the rows are padded to.
+  int32_t stride_unit = 1, rows_unit = 1;
 };
 
 Layout layout_of(int32_t format) {
@@ -22,6 +24,9 @@ Layout layout_of(int32_t format) {
     case VEXO_FMT_NV12:
     case VEXO_FMT_NV21:
       return {2, {{0, 0, 1}, {1, 1, 2}}};
+    case VEXO_FMT_T64X32:
+      // Tiles lie in pairs beside each other.
+      return {2, {{0, 0, 1}, {1, 1, 2}}, 128, 32};
     case VEXO_FMT_YUYV:
     case VEXO_FMT_RGB565:
       return {1, {{0, 0, 2}}};
@@ -35,18 +40,25 @@ Layout layout_of(int32_t format) {
   }
 }
 
+int32_t padded(int32_t size, int32_t unit) {
+  return (size + unit - 1) / unit * unit;
+}
+
 }  // namespace
 
 size_t frame_bytes(int32_t format, int32_t width, int32_t height) {
-  const Layout layout = layout_of(format);
+  const vexo_img img = describe(format, width, height, nullptr);
   size_t bytes = 0;
-  for (int p = 0; p < layout.planes; ++p) {
-    const PlaneShape &s = layout.plane[p];
-    bytes += static_cast<size_t>(width >> s.x_shift) *
-             static_cast<size_t>(height >> s.y_shift) *
-             static_cast<size_t>(s.bytes);
+  for (int p = 0; p < 3; ++p) {
+    bytes += static_cast<size_t>(img.stride[p]) *
+             static_cast<size_t>(img.buf_height[p]);
   }
   return bytes;
+}
+
+size_t picture_bytes(int32_t format, int32_t width, int32_t height) {
+  return frame_bytes(format == VEXO_FMT_T64X32 ? VEXO_FMT_NV12 : format, width,
+                     height);
 }
 
 vexo_img describe(int32_t format, int32_t width, int32_t height,
@@ -57,11 +69,14 @@ vexo_img describe(int32_t format, int32_t width, int32_t height,
   for (int p = 0; p < layout.planes; ++p) {
     const PlaneShape &s = layout.plane[p];
     img.width[p] = width >> s.x_shift;
-    img.height[p] = img.buf_height[p] = height >> s.y_shift;
-    img.stride[p] = img.width[p] * s.bytes;
+    img.height[p] = height >> s.y_shift;
+    img.stride[p] = padded(img.width[p] * s.bytes, layout.stride_unit);
+    img.buf_height[p] = padded(img.height[p], layout.rows_unit);
     img.plane[p] = bytes;
-    bytes +=
-        static_cast<size_t>(img.stride[p]) * static_cast<size_t>(img.height[p]);
+    if (bytes) {
+      bytes += static_cast<size_t>(img.stride[p]) *
+               static_cast<size_t>(img.buf_height[p]);
+    }
   }
   return img;
 }
@@ -72,8 +87,9 @@ int32_t run_library(const Workload &workload, int32_t width, int32_t height,
     vexo_cpy_8b(src, width, height, width, width, dst);
     return VEXO_OK;
   }
-  const vexo_img from = describe(workload.src_format, width, height, src);
-  const vexo_img to = describe(workload.dst_format, width, height, dst);
+  vexo_img from = describe(workload.src_format, width, height, src);
+  vexo_img to = describe(workload.dst_format, width, height, dst);
+  from.color_std = to.color_std = workload.color_std;
   return vexo_csc(&from, &to);
 }
 

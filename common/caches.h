@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// From which sizes on the caches are left alone.
 #pragma once
 
 #include <stddef.h>
@@ -9,5 +11,25 @@ namespace lox {
 // caches until somebody reads it, so that it may as well be written past them.
 // Measured: below, a picture that is written again and again gains from them.
 constexpr size_t kBeyondCaches = size_t{4} << 20;
+
+// Whether writing past the caches gains on this processor: on those of AMD it
+// does, on Intel's it costs more than it saves, even where memory is the limit.
+// Chosen when the library is loaded; not before that.
+namespace detail {
+extern bool streaming_now;
+}
+inline bool streaming() { return detail::streaming_now; }
+
+// For tests, on one thread. Not exported.
+void set_streaming(bool on);
+
+// From this many bytes on, a copy is left to the C library. Measured on x86: its
+// copy gains where the second-level cache ends; on ARM it is taken to where no
+// cache is left.
+#if defined(__x86_64__) || defined(__i386__)
+constexpr size_t kLongCopy = size_t{512} << 10;
+#else
+constexpr size_t kLongCopy = kBeyondCaches;
+#endif
 
 }  // namespace lox

@@ -15,44 +15,33 @@ namespace {
 #if LOX_VECTORS
 
 template <class V>
-LOX_INLINE auto take(const uint8_t *&src) {
-  const auto bytes = V::load_bytes(src);
-  src += V::n;
-  settle(src);
-  return bytes;
-}
-
-template <class V>
-LOX_INLINE void put(uint8_t *&dst, typename V::Bytes bytes) {
-  V::store_bytes(dst, bytes);
-  dst += V::n;
-  settle(dst);
-}
-
-template <class V>
 LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
   size_t left = n;
-  for (; left >= 4 * V::n; left -= 4 * V::n) {
-    const auto a = take<V>(src);
-    const auto b = take<V>(src);
-    const auto c = take<V>(src);
-    const auto d = take<V>(src);
-    put<V>(dst, a);
-    put<V>(dst, b);
-    put<V>(dst, c);
-    put<V>(dst, d);
+  for (; left >= 4 * V::kBlock; left -= 4 * V::kBlock) {
+    const auto a = V::take_block(src);
+    const auto b = V::take_block(src);
+    const auto c = V::take_block(src);
+    const auto d = V::take_block(src);
+    V::put_block(dst, a);
+    V::put_block(dst, b);
+    V::put_block(dst, c);
+    V::put_block(dst, d);
   }
-  for (; left >= V::n; left -= V::n) put<V>(dst, take<V>(src));
+  for (; left >= V::kBlock; left -= V::kBlock) {
+    V::put_block(dst, V::take_block(src));
+  }
   if (left > 0) {
     // The last vector ends with the run.
-    V::store_bytes(dst + left - V::n, V::load_bytes(src + left - V::n));
+    dst -= V::kBlock - left;
+    src -= V::kBlock - left;
+    V::put_block(dst, V::take_block(src));
   }
 }
 
 void copy(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (n >= Wide::n && n < kBeyondCaches) {
+  if (n >= Wide::kBlock && n < kLongCopy) {
     copy_vectors<Wide>(dst, src, n);
-  } else if (n >= Narrow::n && n < kBeyondCaches) {
+  } else if (n >= Narrow::kBlock && n < kLongCopy) {
     copy_vectors<Narrow>(dst, src, n);
   } else {
     // Short, or so long that the C library knows best which caches to use.
@@ -67,11 +56,25 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) { memcpy(dst, src, n); }
 #endif
 
 // With the sizes of whole tiles known to the compiler.
-template <size_t kBytes>
-void copy_block_of(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
-                   ptrdiff_t src_step, int rows) {
+template <int kBytes>
+void copy_tile(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
+               ptrdiff_t src_step, int rows) {
   for (int row = 0; row < rows; ++row) {
-    memcpy(dst + row * dst_step, src + row * src_step, kBytes);
+    [[maybe_unused]] const uint8_t *from = src + row * src_step;
+    [[maybe_unused]] uint8_t *to = dst + row * dst_step;
+#if LOX_VECTORS
+    if constexpr (kBytes % Wide::kBlock == 0) {
+      for (int i = 0; i < kBytes; i += Wide::kBlock) {
+        Wide::put_block(to, Wide::take_block(from));
+      }
+    } else if constexpr (kBytes == Narrow::n) {
+      Narrow::store_bytes(to, Narrow::load_bytes(from));
+    } else {
+      memcpy(to, from, kBytes);
+    }
+#else
+    memcpy(to, from, kBytes);
+#endif
   }
 }
 
@@ -79,11 +82,11 @@ void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
                 ptrdiff_t src_step, size_t n, int rows) {
   switch (n) {
     case 8:
-      return copy_block_of<8>(dst, dst_step, src, src_step, rows);
+      return copy_tile<8>(dst, dst_step, src, src_step, rows);
     case 16:
-      return copy_block_of<16>(dst, dst_step, src, src_step, rows);
+      return copy_tile<16>(dst, dst_step, src, src_step, rows);
     case 64:
-      return copy_block_of<64>(dst, dst_step, src, src_step, rows);
+      return copy_tile<64>(dst, dst_step, src, src_step, rows);
     default:
       for (int row = 0; row < rows; ++row) {
         copy(dst + row * dst_step, src + row * src_step, n);

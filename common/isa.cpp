@@ -20,6 +20,11 @@ int isa_best() {
 #if defined(__x86_64__) || defined(__i386__)
   // These look at what the system saves of a thread's registers, too.
   __builtin_cpu_init();
+  if (__builtin_cpu_supports("avx512bw") &&
+      __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512vl")) {
+    return 3;
+  }
   if (__builtin_cpu_supports("avx2")) return 2;
   if (__builtin_cpu_supports("sse4.1")) return 1;
   return 0;

@@ -9,7 +9,7 @@
 // LOX_FOR_EACH_SET(X): X(set) for each set, worst first. Must agree with
 // cmake/rows.cmake.
 #if defined(__x86_64__) || defined(__i386__)
-#define LOX_FOR_EACH_SET(X) X(portable) X(sse41) X(avx2)
+#define LOX_FOR_EACH_SET(X) X(portable) X(sse41) X(avx2) X(avx512)
 #elif defined(LOX_TRIM)
 #define LOX_FOR_EACH_SET(X) X(neon)
 #elif defined(__ARM_NEON)

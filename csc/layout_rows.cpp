@@ -10,33 +10,33 @@ namespace lox::LOX_SET {
 namespace {
 
 #if LOX_VECTORS
-
-// Rows with n positions of which a vector does V::n: calls step(V(), position)
-// for whole vectors that cover them, the last of which may begin in the one
-// before. Returns the positions done.
-template <class Step>
-LOX_INLINE ptrdiff_t cover(ptrdiff_t n, Step step) {
-  return with_vectors(n, [&]<class V>(V v) LOX_INLINE_LAMBDA {
-    ptrdiff_t at = 0;
-    for (; at + 2 * V::n <= n; at += 2 * V::n) {
-      step(v, at);
-      step(v, at + V::n);
-    }
-    for (; at + V::n <= n; at += V::n) step(v, at);
-    if (at < n) step(v, n - V::n);
-  });
-}
-
+// Steps are short: several make a turn of a loop.
+constexpr int kSteps = 2;
 #endif
 
 void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
   const ptrdiff_t pairs = n / 2;
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = cover(pairs, [&]<class V>(V, ptrdiff_t at) LOX_INLINE_LAMBDA {
-    const auto two = V::load_unzip(src + 2 * at);
-    V::store_bytes(even + at, two.even);
-    V::store_bytes(odd + at, two.odd);
+  i = with_vectors(pairs, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to0 = even;
+    uint8_t *to1 = odd;
+    for_vectors<V, kSteps>(
+        pairs,
+        [&]() LOX_INLINE_LAMBDA {
+          const auto two = V::load_unzip(from);
+          V::store_bytes(to0, two.even);
+          V::store_bytes(to1, two.odd);
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+          from += 2 * step;
+          to0 += step;
+          to1 += step;
+          settle(from);
+          settle(to0);
+          settle(to1);
+        });
   });
 #endif
   for (; i < pairs; ++i) {
@@ -46,24 +46,26 @@ void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
   if (n % 2 != 0) even[pairs] = src[2 * pairs];
 }
 
-void even(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
-  const ptrdiff_t pairs = n / 2;
-  ptrdiff_t i = 0;
-#if LOX_VECTORS
-  i = cover(pairs, [&]<class V>(V, ptrdiff_t at) LOX_INLINE_LAMBDA {
-    V::store_bytes(dst + at, V::load_unzip(src + 2 * at).even);
-  });
-#endif
-  for (; i < pairs; ++i) dst[i] = src[2 * i];
-  if (n % 2 != 0) dst[pairs] = src[2 * pairs];
-}
-
 void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = cover(n, [&]<class V>(V, ptrdiff_t at) LOX_INLINE_LAMBDA {
-    V::store_zip(dst + 2 * at, V::load_bytes(even + at),
-                 V::load_bytes(odd + at));
+  i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const uint8_t *from0 = even;
+    const uint8_t *from1 = odd;
+    uint8_t *to = dst;
+    for_vectors<V, kSteps>(
+        n,
+        [&]() LOX_INLINE_LAMBDA {
+          V::store_zip(to, V::load_bytes(from0), V::load_bytes(from1));
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+          from0 += step;
+          from1 += step;
+          to += 2 * step;
+          settle(from0);
+          settle(from1);
+          settle(to);
+        });
   });
 #endif
   for (; i < n; ++i) {
@@ -72,33 +74,73 @@ void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
   }
 }
 
+#if LOX_VECTORS
+// Of 2 n bytes V's bytes, made from what lies at the same position.
+template <class Make>
+LOX_INLINE ptrdiff_t make_bytes(const uint8_t *src, uint8_t *dst, ptrdiff_t n,
+                                Make make) {
+  return with_vectors(n, [&]<class V>(V v) LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    for_vectors<V, kSteps>(
+        n, [&]() LOX_INLINE_LAMBDA { V::store_bytes(to, make(v, from)); },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+          from += 2 * step;
+          to += step;
+          settle(from);
+          settle(to);
+        });
+  });
+}
+#endif
+
+void even(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  const ptrdiff_t pairs = n / 2;
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = make_bytes(src, dst, pairs,
+                 []<class V>(V, const uint8_t *p)
+                     LOX_INLINE_LAMBDA { return V::load_unzip(p).even; });
+#endif
+  for (; i < pairs; ++i) dst[i] = src[2 * i];
+  if (n % 2 != 0) dst[pairs] = src[2 * pairs];
+}
+
+void words_by_4(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = make_bytes(src, dst, n,
+                 []<class V>(V, const uint8_t *p)
+                     LOX_INLINE_LAMBDA { return V::load_words_by_4(p); });
+#endif
+  for (; i < n; ++i) {
+    const int word = src[2 * i] | src[2 * i + 1] << 8;
+    dst[i] = static_cast<uint8_t>(word >> 2);
+  }
+}
+
 void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   // In place no vector may do pairs again.
   with_vectors(2 * n, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    for (; i + V::n / 2 <= n; i += V::n / 2) {
-      V::store_bytes(dst + 2 * i, V::swap_pairs(V::load_bytes(src + 2 * i)));
+    constexpr ptrdiff_t kPairs = V::kBlock / 2;
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    const auto step = [&]() LOX_INLINE_LAMBDA {
+      V::put_block(to, V::swap_pairs(V::take_block(from)));
+    };
+    for (; i + 2 * kPairs <= n; i += 2 * kPairs) {
+      step();
+      step();
     }
+    for (; i + kPairs <= n; i += kPairs) step();
   });
 #endif
   for (; i < n; ++i) {
     const uint8_t first = src[2 * i];
     dst[2 * i] = src[2 * i + 1];
     dst[2 * i + 1] = first;
-  }
-}
-
-void words_by_4(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
-  ptrdiff_t i = 0;
-#if LOX_VECTORS
-  i = cover(n, [&]<class V>(V, ptrdiff_t at) LOX_INLINE_LAMBDA {
-    V::store_bytes(dst + at, V::load_words_by_4(src + 2 * at));
-  });
-#endif
-  for (; i < n; ++i) {
-    const int word = src[2 * i] | src[2 * i + 1] << 8;
-    dst[i] = static_cast<uint8_t>(word >> 2);
   }
 }
 

@@ -91,6 +91,14 @@ LOX_INLINE auto chroma_weights() {
   return weights<V, F, K>(128 + 128 * 256);
 }
 
+// Stores `bytes` pixels' bytes and moves behind them.
+template <class V>
+LOX_INLINE void put(uint8_t *&to, typename V::Bytes bytes) {
+  V::store_bytes(to, bytes);
+  to += V::n;
+  settle(to);
+}
+
 #endif
 
 // --- to YUV -----------------------------------------------------------------
@@ -103,17 +111,14 @@ void luma(const RgbToYuvRow &row, ptrdiff_t width) {
     const auto y_weights = luma_weights<V, F, M>();
     const uint8_t *rgb = row.rgb;
     uint8_t *y = row.y;
-    for_vectors<V>(
+    for_moving_vectors<V, 2>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          V::store_bytes(y,
-                         V::weigh(V::template load_pixels<F>(rgb), y_weights));
+          put<V>(y, V::weigh(V::template take_pixels<F>(rgb), y_weights));
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          rgb += pixels * F.bytes;
-          y += pixels;
-          settle(rgb);
-          settle(y);
+          rgb -= pixels * F.bytes;
+          y -= pixels;
         });
   });
 #endif
@@ -138,32 +143,30 @@ void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     uint8_t *y = row.y;
     uint8_t *chroma0 = row.chroma[0];
     uint8_t *chroma1 = row.chroma[1];
-    for_vectors<V>(
+    // Chroma bytes that a row has for a pixel, times two.
+    constexpr int kChromaBytes = kChroma == kChromaPlanes ? 1 : 2;
+    for_moving_vectors<V, 1>(
         whole,
         [&]() LOX_INLINE_LAMBDA {
-          const auto pixels = V::template load_pixels<F>(rgb);
-          V::store_bytes(y, V::weigh(pixels, y_weights));
+          const auto pixels = V::template take_pixels<F>(rgb);
+          put<V>(y, V::weigh(pixels, y_weights));
           const auto pairs =
               V::weigh_even(pixels, first_weights, second_weights);
           if constexpr (kChroma == kChromaPlanes) {
             V::store_rows(chroma0, chroma1, pairs);
+            chroma1 += V::n / 2;
+            settle(chroma1);
           } else {
             V::store_pairs(chroma0, pairs);
           }
+          chroma0 += kChromaBytes * V::n / 2;
+          settle(chroma0);
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          rgb += pixels * F.bytes;
-          y += pixels;
-          settle(rgb);
-          settle(y);
-          if constexpr (kChroma == kChromaPlanes) {
-            chroma0 += pixels / 2;
-            chroma1 += pixels / 2;
-            settle(chroma1);
-          } else {
-            chroma0 += pixels;
-          }
-          settle(chroma0);
+          rgb -= pixels * F.bytes;
+          y -= pixels;
+          chroma0 -= kChromaBytes * pixels / 2;
+          if constexpr (kChroma == kChromaPlanes) chroma1 -= pixels / 2;
         });
   });
 #endif
@@ -192,20 +195,23 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     const auto y_weights = luma_weights<V, F, M>();
     const auto u_weights = chroma_weights<V, F, M::kU>();
     const auto v_weights = chroma_weights<V, F, M::kV>();
-    RgbToYuvRow at = row;
-    for_vectors<V>(
+    const uint8_t *rgb = row.rgb;
+    uint8_t *y = row.y;
+    uint8_t *u = row.chroma[0];
+    uint8_t *v = row.chroma[1];
+    for_moving_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          const auto pixels = V::template load_pixels<F>(at.rgb);
-          V::store_bytes(at.y, V::weigh(pixels, y_weights));
-          V::store_bytes(at.chroma[0], V::weigh(pixels, u_weights));
-          V::store_bytes(at.chroma[1], V::weigh(pixels, v_weights));
+          const auto pixels = V::template take_pixels<F>(rgb);
+          put<V>(y, V::weigh(pixels, y_weights));
+          put<V>(u, V::weigh(pixels, u_weights));
+          put<V>(v, V::weigh(pixels, v_weights));
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          at.rgb += pixels * F.bytes;
-          at.y += pixels;
-          at.chroma[0] += pixels;
-          at.chroma[1] += pixels;
+          rgb -= pixels * F.bytes;
+          y -= pixels;
+          u -= pixels;
+          v -= pixels;
         });
   });
 #endif
@@ -226,15 +232,15 @@ void to_565(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
     const uint8_t *from = src;
     uint8_t *to = dst;
-    for_vectors<V>(
+    for_moving_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          V::template store16<false>(
-              to, V::to_565(V::template load_pixels<F>(from)));
+          V::store_565(to, V::template take_pixels<F>(from));
+          to += 2 * V::n;
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          from += pixels * F.bytes;
-          to += pixels * 2;
+          from -= pixels * F.bytes;
+          to -= pixels * 2;
         });
   });
 #endif
@@ -253,14 +259,15 @@ void to_rgba8888(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
     const uint8_t *from = src;
     uint8_t *to = dst;
-    for_vectors<V>(
+    for_moving_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          V::store_rgba(to, V::template load_pixels<F>(from));
+          V::store_rgba(to, V::template take_pixels<F>(from));
+          to += 4 * V::n;
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          from += pixels * F.bytes;
-          to += pixels * 4;
+          from -= pixels * F.bytes;
+          to -= pixels * 4;
         });
   });
 #endif

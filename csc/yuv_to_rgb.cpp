@@ -15,7 +15,7 @@ namespace lox::csc {
 bool can_stream(RgbLayout layout, const KernelArgs &args) {
   const uintptr_t alignment =
       static_cast<uintptr_t>(yuv_to_rgb_rows().stream_alignment);
-  if (alignment == 0) return false;
+  if (alignment == 0 || !streaming()) return false;
   const uint64_t row_bytes = static_cast<uint64_t>(args.src_width[0]) *
                              static_cast<uint64_t>(kPixelBytes[layout]);
   return row_bytes * static_cast<uint64_t>(args.src_height[0]) >=

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Builds the library and the vexo tool, takes the sample photograph through
-# several pixel layouts and checks that the pictures that must agree do.
+# the pixel layouts and standards and checks that pictures that must agree do.
 # Installs missing Debian packages first (as root). The pictures end up in out/.
 set -eu
 
@@ -11,6 +11,7 @@ build=build/demo
 out=out
 sample=samples/coffee_320x208.y4m
 size=320x208
+rgb_layouts="rgb565 bgr565 rgb888 bgr888 rgba8888 bgra8888 argb8888 abgr8888"
 
 # shellcheck source=scripts/packages.sh
 . scripts/packages.sh
@@ -34,57 +35,88 @@ convert() {
   "$build/tools/vexo/vexo" convert "$@"
 }
 
+# All of these files of out/ are equal.
 same() {
-  if ! cmp -s "$out/$1" "$out/$2"; then
-    echo "demo: $out/$1 and $out/$2 differ" >&2
-    exit 1
-  fi
-  echo "  $1 and $2 are the same picture"
+  first=$1
+  for other in "$@"; do
+    if ! cmp -s "$out/$first" "$out/$other"; then
+      echo "demo: $out/$first and $out/$other differ" >&2
+      exit 1
+    fi
+  done
+  echo "  the same: $*"
+}
+
+# All of these files of out/ differ from the first.
+differ() {
+  first=$1
+  shift
+  for other in "$@"; do
+    if cmp -s "$out/$first" "$out/$other"; then
+      echo "demo: $out/$first and $out/$other are the same" >&2
+      exit 1
+    fi
+  done
+  echo "  not the same as $first, as it must be: $*"
 }
 
 echo
-echo "The photograph as PNG, converted to different layouts:"
-convert "$sample" "$out/rgba8888.png" --to rgba8888
-convert "$sample" "$out/argb8888.png" --to argb8888
-convert "$sample" "$out/rgb888.png" --to rgb888
-convert "$sample" "$out/bgr888.png" --to bgr888
-convert "$sample" "$out/rgb565.png" --to rgb565
-
-echo
-echo "As raw frames, and back to PNG:"
-convert "$sample" "$out/coffee_yuv420.yuv" --to yuv420
-convert "$sample" "$out/coffee_yv12.yuv" --to yv12
-convert "$sample" "$out/coffee_rgb565.rgb" --to rgb565
-convert "$sample" "$out/coffee_bgr888.rgb" --to bgr888
-convert "$out/coffee_yuv420.yuv" "$out/from_yuv420.png" \
-  --size "$size" --from yuv420
-convert "$out/coffee_yuv420.yuv" "$out/via_yv12.png" \
-  --size "$size" --from yuv420 --via yv12
-convert "$out/coffee_yv12.yuv" "$out/from_yv12.png" --size "$size" --from yv12
-convert "$out/coffee_rgb565.rgb" "$out/from_rgb565.png" --to rgb565 \
-  --size "$size" --from rgb565
-convert "$out/coffee_bgr888.rgb" "$out/from_bgr888.png" \
-  --size "$size" --from bgr888
-
-echo
-echo "The same samples taken for another layout, to show that order matters:"
-convert "$out/coffee_yv12.yuv" "$out/u_and_v_exchanged.png" \
-  --size "$size" --from yuv420
-
-echo
-echo "Checks:"
-same rgba8888.png argb8888.png
+echo "The photograph in every RGB layout:"
+for rgb in $rgb_layouts; do
+  convert "$sample" "$out/$rgb.png" --to "$rgb"
+  convert "$sample" "$out/coffee_$rgb.rgb" --to "$rgb"
+done
 same rgb888.png bgr888.png
-same rgb888.png from_yuv420.png
-same rgb888.png from_yv12.png
-same rgb888.png via_yv12.png
-same rgb888.png from_bgr888.png
-same rgb565.png from_rgb565.png
-if cmp -s "$out/rgb888.png" "$out/u_and_v_exchanged.png"; then
-  echo "demo: exchanged chroma planes made no difference" >&2
-  exit 1
-fi
-echo "  u_and_v_exchanged.png differs, as it must"
+same rgba8888.png bgra8888.png argb8888.png abgr8888.png
+same rgb565.png bgr565.png
+
+echo
+echo "Each of them as NV12:"
+for rgb in $rgb_layouts; do
+  convert "$out/coffee_$rgb.rgb" "$out/nv12_of_$rgb.yuv" --to nv12 \
+    --size "$size" --from "$rgb"
+done
+same nv12_of_rgb888.yuv nv12_of_bgr888.yuv nv12_of_rgba8888.yuv \
+  nv12_of_bgra8888.yuv nv12_of_argb8888.yuv nv12_of_abgr8888.yuv
+same nv12_of_rgb565.yuv nv12_of_bgr565.yuv
+
+echo
+echo "RGBA as YUV in several layouts, and back:"
+for yuv in yuv420 yv12 nv12 nv21 yuv444; do
+  convert "$out/rgba8888.png" "$out/from_$yuv.png" --via "$yuv"
+done
+same from_yuv420.png from_yv12.png from_nv12.png from_nv21.png
+differ from_yuv420.png from_yuv444.png
+
+echo
+echo "The photograph's own samples through other layouts, and back:"
+convert "$sample" "$out/coffee.yuv"
+set --
+for yuv in nv12 nv21 nv12,nv21 yuv422n t64x32 t64x32,nv12; do
+  convert "$sample" "$out/through_$yuv.yuv" --via "$yuv" --to yuv420
+  set -- "$@" "through_$yuv.yuv"
+done
+same coffee.yuv "$@"
+convert "$sample" "$out/coffee_t64x32.yuv" --to t64x32
+convert "$out/coffee_t64x32.yuv" "$out/from_t64x32.png" --size "$size" \
+  --from t64x32
+convert "$sample" "$out/coffee_yv12.yuv" --to yv12
+convert "$out/coffee_yv12.yuv" "$out/u_and_v_exchanged.png" --size "$size" \
+  --from yuv420
+same rgb888.png from_t64x32.png
+differ rgb888.png u_and_v_exchanged.png
+
+echo
+echo "Other standards, which take the samples for other colours:"
+for standard in bt601-full bt709 bt709-full; do
+  convert "$sample" "$out/$standard.png" --to rgba8888 --standard "$standard"
+done
+same bt601-full.png bt709-full.png
+differ rgba8888.png bt601-full.png bt709.png
+convert "$out/rgba8888.png" "$out/from_bt601-full.png" --via yuv420 \
+  --standard bt601-full
+convert "$out/rgba8888.png" "$out/from_bt709.png" --via nv21,yuv420 \
+  --standard bt709
 
 echo
 "$build/tools/vexo/vexo" formats >"$out/formats.txt"

@@ -14,7 +14,16 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(LOX_SET_avx2)
+#if defined(LOX_SET_avx512)
+#include "simd/simd_avx512.h"
+#include "simd/simd_sse41.h"
+#define LOX_VECTORS 1
+namespace lox::LOX_SET {
+using Wide = Avx512Lanes;
+using Narrow = Sse41Lanes;
+constexpr bool kNarrower = true;
+}  // namespace lox::LOX_SET
+#elif defined(LOX_SET_avx2)
 #include "simd/simd_avx2.h"
 #include "simd/simd_sse41.h"
 #define LOX_VECTORS 1
@@ -77,26 +86,57 @@ LOX_INLINE void settle([[maybe_unused]] T *&p) {
 #endif
 }
 
-// Does a row of `width` pixels, V::n or more, in whole vectors. step() does the
-// vector that the kernel's pointers stand on, move(pixels) moves them. The last
-// vector ends at `width` and may do pixels again, which is cheaper than doing
-// them one by one; it is done by last(), as its address may be any.
-template <class V, class Step, class Move, class Last>
+// Does a row of `width` pixels, V::n or more, in whole vectors, kSteps of them
+// in a turn of the loop where so many are left. step() does the vector that the
+// kernel's pointers stand on, move(pixels) moves them. The last vector ends at
+// `width` and may do pixels again, which is cheaper than doing them one by one;
+// it is done by last(), as its address may be any.
+template <class V, int kSteps = 1, class Step, class Move, class Last>
 LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move, Last last) {
   ptrdiff_t left = width;
-  do {
-    step();
-    move(V::n);
-    left -= V::n;
-  } while (left >= V::n);
+  if constexpr (kSteps > 1) {
+    for (; left >= kSteps * V::n; left -= kSteps * V::n) {
+      for (int i = 0; i < kSteps; ++i) {
+        step();
+        move(V::n);
+      }
+    }
+    for (; left >= V::n; left -= V::n) {
+      step();
+      move(V::n);
+    }
+  } else {
+    do {
+      step();
+      move(V::n);
+      left -= V::n;
+    } while (left >= V::n);
+  }
   if (left > 0) {
     move(left - V::n);
     last();
   }
 }
-template <class V, class Step, class Move>
+template <class V, int kSteps = 1, class Step, class Move>
 LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move) {
-  for_vectors<V>(width, step, move, step);
+  for_vectors<V, kSteps>(width, step, move, step);
+}
+
+// The same for a step() that moves the kernel's pointers itself; back(pixels)
+// moves them back to where the last vector begins.
+template <class V, int kSteps, class Step, class Back>
+LOX_INLINE void for_moving_vectors(ptrdiff_t width, Step step, Back back) {
+  ptrdiff_t left = width;
+  for (; left >= kSteps * V::n; left -= kSteps * V::n) {
+    for (int i = 0; i < kSteps; ++i) step();
+  }
+  if constexpr (kSteps > 1) {
+    for (; left >= V::n; left -= V::n) step();
+  }
+  if (left > 0) {
+    back(V::n - left);
+    step();
+  }
 }
 
 }  // namespace lox::LOX_SET

@@ -27,7 +27,7 @@ struct Avx2Register {
   }
   LOX_OP Reg zero() { return _mm256_setzero_si256(); }
   LOX_OP Reg fill16(int k) { return _mm256_set1_epi16(static_cast<short>(k)); }
-  LOX_OP Reg in_halves(__m128i v) { return _mm256_broadcastsi128_si256(v); }
+  LOX_OP Reg in_parts(__m128i v) { return _mm256_broadcastsi128_si256(v); }
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm256_adds_epi16(a, b); }
@@ -102,28 +102,31 @@ struct Avx2Register {
   LOX_OP Reg bytes_from(Reg low, Reg high) {
     return _mm256_alignr_epi8(high, low, K);
   }
-  LOX_OP Reg load_apart(const uint8_t *low, const uint8_t *high) {
+  // 16 bytes in each half, `step` apart.
+  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t step) {
     return _mm256_inserti128_si256(
         _mm256_castsi128_si256(
-            _mm_loadu_si128(reinterpret_cast<const __m128i *>(low))),
-        _mm_loadu_si128(reinterpret_cast<const __m128i *>(high)), 1);
+            _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + step)), 1);
   }
   // Units of both halves in turn: of 64, of 32, and of 16 bits, these of the
   // first half of each half and then of the second.
   LOX_OP Reg order_quads(Reg v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+  // The reverse of order_quads, before what works inside halves.
+  LOX_OP Reg spread_quads(Reg v) { return order_quads(v); }
   LOX_OP Reg order_dwords(Reg v) {
     return _mm256_permutevar8x32_epi32(
         v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
   }
   LOX_OP Reg order_words(Reg v) {
     return shuffle8(order_quads(v),
-                    in_halves(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12,
-                                            13, 6, 7, 14, 15)));
+                    in_parts(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12,
+                                           13, 6, 7, 14, 15)));
   }
-  LOX_OP Reg join_low_halves(Reg a, Reg b) {
+  LOX_OP Reg join_low_parts(Reg a, Reg b) {
     return _mm256_permute2x128_si256(a, b, 0x20);
   }
-  LOX_OP Reg join_high_halves(Reg a, Reg b) {
+  LOX_OP Reg join_high_parts(Reg a, Reg b) {
     return _mm256_permute2x128_si256(a, b, 0x31);
   }
   LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
@@ -146,7 +149,7 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
   }
   // The same 16 bytes in both halves.
-  LOX_OP Reg load_twice(const uint8_t *p) { return R::in_halves(load_16(p)); }
+  LOX_OP Reg load_twice(const uint8_t *p) { return R::in_parts(load_16(p)); }
 
   // Of 16 bytes in both halves, those of the half's pixels: to the high bytes
   // of the lanes, the low ones zero.
@@ -196,15 +199,15 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     Reg a;
     Reg b;
     if constexpr (O == Order::kBytes) {
-      a = R::load_apart(p, p + 32);
-      b = R::load_apart(p + 16, p + 48);
+      a = R::load_apart(p, 32);
+      b = R::load_apart(p + 16, 32);
     } else {
       a = R::load(p);
       b = R::load(p + 32);
     }
     if constexpr (O == Order::kQuads) {
-      a = R::order_quads(a);
-      b = R::order_quads(b);
+      a = R::spread_quads(a);
+      b = R::spread_quads(b);
     }
     return {R::bit_and(a, high), R::bit_and(b, high)};
   }
@@ -215,8 +218,8 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     if constexpr (O == Order::kBytes) {
       return double_pairs(pairs);
     } else {
-      return {pick_pairs<O>(R::join_low_halves(pairs, pairs)),
-              pick_pairs<O>(R::join_high_halves(pairs, pairs))};
+      return {pick_pairs<O>(R::join_low_parts(pairs, pairs)),
+              pick_pairs<O>(R::join_high_parts(pairs, pairs))};
     }
   }
   template <Order O>
@@ -251,8 +254,8 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     } else if constexpr (O == Order::kWords) {
       split_422<kLuma>(R::load(p), R::load(p + 32), luma, pairs);
     } else {
-      split_422<kLuma>(R::load_apart(p, p + 32), R::load_apart(p + 16, p + 48),
-                       luma, pairs);
+      split_422<kLuma>(R::load_apart(p, 32), R::load_apart(p + 16, 32), luma,
+                       pairs);
     }
   }
   // Of 32 bytes, the quarters 0 and 2, then 1 and 3.

@@ -6,6 +6,14 @@
 
 #include "simd/simd_neon_yuv.h"
 
+// GCC lacks some intrinsics for 32-bit ARM and is poor at others: a few
+// operations are written out for it.
+#if defined(__arm__) && !defined(__clang__)
+#define LOX_GCC_ARM 1
+#else
+#define LOX_GCC_ARM 0
+#endif
+
 namespace lox::LOX_SET {
 
 struct NeonLanes : NeonYuv {
@@ -13,16 +21,39 @@ struct NeonLanes : NeonYuv {
   struct Pixels {
     uint8x16_t r, g, b;
   };
+#if LOX_GCC_ARM
+  // The compiler would move a copy of the pointer and then the pointer.
+  LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
+    const uint8_t *const at = p;
+    register uint8x16_t v0 __asm__("q8");
+    register uint8x16_t v1 __asm__("q9");
+    register uint8x16_t v2 __asm__("q10");
+    register uint8x16_t v3 __asm__("q11");
+    __asm__(
+        "vld4.8 {d16, d18, d20, d22}, [%0]!\n\t"
+        "vld4.8 {d17, d19, d21, d23}, [%0]!"
+        : "+r"(p), "=w"(v0), "=w"(v1), "=w"(v2), "=w"(v3)
+        : "m"(*reinterpret_cast<const uint8_t(*)[64]>(at)));
+    return {{ v0, v1, v2, v3 }};
+  }
+#else
+  LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
+    p += 64;
+    return vld4q_u8(p - 64);
+  }
+#endif
   template <PixelFormat F>
-  LOX_OP Pixels<F> load_pixels(const uint8_t *p) {
+  LOX_OP Pixels<F> take_pixels(const uint8_t *&p) {
     if constexpr (F.bytes == 4) {
-      const uint8x16x4_t v = vld4q_u8(p);
+      const uint8x16x4_t v = take_4_channels(p);
       return {v.val[F.r], v.val[F.g], v.val[F.b]};
     } else if constexpr (F.bytes == 3) {
       const uint8x16x3_t v = vld3q_u8(p);
+      p += 48;
       return {v.val[F.r], v.val[F.g], v.val[F.b]};
     } else {
       const uint8x16x2_t v = vld2q_u8(p);
+      p += 32;
       const uint8x16_t top = vandq_u8(v.val[1], vdupq_n_u8(0xF8));
       const uint8x16_t last = vshlq_n_u8(v.val[0], 3);
       const uint8x16_t green = vandq_u8(
@@ -50,22 +81,37 @@ struct NeonLanes : NeonYuv {
   }
   // The sum begins with a product that is added.
   template <PixelFormat F, int KR, int KG, int KB>
-  LOX_OP uint8x8_t weigh(uint8x8_t r, uint8x8_t g, uint8x8_t b,
-                         Weights<F, KR, KG, KB> w) {
+  LOX_OP uint16x8_t sum(uint8x8_t r, uint8x8_t g, uint8x8_t b,
+                        const Weights<F, KR, KG, KB> &w) {
     static_assert(KR > 0 || KB > 0);
-    uint16x8_t sum;
     if constexpr (KR > 0) {
-      sum = accumulate<KB>(vmull_u8(r, w.r), b, w.b);
+      return accumulate<KG>(accumulate<KB>(vmull_u8(r, w.r), b, w.b), g, w.g);
     } else {
-      sum = accumulate<KR>(vmull_u8(b, w.b), r, w.r);
+      return accumulate<KG>(accumulate<KR>(vmull_u8(b, w.b), r, w.r), g, w.g);
     }
-    return vaddhn_u16(accumulate<KG>(sum, g, w.g), w.bias);
+  }
+  // The high bytes of both sums with the bias, in one register: the compiler
+  // would make two and copy one.
+  LOX_OP uint8x16_t high_bytes(uint16x8_t low, uint16x8_t high,
+                               uint16x8_t bias) {
+#if LOX_GCC_ARM
+    uint8x16_t v;
+    __asm__(
+        "vaddhn.i16 %e0, %q1, %q3\n\t"
+        "vaddhn.i16 %f0, %q2, %q3"
+        : "=&w"(v)
+        : "w"(low), "w"(high), "w"(bias));
+    return v;
+#else
+    return vcombine_u8(vaddhn_u16(low, bias), vaddhn_u16(high, bias));
+#endif
   }
   template <PixelFormat F, int KR, int KG, int KB>
-  LOX_OP Bytes weigh(const Pixels<F> &p, Weights<F, KR, KG, KB> w) {
-    return {vcombine_u8(
-        weigh(vget_low_u8(p.r), vget_low_u8(p.g), vget_low_u8(p.b), w),
-        weigh(vget_high_u8(p.r), vget_high_u8(p.g), vget_high_u8(p.b), w))};
+  LOX_OP Bytes weigh(const Pixels<F> &p, const Weights<F, KR, KG, KB> &w) {
+    return {high_bytes(
+        sum(vget_low_u8(p.r), vget_low_u8(p.g), vget_low_u8(p.b), w),
+        sum(vget_high_u8(p.r), vget_high_u8(p.g), vget_high_u8(p.b), w),
+        w.bias)};
   }
 
   template <PixelFormat F>
@@ -80,7 +126,8 @@ struct NeonLanes : NeonYuv {
     const uint8x8_t r = even(p.r);
     const uint8x8_t g = even(p.g);
     const uint8x8_t b = even(p.b);
-    return {weigh(r, g, b, first), weigh(r, g, b, second)};
+    return {vaddhn_u16(sum(r, g, b, first), first.bias),
+            vaddhn_u16(sum(r, g, b, second), second.bias)};
   }
   template <PixelFormat F>
   LOX_OP void store_pairs(uint8_t *p, EvenPairs<F> v) {
@@ -96,21 +143,54 @@ struct NeonLanes : NeonYuv {
   }
 
   // Of channels in the high bytes of the lanes; what is below does not matter.
-  LOX_OP int16x8_t to_565(uint16x8_t r, uint16x8_t g, uint16x8_t b) {
-    return as_signed(vsriq_n_u16(vsriq_n_u16(r, g, 5), b, 11));
+  LOX_OP uint16x8_t to_565(uint16x8_t r, uint16x8_t g, uint16x8_t b) {
+    return vsriq_n_u16(vsriq_n_u16(r, g, 5), b, 11);
   }
   template <PixelFormat F>
-  LOX_OP W16 to_565(const Pixels<F> &p) {
-    const uint16x8_t r = vreinterpretq_u16_u8(p.r);
-    const uint16x8_t g = vreinterpretq_u16_u8(p.g);
-    const uint16x8_t b = vreinterpretq_u16_u8(p.b);
-    return {to_565(vshlq_n_u16(r, 8), vshlq_n_u16(g, 8), vshlq_n_u16(b, 8)),
-            to_565(r, g, b)};
+  LOX_OP void store_565(uint8_t *p, const Pixels<F> &v) {
+    const uint16x8_t r = vreinterpretq_u16_u8(v.r);
+    const uint16x8_t g = vreinterpretq_u16_u8(v.g);
+    const uint16x8_t b = vreinterpretq_u16_u8(v.b);
+    const uint16x8x2_t words = {
+        {to_565(vshlq_n_u16(r, 8), vshlq_n_u16(g, 8), vshlq_n_u16(b, 8)),
+         to_565(r, g, b)}};
+    vst2q_u16(reinterpret_cast<uint16_t *>(p), words);
   }
   template <PixelFormat F>
   LOX_OP void store_rgba(uint8_t *p, const Pixels<F> &v) {
     const uint8x16x4_t pixels = {{v.r, v.g, v.b, vdupq_n_u8(255)}};
     vst4q_u8(p, pixels);
+  }
+
+  // Two registers.
+  static constexpr int kBlock = 32;
+  struct Block {
+    uint8x16x2_t v;
+  };
+  LOX_OP Block take_block(const uint8_t *&p) {
+    Block b;
+#if LOX_GCC_ARM
+    const uint8_t *const at = p;
+    __asm__("vld1.8 %h0, [%1]!"
+            : "=w"(b.v), "+r"(p)
+            : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at)));
+#else
+    b.v = vld1q_u8_x2(p);
+    p += kBlock;
+#endif
+    return b;
+  }
+  LOX_OP void put_block(uint8_t *&p, Block b) {
+#if LOX_GCC_ARM
+    uint8_t *const at = p;
+    __asm__("vst1.8 %h2, [%1]!"
+            : "=m"(*reinterpret_cast<uint8_t(*)[kBlock]>(at)), "+r"(p)
+            : "w"(b.v));
+#else
+    const uint8x16x2_t v = b.v;
+    vst1q_u8_x2(p, v);
+    p += kBlock;
+#endif
   }
 
   struct TwoBytes {
@@ -128,7 +208,9 @@ struct NeonLanes : NeonYuv {
     const uint8x16x2_t v = {{even.v, odd.v}};
     vst2q_u8(p, v);
   }
-  LOX_OP Bytes swap_pairs(Bytes v) { return {vrev16q_u8(v.v)}; }
+  LOX_OP Block swap_pairs(Block b) {
+    return {{{vrev16q_u8(b.v.val[0]), vrev16q_u8(b.v.val[1])}}};
+  }
   LOX_OP Bytes average_down(Bytes a, Bytes b) { return {vhaddq_u8(a.v, b.v)}; }
   LOX_OP Bytes load_words_by_4(const uint8_t *p) {
     const uint8x16x2_t v = vld2q_u8(p);

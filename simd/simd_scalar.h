@@ -12,20 +12,19 @@ template <int kPixels>
 struct ScalarLanes : ScalarYuv<kPixels> {
   using Yuv = ScalarYuv<kPixels>;
   using typename Yuv::Bytes;
-  using typename Yuv::W16;
   using Yuv::n;
   using Yuv::store_bytes;
-  using Yuv::wrap;
 
   // --- from RGB -------------------------------------------------------------
 
-  // n pixels; five- and six-bit channels are shifted up, zeros below.
+  // n pixels; five- and six-bit channels are shifted up, zeros below. Taking
+  // them moves the pointer behind them.
   template <PixelFormat F>
   struct Pixels {
     uint8_t r[n], g[n], b[n];
   };
   template <PixelFormat F>
-  static Pixels<F> load_pixels(const uint8_t *p) {
+  static Pixels<F> take_pixels(const uint8_t *&p) {
     Pixels<F> v;
     for (int i = 0; i < n; ++i, p += F.bytes) {
       if constexpr (F.bytes == 2) {
@@ -95,14 +94,14 @@ struct ScalarLanes : ScalarYuv<kPixels> {
       second[i] = a.second[i];
     }
   }
-  // The top 5, 6 and 5 bits, red on top, for store16.
+  // n words of the top 5, 6 and 5 bits, red on top.
   template <PixelFormat F>
-  static W16 to_565(const Pixels<F> &v) {
-    W16 r;
+  static void store_565(uint8_t *p, const Pixels<F> &v) {
     for (int i = 0; i < n; ++i) {
-      r.at[i] = wrap(v.r[i] >> 3 << 11 | v.g[i] >> 2 << 5 | v.b[i] >> 3);
+      const int word = v.r[i] >> 3 << 11 | v.g[i] >> 2 << 5 | v.b[i] >> 3;
+      p[2 * i] = static_cast<uint8_t>(word);
+      p[2 * i + 1] = static_cast<uint8_t>(word >> 8);
     }
-    return r;
   }
   // n groups of r, g, b, 255, of pixels of two bytes.
   template <PixelFormat F>
@@ -116,6 +115,19 @@ struct ScalarLanes : ScalarYuv<kPixels> {
   }
 
   // --- bytes apart and together ---------------------------------------------
+
+  // What one load and one store can move, n bytes or more. Both move the
+  // pointer.
+  static constexpr int kBlock = n;
+  using Block = Bytes;
+  static Block take_block(const uint8_t *&p) {
+    p += kBlock;
+    return Yuv::load_bytes(p - kBlock);
+  }
+  static void put_block(uint8_t *&p, const Block &a) {
+    store_bytes(p, a);
+    p += kBlock;
+  }
 
   struct TwoBytes {
     Bytes even, odd;
@@ -141,7 +153,7 @@ struct ScalarLanes : ScalarYuv<kPixels> {
       p[2 * i + 1] = odd.at[i];
     }
   }
-  static Bytes swap_pairs(Bytes a) {
+  static Block swap_pairs(Block a) {
     for (int i = 0; i < n; i += 2) {
       const uint8_t first = a.at[i];
       a.at[i] = a.at[i + 1];

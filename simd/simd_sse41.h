@@ -24,7 +24,7 @@ struct Sse41Register {
   }
   LOX_OP Reg zero() { return _mm_setzero_si128(); }
   LOX_OP Reg fill16(int k) { return _mm_set1_epi16(static_cast<short>(k)); }
-  LOX_OP Reg in_halves(__m128i v) { return v; }
+  LOX_OP Reg in_parts(__m128i v) { return v; }
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm_adds_epi16(a, b); }
@@ -87,13 +87,14 @@ struct Sse41Register {
   LOX_OP Reg bytes_from(Reg low, Reg high) {
     return _mm_alignr_epi8(high, low, K);
   }
-  // One half: nothing to put right.
-  LOX_OP Reg load_apart(const uint8_t *p, const uint8_t *) { return load(p); }
+  // One part: nothing to put right.
+  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t) { return load(p); }
+  LOX_OP Reg spread_quads(Reg v) { return v; }
   LOX_OP Reg order_words(Reg v) { return v; }
   LOX_OP Reg order_dwords(Reg v) { return v; }
   LOX_OP Reg order_quads(Reg v) { return v; }
-  LOX_OP Reg join_low_halves(Reg a, Reg) { return a; }
-  LOX_OP Reg join_high_halves(Reg, Reg b) { return b; }
+  LOX_OP Reg join_low_parts(Reg a, Reg) { return a; }
+  LOX_OP Reg join_high_parts(Reg, Reg b) { return b; }
   LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
     _mm_storel_epi64(reinterpret_cast<Reg *>(low), v);
     _mm_storel_epi64(reinterpret_cast<Reg *>(high), _mm_unpackhi_epi64(v, v));

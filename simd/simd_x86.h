@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The x86 backends' operations from RGB, and those that move bytes. Packing
-// works inside 128-bit halves, which leaves what is packed in an order that
-// depends on how it was loaded; R::order_* puts it right, on AVX2 alone.
+// works inside 128-bit parts, which leaves what is packed in an order that
+// depends on how it was loaded; R::order_* puts it right where there are
+// several.
 #pragma once
 
 #include "simd/simd_x86_yuv.h"
@@ -14,7 +15,6 @@ struct X86Lanes : X86Yuv<R> {
   using Yuv = X86Yuv<R>;
   using typename Yuv::Bytes;
   using typename Yuv::Reg;
-  using typename Yuv::W16;
   using Yuv::n;
 
   // Pixels of four bytes as they are in memory, n / 4 in a register; those of
@@ -25,18 +25,20 @@ struct X86Lanes : X86Yuv<R> {
     Reg v[F.bytes == 2 ? 2 : 4];
   };
   template <PixelFormat F>
-  LOX_OP Pixels<F> load_pixels(const uint8_t *p) {
+  LOX_OP Pixels<F> take_pixels(const uint8_t *&at) {
+    const uint8_t *const p = at;
+    at += n * F.bytes;
     if constexpr (F.bytes == 4) {
       return {
           {R::load(p), R::load(p + n), R::load(p + 2 * n), R::load(p + 3 * n)}};
     } else if constexpr (F.bytes == 3) {
-      const Reg v0 = R::load_apart(p, p + 48);
-      const Reg v1 = R::load_apart(p + 16, p + 64);
-      const Reg v2 = R::load_apart(p + 32, p + 80);
-      const Reg spread = R::in_halves(
+      const Reg v0 = R::load_apart(p, 48);
+      const Reg v1 = R::load_apart(p + 16, 48);
+      const Reg v2 = R::load_apart(p + 32, 48);
+      const Reg spread = R::in_parts(
           _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1));
-      const Reg last = R::in_halves(_mm_setr_epi8(4, 5, 6, -1, 7, 8, 9, -1, 10,
-                                                  11, 12, -1, 13, 14, 15, -1));
+      const Reg last = R::in_parts(_mm_setr_epi8(4, 5, 6, -1, 7, 8, 9, -1, 10,
+                                                 11, 12, -1, 13, 14, 15, -1));
       return {{R::shuffle8(v0, spread),
                R::shuffle8(R::template bytes_from<12>(v0, v1), spread),
                R::shuffle8(R::template bytes_from<8>(v1, v2), spread),
@@ -171,21 +173,21 @@ struct X86Lanes : X86Yuv<R> {
         R::bit_and(R::template shift_right32<19>(rgb), R::fill32(0x1F)));
   }
   template <PixelFormat F>
-  LOX_OP W16 to_565(const Pixels<F> &p) {
+  LOX_OP void store_565(uint8_t *to, const Pixels<F> &p) {
     static_assert(F.bytes > 2 && F.r == 0 && F.g == 1 && F.b == 2);
     const Reg a = R::pack_unsigned32(to_565(p.v[0]), to_565(p.v[1]));
     const Reg b = R::pack_unsigned32(to_565(p.v[2]), to_565(p.v[3]));
-    if constexpr (F.bytes == 4) {
-      return {R::order_quads(a), R::order_quads(b)};
-    } else {
-      return {R::join_low_halves(a, b), R::join_high_halves(a, b)};
-    }
+    constexpr bool kFour = F.bytes == 4;
+    R::template store<false>(
+        to, kFour ? R::order_quads(a) : R::join_low_parts(a, b));
+    R::template store<false>(
+        to + n, kFour ? R::order_quads(b) : R::join_high_parts(a, b));
   }
   template <PixelFormat F>
   LOX_OP void store_rgba(uint8_t *p, const Pixels<F> &v) {
     static_assert(F.bytes == 2 && F.r == 1);
     for (const Reg words : v.v) {
-      const Reg w = R::order_quads(words);
+      const Reg w = R::spread_quads(words);
       const Reg red_green = R::bit_or(
           R::bit_and(R::template shift_right16<8>(w), R::fill16(0x00F8)),
           R::bit_and(R::template shift_left16<5>(w), R::fill16(0xFC00)));
@@ -196,6 +198,17 @@ struct X86Lanes : X86Yuv<R> {
       R::template store<false>(p + n, R::unpack_high16(red_green, blue_alpha));
       p += 2 * n;
     }
+  }
+
+  static constexpr int kBlock = n;
+  using Block = Bytes;
+  LOX_OP Block take_block(const uint8_t *&p) {
+    p += kBlock;
+    return Yuv::load_bytes(p - kBlock);
+  }
+  LOX_OP void put_block(uint8_t *&p, Block v) {
+    Yuv::store_bytes(p, v);
+    p += kBlock;
   }
 
   struct TwoBytes {
@@ -212,15 +225,15 @@ struct X86Lanes : X86Yuv<R> {
     return unzip(R::load(p), R::load(p + n));
   }
   LOX_OP void store_zip(uint8_t *p, Bytes even, Bytes odd) {
-    const Reg e = R::order_quads(even.v);
-    const Reg o = R::order_quads(odd.v);
+    const Reg e = R::spread_quads(even.v);
+    const Reg o = R::spread_quads(odd.v);
     R::template store<false>(p, R::unpack_low8(e, o));
     R::template store<false>(p + n, R::unpack_high8(e, o));
   }
-  LOX_OP Bytes swap_pairs(Bytes v) {
-    return {R::shuffle8(
-        v.v, R::in_halves(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10,
-                                        13, 12, 15, 14)))};
+  LOX_OP Block swap_pairs(Block v) {
+    return {
+        R::shuffle8(v.v, R::in_parts(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8,
+                                                   11, 10, 13, 12, 15, 14)))};
   }
   // The instruction's average is rounded up.
   LOX_OP Bytes average_down(Bytes a, Bytes b) {

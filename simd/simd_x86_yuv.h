@@ -71,7 +71,7 @@ struct X86Yuv {
   LOX_OP void split_422(Reg a, Reg b, U8 &luma, Pairs &pairs) {
     constexpr char c0 = 1 - kLuma;
     constexpr char c1 = 3 - kLuma;
-    const Reg pick = R::in_halves(_mm_setr_epi8(
+    const Reg pick = R::in_parts(_mm_setr_epi8(
         c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
         c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12));
     pairs = {less_128(R::shuffle8(a, pick)), less_128(R::shuffle8(b, pick))};
@@ -197,18 +197,18 @@ struct X86Yuv {
   };
   LOX_OP Three interleave3(Reg a, Reg b, Reg c) {
     const Reg x =
-        R::shuffle8(a, R::in_halves(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8,
-                                                  3, 14, 9, 4, 15, 10, 5)));
+        R::shuffle8(a, R::in_parts(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8,
+                                                 3, 14, 9, 4, 15, 10, 5)));
     const Reg y =
-        R::shuffle8(b, R::in_halves(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13,
-                                                  8, 3, 14, 9, 4, 15, 10)));
+        R::shuffle8(b, R::in_parts(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13,
+                                                 8, 3, 14, 9, 4, 15, 10)));
     const Reg z =
-        R::shuffle8(c, R::in_halves(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2,
-                                                  13, 8, 3, 14, 9, 4, 15)));
+        R::shuffle8(c, R::in_parts(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2,
+                                                 13, 8, 3, 14, 9, 4, 15)));
     // Bytes whose place is 1, and 2, modulo 3.
-    const Reg one = R::in_halves(
+    const Reg one = R::in_parts(
         _mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0));
-    const Reg two = R::in_halves(
+    const Reg two = R::in_parts(
         _mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0));
     return {R::select8(R::select8(x, y, one), z, two),
             R::select8(R::select8(y, z, one), x, two),

@@ -43,9 +43,9 @@ VEXO_API vexo_csc_kernel vexo_csc_nv21_to_yv12;
  * The chroma plane is copied, then the two bytes of every pair exchanged by
  * vexo_csc_swap_8byte8 over dst_stride[1] x (src_height[0] / 2) bytes of the
  * destination: it READS AND WRITES THE PADDING behind each chroma row, the last
- * one's too, shifts the pairs of every second row when the stride is odd, and
- * wraps its count to 16 bits a factor as described there. vexo_csc does the
- * same from NV12 to NV21.
+ * one's too, and wraps its count to 16 bits a factor as described there. The
+ * copy rounds an odd stride down, the exchange does not. vexo_csc does the same
+ * from NV12 to NV21.
  */
 VEXO_API vexo_csc_kernel vexo_csc_nv21_to_nv12;
 

@@ -55,7 +55,7 @@ enum ProbeSink {
 };
 
 constexpr int kProbePlanes = 4;
-constexpr size_t kProbeMaxPixels = 32;
+constexpr size_t kProbeMaxPixels = 64;
 
 // `in` has kProbePlanes rows of 2 * kProbeMaxPixels bytes; 16 bytes a pixel of
 // `out` at most are written. `stream` asks for streaming stores.

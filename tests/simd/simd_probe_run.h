@@ -123,7 +123,9 @@ template <class V>
 void probe_bytes(ProbeSink sink, const uint8_t *in, uint8_t *out) {
   constexpr int n = V::n;
   probe_formats([&]<PixelFormat F>() {
-    const auto pixels = V::template load_pixels<F>(in);
+    const uint8_t *at = in;
+    const auto pixels = V::template take_pixels<F>(at);
+    *out++ = static_cast<uint8_t>(at - in == n * F.bytes);
     const auto u = V::template make_weights<F, -38, -74, 112>(0x8080);
     const auto v = V::template make_weights<F, 127, -106, -21>(0x8080);
     if (sink == kSinkWeighed) {
@@ -139,7 +141,7 @@ void probe_bytes(ProbeSink sink, const uint8_t *in, uint8_t *out) {
       V::store_rows(out, out + n / 2, V::weigh_even(pixels, u, v));
       out += n;
     } else if constexpr (F.bytes > 2 && F.r == 0) {
-      V::template store16<false>(out, V::to_565(pixels));
+      V::store_565(out, pixels);
       out += 2 * n;
     } else if constexpr (F.bytes == 2 && F.r == 1) {
       V::store_rgba(out, pixels);
@@ -160,9 +162,17 @@ void probe_moves(const uint8_t *in, uint8_t *out) {
   V::store_bytes(out + 2 * n, made.even);
   V::store_bytes(out + 3 * n, made.odd);
   V::store_zip(out + 4 * n, a, b);
-  V::store_bytes(out + 6 * n, V::swap_pairs(a));
-  V::store_bytes(out + 7 * n, V::average_down(a, b));
-  V::store_bytes(out + 8 * n, V::load_words_by_4(in));
+  V::store_bytes(out + 6 * n, V::average_down(a, b));
+  V::store_bytes(out + 7 * n, V::load_words_by_4(in));
+  // Backends differ in how much a block is; 2 n is a whole number of them.
+  const uint8_t *from = in;
+  const uint8_t *again = in;
+  uint8_t *to = out + 8 * n;
+  uint8_t *swapped = out + 10 * n;
+  for (int done = 0; done < 2 * n; done += V::kBlock) {
+    V::put_block(to, V::take_block(from));
+    V::put_block(swapped, V::swap_pairs(V::take_block(again)));
+  }
 }
 
 template <class V, bool kStream>

@@ -29,8 +29,8 @@ void expect_like_scalar(const Probe& probe, ProbeFn scalar,
   ASSERT_LE(static_cast<size_t>(probe.pixels), kProbeMaxPixels);
   const uint8_t edges[] = {0, 1, 127, 128, 129, 254, 255, 64};
   uint8_t in[kIn];
-  alignas(32) uint8_t got[kOut];
-  alignas(32) uint8_t expected[kOut];
+  alignas(64) uint8_t got[kOut];
+  alignas(64) uint8_t expected[kOut];
   // The low bytes count, so that every pair of bytes meets in some lane.
   for (int first = 0; first < 65536; first += probe.pixels) {
     random.fill(in, sizeof in);
@@ -77,11 +77,13 @@ TEST_F(SimdTest, BackendsDoWhatScalarLanesSay) {
     const ProbeRows& rows = *sets[level].rows;
     for (const Probe* probe : {&rows.wide, &rows.narrow}) {
       if (probe->run == nullptr) continue;
-      ASSERT_TRUE(probe->pixels == 16 || probe->pixels == 32);
+      ASSERT_TRUE(probe->pixels == 16 || probe->pixels == 32 ||
+                  probe->pixels == 64);
       ++backends;
       expect_like_scalar(*probe,
-                         probe->pixels == 16 ? probe_run<ScalarLanes<16>>
-                                             : probe_run<ScalarLanes<32>>,
+                         probe->pixels == 16   ? probe_run<ScalarLanes<16>>
+                         : probe->pixels == 32 ? probe_run<ScalarLanes<32>>
+                                               : probe_run<ScalarLanes<64>>,
                          random, sets[level].name);
     }
   }

@@ -5,7 +5,9 @@
 #include <png.h>
 
 #include <algorithm>
+#include <array>
 #include <tuple>
+#include <vector>
 
 #include "orumlox/csc.h"
 #include "tool_runner.h"
@@ -31,14 +33,38 @@ const Layout kYuv[] = {{"yuv420", 1, 2, 2, 0, 1},  {"yv12", 1, 2, 2, 1, 0},
                        {"yuv422n", 1, 2, 1, 0, 1}, {"yuv444", 1, 1, 1, 0, 1},
                        {"uyvy", 4, 2, 1, 0, 2},    {"yuyv", 4, 2, 1, 1, 3}};
 
-// One pixel in an RGB layout, by BT.601 with luma 16..235.
-std::string pixel_bytes(const std::string &token, int y, int u, int v) {
-  const auto channel = [y](int colour) {
-    return std::clamp((298 * (y - 16) + colour + 128) >> 8, 0, 255);
-  };
-  const int r = channel(409 * (v - 128));
-  const int g = channel(-100 * (u - 128) - 208 * (v - 128));
-  const int b = channel(516 * (u - 128));
+// R, G and B from Y, U - 128 and V - 128, or Y, U and V from R, G and B.
+using Matrix = std::array<int, 3>(int, int, int);
+
+std::array<int, 3> bt601(int y, int u, int v) {
+  const int l = 298 * (y - 16) + 128;
+  return {(l + 409 * v) >> 8, (l - 100 * u - 208 * v) >> 8, (l + 516 * u) >> 8};
+}
+
+// What the library uses for widths that are multiples of 8.
+std::array<int, 3> bt601_full(int y, int u, int v) {
+  return {y + (179 * v >> 7), y + (-44 * u >> 7) + (-91 * v >> 7),
+          y + (227 * u >> 7)};
+}
+
+std::array<int, 3> bt601_back(int r, int g, int b) {
+  return {((66 * r + 129 * g + 25 * b) >> 8) + 16,
+          ((-38 * r - 74 * g + 112 * b + 128) >> 8) + 128,
+          ((112 * r - 94 * g - 18 * b + 128) >> 8) + 128};
+}
+
+std::array<int, 3> bt709_back(int r, int g, int b) {
+  return {((47 * r + 157 * g + 25 * b) >> 8) + 16,
+          ((-26 * r - 86 * g + 112 * b + 128) >> 8) + 128,
+          ((112 * r - 102 * g - 10 * b + 128) >> 8) + 128};
+}
+
+// One pixel in an RGB layout.
+std::string pixel_bytes(const std::string &token,
+                        const std::array<int, 3> &rgb) {
+  const int r = std::clamp(rgb[0], 0, 255);
+  const int g = std::clamp(rgb[1], 0, 255);
+  const int b = std::clamp(rgb[2], 0, 255);
   if (token.ends_with("565")) {
     const auto [high, low] =
         token[0] == 'r' ? std::pair{r, b} : std::pair{b, r};
@@ -62,7 +88,7 @@ struct Picture {
   int luma_size = from.pitch == 4 ? 2 * chroma_size : width * height;
   std::string frame = noise(luma_size + 2 * chroma_size, seed);
 
-  std::string as(const std::string &token) const {
+  std::string as(const std::string &token, Matrix *matrix = bt601) const {
     // 4:2:0 pictures of odd height whose width is no multiple of 4 have their
     // first row's chroma to itself; all others pair rows from the top.
     const bool shifted = from.down == 2 && width % 4 != 0 && height % 2 != 0;
@@ -77,12 +103,18 @@ struct Picture {
           in + (packed ? 0 : luma_size) +
           from.pitch * (row * chroma_width + x / from.across);
       const int y = packed ? chroma[1 - from.u + x % 2 * 2] : in[i];
-      pixels +=
-          pixel_bytes(token, y, chroma[from.u * step], chroma[from.v * step]);
+      pixels += pixel_bytes(token, matrix(y, chroma[from.u * step] - 128,
+                                          chroma[from.v * step] - 128));
     }
     return pixels;
   }
 };
+
+const Layout &layout(const std::string &token) {
+  return *std::find_if(
+      std::begin(kYuv), std::end(kYuv),
+      [&token](const Layout &entry) { return entry.token == token; });
+}
 
 using ContentTest = ToolTest;
 
@@ -100,6 +132,138 @@ TEST_F(ContentTest, RawYuvToEveryRgbLayout) {
             "in.yuv --size " + size + " --from " + from.token + " --to " + to,
             a.as(to) + b.as(to));
       }
+    }
+  }
+}
+
+// The frame of an RGB picture, three numbers to a pixel: each chroma sample is
+// that of the top-left pixel it covers, the last ones of odd sizes too.
+std::string frame_of(const Layout &to, int width, int height,
+                     const std::vector<std::array<int, 3>> &rgb,
+                     Matrix *matrix) {
+  std::string luma, first, second;
+  for (int i = 0; i < width * height; ++i) {
+    const auto &[r, g, b] = rgb[static_cast<size_t>(i)];
+    const auto [y, u, v] = matrix(r, g, b);
+    luma += static_cast<char>(y);
+    if (i % width % to.across != 0 || i / width % to.down != 0) continue;
+    first += static_cast<char>(to.u == 0 ? u : v);
+    (to.pitch == 1 ? second : first) += static_cast<char>(to.u == 0 ? v : u);
+  }
+  return luma + first + second;
+}
+
+TEST_F(ContentTest, RgbToYuv) {
+  for (const auto &[w, h] : {std::pair{48, 16}, {37, 9}}) {
+    std::vector<std::array<int, 3>> fine, coarse;
+    for (const char c : noise(static_cast<size_t>(w * h), 11)) {
+      const int n = static_cast<uint8_t>(c);
+      fine.push_back({n, 255 - n * 7 % 256, n * 31 % 256});
+      // 16-bit pixels have zeros below their top bits.
+      coarse.push_back(
+          {fine.back()[0] & ~7, fine.back()[1] & ~3, fine.back()[2] & ~7});
+    }
+    for (const std::string &from : kRgbTokens) {
+      std::string pixels;
+      for (const auto &rgb : fine) pixels += pixel_bytes(from, rgb);
+      put("in.raw", pixels);
+      const auto &rgb = from.ends_with("565") ? coarse : fine;
+      const std::string head = "in.raw --size " + std::to_string(w) + "x" +
+                               std::to_string(h) + " --from " + from;
+      for (const char *to : {"yuv420", "yv12", "nv12", "nv21"}) {
+        expect_raw(head + " --to " + to,
+                   frame_of(layout(to), w, h, rgb, bt601_back));
+      }
+      if (from != "rgba8888") continue;
+      expect_raw(head + " --to yuv444",
+                 frame_of(layout("yuv444"), w, h, rgb, bt601_back));
+      // Steps between YUV layouts go unchanged through a standard.
+      expect_raw(head + " --to yv12 --via nv21,nv12 --standard bt709",
+                 frame_of(layout("yv12"), w, h, rgb, bt709_back));
+    }
+  }
+}
+
+TEST_F(ContentTest, FullRange) {
+  const Picture picture{layout("nv21"), 40, 13, 12};
+  put("in.yuv", picture.frame);
+  for (const char *option : {"--standard", "--std"}) {
+    expect_raw("in.yuv --size 40x13 --from nv21 --to rgba8888 " +
+                   (option + std::string(" bt601-full")),
+               picture.as("rgba8888", bt601_full));
+  }
+}
+
+// Nothing is lost on the way, the chroma of the last column and row included.
+TEST_F(ContentTest, OddPicturesThroughLayouts) {
+  put("in.yuv", noise(187, 14));
+  expect_raw(
+      "in.yuv --size 13x9 --from yuv420 --to yuv420 --via "
+      "yuv422n,yuv420,t64x32,nv21,nv12",
+      noise(187, 14));
+}
+
+struct Tiles {
+  std::string token;
+  int width, luma_rows, chroma_rows;
+};
+
+const Tiles kTiled[] = {{"t64x32", 64, 32, 32},
+                        {"t16x16", 16, 16, 8},
+                        {"t8x8", 8, 8, 4},
+                        {"t256x16", 256, 16, 8}};
+
+// Rows of `width` bytes as whole tiles of `down` rows; zeros fill them up to an
+// even size and beyond.
+std::string tiled(const Tiles &tiles, int down, const std::string &bytes,
+                  int width) {
+  const int height = static_cast<int>(bytes.size()) / width;
+  const bool crossed = tiles.token == "t64x32";
+  const int across = (width + tiles.width - 1) / tiles.width;
+  const int columns = crossed ? (across + 1) / 2 * 2 : across;
+  const int rows = (height + down - 1) / down;
+  std::string out(columns * tiles.width * rows * down, '\0');
+  for (int i = 0; i < width * height; ++i) {
+    const int x = i % width, y = i / width;
+    const int c = x / tiles.width, r = y / down;
+    int tile = r * columns + c;
+    // Two by two, the lower ones first in every second group; a last row
+    // without a partner lies as it is.
+    if (crossed && (r | 1) < rows) {
+      tile = r / 2 * 2 * columns + c / 2 * 4 + (r + c / 2) % 2 * 2 + c % 2;
+    }
+    out[(tile * down + y % down) * tiles.width + x % tiles.width] = bytes[i];
+  }
+  return out;
+}
+
+// Three rows of 64 x 32 tiles, whose chroma has two rows of them; odd widths
+// and heights, whose chroma is rounded up.
+TEST_F(ContentTest, Tiles) {
+  for (const Tiles &tiles : kTiled) {
+    const int least = tiles.token == "t256x16" ? 1280 : 0;
+    for (const auto &[columns, h] : {std::pair{52, 65}, {131, 66}, {324, 97}}) {
+      const int w = least + columns;
+      const Picture nv12{layout("nv12"), w, h, 13};
+      const std::string luma = nv12.frame.substr(0, nv12.luma_size);
+      const std::string pairs = nv12.frame.substr(nv12.luma_size);
+      std::string planes[2];
+      for (size_t i = 0; i < pairs.size(); ++i) planes[i % 2] += pairs[i];
+      const std::string planar = luma + planes[0] + planes[1];
+      const std::string file =
+          tiled(tiles, tiles.luma_rows, luma, w) +
+          tiled(tiles, tiles.chroma_rows, pairs, nv12.chroma_width * 2);
+      const std::string size =
+          " --size " + std::to_string(w) + "x" + std::to_string(h);
+      const std::string from_tiles = "t.raw --from " + tiles.token + size;
+      put("t.raw", file);
+      expect_raw(from_tiles + " --to rgba8888", nv12.as("rgba8888"));
+      if (tiles.width != 64 && tiles.width != 16) continue;
+      expect_raw(from_tiles + " --to nv12", nv12.frame);
+      expect_raw(from_tiles + " --to yuv420", planar);
+      if (tiles.width != 64) continue;
+      put("p.raw", planar);
+      expect_raw("p.raw --from yuv420 --to t64x32" + size, file);
     }
   }
 }
@@ -145,10 +309,10 @@ TEST_F(ContentTest, Y4mThroughPipes) {
   // 4:2:0 is what no chroma word means, and written unless --to asks for more.
   put("in.y4m", "YUV4MPEG2 W13 H9\nFRAME\n" + noise(187, 5));
   expect_raw("in.y4m", noise(187, 5));
-  put("in.raw", std::string(128, 'y'));
-  vexo_ok("convert in.raw out.y4m --size 8x8 --from yuyv");
-  EXPECT_EQ(get("out.y4m"), "YUV4MPEG2 W8 H8 F25:1 Ip A0:0 C420jpeg\nFRAME\n" +
-                                std::string(96, 'y'));
+  put("in.raw", std::string(252, 'y'));
+  vexo_ok("convert in.raw out.y4m --size 13x9 --from yuyv");
+  EXPECT_EQ(get("out.y4m"), "YUV4MPEG2 W13 H9 F25:1 Ip A0:0 C420jpeg\nFRAME\n" +
+                                std::string(187, 'y'));
 }
 
 TEST_F(ContentTest, PicturesAsTheyAre) {
@@ -256,7 +420,7 @@ TEST_F(ContentTest, FormatsAgreeWithTheLibrary) {
               ", \"token\": \"" + token + "\", \"to\": [" + list + "]}";
     }
     EXPECT_GT(pairs, 0);
-    EXPECT_EQ(shell("vexo formats --json --std " + standard).out,
+    EXPECT_EQ(shell("vexo formats --json --standard " + standard).out,
               "{\n  \"std\": \"" + standard + "\",\n  \"formats\": [\n" + json +
                   "\n  ]\n}\n");
     // After three lines of headings, rows of 27 words.

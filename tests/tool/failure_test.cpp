@@ -33,6 +33,7 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
   put("two.y4m", kY4m + "FRAME\n" + noise(96, 2));
   put("c.ppm", kPpm);
   put("f.raw", noise(96, 1));
+  put("wide.raw", noise(32700 * 12, 1));
   const std::pair<const char *, const char *> cases[] = {
       {"", "subcommand"},
       {"convert none.y4m o.png", "none.y4m"},
@@ -42,8 +43,18 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
       {"convert one.y4m o.png --to nv99", "'nv99'"},
       {"convert one.y4m o.png --from nv12", "holds yuv420"},
       {"convert one.y4m o.png --to nv12", "cannot hold nv12"},
-      {"convert c.ppm o.y4m", "library: rgb888 to yuv420"},
+      {"convert c.ppm o.png --to rgba8888", "library: rgb888 to rgba8888"},
       {"convert one.y4m o.png --via yv12,nv12", "library: yv12 to nv12"},
+      {"convert one.y4m o.png --standard bt470", "'bt470'"},
+      // The library would answer these with success and write nothing.
+      {"convert one.y4m o.raw --to rgb565 --standard bt709-full",
+       "library: yuv420 to rgb565 (bt709-full)"},
+      {"convert one.y4m o.raw --via rgba8888,yuv420 --standard bt709",
+       "library: rgba8888 to yuv420 (bt709)"},
+      {"convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888",
+       "t256x16 to rgba8888 at 1280x8"},
+      {"convert wide.raw o.raw --size 32700x8 --from nv12 --to nv21",
+       "32700 columns"},
       {"convert f.raw o.png --size 8x6 --from yuv420", "8x8"},
       {"convert two.y4m o.png", "more than one frame"},
       {"convert two.y4m %d%d.png", "pattern"},

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <charconv>
 #include <deque>
+#include <limits>
 #include <vector>
 
 #include "error.h"
@@ -173,8 +174,40 @@ std::vector<const Layout *> plan(const ConvertOptions &options, Kind kind,
   return chain;
 }
 
+// Many kernels round chroma sizes down and would leave the last chroma column
+// and row of an odd picture unwritten. They are handed the next even size: each
+// block's chroma is that of its top-left pixel, so that what lies beyond the
+// picture does not reach it. Those with a rule of their own for odd sizes see
+// the size as it is: from rows of YUV to RGB, and from packed YUV, where rows
+// are averaged in pairs.
+bool sees_odd_sizes(const Layout &src, const Layout &dst) {
+  const auto is_rgb = [](const Layout &layout) {
+    return layout.code >= VEXO_FMT_RGB565 &&
+           layout.code < VEXO_FMT_YUV420PLANAR16;
+  };
+  return !src.tiled && !is_rgb(src) &&
+         (is_rgb(dst) || src.code == VEXO_FMT_YUYV);
+}
+
+// Whether the bytes of chroma pairs are exchanged in place: the library counts
+// a row's in signed 16 bits and would not exchange those of a longer one.
+bool exchanges_pairs(const Layout &src, const Layout &dst) {
+  const auto is_paired = [](const Layout &layout) {
+    return layout.code == VEXO_FMT_NV12 || layout.code == VEXO_FMT_NV21;
+  };
+  return is_paired(src) && is_paired(dst);
+}
+
 void convert_step(const Frame &src, const Frame &dst) {
-  const int32_t status = vexo_csc(&src.img(), &dst.img());
+  if (exchanges_pairs(src.layout(), dst.layout()) &&
+      dst.img().stride[1] > std::numeric_limits<int16_t>::max()) {
+    throw Error(std::to_string(src.width()) + " columns are too many for " +
+                src.layout().token + " to " + dst.layout().token);
+  }
+  const bool as_is = sees_odd_sizes(src.layout(), dst.layout());
+  const vexo_img in = as_is ? src.img() : src.even_img();
+  const vexo_img out = as_is ? dst.img() : dst.even_img();
+  const int32_t status = vexo_csc(&in, &out);
   if (status == VEXO_OK) return;
   throw Error(std::string("the library refuses ") + src.layout().token +
               " to " + dst.layout().token + " at " +
@@ -200,21 +233,25 @@ void convert(const ConvertOptions &options) {
   for (const Layout *layout : chain) {
     frames.emplace_back(*layout, info.width, info.height, options.color_std);
   }
+  const auto convert_next = [&frames, &reader] {
+    if (!reader->read(frames.front())) return false;
+    for (size_t i = 1; i < frames.size(); ++i) {
+      convert_step(frames[i - 1], frames[i]);
+    }
+    return true;
+  };
 
-  // The first frame is read before the output is opened: most bad input fails
-  // here, and then nothing has reached a pipe.
-  if (!reader->read(frames.front())) throw Error("the input has no frame");
+  // The first frame is converted before the output is opened: most bad input
+  // fails here, and then nothing has reached a pipe.
+  if (!convert_next()) throw Error("the input has no frame");
   info.layout = chain.back();
   const std::unique_ptr<FrameWriter> writer =
       open_writer(kind, options.out, info);
   Progress progress(options.quiet);
   do {
-    for (size_t i = 1; i < frames.size(); ++i) {
-      convert_step(frames[i - 1], frames[i]);
-    }
     writer->write(frames.back());
     progress.frame_done();
-  } while (reader->read(frames.front()));
+  } while (convert_next());
   writer->finish();
 }
 

@@ -3,6 +3,7 @@
 // The table of layouts and the memory of frames.
 #include "frame.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -24,7 +25,8 @@ constexpr PlaneRule k24{3, 0, 0, 1, 1};
 constexpr PlaneRule k32{4, 0, 0, 1, 1};
 
 // Tiled layouts: a luma plane and a plane of U, V byte pairs, whole tiles each.
-// 64 x 32 tiles are grouped across pairs of tile columns, hence 128.
+// 64 x 32 tiles are grouped by two columns, hence 128; a last tile row without
+// a partner fills half a row of groups, hence 32.
 constexpr PlaneRule tile_luma(int width, int height) {
   return {1, 0, 0, width, height};
 }
@@ -57,7 +59,7 @@ constexpr Layout kLayouts[] = {
      "t256x16",
      true,
      2,
-     {tile_luma(256, 16), tile_chroma(256, 16)}},
+     {tile_luma(256, 16), tile_chroma(256, 8)}},
     {VEXO_FMT_UYVY, "uyvy", false, 1, {kYuvPixelPairs}},
     {VEXO_FMT_YUYV, "yuyv", false, 1, {kYuvPixelPairs}},
     {VEXO_FMT_RGB565, "rgb565", false, 1, {k16}},
@@ -76,13 +78,16 @@ constexpr Layout kLayouts[] = {
     {VEXO_FMT_P010LE, "p010le", false, 2, {k16, k16Pairs}},
 };
 
-// Kernels of odd-width pictures touch a pixel beyond a row, tiled ones whole
-// groups of tiles: room for both, so that neither meets the next plane.
+// Odd pictures are converted a pixel wider and a row higher than they are: room
+// for both, so that neither meets the next row or plane.
 constexpr int64_t kRowSlack = 16;
-constexpr int64_t kPlaneSlack = 32768;
 
 constexpr int64_t align_up(int64_t value, int64_t unit) {
   return (value + unit - 1) / unit * unit;
+}
+
+constexpr int64_t shifted_up(int64_t value, int shift) {
+  return align_up(value, int64_t{1} << shift) >> shift;
 }
 
 }  // namespace
@@ -119,14 +124,15 @@ Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
   int64_t total = 0;
   for (int p = 0; p < layout.planes; ++p) {
     const PlaneRule &rule = layout.plane[p];
-    const int64_t units = align_up(width, 1 << rule.x_shift) >> rule.x_shift;
-    const int64_t lines = align_up(height, 1 << rule.y_shift) >> rule.y_shift;
+    const int64_t units = shifted_up(width, rule.x_shift);
+    const int64_t lines = shifted_up(height, rule.y_shift);
     const int64_t bytes = align_up(units * rule.unit_bytes, rule.row_align);
     const int64_t rows = align_up(lines, rule.rows_align);
     // Tiles lie back to back, so a tiled plane has no room between its rows.
     const int64_t stride =
         layout.tiled ? bytes : align_up(bytes + kRowSlack, 64);
-    const int64_t size = align_up(stride * rows + kPlaneSlack, 64);
+    const int64_t room = std::max(rows, align_up(height, 2) >> rule.y_shift);
+    const int64_t size = align_up(stride * room, 64);
     if (size > std::numeric_limits<int32_t>::max()) {
       throw Error("a picture of " + std::to_string(width) + "x" +
                   std::to_string(height) + " " + layout.token +
@@ -152,6 +158,16 @@ Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
   for (int p = 0; p < layout.planes; ++p) {
     img_.plane[p] = memory_.get() + start[p];
   }
+}
+
+vexo_img Frame::even_img() const {
+  vexo_img img = img_;
+  for (int p = 0; p < layout_->planes; ++p) {
+    const PlaneRule &rule = layout_->plane[p];
+    img.width[p] = (width_ + width_ % 2) >> rule.x_shift;
+    img.height[p] = (height_ + height_ % 2) >> rule.y_shift;
+  }
+  return img;
 }
 
 }  // namespace vexo

@@ -15,8 +15,9 @@
 namespace vexo {
 
 // Size of one plane as a function of the picture's. A plane is
-// ceil(width >> x_shift) units of unit_bytes wide; a row is then rounded up to
-// row_align bytes and the plane to rows_align rows (tiles, or pixel pairs).
+// width / 2^x_shift units of unit_bytes wide, rounded up, and height /
+// 2^y_shift rows high; a row is then rounded up to row_align bytes and the
+// plane to rows_align rows (tiles, or pixel pairs).
 struct PlaneRule {
   int unit_bytes;
   int x_shift;
@@ -51,6 +52,9 @@ class Frame {
   int width() const { return width_; }
   int height() const { return height_; }
   const vexo_img &img() const { return img_; }
+  // The same memory as a picture of the next even width and height; what lies
+  // beyond this one means nothing.
+  vexo_img even_img() const;
 
   // The bytes of a plane that belong to the picture, as files hold them: rows()
   // rows of row_bytes() bytes.

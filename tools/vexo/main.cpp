@@ -26,7 +26,15 @@ raw frames by the ending of its name (.png .pgm .ppm .y4m; .raw .yuv .rgb) or
 Several frames become numbered pictures with a name such as frame%03d.png.
 
 Each step from a layout to the next is one conversion of the library. Without
---to the layout is one that OUT can hold and the library converts to.)";
+--to the layout is one that OUT can hold and the library converts to. The
+standard counts in every step between YUV and RGB, but p010le is always bt601;
+the library takes bt709-full for bt601-full.
+
+Raw frames are planes without gaps, their chroma sizes rounded up: the last
+column and row of an odd picture have chroma of their own. Tiled ones are whole
+tiles of luma, then of U, V pairs; those of an odd picture have the next even
+size, those of t64x32 an even number of tiles across. t256x16 is converted only
+when wider than 1280.)";
 
 int complain(const char *sentence) {
   std::fprintf(stderr, "vexo: %s\n", sentence);
@@ -45,11 +53,11 @@ int run(int argc, char **argv) {
   convert->add_option("OUT", options.out, "Output file or -")->required();
   convert->add_option("--size", options.size, "WxH of raw input");
   convert->add_option("--from,--format", options.from,
-                      "Layout of raw input (vexo formats lists all)");
+                      "Layout of raw input; vexo formats lists all");
   convert->add_option("--to", options.to, "Layout to write");
   convert->add_option("--via", options.via,
                       "Layouts to go through, separated by commas");
-  convert->add_option("--std", standard,
+  convert->add_option("--standard,--std", standard,
                       "bt601 (default), bt601-full, bt709 or bt709-full");
   convert->add_option("--in-kind", options.in_kind,
                       "Kind of IN: png, pgm, ppm, y4m, raw");
@@ -60,7 +68,7 @@ int run(int argc, char **argv) {
   CLI::App *const formats = app.add_subcommand(
       "formats", "Prints which conversions the library has.");
   formats->add_flag("--json", json, "As JSON");
-  formats->add_option("--std", standard, "As for convert");
+  formats->add_option("--standard,--std", standard, "As for convert");
 
   try {
     app.parse(argc, argv);
