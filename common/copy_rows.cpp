@@ -14,10 +14,11 @@ namespace {
 
 #if LOX_VECTORS
 
-template <class V>
+template <class V, bool kFetch = false>
 LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
   size_t left = n;
   for (; left >= 4 * V::kBlock; left -= 4 * V::kBlock) {
+    if constexpr (kFetch) V::fetch_ahead(dst, 4 * V::kBlock);
     const auto a = V::take_block(src);
     const auto b = V::take_block(src);
     const auto c = V::take_block(src);
@@ -39,13 +40,17 @@ LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
 }
 
 void copy(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (n >= Wide::kBlock && n < kLongCopy) {
-    copy_vectors<Wide>(dst, src, n);
-  } else if (n >= Narrow::kBlock && n < kLongCopy) {
-    copy_vectors<Narrow>(dst, src, n);
-  } else {
+  if (n < Narrow::kBlock || n >= kBeyondCaches) {
     // Short, or so long that the C library knows best which caches to use.
     memcpy(dst, src, n);
+  } else if (n < Wide::kBlock) {
+    copy_vectors<Narrow>(dst, src, n);
+  } else if (n < kLongCopy) {
+    copy_vectors<Wide>(dst, src, n);
+  } else if (n < kFar / 2) {
+    copy_vectors<Far>(dst, src, n);
+  } else {
+    copy_vectors<Far, true>(dst, src, n);
   }
 }
 
@@ -63,9 +68,9 @@ void copy_tile(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
     [[maybe_unused]] const uint8_t *from = src + row * src_step;
     [[maybe_unused]] uint8_t *to = dst + row * dst_step;
 #if LOX_VECTORS
-    if constexpr (kBytes % Wide::kBlock == 0) {
-      for (int i = 0; i < kBytes; i += Wide::kBlock) {
-        Wide::put_block(to, Wide::take_block(from));
+    if constexpr (kBytes % Far::kBlock == 0) {
+      for (int i = 0; i < kBytes; i += Far::kBlock) {
+        Far::put_block(to, Far::take_block(from));
       }
     } else if constexpr (kBytes == Narrow::n) {
       Narrow::store_bytes(to, Narrow::load_bytes(from));

@@ -34,6 +34,8 @@ struct YuvToRgbRows {
   uint8_t *rgb[2];
   // Write past the caches; only where stream_alignment divides the addresses.
   bool stream;
+  // Fetch what is written some way ahead; of no effect with the other.
+  bool fetch;
 };
 
 // `width` pixels. Nothing is read or written beyond them, but the chroma of an

@@ -3,6 +3,7 @@
 // Samples taken apart, put together and moved, a row at a time.
 #include "csc/layout_rows.h"
 
+#include "common/caches.h"
 #include "simd/simd.h"
 
 namespace lox::LOX_SET {
@@ -12,19 +13,36 @@ namespace {
 #if LOX_VECTORS
 // Steps are short: several make a turn of a loop.
 constexpr int kSteps = 2;
+
+// Calls kernel.operator()<V, kFetch>() for n units of kBytes read and as many
+// written: with lines fetched ahead when that is far from the nearer caches.
+template <int kBytes, class Kernel>
+LOX_INLINE ptrdiff_t near_or_far(ptrdiff_t n, Kernel kernel) {
+  if (Far::kAhead != 0 && n >= static_cast<ptrdiff_t>(kFar / (2 * kBytes))) {
+    kernel.template operator()<Far, true>();
+    return n;
+  }
+  return with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    kernel.template operator()<V, false>();
+  });
+}
 #endif
 
 void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
   const ptrdiff_t pairs = n / 2;
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = with_vectors(pairs, [&]<class V>(V) LOX_INLINE_LAMBDA {
+  i = near_or_far<2>(pairs, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
     const uint8_t *from = src;
     uint8_t *to0 = even;
     uint8_t *to1 = odd;
     for_vectors<V, kSteps>(
         pairs,
         [&]() LOX_INLINE_LAMBDA {
+          if constexpr (kFetch) {
+            V::fetch_ahead(to0, V::n);
+            V::fetch_ahead(to1, V::n);
+          }
           const auto two = V::load_unzip(from);
           V::store_bytes(to0, two.even);
           V::store_bytes(to1, two.odd);
@@ -49,13 +67,14 @@ void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
 void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+  i = near_or_far<2>(n, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
     const uint8_t *from0 = even;
     const uint8_t *from1 = odd;
     uint8_t *to = dst;
     for_vectors<V, kSteps>(
         n,
         [&]() LOX_INLINE_LAMBDA {
+          if constexpr (kFetch) V::fetch_ahead(to, 2 * V::n);
           V::store_zip(to, V::load_bytes(from0), V::load_bytes(from1));
         },
         [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
@@ -123,7 +142,7 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   // In place no vector may do pairs again.
-  with_vectors(2 * n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+  const auto kernel = [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
     constexpr ptrdiff_t kPairs = V::kBlock / 2;
     const uint8_t *from = src;
     uint8_t *to = dst;
@@ -131,11 +150,18 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
       V::put_block(to, V::swap_pairs(V::take_block(from)));
     };
     for (; i + 2 * kPairs <= n; i += 2 * kPairs) {
+      if constexpr (kFetch) V::fetch_ahead(to, 2 * V::kBlock);
       step();
       step();
     }
     for (; i + kPairs <= n; i += kPairs) step();
-  });
+  };
+  // As little work as a copy.
+  if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) && 4 * n < ptrdiff_t{kFar}) {
+    kernel.template operator()<Far, false>();
+  } else {
+    near_or_far<1>(2 * n, kernel);
+  }
 #endif
   for (; i < n; ++i) {
     const uint8_t first = src[2 * i];

@@ -225,35 +225,39 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
 
 // --- to RGB -----------------------------------------------------------------
 
-template <PixelFormat F>
-void to_565(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
-  ptrdiff_t done = 0;
-#if LOX_VECTORS
-  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    const uint8_t *from = src;
-    uint8_t *to = dst;
-    for_moving_vectors<V, 1>(
-        width,
-        [&]() LOX_INLINE_LAMBDA {
-          V::store_565(to, V::template take_pixels<F>(from));
-          to += 2 * V::n;
-        },
-        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          from -= pixels * F.bytes;
-          to -= pixels * 2;
-        });
-  });
-#endif
-  for (ptrdiff_t x = done; x < width; ++x) {
-    const Rgb p = get<F>(src + x * F.bytes);
-    const int word = p.r >> 3 << 11 | p.g >> 2 << 5 | p.b >> 3;
-    dst[2 * x] = static_cast<uint8_t>(word);
-    dst[2 * x + 1] = static_cast<uint8_t>(word >> 8);
+struct ToRgb565 {
+  static constexpr int kBytes = 2;
+  static void put(uint8_t *p, Rgb c) {
+    const int word = c.r >> 3 << 11 | c.g >> 2 << 5 | c.b >> 3;
+    p[0] = static_cast<uint8_t>(word);
+    p[1] = static_cast<uint8_t>(word >> 8);
   }
-}
+#if LOX_VECTORS
+  template <class V, class Pixels>
+  LOX_INLINE static void store(uint8_t *p, const Pixels &pixels) {
+    V::store_565(p, pixels);
+  }
+#endif
+};
 
-template <PixelFormat F>
-void to_rgba8888(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
+struct ToRgba8888 {
+  static constexpr int kBytes = 4;
+  static void put(uint8_t *p, Rgb c) {
+    p[0] = static_cast<uint8_t>(c.r);
+    p[1] = static_cast<uint8_t>(c.g);
+    p[2] = static_cast<uint8_t>(c.b);
+    p[3] = 255;
+  }
+#if LOX_VECTORS
+  template <class V, class Pixels>
+  LOX_INLINE static void store(uint8_t *p, const Pixels &pixels) {
+    V::store_rgba(p, pixels);
+  }
+#endif
+};
+
+template <PixelFormat F, class To>
+void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
@@ -262,21 +266,17 @@ void to_rgba8888(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
     for_moving_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          V::store_rgba(to, V::template take_pixels<F>(from));
-          to += 4 * V::n;
+          To::template store<V>(to, V::template take_pixels<F>(from));
+          to += To::kBytes * V::n;
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
           from -= pixels * F.bytes;
-          to -= pixels * 4;
+          to -= pixels * To::kBytes;
         });
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
-    const Rgb p = get<F>(src + x * F.bytes);
-    dst[4 * x] = static_cast<uint8_t>(p.r);
-    dst[4 * x + 1] = static_cast<uint8_t>(p.g);
-    dst[4 * x + 2] = static_cast<uint8_t>(p.b);
-    dst[4 * x + 3] = 255;
+    To::put(dst + x * To::kBytes, get<F>(src + x * F.bytes));
   }
 }
 
@@ -304,9 +304,9 @@ constinit const RgbRows rgb_rows = {
     .bt709 = LOX_TO_YUV(kRgba8888, Bt709),
     .rgba8888_to_yuv444 = full_chroma<kFormats[kRgba8888]>,
     .argb8888_to_yuv444 = full_chroma<kFormats[kArgb8888]>,
-    .rgba8888_to_rgb565 = to_565<kFormats[kRgba8888]>,
-    .rgb888_to_rgb565 = to_565<kFormats[kRgb888]>,
-    .rgb565_to_rgba8888 = to_rgba8888<kFormats[kRgb565]>,
+    .rgba8888_to_rgb565 = to_rgb<kFormats[kRgba8888], ToRgb565>,
+    .rgb888_to_rgb565 = to_rgb<kFormats[kRgb888], ToRgb565>,
+    .rgb565_to_rgba8888 = to_rgb<kFormats[kRgb565], ToRgba8888>,
 };
 
 }  // namespace lox::LOX_SET

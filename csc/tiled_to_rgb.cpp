@@ -30,7 +30,8 @@ struct Tiled {
 };
 
 // Of all but an odd width's last column.
-void convert_strips(const Tiled &tiled, const TileShape &shape, bool stream) {
+void convert_strips(const Tiled &tiled, const TileShape &shape,
+                    const Writing &writing) {
   StripReader luma_reader(tiled.luma, tiled.args.src_plane[0]);
   StripReader chroma_reader(tiled.chroma, tiled.args.src_plane[1]);
   const TilePlane strips(tiled.luma.width() & ~1, tiled.luma.height(),
@@ -49,7 +50,8 @@ void convert_strips(const Tiled &tiled, const TileShape &shape, bool stream) {
           {luma.row(row), luma.row(second)},
           {chroma.row(tiled.chroma_row(y + row) - first), nullptr},
           {tiled.rgb(x, y + row), tiled.rgb(x, y + second)},
-          stream};
+          writing.stream,
+          false};
       (two ? tiled.forms.two_rows : tiled.forms.one_row)(pair, width);
     }
   });
@@ -67,6 +69,7 @@ void convert_last_column(const Tiled &tiled) {
         {{tiled.args.src_plane[0] + tiled.luma.offset(x, y), nullptr},
          {pair, nullptr},
          {tiled.rgb(x, y), nullptr},
+         false,
          false},
         1);
   }
@@ -82,9 +85,9 @@ void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
                        TilePlane::chroma(shape, width, height),
                        yuv_to_rgb_rows().yuv_to_rgb[kRowUv][layout], layout,
                        args};
-  const bool stream = can_stream(layout, args);
-  convert_strips(tiled, shape, stream);
-  if (stream) yuv_to_rgb_rows().end_stream();
+  const Writing writing = writing_of(layout, args);
+  convert_strips(tiled, shape, writing);
+  if (writing.stream) yuv_to_rgb_rows().end_stream();
   if (width % 2 != 0) convert_last_column(tiled);
 }
 

@@ -12,16 +12,18 @@
 
 namespace lox::csc {
 
-bool can_stream(RgbLayout layout, const KernelArgs &args) {
+Writing writing_of(RgbLayout layout, const KernelArgs &args) {
+  const uint64_t pixels = static_cast<uint64_t>(args.src_width[0]) *
+                          static_cast<uint64_t>(args.src_height[0]);
+  const uint64_t bytes = pixels * static_cast<uint64_t>(kPixelBytes[layout]);
   const uintptr_t alignment =
       static_cast<uintptr_t>(yuv_to_rgb_rows().stream_alignment);
-  if (alignment == 0 || !streaming()) return false;
-  const uint64_t row_bytes = static_cast<uint64_t>(args.src_width[0]) *
-                             static_cast<uint64_t>(kPixelBytes[layout]);
-  return row_bytes * static_cast<uint64_t>(args.src_height[0]) >=
-             kBeyondCaches &&
-         reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
-         static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
+  const bool stream =
+      bytes >= kBeyondCaches && streaming() && alignment != 0 &&
+      reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
+      static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
+  // A YUV pixel has one and a half or two bytes.
+  return {stream, bytes + 2 * pixels >= kFar};
 }
 
 void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
@@ -41,7 +43,7 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
       source.whole_pairs && width % 4 != 0 && height % 2 != 0;
 
   const YuvToRgbFn two_rows = beyond ? nullptr : forms.two_rows;
-  const bool stream = can_stream(layout, args);
+  const Writing writing = writing_of(layout, args);
   int32_t chroma_row = 0;
   for (int32_t row = 0; row < height; ++chroma_row) {
     const uint8_t *const u = args.src(source.u_plane, chroma_row);
@@ -52,7 +54,8 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
       two_rows({{args.src(0, row), args.src(0, row + 1)},
                 {u, v},
                 {args.dst(0, row), args.dst(0, row + 1)},
-                stream},
+                writing.stream,
+                writing.fetch},
                row_pixels);
       row += 2;
       continue;
@@ -62,11 +65,12 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
       forms.one_row({{args.src(0, row), nullptr},
                      {u, v},
                      {args.dst(0, row), nullptr},
-                     stream},
+                     writing.stream,
+                     writing.fetch},
                     row_pixels);
     }
   }
-  if (stream) yuv_to_rgb_rows().end_stream();
+  if (writing.stream) yuv_to_rgb_rows().end_stream();
 }
 
 namespace {

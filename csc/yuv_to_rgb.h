@@ -41,8 +41,12 @@ inline constexpr YuvSource kYuyv = {kRowYuyv, 0, 0, 1, false};
 void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
                 RgbLayout layout, const KernelArgs &args);
 
-// Whether a picture that no cache would keep can be written past them: whether
-// its rows lie so that whole vectors can be.
-bool can_stream(RgbLayout layout, const KernelArgs &args);
+// How a picture is written, as YuvToRgbRows has it: of one that no cache would
+// keep, past them, if its rows lie so that whole vectors can be and the
+// processor gains by it, else with its lines fetched ahead.
+struct Writing {
+  bool stream, fetch;
+};
+Writing writing_of(RgbLayout layout, const KernelArgs &args);
 
 }  // namespace lox::csc

@@ -335,9 +335,16 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   const typename M::template Constants<V, Src::kU> constants;
   Cursor at = {rows.y[0],      rows.y[1],   rows.chroma[0],
                rows.chroma[1], rows.rgb[0], rows.rgb[1]};
+  [[maybe_unused]] const bool fetch = rows.fetch;
   for_vectors<V>(
       width,
       [&]() LOX_INLINE_LAMBDA {
+        if constexpr (V::kAhead != 0 && !kStream) {
+          if (fetch) {
+            V::fetch_ahead(at.rgb0, V::n * Dst::kBytes);
+            if (kRows == 2) V::fetch_ahead(at.rgb1, V::n * Dst::kBytes);
+          }
+        }
         step<V, Src, Dst, M, kRows, kStream>(at, constants);
       },
       [&](ptrdiff_t pixels)

@@ -3,8 +3,9 @@
 // The vector layer as kernels see it. A kernel unit is compiled once for each
 // instruction set with LOX_SET naming it and puts everything into lox::LOX_SET.
 // Wide is the set's vector type, Narrow the one for rows too short for it (the
-// same where there is no narrower one); the portable set has neither
-// (LOX_VECTORS is 0) and runs the plain rule.
+// same where there is no narrower one), Far the one to move what lies beyond
+// the caches: measured, whole cache lines from one register are slow there; the
+// portable set has neither (LOX_VECTORS is 0) and runs the plain rule.
 //
 // A kernel unit includes this header, its own *_rows.h and C headers only:
 // inline functions of other headers could be compiled with the set's
@@ -15,12 +16,14 @@
 #include <stdint.h>
 
 #if defined(LOX_SET_avx512)
+#include "simd/simd_avx2.h"
 #include "simd/simd_avx512.h"
 #include "simd/simd_sse41.h"
 #define LOX_VECTORS 1
 namespace lox::LOX_SET {
 using Wide = Avx512Lanes;
 using Narrow = Sse41Lanes;
+using Far = Avx2Lanes;
 constexpr bool kNarrower = true;
 }  // namespace lox::LOX_SET
 #elif defined(LOX_SET_avx2)
@@ -30,6 +33,7 @@ constexpr bool kNarrower = true;
 namespace lox::LOX_SET {
 using Wide = Avx2Lanes;
 using Narrow = Sse41Lanes;
+using Far = Avx2Lanes;
 constexpr bool kNarrower = true;
 }  // namespace lox::LOX_SET
 #elif defined(LOX_SET_sse41)
@@ -38,6 +42,7 @@ constexpr bool kNarrower = true;
 namespace lox::LOX_SET {
 using Wide = Sse41Lanes;
 using Narrow = Sse41Lanes;
+using Far = Sse41Lanes;
 constexpr bool kNarrower = false;
 }  // namespace lox::LOX_SET
 #elif defined(LOX_SET_neon)
@@ -46,6 +51,7 @@ constexpr bool kNarrower = false;
 namespace lox::LOX_SET {
 using Wide = NeonLanes;
 using Narrow = NeonLanes;
+using Far = NeonLanes;
 constexpr bool kNarrower = false;
 }  // namespace lox::LOX_SET
 #else

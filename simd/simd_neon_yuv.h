@@ -228,6 +228,8 @@ struct NeonYuv {
     vst4q_u8(p, pixels);
   }
   LOX_OP void end_stream() {}
+  static constexpr int kAhead = 0;
+  LOX_OP void fetch_ahead(const uint8_t *, int) {}
 };
 
 }  // namespace lox::LOX_SET

@@ -275,6 +275,11 @@ struct ScalarYuv {
     }
   }
   static void end_stream() {}
+  // Fetches the cache lines of `bytes` bytes that lie kAhead behind p, to be
+  // written soon; they may lie behind the end of what is there. 0 where it is
+  // not done.
+  static constexpr int kAhead = 0;
+  static void fetch_ahead(const uint8_t *, int) {}
 };
 
 }  // namespace lox

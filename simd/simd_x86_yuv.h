@@ -188,6 +188,13 @@ struct X86Yuv {
     R::template store<kStream>(p + 3 * n, R::unpack_high16(ab.b, cd.b));
   }
   LOX_OP void end_stream() { _mm_sfence(); }
+  static constexpr int kAhead = 768;
+  LOX_OP void fetch_ahead(const uint8_t *p, int bytes) {
+    const uintptr_t ahead = reinterpret_cast<uintptr_t>(p) + kAhead;
+    for (int i = 0; i < bytes; i += 64) {
+      _mm_prefetch(reinterpret_cast<const char *>(ahead + i), _MM_HINT_T0);
+    }
+  }
 
   // The body of store3, within halves: each source byte has a place of its
   // own, modulo 16, among the three output registers. One shuffle puts it

@@ -71,7 +71,8 @@ class CscRowsTest : public lox_test::SeededTest {
     YuvToRgbRows call = {{in_[0].data(), in_[1].data()},
                          {in_[2].data(), in_[3].data()},
                          {out_[0].data(), out_[1].data()},
-                         stream};
+                         stream,
+                         width % 3 == 0};
     form(call, width);
     if (stream) kSets[level]->end_stream();
     call.stream = false;
@@ -212,6 +213,7 @@ TEST_F(CscRowsTest, EveryYuvIsThatOfThePortableForm) {
           form({{y.data(), nullptr},
                 {u.data(), v.data()},
                 {to.data(), nullptr},
+                false,
                 false},
                kWidth);
         };
