@@ -16,7 +16,7 @@ constexpr int kSteps = 2;
 
 // Calls kernel.operator()<V, kFetch>() for n units of kBytes read and as many
 // written: with lines fetched ahead when that is far from the nearer caches.
-template <int kBytes, class Kernel>
+template <size_t kBytes, class Kernel>
 LOX_INLINE ptrdiff_t near_or_far(ptrdiff_t n, Kernel kernel) {
   if (Far::kAhead != 0 && n >= static_cast<ptrdiff_t>(kFar / (2 * kBytes))) {
     kernel.template operator()<Far, true>();

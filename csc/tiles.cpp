@@ -23,7 +23,8 @@ ptrdiff_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
   // An unpaired last tile row has units of four tiles side by side.
   const bool side_by_side = in_last_tile_row && unpaired && (y >> 5 & 1) == 0;
   unit += side_by_side ? x >> 8 : x >> 7;
-  return unit * 8192 + tile * 2048 + (y & 31) * 64 + (x & 63);
+  return unit * 8192 + ptrdiff_t{tile} * 2048 + ptrdiff_t{y & 31} * 64 +
+         (x & 63);
 }
 
 namespace {
@@ -147,7 +148,7 @@ void vexo_csc_t64x32_to_nv21(LOX_PARAMETERS) {
   chroma.for_tiles([&](int32_t x, int32_t y, int32_t bytes, int32_t rows) {
     const uint8_t *const tile = src_plane[1] + chroma.offset(x, y);
     for (int32_t row = 0; row < rows; ++row) {
-      const uint8_t *const from = tile + row * chroma.tile_width();
+      const uint8_t *const from = tile + ptrdiff_t{row} * chroma.tile_width();
       uint8_t *const to = args.dst(1, y + row) + x;
       swap(from, to, bytes / 2);
       // A U without a V keeps its place.
@@ -176,7 +177,7 @@ void vexo_csc_yuv420_to_t64x32(LOX_PARAMETERS) {
     for (int32_t row = 0; row < rows && y + row < src_height[1]; ++row) {
       const uint8_t *const u = args.src(1, y + row) + x / 2;
       const uint8_t *const v = args.src(2, y + row) + x / 2;
-      uint8_t *const to = tile + row * chroma.tile_width();
+      uint8_t *const to = tile + ptrdiff_t{row} * chroma.tile_width();
       merge(u, v, to, bytes / 2);
       if (bytes % 2 != 0) to[bytes - 1] = u[bytes / 2];
     }

@@ -73,7 +73,7 @@ void merge_pairs(int first, int second, const KernelArgs &args) {
 }
 
 int64_t swapped_bytes(int32_t stride, int32_t rows) {
-  return int32_t{static_cast<int16_t>(stride)} * static_cast<int16_t>(rows);
+  return int64_t{static_cast<int16_t>(stride)} * static_cast<int16_t>(rows);
 }
 
 void swap_in_place(uint8_t *plane, int64_t pairs) {
