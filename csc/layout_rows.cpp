@@ -94,7 +94,7 @@ void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
 }
 
 #if LOX_VECTORS
-// Of 2 n bytes V's bytes, made from what lies at the same position.
+// n bytes, each made of the two at its place in src.
 template <class Make>
 LOX_INLINE ptrdiff_t make_bytes(const uint8_t *src, uint8_t *dst, ptrdiff_t n,
                                 Make make) {

@@ -9,22 +9,20 @@
 
 namespace lox::csc {
 
-ptrdiff_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
+int64_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
   // Of the four tiles of a unit; the lower two, and the upper two of every
   // second unit column, come last.
   const int32_t column = x >> 6 & 1;
   const bool last = (x >> 7 & 1) != (y >> 5 & 1);
   const int32_t tile = column | (last ? 2 : 0);
 
-  const ptrdiff_t units = (ptrdiff_t{width} + 127) >> 7;
-  ptrdiff_t unit = (y >> 6) * units;
+  const int64_t units = (int64_t{width} + 127) >> 7;
   const bool in_last_tile_row = int64_t{height} <= int64_t{y} + 32;
-  const bool unpaired = (((ptrdiff_t{height} - 1) >> 5) & 1) == 0;
+  const bool unpaired = (((int64_t{height} - 1) >> 5) & 1) == 0;
   // An unpaired last tile row has units of four tiles side by side.
   const bool side_by_side = in_last_tile_row && unpaired && (y >> 5 & 1) == 0;
-  unit += side_by_side ? x >> 8 : x >> 7;
-  return unit * 8192 + ptrdiff_t{tile} * 2048 + ptrdiff_t{y & 31} * 64 +
-         (x & 63);
+  const int64_t unit = (y >> 6) * units + (side_by_side ? x >> 8 : x >> 7);
+  return unit * 8192 + int64_t{tile} * 2048 + int64_t{y & 31} * 64 + (x & 63);
 }
 
 namespace {

@@ -23,7 +23,7 @@ inline constexpr TileShape kT8x8 = {8, 8, 4, false};
 inline constexpr TileShape kT256x16 = {256, 16, 8, false};
 
 // Offset of byte (x, y) of a crossed plane.
-ptrdiff_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y);
+int64_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y);
 
 // A plane of width x height bytes in tiles.
 class TilePlane {
@@ -49,7 +49,9 @@ class TilePlane {
   int tile_width() const { return tile_width_; }
 
   ptrdiff_t offset(int32_t x, int32_t y) const {
-    if (crossed_) return crossed_offset(width_, height_, x, y);
+    if (crossed_) {
+      return static_cast<ptrdiff_t>(crossed_offset(width_, height_, x, y));
+    }
     const ptrdiff_t tiles = (ptrdiff_t{width_} - 1) / tile_width_ + 1;
     const ptrdiff_t tile = y / tile_rows_ * tiles + x / tile_width_;
     return (tile * tile_rows_ + y % tile_rows_) * tile_width_ + x % tile_width_;

@@ -57,7 +57,7 @@ enum ProbeSink {
 constexpr int kProbePlanes = 4;
 constexpr size_t kProbeMaxPixels = 64;
 
-// `in` has kProbePlanes rows of 2 * kProbeMaxPixels bytes; 16 bytes a pixel of
+// `in` has kProbePlanes rows of 2 * kProbeMaxPixels bytes; 17 bytes a pixel of
 // `out` at most are written. `stream` asks for streaming stores.
 using ProbeFn = void (*)(ProbeOp op, ProbeSink sink, bool stream,
                          const uint8_t *in, uint8_t *out);

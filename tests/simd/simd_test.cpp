@@ -19,7 +19,7 @@ using namespace lox;
 
 constexpr size_t kRow = 2 * kProbeMaxPixels;
 constexpr size_t kIn = kProbePlanes * kRow;
-constexpr size_t kOut = 16 * kProbeMaxPixels;
+constexpr size_t kOut = 17 * kProbeMaxPixels;
 constexpr uint8_t kCanary = 0xA5;
 
 using SimdTest = lox_test::SeededTest;
