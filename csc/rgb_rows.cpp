@@ -91,7 +91,7 @@ LOX_INLINE auto chroma_weights() {
   return weights<V, F, K>(128 + 128 * 256);
 }
 
-// Stores `bytes` pixels' bytes and moves behind them.
+// Stores a vector of bytes and moves behind it.
 template <class V>
 LOX_INLINE void put(uint8_t *&to, typename V::Bytes bytes) {
   V::store_bytes(to, bytes);
