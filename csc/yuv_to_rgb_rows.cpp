@@ -20,8 +20,19 @@ struct Cursor {
 
 // --- sources: where a pixel's samples are -----------------------------------
 
+// Luma of a byte for each pixel.
+struct ByteLuma {
+#if LOX_VECTORS
+  static constexpr int kLumaBytes = 1;
+  template <class V, Order O>
+  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
+    return V::template load<O>(y);
+  }
+#endif
+};
+
 // Two pixels share a chroma sample of planes of their own.
-struct Planar {
+struct Planar : ByteLuma {
   static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
                    ptrdiff_t x) {
     return {y[x], chroma[0][x / 2], chroma[1][x / 2]};
@@ -29,11 +40,6 @@ struct Planar {
 #if LOX_VECTORS
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = 0;
-  static constexpr int kLumaBytes = 1;
-  template <class V, Order O>
-  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
-    return V::template load<O>(y);
-  }
   template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
     return V::template load_zip<O>(at.chroma0, at.chroma1);
@@ -47,7 +53,7 @@ struct Planar {
 
 // Interleaved pairs with U at place I.
 template <int I>
-struct SemiPlanar {
+struct SemiPlanar : ByteLuma {
   static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
                    ptrdiff_t x) {
     const uint8_t *const pair = chroma[0] + x / 2 * 2;
@@ -56,11 +62,6 @@ struct SemiPlanar {
 #if LOX_VECTORS
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = I;
-  static constexpr int kLumaBytes = 1;
-  template <class V, Order O>
-  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
-    return V::template load<O>(y);
-  }
   template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
     return V::template load_pairs<O>(at.chroma0);
@@ -98,7 +99,7 @@ struct SemiPlanarWords {
 };
 
 // A chroma sample for each pixel.
-struct Full {
+struct Full : ByteLuma {
   static Yuv pixel(const uint8_t *y, const uint8_t *const chroma[2],
                    ptrdiff_t x) {
     return {y[x], chroma[0][x], chroma[1][x]};
@@ -106,11 +107,6 @@ struct Full {
 #if LOX_VECTORS
   static constexpr bool kTwoPixels = false;
   static constexpr int kU = 0;
-  static constexpr int kLumaBytes = 1;
-  template <class V, Order O>
-  LOX_INLINE static typename V::U8 luma(const uint8_t *y) {
-    return V::template load<O>(y);
-  }
   template <class V, Order O>
   LOX_INLINE static typename V::WPairs chroma(const Cursor &at) {
     return V::template load_zip_wide<O>(at.chroma0, at.chroma1);

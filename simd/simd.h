@@ -19,40 +19,34 @@
 #include "simd/simd_avx2.h"
 #include "simd/simd_avx512.h"
 #include "simd/simd_sse41.h"
-#define LOX_VECTORS 1
-namespace lox::LOX_SET {
-using Wide = Avx512Lanes;
-using Narrow = Sse41Lanes;
-using Far = Avx2Lanes;
-constexpr bool kNarrower = true;
-}  // namespace lox::LOX_SET
+#define LOX_WIDE Avx512Lanes
+#define LOX_NARROW Sse41Lanes
+#define LOX_FAR Avx2Lanes
 #elif defined(LOX_SET_avx2)
 #include "simd/simd_avx2.h"
 #include "simd/simd_sse41.h"
-#define LOX_VECTORS 1
-namespace lox::LOX_SET {
-using Wide = Avx2Lanes;
-using Narrow = Sse41Lanes;
-using Far = Avx2Lanes;
-constexpr bool kNarrower = true;
-}  // namespace lox::LOX_SET
+#define LOX_WIDE Avx2Lanes
+#define LOX_NARROW Sse41Lanes
+#define LOX_FAR Avx2Lanes
 #elif defined(LOX_SET_sse41)
 #include "simd/simd_sse41.h"
-#define LOX_VECTORS 1
-namespace lox::LOX_SET {
-using Wide = Sse41Lanes;
-using Narrow = Sse41Lanes;
-using Far = Sse41Lanes;
-constexpr bool kNarrower = false;
-}  // namespace lox::LOX_SET
+#define LOX_WIDE Sse41Lanes
+#define LOX_NARROW Sse41Lanes
+#define LOX_FAR Sse41Lanes
 #elif defined(LOX_SET_neon)
 #include "simd/simd_neon.h"
+#define LOX_WIDE NeonLanes
+#define LOX_NARROW NeonLanes
+#define LOX_FAR NeonLanes
+#endif
+
+#if defined(LOX_WIDE)
 #define LOX_VECTORS 1
 namespace lox::LOX_SET {
-using Wide = NeonLanes;
-using Narrow = NeonLanes;
-using Far = NeonLanes;
-constexpr bool kNarrower = false;
+using Wide = LOX_WIDE;
+using Narrow = LOX_NARROW;
+using Far = LOX_FAR;
+constexpr bool kNarrower = Narrow::n < Wide::n;
 }  // namespace lox::LOX_SET
 #else
 #define LOX_VECTORS 0

@@ -30,7 +30,8 @@ VEXO_BEGIN_DECLS
  *      RGB (200 to 599): the two must be equal and one of VEXO_STD_, else
  *      VEXO_ERR_UNSUPPORTED, and the sibling below decides. In every other
  *      case the standards are ignored;
- *   4. a pair of formats without a route: VEXO_ERR_UNSUPPORTED.
+ *   4. a pair of formats without a route, or a T256X16 source whose plane 0 is
+ *      1280 wide or less: VEXO_ERR_UNSUPPORTED.
  *
  * Returns VEXO_OK when converted.
  */
