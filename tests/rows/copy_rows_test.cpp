@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <vector>
 
 #include "common/copy_rows.h"
 #include "support/guarded_buffer.h"
@@ -19,12 +20,14 @@ constexpr const lox::CopyRows* kSets[] = LOX_ROW_SETS(copy_rows);
 using CopyRowsTest = lox_test::SeededTest;
 
 TEST_F(CopyRowsTest, CopiesTheRunAndNothingElse) {
-  constexpr size_t kLarge = (size_t{4} << 20) + 37;
+  // Short runs, and one of each way to copy a long one.
+  std::vector<size_t> sizes = {20011, 800021, (size_t{4} << 20) + 37};
+  for (size_t n = 0; n <= 530; ++n) sizes.push_back(n);
   for (int level = 0; level <= lox::isa_best(); ++level) {
     for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
       GuardedBuffer src;
       GuardedBuffer dst;
-      for (size_t n = 0; n <= kLarge; n = n == 530 ? kLarge : n + 1) {
+      for (const size_t n : sizes) {
         src.reset(n + n % 7, edge);
         dst.reset(n + n % 5, edge);
         random.fill(src.data(), src.size());
