@@ -70,6 +70,10 @@ struct Avx2Register {
   LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm256_unpackhi_epi8(a, b); }
   LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm256_unpacklo_epi16(a, b); }
   LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm256_unpackhi_epi16(a, b); }
+  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm256_unpacklo_epi32(a, b); }
+  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm256_unpackhi_epi32(a, b); }
+  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
+  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
   LOX_OP Reg shuffle8(Reg v, Reg places) {
     return _mm256_shuffle_epi8(v, places);
   }
@@ -79,6 +83,8 @@ struct Avx2Register {
   }
 
   LOX_OP Reg fill32(int k) { return _mm256_set1_epi32(k); }
+  LOX_OP Reg add32(Reg a, Reg b) { return _mm256_add_epi32(a, b); }
+  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm256_mullo_epi16(a, b); }
   template <int S>
   LOX_OP Reg shift_left32(Reg v) {
     return _mm256_slli_epi32(v, S);
@@ -108,6 +114,13 @@ struct Avx2Register {
         _mm256_castsi128_si256(
             _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))),
         _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + step)), 1);
+  }
+  // 16 bytes in each part, from every second offset.
+  LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(
+            _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + offsets[0]))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + offsets[2])), 1);
   }
   // Units of both halves in turn: of 64, of 32, and of 16 bits, these of the
   // first half of each half and then of the second.

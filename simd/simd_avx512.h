@@ -64,6 +64,8 @@ struct Avx512Register {
   LOX_OP Reg narrowing_shift16(Reg v) {
     return S == 0 ? v : _mm512_srai_epi16(v, S);
   }
+  LOX_OP Reg add32(Reg a, Reg b) { return _mm512_add_epi32(a, b); }
+  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm512_mullo_epi16(a, b); }
   template <int S>
   LOX_OP Reg shift_left32(Reg v) {
     return _mm512_slli_epi32(v, S);
@@ -79,6 +81,10 @@ struct Avx512Register {
   LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm512_unpackhi_epi8(a, b); }
   LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm512_unpacklo_epi16(a, b); }
   LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm512_unpackhi_epi16(a, b); }
+  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm512_unpacklo_epi32(a, b); }
+  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm512_unpackhi_epi32(a, b); }
+  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm512_unpacklo_epi64(a, b); }
+  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm512_unpackhi_epi64(a, b); }
   LOX_OP Reg shuffle8(Reg v, Reg places) {
     return _mm512_shuffle_epi8(v, places);
   }
@@ -103,6 +109,13 @@ struct Avx512Register {
     v = _mm512_inserti32x4(v, load_16(p + step), 1);
     v = _mm512_inserti32x4(v, load_16(p + 2 * step), 2);
     return _mm512_inserti32x4(v, load_16(p + 3 * step), 3);
+  }
+  // 16 bytes in each part, from every second offset.
+  LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
+    Reg v = _mm512_castsi128_si512(load_16(p + offsets[0]));
+    v = _mm512_inserti32x4(v, load_16(p + offsets[2]), 1);
+    v = _mm512_inserti32x4(v, load_16(p + offsets[4]), 2);
+    return _mm512_inserti32x4(v, load_16(p + offsets[6]), 3);
   }
   LOX_OP Reg spread_quads(Reg v) {
     return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7),

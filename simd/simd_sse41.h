@@ -57,6 +57,10 @@ struct Sse41Register {
   LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm_unpackhi_epi8(a, b); }
   LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm_unpacklo_epi16(a, b); }
   LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm_unpackhi_epi16(a, b); }
+  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm_unpacklo_epi32(a, b); }
+  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm_unpackhi_epi32(a, b); }
+  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
+  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
   LOX_OP Reg shuffle8(Reg v, Reg places) { return _mm_shuffle_epi8(v, places); }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
@@ -64,6 +68,8 @@ struct Sse41Register {
   }
 
   LOX_OP Reg fill32(int k) { return _mm_set1_epi32(k); }
+  LOX_OP Reg add32(Reg a, Reg b) { return _mm_add_epi32(a, b); }
+  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm_mullo_epi16(a, b); }
   template <int S>
   LOX_OP Reg shift_left32(Reg v) {
     return _mm_slli_epi32(v, S);
@@ -86,6 +92,10 @@ struct Sse41Register {
   template <int K>
   LOX_OP Reg bytes_from(Reg low, Reg high) {
     return _mm_alignr_epi8(high, low, K);
+  }
+  // 16 bytes in each part, from every second offset.
+  LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
+    return load(p + offsets[0]);
   }
   // One part: nothing to put right.
   LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t) { return load(p); }

@@ -7,5 +7,8 @@
 #include "common.h"
 #include "csc.h"
 #include "img.h"
+#include "rot.h"
+#include "rsz.h"
+#include "rsz_blocks.h"
 
 #endif /* ORUMLOX_ORUMLOX_H */

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Rows of the means of blocks.
+#include "rsz/block_rows.h"
+
+#include "simd/simd.h"
+#include "simd/simd_scalar_blocks.h"
+
+#if defined(LOX_SET_neon)
+#include "simd/simd_neon_blocks.h"
+#elif LOX_VECTORS
+#include "simd/simd_x86_blocks.h"
+#endif
+
+namespace lox::LOX_SET {
+
+namespace {
+
+#if LOX_VECTORS
+#if defined(LOX_SET_neon)
+template <class V>
+using BlocksOf = NeonBlocks;
+#else
+template <class V>
+using BlocksOf = X86Blocks<typename V::R>;
+#endif
+#endif
+
+// What is left over of a mean of grouped pairs.
+constexpr BlockMean ungrouped(BlockMean m) {
+  m.grouped = false;
+  for (int i = 0; i < 4; ++i) {
+    m.even[i] = m.even[0];
+    m.odd[i] = m.odd[0];
+  }
+  return m;
+}
+
+template <BlockMean M>
+void row(const uint8_t *src, ptrdiff_t step, uint8_t *dst, ptrdiff_t n) {
+  const ptrdiff_t whole = M.grouped ? n & ~3 : n;
+  ptrdiff_t x = 0;
+#if LOX_VECTORS
+  const ptrdiff_t bytes = whole * M.unit;
+  x = with_vectors(
+          bytes,
+          [&]<class V>(V) LOX_INLINE_LAMBDA {
+            static_assert(V::n >= 8 * M.unit && BlocksOf<V>::n == V::n);
+            const uint8_t *from = src;
+            uint8_t *to = dst;
+            for_vectors<V>(
+                bytes,
+                [&]() LOX_INLINE_LAMBDA {
+                  BlocksOf<V>::template put_means<M>(from, step, to);
+                },
+                [&](ptrdiff_t moved) LOX_INLINE_LAMBDA {
+                  from += M.side * moved;
+                  to += moved;
+                  settle(from);
+                  settle(to);
+                });
+          }) /
+      M.unit;
+#endif
+  for (; x < n; ++x) {
+    for (int i = 0; i < M.unit; ++i) {
+      dst[x * M.unit + i] =
+          x < whole ? ScalarBlocks::mean<M>(src, step, x, i)
+                    : ScalarBlocks::mean<ungrouped(M)>(src, step, x, i);
+    }
+  }
+}
+
+#define LOX_ONES \
+  { 1, 1, 1, 1 }
+#define LOX_NONE \
+  { 0, 0, 0, 0 }
+
+}  // namespace
+
+constinit const BlockRows block_rows = {
+    .halve_bytes = row<{1, 2, {1, 1}, {1, 1}, 2, false}>,
+    .halve_pairs = row<{2, 2, {1, 1}, {1, 1}, 2, false}>,
+    .quarter_bytes = row<{1, 4, LOX_ONES, LOX_ONES, 4, false}>,
+    .quarter_pairs = row<{2, 4, LOX_ONES, LOX_ONES, 4, false}>,
+    .quarter_bytes_of_2_rows = row<{1, 4, LOX_ONES, LOX_NONE, 3, false}>,
+    .quarter_grouped_of_2_rows = row<{2, 4, LOX_ONES, LOX_NONE, 3, true}>,
+    .quarter_grouped = row<{2, 4, {1, 2, 1, 2}, {1, 0, 1, 0}, 4, true}>,
+};
+
+}  // namespace lox::LOX_SET

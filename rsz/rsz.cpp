@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The entry points of scaling and of scaling with a turn: format codes, sizes
+// that agree, statuses, and the scratch memory that a call's planes share.
+#include "orumlox/rsz.h"
+
+#include <cstdint>
+
+#include "orumlox/common.h"
+#include "orumlox/rot.h"
+#include "rsz/plane_scalers.h"
+
+namespace lox::rsz {
+
+namespace {
+
+// The planes of a format and what they are made of.
+struct Layout {
+  int planes = 0;  // none: the format is not scaled
+  SampleType type[3] = {};
+};
+
+Layout yuv_layout(int32_t format) {
+  if (format < 0 || format >= 100 || format == VEXO_FMT_T64X32) return {};
+  if (format == VEXO_FMT_YUV400) return {1, {k8b}};
+  if (format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21) {
+    return {2, {k8b, k8b8b}};
+  }
+  // Unassigned codes and other tiles too, intentionally.
+  return {3, {k8b, k8b, k8b}};
+}
+
+Layout layout_of(int32_t format) {
+  switch (format) {
+    case VEXO_FMT_RGB565:
+    case VEXO_FMT_BGR565:
+      return {1, {k5b6b5b}};
+    case VEXO_FMT_RGB888:
+    case VEXO_FMT_BGR888:
+      return {1, {k8b8b8b}};
+    case VEXO_FMT_RGBA8888:
+    case VEXO_FMT_BGRA8888:
+    case VEXO_FMT_ARGB8888:
+    case VEXO_FMT_ABGR8888:
+      return {1, {k8b8b8b8b}};
+    default:
+      return yuv_layout(format);
+  }
+}
+
+Plane plane_of(const vexo_img &src, const vexo_img &dst, int p) {
+  return {src.plane[p], src.width[p], src.height[p], src.stride[p],
+          dst.plane[p], dst.width[p], dst.height[p], dst.stride[p]};
+}
+
+void copy(SampleType type, const Plane &p) {
+  if (type.rgb565) {
+    vexo_cpy_16b(p.src, p.src_width, p.src_height, p.src_stride, p.dst_stride,
+                 p.dst);
+    return;
+  }
+  // Bytes of a row that do not fit 32 bits cannot be in memory.
+  constexpr decltype(&vexo_cpy_8b) kCopies[] = {vexo_cpy_8b, nullptr,
+                                                vexo_cpy_24b, vexo_cpy_32b};
+  if (type.unit == 2) {
+    // A width is not rounded to pairs, nor a stride, as vexo_cpy_16b would.
+    if (p.src_width > INT32_MAX / 2) return;
+    vexo_cpy_8b(p.src, 2 * p.src_width, p.src_height, p.src_stride,
+                p.dst_stride, p.dst);
+  } else {
+    kCopies[type.unit - 1](p.src, p.src_width, p.src_height, p.src_stride,
+                           p.dst_stride, p.dst);
+  }
+}
+
+int32_t scale_planes(const Layout &layout, Turn turn, const vexo_img &src,
+                     const vexo_img &dst) {
+  int64_t size = 0;
+  for (int p = 0; p < layout.planes; ++p) {
+    const int64_t wanted =
+        scratch_for(layout.type[p], turn, plane_of(src, dst, p));
+    if (wanted > size) size = wanted;
+  }
+  uint8_t *scratch = nullptr;
+  if (size > 0) {
+    if (size <= UINT32_MAX) {
+      scratch = static_cast<uint8_t *>(
+          mlox_malloc_align32(static_cast<uint32_t>(size)));
+    }
+    if (scratch == nullptr) return VEXO_ERR_ARG;
+  }
+  int32_t status = VEXO_OK;
+  for (int p = 0; p < layout.planes && status == VEXO_OK; ++p) {
+    status =
+        scale(layout.type[p], turn, plane_of(src, dst, p), dst.mode, scratch);
+  }
+  mlox_mfree_align32(scratch);
+  return status;
+}
+
+bool same_size(const vexo_img &a, const vexo_img &b) {
+  return a.width[0] == b.width[0] && a.height[0] == b.height[0];
+}
+
+// Plane 0 and plane 1, of samples and of pairs of 16 bits. Plane 0 is written
+// before plane 1 is checked, intentionally.
+int32_t scale_p010(const vexo_img &src, const vexo_img &dst) {
+  const Plane luma = plane_of(src, dst, 0);
+  const Plane chroma = plane_of(src, dst, 1);
+  if (same_size(src, dst)) {
+    vexo_cpy_16b(luma.src, luma.src_width, luma.src_height, luma.src_stride,
+                 luma.dst_stride, luma.dst);
+    if (chroma.src_width > INT32_MAX / 2) return VEXO_OK;
+    vexo_cpy_16b(chroma.src, 2 * chroma.src_width, chroma.src_height,
+                 chroma.src_stride, chroma.dst_stride, chroma.dst);
+    return VEXO_OK;
+  }
+  const auto reduce = [](vexo_rsz_scaler *scaler, const Plane &p) {
+    return scaler(p.src, p.src_width, p.src_height, p.dst_width, p.dst_height,
+                  p.dst, nullptr, p.src_stride, p.dst_stride, 0);
+  };
+  const int32_t status = reduce(vexo_rsz_16b, luma);
+  return status != VEXO_OK ? status : reduce(vexo_rsz_16b16b, chroma);
+}
+
+}  // namespace
+
+}  // namespace lox::rsz
+
+using lox::rsz::Turn;
+
+extern "C" {
+
+int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst) {
+  using namespace lox::rsz;
+  if (src->format != dst->format) return VEXO_ERR_ARG;
+  if (src->format == VEXO_FMT_P010LE) return scale_p010(*src, *dst);
+  const Layout layout = layout_of(src->format);
+  if (layout.planes == 0) return VEXO_ERR_UNSUPPORTED;
+  if (!same_size(*src, *dst)) {
+    return scale_planes(layout, Turn::kNone, *src, *dst);
+  }
+  for (int p = 0; p < layout.planes; ++p) {
+    copy(layout.type[p], plane_of(*src, *dst, p));
+  }
+  return VEXO_OK;
+}
+
+int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
+                     const vexo_img *dst) {
+  using namespace lox::rsz;
+  if (src->format != dst->format) return VEXO_ERR_ARG;
+  const Turn turn = rotation == VEXO_ROT_90L   ? Turn::kLeft
+                    : rotation == VEXO_ROT_90R ? Turn::kRight
+                    : rotation == VEXO_ROT_180 ? Turn::kHalf
+                                               : Turn::kNone;
+  const bool unscaled = is_quarter(turn) ? src->width[0] == dst->height[0] &&
+                                               src->height[0] == dst->width[0]
+                                         : same_size(*src, *dst);
+  // Before any look at the format: a turn alone takes more of them.
+  if (unscaled) return vexo_rot(src, rotation, dst);
+  const Layout layout = yuv_layout(src->format);
+  if (layout.planes == 0) return VEXO_ERR_UNSUPPORTED;
+  return scale_planes(layout, turn, *src, *dst);
+}
+
+}  // extern "C"

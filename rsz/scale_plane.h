@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Scaling one plane, turned on the way out if wanted: the driver that every
+// plane scaler and every exported kernel of scaling is a call of.
+#pragma once
+
+#include <cstdint>
+
+#include "rsz/walk.h"
+
+namespace lox::rsz {
+
+// What a plane is made of.
+struct SampleType {
+  int32_t unit;  // bytes of a sample
+  bool rgb565;   // words of three components; else every byte is one
+};
+inline constexpr SampleType k8b = {1, false};
+inline constexpr SampleType k8b8b = {2, false};
+inline constexpr SampleType k8b8b8b = {3, false};
+inline constexpr SampleType k8b8b8b8b = {4, false};
+inline constexpr SampleType k5b6b5b = {2, true};
+
+enum class Turn : uint8_t { kNone, kLeft, kRight, kHalf };
+constexpr bool is_quarter(Turn turn) {
+  return turn == Turn::kLeft || turn == Turn::kRight;
+}
+
+// A direction that is left as it is.
+constexpr Axis unscaled(int32_t samples) {
+  return {samples, samples, Scaling::kEnlarge};
+}
+
+struct ScaleJob {
+  SampleType type;
+  Turn turn;
+  Axis across, down;  // the source's, before the turn
+  // Both directions in one, sums of four; else rows are scaled across first
+  // and rounded to samples before they are blended.
+  bool at_once;
+  const uint8_t *src;
+  int64_t src_step;
+  uint8_t *dst;
+  int64_t dst_step;
+  // Two rows scaled across, or one if the source has one. Not touched when both
+  // directions are done at once, or one is left as it is.
+  uint8_t *scratch;
+};
+
+// Sizes are 1 or more.
+void scale_plane(const ScaleJob &job);
+
+}  // namespace lox::rsz
