@@ -2,17 +2,16 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Executed ARM instructions per output pixel, under qemu-arm:
-#   bench/arm_count.sh PATH/TO/insn_count.c [WIDTH HEIGHT]
+#   bench/arm_count.sh PATH/TO/insn_count.c [small|large]
 # The argument is the source of a QEMU plug-in that counts instructions between
-# marks, by class. Prints a Markdown table.
+# marks, by class. Prints a Markdown table, of 1920x1080 unless small.
 set -eu
 if [ $# -lt 1 ] || [ ! -r "$1" ]; then
-  echo "usage: bench/arm_count.sh PATH/TO/insn_count.c [WIDTH HEIGHT]" >&2
+  echo "usage: bench/arm_count.sh PATH/TO/insn_count.c [small|large]" >&2
   exit 2
 fi
 counter=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
-width=${2:-1920}
-height=${3:-1080}
+size=${2:-large}
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 
@@ -27,11 +26,11 @@ cmake -S . -B build/arm-count -G Ninja -DCMAKE_BUILD_TYPE=Release \
 cmake --build build/arm-count --target arm_guest >&2
 guest=build/arm-count/bench/arm_guest
 
-# count WORKLOAD [FORM]: "total vector load store branch" of one frame, less
-# what an empty pair of marks takes.
+# count WORKLOAD [FORM]: "pixels total vector load store branch" of one frame,
+# less what an empty pair of marks takes.
 count() {
   if ! qemu-arm -plugin "$scratch/insn_count.so,classes=on" -d plugin \
-    -D "$scratch/log" "$guest" "$1" "$width" "$height" ${2:+"$2"}; then
+    -D "$scratch/log" "$guest" "$1" "$size" ${2:+"$2"}; then
     echo "$1 ${2:-}: the guest failed" >&2
     return 1
   fi
@@ -47,32 +46,31 @@ count() {
 }
 
 # row WORKLOAD TITLE THEIRS: THEIRS is libyuv's count to compare with, or "-";
-# it holds for its own frame size only.
+# it holds for the large size only.
 row() {
   theirs=$3
   # Small frames have more of their rows' ends in the mean.
-  [ "${width}x$height" = 1920x1080 ] || theirs=-
+  [ "$size" = large ] || theirs=-
   own=$(count "$1")
   portable="-"
   case $1 in
     memcpy) ;;
     *) portable=$(count "$1" portable) ;;
   esac
-  echo "$own" | awk -v title="$2" -v theirs="$theirs" -v portable="$portable" \
-    -v pixels="$((width * height))" '{
-      printf "| %s | %.3f | %.3f | %.3f | %.3f | %.3f", title, $1 / pixels,
-             $2 / pixels, $3 / pixels, $4 / pixels, $5 / pixels
+  echo "$own" | awk -v title="$2" -v theirs="$theirs" -v portable="$portable" '{
+      printf "| %s | %.3f | %.3f | %.3f | %.3f | %.3f", title, $2 / $1,
+             $3 / $1, $4 / $1, $5 / $1, $6 / $1
       split(portable, p, " ")
       if (portable == "-") printf " | –"
-      else printf " | %.3f", p[1] / pixels
+      else printf " | %.3f", p[2] / p[1]
       if (theirs == "-") printf " | – | – |\n"
-      else printf " | %s | %.2f |\n", theirs, theirs * pixels / $1
+      else printf " | %s | %.2f |\n", theirs, theirs * $1 / $2
     }'
 }
 
 cat <<END
 Executed instructions per output pixel (per byte for the plane copy and memcpy)
-of one ${width}x${height} frame after a warm-up, $(arm-linux-gnueabihf-g++ --version |
+of one frame of the $size sizes after a warm-up, $(arm-linux-gnueabihf-g++ --version |
   head -n 1), $(qemu-arm --version | head -n 1).
 
 | workload | total | vector | load | store | branch | portable form | libyuv | × libyuv |
@@ -93,12 +91,33 @@ row nv12_yuv420 'NV12 → I420' 0.203
 row nv12_nv21 'NV12 → NV21' 0.219
 row t64x32_nv12 '64x32 tiles → NV12' -
 row copy_8b 'plane copy' 0.125
+row grey_2to1 'plane 2:1' 0.701
+row grey_4to1 'plane 4:1' 3.535
+row grey_3to2 'plane 3:2' 7.586
+row grey_720p_404 'plane 720p to 720x404, or that ratio' -
+row grey_1to2 'plane 1:2' 0.914
+row grey_2to3 'plane 2:3' 5.057
+row grey_1to3 'plane 1:3' -
+row grey_1to2_mode1 'plane 1:2, mode 1' 0.914
+row grey_2to3_mode1 'plane 2:3, mode 1' 5.057
+row grey_1to3_mode1 'plane 1:3, mode 1' -
+row rgba8888_3to2 'RGBA8888 3:2' 13.430
+row nv12_3to2 'NV12 3:2' -
+row rgba8888_90l 'RGBA8888 to the left' 1.763
+row rgba8888_90r 'RGBA8888 to the right' 1.763
+row rgba8888_180 'RGBA8888 half turn' 1.259
+row rgba8888_hori 'RGBA8888 mirror' 1.007
+row rgba8888_vert 'RGBA8888 flip' 0.505
+row nv12_90r 'NV12 to the right' 0.893
+row nv12_2to1_90l 'NV12 2:1, to the left' -
 row memcpy 'C library memcpy' 0.269
 cat <<END
 
 vector: NEON or VFP, its loads and stores among them. load, store: scalar and
 vector. × libyuv: libyuv's count over this one, above 1 is fewer here. libyuv's
-figures are those of its version 1857 built with NEON, at 1920x1080, counted in
-the same way elsewhere; its row for the C library's memcpy is that function
-itself and shows that the two ways of counting agree.
+figures are those of its version 1857 built with NEON, at the large sizes,
+counted in the same way elsewhere: of scaling its bilinear filter, at 4:1 its
+box filter, which takes fewer there; of NV12 turned through two planes. Its row
+for the C library's memcpy is that function itself and shows that the two ways
+of counting agree.
 END

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A guest for an instruction counter under qemu-arm: converts one frame between
-// two marks.
+// A guest for an instruction counter under qemu-arm: processes one frame
+// between two marks and prints how many pixels (of the plane copy, bytes) came
+// out.
 //
-//   arm_guest WORKLOAD [WIDTH HEIGHT [FORM]]
+//   arm_guest WORKLOAD [small|large [FORM]]
 //
 // A mark is a system call that does nothing (getppid, which takes no
 // arguments) with a magic number and a tag in its argument registers. The
@@ -40,8 +41,8 @@ bool limit_form(const char *name) {
   return false;
 }
 
-uint8_t *frame(int32_t format, int32_t width, int32_t height) {
-  const size_t bytes = bench::frame_bytes(format, width, height);
+uint8_t *frame(const vexo_img &img) {
+  const size_t bytes = bench::frame_bytes(img);
   auto *p = static_cast<uint8_t *>(aligned_alloc(64, (bytes + 63) / 64 * 64));
   if (p) bench::fill_noise(p, bytes);
   return p;
@@ -55,21 +56,20 @@ int main(int argc, char **argv) {
   const bool is_memcpy = argc > 1 && std::strcmp(argv[1], "memcpy") == 0;
   const bench::Workload *workload =
       argc > 1 ? find(is_memcpy ? "copy_8b" : argv[1]) : nullptr;
-  const int32_t width = argc > 3 ? std::atoi(argv[2]) : 1920;
-  const int32_t height = argc > 3 ? std::atoi(argv[3]) : 1080;
-  if (!workload || width < 8 || height < 8 || width % 2 || height % 2 ||
-      width > 16384 || height > 16384 || (argc > 4 && !limit_form(argv[4]))) {
-    std::fputs("usage: arm_guest WORKLOAD [WIDTH HEIGHT [FORM]]\n", stderr);
+  const bool small = argc > 2 && std::strcmp(argv[2], "small") == 0;
+  const bool large = argc < 3 || std::strcmp(argv[2], "large") == 0;
+  if (!workload || small == large || (argc > 3 && !limit_form(argv[3]))) {
+    std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
     return 2;
   }
-  uint8_t *src = frame(workload->src_format, width, height);
-  uint8_t *dst = frame(workload->dst_format, width, height);
+  const bench::Sizes sizes = bench::sizes_of(*workload, large);
+  uint8_t *src = frame(bench::describe_src(*workload, sizes, nullptr));
+  uint8_t *dst = frame(bench::describe_dst(*workload, sizes, nullptr));
   if (!src || !dst) return 1;
+  const int32_t pixels = sizes.dst.width * sizes.dst.height;
   const auto run = [&] {
-    if (!is_memcpy) {
-      return bench::run_library(*workload, width, height, src, dst);
-    }
-    std::memcpy(dst, src, static_cast<size_t>(width) * height);
+    if (!is_memcpy) return bench::run_library(*workload, sizes, src, dst);
+    std::memcpy(dst, src, static_cast<size_t>(pixels));
     // Nobody reads the copy; the compiler must not know.
     asm volatile("" : : "r"(dst) : "memory");
     return int32_t{VEXO_OK};
@@ -79,6 +79,7 @@ int main(int argc, char **argv) {
   mark(2);
   status |= run();
   mark(3);
+  std::printf("%d ", pixels);
   std::free(src);
   std::free(dst);
   return status == VEXO_OK ? 0 : 1;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What is timed: this library's forms, its peers and the stream bounds, all as
-// one kind of thing, a function from a frame to a frame.
+// one kind of thing, a function from a frame to a frame. A peer's name is in
+// parentheses when it does less than is asked for; it does not count as one to
+// be compared with.
 #pragma once
 
 #include <cstdint>
@@ -30,31 +32,39 @@ struct Contender {
   int32_t dst_format;
   // The form of the library's kernels that runs; -1 for the best.
   int level = -1;
+  // Copies to the destination what a peer leaves in memory of its own.
+  std::function<void(uint8_t *dst)> fetch = nullptr;
 };
 
 using Contenders = std::vector<Contender>;
 
-// Each adds those of its kind that can do the workload at the size.
-void add_own_forms(const Workload &workload, int width, int height,
+// Each adds those of its kind that can do the workload at the sizes.
+void add_own_forms(const Workload &workload, const Sizes &sizes,
                    Contenders *out);
-void add_libyuv(const Workload &workload, int width, int height,
-                Contenders *out);
-void add_opencv(const Workload &workload, int width, int height,
-                Contenders *out);
-void add_swscale(const Workload &workload, int width, int height,
-                 Contenders *out);
-void add_stream_bounds(const Workload &workload, int width, int height,
+void add_libyuv(const Workload &workload, const Sizes &sizes, Contenders *out);
+void add_libyuv_scaling(const Workload &workload, const Sizes &sizes,
+                        Contenders *out);
+void add_opencv(const Workload &workload, const Sizes &sizes, Contenders *out);
+void add_opencv_scaling(const Workload &workload, const Sizes &sizes,
+                        Contenders *out);
+void add_swscale(const Workload &workload, const Sizes &sizes, Contenders *out);
+void add_avfilter(const Workload &workload, const Sizes &sizes,
+                  Contenders *out);
+void add_zimg(const Workload &workload, const Sizes &sizes, Contenders *out);
+void add_stream_bounds(const Workload &workload, const Sizes &sizes,
                        Contenders *out);
 
 // The peers' versions, as they tell them at run time.
 std::string libyuv_version();
 std::string opencv_version();
 std::string swscale_version_text();
+std::string avfilter_version_text();
+std::string zimg_version();
 
 // Runs every library's contender on one smooth picture and prints how far
 // its output is from this library's. False when one is so far off that it does
 // not do the same work.
-bool check_same_work(const Workload &workload, int width, int height,
+bool check_same_work(const Workload &workload, const Sizes &sizes,
                      const Contenders &contenders);
 
 }  // namespace bench

@@ -21,14 +21,13 @@ namespace {
 
 struct Setting {
   const char *id;
-  int width, height;
-  bool ring;
+  bool large, ring;
 };
 
 constexpr Setting kSettings[] = {
-    {"640x360", 640, 360, false},
-    {"1080p_hot", 1920, 1080, false},
-    {"1080p_ring", 1920, 1080, true},
+    {"640x360", false, false},
+    {"1080p_hot", true, false},
+    {"1080p_ring", true, true},
 };
 
 size_t aligned(size_t bytes) { return (bytes + 63) / 64 * 64; }
@@ -37,24 +36,34 @@ struct Plan {
   size_t src_step, dst_step, count;
 
   Plan(const Workload &workload, const Setting &s)
-      : src_step(aligned(frame_bytes(workload.src_format, s.width, s.height))),
-        dst_step(aligned(frame_bytes(workload.dst_format, s.width, s.height))),
+      : src_step(aligned(frame_bytes(
+            describe_src(workload, sizes_of(workload, s.large), nullptr)))),
+        dst_step(aligned(frame_bytes(
+            describe_dst(workload, sizes_of(workload, s.large), nullptr)))),
         count(s.ring ? ring_bytes() / (src_step + dst_step) + 1 : 1) {}
 };
 
-Contenders contenders_for(const Workload &workload, int width, int height) {
+Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
   Contenders list;
-  add_own_forms(workload, width, height, &list);
+  add_own_forms(workload, sizes, &list);
 #if defined(BENCH_HAS_LIBYUV)
-  add_libyuv(workload, width, height, &list);
+  add_libyuv(workload, sizes, &list);
+  add_libyuv_scaling(workload, sizes, &list);
 #endif
 #if defined(BENCH_HAS_OPENCV)
-  add_opencv(workload, width, height, &list);
+  add_opencv(workload, sizes, &list);
+  add_opencv_scaling(workload, sizes, &list);
 #endif
 #if defined(BENCH_HAS_SWSCALE)
-  add_swscale(workload, width, height, &list);
+  add_swscale(workload, sizes, &list);
 #endif
-  add_stream_bounds(workload, width, height, &list);
+#if defined(BENCH_HAS_ZIMG)
+  add_zimg(workload, sizes, &list);
+#endif
+#if defined(BENCH_HAS_AVFILTER)
+  add_avfilter(workload, sizes, &list);
+#endif
+  add_stream_bounds(workload, sizes, &list);
   return list;
 }
 
@@ -95,6 +104,12 @@ void record_versions() {
 #if defined(BENCH_HAS_SWSCALE)
   benchmark::AddCustomContext("swscale", swscale_version_text());
 #endif
+#if defined(BENCH_HAS_ZIMG)
+  benchmark::AddCustomContext("zimg", zimg_version());
+#endif
+#if defined(BENCH_HAS_AVFILTER)
+  benchmark::AddCustomContext("avfilter", avfilter_version_text());
+#endif
 }
 
 }  // namespace
@@ -124,15 +139,13 @@ int main(int argc, char **argv) {
   bool same = true;
   for (const Workload &workload : kWorkloads) {
     for (const Setting &setting : kSettings) {
-      const Contenders list =
-          contenders_for(workload, setting.width, setting.height);
-      if (!setting.ring) {
-        same &= check_same_work(workload, setting.width, setting.height, list);
-      }
+      const Sizes sizes = sizes_of(workload, setting.large);
+      const Contenders list = contenders_for(workload, sizes);
+      if (!setting.ring) same &= check_same_work(workload, sizes, list);
       const Plan plan(workload, setting);
       frames.emplace_back(src.data(), plan.src_step, dst.data(), plan.dst_step,
                           plan.count);
-      const double pixels = 1.0 * setting.width * setting.height;
+      const double pixels = 1.0 * sizes.dst.width * sizes.dst.height;
       for (const Contender &contender : list) {
         const std::string name =
             std::string(workload.id) + "/" + setting.id + "/" + contender.name;

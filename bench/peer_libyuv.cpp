@@ -16,7 +16,8 @@ using Kind = Contender::Kind;
 
 }  // namespace
 
-void add_libyuv(const Workload &workload, int w, int h, Contenders *out) {
+void add_libyuv(const Workload &workload, const Sizes &sizes, Contenders *out) {
+  const int w = sizes.src.width, h = sizes.src.height;
   const size_t luma = static_cast<size_t>(w) * static_cast<size_t>(h);
   const size_t chroma = luma / 4;
   const auto add = [&](const char *name, auto run) {

@@ -40,9 +40,10 @@ cv::Mat matrix(int format, int w, int h, uint8_t *bytes) {
 
 }  // namespace
 
-void add_opencv(const Workload &workload, int w, int h, Contenders *out) {
+void add_opencv(const Workload &workload, const Sizes &sizes, Contenders *out) {
   if (workload.color_std != VEXO_STD_DEFAULT) return;
-  cv::setNumThreads(1);
+  cv::setNumThreads(0);
+  const int w = sizes.src.width, h = sizes.src.height;
   for (const Route &route : kRoutes) {
     if (route.src_format != workload.src_format ||
         route.dst_format != workload.dst_format) {

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// FFmpeg's swscale at equal sizes, with its two fastest settings.
+// FFmpeg's swscale: at equal sizes with its two fastest settings, else with
+// those that weigh samples.
 extern "C" {
 #include <libavutil/log.h>
 #include <libswscale/swscale.h>
 }
 
 #include <memory>
+#include <span>
 #include <string>
 
 #include "bench/contender.h"
@@ -17,6 +19,8 @@ namespace {
 
 AVPixelFormat name_of(int32_t format) {
   switch (format) {
+    case VEXO_FMT_YUV400:
+      return AV_PIX_FMT_GRAY8;
     case VEXO_FMT_YUV420:
       return AV_PIX_FMT_YUV420P;
     case VEXO_FMT_NV12:
@@ -47,33 +51,49 @@ bool set_standard(SwsContext *context, int32_t color_std) {
                                   1 << 16, 1 << 16) >= 0;
 }
 
+struct Setting {
+  const char *name;
+  int flags;
+};
+
+constexpr Setting kConverting[] = {
+    {"swscale POINT", SWS_POINT},
+    {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
+};
+constexpr Setting kScaling[] = {
+    {"swscale BILINEAR", SWS_BILINEAR},
+    {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
+    {"swscale AREA", SWS_AREA},
+};
+
 }  // namespace
 
-void add_swscale(const Workload &workload, int w, int h, Contenders *out) {
+void add_swscale(const Workload &workload, const Sizes &sizes,
+                 Contenders *out) {
   const AVPixelFormat from = name_of(workload.src_format);
   const AVPixelFormat to = name_of(workload.dst_format);
-  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE) return;
+  const bool scales = workload.task == Task::kScale;
+  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE || workload.is_copy() ||
+      !(scales || workload.task == Task::kConvert)) {
+    return;
+  }
   // It warns about every pair that it has no special form for.
   av_log_set_level(AV_LOG_ERROR);
-  constexpr struct {
-    const char *name;
-    int flags;
-  } kSettings[] = {{"swscale POINT", SWS_POINT},
-                   {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
-  for (const auto &setting : kSettings) {
+  const std::span<const Setting> settings =
+      scales ? std::span<const Setting>(kScaling) : kConverting;
+  for (const Setting &setting : settings) {
     const std::shared_ptr<SwsContext> context(
-        sws_getContext(w, h, from, w, h, to, setting.flags, nullptr, nullptr,
+        sws_getContext(sizes.src.width, sizes.src.height, from, sizes.dst.width,
+                       sizes.dst.height, to, setting.flags, nullptr, nullptr,
                        nullptr),
         sws_freeContext);
     if (!context || !set_standard(context.get(), workload.color_std)) continue;
     out->push_back({setting.name, Contender::Kind::kPeer,
                     [=](uint8_t *s, uint8_t *d) {
-                      const vexo_img src =
-                          describe(workload.src_format, w, h, s);
-                      const vexo_img dst =
-                          describe(workload.dst_format, w, h, d);
-                      sws_scale(context.get(), src.plane, src.stride, 0, h,
-                                dst.plane, dst.stride);
+                      const vexo_img src = describe_src(workload, sizes, s);
+                      const vexo_img dst = describe_dst(workload, sizes, d);
+                      sws_scale(context.get(), src.plane, src.stride, 0,
+                                src.height[0], dst.plane, dst.stride);
                     },
                     workload.dst_format});
   }

@@ -37,8 +37,46 @@ TABLES = {
         "t64x32_nv12": "64x32 tiles → NV12",
         "copy_8b": "plane copy",
     },
+    "Scaling a plane": {
+        "grey_2to1": "2:1",
+        "grey_3to2": "3:2",
+        "grey_4to1": "4:1",
+        "grey_720p_404": "16:9 (720x404)",
+        "grey_1to2": "1:2",
+        "grey_2to3": "2:3",
+        "grey_1to3": "1:3",
+        "grey_1to2_mode1": "1:2, mode 1",
+        "grey_2to3_mode1": "2:3, mode 1",
+        "grey_1to3_mode1": "1:3, mode 1",
+    },
+    "Scaling pictures": {
+        "nv12_3to2": "NV12 3:2",
+        "nv12_2to3": "NV12 2:3",
+        "rgba8888_3to2": "RGBA8888 3:2",
+        "rgba8888_2to3": "RGBA8888 2:3",
+        "rgb888_3to2": "RGB888 3:2",
+        "rgb888_2to3": "RGB888 2:3",
+        "rgb565_3to2": "RGB565 3:2",
+    },
+    "Turning": {
+        "rgba8888_90l": "RGBA8888 to the left",
+        "rgba8888_90r": "RGBA8888 to the right",
+        "rgba8888_180": "RGBA8888 half turn",
+        "rgba8888_hori": "RGBA8888 mirror",
+        "rgba8888_vert": "RGBA8888 flip",
+        "nv12_90r": "NV12 to the right",
+    },
+    "Scaling and turning": {
+        "grey_2to1_90l": "plane 2:1, to the left",
+        "grey_3to2_90l": "plane 3:2, to the left",
+        "nv12_2to1_90l": "NV12 2:1, to the left",
+        "nv12_3to2_90l": "NV12 3:2, to the left",
+    },
 }
 TITLES = {w: title for rows in TABLES.values() for w, title in rows.items()}
+# The plot has no tables.
+PLOT_TITLES = TITLES | {w: f"plane {title}" for w, title in
+                        TABLES["Scaling a plane"].items()}
 SETTINGS = {
     "640x360": "640x360",
     "1080p_hot": "1920x1080, same buffers every call",
@@ -47,9 +85,11 @@ SETTINGS = {
 OWN = "orumlox"
 # Columns from left to right; others follow by name.
 ORDER = [
-    OWN, f"{OWN} avx2", f"{OWN} sse41", f"{OWN} portable", "libyuv",
-    "libyuv dither", "OpenCV", "swscale POINT", "swscale FAST_BILINEAR",
-    "memcpy",
+    OWN, f"{OWN} avx2", f"{OWN} sse41", f"{OWN} portable", f"{OWN} two calls",
+    "(libyuv None)", "(libyuv Linear)", "libyuv", "libyuv dither",
+    "libyuv Bilinear", "libyuv Box", "OpenCV", "OpenCV LINEAR", "OpenCV AREA",
+    "swscale POINT", "swscale BILINEAR", "swscale FAST_BILINEAR",
+    "swscale AREA", "memcpy",
 ]
 
 
@@ -75,10 +115,11 @@ class Line:
 
     def __init__(self, contenders):
         self.best = {name: min(t) for name, t in contenders.items()}
+        # In parentheses: what does less than is asked for.
         peers = {
             name: t
             for name, t in self.best.items()
-            if not name.startswith((OWN, "bound"))
+            if not name.startswith((OWN, "bound", "("))
         }
         self.own = self.best.get(OWN)
         self.portable = self.best.get(f"{OWN} portable", self.own)
@@ -143,7 +184,8 @@ def markdown(context, settings):
         for c in context.get("caches", []) if c["type"] != "Instruction")
     peers = ", ".join(
         f"{name} {context[name]}"
-        for name in ("libyuv", "OpenCV", "swscale") if name in context)
+        for name in ("libyuv", "OpenCV", "swscale", "zimg", "avfilter")
+        if name in context)
     out = [
         f"Processor: {context.get('processor')}, {context['num_cpus']} of them, "
         f"{caches}. Compiler: {context.get('compiler')}. Peers: "
@@ -156,7 +198,8 @@ def markdown(context, settings):
         "thread, the lowest of the repetitions. “× best peer” is the best "
         "peer's time over orumlox's, “× portable” the portable form's: above 1 "
         "orumlox is faster. The tiles have no peer but a memcpy of as many "
-        "bytes. “of bound” is orumlox's time over the stream bound's: 1 is "
+        "bytes; peers in parentheses do less than is asked for and do not count. "
+        "“of bound” is orumlox's time over the stream bound's: 1 is "
         "about as fast as the memory goes. “median / lowest” is that of orumlox or of "
         "the best peer, whichever is the larger: it tells how quiet the "
         "machine was.",
@@ -199,7 +242,7 @@ def plot(settings):
             kind = "up" if gain >= 1 else "down"
             body.append(
                 f'<text x="{left - 8}" y="{y + 12}" class="e">'
-                f"{escape(TITLES[workload])}</text>"
+                f"{escape(PLOT_TITLES[workload])}</text>"
                 f'<rect x="{left}" y="{y}" width="{gain * scale:.1f}" '
                 f'height="{bar}" class="{kind}"/>'
                 f'<text x="{end + 6:.1f}" y="{y + 12}">{gain:.2f} '

@@ -9,7 +9,7 @@
 //   loop     vector loads and stores, a page of destination at a time;
 //   nt       the same with stores past the caches, which need not fetch the
 //            line they write: as a rule the best once memory is the limit.
-// The padding of tiles need not be read and is not.
+// Padding need not be read or written and is not.
 //
 // The memcpy of the copy workload is a peer as well. Tiles have the memcpy of
 // as many bytes beside them, for no peer knows their layout.
@@ -74,10 +74,12 @@ template <bool kPastCaches>
 
 }  // namespace
 
-void add_stream_bounds(const Workload &workload, int width, int height,
+void add_stream_bounds(const Workload &workload, const Sizes &sizes,
                        Contenders *out) {
-  const size_t src_bytes = picture_bytes(workload.src_format, width, height);
-  const size_t dst_bytes = picture_bytes(workload.dst_format, width, height);
+  const size_t src_bytes =
+      picture_bytes(describe_src(workload, sizes, nullptr));
+  const size_t dst_bytes =
+      picture_bytes(describe_dst(workload, sizes, nullptr));
   const auto add = [&](const char *name, Kind kind, auto run) {
     out->push_back({name, kind, run, workload.dst_format});
   };
@@ -97,10 +99,8 @@ void add_stream_bounds(const Workload &workload, int width, int height,
   if (workload.src_format == VEXO_FMT_T64X32) add("memcpy", Kind::kCopy, copy);
   add("bound memcpy", Kind::kBound, copy);
 #if defined(__x86_64__)
-  if (!__builtin_cpu_supports("avx2") || src_bytes % kVector != 0 ||
-      dst_bytes % kVector != 0) {
-    return;
-  }
+  if (!__builtin_cpu_supports("avx2")) return;
+  // Part of a vector at the end is left out.
   const size_t src_count = src_bytes / kVector;
   const size_t dst_count = dst_bytes / kVector;
   add("bound loop", Kind::kBound, [=](uint8_t *src, uint8_t *dst) {

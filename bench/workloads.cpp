@@ -44,33 +44,30 @@ int32_t padded(int32_t size, int32_t unit) {
   return (size + unit - 1) / unit * unit;
 }
 
+int32_t row_unit(const Workload &workload) {
+  return workload.task == Task::kConvert ? 1 : 64;
+}
+
 }  // namespace
 
-size_t frame_bytes(int32_t format, int32_t width, int32_t height) {
-  const vexo_img img = describe(format, width, height, nullptr);
-  size_t bytes = 0;
-  for (int p = 0; p < 3; ++p) {
-    bytes += static_cast<size_t>(img.stride[p]) *
-             static_cast<size_t>(img.buf_height[p]);
+Sizes sizes_of(const Workload &workload, bool large) {
+  Sizes sizes = large ? workload.ratio.large : workload.ratio.small;
+  if (workload.is_quarter_turn()) {
+    sizes.dst = {sizes.dst.height, sizes.dst.width};
   }
-  return bytes;
+  return sizes;
 }
 
-size_t picture_bytes(int32_t format, int32_t width, int32_t height) {
-  return frame_bytes(format == VEXO_FMT_T64X32 ? VEXO_FMT_NV12 : format, width,
-                     height);
-}
-
-vexo_img describe(int32_t format, int32_t width, int32_t height,
-                  uint8_t *bytes) {
+vexo_img describe(int32_t format, Size size, uint8_t *bytes, int32_t row_unit) {
   const Layout layout = layout_of(format);
   vexo_img img = {};
   img.format = format;
   for (int p = 0; p < layout.planes; ++p) {
     const PlaneShape &s = layout.plane[p];
-    img.width[p] = width >> s.x_shift;
-    img.height[p] = height >> s.y_shift;
-    img.stride[p] = padded(img.width[p] * s.bytes, layout.stride_unit);
+    img.width[p] = size.width >> s.x_shift;
+    img.height[p] = size.height >> s.y_shift;
+    img.stride[p] = padded(img.width[p] * s.bytes,
+                           row_unit > 1 ? row_unit : layout.stride_unit);
     img.buf_height[p] = padded(img.height[p], layout.rows_unit);
     img.plane[p] = bytes;
     if (bytes) {
@@ -81,16 +78,64 @@ vexo_img describe(int32_t format, int32_t width, int32_t height,
   return img;
 }
 
-int32_t run_library(const Workload &workload, int32_t width, int32_t height,
-                    uint8_t *src, uint8_t *dst) {
+vexo_img describe_src(const Workload &workload, const Sizes &sizes,
+                      uint8_t *bytes) {
+  vexo_img img =
+      describe(workload.src_format, sizes.src, bytes, row_unit(workload));
+  img.color_std = workload.color_std;
+  return img;
+}
+
+vexo_img describe_dst(const Workload &workload, const Sizes &sizes,
+                      uint8_t *bytes) {
+  vexo_img img =
+      describe(workload.dst_format, sizes.dst, bytes, row_unit(workload));
+  img.color_std = workload.color_std;
+  img.mode = workload.mode;
+  return img;
+}
+
+int32_t row_bytes(const vexo_img &img, int plane) {
+  return img.width[plane] * layout_of(img.format).plane[plane].bytes;
+}
+
+size_t frame_bytes(const vexo_img &img) {
+  size_t bytes = 0;
+  for (int p = 0; p < 3; ++p) {
+    bytes += static_cast<size_t>(img.stride[p]) *
+             static_cast<size_t>(img.buf_height[p]);
+  }
+  return bytes;
+}
+
+size_t picture_bytes(const vexo_img &img) {
+  size_t bytes = 0;
+  for (int p = 0; p < 3; ++p) {
+    bytes += static_cast<size_t>(row_bytes(img, p)) *
+             static_cast<size_t>(img.height[p]);
+  }
+  return bytes;
+}
+
+int32_t run_library(const Workload &workload, const Sizes &sizes, uint8_t *src,
+                    uint8_t *dst) {
+  const vexo_img from = describe_src(workload, sizes, src);
+  const vexo_img to = describe_dst(workload, sizes, dst);
   if (workload.is_copy()) {
-    vexo_cpy_8b(src, width, height, width, width, dst);
+    vexo_cpy_8b(src, from.width[0], from.height[0], from.stride[0],
+                to.stride[0], dst);
     return VEXO_OK;
   }
-  vexo_img from = describe(workload.src_format, width, height, src);
-  vexo_img to = describe(workload.dst_format, width, height, dst);
-  from.color_std = to.color_std = workload.color_std;
-  return vexo_csc(&from, &to);
+  switch (workload.task) {
+    case Task::kScale:
+      return vexo_rsz(&from, &to);
+    case Task::kTurn:
+      return vexo_rot(&from, workload.rotation, &to);
+    case Task::kScaleAndTurn:
+      return vexo_rsz_rot(&from, workload.rotation, &to);
+    default:
+      return vexo_csc(&from, &to);
+  }
 }
 
 void fill_noise(uint8_t *bytes, size_t size) {
