@@ -81,9 +81,11 @@ class Straight {
   int64_t step_;
 };
 
-// Strips and blocks of rows to be turned.
-constexpr int32_t kTurnedStrip = 512;
-constexpr int32_t kTurnedRows = 32;
+// Bytes of a row to be turned by 180 degrees, and of a block of rows for a
+// quarter turn, of which each gives a cache line of a destination row.
+constexpr int32_t kTurnedLine = 4096;
+constexpr int32_t kTurnedStrip = 640;
+constexpr int32_t kTurnedRows = 64;
 
 class HalfTurn {
  public:
@@ -105,39 +107,45 @@ class HalfTurn {
   int32_t last_;
   int32_t count_;
   std::remove_extent_t<decltype(TurnRows::reverse)> reverse_;
-  alignas(64) uint8_t line_[kTurnedStrip];
+  alignas(64) uint8_t line_[kTurnedLine];
 };
 
 class QuarterTurn {
  public:
   QuarterTurn(const ScaleJob &job, const Columns &c)
       : job_(job),
-        c_(c),
+        count_(c.count),
         pitch_(ptrdiff_t{c.count} * job.type.unit),
+        left_(job.turn == Turn::kLeft),
+        // Where the strip's first column goes, and its next one from there.
+        dst_(job.dst + job.dst_step * (left_ ? job.across.dst - 1 - c.first
+                                             : int64_t{c.first})),
+        step_(static_cast<ptrdiff_t>(left_ ? -job.dst_step : job.dst_step)),
         transpose_(turn_rows().transpose[job.type.unit - 1]) {}
   uint8_t *to(int32_t row) { return block_ + row % kTurnedRows * pitch_; }
   void done(int32_t row) {
     const int32_t rows = row % kTurnedRows + 1;
-    if (rows < kTurnedRows && row + 1 < job_.down.dst) return;
-    const int64_t unit = job_.type.unit;
-    const int32_t first = row + 1 - rows;
-    if (job_.turn == Turn::kLeft) {
-      transpose_(block_, pitch_,
-                 job_.dst + job_.dst_step * (job_.across.dst - 1 - c_.first) +
-                     unit * first,
-                 static_cast<ptrdiff_t>(-job_.dst_step), c_.count, rows);
+    const int32_t last = job_.down.dst - 1;
+    if (rows < kTurnedRows && row < last) return;
+    if (left_) {
+      transpose_(block_, pitch_, at(row - (rows - 1)), step_, count_, rows);
     } else {
-      transpose_(block_ + pitch_ * (rows - 1), -pitch_,
-                 job_.dst + job_.dst_step * c_.first +
-                     unit * (job_.down.dst - 1 - row),
-                 static_cast<ptrdiff_t>(job_.dst_step), c_.count, rows);
+      transpose_(block_ + pitch_ * (rows - 1), -pitch_, at(last - row), step_,
+                 count_, rows);
     }
   }
 
  private:
+  // A place in the destination row of the strip's first column.
+  uint8_t *at(int32_t column) const {
+    return dst_ + int64_t{column} * job_.type.unit;
+  }
   const ScaleJob &job_;
-  const Columns &c_;
+  int32_t count_;
   ptrdiff_t pitch_;
+  bool left_;
+  uint8_t *dst_;
+  ptrdiff_t step_;
   std::remove_extent_t<decltype(TurnRows::transpose)> transpose_;
   alignas(64) uint8_t block_[ptrdiff_t{kTurnedRows} * kTurnedStrip];
 };
@@ -165,6 +173,17 @@ void scale_strip(const ScaleJob &job, const ScaleRows &rows,
   }
 }
 
+// Columns that are turned at once: of `left`, strips as even as whole vectors
+// allow.
+int32_t turned_count(const ScaleJob &job, int32_t left) {
+  if (job.turn == Turn::kNone) return left;
+  const int32_t bytes = is_quarter(job.turn) ? kTurnedStrip : kTurnedLine;
+  const int32_t most = bytes / job.type.unit;
+  const int32_t strips = (left - 1) / most + 1;
+  const int32_t even = strips == 1 ? left : (left - 1) / strips / 64 * 64 + 64;
+  return even < most ? even : most;
+}
+
 }  // namespace
 
 void scale_plane(const ScaleJob &job) {
@@ -175,10 +194,7 @@ void scale_plane(const ScaleJob &job) {
   columns.unit = job.type.unit;
   int32_t left = job.across.dst;
   for (columns.first = 0; left > 0;) {
-    columns.count = left;
-    if (job.turn != Turn::kNone && left > kTurnedStrip / job.type.unit) {
-      columns.count = kTurnedStrip / job.type.unit;
-    }
+    columns.count = turned_count(job, left);
     if (!is_unscaled(job.across)) rows.prepare(&columns);
     switch (job.turn) {
       case Turn::kNone:

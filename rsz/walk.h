@@ -36,9 +36,9 @@ struct Shares {
 
 // The weight of a 64ths step by segment length; no formula gives it.
 LOX_OP uint32_t step_in_64ths(int32_t length) {
-  static constexpr uint8_t kScale[34] = {0, 0, 32, 21, 16, 13, 11, 9, 8, 7, 6, 6,
-                                  5, 5, 4,  4,  4,  3,  3,  3, 3, 3, 3, 2,
-                                  2, 2, 2,  2,  2,  2,  2,  2, 2, 1};
+  static constexpr uint8_t kScale[34] = {
+      0, 0, 32, 21, 16, 13, 11, 9, 8, 7, 6, 6, 5, 5, 4, 4, 4,
+      3, 3, 3,  3,  3,  3,  2,  2, 2, 2, 2, 2, 2, 2, 2, 2, 1};
   return kScale[length < 33 ? length : 33];
 }
 // Long segments give weights above 64, whose complement wraps around; what is

@@ -10,5 +10,8 @@
 #define LOX_ROW_SETS_csc_rows(set) &lox::set::csc_rows,
 #define LOX_ROW_SETS_rgb_rows(set) &lox::set::rgb_rows,
 #define LOX_ROW_SETS_layout_rows(set) &lox::set::layout_rows,
+#define LOX_ROW_SETS_turn_rows(set) &lox::set::turn_rows,
+#define LOX_ROW_SETS_block_rows(set) &lox::set::block_rows,
+#define LOX_ROW_SETS_scale_rows(set) &lox::set::scale_rows,
 #define LOX_ROW_SETS(table) \
   { LOX_FOR_EACH_SET(LOX_ROW_SETS_##table) }
