@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Builds the library and the vexo tool, takes the sample photograph through
-# the pixel layouts and standards and checks that pictures that must agree do.
+# the pixel layouts and standards, scales and turns it, and checks that pictures
+# that must agree do.
 # Installs missing Debian packages first (as root). The pictures end up in out/.
 set -eu
 
@@ -29,10 +30,14 @@ mkdir -p "$build" "$out"
   exit 1
 }
 
-# As ${build}/tools/vexo/vexo convert, and shows what is done.
+# As $build/tools/vexo/vexo, and shows what is done.
+vexo() {
+  echo "  vexo $*"
+  "$build/tools/vexo/vexo" "$@"
+}
+
 convert() {
-  echo "  vexo convert $*"
-  "$build/tools/vexo/vexo" convert "$@"
+  vexo convert "$@"
 }
 
 # All of these files of out/ are equal.
@@ -117,6 +122,48 @@ convert "$out/rgba8888.png" "$out/from_bt601-full.png" --via yuv420 \
   --standard bt601-full
 convert "$out/rgba8888.png" "$out/from_bt709.png" --via nv21,yuv420 \
   --standard bt709
+
+echo
+echo "Scaled, up in both modes and down:"
+for scaled in 640x416 480x312 960x624; do
+  vexo scale "$sample" "$out/up_$scaled.png" --size "$scaled"
+  vexo scale "$sample" "$out/up_${scaled}_mode1.png" --size "$scaled" --mode1
+done
+# The weights of mode 1 are rounded: half is exact, a third is not.
+same up_640x416.png up_640x416_mode1.png
+differ up_960x624.png up_960x624_mode1.png
+for scaled in 160x104 213x139 180x117 80x52; do
+  vexo scale "$sample" "$out/down_$scaled.png" --size "$scaled"
+done
+
+echo
+echo "Turned and mirrored:"
+for turn in left right half mirror flip; do
+  vexo rotate "$sample" "$out/turned_$turn.png" --turn "$turn"
+done
+vexo rotate "$out/turned_left.png" "$out/left_right.png" --turn right
+set -- "$out/rgb888.png"
+for quarter in 1 2 3 4; do
+  vexo rotate "$1" "$out/quarter_$quarter.png" --turn right
+  set -- "$out/quarter_$quarter.png"
+done
+same rgb888.png left_right.png quarter_4.png
+same turned_right.png quarter_1.png
+vexo rotate "$out/turned_mirror.png" "$out/mirror_flip.png" --turn flip
+same turned_half.png quarter_2.png mirror_flip.png
+differ rgb888.png turned_left.png turned_right.png turned_half.png \
+  turned_mirror.png turned_flip.png
+
+echo
+echo "Scaled and turned at once, and one after the other:"
+vexo scale "$sample" "$out/half_size.y4m" --size 160x104
+for turn in left right half; do
+  case $turn in half) upright=160x104 ;; *) upright=104x160 ;; esac
+  vexo scale "$sample" "$out/at_once_$turn.png" --size "$upright" \
+    --rotate "$turn"
+  vexo rotate "$out/half_size.y4m" "$out/in_turn_$turn.png" --turn "$turn"
+  same "at_once_$turn.png" "in_turn_$turn.png"
+done
 
 echo
 "$build/tools/vexo/vexo" formats >"$out/formats.txt"

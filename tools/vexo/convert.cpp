@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// vexo convert: finds out what the files are, which layouts the conversion goes
-// through, and streams the frames.
+// vexo convert: finds out which layouts the conversion goes through, and
+// streams the frames.
 #include "convert.h"
 
 #include <algorithm>
-#include <charconv>
 #include <deque>
 #include <limits>
 #include <vector>
 
 #include "error.h"
 #include "formats.h"
-#include "frame.h"
-#include "io.h"
 #include "orumlox/csc.h"
 #include "progress.h"
 
@@ -22,73 +19,6 @@ namespace {
 
 // The library refuses anything smaller.
 constexpr int kMinConvertedSide = 8;
-
-// "WxH".
-void parse_size(const std::string &text, StreamInfo *info) {
-  const char *const end = text.data() + text.size();
-  const auto width = std::from_chars(text.data(), end, info->width);
-  bool good = width.ec == std::errc() && width.ptr != end &&
-              (*width.ptr == 'x' || *width.ptr == 'X');
-  if (good) {
-    const auto height = std::from_chars(width.ptr + 1, end, info->height);
-    good = height.ec == std::errc() && height.ptr == end;
-  }
-  if (!good) throw Error("--size '" + text + "' is not WIDTHxHEIGHT");
-  check_size(info->width, info->height, "--size");
-}
-
-std::unique_ptr<FrameReader> open_reader(const ConvertOptions &options) {
-  auto source = std::make_unique<ByteSource>(options.in);
-  // A name that says raw outweighs bytes that happen to look like a header.
-  std::optional<Kind> kind;
-  if (!options.in_kind.empty()) {
-    kind = kind_named(options.in_kind);
-  } else if (kind_of_path(options.in) == Kind::kRaw) {
-    kind = Kind::kRaw;
-  } else {
-    kind = kind_of_content(*source);
-    if (!kind && !options.size.empty() && !options.from.empty()) {
-      kind = Kind::kRaw;
-    }
-  }
-  if (!kind) {
-    throw Error(source->name() +
-                " is no PNG, PGM, PPM or Y4M; raw frames need --size and "
-                "--from");
-  }
-  if (kind == Kind::kRaw) {
-    if (options.size.empty() || options.from.empty()) {
-      throw Error(source->name() + ": raw frames need --size and --from");
-    }
-    StreamInfo info;
-    info.layout = &layout_named(options.from);
-    parse_size(options.size, &info);
-    return read_raw(std::move(source), info);
-  }
-  if (!options.size.empty()) {
-    throw Error("--size is for raw frames; " + source->name() +
-                " has a size of its own");
-  }
-  const std::string name = source->name();
-  std::unique_ptr<FrameReader> reader =
-      kind == Kind::kPng   ? read_png(std::move(source))
-      : kind == Kind::kY4m ? read_y4m(std::move(source))
-                           : read_pnm(std::move(source));
-  const Layout &layout = *reader->info().layout;
-  if (!options.from.empty() && &layout_named(options.from) != &layout) {
-    throw Error(name + " holds " + layout.token + ", not " + options.from);
-  }
-  return reader;
-}
-
-Kind output_kind(const ConvertOptions &options) {
-  if (!options.out_kind.empty()) return kind_named(options.out_kind);
-  if (const std::optional<Kind> kind = kind_of_path(options.out)) return *kind;
-  // What programs pipe into each other.
-  if (options.out == "-") return Kind::kY4m;
-  throw Error("cannot tell what kind of file '" + options.out +
-              "' is to be: give --out-kind");
-}
 
 Error no_route(const Layout &from, const Layout &to, int32_t color_std) {
   std::string sentence = std::string("pair not supported by the library: ") +
@@ -135,7 +65,7 @@ const Layout &choose_layout(Kind kind, const Layout &source,
 }
 
 // All layouts from the input's to the output's.
-std::vector<const Layout *> plan(const ConvertOptions &options, Kind kind,
+std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
                                  const Layout &source) {
   std::vector<const Layout *> chain = {&source};
   if (!options.via.empty()) {
@@ -217,10 +147,12 @@ void convert_step(const Frame &src, const Frame &dst) {
 
 }  // namespace
 
-void convert(const ConvertOptions &options) {
+void convert(const StreamOptions &options, const Reshape *reshape) {
   const Kind kind = output_kind(options);
   const std::unique_ptr<FrameReader> reader = open_reader(options);
-  StreamInfo info = reader->info();
+  const StreamInfo &source = reader->info();
+  StreamInfo info = source;
+  if (reshape != nullptr) reshape->announce(&info);
   const std::vector<const Layout *> chain = plan(options, kind, *info.layout);
   if (chain.size() > 1 &&
       std::min(info.width, info.height) < kMinConvertedSide) {
@@ -230,14 +162,18 @@ void convert(const ConvertOptions &options) {
         std::to_string(info.width) + "x" + std::to_string(info.height));
   }
   std::deque<Frame> frames;
+  if (reshape != nullptr) {
+    frames.emplace_back(*source.layout, source.width, source.height,
+                        options.color_std);
+  }
   for (const Layout *layout : chain) {
     frames.emplace_back(*layout, info.width, info.height, options.color_std);
   }
-  const auto convert_next = [&frames, &reader] {
+  const auto convert_next = [&frames, &reader, reshape] {
     if (!reader->read(frames.front())) return false;
-    for (size_t i = 1; i < frames.size(); ++i) {
-      convert_step(frames[i - 1], frames[i]);
-    }
+    size_t i = 1;
+    if (reshape != nullptr) reshape->apply(frames[0], frames[i++]);
+    for (; i < frames.size(); ++i) convert_step(frames[i - 1], frames[i]);
     return true;
   };
 

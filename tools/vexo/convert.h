@@ -1,27 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// vexo convert: what the command line asks for.
+// From one file of pictures to another, with a change of shape on the way if
+// one is wanted.
 #pragma once
 
-#include <cstdint>
-#include <string>
+#include "frame.h"
+#include "streams.h"
 
 namespace vexo {
 
-struct ConvertOptions {
-  std::string in;
-  std::string out;
-  // Empty strings: not given.
-  std::string in_kind;
-  std::string out_kind;
-  std::string size;
-  std::string from;
-  std::string to;
-  std::string via;
-  int32_t color_std = 0;
-  bool quiet = false;
+// Scales or turns each frame as it was read, before it is converted.
+class Reshape {
+ public:
+  virtual ~Reshape() = default;
+  // Makes of what the input's frames are what they become: layout, size and
+  // the words that still hold.
+  virtual void announce(StreamInfo *info) const = 0;
+  virtual void apply(const Frame &src, const Frame &dst) const = 0;
 };
 
-void convert(const ConvertOptions &options);
+void convert(const StreamOptions &options, const Reshape *reshape = nullptr);
 
 }  // namespace vexo

@@ -11,6 +11,7 @@
 #include "convert.h"
 #include "error.h"
 #include "formats.h"
+#include "scale.h"
 
 namespace {
 
@@ -36,33 +37,76 @@ tiles of luma, then of U, V pairs; those of an odd picture have the next even
 size, those of t64x32 an even number of tiles across. t256x16 is converted only
 when wider than 1280.)";
 
+constexpr const char *kScaleHelp =
+    R"(Scales pictures and clips, and turns them on the way if asked to.
+
+IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
+holds, each plane for itself, and then converted to what OUT holds or --to says.
+With --rotate only YUV is scaled. p010le is only reduced, by whole factors.)";
+
+constexpr const char *kRotateHelp =
+    R"(Turns or mirrors pictures and clips.
+
+IN and OUT are those of vexo convert. Frames are turned in the layout that IN
+holds, each plane for itself, and then converted to what OUT holds or --to says.
+4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
+becomes yuv422w.)";
+
 int complain(const char *sentence) {
   std::fprintf(stderr, "vexo: %s\n", sentence);
   return kExitFailure;
 }
 
+// A command from IN to OUT. The name is that of the option for the size of raw
+// input.
+CLI::App *add_stream_command(CLI::App *app, const char *name, const char *help,
+                             const char *from_size_name,
+                             vexo::StreamOptions *options,
+                             std::string *standard) {
+  CLI::App *const command = app->add_subcommand(name, help);
+  command->add_option("IN", options->in, "Input file or -")->required();
+  command->add_option("OUT", options->out, "Output file or -")->required();
+  command->add_option(from_size_name, options->from_size, "WxH of raw input");
+  command->add_option("--from,--format", options->from,
+                      "Layout of raw input; vexo formats lists all");
+  command->add_option("--to", options->to, "Layout to write");
+  command->add_option("--via", options->via,
+                      "Layouts to go through, separated by commas");
+  command->add_option("--standard,--std", *standard,
+                      "bt601 (default), bt601-full, bt709 or bt709-full");
+  command->add_option("--in-kind", options->in_kind,
+                      "Kind of IN: png, pgm, ppm, y4m, raw");
+  command->add_option("--out-kind", options->out_kind, "Kind of OUT");
+  command->add_flag("--quiet", options->quiet, "No progress line");
+  return command;
+}
+
 int run(int argc, char **argv) {
-  CLI::App app{"Converts pictures between pixel layouts.", "vexo"};
+  CLI::App app{"Converts, scales and turns pictures.", "vexo"};
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
 
   std::string standard = "bt601";
-  vexo::ConvertOptions options;
-  CLI::App *const convert = app.add_subcommand("convert", kConvertHelp);
-  convert->add_option("IN", options.in, "Input file or -")->required();
-  convert->add_option("OUT", options.out, "Output file or -")->required();
-  convert->add_option("--size", options.size, "WxH of raw input");
-  convert->add_option("--from,--format", options.from,
-                      "Layout of raw input; vexo formats lists all");
-  convert->add_option("--to", options.to, "Layout to write");
-  convert->add_option("--via", options.via,
-                      "Layouts to go through, separated by commas");
-  convert->add_option("--standard,--std", standard,
-                      "bt601 (default), bt601-full, bt709 or bt709-full");
-  convert->add_option("--in-kind", options.in_kind,
-                      "Kind of IN: png, pgm, ppm, y4m, raw");
-  convert->add_option("--out-kind", options.out_kind, "Kind of OUT");
-  convert->add_flag("--quiet", options.quiet, "No progress line");
+  vexo::StreamOptions options;
+  CLI::App *const convert = add_stream_command(&app, "convert", kConvertHelp,
+                                               "--size", &options, &standard);
+
+  vexo::ScaleOptions scale_options;
+  CLI::App *const scale = add_stream_command(
+      &app, "scale", kScaleHelp, "--from-size", &options, &standard);
+  scale->add_option("--size", scale_options.size, "WxH of the output")
+      ->required();
+  scale->add_flag("--mode1", scale_options.mode1,
+                  "The second kind of enlargement");
+  scale->add_option("--rotate", scale_options.rotate,
+                    "left, right or half; the library's codes 1 to 5, of which "
+                    "4 and 5 (mirror, flip) need an unchanged size");
+
+  std::string turn;
+  CLI::App *const rotate = add_stream_command(&app, "rotate", kRotateHelp,
+                                              "--size", &options, &standard);
+  rotate->add_option("--turn", turn, "left, right, half, mirror or flip")
+      ->required();
 
   bool json = false;
   CLI::App *const formats = app.add_subcommand(
@@ -80,6 +124,11 @@ int run(int argc, char **argv) {
   }
   options.color_std = vexo::standard_named(standard);
   if (convert->parsed()) vexo::convert(options);
+  if (scale->parsed()) {
+    options.from_size_name = "--from-size";
+    vexo::scale(options, scale_options);
+  }
+  if (rotate->parsed()) vexo::rotate(options, turn);
   if (formats->parsed()) vexo::print_formats(options.color_std, json);
   return 0;
 }

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The commands that the README shows, and the example in C that shows a frame.
+#include <algorithm>
+
+#include "tool_runner.h"
+
+namespace tool {
+namespace {
+
+using ExampleTest = ToolTest;
+
+// The commands of the README's section, but for the one that begins with
+// another program.
+TEST_F(ExampleTest, ExamplesOfTheReadme) {
+  put("frame.yuv", noise(1920 * 1080 * 3 / 2, 4));
+  const Outcome outcome =
+      shell("set -e; cp '" SOURCE_FOLDER
+            "/samples/coffee_320x208.y4m' photo.y4m\n"
+            "{ cat photo.y4m; tail -n +2 photo.y4m; } >clip.y4m\n"
+            "sed -n '/^## The tool/,/^## Read/ s/^vexo /&/p' '" SOURCE_FOLDER
+            "/README.md' >lines; grep -q 'vexo scale' lines; . ./lines");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+}
+
+#ifdef EXAMPLE_BINARY
+// Brighter to the right and red below before it is turned to the right:
+// brighter downwards and red on the left.
+TEST_F(ExampleTest, ExampleInC) {
+  std::string expected = "P6\n96 160\n255\n";
+  for (int i = 0; i < 96 * 160; ++i) {
+    const int luma = 298 * (i / 96) + 128;
+    const int v = i % 96 < 48 ? 72 : 0;
+    for (const int value : {luma + 409 * v, luma - 208 * v, luma}) {
+      expected += static_cast<char>(std::clamp(value >> 8, 0, 255));
+    }
+  }
+  EXPECT_TRUE(shell("'" EXAMPLE_BINARY "'").out == expected);
+}
+#endif
+
+}  // namespace
+}  // namespace tool

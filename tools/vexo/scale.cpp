@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// vexo scale and vexo rotate: pictures of another size or another way up, in
+// the layout that they come in. Only then are they converted to what the output
+// holds.
+#include "scale.h"
+
+#include <utility>
+
+#include "convert.h"
+#include "error.h"
+#include "orumlox/rot.h"
+#include "orumlox/rsz.h"
+
+namespace vexo {
+namespace {
+
+constexpr const char *kTurns[] = {"left", "right", "half", "mirror", "flip"};
+
+// A name of kTurns or its place there, from 1: the library's code.
+uint32_t turn_named(const std::string &name, const char *option) {
+  uint32_t code = VEXO_ROT_90L;
+  for (const char *const turn : kTurns) {
+    if (name == turn || name == std::to_string(code)) return code;
+    ++code;
+  }
+  throw Error(std::string(option) + " '" + name +
+              "' is none of left, right, half, mirror, flip or 1 to 5");
+}
+
+bool is_quarter(uint32_t rotation) {
+  return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
+}
+
+// The layout of a turned picture: after a quarter turn what was half as wide is
+// half as high.
+const Layout &turned_layout(const Layout &layout, uint32_t rotation) {
+  if (layout.tiled) {
+    throw Error(std::string(layout.token) +
+                " is neither scaled nor turned: convert it to nv12 first");
+  }
+  if (!is_quarter(rotation)) return layout;
+  switch (layout.code) {
+    case VEXO_FMT_YUV422N:
+      return layout_of(VEXO_FMT_YUV422W);
+    case VEXO_FMT_YUV422W:
+      return layout_of(VEXO_FMT_YUV422N);
+    case VEXO_FMT_YV16:
+      throw Error("no layout holds yv16 after a quarter turn");
+    default:
+      return layout;
+  }
+}
+
+// Of what a Y4M says before its chroma word the rate alone still holds: fields
+// and the shape of pixels do not survive.
+std::string rate_alone(const std::string &words) {
+  const size_t start = words.find(" F");
+  if (start == std::string::npos) return {};
+  return words.substr(start, words.find(' ', start + 1) - start);
+}
+
+void reshape_stream(StreamInfo *info, uint32_t rotation, int width,
+                    int height) {
+  info->layout = &turned_layout(*info->layout, rotation);
+  info->width = width;
+  info->height = height;
+  info->y4m_words = rate_alone(info->y4m_words);
+}
+
+void check_status(int32_t status, const char *what, const Frame &src,
+                  const Frame &dst) {
+  if (status == VEXO_OK) return;
+  const auto size = [](const Frame &frame) {
+    return std::to_string(frame.width()) + "x" + std::to_string(frame.height());
+  };
+  throw Error(std::string("the library refuses to ") + what + " " +
+              src.layout().token + " from " + size(src) + " to " + size(dst) +
+              " (status " + std::to_string(status) + ")");
+}
+
+class Scale : public Reshape {
+ public:
+  explicit Scale(const ScaleOptions &options)
+      : mode_(options.mode1 ? VEXO_MODE_MOD1 : 0) {
+    parse_size(options.size, "--size", &width_, &height_);
+    if (!options.rotate.empty()) {
+      rotation_ = turn_named(options.rotate, "--rotate");
+    }
+  }
+
+  void announce(StreamInfo *info) const override {
+    // The library would scale and silently leave the mirroring out.
+    if (rotation_ > VEXO_ROT_180 &&
+        (info->width != width_ || info->height != height_)) {
+      throw Error(
+          "--rotate mirrors only what keeps its size: scale, then "
+          "vexo rotate");
+    }
+    reshape_stream(info, rotation_, width_, height_);
+  }
+
+  void apply(const Frame &src, const Frame &dst) const override {
+    vexo_img out = dst.img();
+    // The library compares the codes, also where the planes of a turned layout
+    // are another's.
+    out.format = src.img().format;
+    out.mode = mode_;
+    if (rotation_ == VEXO_ROT_COPY) {
+      check_status(vexo_rsz(&src.img(), &out), "scale", src, dst);
+    } else {
+      check_status(vexo_rsz_rot(&src.img(), rotation_, &out), "scale and turn",
+                   src, dst);
+    }
+  }
+
+ private:
+  int width_ = 0;
+  int height_ = 0;
+  uint32_t rotation_ = VEXO_ROT_COPY;
+  int32_t mode_;
+};
+
+class Rotate : public Reshape {
+ public:
+  explicit Rotate(const std::string &turn)
+      : rotation_(turn_named(turn, "--turn")) {}
+
+  void announce(StreamInfo *info) const override {
+    int width = info->width;
+    int height = info->height;
+    if (is_quarter(rotation_)) std::swap(width, height);
+    reshape_stream(info, rotation_, width, height);
+  }
+
+  void apply(const Frame &src, const Frame &dst) const override {
+    check_status(vexo_rot(&src.img(), rotation_, &dst.img()), "turn", src, dst);
+  }
+
+ private:
+  uint32_t rotation_;
+};
+
+}  // namespace
+
+void scale(const StreamOptions &streams, const ScaleOptions &options) {
+  const Scale reshape(options);
+  convert(streams, &reshape);
+}
+
+void rotate(const StreamOptions &streams, const std::string &turn) {
+  const Rotate reshape(turn);
+  convert(streams, &reshape);
+}
+
+}  // namespace vexo

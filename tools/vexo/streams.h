@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the command line says of the input and the output, and both as it says.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "io.h"
+
+namespace vexo {
+
+struct StreamOptions {
+  std::string in;
+  std::string out;
+  // Empty strings: not given.
+  std::string in_kind;
+  std::string out_kind;
+  std::string from_size;
+  std::string from;
+  std::string to;
+  std::string via;
+  // What from_size is called, for messages.
+  const char *from_size_name = "--size";
+  int32_t color_std = 0;
+  bool quiet = false;
+};
+
+// "WxH" as the option of this name says it.
+void parse_size(const std::string &text, const std::string &option, int *width,
+                int *height);
+
+std::unique_ptr<FrameReader> open_reader(const StreamOptions &options);
+Kind output_kind(const StreamOptions &options);
+
+}  // namespace vexo
