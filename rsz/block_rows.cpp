@@ -71,21 +71,27 @@ void row(const uint8_t *src, ptrdiff_t step, uint8_t *dst, ptrdiff_t n) {
   }
 }
 
-#define LOX_ONES \
-  { 1, 1, 1, 1 }
-#define LOX_NONE \
-  { 0, 0, 0, 0 }
+constexpr BlockMean kHalveBytes = {1, 2, {1, 1}, {1, 1}, 2, false};
+constexpr BlockMean kHalvePairs = {2, 2, {1, 1}, {1, 1}, 2, false};
+constexpr BlockMean kQuarterBytes = {1, 4,    {1, 1, 1, 1}, {1, 1, 1, 1},
+                                     4, false};
+constexpr BlockMean kQuarterPairs = {2, 4,    {1, 1, 1, 1}, {1, 1, 1, 1},
+                                     4, false};
+constexpr BlockMean kQuarterBytesOf2Rows = {1, 4, {1, 1, 1, 1}, {}, 3, false};
+constexpr BlockMean kQuarterGroupedOf2Rows = {2, 4, {1, 1, 1, 1}, {}, 3, true};
+constexpr BlockMean kQuarterGrouped = {2, 4,   {1, 2, 1, 2}, {1, 0, 1, 0},
+                                       4, true};
 
 }  // namespace
 
 constinit const BlockRows block_rows = {
-    .halve_bytes = row<{1, 2, {1, 1}, {1, 1}, 2, false}>,
-    .halve_pairs = row<{2, 2, {1, 1}, {1, 1}, 2, false}>,
-    .quarter_bytes = row<{1, 4, LOX_ONES, LOX_ONES, 4, false}>,
-    .quarter_pairs = row<{2, 4, LOX_ONES, LOX_ONES, 4, false}>,
-    .quarter_bytes_of_2_rows = row<{1, 4, LOX_ONES, LOX_NONE, 3, false}>,
-    .quarter_grouped_of_2_rows = row<{2, 4, LOX_ONES, LOX_NONE, 3, true}>,
-    .quarter_grouped = row<{2, 4, {1, 2, 1, 2}, {1, 0, 1, 0}, 4, true}>,
+    .halve_bytes = row<kHalveBytes>,
+    .halve_pairs = row<kHalvePairs>,
+    .quarter_bytes = row<kQuarterBytes>,
+    .quarter_pairs = row<kQuarterPairs>,
+    .quarter_bytes_of_2_rows = row<kQuarterBytesOf2Rows>,
+    .quarter_grouped_of_2_rows = row<kQuarterGroupedOf2Rows>,
+    .quarter_grouped = row<kQuarterGrouped>,
 };
 
 }  // namespace lox::LOX_SET

@@ -84,9 +84,9 @@ LOX_INLINE bool enlarges(const Axis &axis) {
   return axis.scaling >= Scaling::kEnlarge;
 }
 
-// The form of a strip, and the bytes that 8 bytes of output are looked up in.
-// A run of outputs `steps` apart has sources steps * src / dst apart at most,
-// rounded up.
+// The form of a strip. Its 8 bytes of output are of samples `steps` apart at
+// most, those of the source steps * src / dst, rounded up; with the last one's
+// neighbour they have to be in one window.
 LOX_INLINE Form choose_form(const Columns &c, bool words) {
   const Axis &axis = c.axis;
   const bool enlarge = enlarges(axis);
@@ -98,7 +98,7 @@ LOX_INLINE Form choose_form(const Columns &c, bool words) {
       if (src == 4 * int64_t{axis.dst} && c.unit == 1) return kFirstOf4;
     }
   }
-  const int steps = (6 + c.unit) / c.unit + (c.unit == 3 ? 1 : 0);
+  const int steps = c.unit == 3 ? 3 : 8 / c.unit - 1;
   const int64_t samples = (steps * src + axis.dst - 1) / axis.dst + 2;
   const int64_t span = samples * c.unit;
   const int64_t row = src * c.unit;
@@ -189,7 +189,7 @@ class ByteWalk {
 // source; some times as many if they are few, so that they make a loop.
 template <class V, int kUnit>
 LOX_INLINE void set_period(Columns &c) {
-  constexpr int kAtLeast = 8;
+  constexpr int kAtLeast = 512 / V::n;
   uint32_t a = static_cast<uint32_t>(c.axis.src);
   uint32_t b = static_cast<uint32_t>(c.axis.dst);
   while (b != 0) {

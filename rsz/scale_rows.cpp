@@ -16,16 +16,18 @@ namespace {
 // --- rows of vectors --------------------------------------------------------
 
 // Where a vector of outputs is made: a row from what the offsets count from on,
-// and another one. Offsets and table move as they are taken.
+// and how far from it the row below is. Offsets and table move as they are
+// taken.
 struct Place {
-  const uint8_t *src, *below;
+  const uint8_t *src;
+  ptrdiff_t below;
   const int16_t *offsets;
   const uint8_t *table;
 };
 template <class V, class Make>
 LOX_INLINE void for_groups(const Columns *c, const uint8_t *row,
-                           const uint8_t *below, uint8_t *dst, Make make) {
-  Place at = {row + c->origin, below + c->origin, c->offsets, c->table};
+                           ptrdiff_t below, uint8_t *dst, Make make) {
+  Place at = {row + c->origin, below, c->offsets, c->table};
   const auto step = [&]() LOX_INLINE_LAMBDA {
     make(dst, at);
     settle(at.offsets);
@@ -43,7 +45,6 @@ LOX_INLINE void for_groups(const Columns *c, const uint8_t *row,
       move(V::n);
     }
     at.src += c->advance;
-    at.below += c->advance;
   }
   const ptrdiff_t rest =
       ptrdiff_t{c->count} * c->unit - ptrdiff_t{c->repeats} * c->period * V::n;
@@ -86,9 +87,14 @@ LOX_INLINE void for_cells(const uint8_t *row, const uint8_t *below,
   const ptrdiff_t start = ptrdiff_t{c->first} * c->unit * kFactor;
   row += start;
   below += start;
+  const ptrdiff_t apart = below - row;
   for_moving_vectors<V, 4>(
       ptrdiff_t{c->count} * c->unit,
       [&]() LOX_INLINE_LAMBDA {
+        // The next rows, if the factor down is the same: they come from further
+        // away than the arithmetic takes time.
+        V::fetch(row, kFactor * apart, kFactor * V::n);
+        V::fetch(below, kFactor * apart, kFactor * V::n);
         V::store_bytes(dst, make(row, below));
         dst += V::n;
         settle(row);
@@ -144,9 +150,9 @@ struct AsBytes {
   using Lanes = V;
   static constexpr bool kWords = false;
   template <int kSpan, class Places>
-  LOX_OP auto gather(const uint8_t *src, typename V::Offsets offsets,
+  LOX_OP auto gather(typename V::Low p, typename V::High q,
                      const Places &places) {
-    return V::template gather<kSpan>(src, offsets, places);
+    return V::template gather<kSpan>(p, q, places);
   }
   LOX_OP auto weights(const uint8_t *&p) { return V::take_weights(p); }
   LOX_OP auto weights(Products w) {
@@ -176,9 +182,9 @@ struct As565 {
   using Lanes = V;
   static constexpr bool kWords = true;
   template <int kSpan, class Places>
-  LOX_OP auto gather(const uint8_t *src, typename V::Offsets offsets,
+  LOX_OP auto gather(typename V::Low p, typename V::High q,
                      const Places &places) {
-    return V::template gather_words<kSpan>(src, offsets, places);
+    return V::template gather_words<kSpan>(p, q, places);
   }
   LOX_OP auto weights(const uint8_t *&p) { return V::take_word_weights(p); }
   LOX_OP auto weights(Products w) {
@@ -213,48 +219,55 @@ LOX_INLINE void with_type(ptrdiff_t bytes, Kernel kernel) {
 template <template <class> class As>
 LOX_INLINE void gathered_columns(const uint8_t *row, uint8_t *dst,
                                  const Columns *c) {
-  with_type<As>(ptrdiff_t{c->count} * c->unit, [&]<class T>(
-                                                   T) LOX_INLINE_LAMBDA {
-    using V = typename T::Lanes;
-    if (c->form == kWeigh) {
-      return for_groups<V>(
-          c, row, row, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
-            const auto offsets = V::take_offsets(at.offsets);
-            const auto places = V::template take_places<16>(at.table);
-            T::put_weighed(to, T::template gather<16>(at.src, offsets, places),
-                           T::weights(at.table));
-          });
-    }
-    with_span(c->form, [&]<Form kForm>() LOX_INLINE_LAMBDA {
-      for_groups<V>(
-          c, row, row, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
-            constexpr int kSpan = span_of(kForm);
-            const auto offsets = V::take_offsets(at.offsets);
-            const auto places = V::template take_places<kSpan>(at.table);
-            T::put_average(to,
-                           T::template gather<kSpan>(at.src, offsets, places));
-          });
-    });
-  });
+  with_type<As>(
+      ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
+        using V = typename T::Lanes;
+        if (c->form == kWeigh) {
+          return for_groups<V>(
+              c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
+                typename V::Low p;
+                typename V::High q;
+                V::take_windows(at.src, at.offsets, p, q);
+                const auto places = V::template take_places<16>(at.table);
+                T::put_weighed(to, T::template gather<16>(p, q, places),
+                               T::weights(at.table));
+              });
+        }
+        with_span(c->form, [&]<Form kForm>() LOX_INLINE_LAMBDA {
+          for_groups<V>(
+              c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
+                constexpr int kSpan = span_of(kForm);
+                typename V::Low p;
+                typename V::High q;
+                V::take_windows(at.src, at.offsets, p, q);
+                const auto places = V::template take_places<kSpan>(at.table);
+                T::put_average(to, T::template gather<kSpan>(p, q, places));
+              });
+        });
+      });
 }
 
 template <template <class> class As>
 LOX_INLINE void gathered_cells(const uint8_t *row, const uint8_t *below,
                                uint8_t *dst, const Columns *c) {
-  with_type<As>(ptrdiff_t{c->count} * c->unit, [&]<class T>(
-                                                   T) LOX_INLINE_LAMBDA {
-    using V = typename T::Lanes;
-    with_span(c->form, [&]<Form kForm>() LOX_INLINE_LAMBDA {
-      for_groups<V>(
-          c, row, below, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
-            constexpr int kSpan = span_of(kForm);
-            const auto offsets = V::take_offsets(at.offsets);
-            const auto places = V::template take_places<kSpan>(at.table);
-            T::put_mean(to, T::template gather<kSpan>(at.src, offsets, places),
-                        T::template gather<kSpan>(at.below, offsets, places));
-          });
-    });
-  });
+  with_type<As>(
+      ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
+        using V = typename T::Lanes;
+        with_span(c->form, [&]<Form kForm>() LOX_INLINE_LAMBDA {
+          for_groups<V>(
+              c, row, below - row, dst,
+              [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
+                constexpr int kSpan = span_of(kForm);
+                typename V::Low p;
+                typename V::High q;
+                V::take_windows(at.src, at.offsets, p, q);
+                const auto places = V::template take_places<kSpan>(at.table);
+                const auto here = T::template gather<kSpan>(p, q, places);
+                V::move_windows(p, q, at.below);
+                T::put_mean(to, here, T::template gather<kSpan>(p, q, places));
+              });
+        });
+      });
 }
 
 // Whether a blend is done by vectors, and does it.

@@ -62,7 +62,7 @@ void turn_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
   constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
   constexpr ptrdiff_t kRows = V::template kRows<kUnit>;
   constexpr ptrdiff_t kSquare = V::kLines * (kUnit == 3 ? 32 : 64 / kUnit);
-  // What one of the first-level caches holds is there already.
+  // What is smaller is near already.
   const bool fetch =
       V::kAhead != 0 && int64_t{width} * height * kUnit > int64_t{kLongCopy};
   for (ptrdiff_t left = 0; left < width; left += kSquare) {

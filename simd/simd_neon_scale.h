@@ -24,21 +24,23 @@ struct NeonScale : NeonLanes {
   struct Neighbours {
     uint8x16_t first, second;
   };
-  // Two groups' offsets, loaded together.
-  struct Offsets {
+  // Where two groups' windows begin: in a register each, not in a struct, which
+  // the compiler would keep in memory too.
+  using Low = const uint8_t *;
+  using High = const uint8_t *;
+  // Both offsets are loaded together.
+  LOX_OP void take_windows(const uint8_t *src, const int16_t *&offsets, Low &p,
+                           High &q) {
     int32_t both;
-    LOX_OP const uint8_t *low(const uint8_t *p, Offsets at) {
-      return p + static_cast<int16_t>(at.both);
-    }
-    LOX_OP const uint8_t *high(const uint8_t *p, Offsets at) {
-      return p + (at.both >> 16);
-    }
-  };
-  LOX_OP Offsets take_offsets(const int16_t *&p) {
-    Offsets at;
-    memcpy(&at.both, p, sizeof at.both);
-    p += 2;
-    return at;
+    memcpy(&both, offsets, sizeof both);
+    offsets += 2;
+    p = src + static_cast<int16_t>(both);
+    q = src + (both >> 16);
+  }
+  // The same of another row.
+  LOX_OP void move_windows(Low &p, High &q, ptrdiff_t by) {
+    p += by;
+    q += by;
   }
   // Each group's places: 8 of samples, 8 of neighbours.
   struct Places {
@@ -144,10 +146,7 @@ struct NeonScale : NeonLanes {
     using type = Window32;
   };
   template <int kSpan, class P>
-  LOX_OP Neighbours gather(const uint8_t *src, Offsets offsets,
-                           const P &places) {
-    const uint8_t *const p = Offsets::low(src, offsets);
-    const uint8_t *const q = Offsets::high(src, offsets);
+  LOX_OP Neighbours gather(Low p, High q, const P &places) {
     typename WindowOf<kSpan>::type w;
     typename WindowOf<kSpan>::type x;
     load_window(w, p);
@@ -231,6 +230,8 @@ struct NeonScale : NeonLanes {
     return {vcombine_u8(vmovn_u16(low), vmovn_u16(high))};
   }
 
+  LOX_OP void fetch(const uint8_t *, ptrdiff_t, int) {}
+
   // --- whole factors --------------------------------------------------------
 
   // Of bytes as they lie, which pairwise additions sum; of units apart.
@@ -303,9 +304,8 @@ struct NeonScale : NeonLanes {
   static constexpr int first_word_place(int byte) { return byte; }
   static constexpr int second_word_place(int byte) { return 8 + byte; }
   template <int kSpan, class P>
-  LOX_OP WordNeighbours gather_words(const uint8_t *src, Offsets offsets,
-                                     const P &places) {
-    const Neighbours v = gather<kSpan>(src, offsets, places);
+  LOX_OP WordNeighbours gather_words(Low p, High q, const P &places) {
+    const Neighbours v = gather<kSpan>(p, q, places);
     return {{vreinterpretq_u16_u8(v.first)}, {vreinterpretq_u16_u8(v.second)}};
   }
   LOX_OP Words load_words(const uint8_t *p) {

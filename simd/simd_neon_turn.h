@@ -6,6 +6,14 @@
 
 #include "simd/simd_neon.h"
 
+// Loops over registers want to be unrolled whole; clang keeps some of them, and
+// the registers in memory.
+#if defined(__clang__)
+#define LOX_UNROLL _Pragma("clang loop unroll(full)")
+#else
+#define LOX_UNROLL
+#endif
+
 namespace lox::LOX_SET {
 
 // For rows too short for NeonTurn.
@@ -51,12 +59,15 @@ struct NeonNarrowTurn {
   // one in each half of smaller ones.
   template <int kUnit, int kSide>
   LOX_OP void transpose(uint8x16_t (&v)[kSide]) {
+    LOX_UNROLL
     for (int i = 0; i < kSide; i += 2) exchange<kUnit>(v[i], v[i + 1]);
+    LOX_UNROLL
     for (int i = 0; i < kSide / 2; ++i) {
       const int row = i / 2 * 4 + i % 2;
       exchange<2 * kUnit>(v[row], v[row + 2]);
     }
     if constexpr (kSide == 8) {
+      LOX_UNROLL
       for (int i = 0; i < 4; ++i) exchange<4 * kUnit>(v[i], v[i + 4]);
     }
   }
@@ -68,6 +79,7 @@ struct NeonNarrowTurn {
       turn_tile_of_3(src, src_step, dst, dst_step);
     } else {
       uint8x16_t v[kRows<kUnit>];
+      LOX_UNROLL
       for (uint8x16_t &row : v) {
         row = vld1q_u8(src);
         src += src_step;
@@ -75,7 +87,9 @@ struct NeonNarrowTurn {
       }
       transpose<kUnit>(v);
       constexpr int kHalves = kUnit == 4 ? 1 : 2;
+      LOX_UNROLL
       for (int half = 0; half < kHalves; ++half) {
+        LOX_UNROLL
         for (const uint8x16_t column : v) {
           if constexpr (kHalves == 1) {
             vst1q_u8(dst, column);
@@ -94,20 +108,24 @@ struct NeonNarrowTurn {
   LOX_OP void turn_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
                              uint8_t *dst, ptrdiff_t dst_step) {
     uint8x8x3_t row[8];
+    LOX_UNROLL
     for (uint8x8x3_t &r : row) {
       r = vld3_u8(src);
       src += src_step;
     }
     uint8x16_t v[8];
     uint8x16_t w[4];
+    LOX_UNROLL
     for (int i = 0; i < 8; ++i)
       v[i] = vcombine_u8(row[i].val[0], row[i].val[1]);
+    LOX_UNROLL
     for (int i = 0; i < 4; ++i) {
       w[i] = vcombine_u8(row[i].val[2], row[i + 4].val[2]);
     }
     transpose<1>(v);
     transpose<1>(w);
     uint8x8_t third[8];
+    LOX_UNROLL
     for (int i = 0; i < 4; ++i) {
       const uint32x2x2_t both =
           vtrn_u32(vreinterpret_u32_u8(vget_low_u8(w[i])),
@@ -115,6 +133,7 @@ struct NeonNarrowTurn {
       third[i] = vreinterpret_u8_u32(both.val[0]);
       third[i + 4] = vreinterpret_u8_u32(both.val[1]);
     }
+    LOX_UNROLL
     for (int i = 0; i < 8; ++i) {
       const uint8x8x3_t column = {
           {vget_low_u8(v[i]), vget_high_u8(v[i]), third[i]}};
@@ -145,6 +164,7 @@ struct NeonNarrowTurn {
     src -= kBytes;
     if constexpr (kUnit == 3) {
       uint8x16x3_t v = vld3q_u8(src);
+      LOX_UNROLL
       for (uint8x16_t &channel : v.val) channel = backwards<1>(channel);
       vst3q_u8(dst, v);
     } else {
@@ -162,9 +182,9 @@ struct NeonTurn : NeonNarrowTurn {
     if constexpr (kUnit == 3) {
       NeonNarrowTurn::reverse_run<kUnit>(src, dst);
     } else {
-#if LOX_GCC_ARM
-      // Loads and stores of four registers want those side by side, which the
-      // compiler achieves by copying.
+#if defined(__arm__)
+      // Loads and stores of four registers want those side by side, which
+      // compilers achieve by copying.
       const uint8_t *const end = src;
       uint8_t *const at = dst;
       __asm__(
@@ -181,11 +201,12 @@ struct NeonTurn : NeonNarrowTurn {
           "vswp d21, d22\n\t"
           "vst1.8 {d16-d19}, [%1]!\n\t"
           "vst1.8 {d20-d23}, [%1]!"
-          : "+r"(src), "+r"(dst), "=m"(*reinterpret_cast<uint8_t(*)[64]>(at))
+          : "+&r"(src), "+&r"(dst), "=m"(*reinterpret_cast<uint8_t(*)[64]>(at))
           : "r"(-32), "i"(8 * kUnit),
             "m"(*reinterpret_cast<const uint8_t(*)[64]>(end - 64))
           : "q8", "q9", "q10", "q11");
 #else
+      LOX_UNROLL
       for (int i = 0; i < 4; ++i) {
         NeonNarrowTurn::reverse_run<kUnit>(src, dst);
       }
@@ -193,5 +214,7 @@ struct NeonTurn : NeonNarrowTurn {
     }
   }
 };
+
+#undef LOX_UNROLL
 
 }  // namespace lox::LOX_SET

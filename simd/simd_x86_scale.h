@@ -34,11 +34,15 @@ struct X86Scale : V {
     Reg a, b;
   };
   // Both are loaded where they are used.
-  using Offsets = const int16_t *;
-  LOX_OP Offsets take_offsets(const int16_t *&p) {
-    p += n / 8;
-    return p - n / 8;
+  using Low = const uint8_t *;
+  using High = const int16_t *;
+  LOX_OP void take_windows(const uint8_t *src, const int16_t *&offsets, Low &p,
+                           High &q) {
+    p = src;
+    q = offsets;
+    offsets += n / 8;
   }
+  LOX_OP void move_windows(Low &p, High &, ptrdiff_t by) { p += by; }
   template <int kSpan>
   struct Places {
     const uint8_t *p;
@@ -50,8 +54,7 @@ struct X86Scale : V {
     return {table - kSize};
   }
   template <int kSpan>
-  LOX_OP Neighbours gather(const uint8_t *src, Offsets offsets,
-                           Places<kSpan> places) {
+  LOX_OP Neighbours gather(Low src, High offsets, Places<kSpan> places) {
     const uint8_t *p = places.p;
     Neighbours v = {
         R::shuffle8(R::load_groups(src, offsets), R::load(p)),
@@ -102,6 +105,15 @@ struct X86Scale : V {
     return {R::pack_unsigned16(
         R::multiply_high16(R::multiply_add8(v.a, w.a), w.share_a),
         R::multiply_high16(R::multiply_add8(v.b, w.b), w.share_b))};
+  }
+
+  // Fetches the lines of what lies `away` from p.
+  LOX_OP void fetch(const uint8_t *p, ptrdiff_t away, int bytes) {
+    const uintptr_t at =
+        reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(away);
+    for (int i = 0; i < bytes; i += 64) {
+      _mm_prefetch(reinterpret_cast<const char *>(at + i), _MM_HINT_T0);
+    }
   }
 
   // --- whole factors --------------------------------------------------------
@@ -185,7 +197,7 @@ struct X86Scale : V {
   static constexpr int first_word_place(int byte) { return byte; }
   static constexpr int second_word_place(int byte) { return 8 + byte; }
   template <int kSpan>
-  LOX_OP WordNeighbours gather_words(const uint8_t *src, Offsets offsets,
+  LOX_OP WordNeighbours gather_words(Low src, High offsets,
                                      Places<kSpan> places) {
     const Neighbours v = gather<kSpan>(src, offsets, places);
     return {{R::unpack_low64(v.a, v.b)}, {R::unpack_high64(v.a, v.b)}};

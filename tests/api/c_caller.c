@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * A C program that uses the shared library the way a caller does: descriptors,
- * a conversion, a copy, a crop, a padding, aligned memory, and the statuses.
+ * a conversion, a copy, a crop, a padding, aligned memory, scaling, a turn, and
+ * the statuses.
  */
 #include <orumlox/orumlox.h>
 #include <stdio.h>
@@ -73,6 +74,32 @@ int main(void) {
   mlox_mfree_align32(block);
   mlox_mfree_fast_align32(mlox_malloc_fast_align32(0));
 
+  /* Halved, then turned to the left; and both at once. */
+  enum { HALF_WIDTH = WIDTH / 2, HALF_HEIGHT = HEIGHT / 2 };
+  uint8_t half[HALF_HEIGHT][HALF_WIDTH];
+  uint8_t turned[HALF_WIDTH][HALF_HEIGHT], at_once[HALF_WIDTH][HALF_HEIGHT];
+  luma[0][0] = 1;
+  luma[0][1] = 2;
+  luma[1][0] = 4;
+  luma[1][1] = 8;
+  const vexo_img grey = image(VEXO_FMT_YUV400, luma, WIDTH, HEIGHT, WIDTH);
+  const vexo_img half_grey =
+      image(VEXO_FMT_YUV400, half, HALF_WIDTH, HALF_HEIGHT, HALF_WIDTH);
+  vexo_img turned_grey =
+      image(VEXO_FMT_YUV400, turned, HALF_HEIGHT, HALF_WIDTH, HALF_HEIGHT);
+  EXPECT(vexo_rsz(&grey, &half_grey), VEXO_OK);
+  EXPECT(half[0][0], (1 + 2 + 4 + 8) / 4);
+  EXPECT(half[3][7], 81);
+  EXPECT(vexo_rot(&half_grey, VEXO_ROT_90L, &turned_grey), VEXO_OK);
+  EXPECT(turned[7][0], (1 + 2 + 4 + 8) / 4);
+  EXPECT(turned[0][3], 81);
+  turned_grey.plane[0] = at_once[0];
+  EXPECT(vexo_rsz_rot(&grey, VEXO_ROT_90L, &turned_grey), VEXO_OK);
+  EXPECT(memcmp(at_once, turned, sizeof turned), 0);
+
+  EXPECT(vexo_rsz(&nv12, &rgba), VEXO_ERR_ARG);
+  EXPECT(vexo_rsz_rot(&nv12, VEXO_ROT_180, &half_grey), VEXO_ERR_ARG);
+  EXPECT(vexo_rot(&nv12, 6, &nv12), VEXO_ERR_UNSUPPORTED);
   EXPECT(vexo_csc(&nv12, &nv12), VEXO_ERR_ARG);
   EXPECT(vexo_csc_bt601_fr(&nv12, &nv12), VEXO_ERR_ARG);
   EXPECT(vexo_csc_bt709(&nv12, &rgba), VEXO_ERR_UNSUPPORTED);

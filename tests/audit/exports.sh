@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # exports.sh LIBRARY INCLUDE_DIR COMPILER...: the library exports the functions
-# that the public headers declare, all of them and nothing else.
+# and tables that the public headers declare, all of them and nothing else.
 set -euo pipefail
 library=$1
 include=$2
@@ -14,9 +14,9 @@ declared() {
     "$@" -E -P -x c -I "$include" - |
     tr '\n' ' ' | tr ';' '\n' |
     # Of the declarations with default visibility, what stands last before the
-    # parameters is the name.
+    # parameters or the first size is the name.
     sed -n 's/^.*__attribute__ *((visibility("default")))//p' |
-    sed -e 's/(.*//' |
+    sed -e 's/[([].*//' |
     grep -Eo '\b(vexo|mlox)_\w+ *$' | tr -d ' ' | sort -u
 }
 
