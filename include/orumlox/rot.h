@@ -33,6 +33,8 @@ enum {
  *     every other code, those of other tiles included, intentionally without a
  *     further check.
  *   200 to 299, 400 to 499, 500 to 599: plane 0 in units of 2, 3, 4 bytes.
+ * Each plane is turned as it is: a quarter turn of chroma with half the width
+ * and all the height has all the width and half the height.
  *
  * Returns VEXO_OK, also when a size is below 1 (that plane is left alone), or
  * VEXO_ERR_UNSUPPORTED for any other format, negative ones included, and for a

@@ -22,12 +22,12 @@ VEXO_BEGIN_DECLS
  * (VEXO_MODE_MOD1 or the plain one); the source's is not read.
  *
  * Images whose plane 0 sizes agree are copied, all planes with the source's
- * sizes, whatever those of the other planes; nothing is copied when a size is
- * below 1. Formats:
- *   0 to 99 but 11: one 8-bit plane for YUV400; plane 0 and plane 1's pairs for
- *     NV12 and NV21; three 8-bit planes for every other code.
- *   200, 201; 400, 401; 500 to 503: plane 0.
- *   P010LE: reduction by whole factors in both directions only, or a copy.
+ * sizes, whatever those of the other planes; a plane with a size below 1 is
+ * left alone. 16-bit samples are copied as vexo_cpy_16b does. Formats: 0 to 99
+ * but 11: one 8-bit plane for YUV400; plane 0 and plane 1's pairs for NV12 and
+ * NV21; three 8-bit planes for every other code. 200, 201; 400, 401; 500 to
+ * 503: plane 0. P010LE: reduction by whole factors in both directions only, or
+ * a copy.
  *
  * Returns VEXO_OK. VEXO_ERR_ARG when the format codes differ, when a size of a
  * plane to be scaled is below 1, or when two rows of scratch memory cannot be
@@ -46,13 +46,14 @@ VEXO_API int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst);
  * VEXO_ROT_180). Sizes of the destination are those after the turn. The result
  * is that of scaling and then turning.
  *
- * When nothing is to be scaled (the plane 0 sizes agree, exchanged for codes 1
- * and 2) this is vexo_rot, with every format and code it takes. Otherwise codes
- * other than 1, 2 and 3 scale and do not turn or mirror, intentionally.
+ * The two format codes are compared first. Then, when nothing is to be scaled
+ * (the plane 0 sizes agree, exchanged for codes 1 and 2), this is vexo_rot,
+ * with every format and code it takes. Otherwise codes other than 1, 2 and 3
+ * scale and do not turn or mirror, intentionally.
  *
- * Returns VEXO_OK, or vexo_rot's status. VEXO_ERR_ARG as vexo_rsz does, the
- * formats compared first; VEXO_ERR_UNSUPPORTED for codes other than 0 to 99
- * and for T64X32. Planes as in vexo_rsz.
+ * Returns VEXO_OK, or vexo_rot's status. VEXO_ERR_ARG as vexo_rsz does;
+ * VEXO_ERR_UNSUPPORTED for codes other than 0 to 99 and for T64X32. Planes as
+ * in vexo_rsz.
  */
 VEXO_API int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
                               const vexo_img *dst);
@@ -70,8 +71,7 @@ VEXO_API int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
  * Which kernels do the work, with rw = destination width / source width and rh
  * the same of heights, as whole quotients:
  *   rw and rh below 1: down_mult when both sizes divide without a remainder,
- *     else down_non_mult (for four exact sizes under another name, see
- *     rsz_kernels.h).
+ *     else down_non_mult.
  *   otherwise every row by down_w (rw below 1) or up, and of the rows that
  * gives down_h (rh below 1) or up_h; up and up_h in their mode1 form on demand.
  *

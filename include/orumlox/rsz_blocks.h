@@ -10,7 +10,8 @@
  *
  * All calls are re-entrant and check nothing; a size below 1 writes nothing.
  * Nothing is read or written beyond the rows. Where source and destination
- * overlap, outputs are computed and written one after the other.
+ * overlap, the bytes of the outputs are computed and written one after the
+ * other, row by row from the left.
  */
 #ifndef ORUMLOX_RSZ_BLOCKS_H
 #define ORUMLOX_RSZ_BLOCKS_H
@@ -42,7 +43,8 @@ VEXO_API vexo_rsz_block_kernel vexo_8b8b_rsz_down_4x4;
  * Some columns of a plane: of each row's W outputs the first N (non_alignment),
  * or those from N on (non_alignment_remain). The source's rows are 2 W or 4 W
  * bytes, the destination's W, whatever N. N is meant to be a multiple of 8
- * below or at W.
+ * below or at W; it is taken as 0 or W where it lies beyond them, and of pairs
+ * as N / 2 of them.
  */
 typedef void vexo_rsz_columns_kernel(const uint8_t *src, uint8_t *dst,
                                      int32_t width, int32_t height,

@@ -105,10 +105,10 @@ VEXO_API vexo_rsz_kernel vexo_5b6b5b_rsz_up_h_mode1;
 VEXO_API vexo_rsz_kernel vexo_16b_rsz_down_mult;
 VEXO_API vexo_rsz_kernel vexo_16b16b_rsz_down_mult;
 
-/* down_non_mult under another name, which the plane scalers call for these
- * sizes and no others: of 8b 1280 x 720 to 720 x 404 and 1280 x 580 to
- * 720 x 326; of 8b8b 640 x 360 to 360 x 202 and 640 x 360 to 360 x 163 (the
- * latter is not the chroma of the second 8b case, intentionally). */
+/* The kernels of down_non_mult for four sizes, which they give the same samples
+ * of: of 8b 1280 x 720 to 720 x 404 and 1280 x 580 to 720 x 326; of 8b8b
+ * 640 x 360 to 360 x 202 and 640 x 360 to 360 x 163 (the latter is not the
+ * chroma of the second 8b case, intentionally). Any other sizes do as well. */
 VEXO_API vexo_rsz_kernel vexo_8b_rsz_down_non_mult_720p_720x404;
 VEXO_API vexo_rsz_kernel vexo_8b8b_rsz_down_non_mult_720p_720x404;
 
