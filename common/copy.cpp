@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/caches.h"
 #include "common/copy_rows.h"
 #include "orumlox/common.h"
 
@@ -52,7 +53,9 @@ void copy_plane_16b(const vexo_img &src, const vexo_img &dst, int p) {
 void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
                 int64_t src_step, int64_t row_bytes, int32_t rows) {
   if (row_bytes < 1 || rows < 1) return;
-  const auto copy = kTables[isa_level()]->copy;
+  const CopyRows &kernels = *kTables[isa_level()];
+  const auto copy =
+      row_bytes >= int64_t{kFar} / 2 / rows ? kernels.copy_far : kernels.copy;
   for (;;) {
     copy(dst, src, static_cast<size_t>(row_bytes));
     if (--rows == 0) return;

@@ -54,9 +54,17 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) {
   }
 }
 
+void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
+  if (n < Far::kBlock || n >= kBeyondCaches) return copy(dst, src, n);
+  copy_vectors<Far, true>(dst, src, n);
+}
+
 #else
 
 void copy(uint8_t *dst, const uint8_t *src, size_t n) { memcpy(dst, src, n); }
+void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
+  memcpy(dst, src, n);
+}
 
 #endif
 
@@ -101,6 +109,7 @@ void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
 
 }  // namespace
 
-constinit const CopyRows copy_rows = {.copy = copy, .copy_block = copy_block};
+constinit const CopyRows copy_rows = {
+    .copy = copy, .copy_far = copy_far, .copy_block = copy_block};
 
 }  // namespace lox::LOX_SET

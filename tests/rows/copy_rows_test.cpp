@@ -29,16 +29,18 @@ TEST_F(CopyRowsTest, CopiesTheRunAndNothingElse) {
       GuardedBuffer dst;
       for (const size_t n : sizes) {
         src.reset(n + n % 7, edge);
-        dst.reset(n + n % 5, edge);
         random.fill(src.data(), src.size());
-        // Away from the edge only when the padding is, so both touch it.
-        std::vector<uint8_t> expected = dst.copy();
-        const size_t from = edge == Edge::kEnd ? n % 7 : 0;
-        const size_t to = edge == Edge::kEnd ? n % 5 : 0;
-        std::copy_n(src.data() + from, n, expected.begin() + to);
-        kSets[level]->copy(dst.data() + to, src.data() + from, n);
-        ASSERT_TRUE(lox_test::holds(dst, expected))
-            << lox::isa_name(level) << ", " << n << " bytes";
+        for (const auto copy : {kSets[level]->copy, kSets[level]->copy_far}) {
+          dst.reset(n + n % 5, edge);
+          // Away from the edge only when the padding is, so both touch it.
+          std::vector<uint8_t> expected = dst.copy();
+          const size_t from = edge == Edge::kEnd ? n % 7 : 0;
+          const size_t to = edge == Edge::kEnd ? n % 5 : 0;
+          std::copy_n(src.data() + from, n, expected.begin() + to);
+          copy(dst.data() + to, src.data() + from, n);
+          ASSERT_TRUE(lox_test::holds(dst, expected))
+              << lox::isa_name(level) << ", " << n << " bytes";
+        }
       }
     }
   }
