@@ -54,8 +54,10 @@ void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
                 int64_t src_step, int64_t row_bytes, int32_t rows) {
   if (row_bytes < 1 || rows < 1) return;
   const CopyRows &kernels = *kTables[isa_level()];
-  const auto copy =
-      row_bytes >= int64_t{kFar} / 2 / rows ? kernels.copy_far : kernels.copy;
+  // Longer rows go by their own length, whatever their number.
+  const bool far = row_bytes < int64_t{kBeyondCaches} &&
+                   row_bytes * rows >= int64_t{kFar / 2};
+  const auto copy = far ? kernels.copy_far : kernels.copy;
   for (;;) {
     copy(dst, src, static_cast<size_t>(row_bytes));
     if (--rows == 0) return;

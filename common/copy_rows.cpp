@@ -55,7 +55,9 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) {
 }
 
 void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (n < Far::kBlock || n >= kBeyondCaches) return copy(dst, src, n);
+  if (Far::kAhead == 0 || n < Far::kBlock || n >= kBeyondCaches) {
+    return copy(dst, src, n);
+  }
   copy_vectors<Far, true>(dst, src, n);
 }
 

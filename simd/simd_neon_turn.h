@@ -185,26 +185,23 @@ struct NeonTurn : NeonNarrowTurn {
 #if defined(__arm__)
       // Loads and stores of four registers want those side by side, which
       // compilers achieve by copying.
-      const uint8_t *const end = src;
-      uint8_t *const at = dst;
-      __asm__(
+      __asm__ volatile(
           "sub %0, %0, #32\n\t"
-          "vld1.8 {d16-d19}, [%0], %3\n\t"
+          "vld1.8 {d16-d19}, [%0], %2\n\t"
           "vld1.8 {d20-d23}, [%0]\n\t"
-          "vrev64.%c4 q8, q8\n\t"
-          "vrev64.%c4 q9, q9\n\t"
-          "vrev64.%c4 q10, q10\n\t"
-          "vrev64.%c4 q11, q11\n\t"
+          "vrev64.%c3 q8, q8\n\t"
+          "vrev64.%c3 q9, q9\n\t"
+          "vrev64.%c3 q10, q10\n\t"
+          "vrev64.%c3 q11, q11\n\t"
           "vswp d16, d19\n\t"
           "vswp d17, d18\n\t"
           "vswp d20, d23\n\t"
           "vswp d21, d22\n\t"
           "vst1.8 {d16-d19}, [%1]!\n\t"
           "vst1.8 {d20-d23}, [%1]!"
-          : "+&r"(src), "+&r"(dst), "=m"(*reinterpret_cast<uint8_t(*)[64]>(at))
-          : "r"(-32), "i"(8 * kUnit),
-            "m"(*reinterpret_cast<const uint8_t(*)[64]>(end - 64))
-          : "q8", "q9", "q10", "q11");
+          : "+&r"(src), "+&r"(dst)
+          : "r"(-32), "i"(8 * kUnit)
+          : "q8", "q9", "q10", "q11", "memory");
 #else
       LOX_UNROLL
       for (int i = 0; i < 4; ++i) {
