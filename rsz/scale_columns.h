@@ -214,8 +214,7 @@ LOX_INLINE void set_period(Columns &c) {
   c.advance = static_cast<ptrdiff_t>(periods * inputs * kUnit);
 }
 
-// Fills the tables of `vectors` vectors of output from byte `start` on, their
-// offsets counted from source byte `origin`.
+// Fills the tables, one vector of output after the other.
 template <class V, bool kWords, int kUnit>
 class TableFiller {
  public:
@@ -228,6 +227,8 @@ class TableFiller {
         offset_(c.offsets),
         table_(c.table) {}
 
+  // Of the outputs from byte `start` to byte `stop`, the last vector ending
+  // with the strip; offsets count from source byte `origin`.
   LOX_INLINE void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
     if (start >= stop) return;
     const ptrdiff_t first = start + V::n <= bytes_ ? start : bytes_ - V::n;

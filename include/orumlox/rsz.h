@@ -62,9 +62,9 @@ VEXO_API int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
  * A plane scaler: one plane of one type of sample. Widths count samples (of
  * 8b8b pairs, of the RGB types pixels), strides bytes. Any size.
  *
- * `scratch` holds the rows between the horizontal and the vertical pass: room
- * for two rows (one if the source has one) of the destination's width, without
- * padding; of the source's rows at the scaled width with a quarter turn. It is
+ * `scratch` holds rows between the horizontal and the vertical pass: room for
+ * two rows scaled across (one if the source has one), without padding, each as
+ * many samples as the destination is wide or, with a quarter turn, high. It is
  * not touched, and may be null, when both directions shrink. `mode` is
  * VEXO_MODE_MOD1 or anything else.
  *
