@@ -54,22 +54,20 @@ Plane plane_of(const vexo_img &src, const vexo_img &dst, int p) {
 }
 
 void copy(SampleType type, const Plane &p) {
+  const auto by = [&p](auto *kernel, int32_t width) {
+    kernel(p.src, width, p.src_height, p.src_stride, p.dst_stride, p.dst);
+  };
   if (type.rgb565) {
-    vexo_cpy_16b(p.src, p.src_width, p.src_height, p.src_stride, p.dst_stride,
-                 p.dst);
-    return;
-  }
-  // Bytes of a row that do not fit 32 bits cannot be in memory.
-  constexpr decltype(&vexo_cpy_8b) kCopies[] = {vexo_cpy_8b, nullptr,
-                                                vexo_cpy_24b, vexo_cpy_32b};
-  if (type.unit == 2) {
-    // A width is not rounded to pairs, nor a stride, as vexo_cpy_16b would.
-    if (p.src_width > INT32_MAX / 2) return;
-    vexo_cpy_8b(p.src, 2 * p.src_width, p.src_height, p.src_stride,
-                p.dst_stride, p.dst);
+    by(vexo_cpy_16b, p.src_width);
+  } else if (type.unit == 2) {
+    // Pairs as bytes: their strides are not rounded to even. More of them than
+    // that cannot be in memory.
+    if (p.src_width <= INT32_MAX / 2) by(vexo_cpy_8b, 2 * p.src_width);
   } else {
-    kCopies[type.unit - 1](p.src, p.src_width, p.src_height, p.src_stride,
-                           p.dst_stride, p.dst);
+    by(type.unit == 1   ? vexo_cpy_8b
+       : type.unit == 3 ? vexo_cpy_24b
+                        : vexo_cpy_32b,
+       p.src_width);
   }
 }
 

@@ -91,10 +91,12 @@ LOX_INLINE void for_cells(const uint8_t *row, const uint8_t *below,
   for_moving_vectors<V, 4>(
       ptrdiff_t{c->count} * c->unit,
       [&]() LOX_INLINE_LAMBDA {
-        // The next rows, if the factor down is the same: they come from further
-        // away than the arithmetic takes time.
-        V::fetch(row, kFactor * apart, kFactor * V::n);
-        V::fetch(below, kFactor * apart, kFactor * V::n);
+        // The next two rows, if the factor down is the same: they come from
+        // further away than the arithmetic takes time.
+        if (apart != 0) {
+          V::fetch(row, kFactor * apart, kFactor * V::n);
+          V::fetch(below, kFactor * apart, kFactor * V::n);
+        }
         V::store_bytes(dst, make(row, below));
         dst += V::n;
         settle(row);
@@ -419,7 +421,6 @@ void blend565(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
 template <int kUnit>
 LOX_INLINE void reduce_words(const uint8_t *row, const uint8_t *below,
                              uint8_t *dst, int32_t factor, ptrdiff_t count) {
-  ptrdiff_t i = 0;
 #if LOX_VECTORS
   if (factor == 2 && count * kUnit >= NarrowScale::n) {
     return with_scale(count * kUnit, [&]<class V>(V) LOX_INLINE_LAMBDA {
@@ -442,7 +443,7 @@ LOX_INLINE void reduce_words(const uint8_t *row, const uint8_t *below,
   const auto word = [](const uint8_t *p) LOX_INLINE_LAMBDA {
     return static_cast<uint32_t>(p[0] | p[1] << 8);
   };
-  for (; i < count; ++i) {
+  for (ptrdiff_t i = 0; i < count; ++i) {
     const ptrdiff_t cell = i * factor * kUnit;
     for (int k = 0; k < kUnit; k += 2) {
       const ptrdiff_t at = cell + k;
