@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/isa.h"
 
+#if defined(__x86_64__) || defined(__i386__)
+#include <cpuid.h>
+#endif
+
 namespace lox {
 
 namespace {
@@ -14,7 +18,10 @@ constexpr int kLevels = static_cast<int>(sizeof(kNames) / sizeof(kNames[0]));
 
 namespace detail {
 constinit int isa_level_now = 0;
-}
+constinit bool gathering_now = false;
+}  // namespace detail
+
+void set_gathering(bool on) { detail::gathering_now = on; }
 
 int isa_best() {
 #if defined(__x86_64__) || defined(__i386__)
@@ -46,7 +53,15 @@ namespace {
 
 // At load time: a processor's identification traps in a virtual machine and is
 // far too slow to ask for in a call.
-[[gnu::constructor]] void choose_level() { isa_limit(isa_best()); }
+[[gnu::constructor]] void choose_level() {
+  isa_limit(isa_best());
+#if defined(__x86_64__) || defined(__i386__)
+  unsigned a = 0, b = 0, c = 0, d = 0;
+  constexpr unsigned kHalfPrecision = 1u << 23;
+  set_gathering(__get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 &&
+                (d & kHalfPrecision) != 0);
+#endif
+}
 
 }  // namespace
 

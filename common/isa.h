@@ -35,6 +35,18 @@ inline int isa_level() { return detail::isa_level_now; }
 int isa_best();
 const char *isa_name(int level);
 
+// Whether AVX-512's gathering loads are faster than as many single ones.
+// Measured: on the first processors with half-precision AVX-512 they are; those
+// before them are known to be slow at it, of AMD's or with the repair of a
+// leak. Chosen when the library is loaded; not before that.
+namespace detail {
+extern bool gathering_now;
+}
+inline bool gathering() { return detail::gathering_now; }
+
+// For tests, on one thread. Not exported.
+void set_gathering(bool on);
+
 // For tests and benchmarks, on one thread: runs `level`, or the best one if the
 // machine has less. Not exported.
 void isa_limit(int level);

@@ -96,6 +96,17 @@ struct Avx2Register {
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm256_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
+  LOX_OP Reg min16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
+  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm256_min_epu16(a, b); }
+  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm256_subs_epu16(a, b); }
+  LOX_OP Reg max16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
+  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
+    return _mm256_mulhi_epi16(a, b);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed32(Reg v) {
+    return _mm256_srai_epi32(v, S);
+  }
   LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm256_packs_epi32(a, b); }
   LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm256_packus_epi32(a, b); }
   // In each half, the even 32-bit lanes of a, then those of b.
@@ -130,6 +141,11 @@ struct Avx2Register {
   LOX_OP Reg order_dwords(Reg v) {
     return _mm256_permutevar8x32_epi32(
         v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+  }
+  // The reverse of order_dwords.
+  LOX_OP Reg spread_dwords(Reg v) {
+    return _mm256_permutevar8x32_epi32(
+        v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
   }
   LOX_OP Reg order_words(Reg v) {
     return shuffle8(order_quads(v),

@@ -75,6 +75,17 @@ struct Avx512Register {
     return _mm512_srli_epi32(v, S);
   }
   LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm512_packus_epi16(a, b); }
+  LOX_OP Reg min16(Reg a, Reg b) { return _mm512_min_epi16(a, b); }
+  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm512_min_epu16(a, b); }
+  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm512_subs_epu16(a, b); }
+  LOX_OP Reg max16(Reg a, Reg b) { return _mm512_max_epi16(a, b); }
+  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
+    return _mm512_mulhi_epi16(a, b);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed32(Reg v) {
+    return _mm512_srai_epi32(v, S);
+  }
   LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm512_packs_epi32(a, b); }
   LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm512_packus_epi32(a, b); }
   LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm512_unpacklo_epi8(a, b); }
@@ -131,6 +142,7 @@ struct Avx512Register {
         _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15),
         v);
   }
+  LOX_OP Reg spread_dwords(Reg v) { return order_dwords(v); }
   // Each part's first four words and then its second four, a word of each part
   // in turn.
   LOX_OP Reg order_words(Reg v) {

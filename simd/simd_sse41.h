@@ -81,6 +81,17 @@ struct Sse41Register {
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm_avg_epu8(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm_madd_epi16(a, b); }
+  LOX_OP Reg min16(Reg a, Reg b) { return _mm_min_epi16(a, b); }
+  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm_min_epu16(a, b); }
+  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm_subs_epu16(a, b); }
+  LOX_OP Reg max16(Reg a, Reg b) { return _mm_max_epi16(a, b); }
+  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
+    return _mm_mulhi_epi16(a, b);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed32(Reg v) {
+    return _mm_srai_epi32(v, S);
+  }
   LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm_packs_epi32(a, b); }
   LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm_packus_epi32(a, b); }
   // The even 32-bit lanes of a, then those of b.
@@ -102,6 +113,7 @@ struct Sse41Register {
   LOX_OP Reg spread_quads(Reg v) { return v; }
   LOX_OP Reg order_words(Reg v) { return v; }
   LOX_OP Reg order_dwords(Reg v) { return v; }
+  LOX_OP Reg spread_dwords(Reg v) { return v; }
   LOX_OP Reg order_quads(Reg v) { return v; }
   LOX_OP Reg join_low_parts(Reg a, Reg) { return a; }
   LOX_OP Reg join_high_parts(Reg, Reg b) { return b; }

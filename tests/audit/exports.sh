@@ -17,7 +17,7 @@ declared() {
     # parameters or the first size is the name.
     sed -n 's/^.*__attribute__ *((visibility("default")))//p' |
     sed -e 's/[([].*//' |
-    grep -Eo '\b(vexo|mlox)_\w+ *$' | tr -d ' ' | sort -u
+    grep -Eo '\w+ *$' | tr -d ' ' | sort -u
 }
 
 exported() {

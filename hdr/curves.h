@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The curves that no call changes.
+#pragma once
+
+#include <stdint.h>
+
+namespace lox {
+
+// Of a PQ code i / 1023 the luminance by SMPTE ST 2084, of 10000 nits.
+extern const double kPqLight[1024];
+// The tables hlg_linear and gamma of a context.
+extern const uint16_t kHlgLinear[1024];
+extern const uint8_t kGamma[4096];
+
+}  // namespace lox

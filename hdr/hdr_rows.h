@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The row kernels of tone mapping. They work on runs of pixels that the nearest
+// cache holds, a stage at a time: samples to R'G'B' codes, codes to 8-bit RGB,
+// those to the destination. Every stage does whole groups of HdrRows::group
+// pixels.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "common/isa.h"
+#include "orumlox/hdr.h"
+
+namespace lox {
+
+// Pixels of a run at most, a multiple of every group.
+constexpr int kHdrRun = 256;
+
+struct HdrRun {
+  // 0..1023, as the first stage leaves them; the second overwrites them.
+  alignas(64) uint16_t r[kHdrRun];
+  alignas(64) uint16_t g[kHdrRun];
+  alignas(64) uint16_t b[kHdrRun];
+  // As the second stage leaves them.
+  alignas(64) uint8_t red[kHdrRun];
+  alignas(64) uint8_t green[kHdrRun];
+  alignas(64) uint8_t blue[kHdrRun];
+};
+
+// n is a multiple of the group throughout, and chroma is a sample for two
+// pixels.
+struct HdrRows {
+  int group;
+
+  // Samples of three planes in the low 10 bits of words, and of two planes in
+  // the high 10 bits: the chroma is then pairs at `u`.
+  using ToCodes = void(HdrRun *run, const uint8_t *luma, const uint8_t *u,
+                       const uint8_t *v, int n);
+  ToCodes *codes_of_planar16;
+  ToCodes *codes_of_p010;
+
+  // By the context's tables; [HLG][variant].
+  using ToSdr = void(HdrRun *run, const vexo_hdr_context *context, int n);
+  ToSdr *to_sdr[2][2];
+  // The same by gathering loads, where the set has them; else the same.
+  ToSdr *to_sdr_gathering[2][2];
+
+  using Put = void(uint8_t *dst, const HdrRun *run, int n);
+  Put *put_rgb888;
+  Put *put_rgba8888;
+  Put *put_argb8888;
+  // By variant.
+  Put *put_luma[2];
+  Put *put_uv[2];
+  Put *put_vu[2];
+  void (*put_u_v[2])(uint8_t *u, uint8_t *v, const HdrRun *run, int n);
+};
+
+#define LOX_DECLARE(set)         \
+  namespace set {                \
+  extern const HdrRows hdr_rows; \
+  }
+LOX_FOR_EACH_SET(LOX_DECLARE)
+#undef LOX_DECLARE
+
+}  // namespace lox
