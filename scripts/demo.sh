@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Builds the library and the vexo tool, takes the sample photograph through
-# the pixel layouts and standards, scales and turns it, and checks that pictures
-# that must agree do.
+# the pixel layouts and standards, scales and turns it, tone maps an HDR version
+# of it, and checks that pictures that must agree do.
 # Installs missing Debian packages first (as root). The pictures end up in out/.
 set -eu
 
@@ -11,6 +11,7 @@ cd "$(dirname "$0")/.."
 build=build/demo
 out=out
 sample=samples/coffee_320x208.y4m
+hdr_sample=samples/coffee_pq_320x208.y4m
 size=320x208
 rgb_layouts="rgb565 bgr565 rgb888 bgr888 rgba8888 bgra8888 argb8888 abgr8888"
 
@@ -164,6 +165,28 @@ for turn in left right half; do
   vexo rotate "$out/half_size.y4m" "$out/in_turn_$turn.png" --turn "$turn"
   same "at_once_$turn.png" "in_turn_$turn.png"
 done
+
+echo
+echo "An HDR version of it tone mapped in each kind:"
+convert "$hdr_sample" "$out/hdr.yuv"
+for kind in hdr10 hdr10-mild hlg; do
+  vexo tonemap "$hdr_sample" "$out/$kind.png" --kind "$kind"
+  vexo tonemap "$hdr_sample" "$out/$kind.y4m" --kind "$kind"
+  for layout in yuv420 nv12 rgba8888; do
+    vexo tonemap "$out/hdr.yuv" "$out/${kind}_$layout.yuv" --kind "$kind" \
+      --size "$size" --from yuv420Planar16 --to "$layout"
+  done
+  convert "$out/$kind.y4m" "$out/${kind}_of_y4m.yuv"
+  convert "$out/${kind}_nv12.yuv" "$out/${kind}_of_nv12.yuv" --size "$size" \
+    --from nv12 --to yuv420
+  same "${kind}_yuv420.yuv" "${kind}_of_y4m.yuv" "${kind}_of_nv12.yuv"
+done
+vexo tonemap "$hdr_sample" "$out/hdr10_nit_1000.png" --nit 1000
+vexo tonemap "$hdr_sample" "$out/hdr10_nit_4000.png" --nit 4000
+vexo tonemap "$hdr_sample" "$out/hdr10_measured.png" --measure
+# Its brightest luma measures as that of 1000 nits.
+same hdr10.png hdr10_nit_1000.png hdr10_measured.png
+differ hdr10.png hdr10-mild.png hlg.png hdr10_nit_4000.png
 
 echo
 "$build/tools/vexo/vexo" formats >"$out/formats.txt"

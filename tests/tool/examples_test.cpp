@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The commands that the README shows, and the example in C that shows a frame.
+// The commands that the README shows, and the examples in C that show a frame.
 #include <algorithm>
 
+#include "reference/hdr_model.h"
 #include "tool_runner.h"
 
 namespace tool {
@@ -16,10 +17,11 @@ TEST_F(ExampleTest, ExamplesOfTheReadme) {
   put("frame.yuv", noise(1920 * 1080 * 3 / 2, 4));
   const Outcome outcome =
       shell("set -e; cp '" SOURCE_FOLDER
-            "/samples/coffee_320x208.y4m' photo.y4m\n"
+            "/samples/coffee_320x208.y4m' photo.y4m; cp '" SOURCE_FOLDER
+            "/samples/coffee_pq_320x208.y4m' hdr.y4m\n"
             "{ cat photo.y4m; tail -n +2 photo.y4m; } >clip.y4m\n"
             "sed -n '/^## The tool/,/^## Read/ s/^vexo /&/p' '" SOURCE_FOLDER
-            "/README.md' >lines; grep -q 'vexo scale' lines; . ./lines");
+            "/README.md' >lines; grep -q 'vexo tonemap' lines; . ./lines");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
 }
@@ -37,6 +39,20 @@ TEST_F(ExampleTest, ExampleInC) {
     }
   }
   EXPECT_TRUE(shell("'" EXAMPLE_BINARY "'").out == expected);
+}
+
+// A ramp of luma, grey above and bluish below.
+TEST_F(ExampleTest, ToneMappingInC) {
+  const vexo_hdr_context context = lox_test::fill_tables(1000, false);
+  std::string expected = "P6\n292 64\n255\n";
+  for (int i = 0; i < 292 * 64; ++i) {
+    const auto [r, g, b, y, u, v] = lox_test::tone_map(
+        context, 64 + i % 292 * 3, i < 292 * 32 ? 512 : 560, 512);
+    for (const int value : {r, g, b}) {
+      expected += static_cast<char>((510 * (value - 16) + 219) / 438);
+    }
+  }
+  EXPECT_TRUE(shell("'" TONE_MAP_BINARY "'").out == expected);
 }
 #endif
 

@@ -32,6 +32,8 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
   put("one.y4m", kY4m);
   put("two.y4m", kY4m + "FRAME\n" + noise(96, 2));
   put("c.ppm", kPpm);
+  put("full.y4m",
+      "YUV4MPEG2 W8 H8 C420p10 XCOLORRANGE=FULL\nFRAME\n" + noise(192, 1));
   put("f.raw", noise(96, 1));
   put("wide.raw", noise(32700 * 12, 1));
   const std::pair<const char *, const char *> cases[] = {
@@ -86,7 +88,19 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
        "turn p010le from 4x4 to 4x4 (status -3)"},
       {"rotate f.raw o.raw --size 4x4 --from uyvy --turn half",
        "turn uyvy from 4x4 to 4x4 (status -3)"},
-      {"rotate f.raw o.raw --size 4x4 --from yv16 --turn left", "yv16 after"}};
+      {"rotate f.raw o.raw --size 4x4 --from yv16 --turn left", "yv16 after"},
+      {"tonemap one.y4m o.png", "holds yuv420: only"},
+      {"tonemap full.y4m o.png", "full range"},
+      {"tonemap one.y4m o.png --via nv12", "--via"},
+      {"tonemap one.y4m o.png --kind pq", "--kind 'pq'"},
+      {"tonemap one.y4m o.png --nit 0", "--nit"},
+      {"tonemap one.y4m o.png --nit 10001", "--nit"},
+      {"tonemap one.y4m o.png --nit 1e3", "--nit"},
+      {"tonemap one.y4m o.png --nit 1000 --measure", "--measure"},
+      {"tonemap f.raw o.raw --size 8x4 --from p010le --to bgr888",
+       "library: rgba8888 to bgr888"},
+      {"tonemap f.raw o.pgm --size 8x4 --from p010le",
+       "library: yuv420 to yuv400"}};
   for (const auto &[arguments, phrase] : cases) {
     expect_failure(arguments, phrase);
   }

@@ -111,10 +111,6 @@ std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
 // the size as it is: from rows of YUV to RGB, and from packed YUV, where rows
 // are averaged in pairs.
 bool sees_odd_sizes(const Layout &src, const Layout &dst) {
-  const auto is_rgb = [](const Layout &layout) {
-    return layout.code >= VEXO_FMT_RGB565 &&
-           layout.code < VEXO_FMT_YUV420PLANAR16;
-  };
   return !src.tiled && !is_rgb(src) &&
          (is_rgb(dst) || src.code == VEXO_FMT_YUYV);
 }
@@ -147,7 +143,7 @@ void convert_step(const Frame &src, const Frame &dst) {
 
 }  // namespace
 
-void convert(const StreamOptions &options, const Reshape *reshape) {
+void convert(const StreamOptions &options, Reshape *reshape) {
   const Kind kind = output_kind(options);
   const std::unique_ptr<FrameReader> reader = open_reader(options);
   const StreamInfo &source = reader->info();

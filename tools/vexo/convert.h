@@ -9,16 +9,16 @@
 
 namespace vexo {
 
-// Scales or turns each frame as it was read, before it is converted.
+// Scales, turns or tone maps each frame as it was read, before it is converted.
 class Reshape {
  public:
   virtual ~Reshape() = default;
   // Makes of what the input's frames are what they become: layout, size and
   // the words that still hold.
   virtual void announce(StreamInfo *info) const = 0;
-  virtual void apply(const Frame &src, const Frame &dst) const = 0;
+  virtual void apply(const Frame &src, const Frame &dst) = 0;
 };
 
-void convert(const StreamOptions &options, const Reshape *reshape = nullptr);
+void convert(const StreamOptions &options, Reshape *reshape = nullptr);
 
 }  // namespace vexo

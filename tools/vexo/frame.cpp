@@ -108,6 +108,11 @@ const Layout &layout_named(const std::string &token) {
   throw Error("unknown format '" + token + "'; 'vexo formats' lists them");
 }
 
+bool is_rgb(const Layout &layout) {
+  return layout.code >= VEXO_FMT_RGB565 &&
+         layout.code < VEXO_FMT_YUV420PLANAR16;
+}
+
 void check_size(int64_t width, int64_t height, const std::string &where) {
   if (width < 1 || height < 1 || width > kMaxSide || height > kMaxSide) {
     throw Error(where + ": size " + std::to_string(width) + "x" +

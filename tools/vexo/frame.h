@@ -38,6 +38,7 @@ std::span<const Layout> all_layouts();
 const Layout &layout_of(int32_t code);
 // Throws Error when no layout has this token.
 const Layout &layout_named(const std::string &token);
+bool is_rgb(const Layout &layout);
 
 constexpr int kMaxSide = 32767;
 // Throws Error unless 1 <= side <= kMaxSide for both.

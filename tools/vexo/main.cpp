@@ -12,6 +12,7 @@
 #include "error.h"
 #include "formats.h"
 #include "scale.h"
+#include "tonemap.h"
 
 namespace {
 
@@ -52,6 +53,21 @@ holds, each plane for itself, and then converted to what OUT holds or --to says.
 4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
 becomes yuv422w.)";
 
+constexpr const char *kTonemapHelp =
+    R"(Tone maps HDR pictures and clips (BT.2020, PQ or HLG) to SDR (BT.709).
+
+IN is a Y4M of 10-bit 4:2:0 (C420p10) or raw frames of yuv420Planar16 or p010le,
+of video range; OUT is as for vexo convert. The library writes rgb888, rgba8888,
+argb8888, yuv420, nv12 and nv21; what it converts those to without a change of
+colours is written too.
+
+YUV is BT.709 of video range, 16 to 235, and so is raw RGB, as the library gives
+it. In PNG and PPM, which have no such range, RGB is expanded to 0 to 255.
+
+The tone curve is that of a source of 1000 nits for a peak up to 1500, else that
+of 4000. With --measure each frame's brightest luma chooses the curve of 1000,
+of 2000 or of more than 4000. hlg has none: neither option changes anything.)";
+
 int complain(const char *sentence) {
   std::fprintf(stderr, "vexo: %s\n", sentence);
   return kExitFailure;
@@ -61,8 +77,7 @@ int complain(const char *sentence) {
 // input.
 CLI::App *add_stream_command(CLI::App *app, const char *name, const char *help,
                              const char *from_size_name,
-                             vexo::StreamOptions *options,
-                             std::string *standard) {
+                             vexo::StreamOptions *options) {
   CLI::App *const command = app->add_subcommand(name, help);
   command->add_option("IN", options->in, "Input file or -")->required();
   command->add_option("OUT", options->out, "Output file or -")->required();
@@ -70,10 +85,6 @@ CLI::App *add_stream_command(CLI::App *app, const char *name, const char *help,
   command->add_option("--from,--format", options->from,
                       "Layout of raw input; vexo formats lists all");
   command->add_option("--to", options->to, "Layout to write");
-  command->add_option("--via", options->via,
-                      "Layouts to go through, separated by commas");
-  command->add_option("--standard,--std", *standard,
-                      "bt601 (default), bt601-full, bt709 or bt709-full");
   command->add_option("--in-kind", options->in_kind,
                       "Kind of IN: png, pgm, ppm, y4m, raw");
   command->add_option("--out-kind", options->out_kind, "Kind of OUT");
@@ -81,19 +92,30 @@ CLI::App *add_stream_command(CLI::App *app, const char *name, const char *help,
   return command;
 }
 
+// For commands whose frames may go from YUV to RGB or back on the way.
+void add_step_options(CLI::App *command, vexo::StreamOptions *options,
+                      std::string *standard) {
+  command->add_option("--via", options->via,
+                      "Layouts to go through, separated by commas");
+  command->add_option("--standard,--std", *standard,
+                      "bt601 (default), bt601-full, bt709 or bt709-full");
+}
+
 int run(int argc, char **argv) {
-  CLI::App app{"Converts, scales and turns pictures.", "vexo"};
+  CLI::App app{"Converts, scales, turns and tone maps pictures.", "vexo"};
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
 
   std::string standard = "bt601";
   vexo::StreamOptions options;
-  CLI::App *const convert = add_stream_command(&app, "convert", kConvertHelp,
-                                               "--size", &options, &standard);
+  CLI::App *const convert =
+      add_stream_command(&app, "convert", kConvertHelp, "--size", &options);
+  add_step_options(convert, &options, &standard);
 
   vexo::ScaleOptions scale_options;
-  CLI::App *const scale = add_stream_command(
-      &app, "scale", kScaleHelp, "--from-size", &options, &standard);
+  CLI::App *const scale =
+      add_stream_command(&app, "scale", kScaleHelp, "--from-size", &options);
+  add_step_options(scale, &options, &standard);
   scale->add_option("--size", scale_options.size, "WxH of the output")
       ->required();
   scale->add_flag("--mode1", scale_options.mode1,
@@ -103,10 +125,27 @@ int run(int argc, char **argv) {
                     "4 and 5 (mirror, flip) need an unchanged size");
 
   std::string turn;
-  CLI::App *const rotate = add_stream_command(&app, "rotate", kRotateHelp,
-                                              "--size", &options, &standard);
+  CLI::App *const rotate =
+      add_stream_command(&app, "rotate", kRotateHelp, "--size", &options);
+  add_step_options(rotate, &options, &standard);
   rotate->add_option("--turn", turn, "left, right, half, mirror or flip")
       ->required();
+
+  vexo::TonemapOptions tonemap_options;
+  CLI::App *const tonemap =
+      add_stream_command(&app, "tonemap", kTonemapHelp, "--size", &options);
+  tonemap->add_option("--kind", tonemap_options.kind,
+                      "hdr10 (default: PQ), hdr10-mild (PQ, milder colours) or "
+                      "hlg");
+  CLI::Option *const nit =
+      tonemap
+          ->add_option("--nit", tonemap_options.nit,
+                       "Peak of the source in nits, 1 to 10000 (1000)")
+          ->check(CLI::Range(1, 10000));
+  tonemap
+      ->add_flag("--measure", tonemap_options.measure,
+                 "Choose the curve by each frame's brightest luma")
+      ->excludes(nit);
 
   bool json = false;
   CLI::App *const formats = app.add_subcommand(
@@ -129,6 +168,7 @@ int run(int argc, char **argv) {
     vexo::scale(options, scale_options);
   }
   if (rotate->parsed()) vexo::rotate(options, turn);
+  if (tonemap->parsed()) vexo::tonemap(options, tonemap_options);
   if (formats->parsed()) vexo::print_formats(options.color_std, json);
   return 0;
 }

@@ -100,7 +100,7 @@ class Scale : public Reshape {
     reshape_stream(info, rotation_, width_, height_);
   }
 
-  void apply(const Frame &src, const Frame &dst) const override {
+  void apply(const Frame &src, const Frame &dst) override {
     vexo_img out = dst.img();
     // The library compares the codes, also where the planes of a turned layout
     // are another's.
@@ -133,7 +133,7 @@ class Rotate : public Reshape {
     reshape_stream(info, rotation_, width, height);
   }
 
-  void apply(const Frame &src, const Frame &dst) const override {
+  void apply(const Frame &src, const Frame &dst) override {
     check_status(vexo_rot(&src.img(), rotation_, &dst.img()), "turn", src, dst);
   }
 
@@ -144,12 +144,12 @@ class Rotate : public Reshape {
 }  // namespace
 
 void scale(const StreamOptions &streams, const ScaleOptions &options) {
-  const Scale reshape(options);
+  Scale reshape(options);
   convert(streams, &reshape);
 }
 
 void rotate(const StreamOptions &streams, const std::string &turn) {
-  const Rotate reshape(turn);
+  Rotate reshape(turn);
   convert(streams, &reshape);
 }
 
