@@ -6,6 +6,9 @@
 //
 //   arm_guest WORKLOAD [small|large [FORM]]
 //
+// Of tone mapping it is the bands of a frame, on this thread and from a context
+// that stands; "hdr_context" makes one, which counts as one pixel.
+//
 // A mark is a system call that does nothing (getppid, which takes no
 // arguments) with a magic number and a tag in its argument registers. The
 // counter recognises it and prints what ran since the last mark; without a
@@ -18,16 +21,17 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "bench/workloads.h"
+#include "bench/tone_mapping.h"
 #include "common/isa.h"
 
 namespace {
 
 void mark(int tag) { syscall(SYS_getppid, 0x1c0417, tag); }
 
-const bench::Workload *find(const char *id) {
-  for (const bench::Workload &workload : bench::kWorkloads) {
-    if (std::strcmp(workload.id, id) == 0) return &workload;
+template <typename Entry, size_t count>
+const Entry *find(const Entry (&table)[count], const char *id) {
+  for (const Entry &entry : table) {
+    if (std::strcmp(entry.id, id) == 0) return &entry;
   }
   return nullptr;
 }
@@ -41,46 +45,89 @@ bool limit_form(const char *name) {
   return false;
 }
 
-uint8_t *frame(const vexo_img &img) {
-  const size_t bytes = bench::frame_bytes(img);
+uint8_t *allocate(size_t bytes) {
   auto *p = static_cast<uint8_t *>(aligned_alloc(64, (bytes + 63) / 64 * 64));
-  if (p) bench::fill_noise(p, bytes);
+  if (!p) std::abort();
+  bench::fill_noise(p, bytes);
   return p;
 }
 
-}  // namespace
-
-int main(int argc, char **argv) {
-  // "memcpy" is not this library's: it shows that a count agrees with one
-  // taken of the same function elsewhere.
-  const bool is_memcpy = argc > 1 && std::strcmp(argv[1], "memcpy") == 0;
-  const bench::Workload *workload =
-      argc > 1 ? find(is_memcpy ? "copy_8b" : argv[1]) : nullptr;
-  const bool small = argc > 2 && std::strcmp(argv[2], "small") == 0;
-  const bool large = argc < 3 || std::strcmp(argv[2], "large") == 0;
-  if (!workload || small == large || (argc > 3 && !limit_form(argv[3]))) {
-    std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
-    return 2;
-  }
-  const bench::Sizes sizes = bench::sizes_of(*workload, large);
-  uint8_t *src = frame(bench::describe_src(*workload, sizes, nullptr));
-  uint8_t *dst = frame(bench::describe_dst(*workload, sizes, nullptr));
-  if (!src || !dst) return 1;
-  const int32_t pixels = sizes.dst.width * sizes.dst.height;
-  const auto run = [&] {
-    if (!is_memcpy) return bench::run_library(*workload, sizes, src, dst);
-    std::memcpy(dst, src, static_cast<size_t>(pixels));
-    // Nobody reads the copy; the compiler must not know.
-    asm volatile("" : : "r"(dst) : "memory");
-    return int32_t{VEXO_OK};
-  };
+// Runs once to warm up and once between the marks; a status other than VEXO_OK
+// is the program's.
+template <typename Run>
+int count(int32_t pixels, const Run &run) {
   int32_t status = run();
   mark(1);
   mark(2);
   status |= run();
   mark(3);
   std::printf("%d ", pixels);
+  return status == VEXO_OK ? 0 : 1;
+}
+
+int count_workload(const bench::Workload &workload, bool large,
+                   bool is_memcpy) {
+  const bench::Sizes sizes = bench::sizes_of(workload, large);
+  uint8_t *src = allocate(
+      bench::frame_bytes(bench::describe_src(workload, sizes, nullptr)));
+  uint8_t *dst = allocate(
+      bench::frame_bytes(bench::describe_dst(workload, sizes, nullptr)));
+  const int32_t pixels = sizes.dst.width * sizes.dst.height;
+  const int result = count(pixels, [&] {
+    if (!is_memcpy) return bench::run_library(workload, sizes, src, dst);
+    std::memcpy(dst, src, static_cast<size_t>(pixels));
+    // Nobody reads the copy; the compiler must not know.
+    asm volatile("" : : "r"(dst) : "memory");
+    return int32_t{VEXO_OK};
+  });
   std::free(src);
   std::free(dst);
-  return status == VEXO_OK ? 0 : 1;
+  return result;
+}
+
+int count_tone_mapping(const bench::ToneMapping &mapping, bool large,
+                       bool is_context) {
+  const bench::Size size =
+      large ? bench::kEqual.large.src : bench::kEqual.small.src;
+  uint8_t *src_bytes = allocate(
+      bench::frame_bytes(bench::describe(mapping.src_format, size, nullptr)));
+  uint8_t *dst_bytes = allocate(bench::tone_mapped_bytes(size));
+  const vexo_img src = bench::describe(mapping.src_format, size, src_bytes);
+  const vexo_img dst = bench::describe(mapping.dst_format, size, dst_bytes);
+  bench::draw_hdr(src);
+  vexo_hdr_context context;
+  bench::build_context(mapping, src, dst, &context);
+  const int result = count(is_context ? 1 : size.width * size.height, [&] {
+    if (is_context) {
+      bench::build_context(mapping, src, dst, &context);
+    } else {
+      bench::map_bands(context);
+    }
+    return int32_t{VEXO_OK};
+  });
+  std::free(src_bytes);
+  std::free(dst_bytes);
+  return result;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  const char *id = argc > 1 ? argv[1] : "";
+  // "memcpy" is not this library's: it shows that a count agrees with one
+  // taken of the same function elsewhere.
+  const bool is_memcpy = std::strcmp(id, "memcpy") == 0;
+  const bool is_context = std::strcmp(id, "hdr_context") == 0;
+  const auto *workload = find(bench::kWorkloads, is_memcpy ? "copy_8b" : id);
+  const auto *mapping =
+      find(bench::kToneMappings, is_context ? "hdr_p010_nv12" : id);
+  const bool small = argc > 2 && std::strcmp(argv[2], "small") == 0;
+  const bool large = argc < 3 || std::strcmp(argv[2], "large") == 0;
+  if (!(workload || mapping) || small == large ||
+      (argc > 3 && !limit_form(argv[3]))) {
+    std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
+    return 2;
+  }
+  return workload ? count_workload(*workload, large, is_memcpy)
+                  : count_tone_mapping(*mapping, large, is_context);
 }

@@ -13,6 +13,7 @@
 
 #include "bench/contender.h"
 #include "bench/frames.h"
+#include "bench/hdr_contender.h"
 #include "common/isa.h"
 
 namespace bench {
@@ -160,6 +161,8 @@ int main(int argc, char **argv) {
       }
     }
   }
+  same &= check_tone_mapping();
+  register_tone_mapping();
   if (!same) {
     std::fputs("not timed: outputs differ\n", stderr);
     return 1;

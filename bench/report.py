@@ -82,6 +82,15 @@ SETTINGS = {
     "1080p_hot": "1920x1080, same buffers every call",
     "1080p_ring": "1920x1080, ring of buffers larger than the caches",
 }
+TONE_MAPPING = {
+    "hdr_p010_nv12": "P010 → NV12",
+    "hdr_p010_rgba8888": "P010 → RGBA8888",
+    "hdr_p010_yuv420": "P010 → I420",
+    "hdr_p010_rgb888": "P010 → RGB888",
+    "hdr_planar16_nv12": "10-bit I420 → NV12",
+    "hdr_hlg_nv12": "P010 HLG → NV12",
+}
+TONE_MAPPING_SETTINGS = {"2160p": "3840x2160", "1080p": "1920x1080"}
 OWN = "orumlox"
 # Columns from left to right; others follow by name.
 ORDER = [
@@ -90,6 +99,12 @@ ORDER = [
     "libyuv Bilinear", "libyuv Box", "OpenCV", "OpenCV LINEAR", "OpenCV AREA",
     "swscale POINT", "swscale BILINEAR", "swscale FAST_BILINEAR",
     "swscale AREA", "memcpy",
+]
+TONE_MAPPING_ORDER = [
+    f"{OWN} portable", f"{OWN} sse41", f"{OWN} avx2", f"{OWN} avx512",
+    f"{OWN} as shipped", "FFmpeg p010, 1 thread", "FFmpeg planes, 1 thread",
+    "FFmpeg p010, 4 threads", "FFmpeg planes, 4 threads", "(zimg)",
+    "(zimg 64B)",
 ]
 
 
@@ -104,7 +119,9 @@ def read(path):
         if row.get("error_occurred"):
             sys.exit(f"{row['name']}: {row.get('error_message')}")
         workload, setting, contender = row["run_name"].split("/")[:3]
-        ns = row["cpu_time"] * to_ns[row["time_unit"]] / row["pixels"]
+        by_the_clock = row["run_name"].endswith("/real_time")
+        time = row["real_time" if by_the_clock else "cpu_time"]
+        ns = time * to_ns[row["time_unit"]] / row["pixels"]
         rows = times.setdefault(setting, {}).setdefault(workload, {})
         rows.setdefault(contender, []).append(ns)
     return document["context"], times
@@ -139,6 +156,40 @@ class Line:
         if self.peer is None or not self.own:
             return None
         return self.best[self.peer] / self.own
+
+
+class ToneMappingLine:
+    """One tone mapping at one size: what is compared with what."""
+
+    def __init__(self, contenders, form):
+        self.best = {name: min(t) for name, t in contenders.items()}
+        self.own = f"{OWN} {form}"
+        self.shipped = f"{OWN} as shipped"
+        self.peer = self.fastest("FFmpeg", "1 thread")
+        self.threaded_peer = self.fastest("FFmpeg", "4 threads")
+        self.converter = self.fastest("(zimg", ")")
+        # As of the other lines.
+        self.spread = max(
+            (statistics.median(contenders[name]) / min(contenders[name])
+             for name in (self.own, self.shipped, self.peer,
+                          self.threaded_peer) if name in contenders),
+            default=None)
+
+    def fastest(self, start, end):
+        names = [n for n in self.best if n.startswith(start) and n.endswith(end)]
+        return min(names, key=self.best.get, default=None)
+
+    def gain(self, own, peer):
+        if own not in self.best or peer not in self.best:
+            return None
+        return self.best[peer] / self.best[own]
+
+    def gains(self):
+        """Over the peer's chain on one thread and on four, and over the
+        conversion without a tone curve."""
+        return [self.gain(self.own, self.peer),
+                self.gain(self.shipped, self.threaded_peer),
+                self.gain(self.own, self.converter)]
 
 
 def number(value, places=None):
@@ -178,7 +229,54 @@ def table(title, lines):
     return out
 
 
-def markdown(context, settings):
+def tone_mapping_table(title, lines):
+    found = {name for line in lines.values() for name in line.best}
+    names = [n for n in TONE_MAPPING_ORDER if n in found]
+    head = ([title] + names +
+            ["× FFmpeg, 1 thread", "× FFmpeg, 4 threads", "× (zimg)",
+             "× portable", "median / lowest"])
+    out = ["| " + " | ".join(head) + " |",
+           "|---|" + "---:|" * (len(head) - 1)]
+    for workload, line in lines.items():
+        cells = [TONE_MAPPING[workload]]
+        cells += [number(line.best.get(name)) for name in names]
+        cells += [number(gain, 2) for gain in line.gains()]
+        cells += [number(line.gain(line.own, f"{OWN} portable"), 2),
+                  number(line.spread, 2)]
+        out.append("| " + " | ".join(cells) + " |")
+    return out
+
+
+def tone_mapping(tone, build_ns):
+    """The section, as lines; `build_ns` is what a context takes, or None."""
+    if not tone and build_ns is None:
+        return []
+    out = [
+        "", "### Tone mapping", "",
+        "Nanoseconds per pixel, PQ unless HLG is said, from a ring of two "
+        "frames. A form by its name is on one thread and includes building the "
+        "context. Where four threads run (as shipped, FFmpeg's 4) it is the "
+        "time by the clock, else that of the processor. “× FFmpeg” is "
+        "the time of the faster of FFmpeg's two inputs over that of the best "
+        "form, or with 4 threads over that as shipped; zimg, which applies no "
+        "tone curve and moves planes only, does less than is asked for.",
+    ]
+    for setting, title in TONE_MAPPING_SETTINGS.items():
+        if setting in tone:
+            out += [""] + tone_mapping_table(title, tone[setting])
+    if build_ns is not None:
+        text = (f"Building the context, once in every call, takes "
+                f"{number(build_ns / 1e3, 1)} microseconds")
+        line = tone.get("1080p", {}).get("hdr_p010_nv12")
+        if line and line.own in line.best:
+            share = build_ns / (line.best[line.own] * 1920 * 1080)
+            text += (f": {share:.2%} of the 1920x1080 frame from P010 to NV12 "
+                     "on one thread, in whose time it is")
+        out += ["", text + "."]
+    return out
+
+
+def markdown(context, settings, tone, build_ns):
     caches = ", ".join(
         f"L{c['level']} {c['type'].lower()} {c['size'] >> 10} KiB"
         for c in context.get("caches", []) if c["type"] != "Instruction")
@@ -214,39 +312,50 @@ def markdown(context, settings):
                          if w in settings[setting]}
                 if lines:
                     out += [""] + table(name, lines)
+    out += tone_mapping(tone, build_ns)
     return "\n".join(out) + "\n"
 
 
-def plot(settings):
+def sections(settings, tone):
+    """What is plotted: [(title, [(label, gain, peer)])]"""
+    out = []
+    for setting, title in SETTINGS.items():
+        lines = settings.get(setting, {})
+        out.append((title, [
+            (PLOT_TITLES[w], lines[w].gain(), lines[w].peer)
+            for w in TITLES if w in lines and lines[w].gain()]))
+    for setting, title in TONE_MAPPING_SETTINGS.items():
+        bars = []
+        for workload, line in tone.get(setting, {}).items():
+            for threads, gain in zip(("", ", 4 threads"), line.gains()):
+                bars.append((TONE_MAPPING[workload] + threads, gain, "FFmpeg"))
+        out.append((f"Tone mapping, {title}", [b for b in bars if b[1]]))
+    return [(title, bars) for title, bars in out if bars]
+
+
+def plot(shown):
     """Horizontal bars of how many times faster than the best peer."""
     left, right, bar, gap, head = 200, 150, 16, 6, 30
-    bars = [(s, w, line) for s, lines in settings.items()
-            for w, line in lines.items() if line.gain()]
-    longest = max([line.gain() for _, _, line in bars] + [1]) * 1.05
+    longest = max([gain for _, bars in shown for _, gain, _ in bars] +
+                  [1]) * 1.05
     scale = 460 / longest
     width = left + 460 + right
     body, y = [], 40
-    for setting, title in SETTINGS.items():
-        lines = settings.get(setting, {})
-        shown = [w for w in TITLES if w in lines and lines[w].gain()]
-        if not shown:
-            continue
+    for title, bars in shown:
         body.append(f'<text x="8" y="{y + 14}" class="h">{escape(title)}'
                     "</text>")
         y += head
-        for workload in shown:
-            line = lines[workload]
-            gain = line.gain()
+        for label, gain, peer in bars:
             # Labels stay clear of the line at 1.
             end = left + max(gain, 1) * scale
             kind = "up" if gain >= 1 else "down"
             body.append(
                 f'<text x="{left - 8}" y="{y + 12}" class="e">'
-                f"{escape(PLOT_TITLES[workload])}</text>"
+                f"{escape(label)}</text>"
                 f'<rect x="{left}" y="{y}" width="{gain * scale:.1f}" '
                 f'height="{bar}" class="{kind}"/>'
                 f'<text x="{end + 6:.1f}" y="{y + 12}">{gain:.2f} '
-                f'<tspan class="p">vs {escape(line.peer)}</tspan></text>')
+                f'<tspan class="p">vs {escape(peer)}</tspan></text>')
             y += bar + gap
         y += 10
     one = left + scale
@@ -272,13 +381,21 @@ def main(arguments):
         sys.exit(__doc__)
     context, times = read(arguments[0])
     settings = {
-        setting: {w: Line(contenders) for w, contenders in rows.items()}
-        for setting, rows in times.items()
+        setting: {w: Line(times[setting][w]) for w in times[setting]}
+        for setting in SETTINGS if setting in times
     }
+    form = context.get("orumlox_form")
+    tone = {
+        setting: {w: ToneMappingLine(times[setting][w], form)
+                  for w in TONE_MAPPING if w in times[setting]}
+        for setting in TONE_MAPPING_SETTINGS if setting in times
+    }
+    builds = times.get("any", {}).get("hdr_context", {}).get(OWN)
     out = pathlib.Path(arguments[1])
-    text = markdown(context, settings)
+    text = markdown(context, settings, tone, min(builds) if builds else None)
     (out / "benchmarks.md").write_text(text, encoding="utf-8")
-    (out / "ratio.svg").write_text(plot(settings), encoding="utf-8")
+    (out / "ratio.svg").write_text(plot(sections(settings, tone)),
+                                   encoding="utf-8")
     sys.stdout.write(text)
 
 

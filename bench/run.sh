@@ -31,5 +31,5 @@ commit=$(git describe --always --dirty 2>/dev/null || echo unknown)
   --benchmark_out="$out/benchmarks.json" \
   --benchmark_out_format=json \
   "$@" >"$out/benchmarks.log"
-grep 'mean difference' "$out/benchmarks.log" >&2
+grep -E 'mean difference|correlation|equal$' "$out/benchmarks.log" >&2
 python3 bench/report.py "$out/benchmarks.json" "$out"

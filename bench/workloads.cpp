@@ -27,6 +27,10 @@ Layout layout_of(int32_t format) {
     case VEXO_FMT_T64X32:
       // Tiles lie in pairs beside each other.
       return {2, {{0, 0, 1}, {1, 1, 2}}, 128, 32};
+    case VEXO_FMT_YUV420PLANAR16:
+      return {3, {{0, 0, 2}, {1, 1, 2}, {1, 1, 2}}};
+    case VEXO_FMT_P010LE:
+      return {2, {{0, 0, 2}, {1, 1, 4}}};
     case VEXO_FMT_YUYV:
     case VEXO_FMT_RGB565:
       return {1, {{0, 0, 2}}};
