@@ -125,14 +125,16 @@ typedef struct vexo_hdr_context {
   int32_t n;   /* log(1 - s * t) / log(1 - t), rounded */
   double a;    /* (s * t - t) / (1 - (1 - t)^n - t) */
   /* Of PQ code i / 1023 the luminance by SMPTE ST 2084, over the final nit and
-   * at most 1, in 1 / 32767. Zero for HLG. */
+   * at most 1, in 1 / 32767, rounded. Zero for HLG. */
   uint16_t pq[1024];
-  /* What the tone curve multiplies x = i / 255 by, in 1 / 256; 0 for i = 0,
-   * entry 256 is entry 255. */
+  /* What the tone curve multiplies x = i / 255 (single precision) by, in
+   * 1 / 256, rounded; 0 for i = 0, entry 256 is entry 255. */
   uint16_t gain[257];
-  /* (i / 1023)^2.4 in 1 / 32767. Zero for PQ. */
+  /* (i / 1023)^2.4 in 1 / 32767, rounded. Zero for PQ. */
   uint16_t hlg_linear[1024];
-  /* Of linear i / 4095 the 8-bit code: 1 / 2.2 power, range 16 to 235. */
+  /* Of linear i / 4095 the 8-bit code: c is (i / 4095)^(1 / 2.2) in 1 / 4095,
+   * rounded, quotient and exponent of single precision; the entry is
+   * 16 + (c >> 4) * 219 / 255 in single precision, rounded down. */
   uint8_t gamma[4096];
   const vexo_img *src;
   const vexo_img *dst;
@@ -155,9 +157,9 @@ typedef struct vexo_hdr_worker {
 } vexo_hdr_worker;
 
 /*
- * Tone maps the rows first to end - 1 of the context's source as one band, which
- * begins in the destination where the list on top says; rows at and after the
- * context's height are left out. Returns 0.
+ * Tone maps the rows first to end - 1 of the context's source as one band,
+ * which begins in the destination where the list on top says; rows at and after
+ * the context's height are left out. Returns 0.
  *
  * Per pixel, all integer, shifts of negative numbers arithmetic:
  *   R = y + 1.4746 v, G = y - 0.16455 u - 0.57135 v, B = y + 1.8814 u with
