@@ -207,6 +207,15 @@ class Destination {
 
 // --- rows -------------------------------------------------------------------
 
+// See HdrRows::ToSdr.
+int toe_of(const vexo_hdr_context &context) {
+  const uint16_t *const gain = context.gain;
+  if (gain[0] != 0) return 0;
+  int last = 1;
+  while (last < 256 && gain[last + 1] == gain[1]) ++last;
+  return last * 128;
+}
+
 class RowMapper {
  public:
   explicit RowMapper(const vexo_hdr_context &context)
@@ -215,6 +224,7 @@ class RowMapper {
         destination_(*context.dst),
         rows_(*kTables[isa_level()]),
         variant_(context.variant != 0 ? 1 : 0),
+        toe_(toe_of(context)),
         to_sdr_((gathering() ? rows_.to_sdr_gathering
                              : rows_.to_sdr)[context.hlg != 0][variant_]) {}
 
@@ -240,7 +250,7 @@ class RowMapper {
     HdrRun run;
     (source_.pairs() ? rows_.codes_of_p010 : rows_.codes_of_planar16)(
         &run, from.luma, from.u, from.v, n);
-    to_sdr_(&run, &context_, n);
+    to_sdr_(&run, &context_, toe_, n);
     destination_.put(rows_, variant_, run, to, n);
   }
 
@@ -261,6 +271,7 @@ class RowMapper {
   Destination destination_;
   const HdrRows &rows_;
   int variant_;
+  int toe_;
   HdrRows::ToSdr *to_sdr_;
 };
 

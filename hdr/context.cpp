@@ -13,6 +13,12 @@ namespace {
 
 constexpr char kTag[] = "VEXO_HDR";
 
+// The tables' rounding. Their values are not negative.
+int32_t rounded(double x) {
+  const double raised = x + 0.5;
+  return static_cast<int32_t>(raised);
+}
+
 struct Toe {
   double slope, end;
 };
@@ -35,14 +41,15 @@ void fill_tone_curve(vexo_hdr_context *c, Toe toe) {
   c->s = toe.slope;
   c->t = toe.end;
   c->knee = c->s * c->t;
-  c->n = static_cast<int32_t>(log(1 - c->knee) / log(1 - c->t) + 0.5);
+  c->n = rounded(log(1 - c->knee) / log(1 - c->t));
   c->a = (c->knee - c->t) / (1 - pow(1 - c->t, c->n) - c->t);
 }
 
 void fill_pq(vexo_hdr_context *c) {
   for (int i = 0; i < 1024; ++i) {
     const double light = c->scale * kPqLight[i];
-    c->pq[i] = static_cast<uint16_t>((light < 1.0 ? light : 1.0) * 32767 + 0.5);
+    c->pq[i] =
+        static_cast<uint16_t>(rounded((light < 1.0 ? light : 1.0) * 32767));
   }
 }
 
@@ -51,7 +58,7 @@ void fill_gain(vexo_hdr_context *c) {
   for (int i = 1; i < 256; ++i) {
     const float x = static_cast<float>(i) / 255.0F;
     const double gain = TMO_VD_Norm(x, c->s, c->t, c->knee, c->n, c->a) / x;
-    c->gain[i] = static_cast<uint16_t>(gain * 256 + 0.5);
+    c->gain[i] = static_cast<uint16_t>(rounded(gain * 256));
   }
   // So that interpolating at the top needs no test.
   c->gain[256] = c->gain[255];

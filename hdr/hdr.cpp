@@ -54,8 +54,7 @@ class Job {
     bool started[kWorkers];
     for (int i = 0; i < kWorkers; ++i) {
       *workers_[i] = {context_, scheduler_, (i + 1) * kBandRows};
-      started[i] = pthread_create(&threads[i], nullptr,
-                                  thread_vexo_hdr10_to_sdr8, workers_[i]) == 0;
+      started[i] = pthread_create(&threads[i], nullptr, work, workers_[i]) == 0;
     }
     do_bands({context_, scheduler_, 0});
     for (int i = 0; i < kWorkers; ++i) {
@@ -79,6 +78,14 @@ class Job {
     }
   }
 
+  // What a thread runs. It returns: to end by pthread_exit some C libraries
+  // load a compiler's run-time library.
+  static void *work(void *worker) {
+    do_bands(*static_cast<const vexo_hdr_worker *>(worker));
+    return nullptr;
+  }
+
+ private:
   // A band, and all that follow until none is left.
   static void do_bands(vexo_hdr_worker worker) {
     do {
@@ -87,7 +94,6 @@ class Job {
     } while (worker.first >= 0);
   }
 
- private:
   static void do_band(const vexo_hdr_worker &worker) {
     _vexo_hdr10_to_sdr8(worker.context, worker.first, worker.first + kBandRows);
   }
@@ -153,6 +159,5 @@ int32_t getStart(vexo_hdr_scheduler *scheduler) {
 }
 
 void *thread_vexo_hdr10_to_sdr8(void *worker) {
-  lox::Job::do_bands(*static_cast<const vexo_hdr_worker *>(worker));
-  pthread_exit(nullptr);
+  pthread_exit(lox::Job::work(worker));
 }

@@ -143,8 +143,15 @@ struct ByGathers {
 using ByGathers = ByLoads;
 #endif
 
+LOX_INLINE void brighten(HdrRun *run, int x, V::Words gain) {
+  V::store(run->r + x, V::brighten(V::load(run->r + x), gain));
+  V::store(run->g + x, V::brighten(V::load(run->g + x), gain));
+  V::store(run->b + x, V::brighten(V::load(run->b + x), gain));
+}
+
 template <class Look, bool kHlg, class Matrix>
-void to_sdr(HdrRun *run, const vexo_hdr_context *context, int n) {
+void to_sdr(HdrRun *run, const vexo_hdr_context *context,
+            [[maybe_unused]] int toe, int n) {
   alignas(64) uint16_t r[kHdrRun];
   alignas(64) uint16_t g[kHdrRun];
   alignas(64) uint16_t b[kHdrRun];
@@ -155,6 +162,7 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context, int n) {
 
   alignas(64) uint16_t largest[kHdrRun];
   alignas(64) uint16_t index[kHdrRun];
+  [[maybe_unused]] V::Words most = V::fill(0);
   for (int x = 0; x < n; x += kWords) {
     const auto c = V::join(V::load(r + x), V::load(g + x), V::load(b + x));
     const auto red = V::template mix<Matrix::kR>(c);
@@ -167,6 +175,7 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context, int n) {
       V::store(run->b + x, V::template shift_right<3>(blue));
     } else {
       const auto m = V::max(V::max(red, green), blue);
+      most = V::max(most, m);
       V::store(largest + x, m);
       V::store_gain_index(index + x, m);
       V::store(run->r + x, red);
@@ -176,13 +185,18 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context, int n) {
   }
 
   if constexpr (!kHlg) {
-    alignas(64) uint32_t gains[kHdrRun];
-    Look::look_up_pairs(context->gain, index, gains, n);
-    for (int x = 0; x < n; x += kWords) {
-      const auto gain = V::gain(gains + x, V::load(largest + x));
-      V::store(run->r + x, V::brighten(V::load(run->r + x), gain));
-      V::store(run->g + x, V::brighten(V::load(run->g + x), gain));
-      V::store(run->b + x, V::brighten(V::load(run->b + x), gain));
+    // Most runs of most films are no lighter than this.
+    if (toe > 0 && !V::any_above(most, toe - 1)) {
+      const int entry = context->gain[1];
+      for (int x = 0; x < n; x += kWords) {
+        brighten(run, x, V::toe_gain(entry, V::load(largest + x)));
+      }
+    } else {
+      alignas(64) uint32_t gains[kHdrRun];
+      Look::look_up_pairs(context->gain, index, gains, n);
+      for (int x = 0; x < n; x += kWords) {
+        brighten(run, x, V::gain(gains + x, V::load(largest + x)));
+      }
     }
   }
 
@@ -301,7 +315,7 @@ struct ByLoads {};
 using ByGathers = ByLoads;
 
 template <class, bool kHlg, class Matrix>
-void to_sdr(HdrRun *run, const vexo_hdr_context *context, int n) {
+void to_sdr(HdrRun *run, const vexo_hdr_context *context, int, int n) {
   const uint16_t *const linear = kHlg ? context->hlg_linear : context->pq;
   for (int x = 0; x < n; ++x) {
     const int r = linear[run->r[x]];

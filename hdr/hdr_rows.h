@@ -40,8 +40,11 @@ struct HdrRows {
   ToCodes *codes_of_planar16;
   ToCodes *codes_of_p010;
 
-  // By the context's tables; [HLG][variant].
-  using ToSdr = void(HdrRun *run, const vexo_hdr_context *context, int n);
+  // By the context's tables; [HLG][variant]. A pixel whose largest component of
+  // light (0..32767) is below `toe` has a gain between entries that are equal,
+  // or between 0, entry 0, and the first of them.
+  using ToSdr = void(HdrRun *run, const vexo_hdr_context *context, int toe,
+                     int n);
   ToSdr *to_sdr[2][2];
   // The same by gathering loads, where the set has them; else the same.
   ToSdr *to_sdr_gathering[2][2];

@@ -4,8 +4,10 @@
 # Builds the library for every target and passes all tests:
 #   scripts/test.sh [PRESET...]
 # without arguments x86-64 (GCC; clang with address and undefined-behaviour
-# sanitizers), i386, 32-bit ARM and AArch64 (both emulated), and the format and
-# lint checks. Installs missing Debian packages first (as root).
+# sanitizers; clang with the thread sanitizer, whose preset builds and runs the
+# tests labelled `threads` alone), i386, 32-bit ARM and AArch64 (both emulated),
+# and the format and lint checks. Installs missing Debian packages first (as
+# root).
 set -eu
 
 cd "$(dirname "$0")/.."
@@ -17,7 +19,7 @@ need g++ clang libclang-rt-14-dev clang-format clang-tidy cmake ninja-build \
 
 if [ $# -eq 0 ]; then
   scripts/lint.sh
-  set -- x86_64 x86_64-clang-asan i386 armhf arm64
+  set -- x86_64 x86_64-clang-asan x86_64-tsan i386 armhf arm64
 fi
 jobs=$(nproc)
 for preset in "$@"; do
@@ -25,12 +27,12 @@ for preset in "$@"; do
   mkdir -p "build/$preset"
   log=build/$preset/build.log
   {
-    cmake --preset "$preset" && cmake --build "build/$preset" -j "$jobs"
+    cmake --preset "$preset" && cmake --build --preset "$preset" -j "$jobs"
   } >"$log" 2>&1 || {
     tail -n 60 "$log" >&2
     echo "test: the build of $preset failed; all of its output is in $log" >&2
     exit 1
   }
-  ctest --test-dir "build/$preset" -j "$jobs" --output-on-failure
+  ctest --preset "$preset" -j "$jobs"
 done
 echo "All tests passed: $*"

@@ -93,6 +93,7 @@ struct Avx2Register {
   LOX_OP Reg shift_right32(Reg v) {
     return _mm256_srli_epi32(v, S);
   }
+  LOX_OP bool any_bit(Reg v) { return _mm256_testz_si256(v, v) == 0; }
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm256_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }

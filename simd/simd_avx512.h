@@ -36,6 +36,7 @@ struct Avx512Register {
   LOX_OP Reg add16(Reg a, Reg b) { return _mm512_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm512_adds_epi16(a, b); }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm512_sub_epi16(a, b); }
+  LOX_OP bool any_bit(Reg v) { return _mm512_test_epi32_mask(v, v) != 0; }
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm512_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm512_avg_epu8(a, b); }
   LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm512_mulhi_epu16(a, b); }

@@ -21,6 +21,7 @@ struct NeonTone {
   LOX_OP uint16x8_t as_unsigned(Words v) { return vreinterpretq_u16_s16(v); }
 
   LOX_OP Words load(const uint16_t *p) { return as_signed(vld1q_u16(p)); }
+  LOX_OP Words fill(int16_t v) { return vdupq_n_s16(v); }
   LOX_OP void store(uint16_t *p, Words v) { vst1q_u16(p, as_unsigned(v)); }
 
   // Samples need not be aligned as words are.
@@ -112,6 +113,18 @@ struct NeonTone {
     // The product is doubled.
     return vaddq_s16(v.val[0],
                      vqdmulhq_s16(vsubq_s16(v.val[1], v.val[0]), part));
+  }
+  // The same where the entry for 0 is 0 and the others that count are `entry`.
+  LOX_OP Words toe_gain(int entry, Words m) {
+    const int16x8_t part = vminq_s16(shift_right<3>(m), vdupq_n_s16(16));
+    return shift_right<4>(
+        vmulq_s16(part, vdupq_n_s16(static_cast<int16_t>(entry))));
+  }
+  LOX_OP bool any_above(Words v, int limit) {
+    const uint16x8_t over =
+        vqsubq_u16(as_unsigned(v), vdupq_n_u16(static_cast<uint16_t>(limit)));
+    const uint16x4_t both = vorr_u16(vget_low_u16(over), vget_high_u16(over));
+    return vget_lane_u64(vreinterpret_u64_u16(both), 0) != 0;
   }
   LOX_OP Words brighten(Words c, Words gain) {
     const uint16x8_t a = as_unsigned(c);

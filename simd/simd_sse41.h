@@ -78,6 +78,7 @@ struct Sse41Register {
   LOX_OP Reg shift_right32(Reg v) {
     return _mm_srli_epi32(v, S);
   }
+  LOX_OP bool any_bit(Reg v) { return _mm_testz_si128(v, v) == 0; }
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm_avg_epu8(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm_madd_epi16(a, b); }

@@ -22,6 +22,7 @@ struct X86Tone {
   LOX_OP Words load(const uint16_t *p) {
     return R::load(reinterpret_cast<const uint8_t *>(p));
   }
+  LOX_OP Words fill(int v) { return R::fill16(v); }
   LOX_OP void store(uint16_t *p, Words v) {
     R::template store<false>(reinterpret_cast<uint8_t *>(p), v);
   }
@@ -130,6 +131,15 @@ struct X86Tone {
         R::multiply_add16(R::load(p), R::unpack_low16(first, next)),
         R::multiply_add16(R::load(p + n), R::unpack_high16(first, next)));
     return R::bit_and(sum, R::fill16(0xFFF0));
+  }
+  // The same where the entry for 0 is 0 and the others that count are `entry`.
+  LOX_OP Words toe_gain(int entry, Words m) {
+    const Reg part = R::min16(R::template shift_right16<3>(m), R::fill16(16));
+    return R::bit_and(R::multiply_low16(part, R::fill16(entry)),
+                      R::fill16(0xFFF0));
+  }
+  LOX_OP bool any_above(Words v, int limit) {
+    return R::any_bit(R::sub_unsigned16(v, R::fill16(limit)));
   }
   // 2 c * 16 gain >> 16 is c * gain >> 11.
   LOX_OP Words brighten(Words c, Words gain) {

@@ -4,30 +4,29 @@
  *
  * Sources: YUV420PLANAR16 (the low 10 bits of every word count) and P010LE (the
  * high 10 bits). The width and height of the picture are those of the source's
- * plane 0; strides are read of planes 0 and 1 (plane 1's serves plane 2, too),
- * and of every row the width alone. Any other source code reads nothing and
- * gives what samples of 0 give.
+ * plane 0; strides are read of planes 0 and 1 (plane 1's serves plane 2, too)
+ * and count in whole words, an odd byte being dropped; of every row the width
+ * alone is read. Any other source code gives what samples of 0 give, with
+ * nothing read but for the measurement below.
  *
  * Destinations: RGB888, RGBA8888, ARGB8888; YUV420, YV12, NV12, NV21. Values
- * are of video range, 16 (black) to 235, for RGB too; the fourth byte is 255.
- * Chroma is that of the pixel at even columns of even rows alone. Of the
- * destination descriptor the format and the plane pointers are read: rows are
- * dense, W pixels apart, and a band of four rows that begins at row r begins
- *   in RGBA8888 and ARGB8888 at byte 4 * W * r;
- *   in RGB888 at byte 4 * W * r, too, intentionally: its rows are 3 * W bytes,
- *     so that every band but the last is followed by 4 * W bytes that are left
- *     alone (the plane takes 4 * W * (H - 1) bytes for H a multiple of 4);
- *   in YUV420, NV12 and NV21 at luma byte W * r, and at byte W * r / 4 of each
- *     chroma plane, or W * r / 2 of the plane of pairs; within a band the
- *     chroma of the k-th even row is k * W / 2 samples (pairs) further on, all
- *     rounded down. Of an odd width's (W + 1) / 2 samples in a row the last may
- *     so be written over by the next row's first.
- *   in YV12 at the start of every plane, intentionally: after a whole picture
- *     the planes begin with the rows of its last band, over those of the one
- *     before where the last has fewer rows.
- * Codes below 200 or above 599 other than these get luma alone, at the start
- * of plane 0, like YV12. Every other code from 200 to 599 gets nothing; for
- * each chunk of the picture the line
+ * are of video range, 16 (black) to 235, for RGB too; alpha is 255.
+ * Chroma is that of the pixel at even columns of the picture's even rows alone.
+ * Of the destination descriptor the format and the plane pointers are read:
+ * rows are dense, W pixels apart, and a band of four rows that begins at row r
+ * begins in RGBA8888 and ARGB8888 at byte 4 * W * r; in RGB888 at byte 4 * W *
+ * r, too, intentionally: its rows are 3 * W bytes, so that every band but the
+ * last is followed by 4 * W bytes that are left alone (the plane takes 4 * W *
+ * (H - 1) bytes for H a multiple of 4); in YUV420, NV12 and NV21 at luma byte W
+ * * r, and at byte W * r / 4 of each chroma plane, or W * r / 2 of the plane of
+ * pairs; within a band the chroma of the k-th even row is k * W / 2 samples
+ * (pairs) further on, all rounded down. Of an odd width's (W + 1) / 2 samples
+ * in a row the last may so be written over by the next row's first. in YV12 at
+ * the start of every plane, intentionally: after a whole picture the planes
+ * begin with the rows of its last band, over those of the one before where the
+ * last has fewer rows. Codes below 200 or above 599 other than these get luma
+ * alone, at the start of plane 0, like YV12. Every other code from 200 to 599
+ * gets nothing; for each chunk of the picture the line
  *   "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [<code>]"
  * goes to the standard error stream, and the call succeeds all the same.
  *
@@ -79,8 +78,9 @@ VEXO_API int32_t vexo_hdr_to_sdr(vexo_img *src, const vexo_img *dst,
  *
  * The rows are done by this thread and three that it starts and joins; the part
  * of one that cannot be started is done by this thread. Destinations whose
- * bands lie over each other get what doing one band after the other leaves. A
- * width or height below 1 gives the log lines and no pixels.
+ * bands lie over each other get what doing one band after the other leaves,
+ * from this thread alone. A width or height below 1 gives the log lines and no
+ * pixels.
  *
  * Returns VEXO_OK; VEXO_ERR_ARG, with nothing written or logged, when memory
  * (some 9 KiB) cannot be had.
@@ -90,8 +90,8 @@ VEXO_API int32_t vexo_hdr10_to_sdr8(vexo_img *src, const vexo_img *dst,
 
 /*
  * The same for an HLG picture. The signal is made linear by a plain power of
- * 2.4, intentionally, and no tone curve is applied; the final nit is chosen and
- * written all the same.
+ * 2.4, intentionally, and no tone curve is applied; the matrix is that of
+ * variant 0. The final nit is chosen and written all the same.
  */
 VEXO_API int32_t vexo_hlg_to_sdr8(vexo_img *src, const vexo_img *dst);
 
@@ -159,7 +159,8 @@ typedef struct vexo_hdr_worker {
 /*
  * Tone maps the rows first to end - 1 of the context's source as one band,
  * which begins in the destination where the list on top says; rows at and after
- * the context's height are left out. Returns 0.
+ * the context's height are left out, and all when `first` is negative. Returns
+ * 0.
  *
  * Per pixel, all integer, shifts of negative numbers arithmetic:
  *   R = y + 1.4746 v, G = y - 0.16455 u - 0.57135 v, B = y + 1.8814 u with
@@ -214,8 +215,8 @@ VEXO_API double TMO_VD_Norm(double x, double s, double t, double knee,
  * 2000. The rows are taken to be `width` samples apart, whatever the stride,
  * intentionally. Logs "maxY = %d, \n".
  *
- * `luma` is aligned as 16-bit samples are; with a height below 1 nothing is
- * read and the largest is 0.
+ * `luma` is aligned as 16-bit samples are; with a width or height below 1
+ * nothing is read and the largest is 0.
  */
 VEXO_API int32_t Analyze_SrcLuma(int32_t width, int32_t height,
                                  const uint16_t *luma);

@@ -97,6 +97,12 @@ TEST_F(HdrRowsTest, AllTablesGiveTheSamePixels) {
     table(context->hlg_linear, 1024, 32767);
     // Gains of a tone curve are low; others must go as well.
     table(context->gain, 257, round % 2 == 0 ? 3000 : 4095);
+    // A toe of any length, and light that is or is not within it.
+    const int last = round % 3 == 0 ? 0 : random.between(1, 256);
+    std::fill_n(context->gain, last > 0 ? last + 1 : 0, context->gain[1]);
+    if (last > 0) context->gain[0] = 0;
+    const int toe = last * 128;
+    if (round % 3 == 1 && !extreme) fill(context->pq, 1024, toe / 2);
     random.fill(context->gamma, sizeof context->gamma);
     HdrRun codes;
     for (uint16_t* plane : {codes.r, codes.g, codes.b}) {
@@ -104,14 +110,14 @@ TEST_F(HdrRowsTest, AllTablesGiveTheSamePixels) {
     }
     for (int kind = 0; kind < 4; ++kind) {
       HdrRun expected = codes;
-      kSets[0]->to_sdr[kind / 2][kind % 2](&expected, context.get(), kRun);
+      kSets[0]->to_sdr[kind / 2][kind % 2](&expected, context.get(), toe, kRun);
       for (int level = 1; level <= lox::isa_best(); ++level) {
         const HdrRows& set = *kSets[level];
         ASSERT_NE(set.to_sdr[0][0], kSets[0]->to_sdr[0][0]);
         for (const auto& to_sdr : {set.to_sdr, set.to_sdr_gathering}) {
           HdrRun run = codes;
           const int n = kRun - round % 4 * set.group;
-          to_sdr[kind / 2][kind % 2](&run, context.get(), n);
+          to_sdr[kind / 2][kind % 2](&run, context.get(), toe, n);
           ASSERT_TRUE(same(run.red, expected.red, n) &&
                       same(run.green, expected.green, n) &&
                       same(run.blue, expected.blue, n))

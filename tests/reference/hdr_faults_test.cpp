@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tone mapping without memory or without threads: nothing is done then, or all
+// of it by fewer threads.
+#include <orumlox/hdr.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+
+#include "hdr_log.h"
+#include "hdr_pictures.h"
+
+// The linker leads the library's calls here.
+static std::atomic<int> failing_allocation;  // how many allocations later; or 0
+static std::atomic<int> held;                // blocks
+static std::atomic<unsigned> failing_starts;  // a bit for each, the next lowest
+static std::atomic<int> starts, joins;        // of threads, those that succeed
+
+static void* allocated(void* block) {
+  if (block != nullptr) ++held;
+  return block;
+}
+static bool allocation_fails() {
+  return failing_allocation != 0 && --failing_allocation == 0;
+}
+
+extern "C" {
+void* __real_malloc(size_t size);
+void* __wrap_malloc(size_t size) {
+  return allocation_fails() ? nullptr : allocated(__real_malloc(size));
+}
+void* __real_calloc(size_t count, size_t size);
+void* __wrap_calloc(size_t count, size_t size) {
+  return allocation_fails() ? nullptr : allocated(__real_calloc(count, size));
+}
+void __real_free(void* block);
+void __wrap_free(void* block) {
+  if (block != nullptr) --held;
+  __real_free(block);
+}
+int __real_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*entry)(void*), void* argument);
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                          void* (*entry)(void*), void* argument) {
+  const bool fails = (failing_starts & 1) != 0;
+  failing_starts = failing_starts >> 1;
+  if (fails) return EAGAIN;
+  ++starts;
+  return __real_pthread_create(thread, attributes, entry, argument);
+}
+int __real_pthread_join(pthread_t thread, void** result);
+int __wrap_pthread_join(pthread_t thread, void** result) {
+  ++joins;
+  return __real_pthread_join(thread, result);
+}
+}
+
+namespace lox_test {
+namespace {
+
+class HdrFaults : public HdrPictures {
+ protected:
+  void make_source_of_all_threads() {
+    make_source(random.between(600, 601), 2 * random.between(10, 30) - 1,
+                random.between(64, 70), Content::kRandom);
+    take_log();
+  }
+};
+
+TEST_F(HdrFaults, WithoutMemoryNothingIsDone) {
+  for (const Call& call : kCalls) {
+    const bool drops_status = std::string(call.name).starts_with("kind");
+    bool done = false;
+    for (int n = 1; !done; ++n) {
+      ASSERT_LT(n, 100);
+      make_source_of_all_threads();
+      dst_.img.format = VEXO_FMT_NV12;
+      const vexo_img described = src_.img;
+      const int32_t nit = final_nit(src_.img);
+      const auto expected = make_room(picture(
+          model_context(src_.img, dst_.img, nit, call.variant, call.hlg)));
+      const auto blank = dst_.contents();
+      const int held_before = held;
+      failing_allocation = n;
+      const int32_t status = call.run(&src_.img, &dst_.img);
+      done = failing_allocation != 0;
+      failing_allocation = 0;
+      EXPECT_EQ(held, held_before) << call.name;
+      EXPECT_EQ(status, done || drops_status ? VEXO_OK : VEXO_ERR_ARG);
+      EXPECT_TRUE(holds(dst_, done ? expected : blank)) << call.name;
+      EXPECT_EQ(describes(described), !done) << call.name;
+      EXPECT_EQ(take_log().empty(), !done) << call.name;
+      ASSERT_FALSE(done && n == 1) << "the context needs memory";
+    }
+  }
+}
+
+// Any of the three threads may be missing.
+TEST_F(HdrFaults, WithoutThreadsThePictureIsWhole) {
+  for (const int32_t format : {400, 500, 502, 1, 4, 6, 7, 0}) {
+    for (unsigned mask = 0; mask < 8; ++mask) {
+      const Call& call = kCalls[random.between(0, kCallCount - 1)];
+      make_source_of_all_threads();
+      starts = joins = 0;
+      failing_starts = mask;
+      ASSERT_NO_FATAL_FAILURE(check(call, format)) << "without " << mask;
+      failing_starts = 0;
+      EXPECT_EQ(starts, joins);
+      // Bands over each other may have one thread.
+      if (format != VEXO_FMT_YV12 && format != VEXO_FMT_YUV400) {
+        EXPECT_EQ(starts, 3 - __builtin_popcount(mask)) << "without " << mask;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace lox_test
