@@ -7,15 +7,11 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "hdr/hdr_rows.h"
+#include "hdr/hdr_tables.h"
 
 namespace lox {
 
 namespace {
-
-#define LOX_TABLE(set) &set::hdr_rows,
-constexpr const HdrRows *kTables[] = {LOX_FOR_EACH_SET(LOX_TABLE)};
-#undef LOX_TABLE
 
 // --- sources ----------------------------------------------------------------
 
@@ -222,7 +218,7 @@ class RowMapper {
       : context_(context),
         source_(*context.src),
         destination_(*context.dst),
-        rows_(*kTables[isa_level()]),
+        rows_(hdr_rows()),
         variant_(context.variant != 0 ? 1 : 0),
         toe_(toe_of(context)),
         to_sdr_((gathering() ? rows_.to_sdr_gathering

@@ -6,6 +6,7 @@
 
 #include "common/log.h"
 #include "hdr/curves.h"
+#include "hdr/hdr_tables.h"
 
 namespace lox {
 
@@ -113,18 +114,9 @@ double TMO_VD_Norm(double x, double s, double t, double /*knee*/, int32_t n,
 }
 
 int32_t Analyze_SrcLuma(int32_t width, int32_t height, const uint16_t *luma) {
-  const int32_t step = width <= 2000 ? 2 : 4;
-  // Unsigned: a step from the last place looked at may go beyond its type.
-  const auto columns = static_cast<uint32_t>(width > 0 ? width : 0);
-  const auto rows = static_cast<uint32_t>(height > 0 ? height : 0);
-  int largest = 0;
-  for (uint32_t y = 0; y < rows; y += step) {
-    // By the width and not by the stride, intentionally.
-    const uint16_t *row = luma + size_t{y} * columns;
-    for (uint32_t x = 0; x < columns; x += step) {
-      largest = row[x] > largest ? row[x] : largest;
-    }
-  }
+  // By the width and not by the stride, intentionally.
+  const int largest =
+      lox::hdr_rows().largest(luma, width, height, width <= 2000 ? 2 : 4);
   LOX_LOG_INFO(lox::kTag, "maxY = %d, \n", largest);
   return largest <= 750 ? 1000 : largest <= 810 ? 2000 : 4001;
 }

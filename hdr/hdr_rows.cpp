@@ -30,6 +30,28 @@ using V = X86Tone<Wide::R>;
 constexpr int kGroup = V::n;
 constexpr int kWords = kGroup / 2;
 
+// --- measuring --------------------------------------------------------------
+
+int largest(const uint16_t *luma, int32_t columns, int32_t rows, int32_t step) {
+  const int32_t whole = columns > 0 ? columns - columns % kWords : 0;
+  const V::Words mask = V::every(step);
+  V::Words most = V::fill(0);
+  int largest = 0;
+  for (int64_t y = 0; y < rows; y += step) {
+    const uint16_t *const row = luma + static_cast<ptrdiff_t>(y * columns);
+    for (int32_t x = 0; x < whole; x += kWords) {
+      most = V::max_kept(most, row + x, mask);
+    }
+    for (int64_t x = whole; x < columns; x += step) {
+      largest = row[x] > largest ? row[x] : largest;
+    }
+  }
+  uint16_t lanes[kWords];
+  V::store(lanes, most);
+  for (const uint16_t lane : lanes) largest = lane > largest ? lane : largest;
+  return largest;
+}
+
 // --- samples to codes -------------------------------------------------------
 
 struct Planar16 {
@@ -261,6 +283,17 @@ int clamp(int v, int low, int high) {
   return v < low ? low : v > high ? high : v;
 }
 
+int largest(const uint16_t *luma, int32_t columns, int32_t rows, int32_t step) {
+  int largest = 0;
+  for (int64_t y = 0; y < rows; y += step) {
+    const uint16_t *const row = luma + static_cast<ptrdiff_t>(y * columns);
+    for (int64_t x = 0; x < columns; x += step) {
+      largest = row[x] > largest ? row[x] : largest;
+    }
+  }
+  return largest;
+}
+
 struct Planar16 {
   static int sample(const uint8_t *p) { return (p[0] | p[1] << 8) & kMostCode; }
   static int u(const uint8_t *u, const uint8_t *, int x) {
@@ -397,6 +430,7 @@ static_assert(kHdrRun % kGroup == 0);
   }
 
 constinit const HdrRows hdr_rows = {
+    .largest = largest,
     .group = kGroup,
     .codes_of_planar16 = to_codes<Planar16>,
     .codes_of_p010 = to_codes<P010>,

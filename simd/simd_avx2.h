@@ -99,6 +99,7 @@ struct Avx2Register {
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
   LOX_OP Reg min16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
   LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm256_min_epu16(a, b); }
+  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm256_max_epu16(a, b); }
   LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm256_subs_epu16(a, b); }
   LOX_OP Reg max16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
   LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {

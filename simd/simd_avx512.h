@@ -78,6 +78,7 @@ struct Avx512Register {
   LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm512_packus_epi16(a, b); }
   LOX_OP Reg min16(Reg a, Reg b) { return _mm512_min_epi16(a, b); }
   LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm512_min_epu16(a, b); }
+  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm512_max_epu16(a, b); }
   LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm512_subs_epu16(a, b); }
   LOX_OP Reg max16(Reg a, Reg b) { return _mm512_max_epi16(a, b); }
   LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {

@@ -24,6 +24,17 @@ struct NeonTone {
   LOX_OP Words fill(int16_t v) { return vdupq_n_s16(v); }
   LOX_OP void store(uint16_t *p, Words v) { vst1q_u16(p, as_unsigned(v)); }
 
+  // The larger of each lane, as unsigned, of those that the mask keeps.
+  LOX_OP Words max_kept(Words a, const uint16_t *p, Words mask) {
+    return as_signed(
+        vmaxq_u16(as_unsigned(a), as_unsigned(vandq_s16(load(p), mask))));
+  }
+  // Every second or every fourth lane.
+  LOX_OP Words every(int step) {
+    return step == 2 ? vreinterpretq_s16_u32(vdupq_n_u32(0xFFFF))
+                     : vreinterpretq_s16_u64(vdupq_n_u64(0xFFFF));
+  }
+
   // Samples need not be aligned as words are.
   LOX_OP uint16x8_t words_at(const uint8_t *p) {
     return vreinterpretq_u16_u8(vld1q_u8(p));

@@ -84,6 +84,7 @@ struct Sse41Register {
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm_madd_epi16(a, b); }
   LOX_OP Reg min16(Reg a, Reg b) { return _mm_min_epi16(a, b); }
   LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm_min_epu16(a, b); }
+  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm_max_epu16(a, b); }
   LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm_subs_epu16(a, b); }
   LOX_OP Reg max16(Reg a, Reg b) { return _mm_max_epi16(a, b); }
   LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {

@@ -27,6 +27,15 @@ struct X86Tone {
     R::template store<false>(reinterpret_cast<uint8_t *>(p), v);
   }
 
+  // The larger of each lane, as unsigned, of those that the mask keeps.
+  LOX_OP Words max_kept(Words a, const uint16_t *p, Words mask) {
+    return R::max_unsigned16(a, R::bit_and(load(p), mask));
+  }
+  // Every second or every fourth lane.
+  LOX_OP Words every(int step) {
+    return step == 2 ? R::fill32(0xFFFF) : R::in_parts(_mm_set1_epi64x(0xFFFF));
+  }
+
   LOX_OP Words low_10(const uint8_t *p) {
     return R::bit_and(R::load(p), R::fill16(kMostCode));
   }

@@ -81,6 +81,26 @@ TEST_F(HdrRowsTest, EverySampleBecomesTheSameCodes) {
   }
 }
 
+TEST_F(HdrRowsTest, TheLargestSampleIsFound) {
+  GuardedBuffer luma;
+  for (int round = 0; round < 2000; ++round) {
+    const int columns = random.between(1, 150);
+    const int rows = random.between(1, 12);
+    const int step = round % 2 == 0 ? 2 : 4;
+    luma.reset(size_t{2} * columns * rows,
+               round % 4 < 2 ? Edge::kEnd : Edge::kStart);
+    auto* const words = reinterpret_cast<uint16_t*>(luma.data());
+    fill(words, columns * rows, round % 3 == 0 ? 65535 : 1023);
+    // Often the largest is one that is not looked at.
+    words[random.between(0, columns * rows - 1)] = 65535;
+    for (int level = 1; level <= lox::isa_best(); ++level) {
+      ASSERT_EQ(kSets[level]->largest(words, columns, rows, step),
+                kSets[0]->largest(words, columns, rows, step))
+          << lox::isa_name(level) << ", " << columns << "x" << rows;
+    }
+  }
+}
+
 TEST_F(HdrRowsTest, AllTablesGiveTheSamePixels) {
   const auto context = std::make_unique<vexo_hdr_context>();
   for (int round = 0; round < 200; ++round) {
