@@ -82,60 +82,62 @@ struct Target {
   uint8_t *plane0, *u, *v;
 };
 
+enum class Layout {
+  kRgb888,
+  kRgba8888,
+  kArgb8888,
+  kPlanar,
+  kUvPairs,
+  kVuPairs,
+  kLuma,
+  kNone
+};
+
+struct Kind {
+  Layout layout;
+  size_t pixel_bytes;  // of plane 0
+  // Whether all bands begin at the start of the planes.
+  bool overlapping;
+};
+
+Kind kind_of(int32_t format) {
+  switch (format) {
+    case VEXO_FMT_RGB888:
+      return {Layout::kRgb888, 3, false};
+    case VEXO_FMT_RGBA8888:
+      return {Layout::kRgba8888, 4, false};
+    case VEXO_FMT_ARGB8888:
+      return {Layout::kArgb8888, 4, false};
+    case VEXO_FMT_YUV420:
+      return {Layout::kPlanar, 1, false};
+    case VEXO_FMT_YV12:
+      return {Layout::kPlanar, 1, true};
+    case VEXO_FMT_NV12:
+      return {Layout::kUvPairs, 1, false};
+    case VEXO_FMT_NV21:
+      return {Layout::kVuPairs, 1, false};
+    default:
+      if (format >= 200 && format < 600) return {Layout::kNone, 0, false};
+      return {Layout::kLuma, 1, true};
+  }
+}
+
 class Destination {
  public:
-  enum class Layout {
-    kRgb888,
-    kRgba8888,
-    kArgb8888,
-    kPlanar,
-    kUvPairs,
-    kVuPairs,
-    kLuma,
-    kNone
-  };
+  explicit Destination(const vexo_img &img)
+      : img_(img), kind_(kind_of(img.format)) {}
 
-  explicit Destination(const vexo_img &img) : img_(img) {
-    switch (img.format) {
-      case VEXO_FMT_RGB888:
-        set(Layout::kRgb888, 3);
-        break;
-      case VEXO_FMT_RGBA8888:
-        set(Layout::kRgba8888, 4);
-        break;
-      case VEXO_FMT_ARGB8888:
-        set(Layout::kArgb8888, 4);
-        break;
-      case VEXO_FMT_YUV420:
-      case VEXO_FMT_YV12:
-        set(Layout::kPlanar, 1);
-        break;
-      case VEXO_FMT_NV12:
-        set(Layout::kUvPairs, 1);
-        break;
-      case VEXO_FMT_NV21:
-        set(Layout::kVuPairs, 1);
-        break;
-      default:
-        if (img.format >= 200 && img.format < 600) {
-          set(Layout::kNone, 0);
-        } else {
-          set(Layout::kLuma, 1);
-        }
-    }
-  }
-
-  Layout layout() const { return layout_; }
-  bool has_chroma() const { return layout_ == Layout::kPlanar || has_pairs(); }
+  Layout layout() const { return kind_.layout; }
+  bool has_chroma() const { return layout() == Layout::kPlanar || has_pairs(); }
 
   // The target of row y of a band that begins at row `first`.
   Target row(int32_t y, int32_t first, int32_t width) const {
     const auto w = static_cast<size_t>(width);
-    const size_t begin = bands_overlap(img_.format) ? 0 : first;
+    const size_t begin = kind_.overlapping ? 0 : first;
     // RGB888's bands are as far apart as those of four bytes, intentionally.
-    const size_t apart = pixel_bytes_ == 3 ? 4 : pixel_bytes_;
+    const size_t apart = kind_.pixel_bytes == 3 ? 4 : kind_.pixel_bytes;
     Target to = {img_.plane[0] + apart * w * begin +
-                     pixel_bytes_ * w * static_cast<size_t>(y - first),
+                     kind_.pixel_bytes * w * static_cast<size_t>(y - first),
                  nullptr, nullptr};
     if (!has_chroma() || y % 2 != 0) return to;
     const size_t even_rows = y / 2 - (first + 1) / 2;
@@ -151,7 +153,7 @@ class Destination {
   }
 
   Target advance(Target t, int pixels) const {
-    t.plane0 += static_cast<size_t>(pixels) * pixel_bytes_;
+    t.plane0 += static_cast<size_t>(pixels) * kind_.pixel_bytes;
     if (t.u != nullptr) t.u += has_pairs() ? pixels : pixels / 2;
     if (t.v != nullptr) t.v += pixels / 2;
     return t;
@@ -159,19 +161,19 @@ class Destination {
 
   void put(const HdrRows &rows, int variant, const HdrRun &run, Target to,
            int pixels) const {
-    if (layout_ == Layout::kRgb888) {
+    if (layout() == Layout::kRgb888) {
       rows.put_rgb888(to.plane0, &run, pixels);
-    } else if (layout_ == Layout::kRgba8888) {
+    } else if (layout() == Layout::kRgba8888) {
       rows.put_rgba8888(to.plane0, &run, pixels);
-    } else if (layout_ == Layout::kArgb8888) {
+    } else if (layout() == Layout::kArgb8888) {
       rows.put_argb8888(to.plane0, &run, pixels);
     } else {
       rows.put_luma[variant](to.plane0, &run, pixels);
     }
     if (to.u == nullptr) return;
-    if (layout_ == Layout::kPlanar) {
+    if (layout() == Layout::kPlanar) {
       rows.put_u_v[variant](to.u, to.v, &run, pixels);
-    } else if (layout_ == Layout::kUvPairs) {
+    } else if (layout() == Layout::kUvPairs) {
       rows.put_uv[variant](to.u, &run, pixels);
     } else {
       rows.put_vu[variant](to.u, &run, pixels);
@@ -180,7 +182,7 @@ class Destination {
 
   void copy(Target from, Target to, int pixels) const {
     const auto n = static_cast<size_t>(pixels);
-    memcpy(to.plane0, from.plane0, n * pixel_bytes_);
+    memcpy(to.plane0, from.plane0, n * kind_.pixel_bytes);
     if (to.u == nullptr) return;
     const size_t chroma = (n + 1) / 2;
     memcpy(to.u, from.u, has_pairs() ? 2 * chroma : chroma);
@@ -188,17 +190,12 @@ class Destination {
   }
 
  private:
-  void set(Layout layout, size_t pixel_bytes) {
-    layout_ = layout;
-    pixel_bytes_ = pixel_bytes;
-  }
   bool has_pairs() const {
-    return layout_ == Layout::kUvPairs || layout_ == Layout::kVuPairs;
+    return layout() == Layout::kUvPairs || layout() == Layout::kVuPairs;
   }
 
   const vexo_img &img_;
-  Layout layout_ = Layout::kNone;
-  size_t pixel_bytes_ = 0;
+  Kind kind_;
 };
 
 // --- rows -------------------------------------------------------------------
@@ -271,36 +268,29 @@ class RowMapper {
   HdrRows::ToSdr *to_sdr_;
 };
 
-// Once for each chunk of a row.
+// Once for each chunk of a row; the words are those that callers know.
 void report_unsupported(const vexo_hdr_context &context) {
   for (int32_t left = context.width; left > 0; left -= context.chunk) {
-    fprintf(stderr, "%s(%d): Unsupported Color Space [%d]\n",
-            "_vexo_hdr10_to_sdr8", 438, context.dst->format);
+    fprintf(stderr, "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [%d]\n",
+            context.dst->format);
   }
 }
 
 }  // namespace
 
 bool bands_overlap(int32_t dst_format) {
-  switch (dst_format) {
-    case VEXO_FMT_YUV420:
-    case VEXO_FMT_NV12:
-    case VEXO_FMT_NV21:
-      return false;
-    default:
-      return dst_format < 200 || dst_format >= 600;
-  }
+  return kind_of(dst_format).overlapping;
 }
 
 }  // namespace lox
 
 int32_t _vexo_hdr10_to_sdr8(const vexo_hdr_context *context, int32_t first,
                             int32_t end) {
-  if (first < 0) return 0;
+  if (first < 0 || context->width < 1) return 0;
   const lox::RowMapper mapper(*context);
   const int32_t last = end < context->height ? end : context->height;
   for (int32_t y = first; y < last; ++y) {
-    if (mapper.destination().layout() == lox::Destination::Layout::kNone) {
+    if (mapper.destination().layout() == lox::Layout::kNone) {
       lox::report_unsupported(*context);
     } else {
       mapper.row(y, first);
