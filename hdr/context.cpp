@@ -115,8 +115,8 @@ double TMO_VD_Norm(double x, double s, double t, double /*knee*/, int32_t n,
 
 int32_t Analyze_SrcLuma(int32_t width, int32_t height, const uint16_t *luma) {
   // By the width and not by the stride, intentionally.
-  const int largest =
-      lox::hdr_rows().largest(luma, width, height, width <= 2000 ? 2 : 4);
+  const int largest = lox::hdr_rows().largest_sample(luma, width, height,
+                                                     width <= 2000 ? 2 : 4);
   LOX_LOG_INFO(lox::kTag, "maxY = %d, \n", largest);
   return largest <= 750 ? 1000 : largest <= 810 ? 2000 : 4001;
 }

@@ -32,8 +32,10 @@ constexpr int kWords = kGroup / 2;
 
 // --- measuring --------------------------------------------------------------
 
-int largest(const uint16_t *luma, int32_t columns, int32_t rows, int32_t step) {
-  const int32_t whole = columns > 0 ? columns - columns % kWords : 0;
+int largest_sample(const uint16_t *luma, int32_t columns, int32_t rows,
+                   int32_t step) {
+  if (columns < 1) return 0;
+  const int32_t whole = columns - columns % kWords;
   const V::Words mask = V::every(step);
   V::Words most = V::fill(0);
   int largest = 0;
@@ -116,14 +118,16 @@ struct ByLoads {
   }
   // An entry and the next one.
   LOX_INLINE static void look_up_pairs(const uint16_t *table,
-                                       const uint16_t *index, uint32_t *out,
+                                       const uint16_t *index, uint16_t *out,
                                        int n) {
     for (int i = 0; i < n; i += kStep) {
       uint32_t v[kStep];
       for (int k = 0; k < kStep; ++k) {
         memcpy(&v[k], table + index[i + k], sizeof v[k]);
       }
-      for (int k = 0; k < kStep; ++k) out[i + k] = v[k];
+      for (int k = 0; k < kStep; ++k) {
+        memcpy(out + 2 * (i + k), &v[k], sizeof v[k]);
+      }
     }
   }
 };
@@ -147,10 +151,10 @@ struct ByGathers {
     }
   }
   LOX_INLINE static void look_up_pairs(const uint16_t *table,
-                                       const uint16_t *index, uint32_t *out,
+                                       const uint16_t *index, uint16_t *out,
                                        int n) {
     for (int i = 0; i < n; i += 16) {
-      _mm512_storeu_si512(out + i, gather<sizeof *table>(table, index + i));
+      _mm512_storeu_si512(out + 2 * i, gather<sizeof *table>(table, index + i));
     }
   }
 
@@ -207,17 +211,17 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context,
   }
 
   if constexpr (!kHlg) {
-    // Most runs of most films are no lighter than this.
+    // Where all of it is in the toe the entries are known.
     if (toe > 0 && !V::any_above(most, toe - 1)) {
       const int entry = context->gain[1];
       for (int x = 0; x < n; x += kWords) {
         brighten(run, x, V::toe_gain(entry, V::load(largest + x)));
       }
     } else {
-      alignas(64) uint32_t gains[kHdrRun];
+      alignas(64) uint16_t gains[2 * kHdrRun];
       Look::look_up_pairs(context->gain, index, gains, n);
       for (int x = 0; x < n; x += kWords) {
-        brighten(run, x, V::gain(gains + x, V::load(largest + x)));
+        brighten(run, x, V::gain(gains + 2 * x, V::load(largest + x)));
       }
     }
   }
@@ -283,7 +287,9 @@ int clamp(int v, int low, int high) {
   return v < low ? low : v > high ? high : v;
 }
 
-int largest(const uint16_t *luma, int32_t columns, int32_t rows, int32_t step) {
+int largest_sample(const uint16_t *luma, int32_t columns, int32_t rows,
+                   int32_t step) {
+  if (columns < 1) return 0;
   int largest = 0;
   for (int64_t y = 0; y < rows; y += step) {
     const uint16_t *const row = luma + static_cast<ptrdiff_t>(y * columns);
@@ -430,7 +436,7 @@ static_assert(kHdrRun % kGroup == 0);
   }
 
 constinit const HdrRows hdr_rows = {
-    .largest = largest,
+    .largest_sample = largest_sample,
     .group = kGroup,
     .codes_of_planar16 = to_codes<Planar16>,
     .codes_of_p010 = to_codes<P010>,

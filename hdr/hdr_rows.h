@@ -31,8 +31,8 @@ struct HdrRun {
 struct HdrRows {
   // The largest of every `step`-th sample, 2 or 4, of every `step`-th row of a
   // plane without padding; 0 of none. Reads nothing behind the last such row.
-  int (*largest)(const uint16_t *luma, int32_t columns, int32_t rows,
-                 int32_t step);
+  int (*largest_sample)(const uint16_t *luma, int32_t columns, int32_t rows,
+                        int32_t step);
 
   // n is a multiple of the group below, and chroma is a sample for two pixels.
   int group;

@@ -118,12 +118,13 @@ struct NeonTone {
     store(p, shift_right<7>(m));
   }
   // Between the entries of each pair, by bits 3 to 6 of m.
-  LOX_OP Words gain(const uint32_t *pairs, Words m) {
-    const int16x8x2_t v = vld2q_s16(reinterpret_cast<const int16_t *>(pairs));
+  LOX_OP Words gain(const uint16_t *pairs, Words m) {
+    const uint16x8x2_t v = vld2q_u16(pairs);
+    const int16x8_t first = as_signed(v.val[0]);
+    const int16x8_t difference = vsubq_s16(as_signed(v.val[1]), first);
     const int16x8_t part = vandq_s16(vshlq_n_s16(m, 8), vdupq_n_s16(15 << 11));
     // The product is doubled.
-    return vaddq_s16(v.val[0],
-                     vqdmulhq_s16(vsubq_s16(v.val[1], v.val[0]), part));
+    return vaddq_s16(first, vqdmulhq_s16(difference, part));
   }
   // The same where the entry for 0 is 0 and the others that count are `entry`.
   LOX_OP Words toe_gain(int entry, Words m) {

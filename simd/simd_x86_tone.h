@@ -132,13 +132,12 @@ struct X86Tone {
     store(p, R::order_quads(R::template shift_right16<7>(m)));
   }
   // Between the entries of each pair, by bits 3 to 6 of m; times 16.
-  LOX_OP Words gain(const uint32_t *pairs, Words m) {
-    const auto *const p = reinterpret_cast<const uint8_t *>(pairs);
+  LOX_OP Words gain(const uint16_t *pairs, Words m) {
     const Reg next = R::bit_and(R::template shift_right16<3>(m), R::fill16(15));
     const Reg first = R::sub16(R::fill16(16), next);
     const Reg sum = R::pack_unsigned32(
-        R::multiply_add16(R::load(p), R::unpack_low16(first, next)),
-        R::multiply_add16(R::load(p + n), R::unpack_high16(first, next)));
+        R::multiply_add16(load(pairs), R::unpack_low16(first, next)),
+        R::multiply_add16(load(pairs + n / 2), R::unpack_high16(first, next)));
     return R::bit_and(sum, R::fill16(0xFFF0));
   }
   // The same where the entry for 0 is 0 and the others that count are `entry`.
