@@ -126,7 +126,7 @@ struct ByLoads {
         memcpy(&v[k], table + index[i + k], sizeof v[k]);
       }
       for (int k = 0; k < kStep; ++k) {
-        memcpy(out + 2 * (i + k), &v[k], sizeof v[k]);
+        memcpy(out + 2 * ptrdiff_t{i + k}, &v[k], sizeof v[k]);
       }
     }
   }
@@ -154,7 +154,8 @@ struct ByGathers {
                                        const uint16_t *index, uint16_t *out,
                                        int n) {
     for (int i = 0; i < n; i += 16) {
-      _mm512_storeu_si512(out + 2 * i, gather<sizeof *table>(table, index + i));
+      _mm512_storeu_si512(out + 2 * ptrdiff_t{i},
+                          gather<sizeof *table>(table, index + i));
     }
   }
 
@@ -221,7 +222,8 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context,
       alignas(64) uint16_t gains[2 * kHdrRun];
       Look::look_up_pairs(context->gain, index, gains, n);
       for (int x = 0; x < n; x += kWords) {
-        brighten(run, x, V::gain(gains + 2 * x, V::load(largest + x)));
+        brighten(run, x,
+                 V::gain(gains + 2 * ptrdiff_t{x}, V::load(largest + x)));
       }
     }
   }
