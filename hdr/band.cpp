@@ -128,7 +128,6 @@ class Destination {
       : img_(img), kind_(kind_of(img.format)) {}
 
   Layout layout() const { return kind_.layout; }
-  bool has_chroma() const { return layout() == Layout::kPlanar || has_pairs(); }
 
   // The target of row y of a band that begins at row `first`.
   Target row(int32_t y, int32_t first, int32_t width) const {
@@ -190,6 +189,7 @@ class Destination {
   }
 
  private:
+  bool has_chroma() const { return layout() == Layout::kPlanar || has_pairs(); }
   bool has_pairs() const {
     return layout() == Layout::kUvPairs || layout() == Layout::kVuPairs;
   }

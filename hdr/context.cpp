@@ -24,7 +24,7 @@ struct Toe {
   double slope, end;
 };
 
-Toe toe_of(int32_t nit) {
+Toe toe_for(int32_t nit) {
   switch (nit) {
     case 1000:
       return {2.0, 0.1};
@@ -93,7 +93,7 @@ void build_hdr_context(vexo_hdr_context *context, const vexo_img *src,
   c->chunk = c->width % 32 == 0 ? 32 : c->width % 16 == 0 ? 16 : 8;
   c->variant = variant;
   c->hlg = hlg;
-  fill_tone_curve(c, toe_of(nit));
+  fill_tone_curve(c, toe_for(nit));
   if (hlg != 0) {
     memcpy(c->hlg_linear, kHlgLinear, sizeof c->hlg_linear);
   } else {

@@ -140,7 +140,7 @@ int32_t vexo_hdr_to_sdr(vexo_img *src, const vexo_img *dst, int32_t kind) {
 
 int32_t vexo_hdr10_to_sdr8(vexo_img *src, const vexo_img *dst,
                            int32_t variant) {
-  return lox::tone_map(src, dst, variant, 0);
+  return lox::tone_map(src, dst, variant != 0 ? 1 : 0, 0);
 }
 
 int32_t vexo_hlg_to_sdr8(vexo_img *src, const vexo_img *dst) {

@@ -144,7 +144,8 @@ TEST_F(HdrNit, IsMeasured) {
   }
   for (const int32_t height : {0, -1, INT32_MIN}) {
     EXPECT_EQ(Analyze_SrcLuma(64, height, nullptr), 1000);
-    EXPECT_EQ(take_log(), max_line(0));
+    EXPECT_EQ(Analyze_SrcLuma(height, 64, nullptr), 1000);
+    EXPECT_EQ(take_log(), (Lines{max_line(0)[0], max_line(0)[0]}));
   }
 }
 
