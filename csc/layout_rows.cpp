@@ -6,6 +6,12 @@
 #include "common/caches.h"
 #include "simd/simd.h"
 
+#if defined(LOX_SET_neon)
+#include "simd/simd_neon_planes.h"
+#elif LOX_VECTORS
+#include "simd/simd_x86_planes.h"
+#endif
+
 namespace lox::LOX_SET {
 
 namespace {
@@ -90,6 +96,70 @@ void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
   for (; i < n; ++i) {
     dst[2 * i] = even[i];
     dst[2 * i + 1] = odd[i];
+  }
+}
+
+#if LOX_VECTORS
+#if defined(LOX_SET_neon)
+template <class V>
+using PlanesOf = NeonPlanes;
+#else
+template <class V>
+using PlanesOf = X86Planes<typename V::R>;
+#endif
+#endif
+
+void split4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    using P = PlanesOf<V>;
+    static_assert(P::n == V::n);
+    ptrdiff_t at = 0;
+    const auto put = [&](int k, auto v) LOX_INLINE_LAMBDA {
+      if (planes[k] != nullptr) P::store_plane(planes[k] + at, v);
+    };
+    for_vectors<V>(
+        n,
+        [&]() LOX_INLINE_LAMBDA {
+          const auto v = P::load_apart(src + 4 * at);
+          put(0, v.a);
+          put(1, v.b);
+          put(2, v.c);
+          put(3, v.d);
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
+  });
+#endif
+  for (; i < n; ++i) {
+    for (int k = 0; k < 4; ++k) {
+      if (planes[k] != nullptr) planes[k][i] = src[4 * i + k];
+    }
+  }
+}
+
+void merge4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    using P = PlanesOf<V>;
+    ptrdiff_t at = 0;
+    const auto take = [&](int k) LOX_INLINE_LAMBDA {
+      return planes[k] != nullptr ? P::load_plane(planes[k] + at)
+                                  : P::all_255();
+    };
+    for_vectors<V>(
+        n,
+        [&]() LOX_INLINE_LAMBDA {
+          P::store_together(dst + 4 * at, take(0), take(1), take(2), take(3));
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
+  });
+#endif
+  for (; i < n; ++i) {
+    for (int k = 0; k < 4; ++k) {
+      dst[4 * i + k] = planes[k] != nullptr ? planes[k][i] : uint8_t{255};
+    }
   }
 }
 
@@ -210,6 +280,8 @@ constinit const LayoutRows layout_rows = {
     .split = split,
     .even = even,
     .merge = merge,
+    .split4 = split4,
+    .merge4 = merge4,
     .swap = swap,
     .words_by_4 = words_by_4,
     .yuyv = yuyv<false>,

@@ -21,6 +21,10 @@ struct LayoutRows {
   // n bytes of each in turn.
   void (*merge)(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
                 ptrdiff_t n);
+  // Byte k of n groups of four to planes[k], unless that is null; and back,
+  // with 255 for a null plane.
+  void (*split4)(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n);
+  void (*merge4)(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n);
   // n pairs with their bytes exchanged; dst may be src.
   void (*swap)(const uint8_t *src, uint8_t *dst, ptrdiff_t n);
   // n little-endian words shifted right by 2; their low bytes.

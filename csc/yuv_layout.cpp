@@ -190,6 +190,41 @@ void vexo_csc_8b8b_pck(const uint8_t *src_a, const uint8_t *src_b,
   }
 }
 
+void vexo_csc_8b8b8b8b_unpack(const uint8_t *src, int32_t width, int32_t height,
+                              int32_t src_stride, int32_t dst_stride_0,
+                              int32_t dst_stride_1, int32_t dst_stride_2,
+                              int32_t dst_stride_3, uint8_t *dst_0,
+                              uint8_t *dst_1, uint8_t *dst_2, uint8_t *dst_3) {
+  if (width < 1) return;
+  const int32_t strides[] = {dst_stride_0, dst_stride_1, dst_stride_2,
+                             dst_stride_3};
+  uint8_t *planes[] = {dst_0, dst_1, dst_2, dst_3};
+  for (int32_t row = 0; row < height; ++row, src += src_stride) {
+    lox::csc::layout_rows().split4(src, planes, width);
+    for (int i = 0; i < 4; ++i) {
+      if (planes[i] != nullptr) planes[i] += strides[i];
+    }
+  }
+}
+
+void vexo_csc_8b8b8b8b_pack(uint8_t *dst, int32_t width, int32_t height,
+                            int32_t dst_stride, int32_t src_stride_0,
+                            int32_t src_stride_1, int32_t src_stride_2,
+                            int32_t src_stride_3, const uint8_t *src_0,
+                            const uint8_t *src_1, const uint8_t *src_2,
+                            const uint8_t *src_3) {
+  if (width < 1) return;
+  const int32_t strides[] = {src_stride_0, src_stride_1, src_stride_2,
+                             src_stride_3};
+  const uint8_t *planes[] = {src_0, src_1, src_2, src_3};
+  for (int32_t row = 0; row < height; ++row, dst += dst_stride) {
+    lox::csc::layout_rows().merge4(planes, dst, width);
+    for (int i = 0; i < 4; ++i) {
+      if (planes[i] != nullptr) planes[i] += strides[i];
+    }
+  }
+}
+
 void vexo_csc_swap_8byte8(uint8_t *plane, int32_t stride, int32_t rows) {
   const int64_t bytes = lox::csc::swapped_bytes(stride, rows);
   // The first pair always, and one that an odd count ends in whole.

@@ -116,6 +116,56 @@ struct Avx2Register {
     return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
                                                  _mm256_castsi256_ps(b), 0x88));
   }
+  LOX_OP Reg odd32(Reg a, Reg b) {
+    return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
+                                                 _mm256_castsi256_ps(b), 0xDD));
+  }
+  LOX_OP Reg sub32(Reg a, Reg b) { return _mm256_sub_epi32(a, b); }
+  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm256_min_epi32(a, b); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, int s) {
+    return _mm256_sra_epi32(v, _mm_cvtsi32_si128(s));
+  }
+  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
+  // Even words of a, odd ones of b.
+  LOX_OP Reg select_odd16(Reg a, Reg b) {
+    return _mm256_blend_epi16(a, b, 0xAA);
+  }
+  // Bytes to 16-bit lanes, in the order of memory.
+  LOX_OP Reg widen8(const uint8_t *p) {
+    return _mm256_cvtepu8_epi16(
+        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+  }
+  // 16 bytes in both halves.
+  LOX_OP Reg load_to_parts(const uint8_t *p) {
+    return in_parts(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+  }
+  // Halves of four registers: stored one of each in turn; and of halves in that
+  // order, those of each register.
+  LOX_OP void store_parts_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    store<false>(p, join_low_parts(a, b));
+    store<false>(p + 32, join_low_parts(c, d));
+    store<false>(p + 64, join_high_parts(a, b));
+    store<false>(p + 96, join_high_parts(c, d));
+  }
+  LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
+    const Reg c0 = join_low_parts(a, c);
+    const Reg c1 = join_high_parts(a, c);
+    const Reg c2 = join_low_parts(b, d);
+    const Reg c3 = join_high_parts(b, d);
+    a = c0;
+    b = c1;
+    c = c2;
+    d = c3;
+  }
+  // Four rows that lie one behind the other.
+  LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {
+    const __m128i low = _mm256_castsi256_si128(v);
+    const __m128i high = _mm256_extracti128_si256(v, 1);
+    _mm_storeu_si64(p, low);
+    _mm_storeu_si64(p + stride, _mm_unpackhi_epi64(low, low));
+    _mm_storeu_si64(p + 2 * stride, high);
+    _mm_storeu_si64(p + 3 * stride, _mm_unpackhi_epi64(high, high));
+  }
   // In each half, 16 of the bytes of low and then high, from byte K on.
   template <int K>
   LOX_OP Reg bytes_from(Reg low, Reg high) {

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "hdr/tone_rule.h"
-#include "simd/simd_neon.h"
+#include "simd/simd_neon_planes.h"
 
 namespace lox::LOX_SET {
 
@@ -158,12 +158,10 @@ struct NeonTone {
     return {vld1q_u8(r), vld1q_u8(g), vld1q_u8(b)};
   }
   LOX_OP void put_rgba(uint8_t *p, Bytes v) {
-    const uint8x16x4_t pixels = {{v.r, v.g, v.b, vdupq_n_u8(255)}};
-    vst4q_u8(p, pixels);
+    NeonPlanes::store_together(p, v.r, v.g, v.b, NeonPlanes::all_255());
   }
   LOX_OP void put_argb(uint8_t *p, Bytes v) {
-    const uint8x16x4_t pixels = {{vdupq_n_u8(255), v.r, v.g, v.b}};
-    vst4q_u8(p, pixels);
+    NeonPlanes::store_together(p, NeonPlanes::all_255(), v.r, v.g, v.b);
   }
   // The sums shifted right by 12.
   template <Row3 K>

@@ -101,6 +101,24 @@ struct Sse41Register {
     return _mm_castps_si128(
         _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0x88));
   }
+  LOX_OP Reg odd32(Reg a, Reg b) {
+    return _mm_castps_si128(
+        _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0xDD));
+  }
+  LOX_OP Reg sub32(Reg a, Reg b) { return _mm_sub_epi32(a, b); }
+  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm_min_epi32(a, b); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, int s) {
+    return _mm_sra_epi32(v, _mm_cvtsi32_si128(s));
+  }
+  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
+  // Even words of a, odd ones of b.
+  LOX_OP Reg select_odd16(Reg a, Reg b) { return _mm_blend_epi16(a, b, 0xAA); }
+  // Bytes to 16-bit lanes, in the order of memory.
+  LOX_OP Reg widen8(const uint8_t *p) {
+    return _mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const Reg *>(p)));
+  }
+  // 16 bytes in every part.
+  LOX_OP Reg load_to_parts(const uint8_t *p) { return load(p); }
   // 16 of the bytes of low and then high, from byte K on.
   template <int K>
   LOX_OP Reg bytes_from(Reg low, Reg high) {
@@ -109,6 +127,22 @@ struct Sse41Register {
   // 16 bytes in each part, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return load(p + offsets[0]);
+  }
+  // Parts of four registers: stored one of each in turn; and of parts in that
+  // order, those of each register.
+  LOX_OP void store_parts_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    store<false>(p, a);
+    store<false>(p + 16, b);
+    store<false>(p + 32, c);
+    store<false>(p + 48, d);
+  }
+  LOX_OP void parts_apart(Reg &, Reg &, Reg &, Reg &) {}
+  // Four rows that lie one behind the other.
+  LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {
+    _mm_storeu_si32(p, v);
+    _mm_storeu_si32(p + stride, _mm_shuffle_epi32(v, 0x55));
+    _mm_storeu_si32(p + 2 * stride, _mm_unpackhi_epi64(v, v));
+    _mm_storeu_si32(p + 3 * stride, _mm_shuffle_epi32(v, 0xFF));
   }
   // One part: nothing to put right.
   LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t) { return load(p); }

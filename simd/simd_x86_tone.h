@@ -5,13 +5,14 @@
 #pragma once
 
 #include "hdr/tone_rule.h"
-#include "simd/simd_x86.h"
+#include "simd/simd_x86_planes.h"
 
 namespace lox::LOX_SET {
 
 template <class R>
 struct X86Tone {
   using Reg = typename R::Reg;
+  using Planes = X86Planes<R>;
   // Pixels of a group: two vectors of words, one of bytes.
   static constexpr int n = static_cast<int>(sizeof(Reg));
   using Words = Reg;
@@ -164,24 +165,11 @@ struct X86Tone {
                           const uint8_t *b) {
     return {R::load(r), R::load(g), R::load(b)};
   }
-  // Groups of a, b, c, d, of which 255 may be one.
-  LOX_OP void put_4(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    const Reg ab_low = R::unpack_low8(a, b);
-    const Reg ab_high = R::unpack_high8(a, b);
-    const Reg cd_low = R::unpack_low8(c, d);
-    const Reg cd_high = R::unpack_high8(c, d);
-    R::template store<false>(p, R::unpack_low16(ab_low, cd_low));
-    R::template store<false>(p + n, R::unpack_high16(ab_low, cd_low));
-    R::template store<false>(p + 2 * n, R::unpack_low16(ab_high, cd_high));
-    R::template store<false>(p + 3 * n, R::unpack_high16(ab_high, cd_high));
-  }
   LOX_OP void put_rgba(uint8_t *p, Bytes v) {
-    put_4(p, R::spread_dwords(v.r), R::spread_dwords(v.g),
-          R::spread_dwords(v.b), R::fill16(0xFFFF));
+    Planes::store_together(p, v.r, v.g, v.b, Planes::all_255());
   }
   LOX_OP void put_argb(uint8_t *p, Bytes v) {
-    put_4(p, R::fill16(0xFFFF), R::spread_dwords(v.r), R::spread_dwords(v.g),
-          R::spread_dwords(v.b));
+    Planes::store_together(p, Planes::all_255(), v.r, v.g, v.b);
   }
   template <Row3 K>
   LOX_OP void put_luma(uint8_t *p, Bytes v) {

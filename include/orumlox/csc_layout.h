@@ -96,6 +96,24 @@ VEXO_API void vexo_csc_8b8b_pck(const uint8_t *src_a, const uint8_t *src_b,
                                 int32_t dst_stride, uint8_t *dst);
 
 /*
+ * Pixels of four bytes and four planes of bytes: byte k of a pixel is plane
+ * k's. `width` counts pixels. Unpacking skips null planes, packing takes 255
+ * for theirs; each is the other's inverse.
+ */
+VEXO_API void vexo_csc_8b8b8b8b_unpack(
+    const uint8_t *src, int32_t width, int32_t height, int32_t src_stride,
+    int32_t dst_stride_0, int32_t dst_stride_1, int32_t dst_stride_2,
+    int32_t dst_stride_3, uint8_t *dst_0, uint8_t *dst_1, uint8_t *dst_2,
+    uint8_t *dst_3);
+VEXO_API void vexo_csc_8b8b8b8b_pack(uint8_t *dst, int32_t width,
+                                     int32_t height, int32_t dst_stride,
+                                     int32_t src_stride_0, int32_t src_stride_1,
+                                     int32_t src_stride_2, int32_t src_stride_3,
+                                     const uint8_t *src_0, const uint8_t *src_1,
+                                     const uint8_t *src_2,
+                                     const uint8_t *src_3);
+
+/*
  * Exchanges the bytes of every pair, in place, over one run of bytes without
  * regard to rows. The count is (stride mod 2^16) x (rows mod 2^16), both taken
  * as signed 16-bit numbers. Pairs at 0, 2, 4, ... below the count are

@@ -6,6 +6,7 @@
 #include "base.h"
 #include "common.h"
 #include "csc.h"
+#include "dct.h"
 #include "hdr.h"
 #include "img.h"
 #include "rot.h"

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Contexts: what set-up allocates, and how it is freed.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "dct/plan.h"
+#include "dct/sets.h"
+#include "orumlox/common.h"
+
+namespace lox {
+
+namespace {
+
+size_t note_bytes(bool rgba) { return rgba ? 128 : 64; }
+
+bool allocate(void **block, int64_t size) {
+  if (size < 0 || size > INT32_MAX) return false;
+  *block = mlox_malloc_align32(static_cast<uint32_t>(size));
+  return *block != nullptr;
+}
+bool allocate(uint8_t **block, int64_t size) {
+  return allocate(reinterpret_cast<void **>(block), size);
+}
+
+void release(vexo_rsz_new_context *c, vexo_shift_set a, vexo_shift_set b) {
+  const int32_t entries = set_entries(c);
+  if (entries > 0) {
+    free_set(a, entries);
+    free_set(b, entries);
+  }
+  void *const blocks[] = {c->chroma,     c->dst_chroma,  c->notes[0],
+                          c->notes[1],   c->block_types, c->block_columns,
+                          c->block_rows, c->work[0],     c->work[1],
+                          c->pre_luma,   c->pre_chroma};
+  for (void *const block : blocks) mlox_mfree_align32(block);
+  memset(c, 0, sizeof *c);
+}
+
+int32_t give_up(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b) {
+  release(c, *a, *b);
+  *a = nullptr;
+  *b = nullptr;
+  return VEXO_ERR_ARG;
+}
+
+int32_t larger(const int32_t *of_planes) {
+  return of_planes[0] > of_planes[1] ? of_planes[0] : of_planes[1];
+}
+
+// The bytes of a work area: one source block of the larger spans.
+int64_t work_bytes(const vexo_rsz_new_context *c) {
+  return int64_t{16} * larger(c->horizontal_span) * larger(c->vertical_span);
+}
+bool allocate_work(vexo_rsz_new_context *c, uint8_t **area) {
+  if (!allocate(area, work_bytes(c))) return false;
+  memset(*area, 0, static_cast<size_t>(work_bytes(c)));
+  return true;
+}
+
+// Everything between the settings and the buffers, in the order that it has
+// always had.
+bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
+                  bool rgba) {
+  if (!allocate_work(c, &c->work[0])) return false;
+  const int32_t entries = set_entries(c);
+  if (entries > 0 &&
+      (get_mem3Dint16(a, entries, larger(c->vertical_span)) != VEXO_OK ||
+       get_mem3Dint16(b, entries, larger(c->horizontal_span)) != VEXO_OK)) {
+    return false;
+  }
+  const int64_t blocks = block_count(c, 0) + block_count(c, 1);
+  const auto words = static_cast<int64_t>(sizeof(int32_t)) * blocks;
+  if (!allocate(&c->block_types, blocks) ||
+      !allocate(reinterpret_cast<void **>(&c->block_columns), words) ||
+      !allocate(reinterpret_cast<void **>(&c->block_rows), words)) {
+    return false;
+  }
+  const auto notes = static_cast<int64_t>(note_bytes(rgba));
+  if (!allocate(&c->notes[0], notes) || !allocate_work(c, &c->work[1]) ||
+      !allocate(&c->notes[1], notes)) {
+    return false;
+  }
+  if (rgba &&
+      (!allocate_work(c, &c->chroma) || !allocate(&c->dst_chroma, notes))) {
+    return false;
+  }
+  split_settings(c);
+  if (entries > 0) make_shiftmatrix(c, *a, *b);
+  return true;
+}
+
+int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
+
+// What there is of the planes that blocks are taken from: planned columns that
+// a row has room for.
+void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
+  for (int32_t plane = 0; plane < 2; ++plane) {
+    const DctPlane note = {smaller(source_width(pair[0], plane, c->prescale),
+                                   c->src_stride[plane]),
+                           c->src_rows[plane], c->src_stride[plane],
+                           c->dst_stride[plane], c->dst_rows[plane]};
+    memcpy(c->notes[plane], &note, sizeof note);
+  }
+}
+static_assert(sizeof(DctPlane) <= 64);
+
+int64_t plane_bytes(const vexo_img &img, int32_t plane) {
+  return int64_t{img.stride[plane]} * img.buf_height[plane];
+}
+
+// Whether both sides of plane 0 are this many times the destination's.
+bool is_ratio(const vexo_img *pair, float ratio) {
+  const auto side = [](int32_t src, int32_t dst) {
+    return static_cast<float>(src) / static_cast<float>(dst);
+  };
+  return side(pair[0].width[0], pair[1].width[0]) == ratio &&
+         side(pair[0].height[0], pair[1].height[0]) == ratio;
+}
+
+void set_flags(const vexo_img *pair, vexo_rsz_new_context *c) {
+  const vexo_img &src = pair[0];
+  c->exact_ratio = is_ratio(pair, 2) || is_ratio(pair, 4) ? 1 : 0;
+  if (pair[1].color_std == 0) {
+    c->padding_needed =
+        src.width[0] != src.stride[0] || src.height[0] != src.buf_height[0] ? 1
+                                                                            : 0;
+  } else if (pair[1].color_std == 1) {
+    const int32_t stride = src.stride[0];
+    c->stride_not_aligned = stride % 32 != 0 ? 1 : 0;
+    c->aligned_stride = stride % 32 == 0 ? stride : (stride - 1) / 32 * 32;
+  }
+}
+
+}  // namespace
+
+}  // namespace lox
+
+int32_t vexo_rsz_new_init(const vexo_img *pair, vexo_rsz_new_context *context,
+                          vexo_shift_set *a, vexo_shift_set *b,
+                          int32_t prescale) {
+  memset(context, 0, sizeof *context);
+  *a = nullptr;
+  *b = nullptr;
+  const vexo_img &src = pair[0];
+  context->prescale = prescale;
+  if (prescale != 0) lox::set_flags(pair, context);
+  const int64_t chroma = lox::plane_bytes(src, 1);
+  if (context->exact_ratio != 0) {
+    if (pair[1].format == VEXO_FMT_YUV420 &&
+        !lox::allocate(&context->pre_chroma, chroma / prescale)) {
+      return lox::give_up(context, a, b);
+    }
+    return VEXO_OK;
+  }
+  const int64_t area = int64_t{prescale} * prescale;
+  if (algorithm_settings(pair, context) != VEXO_OK ||
+      !lox::build_tables(context, a, b, false) ||
+      (prescale != 0 &&
+       (!lox::allocate(&context->pre_luma, lox::plane_bytes(src, 0) / area) ||
+        !lox::allocate(&context->pre_chroma, chroma / area))) ||
+      !lox::allocate(&context->chroma, prescale == 0 ? chroma : chroma / 4) ||
+      !lox::allocate(&context->dst_chroma, lox::plane_bytes(pair[1], 1))) {
+    return lox::give_up(context, a, b);
+  }
+  lox::write_notes(pair, context);
+  return VEXO_OK;
+}
+
+int32_t vexo_rsz_new_deinit(const vexo_img *, vexo_rsz_new_context *context,
+                            vexo_shift_set a, vexo_shift_set b) {
+  lox::release(context, a, b);
+  return VEXO_OK;
+}
+
+int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
+                                   vexo_rsz_new_context *context,
+                                   vexo_shift_set *a, vexo_shift_set *b) {
+  memset(context, 0, sizeof *context);
+  *a = nullptr;
+  *b = nullptr;
+  const vexo_img &src = quartet[2];
+  const vexo_img &dst = quartet[3];
+  context->src_stride[0] = src.stride[0];
+  context->src_rows[0] = src.height[0];
+  context->dst_stride[0] = dst.stride[0];
+  context->dst_rows[0] = dst.buf_height[0];
+  const bool empty = src.width[0] < 1 || src.height[0] < 1 ||
+                     dst.width[0] < 1 || dst.height[0] < 1;
+  if ((!empty && !lox::plan_blocks(context, 0, src.width[0], src.height[0],
+                                   dst.width[0], dst.height[0])) ||
+      !lox::build_tables(context, a, b, true)) {
+    return lox::give_up(context, a, b);
+  }
+  void *const notes[] = {context->notes[0], context->notes[1],
+                         context->dst_chroma};
+  for (int32_t plane = 0; plane < 3; ++plane) {
+    const lox::DctPlane note = {src.width[0], src.height[0], src.stride[plane],
+                                dst.stride[plane], dst.buf_height[0]};
+    memcpy(notes[plane], &note, sizeof note);
+  }
+  return VEXO_OK;
+}
+
+int32_t vexo_rsz_new_rgba8888_deinit(const vexo_img *,
+                                     vexo_rsz_new_context *context,
+                                     vexo_shift_set a, vexo_shift_set b) {
+  lox::release(context, a, b);
+  return VEXO_OK;
+}

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Rows of blocks. The portable form does one block after the other by the rule.
+// The vector forms first sum the columns of as many blocks as the nearest cache
+// holds: bases are symmetric, so the sums and differences of a row and its
+// mirror image are weighed, not the rows; then each block's rows, and the
+// inverse of as many blocks together as a register has parts.
+#include "dct/dct_rows.h"
+
+#include "dct/dct_rule.h"
+#include "simd/simd.h"
+
+#if defined(LOX_SET_neon)
+#include "simd/simd_neon_dct.h"
+#elif LOX_VECTORS
+#include "simd/simd_x86_dct.h"
+#endif
+
+namespace lox::LOX_SET {
+
+namespace {
+
+void plain_blocks(const DctJob *job) {
+  for (ptrdiff_t i = 0; i < job->count; ++i) dct_block(*job, i);
+}
+
+#if LOX_VECTORS
+
+#if defined(LOX_SET_neon)
+template <class V>
+using DctOf = NeonDct;
+#else
+template <class V>
+using DctOf = X86Dct<typename V::R>;
+#endif
+using Layout = DctOf<Narrow>;
+
+// Sums and inverses are proven to fit their lanes for these sides.
+bool has_vector_form(const DctKind &kind) {
+  return kind.width >= 4 && kind.width <= kDctMostSide && kind.height >= 4 &&
+         kind.height <= kDctMostSide;
+}
+
+void prepare_down(int16_t (*rows)[8], const DctKind &kind) {
+  const int32_t pairs = kind.height / 2;
+  const auto entry = [&](int u, int32_t y) {
+    return static_cast<int16_t>(dct_entry(kind.down, u, y));
+  };
+  for (int32_t y = 0; y < pairs + 1; y += 2, ++rows) {
+    for (int u = 1; u < 4; ++u) {
+      int16_t *const two = *rows + 2 * (u - 1);
+      two[0] = y < pairs ? entry(u, y) : int16_t{0};
+      // Left over is a row without a mirror image.
+      two[1] = y + 1 < pairs          ? entry(u, y + 1)
+               : kind.height % 2 != 0 ? entry(u, pairs)
+                                      : int16_t{0};
+    }
+  }
+}
+
+void prepare(DctTables *tables, const DctKind *kinds) {
+  tables->usable = true;
+  for (int type = 0; type < 4; ++type) {
+    const DctKind &kind = kinds[type];
+    if (kind.down == nullptr) continue;
+    if (!has_vector_form(kind)) {
+      tables->usable = false;
+      return;
+    }
+    if (type % 2 == 0) prepare_down(tables->down[type / 2], kind);
+    for (int odd = 0; type < 2 && odd < Layout::kColumns; ++odd) {
+      int16_t *const across = tables->across[type][odd];
+      const int32_t columns = (odd + kind.width + 1) / 2 * 2;
+      for (int32_t i = 0; i < columns; ++i) {
+        const int32_t x = i - odd;
+        for (int v = 0; v < 4; ++v) {
+          Layout::put_across(
+              across, i, v,
+              x >= 0 && x < kind.width
+                  ? static_cast<int16_t>(dct_entry(kind.across, v, x))
+                  : int16_t{0});
+        }
+      }
+    }
+    for (int u = 0; u < 4; ++u) {
+      for (int v = 0; v < 4; ++v) {
+        const int at = Layout::place(u, v);
+        tables->weights[type][at] = kind.weights[4 * u + v];
+        tables->most[type][at] =
+            u + v == 0 ? dct_most_dc(kind.weights[0]) : INT32_MAX;
+      }
+    }
+  }
+}
+
+// What a row of blocks has in common.
+struct Down {
+  const uint8_t *const *rows;
+  const int16_t (*weights)[8];
+  const int16_t *const *basis;
+  int32_t height;
+  int shift;
+};
+
+// The sums t of one column, by the rule.
+void sum_column(const Down &down, ptrdiff_t x, int16_t *t, ptrdiff_t i) {
+  for (int u = 0; u < 4; ++u) {
+    int32_t sum = 1 << (down.shift - 1);
+    for (int32_t y = 0; y < down.height; ++y) {
+      sum += dct_entry(down.basis, u, y) * down.rows[y][x];
+    }
+    t[Layout::column(i, u)] = static_cast<int16_t>(sum >> down.shift);
+  }
+}
+
+// D::n columns from x on, to place i, which is even.
+template <class D>
+LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
+                           ptrdiff_t i) {
+  auto sums = D::no_sums();
+  const uint8_t *const *top = down.rows;
+  const uint8_t *const *bottom = down.rows + down.height - 1;
+  const int16_t(*w)[8] = down.weights;
+  int32_t left = down.height;
+  for (; left >= 4; left -= 4, top += 2, bottom -= 2, ++w) {
+    D::add_pairs(sums, top[0] + x, bottom[0] + x, top[1] + x, bottom[-1] + x,
+                 *w);
+  }
+  if (left == 3) {
+    D::add_pair_and_row(sums, top[0] + x, bottom[0] + x, top[1] + x, *w);
+  } else if (left == 2) {
+    D::add_pair(sums, top[0] + x, bottom[0] + x, *w);
+  } else if (left == 1) {
+    D::add_row(sums, top[0] + x, *w);
+  }
+  D::put(sums, dct_entry(down.basis, 0, 0), down.shift,
+         t + Layout::column(i, 0));
+}
+
+template <class D>
+LOX_INLINE ptrdiff_t sum_vectors(const Down &down, ptrdiff_t x, ptrdiff_t n,
+                                 int16_t *t) {
+  ptrdiff_t i = 0;
+  for (; i + D::n <= n; i += D::n) sum_vector<D>(down, x + i, t, i);
+  // The last vector may do columns again; of an odd number one is left.
+  const ptrdiff_t even = n & ~ptrdiff_t{1};
+  if (i < even && even >= D::n) {
+    sum_vector<D>(down, x + even - D::n, t, even - D::n);
+    i = even;
+  }
+  return i;
+}
+
+// The sums of n columns from x on; those beyond the plane's width, and two
+// beyond n, are those of its last column.
+void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
+                 int16_t *t) {
+  ptrdiff_t inside = job.width - x < n ? job.width - x : n;
+  if (inside < 1) {
+    x = job.width - 1;
+    inside = 1;
+  }
+  ptrdiff_t i = sum_vectors<DctOf<Wide>>(down, x, inside, t);
+  if (kNarrower && i == 0) {
+    i = sum_vectors<DctOf<Narrow>>(down, x, inside, t);
+  }
+  for (; i < inside; ++i) sum_column(down, x + i, t, i);
+  for (; i < n + 2; ++i) {
+    for (int u = 0; u < 4; ++u) {
+      t[Layout::column(i, u)] = t[Layout::column(inside - 1, u)];
+    }
+  }
+}
+
+// D::blocks blocks, of which the first is at place i; their columns begin at
+// `begin` in t.
+template <class D>
+LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
+                        const int16_t *t, int32_t begin, ptrdiff_t i) {
+  typename D::Group group;
+  for (int block = 0; block < D::blocks; ++block) {
+    const int type = job->types[i + block];
+    const DctKind &kind = job->kinds[type];
+    const ptrdiff_t x = job->columns[i + block] - begin;
+    const ptrdiff_t odd = x % D::kColumns;
+    D::sum_rows(
+        group, block, t + Layout::column(x - odd, 0),
+        tables->across[type & 1][odd],
+        static_cast<int>((odd + kind.width + D::kColumns - 1) / D::kColumns),
+        dct_row_shift(kind.width, kind.height), tables->most[type],
+        tables->weights[type]);
+  }
+  D::put_blocks(group, job->dst + 4 * i, job->dst_stride);
+}
+
+void vector_blocks(const DctTables *tables, const DctJob *job) {
+  const DctKind &first_kind = job->kinds[job->types[0]];
+  const uint8_t *rows[kDctMostSide];
+  const Down down = {rows, tables->down[job->types[0] / 2], first_kind.down,
+                     first_kind.height, dct_column_shift(first_kind.height)};
+  for (int32_t y = 0; y < down.height; ++y) rows[y] = job->row(y);
+
+  alignas(64) int16_t t[4 * (kDctColumns + 2)];
+  using D = DctOf<Wide>;
+  for (ptrdiff_t i = 0; i < job->count;) {
+    const int32_t begin = job->columns[i];
+    ptrdiff_t last = i;
+    int32_t columns = 0;
+    for (; last < job->count; ++last) {
+      const int32_t end =
+          job->columns[last] - begin + job->kinds[job->types[last]].width;
+      if (end > kDctColumns) break;
+      columns = end;
+    }
+    sum_columns(down, *job, begin, columns, t);
+    const bool whole = last - i >= D::blocks;
+    for (; i + D::blocks <= last; i += D::blocks) {
+      inverse<D>(tables, job, t, begin, i);
+    }
+    if (whole && i < last) {
+      inverse<D>(tables, job, t, begin, last - D::blocks);
+      i = last;
+    }
+    for (; i < last; ++i) inverse<DctOf<Narrow>>(tables, job, t, begin, i);
+  }
+}
+
+#else
+
+void prepare(DctTables *, const DctKind *) {}
+
+#endif
+
+void blocks([[maybe_unused]] const DctTables *tables, const DctJob *job) {
+#if LOX_VECTORS
+  if (tables->usable && job->count > 0) {
+    vector_blocks(tables, job);
+    return;
+  }
+#endif
+  plain_blocks(job);
+}
+
+}  // namespace
+
+constinit const DctRows dct_rows = {.prepare = prepare, .blocks = blocks};
+
+}  // namespace lox::LOX_SET

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Scaling one NV12 or NV21 picture by its plan.
+#include <cstddef>
+#include <cstdint>
+
+#include "dct/block_means.h"
+#include "dct/helper_thread.h"
+#include "dct/plane.h"
+#include "orumlox/csc_layout.h"
+
+namespace lox {
+
+namespace {
+
+constexpr MeansKind kHalveBytes = {&BlockRows::halve_bytes, 1, 2};
+constexpr MeansKind kHalvePairs = {&BlockRows::halve_pairs, 2, 2};
+constexpr MeansKind kQuarterBytes = {&BlockRows::quarter_bytes, 1, 4};
+constexpr MeansKind kQuarterPairs = {&BlockRows::quarter_pairs, 2, 4};
+constexpr MeansKind kQuarterBytesOf2Rows = {&BlockRows::quarter_bytes_of_2_rows,
+                                            1, 4};
+constexpr MeansKind kQuarterGrouped = {&BlockRows::quarter_grouped, 2, 4};
+constexpr MeansKind kQuarterGroupedOf2Rows = {
+    &BlockRows::quarter_grouped_of_2_rows, 2, 4};
+
+int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
+
+MeansSource luma_of(const vexo_img &img) {
+  return {img.plane[0], img.stride[0], img.width[0], img.height[0]};
+}
+// No more pairs than a row has room for, whatever the format.
+MeansSource pairs_of(const vexo_img &img) {
+  return {img.plane[1], img.stride[1], smaller(img.width[1], img.stride[1] / 2),
+          img.height[1]};
+}
+
+// The second component's plane in a buffer for both.
+uint8_t *second_half(uint8_t *buffer, int64_t bytes) {
+  return buffer + static_cast<ptrdiff_t>(bytes / 2);
+}
+int64_t plane_bytes(const vexo_img &img, int32_t plane) {
+  return int64_t{img.stride[plane]} * img.buf_height[plane];
+}
+
+// Pairs taken apart and both components scaled.
+void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
+                 int32_t width, int32_t rows, int32_t stride) {
+  vexo_rsz_new_context *const c = w.context;
+  const int32_t step = c->src_stride[1];
+  const int64_t bytes = plane_bytes(*w.src, 1);
+  uint8_t *const second =
+      second_half(c->chroma, c->prescale == 0 ? bytes : bytes / 4);
+  vexo_csc_8b8b_unpck(pairs, 2 * width, rows, stride, step, step, c->chroma,
+                      second);
+  const vexo_img &dst = *w.dst;
+  if (dst.format == VEXO_FMT_YUV420) {
+    dct_downscaling(c->chroma, dst.plane[1], c, w.a, w.b, 1);
+    dct_downscaling(second, dst.plane[2], c, w.a, w.b, 1);
+    return;
+  }
+  // With a pre-scale factor NV21 gets no chroma, intentionally.
+  if (dst.format != VEXO_FMT_NV12 &&
+      (dst.format != VEXO_FMT_NV21 || c->prescale != 0)) {
+    return;
+  }
+  uint8_t *const scaled = second_half(c->dst_chroma, plane_bytes(dst, 1));
+  dct_downscaling(c->chroma, c->dst_chroma, c, w.a, w.b, 1);
+  dct_downscaling(second, scaled, c, w.a, w.b, 1);
+  // As far as blocks were written.
+  const auto written = [](int64_t blocks, int32_t room) {
+    return static_cast<int32_t>(4 * blocks < room ? 4 * blocks : room);
+  };
+  vexo_csc_8b8b_pck(
+      c->dst_chroma, scaled,
+      written(int64_t{c->narrow_columns[1]} + c->wide_columns[1],
+              c->dst_stride[1]),
+      written(int64_t{c->short_rows[1]} + c->tall_rows[1], c->dst_rows[1]),
+      c->dst_stride[1], c->dst_stride[1], dst.stride[1], dst.plane[1]);
+}
+
+void scale_luma(const vexo_rsz_new_worker &w, const uint8_t *luma) {
+  dct_downscaling(luma, w.dst->plane[0], w.context, w.a, w.b, 0);
+}
+
+void pre_scale_luma(const vexo_rsz_new_worker &w) {
+  const vexo_rsz_new_context *const c = w.context;
+  const MeansKind &kind = c->prescale == 2             ? kHalveBytes
+                          : c->stride_not_aligned != 0 ? kQuarterBytes
+                                                       : kQuarterBytesOf2Rows;
+  block_means(kind, luma_of(*w.src), c->pre_luma, c->src_stride[0],
+              plane_notes(c, 0)->width, c->src_rows[0], 0);
+  scale_luma(w, c->pre_luma);
+}
+
+// What the thread for chroma does.
+void pre_scale_chroma(const vexo_rsz_new_worker &w) {
+  const vexo_rsz_new_context *const c = w.context;
+  const MeansKind &kind = c->prescale == 2             ? kHalvePairs
+                          : c->stride_not_aligned != 0 ? kQuarterGrouped
+                                                       : kQuarterGroupedOf2Rows;
+  // Fours that make their blocks together are made whole where the row has
+  // room for them: which they are does not depend on what is needed.
+  const int32_t width = plane_notes(c, 1)->width;
+  const int32_t count = smaller((width + 3) / 4 * 4, c->src_stride[1]);
+  const ptrdiff_t stride = 2 * ptrdiff_t{c->src_stride[1]};
+  block_means(kind, pairs_of(*w.src), c->pre_chroma, stride, count,
+              c->src_rows[1], 0);
+  scale_pairs(w, c->pre_chroma, width, c->src_rows[1],
+              static_cast<int32_t>(stride));
+}
+
+// The whole job by block means.
+void average(const vexo_rsz_new_worker &w) {
+  const vexo_img &dst = *w.dst;
+  const bool planar = dst.format == VEXO_FMT_YUV420;
+  if (!planar && dst.format != VEXO_FMT_NV12) return;
+  // Whatever factor was planned, it is the ratio that counts.
+  const bool by_2 = w.src->width[0] / 2 == dst.width[0];
+  block_means(by_2 ? kHalveBytes : kQuarterBytes, luma_of(*w.src), dst.plane[0],
+              dst.stride[0], dst.width[0], dst.height[0], 0);
+  const MeansKind &pairs = by_2 ? kHalvePairs : kQuarterPairs;
+  const int32_t width = dst.width[1];
+  const int32_t rows = dst.height[1];
+  if (!planar) {
+    block_means(pairs, pairs_of(*w.src), dst.plane[1], dst.stride[1], width,
+                rows, 0);
+    return;
+  }
+  uint8_t *const row = w.context->pre_chroma;
+  if (row == nullptr ||
+      plane_bytes(*w.src, 1) / w.context->prescale < int64_t{2} * width) {
+    return;
+  }
+  for (int32_t y = 0; y < rows; ++y) {
+    block_means(pairs, pairs_of(*w.src), row, 0, width, 1, y);
+    vexo_csc_8b8b_unpck(row, 2 * width, 1, 0, 0, 0,
+                        dst.plane[1] + ptrdiff_t{y} * dst.stride[1],
+                        dst.plane[2] + ptrdiff_t{y} * dst.stride[2]);
+  }
+}
+
+using ChromaThread = HelperThread<vexo_rsz_new_worker, pre_scale_chroma>;
+
+void scale(const vexo_rsz_new_worker &w) {
+  const vexo_rsz_new_context *const c = w.context;
+  if (c->exact_ratio != 0) {
+    average(w);
+    return;
+  }
+  if (plane_notes(c, 0) == nullptr) return;  // nothing planned
+  if (c->prescale != 0) {
+    ChromaThread chroma;
+    chroma.start(w);
+    chroma.go();
+    pre_scale_luma(w);
+    chroma.finish();
+    return;
+  }
+  // A destination that is not planned for has no rows.
+  scale_luma(w, w.src->plane[0]);
+  const MeansSource pairs = pairs_of(*w.src);
+  scale_pairs(w, pairs.plane, pairs.width, pairs.rows, w.src->stride[1]);
+}
+
+}  // namespace
+
+}  // namespace lox
+
+int32_t vexo_rsz_new(const vexo_img *src, const vexo_img *dst,
+                     vexo_rsz_new_context *context, vexo_shift_set a,
+                     vexo_shift_set b) {
+  lox::scale({src, dst, context, a, b, nullptr, nullptr});
+  return VEXO_OK;
+}
+
+void *vexo_new_rsz_thread_prsz_2(void *worker) {
+  pthread_exit(lox::ChromaThread::run(worker));
+}
+
+void *vexo_new_rsz_thread_prsz_4(void *worker) {
+  pthread_exit(lox::ChromaThread::run(worker));
+}

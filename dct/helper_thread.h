@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A thread that does part of a call's work beside the calling one.
+#pragma once
+
+#include <pthread.h>
+#include <semaphore.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+namespace lox {
+
+// Worker is one of the worker records, Work what is to be done with it.
+template <class Worker, void (*Work)(const Worker &)>
+class HelperThread {
+ public:
+  // The record that the thread gets is a copy with semaphores of its own. A
+  // thread that cannot be started is told of on standard output and nowhere
+  // else, intentionally.
+  void start(const Worker &what) {
+    what_ = what;
+    worker_ = static_cast<Worker *>(malloc(sizeof *worker_));
+    if (worker_ == nullptr) return;
+    sem_init(&start_, 0, 0);
+    sem_init(&done_, 0, 0);
+    *worker_ = what;
+    worker_->start = &start_;
+    worker_->done = &done_;
+    started_ = pthread_create(&thread_, nullptr, run, worker_) == 0;
+    if (!started_) printf(" err \n ");
+  }
+  // Lets the thread begin.
+  void go() {
+    if (started_) sem_post(&start_);
+  }
+  // The work is done when this returns: by this thread if there is no other.
+  void finish() {
+    if (started_) {
+      wait(&done_);
+      pthread_join(thread_, nullptr);
+    } else {
+      Work(what_);
+    }
+    if (worker_ != nullptr) {
+      sem_destroy(&start_);
+      sem_destroy(&done_);
+      free(worker_);
+    }
+  }
+
+  // What a thread runs. It returns: to end by pthread_exit some C libraries
+  // load a compiler's run-time library.
+  static void *run(void *argument) {
+    const auto &worker = *static_cast<const Worker *>(argument);
+    wait(worker.start);
+    Work(worker);
+    sem_post(worker.done);
+    return nullptr;
+  }
+
+ private:
+  static void wait(sem_t *semaphore) {
+    while (sem_wait(semaphore) != 0) {
+    }
+  }
+
+  Worker what_ = {};
+  Worker *worker_ = nullptr;
+  bool started_ = false;
+  pthread_t thread_ = {};
+  sem_t start_ = {};
+  sem_t done_ = {};
+};
+
+}  // namespace lox

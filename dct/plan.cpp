@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The plan: sizes and ratios, which block comes from where.
+#include "dct/plan.h"
+
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+
+#include "dct/weights.h"
+
+namespace lox {
+
+namespace {
+
+// The whole part of a number that is not negative; sizes keep it far below
+// 2^63.
+int64_t whole(double x) { return static_cast<int64_t>(x); }
+
+struct Side {
+  int64_t src, dst;
+  float ratio;
+};
+
+// Pads a destination size to whole blocks and the source with it. Fractions
+// below 0.01 of a sample are ignored on purpose.
+Side pad(int32_t src, int32_t dst) {
+  Side s = {src, dst, static_cast<float>(src) / static_cast<float>(dst)};
+  if (dst % 4 != 0) {
+    const int32_t p = 4 - dst % 4;
+    const auto extra = static_cast<float>(p);
+    s.dst += p;
+    s.src += whole(s.ratio * extra);
+    if (whole(100.0F * s.ratio * extra) % 100 != 0) ++s.src;
+    s.ratio = static_cast<float>(s.src) / static_cast<float>(s.dst);
+  }
+  return s;
+}
+
+// How many blocks of `size` and of size + 1 samples make a side.
+struct Counts {
+  int32_t smaller, larger;
+};
+Counts count_blocks(int32_t src, int32_t dst, int32_t size, bool even) {
+  if (size < 1) return {0, 0};
+  if (even) return {src / size, 0};
+  // a (size + 1) + b size = src and a + b = dst / 4.
+  const int64_t larger = int64_t{src} - int64_t{dst / 4} * size;
+  const int64_t smaller = dst / 4 - larger;
+  if (larger < 0 || smaller < 0) return {0, 0};
+  return {static_cast<int32_t>(smaller), static_cast<int32_t>(larger)};
+}
+
+// The size of a plane of the source that blocks are taken from.
+struct Size {
+  int32_t width, height;
+};
+Size source_size(const vexo_img &src, int32_t plane, int32_t prescale) {
+  if (prescale == 0) return {src.width[plane], src.height[plane]};
+  // One factor rounds down to even, the other up, intentionally.
+  const int32_t width = prescale == 2
+                            ? src.width[0] / 2 / 2 * 2
+                            : (src.width[0] / 4 + src.width[0] / 4 % 2);
+  const int32_t height = src.height[0] / prescale;
+  return plane == 0 ? Size{width, height}
+                    : Size{width / 2, src.height[0] / (2 * prescale)};
+}
+
+bool plan_plane(const vexo_img *pair, vexo_rsz_new_context *c, int32_t plane) {
+  const vexo_img &src = pair[0];
+  const vexo_img &dst = pair[1];
+  const int32_t factor = c->prescale == 0 ? 1 : c->prescale;
+  const bool pairs = plane == 1;
+  c->src_stride[plane] = src.stride[plane] / factor / (pairs ? 2 : 1);
+  c->src_rows[plane] = src.height[plane] / factor;
+  if (is_pairs_format(dst.format) || dst.format == VEXO_FMT_YUV420) {
+    const bool halved = pairs && is_pairs_format(dst.format);
+    c->dst_stride[plane] = dst.stride[plane] / (halved ? 2 : 1);
+    c->dst_rows[plane] = dst.buf_height[plane];
+  }
+
+  const Size size = source_size(src, plane, c->prescale);
+  if (size.width < 1 || size.height < 1 || dst.width[plane] < 1 ||
+      dst.height[plane] < 1) {
+    return true;
+  }
+  return plan_blocks(c, plane, size.width, size.height, dst.width[plane],
+                     dst.height[plane]);
+}
+
+}  // namespace
+
+bool plan_blocks(vexo_rsz_new_context *c, int32_t plane, int32_t src_width,
+                 int32_t src_height, int32_t dst_width, int32_t dst_height) {
+  const Side across = pad(src_width, dst_width);
+  const Side down = pad(src_height, dst_height);
+  // Starts of the last blocks' last samples must be numbers, too.
+  constexpr int64_t kMost = INT32_MAX - 8;
+  if (across.src > kMost || across.dst > kMost || down.src > kMost ||
+      down.dst > kMost) {
+    return false;
+  }
+  c->src_width[plane] = static_cast<int32_t>(across.src);
+  c->src_height[plane] = static_cast<int32_t>(down.src);
+  c->dst_width[plane] = static_cast<int32_t>(across.dst);
+  c->dst_height[plane] = static_cast<int32_t>(down.dst);
+  c->horizontal_ratio[plane] = across.ratio;
+  c->vertical_ratio[plane] = down.ratio;
+  c->horizontal_span[plane] = static_cast<int32_t>(whole(across.ratio + 0.999));
+  c->vertical_span[plane] = static_cast<int32_t>(whole(down.ratio + 0.999));
+  const auto k = static_cast<int32_t>(whole(4.0F * across.ratio));
+  const auto m = static_cast<int32_t>(whole(4.0F * down.ratio));
+  for (int32_t type = 0; type < 4; ++type) {
+    const int32_t width = k + type % 2;
+    const int32_t height = m + type / 2;
+    c->block_width[plane][type] = width;
+    c->block_height[plane][type] = height;
+    c->horizontal_shift[plane][type] = 4 * c->horizontal_span[plane] - width;
+    c->vertical_shift[plane][type] = 4 * c->vertical_span[plane] - height;
+    for (int i = 0; i < 16; ++i) {
+      const int odd = i / 4 % 2 + i % 2;
+      const float factor = odd == 0 ? 0.25F : odd == 1 ? 0.3162F : 0.4F;
+      c->weights[plane][type][i] = dct_weight(width, height, factor);
+    }
+  }
+  const bool even_rows = whole(400.0F * down.ratio) % 100 == 0;
+  const bool even_columns = whole(400.0F * across.ratio) % 100 == 0;
+  c->types[plane] = even_rows ? (even_columns ? 1 : 2) : (even_columns ? 3 : 4);
+  const Counts rows =
+      count_blocks(c->src_height[plane], c->dst_height[plane], m, even_rows);
+  c->short_rows[plane] = rows.smaller;
+  c->tall_rows[plane] = rows.larger;
+  const Counts columns =
+      count_blocks(c->src_width[plane], c->dst_width[plane], k, even_columns);
+  c->narrow_columns[plane] = columns.smaller;
+  c->wide_columns[plane] = columns.larger;
+  return true;
+}
+
+int32_t source_width(const vexo_img &src, int32_t plane, int32_t prescale) {
+  return source_size(src, plane, prescale).width;
+}
+
+int64_t block_count(const vexo_rsz_new_context *c, int32_t plane) {
+  return (int64_t{c->short_rows[plane]} + c->tall_rows[plane]) *
+         (int64_t{c->narrow_columns[plane]} + c->wide_columns[plane]);
+}
+
+}  // namespace lox
+
+int32_t vexo_rsz_new_set_img(vexo_img *pair) {
+  const auto round_up = [](int32_t n, int32_t to) {
+    return static_cast<int32_t>((int64_t{n} + to - 1) / to * to);
+  };
+  // Of both, the destination's, intentionally.
+  const int32_t selector = pair[1].color_std;
+  for (int i = 0; i < 2; ++i) {
+    vexo_img &img = pair[i];
+    const int32_t w = img.width[0];
+    const int32_t h = img.height[0];
+    if (lox::is_pairs_format(img.format) && (selector == 0 || selector == 1)) {
+      img.width[1] = w / 2;
+      img.height[1] = h / 2;
+      if (selector == 0) {
+        img.stride[0] = img.stride[1] = round_up(w, 128);
+        img.buf_height[0] = round_up(h, 32);
+        img.buf_height[1] = round_up(h / 2, 16);
+      } else if (i == 0) {
+        img.stride[0] = w;
+        img.stride[1] = round_up(w, 2);
+        img.buf_height[0] = h;
+        img.buf_height[1] = h / 2;
+      } else {
+        img.stride[0] = img.stride[1] = round_up(w, 16);
+        img.buf_height[0] = round_up(h, 16);
+        img.buf_height[1] = round_up(h / 2, 16);
+      }
+    } else if (img.format == VEXO_FMT_YUV420) {
+      for (int plane = 0; plane < 3; ++plane) {
+        img.stride[plane] = round_up(img.width[plane], 16);
+        img.buf_height[plane] = round_up(img.height[plane], 16);
+      }
+    }
+  }
+  return VEXO_OK;
+}
+
+int32_t algorithm_settings(const vexo_img *pair,
+                           vexo_rsz_new_context *context) {
+  return lox::plan_plane(pair, context, 0) && lox::plan_plane(pair, context, 1)
+             ? VEXO_OK
+             : VEXO_ERR_ARG;
+}
+
+void split_settings(vexo_rsz_new_context *context) {
+  uint8_t *type = context->block_types;
+  int32_t *first_column = context->block_columns;
+  int32_t *first_row = context->block_rows;
+  for (int plane = 0; plane < 2; ++plane) {
+    const int64_t tall = context->tall_rows[plane];
+    const int64_t rows = context->short_rows[plane] + tall;
+    const int64_t wide = context->wide_columns[plane];
+    const int64_t columns = context->narrow_columns[plane] + wide;
+    int32_t y = 0;
+    for (int64_t i = 0; i < rows; ++i) {
+      const bool is_tall = i * tall / rows != (i + 1) * tall / rows;
+      int32_t x = 0;
+      for (int64_t j = 0; j < columns; ++j) {
+        const bool is_wide = j * wide / columns != (j + 1) * wide / columns;
+        *type = static_cast<uint8_t>((is_tall ? 2 : 0) + (is_wide ? 1 : 0));
+        *first_column++ = x;
+        *first_row++ = y;
+        x += context->block_width[plane][*type++];
+      }
+      y += context->block_height[plane][is_tall ? 2 : 0];
+    }
+  }
+}

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the planning of a DCT scaling shares with the scaling.
+#pragma once
+
+#include "dct/dct_rows.h"
+#include "orumlox/dct.h"
+
+namespace lox {
+
+// A plane as blocks are taken from it and written to; what the context cannot
+// tell of it. Kept where the context has its notes.
+struct DctPlane {
+  int32_t width, rows;  // of the source, before padding
+  int32_t src_stride;
+  int32_t dst_stride, dst_rows;
+};
+
+// Planes 0 and 1; and plane 2 of RGBA8888, which has no chroma buffers.
+inline const DctPlane *plane_notes(const vexo_rsz_new_context *context,
+                                   int32_t plane) {
+  return static_cast<const DctPlane *>(plane < 2 ? context->notes[plane]
+                                                 : context->dst_chroma);
+}
+inline uint8_t *work_area(const vexo_rsz_new_context *context, int32_t plane) {
+  return plane < 2 ? context->work[plane] : context->chroma;
+}
+
+// Whether blocks of this type are taken from the plane.
+inline bool has_type(const vexo_rsz_new_context *context, int32_t plane,
+                     int32_t type) {
+  const int32_t types = context->types[plane];
+  return type < types && !(types == 3 && type == 1);
+}
+// Its entry in the sets.
+inline int32_t set_entry(const vexo_rsz_new_context *context, int32_t plane,
+                         int32_t type) {
+  return plane == 0 ? type : context->types[0] + type;
+}
+
+// Plans one plane. False when a size becomes too large.
+bool plan_blocks(vexo_rsz_new_context *context, int32_t plane,
+                 int32_t src_width, int32_t src_height, int32_t dst_width,
+                 int32_t dst_height);
+// Of a plane of the source that blocks are taken from, before padding.
+int32_t source_width(const vexo_img &src, int32_t plane, int32_t prescale);
+int64_t block_count(const vexo_rsz_new_context *context, int32_t plane);
+
+inline bool is_pairs_format(int32_t format) {
+  return format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
+}
+
+}  // namespace lox

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The shift-matrix sets: integer bases, a strip of four samples in a row.
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "dct/dct_rule.h"
+#include "dct/plan.h"
+#include "dct/sets.h"
+
+namespace lox {
+
+namespace {
+
+// The orthonormal transform of four points.
+constexpr float kFour[16] = {
+    0.5F,         0.5F,        0.5F,       0.5F,        0.6532815F, 0.27059805F,
+    -0.27059805F, -0.6532815F, 0.5F,       -0.5F,       -0.5F,      0.5F,
+    0.27059805F,  -0.6532815F, 0.6532815F, -0.27059805F};
+
+// The basis of so many points for the strip's four samples, row by row. Ones on
+// the diagonal of the strip give its product with the reverse of kFour, which
+// is undone.
+void strip_basis(int32_t points, uint8_t *mask, int32_t strip, float *out) {
+  for (int32_t y = 4 * strip; y < 4 * strip + 4 && y < points; ++y) {
+    mask[size_t{4} * static_cast<size_t>(y) + static_cast<size_t>(y % 4)] = 1;
+  }
+  float product[16];
+  FDCT_BlockXYFn(mask, product, points, 4);
+  MatNxN_float_compute(product, kFour, out, 4);
+  for (int32_t y = 4 * strip; y < 4 * strip + 4 && y < points; ++y) {
+    mask[size_t{4} * static_cast<size_t>(y) + static_cast<size_t>(y % 4)] = 0;
+  }
+}
+
+// Half of a basis is worked out and mirrored, so that it is symmetric. The even
+// row's partial sums are rounded, not its entries: then these add up to 0.
+void fill_basis(int16_t *const *rows, int32_t points, uint8_t *mask) {
+  // FDCT_BlockXYFn's results are 1024 times the orthonormal ones.
+  const double scale = std::ldexp(1.0, dct_basis_scale(points) - 10);
+  const auto put = [&](int u, int32_t i, int32_t entry) {
+    rows[i / 4][4 * u + i % 4] = static_cast<int16_t>(entry);
+  };
+  const int32_t half = points / 2;
+  float strip[16];
+  int32_t flat = 0;
+  double exact = 0;
+  int32_t sum = 0;
+  for (int32_t i = 0; i < (points + 1) / 2; ++i) {
+    if (i % 4 == 0) strip_basis(points, mask, i / 4, strip);
+    const float *const column = strip + i % 4;
+    const int32_t mirror = points - 1 - i;
+    if (i == 0) flat = static_cast<int32_t>(std::lround(scale * column[0]));
+    put(0, i, flat);
+    put(0, mirror, flat);
+    if (i == half) {  // in the middle
+      put(2, i, -2 * sum);
+      break;
+    }
+    for (int u = 1; u < 4; u += 2) {
+      const auto entry =
+          static_cast<int32_t>(std::lround(scale * column[4 * u]));
+      put(u, i, entry);
+      put(u, mirror, -entry);
+    }
+    exact += scale * column[8];
+    const auto next = static_cast<int32_t>(std::lround(exact));
+    put(2, i, next - sum);
+    put(2, mirror, next - sum);
+    sum = next;
+  }
+}
+
+}  // namespace
+
+int32_t set_entries(const vexo_rsz_new_context *context) {
+  return context->types[0] + context->types[1];
+}
+
+void free_set(vexo_shift_set set, int32_t count) {
+  if (set == nullptr) return;
+  for (int32_t i = 0; i < count; ++i) {
+    if (set[i] != nullptr) free(set[i][0]);
+    free(set[i]);
+  }
+  free(set);
+}
+
+}  // namespace lox
+
+int32_t get_mem3Dint16(vexo_shift_set *set, int32_t count, int32_t n) {
+  *set = nullptr;
+  if (count < 1 || n < 1) return VEXO_ERR_ARG;
+  const auto entries = static_cast<size_t>(count);
+  const auto rows = static_cast<size_t>(n);
+  auto *const made = static_cast<vexo_shift_set>(calloc(entries, sizeof **set));
+  if (made == nullptr) return VEXO_ERR_ARG;
+  for (size_t i = 0; i < entries; ++i) {
+    made[i] = static_cast<int16_t **>(calloc(rows, sizeof **made));
+    if (made[i] != nullptr) {
+      made[i][0] = static_cast<int16_t *>(calloc(rows, 16 * sizeof ***made));
+    }
+    if (made[i] == nullptr || made[i][0] == nullptr) {
+      lox::free_set(made, count);
+      return VEXO_ERR_ARG;
+    }
+    for (size_t row = 1; row < rows; ++row) {
+      made[i][row] = made[i][0] + 16 * row;
+    }
+  }
+  *set = made;
+  return VEXO_OK;
+}
+
+void make_shiftmatrix(const vexo_rsz_new_context *context, vexo_shift_set a,
+                      vexo_shift_set b) {
+  for (int32_t plane = 0; plane < 2; ++plane) {
+    // A mask has four columns and as many rows as a block has samples a side;
+    // the work area holds one.
+    uint8_t *const mask = lox::work_area(context, plane);
+    for (int32_t type = 0; type < context->types[plane]; ++type) {
+      if (!lox::has_type(context, plane, type)) continue;
+      const int32_t entry = lox::set_entry(context, plane, type);
+      const int32_t height = context->block_height[plane][type];
+      const int32_t width = context->block_width[plane][type];
+      lox::fill_basis(a[entry], height, mask);
+      lox::fill_basis(b[entry], width, mask);
+    }
+  }
+}

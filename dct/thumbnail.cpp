@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Thumbnails: scaled, then turned.
+#include <cstdint>
+
+#include "dct/plan.h"
+#include "orumlox/common.h"
+#include "orumlox/rot.h"
+
+namespace lox {
+
+namespace {
+
+int32_t round_up(int32_t n, int32_t to) {
+  return static_cast<int32_t>((int64_t{n} + to - 1) / to * to);
+}
+
+struct Geometry {
+  int32_t width, height, stride, buf_height;
+};
+Geometry geometry(const vexo_img &img, int plane) {
+  return {img.width[plane], img.height[plane], img.stride[plane],
+          img.buf_height[plane]};
+}
+void set_geometry(vexo_img *img, int plane, const Geometry &g) {
+  img->width[plane] = g.width;
+  img->height[plane] = g.height;
+  img->stride[plane] = g.stride;
+  img->buf_height[plane] = g.buf_height;
+}
+
+// The intermediate's planes that have memory: none for other formats.
+int planes_of(int32_t format) {
+  return format == VEXO_FMT_YUV420 ? 3 : format == VEXO_FMT_NV12 ? 2 : 0;
+}
+
+void allocate_planes(vexo_img *img) {
+  const int planes = planes_of(img->format);
+  int64_t bytes = 0;
+  for (int plane = 0; plane < planes; ++plane) {
+    bytes += int64_t{img->stride[plane]} * img->buf_height[plane];
+  }
+  img->plane[0] = nullptr;
+  if (planes == 0 || bytes < 0 || bytes > INT32_MAX) return;
+  img->plane[0] =
+      static_cast<uint8_t *>(mlox_malloc_align32(static_cast<uint32_t>(bytes)));
+  if (img->plane[0] == nullptr) return;
+  for (int plane = 1; plane < planes; ++plane) {
+    img->plane[plane] =
+        img->plane[plane - 1] +
+        ptrdiff_t{img->stride[plane - 1]} * img->buf_height[plane - 1];
+  }
+}
+
+// What the turned picture's geometry becomes; all else stays the caller's.
+void turn_geometry(const vexo_img &from, uint32_t rotation, vexo_img *to) {
+  const bool quarter = rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
+  if (!quarter && rotation != VEXO_ROT_180) return;
+  const Geometry luma = geometry(from, 0);
+  const int32_t selector = to->color_std;
+  if (from.format == VEXO_FMT_YUV420) {
+    for (int plane = 0; plane < 3; ++plane) {
+      const int part = plane == 0 ? 1 : 2;
+      // Stride and rows trade places, so that the buffer's size stays.
+      set_geometry(to, plane,
+                   quarter
+                       ? Geometry{luma.height / part, luma.width / part,
+                                  luma.buf_height / part, luma.stride / part}
+                       : geometry(from, plane == 0 ? 0 : 1));
+    }
+  } else if (from.format == VEXO_FMT_NV12 && (selector == 0 || selector == 1)) {
+    const int32_t stride = round_up(luma.height, selector == 0 ? 128 : 16);
+    const int32_t rows = round_up(luma.width, selector == 0 ? 32 : 16);
+    for (int plane = 0; plane < 2; ++plane) {
+      const int part = plane + 1;
+      set_geometry(
+          to, plane,
+          quarter ? Geometry{luma.height / part, luma.width / part, stride,
+                             plane == 0      ? rows
+                             : selector == 0 ? rows / 2
+                                             : round_up(luma.width / 2, 16)}
+                  : geometry(from, plane));
+    }
+  }
+}
+
+}  // namespace
+
+}  // namespace lox
+
+int32_t vexo_txc_new_init(const vexo_img *pair, vexo_img *intermediate,
+                          vexo_rsz_new_context *context, vexo_shift_set *a,
+                          vexo_shift_set *b, int32_t prescale,
+                          int32_t rotation) {
+  // Without a plan nothing is scaled later.
+  vexo_rsz_new_init(pair, context, a, b, prescale);
+  if (rotation == VEXO_ROT_COPY) return VEXO_OK;
+  const vexo_img &scaled = pair[1];
+  intermediate->format = scaled.format;
+  const int planes = scaled.format == VEXO_FMT_YUV420 ? 3 : 2;
+  for (int plane = 0; plane < planes; ++plane) {
+    lox::set_geometry(intermediate, plane, lox::geometry(scaled, plane));
+  }
+  lox::allocate_planes(intermediate);
+  return VEXO_OK;
+}
+
+int32_t vexo_txc_new(const vexo_img *pair, vexo_img *result,
+                     const vexo_img *intermediate,
+                     vexo_rsz_new_context *context, vexo_shift_set a,
+                     vexo_shift_set b, int32_t rotation) {
+  if (rotation == VEXO_ROT_COPY) {
+    vexo_rsz_new(&pair[0], result, context, a, b);
+    return VEXO_OK;
+  }
+  if (intermediate->plane[0] == nullptr) return VEXO_OK;
+  vexo_rsz_new(&pair[0], intermediate, context, a, b);
+  const auto code = static_cast<uint32_t>(rotation);
+  lox::turn_geometry(*intermediate, code, result);
+  vexo_rot(intermediate, code, result);
+  return VEXO_OK;
+}
+
+int32_t vexo_txc_new_deinit(const vexo_img *pair, vexo_img *intermediate,
+                            vexo_rsz_new_context *context, vexo_shift_set a,
+                            vexo_shift_set b, int32_t rotation) {
+  vexo_rsz_new_deinit(pair, context, a, b);
+  if (rotation != VEXO_ROT_COPY) {
+    mlox_mfree_align32(intermediate->plane[0]);
+    intermediate->plane[0] = nullptr;
+  }
+  return VEXO_OK;
+}
