@@ -70,8 +70,11 @@ void prepare(DctTables *tables, const DctKind *kinds) {
     if (type % 2 == 0) prepare_down(tables->down[type / 2], kind);
     for (int odd = 0; type < 2 && odd < Layout::kColumns; ++odd) {
       int16_t *const across = tables->across[type][odd];
-      const int32_t columns = (odd + kind.width + 1) / 2 * 2;
-      for (int32_t i = 0; i < columns; ++i) {
+      // Of an even number of entries two are taken at a time.
+      constexpr int32_t kTwice = 2 * Layout::kColumns;
+      const int32_t count = (odd + kind.width + kTwice - 1) / kTwice * 2;
+      tables->across_count[type][odd] = count;
+      for (int32_t i = 0; i < count * Layout::kColumns; ++i) {
         const int32_t x = i - odd;
         for (int v = 0; v < 4; ++v) {
           Layout::put_across(
@@ -82,6 +85,7 @@ void prepare(DctTables *tables, const DctKind *kinds) {
         }
       }
     }
+    tables->row_shift[type] = dct_row_shift(kind.width, kind.height);
     for (int u = 0; u < 4; ++u) {
       for (int v = 0; v < 4; ++v) {
         const int at = Layout::place(u, v);
@@ -100,6 +104,7 @@ struct Down {
   const int16_t *const *basis;
   int32_t height;
   int shift;
+  ptrdiff_t ahead;  // how far the next row of blocks is
 };
 
 // The sums t of one column, by the rule.
@@ -113,28 +118,41 @@ void sum_column(const Down &down, ptrdiff_t x, int16_t *t, ptrdiff_t i) {
   }
 }
 
-// D::n columns from x on, to place i, which is even.
-template <class D>
-LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
-                           ptrdiff_t i) {
-  auto sums = D::no_sums();
+// One of D::kHalves of the D::n columns from x on, to place i, which is even.
+template <class D, int kHalf>
+LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
+                         ptrdiff_t i) {
+  auto sums = D::no_sums(down.shift);
   const uint8_t *const *top = down.rows;
   const uint8_t *const *bottom = down.rows + down.height - 1;
   const int16_t(*w)[8] = down.weights;
   int32_t left = down.height;
   for (; left >= 4; left -= 4, top += 2, bottom -= 2, ++w) {
-    D::add_pairs(sums, top[0] + x, bottom[0] + x, top[1] + x, bottom[-1] + x,
-                 *w);
+    if constexpr (kHalf == 0) {
+      D::fetch(top[0] + x, down.ahead);
+      D::fetch(top[1] + x, down.ahead);
+      D::fetch(bottom[0] + x, down.ahead);
+      D::fetch(bottom[-1] + x, down.ahead);
+    }
+    D::template add_pairs<kHalf>(sums, top[0] + x, bottom[0] + x, top[1] + x,
+                                 bottom[-1] + x, *w);
   }
   if (left == 3) {
-    D::add_pair_and_row(sums, top[0] + x, bottom[0] + x, top[1] + x, *w);
+    D::template add_pair_and_row<kHalf>(sums, top[0] + x, bottom[0] + x,
+                                        top[1] + x, *w);
   } else if (left == 2) {
-    D::add_pair(sums, top[0] + x, bottom[0] + x, *w);
+    D::template add_pair<kHalf>(sums, top[0] + x, bottom[0] + x, *w);
   } else if (left == 1) {
-    D::add_row(sums, top[0] + x, *w);
+    D::template add_row<kHalf>(sums, top[0] + x, *w);
   }
-  D::put(sums, dct_entry(down.basis, 0, 0), down.shift,
-         t + Layout::column(i, 0));
+  D::template put<kHalf>(sums, dct_entry(down.basis, 0, 0), down.shift,
+                         t + Layout::column(i, 0));
+}
+template <class D>
+LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
+                           ptrdiff_t i) {
+  sum_half<D, 0>(down, x, t, i);
+  if constexpr (D::kHalves == 2) sum_half<D, 1>(down, x, t, i);
 }
 
 template <class D>
@@ -151,8 +169,9 @@ LOX_INLINE ptrdiff_t sum_vectors(const Down &down, ptrdiff_t x, ptrdiff_t n,
   return i;
 }
 
-// The sums of n columns from x on; those beyond the plane's width, and two
+// The sums of n columns from x on; those beyond the plane's width, and kBeyond
 // beyond n, are those of its last column.
+constexpr int kBeyond = 4;
 void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
                  int16_t *t) {
   ptrdiff_t inside = job.width - x < n ? job.width - x : n;
@@ -165,7 +184,7 @@ void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
     i = sum_vectors<DctOf<Narrow>>(down, x, inside, t);
   }
   for (; i < inside; ++i) sum_column(down, x + i, t, i);
-  for (; i < n + 2; ++i) {
+  for (; i < n + kBeyond; ++i) {
     for (int u = 0; u < 4; ++u) {
       t[Layout::column(i, u)] = t[Layout::column(inside - 1, u)];
     }
@@ -178,17 +197,16 @@ template <class D>
 LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
                         const int16_t *t, int32_t begin, ptrdiff_t i) {
   typename D::Group group;
+#pragma GCC unroll 4
   for (int block = 0; block < D::blocks; ++block) {
     const int type = job->types[i + block];
-    const DctKind &kind = job->kinds[type];
+    const int wide = type & 1;
     const ptrdiff_t x = job->columns[i + block] - begin;
-    const ptrdiff_t odd = x % D::kColumns;
-    D::sum_rows(
-        group, block, t + Layout::column(x - odd, 0),
-        tables->across[type & 1][odd],
-        static_cast<int>((odd + kind.width + D::kColumns - 1) / D::kColumns),
-        dct_row_shift(kind.width, kind.height), tables->most[type],
-        tables->weights[type]);
+    const ptrdiff_t odd = x & (D::kColumns - 1);
+    D::sum_rows(group, block, t + Layout::column(x - odd, 0),
+                tables->across[wide][odd], tables->across_count[wide][odd],
+                tables->row_shift[type], tables->most[type],
+                tables->weights[type]);
   }
   D::put_blocks(group, job->dst + 4 * i, job->dst_stride);
 }
@@ -196,11 +214,15 @@ LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
 void vector_blocks(const DctTables *tables, const DctJob *job) {
   const DctKind &first_kind = job->kinds[job->types[0]];
   const uint8_t *rows[kDctMostSide];
-  const Down down = {rows, tables->down[job->types[0] / 2], first_kind.down,
-                     first_kind.height, dct_column_shift(first_kind.height)};
+  const Down down = {rows,
+                     tables->down[job->types[0] / 2],
+                     first_kind.down,
+                     first_kind.height,
+                     dct_column_shift(first_kind.height),
+                     first_kind.height * job->stride};
   for (int32_t y = 0; y < down.height; ++y) rows[y] = job->row(y);
 
-  alignas(64) int16_t t[4 * (kDctColumns + 2)];
+  alignas(64) int16_t t[4 * (kDctColumns + kBeyond)];
   using D = DctOf<Wide>;
   for (ptrdiff_t i = 0; i < job->count;) {
     const int32_t begin = job->columns[i];

@@ -32,7 +32,11 @@ struct DctTables {
   alignas(64) int16_t down[2][kDctMostSide / 4 + 1][8];
   // By width (of kinds 0 and 1) and whether blocks begin at an odd column, in
   // the order of the set.
-  alignas(64) int16_t across[2][2][(kDctMostSide / 2 + 1) * 32];
+  alignas(64) int16_t across[2][2][(kDctMostSide / 2 + 2) * 32];
+  // How many entries of that a block takes; by kind, what its sums are shifted
+  // right by.
+  int32_t across_count[2][2];
+  int32_t row_shift[4];
   // By kind, in the order of the set: weights, and limits of coefficients.
   alignas(64) int32_t weights[4][16];
   alignas(64) int32_t most[4][16];

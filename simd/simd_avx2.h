@@ -122,30 +122,28 @@ struct Avx2Register {
   }
   LOX_OP Reg sub32(Reg a, Reg b) { return _mm256_sub_epi32(a, b); }
   LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm256_min_epi32(a, b); }
-  LOX_OP Reg shift_right_signed32_by(Reg v, int s) {
-    return _mm256_sra_epi32(v, _mm_cvtsi32_si128(s));
+  // A shift by lane is one operation, by one number for all it is two.
+  using Shift = Reg;
+  LOX_OP Shift shift(int by) { return fill32(by); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
+    return _mm256_srav_epi32(v, by);
   }
   LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) {
     return _mm256_blend_epi16(a, b, 0xAA);
   }
-  // Bytes to 16-bit lanes, in the order of memory.
-  LOX_OP Reg widen8(const uint8_t *p) {
-    return _mm256_cvtepu8_epi16(
-        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
-  }
   // 16 bytes in both halves.
   LOX_OP Reg load_to_parts(const uint8_t *p) {
     return in_parts(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
   }
-  // Halves of four registers: stored one of each in turn; and of halves in that
-  // order, those of each register.
-  LOX_OP void store_parts_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+  // The halves of four registers, 64 bytes together, which are 128 apart; and
+  // of halves stored without gaps and loaded again, those of each register.
+  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store<false>(p, join_low_parts(a, b));
     store<false>(p + 32, join_low_parts(c, d));
-    store<false>(p + 64, join_high_parts(a, b));
-    store<false>(p + 96, join_high_parts(c, d));
+    store<false>(p + 128, join_high_parts(a, b));
+    store<false>(p + 160, join_high_parts(c, d));
   }
   LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
     const Reg c0 = join_low_parts(a, c);

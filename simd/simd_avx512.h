@@ -115,23 +115,22 @@ struct Avx512Register {
   }
   LOX_OP Reg sub32(Reg a, Reg b) { return _mm512_sub_epi32(a, b); }
   LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm512_min_epi32(a, b); }
-  LOX_OP Reg shift_right_signed32_by(Reg v, int s) {
-    return _mm512_sra_epi32(v, _mm_cvtsi32_si128(s));
+  // A shift by lane is one operation, by one number for all it is two.
+  using Shift = Reg;
+  LOX_OP Shift shift(int by) { return fill32(by); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
+    return _mm512_srav_epi32(v, by);
   }
   LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm512_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) {
     return _mm512_mask_blend_epi16(0xAAAAAAAA, a, b);
   }
-  // Bytes to 16-bit lanes, in the order of memory.
-  LOX_OP Reg widen8(const uint8_t *p) {
-    return _mm512_cvtepu8_epi16(
-        _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p)));
-  }
   // 16 bytes in every part.
   LOX_OP Reg load_to_parts(const uint8_t *p) { return in_parts(load_16(p)); }
-  // Parts of four registers: stored one of each in turn; and of parts in that
-  // order, those of each register, which is the same.
+  // The parts of four registers, 64 bytes together, which are 128 apart; and of
+  // parts stored without gaps and loaded again, those of each register: both
+  // the same.
   LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
     const Reg ab_low = _mm512_shuffle_i32x4(a, b, 0x44);
     const Reg ab_high = _mm512_shuffle_i32x4(a, b, 0xEE);
@@ -142,12 +141,17 @@ struct Avx512Register {
     c = _mm512_shuffle_i32x4(ab_high, cd_high, 0x88);
     d = _mm512_shuffle_i32x4(ab_high, cd_high, 0xDD);
   }
-  LOX_OP void store_parts_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    parts_apart(a, b, c, d);
-    store<false>(p, a);
-    store<false>(p + 64, b);
-    store<false>(p + 128, c);
-    store<false>(p + 192, d);
+  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    store_each(p, a);
+    store_each(p + 16, b);
+    store_each(p + 32, c);
+    store_each(p + 48, d);
+  }
+  LOX_OP void store_each(uint8_t *p, Reg v) {
+    store_16(p, _mm512_castsi512_si128(v));
+    store_16(p + 128, _mm512_extracti32x4_epi32(v, 1));
+    store_16(p + 256, _mm512_extracti32x4_epi32(v, 2));
+    store_16(p + 384, _mm512_extracti32x4_epi32(v, 3));
   }
   // Four rows that lie one behind the other.
   LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {

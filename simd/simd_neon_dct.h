@@ -14,6 +14,7 @@ struct NeonDct {
   static constexpr int n = 8;  // columns
   static constexpr int blocks = 1;
   static constexpr int kColumns = 1;
+  static constexpr int kHalves = 1;
 
   // Where the sum of column i for coefficient u is.
   LOX_OP constexpr ptrdiff_t column(ptrdiff_t i, int u) { return 4 * i + u; }
@@ -23,13 +24,15 @@ struct NeonDct {
     across[4 * i + v] = weight;
   }
 
+  LOX_OP void fetch(const uint8_t *, ptrdiff_t) {}
+
   // --- sums of columns ------------------------------------------------------
 
   struct Sums {
     uint16x8_t u0;  // of bytes
     int32x4_t u1_low, u1_high, u2_low, u2_high, u3_low, u3_high;
   };
-  LOX_OP Sums no_sums() {
+  LOX_OP Sums no_sums(int) {
     const int32x4_t z = vdupq_n_s32(0);
     return {vdupq_n_u16(0), z, z, z, z, z, z};
   }
@@ -54,6 +57,7 @@ struct NeonDct {
     s.u2_low = vmlal_lane_s16(s.u2_low, vget_low_s16(sum), w12, 2 + kLane);
     s.u2_high = vmlal_lane_s16(s.u2_high, vget_high_s16(sum), w12, 2 + kLane);
   }
+  template <int>
   LOX_OP void add_pairs(Sums &s, const uint8_t *top0, const uint8_t *bottom0,
                         const uint8_t *top1, const uint8_t *bottom1,
                         const int16_t *w) {
@@ -62,21 +66,24 @@ struct NeonDct {
     add<0>(s, vld1_u8(top0), vld1_u8(bottom0), w12, w3);
     add<1>(s, vld1_u8(top1), vld1_u8(bottom1), w12, w3);
   }
+  template <int>
   LOX_OP void add_pair(Sums &s, const uint8_t *top, const uint8_t *bottom,
                        const int16_t *w) {
     add<0>(s, vld1_u8(top), vld1_u8(bottom), vld1_s16(w), vld1_s16(w + 4));
   }
   // A row without a mirror image counts for even coefficients alone.
+  template <int>
   LOX_OP void add_row(Sums &s, const uint8_t *row, const int16_t *w) {
     const uint16x8_t sum = vmovl_u8(vld1_u8(row));
     s.u0 = vaddq_u16(s.u0, sum);
     add_sum<1>(s, as_signed(sum), vld1_s16(w));
   }
+  template <int>
   LOX_OP void add_pair_and_row(Sums &s, const uint8_t *top,
                                const uint8_t *bottom, const uint8_t *row,
                                const int16_t *w) {
-    add_pair(s, top, bottom, w);
-    add_row(s, row, w);
+    add_pair<0>(s, top, bottom, w);
+    add_row<0>(s, row, w);
   }
 
   LOX_OP int16x8_t round(int32x4_t low, int32x4_t high, int32x4_t shift) {
@@ -86,6 +93,7 @@ struct NeonDct {
   LOX_OP int32x4_t weigh_sum(uint16x4_t sum, int w0) {
     return vreinterpretq_s32_u32(vmull_n_u16(sum, static_cast<uint16_t>(w0)));
   }
+  template <int>
   LOX_OP void put(const Sums &s, int w0, int shift, int16_t *t) {
     const int32x4_t by = vdupq_n_s32(-shift);
     int16x8x4_t v;
@@ -116,13 +124,21 @@ struct NeonDct {
     int32x4_t v1 = v0;
     int32x4_t v2 = v0;
     int32x4_t v3 = v0;
-    for (int i = 0; i < count; ++i, t += 4, across += 4) {
-      const int16x4_t columns = vld1_s16(t);
-      const int16x4_t w = vld1_s16(across);
-      v0 = vmlal_lane_s16(v0, columns, w, 0);
-      v1 = vmlal_lane_s16(v1, columns, w, 1);
-      v2 = vmlal_lane_s16(v2, columns, w, 2);
-      v3 = vmlal_lane_s16(v3, columns, w, 3);
+    for (int i = 0; i < count; i += 2, t += 8, across += 8) {
+      const int16x8_t columns = vld1q_s16(t);
+      const int16x8_t w = vld1q_s16(across);
+      const int16x4_t column0 = vget_low_s16(columns);
+      const int16x4_t column1 = vget_high_s16(columns);
+      const int16x4_t w0 = vget_low_s16(w);
+      const int16x4_t w1 = vget_high_s16(w);
+      v0 = vmlal_lane_s16(v0, column0, w0, 0);
+      v1 = vmlal_lane_s16(v1, column0, w0, 1);
+      v2 = vmlal_lane_s16(v2, column0, w0, 2);
+      v3 = vmlal_lane_s16(v3, column0, w0, 3);
+      v0 = vmlal_lane_s16(v0, column1, w1, 0);
+      v1 = vmlal_lane_s16(v1, column1, w1, 1);
+      v2 = vmlal_lane_s16(v2, column1, w1, 2);
+      v3 = vmlal_lane_s16(v3, column1, w1, 3);
     }
     const int32x4_t by = vdupq_n_s32(-shift);
     group = {weigh(v0, by, most, weights), weigh(v1, by, most + 4, weights + 4),

@@ -107,16 +107,14 @@ struct Sse41Register {
   }
   LOX_OP Reg sub32(Reg a, Reg b) { return _mm_sub_epi32(a, b); }
   LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm_min_epi32(a, b); }
-  LOX_OP Reg shift_right_signed32_by(Reg v, int s) {
-    return _mm_sra_epi32(v, _mm_cvtsi32_si128(s));
+  using Shift = Reg;
+  LOX_OP Shift shift(int by) { return _mm_cvtsi32_si128(by); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
+    return _mm_sra_epi32(v, by);
   }
   LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) { return _mm_blend_epi16(a, b, 0xAA); }
-  // Bytes to 16-bit lanes, in the order of memory.
-  LOX_OP Reg widen8(const uint8_t *p) {
-    return _mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const Reg *>(p)));
-  }
   // 16 bytes in every part.
   LOX_OP Reg load_to_parts(const uint8_t *p) { return load(p); }
   // 16 of the bytes of low and then high, from byte K on.
@@ -128,9 +126,9 @@ struct Sse41Register {
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return load(p + offsets[0]);
   }
-  // Parts of four registers: stored one of each in turn; and of parts in that
-  // order, those of each register.
-  LOX_OP void store_parts_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+  // The parts of four registers, 64 bytes together, which are 128 apart; and of
+  // parts stored without gaps and loaded again, those of each register.
+  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store<false>(p, a);
     store<false>(p + 16, b);
     store<false>(p + 32, c);
