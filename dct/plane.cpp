@@ -48,7 +48,8 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
       columns < stride / 4 ? columns : static_cast<int32_t>(stride / 4);
   const int32_t reaching = static_cast<int32_t>(
       columns < (stride + 3) / 4 ? columns : (stride + 3) / 4);
-  const ptrdiff_t first = plan == 0 ? 0 : block_count(context, 0);
+  const ptrdiff_t first =
+      plan == 0 ? 0 : static_cast<ptrdiff_t>(block_count(context, 0));
   for (int32_t i = 0; i < rows; ++i) {
     const int64_t left = plane.dst_rows - int64_t{4} * i;
     if (left < 1) break;

@@ -215,7 +215,9 @@ VEXO_API int32_t vexo_rsz_new_deinit(const vexo_img *pair,
  * same sizes, and have strides of their own.
  */
 
-/* As vexo_rsz_new_init, without a pre-scale factor. */
+/* As vexo_rsz_new_init, without a pre-scale factor. The context's entries for
+ * plane 1 are those of component 1 where they are buffers, else 0; component 2
+ * has its work area in `chroma` and its notes in `dst_chroma`. */
 VEXO_API int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
                                             vexo_rsz_new_context *context,
                                             vexo_shift_set *a,

@@ -92,6 +92,21 @@ std::vector<Form> forms(int level) {
       [&](auto* src, auto* dst, ptrdiff_t n) {
         layout.merge(src[0], src[1], dst[0], n);
       });
+  // All planes, and only some.
+  for (const int skipped : {-1, 0, 3}) {
+    add({pixels<4>}, {pixels<1>, pixels<1>, pixels<1>, pixels<1>},
+        layout.split4, [&, skipped](auto* src, auto* dst, ptrdiff_t n) {
+          uint8_t* planes[] = {dst[0], dst[1], dst[2], dst[3]};
+          if (skipped >= 0) planes[skipped] = nullptr;
+          layout.split4(src[0], planes, n);
+        });
+    add({pixels<1>, pixels<1>, pixels<1>, pixels<1>}, {pixels<4>},
+        layout.merge4, [&, skipped](auto* src, auto* dst, ptrdiff_t n) {
+          const uint8_t* planes[] = {src[0], src[1], src[2], src[3]};
+          if (skipped >= 0) planes[skipped] = nullptr;
+          layout.merge4(planes, dst[0], n);
+        });
+  }
   for (const auto fn : {layout.yuyv, layout.yuyv_average}) {
     add({packed_pairs}, {pixels<1>, half_up, half_up}, fn,
         [fn](auto* src, auto* dst, ptrdiff_t width) {
@@ -108,11 +123,11 @@ TEST_F(RgbRowsTest, FormsAreThatOfThePortableSet) {
   // The last is long enough for the forms that fetch lines ahead, and random.
   std::vector<size_t> widths = {1917, 1918, 1919, 1920, 4099, 800004};
   for (size_t width = 1; width <= 140; ++width) widths.push_back(width);
-  GuardedBuffer in[3];
-  GuardedBuffer got[3];
-  GuardedBuffer expected[3];
+  GuardedBuffer in[4];
+  GuardedBuffer got[4];
+  GuardedBuffer expected[4];
   const auto pointers = [](GuardedBuffer* b) {
-    return std::array{b[0].data(), b[1].data(), b[2].data()};
+    return std::array{b[0].data(), b[1].data(), b[2].data(), b[3].data()};
   };
   for (int level = 1; level <= lox::isa_best(); ++level) {
     const std::vector<Form> set = forms(level);

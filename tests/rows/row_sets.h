@@ -12,6 +12,7 @@
 #define LOX_ROW_SETS_layout_rows(set) &lox::set::layout_rows,
 #define LOX_ROW_SETS_turn_rows(set) &lox::set::turn_rows,
 #define LOX_ROW_SETS_block_rows(set) &lox::set::block_rows,
+#define LOX_ROW_SETS_dct_rows(set) &lox::set::dct_rows,
 #define LOX_ROW_SETS_hdr_rows(set) &lox::set::hdr_rows,
 #define LOX_ROW_SETS_scale_rows(set) &lox::set::scale_rows,
 #define LOX_ROW_SETS(table) \
