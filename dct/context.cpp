@@ -92,8 +92,6 @@ bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
   return true;
 }
 
-int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
-
 // What there is of the planes that blocks are taken from: planned columns that
 // a row has room for.
 void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
@@ -106,10 +104,6 @@ void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
   }
 }
 static_assert(sizeof(DctPlane) <= 64);
-
-int64_t plane_bytes(const vexo_img &img, int32_t plane) {
-  return int64_t{img.stride[plane]} * img.buf_height[plane];
-}
 
 // Whether both sides of plane 0 are this many times the destination's.
 bool is_ratio(const vexo_img *pair, float ratio) {
@@ -146,14 +140,16 @@ int32_t vexo_rsz_new_init(const vexo_img *pair, vexo_rsz_new_context *context,
   *b = nullptr;
   const vexo_img &src = pair[0];
   context->prescale = prescale;
-  if (prescale != 0) lox::set_flags(pair, context);
   const int64_t chroma = lox::plane_bytes(src, 1);
-  if (context->exact_ratio != 0) {
-    if (pair[1].format == VEXO_FMT_YUV420 &&
-        !lox::allocate(&context->pre_chroma, chroma / prescale)) {
-      return lox::give_up(context, a, b);
+  if (prescale != 0) {
+    lox::set_flags(pair, context);
+    if (context->exact_ratio != 0) {
+      if (pair[1].format == VEXO_FMT_YUV420 &&
+          !lox::allocate(&context->pre_chroma, chroma / prescale)) {
+        return lox::give_up(context, a, b);
+      }
+      return VEXO_OK;
     }
-    return VEXO_OK;
   }
   const int64_t area = int64_t{prescale} * prescale;
   if (algorithm_settings(pair, context) != VEXO_OK ||

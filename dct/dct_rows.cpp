@@ -97,14 +97,56 @@ void prepare(DctTables *tables, const DctKind *kinds) {
   }
 }
 
-// What a row of blocks has in common.
+// What a row of blocks has in common. The rows of the blocks are listed where
+// some are repeated (`rows`), else `stride` apart from `first` on.
 struct Down {
   const uint8_t *const *rows;
+  const uint8_t *first;
+  ptrdiff_t stride;
   const int16_t (*weights)[8];
   const int16_t *const *basis;
   int32_t height;
   int shift;
-  ptrdiff_t ahead;  // how far the next row of blocks is
+
+  LOX_INLINE const uint8_t *row(int32_t y) const {
+    return rows != nullptr ? rows[y] : first + y * stride;
+  }
+  // How far the next row of blocks is.
+  LOX_INLINE ptrdiff_t ahead() const { return height * stride; }
+};
+
+// Rows from the top and from the bottom of blocks, to their middle.
+struct MovingRows {
+  const uint8_t *top_row, *bottom_row;
+  ptrdiff_t stride;
+
+  LOX_INLINE MovingRows(const Down &down, ptrdiff_t x)
+      : top_row(down.first + x),
+        bottom_row(down.first + (down.height - 1) * down.stride + x),
+        stride(down.stride) {}
+  LOX_INLINE const uint8_t *top() {
+    const uint8_t *const row = top_row;
+    top_row += stride;
+    settle(top_row);
+    return row;
+  }
+  LOX_INLINE const uint8_t *bottom() {
+    const uint8_t *const row = bottom_row;
+    bottom_row -= stride;
+    settle(bottom_row);
+    return row;
+  }
+};
+struct ListedRows {
+  const uint8_t *const *top_row, *const *bottom_row;
+  ptrdiff_t x;
+
+  LOX_INLINE ListedRows(const Down &down, ptrdiff_t column)
+      : top_row(down.rows),
+        bottom_row(down.rows + down.height - 1),
+        x(column) {}
+  LOX_INLINE const uint8_t *top() { return *top_row++ + x; }
+  LOX_INLINE const uint8_t *bottom() { return *bottom_row-- + x; }
 };
 
 // The sums t of one column, by the rule.
@@ -112,61 +154,74 @@ void sum_column(const Down &down, ptrdiff_t x, int16_t *t, ptrdiff_t i) {
   for (int u = 0; u < 4; ++u) {
     int32_t sum = 1 << (down.shift - 1);
     for (int32_t y = 0; y < down.height; ++y) {
-      sum += dct_entry(down.basis, u, y) * down.rows[y][x];
+      sum += dct_entry(down.basis, u, y) * down.row(y)[x];
     }
     t[Layout::column(i, u)] = static_cast<int16_t>(sum >> down.shift);
   }
 }
 
 // One of D::kHalves of the D::n columns from x on, to place i, which is even.
-template <class D, int kHalf>
+template <class D, int kHalf, class Rows>
 LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
                          ptrdiff_t i) {
   auto sums = D::no_sums(down.shift);
-  const uint8_t *const *top = down.rows;
-  const uint8_t *const *bottom = down.rows + down.height - 1;
+  Rows rows(down, x);
   const int16_t(*w)[8] = down.weights;
+  const ptrdiff_t ahead = down.ahead();
   int32_t left = down.height;
-  for (; left >= 4; left -= 4, top += 2, bottom -= 2, ++w) {
+  for (; left >= 4; left -= 4, ++w) {
+    const uint8_t *const top0 = rows.top();
+    const uint8_t *const bottom0 = rows.bottom();
+    const uint8_t *const top1 = rows.top();
+    const uint8_t *const bottom1 = rows.bottom();
     if constexpr (kHalf == 0) {
-      D::fetch(top[0] + x, down.ahead);
-      D::fetch(top[1] + x, down.ahead);
-      D::fetch(bottom[0] + x, down.ahead);
-      D::fetch(bottom[-1] + x, down.ahead);
+      D::fetch(top0, ahead);
+      D::fetch(bottom0, ahead);
+      D::fetch(top1, ahead);
+      D::fetch(bottom1, ahead);
     }
-    D::template add_pairs<kHalf>(sums, top[0] + x, bottom[0] + x, top[1] + x,
-                                 bottom[-1] + x, *w);
+    D::template add_pairs<kHalf>(sums, top0, bottom0, top1, bottom1, *w);
   }
-  if (left == 3) {
-    D::template add_pair_and_row<kHalf>(sums, top[0] + x, bottom[0] + x,
-                                        top[1] + x, *w);
-  } else if (left == 2) {
-    D::template add_pair<kHalf>(sums, top[0] + x, bottom[0] + x, *w);
+  if (left >= 2) {
+    const uint8_t *const top = rows.top();
+    const uint8_t *const bottom = rows.bottom();
+    if (left == 2) {
+      D::template add_pair<kHalf>(sums, top, bottom, *w);
+    } else {
+      D::template add_pair_and_row<kHalf>(sums, top, bottom, rows.top(), *w);
+    }
   } else if (left == 1) {
-    D::template add_row<kHalf>(sums, top[0] + x, *w);
+    D::template add_row<kHalf>(sums, rows.top(), *w);
   }
   D::template put<kHalf>(sums, dct_entry(down.basis, 0, 0), down.shift,
                          t + Layout::column(i, 0));
 }
-template <class D>
+template <class D, class Rows>
 LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
                            ptrdiff_t i) {
-  sum_half<D, 0>(down, x, t, i);
-  if constexpr (D::kHalves == 2) sum_half<D, 1>(down, x, t, i);
+  sum_half<D, 0, Rows>(down, x, t, i);
+  if constexpr (D::kHalves == 2) sum_half<D, 1, Rows>(down, x, t, i);
+}
+
+template <class D, class Rows>
+LOX_INLINE ptrdiff_t sum_vectors_of(const Down &down, ptrdiff_t x, ptrdiff_t n,
+                                    int16_t *t) {
+  ptrdiff_t i = 0;
+  for (; i + D::n <= n; i += D::n) sum_vector<D, Rows>(down, x + i, t, i);
+  // The last vector may do columns again; of an odd number one is left.
+  const ptrdiff_t even = n & ~ptrdiff_t{1};
+  if (i < even && even >= D::n) {
+    sum_vector<D, Rows>(down, x + even - D::n, t, even - D::n);
+    i = even;
+  }
+  return i;
 }
 
 template <class D>
 LOX_INLINE ptrdiff_t sum_vectors(const Down &down, ptrdiff_t x, ptrdiff_t n,
                                  int16_t *t) {
-  ptrdiff_t i = 0;
-  for (; i + D::n <= n; i += D::n) sum_vector<D>(down, x + i, t, i);
-  // The last vector may do columns again; of an odd number one is left.
-  const ptrdiff_t even = n & ~ptrdiff_t{1};
-  if (i < even && even >= D::n) {
-    sum_vector<D>(down, x + even - D::n, t, even - D::n);
-    i = even;
-  }
-  return i;
+  return down.rows == nullptr ? sum_vectors_of<D, MovingRows>(down, x, n, t)
+                              : sum_vectors_of<D, ListedRows>(down, x, n, t);
 }
 
 // The sums of n columns from x on; those beyond the plane's width, and kBeyond
@@ -212,15 +267,19 @@ LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
 }
 
 void vector_blocks(const DctTables *tables, const DctJob *job) {
-  const DctKind &first_kind = job->kinds[job->types[0]];
+  const DctKind &kind = job->kinds[job->types[0]];
   const uint8_t *rows[kDctMostSide];
-  const Down down = {rows,
-                     tables->down[job->types[0] / 2],
-                     first_kind.down,
-                     first_kind.height,
-                     dct_column_shift(first_kind.height),
-                     first_kind.height * job->stride};
-  for (int32_t y = 0; y < down.height; ++y) rows[y] = job->row(y);
+  Down down = {nullptr,
+               job->row(0),
+               job->stride,
+               tables->down[job->types[0] / 2],
+               kind.down,
+               kind.height,
+               dct_column_shift(kind.height)};
+  if (int64_t{job->first_row} + kind.height > job->rows) {
+    for (int32_t y = 0; y < kind.height; ++y) rows[y] = job->row(y);
+    down.rows = rows;
+  }
 
   alignas(64) int16_t t[4 * (kDctColumns + kBeyond)];
   using D = DctOf<Wide>;

@@ -23,8 +23,6 @@ constexpr MeansKind kQuarterGrouped = {&BlockRows::quarter_grouped, 2, 4};
 constexpr MeansKind kQuarterGroupedOf2Rows = {
     &BlockRows::quarter_grouped_of_2_rows, 2, 4};
 
-int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
-
 MeansSource luma_of(const vexo_img &img) {
   return {img.plane[0], img.stride[0], img.width[0], img.height[0]};
 }
@@ -37,9 +35,6 @@ MeansSource pairs_of(const vexo_img &img) {
 // The second component's plane in a buffer for both.
 uint8_t *second_half(uint8_t *buffer, int64_t bytes) {
   return buffer + static_cast<ptrdiff_t>(bytes / 2);
-}
-int64_t plane_bytes(const vexo_img &img, int32_t plane) {
-  return int64_t{img.stride[plane]} * img.buf_height[plane];
 }
 
 // Pairs taken apart and both components scaled.

@@ -149,9 +149,7 @@ int64_t block_count(const vexo_rsz_new_context *c, int32_t plane) {
 }  // namespace lox
 
 int32_t vexo_rsz_new_set_img(vexo_img *pair) {
-  const auto round_up = [](int32_t n, int32_t to) {
-    return static_cast<int32_t>((int64_t{n} + to - 1) / to * to);
-  };
+  using lox::round_up;
   // Of both, the destination's, intentionally.
   const int32_t selector = pair[1].color_std;
   for (int i = 0; i < 2; ++i) {

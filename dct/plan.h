@@ -38,6 +38,14 @@ inline int32_t set_entry(const vexo_rsz_new_context *context, int32_t plane,
   return plane == 0 ? type : context->types[0] + type;
 }
 
+inline int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
+inline int32_t round_up(int32_t n, int32_t to) {
+  return static_cast<int32_t>((int64_t{n} + to - 1) / to * to);
+}
+inline int64_t plane_bytes(const vexo_img &img, int32_t plane) {
+  return int64_t{img.stride[plane]} * img.buf_height[plane];
+}
+
 // Plans one plane. False when a size becomes too large.
 bool plan_blocks(vexo_rsz_new_context *context, int32_t plane,
                  int32_t src_width, int32_t src_height, int32_t dst_width,

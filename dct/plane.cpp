@@ -75,7 +75,7 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
       job.types = context->block_types + at + j;
       job.count = reaching - j < kCut ? reaching - j : kCut;
       job.dst = cut;
-      job.dst_stride = 4 * kCut;
+      job.dst_stride = ptrdiff_t{4} * kCut;
       kernels.blocks(&tables, &job);
       const ptrdiff_t x = ptrdiff_t{4} * j;
       const ptrdiff_t room = stride - x;

@@ -61,7 +61,7 @@ void fill_basis(int16_t *const *rows, int32_t points, uint8_t *mask) {
     }
     for (int u = 1; u < 4; u += 2) {
       const auto entry =
-          static_cast<int32_t>(std::lround(scale * column[4 * u]));
+          static_cast<int32_t>(std::lround(scale * column[ptrdiff_t{4} * u]));
       put(u, i, entry);
       put(u, mirror, -entry);
     }

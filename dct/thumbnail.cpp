@@ -11,10 +11,6 @@ namespace lox {
 
 namespace {
 
-int32_t round_up(int32_t n, int32_t to) {
-  return static_cast<int32_t>((int64_t{n} + to - 1) / to * to);
-}
-
 struct Geometry {
   int32_t width, height, stride, buf_height;
 };
@@ -38,7 +34,7 @@ void allocate_planes(vexo_img *img) {
   const int planes = planes_of(img->format);
   int64_t bytes = 0;
   for (int plane = 0; plane < planes; ++plane) {
-    bytes += int64_t{img->stride[plane]} * img->buf_height[plane];
+    bytes += plane_bytes(*img, plane);
   }
   img->plane[0] = nullptr;
   if (planes == 0 || bytes < 0 || bytes > INT32_MAX) return;
@@ -46,9 +42,8 @@ void allocate_planes(vexo_img *img) {
       static_cast<uint8_t *>(mlox_malloc_align32(static_cast<uint32_t>(bytes)));
   if (img->plane[0] == nullptr) return;
   for (int plane = 1; plane < planes; ++plane) {
-    img->plane[plane] =
-        img->plane[plane - 1] +
-        ptrdiff_t{img->stride[plane - 1]} * img->buf_height[plane - 1];
+    img->plane[plane] = img->plane[plane - 1] +
+                        static_cast<ptrdiff_t>(plane_bytes(*img, plane - 1));
   }
 }
 

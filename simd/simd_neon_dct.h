@@ -96,13 +96,22 @@ struct NeonDct {
   template <int>
   LOX_OP void put(const Sums &s, int w0, int shift, int16_t *t) {
     const int32x4_t by = vdupq_n_s32(-shift);
-    int16x8x4_t v;
-    v.val[0] = round(weigh_sum(vget_low_u16(s.u0), w0),
-                     weigh_sum(vget_high_u16(s.u0), w0), by);
-    v.val[1] = round(s.u1_low, s.u1_high, by);
-    v.val[2] = round(s.u2_low, s.u2_high, by);
-    v.val[3] = round(s.u3_low, s.u3_high, by);
-    vst4q_s16(t, v);
+    const int16x8_t t0 = round(weigh_sum(vget_low_u16(s.u0), w0),
+                               weigh_sum(vget_high_u16(s.u0), w0), by);
+    const int16x8_t t1 = round(s.u1_low, s.u1_high, by);
+    const int16x8_t t2 = round(s.u2_low, s.u2_high, by);
+    const int16x8_t t3 = round(s.u3_low, s.u3_high, by);
+    const int16x8x2_t t01 = vzipq_s16(t0, t1);
+    const int16x8x2_t t23 = vzipq_s16(t2, t3);
+    put_columns(t, t01.val[0], t23.val[0]);
+    put_columns(t + 16, t01.val[1], t23.val[1]);
+  }
+  // Four columns. Stores that interleave would have their registers copied.
+  LOX_OP void put_columns(int16_t *t, int16x8_t t01, int16x8_t t23) {
+    const int32x4x2_t v =
+        vzipq_s32(vreinterpretq_s32_s16(t01), vreinterpretq_s32_s16(t23));
+    vst1q_s16(t, vreinterpretq_s16_s32(v.val[0]));
+    vst1q_s16(t + 8, vreinterpretq_s16_s32(v.val[1]));
   }
 
   // --- blocks ---------------------------------------------------------------

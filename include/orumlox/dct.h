@@ -101,8 +101,9 @@ typedef struct vexo_rsz_new_context {
   /* Set when the layout selector is 0 and the source's width is not its stride
    * or its height not its buf_height. */
   int32_t padding_needed;
-  /* Set when there is a pre-scale factor and both ratios of plane 0 are 2, or
-   * both are 4: block means do the whole job. */
+  /* Set when there is a pre-scale factor, of either value, and the source's
+   * plane 0 is twice, or four times, as wide and high as the destination's:
+   * block means do the whole job. */
   int32_t exact_ratio;
   /* With layout selector 1 and a pre-scale factor: the source's plane 0 stride,
    * or (stride - 1) rounded down to a multiple of 32 where it is none. */
