@@ -110,11 +110,16 @@ row rgba8888_hori 'RGBA8888 mirror' 1.007
 row rgba8888_vert 'RGBA8888 flip' 0.505
 row nv12_90r 'NV12 to the right' 0.893
 row nv12_2to1_90l 'NV12 2:1, to the left' -
+row dct_nv12_480x270 'NV12 4:1, DCT domain' -
+row dct_rgba8888_480x270 'RGBA8888 4:1, DCT domain' -
 row hdr_p010_nv12 'P010 PQ → NV12' -
 row hdr_p010_rgba8888 'P010 PQ → RGBA8888' -
 row memcpy 'C library memcpy' 0.269
 context=$(count hdr_context | awk '{ print $2 }')
 cat <<END
+
+DCT domain: 1920x1080 to 480x270, planned before; RGBA8888 by the parts of the
+call, on one thread.
 
 PQ is the bands of a tone mapping on one thread; the context that they read,
 which every call builds once, takes $context instructions more.

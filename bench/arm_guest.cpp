@@ -6,6 +6,9 @@
 //
 //   arm_guest WORKLOAD [small|large [FORM]]
 //
+// A reduction in the DCT domain has its plan before; RGBA8888 goes through the
+// parts of the call, for threads would count in each other's marks.
+//
 // Of tone mapping it is the bands of a frame, on this thread and from a context
 // that stands; "hdr_context" makes one, which counts as one pixel.
 //
@@ -21,6 +24,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "bench/dct_plan.h"
 #include "bench/tone_mapping.h"
 #include "common/isa.h"
 
@@ -85,6 +89,24 @@ int count_workload(const bench::Workload &workload, bool large,
   return result;
 }
 
+int count_reduction(const bench::Workload &workload) {
+  const bench::Sizes sizes = bench::sizes_of(workload, true);
+  bench::DctPlan plan(workload, sizes);
+  uint8_t *src = allocate(bench::src_room(workload, sizes));
+  uint8_t *dst = allocate(bench::dst_room(workload, sizes));
+  const int result = count(sizes.dst.width * sizes.dst.height, [&] {
+    if (workload.src_format == VEXO_FMT_RGBA8888) {
+      plan.run_by_parts(src, dst);
+    } else {
+      plan.run(src, dst);
+    }
+    return int32_t{VEXO_OK};
+  });
+  std::free(src);
+  std::free(dst);
+  return result;
+}
+
 int count_tone_mapping(const bench::ToneMapping &mapping, bool large,
                        bool is_context) {
   const bench::Size size =
@@ -127,6 +149,9 @@ int main(int argc, char **argv) {
       (argc > 3 && !limit_form(argv[3]))) {
     std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
     return 2;
+  }
+  if (workload && workload->task == bench::Task::kReduce) {
+    return count_reduction(*workload);
   }
   return workload ? count_workload(*workload, large, is_memcpy)
                   : count_tone_mapping(*mapping, large, is_context);

@@ -34,6 +34,13 @@ struct Contender {
   int level = -1;
   // Copies to the destination what a peer leaves in memory of its own.
   std::function<void(uint8_t *dst)> fetch = nullptr;
+  // What it reads, when it cannot take the workload's own format: planes of the
+  // same picture.
+  int32_t src_format = -1;
+  // Has threads of its own: kept on one processor, so that its forms can be
+  // compared, or let alone and timed by the clock.
+  enum class Threads { kNone, kOnOneCore, kByTheClock };
+  Threads threads = Threads::kNone;
 };
 
 using Contenders = std::vector<Contender>;
@@ -51,8 +58,16 @@ void add_swscale(const Workload &workload, const Sizes &sizes, Contenders *out);
 void add_avfilter(const Workload &workload, const Sizes &sizes,
                   Contenders *out);
 void add_zimg(const Workload &workload, const Sizes &sizes, Contenders *out);
+// Of reductions.
+void add_own_reduction(const Workload &workload, const Sizes &sizes,
+                       Contenders *out);
+void add_zimg_reduction(const Workload &workload, const Sizes &sizes,
+                        Contenders *out);
 void add_stream_bounds(const Workload &workload, const Sizes &sizes,
                        Contenders *out);
+
+// All of them; this library's best form is the first.
+Contenders contenders_for(const Workload &workload, const Sizes &sizes);
 
 // The peers' versions, as they tell them at run time.
 std::string libyuv_version();
@@ -66,5 +81,8 @@ std::string zimg_version();
 // not do the same work.
 bool check_same_work(const Workload &workload, const Sizes &sizes,
                      const Contenders &contenders);
+// The same of reductions.
+bool check_same_reduction(const Workload &workload, const Sizes &sizes,
+                          const Contenders &contenders);
 
 }  // namespace bench

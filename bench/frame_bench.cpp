@@ -1,19 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Times whole frames through the library's entry points beside its peers, in
-// one process and on one thread. README.md says how to run it and what the
-// figures are.
+// one process and, unless a row says otherwise, on one thread. README.md says
+// how to run it and what the figures are.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "bench/contender.h"
+#include "bench/dct_bench.h"
 #include "bench/frames.h"
 #include "bench/hdr_contender.h"
+#include "bench/one_core.h"
 #include "common/isa.h"
 
 namespace bench {
@@ -37,40 +40,16 @@ struct Plan {
   size_t src_step, dst_step, count;
 
   Plan(const Workload &workload, const Setting &s)
-      : src_step(aligned(frame_bytes(
-            describe_src(workload, sizes_of(workload, s.large), nullptr)))),
-        dst_step(aligned(frame_bytes(
-            describe_dst(workload, sizes_of(workload, s.large), nullptr)))),
+      : src_step(aligned(src_room(workload, sizes_of(workload, s.large)))),
+        dst_step(aligned(dst_room(workload, sizes_of(workload, s.large)))),
         count(s.ring ? ring_bytes() / (src_step + dst_step) + 1 : 1) {}
 };
-
-Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
-  Contenders list;
-  add_own_forms(workload, sizes, &list);
-#if defined(BENCH_HAS_LIBYUV)
-  add_libyuv(workload, sizes, &list);
-  add_libyuv_scaling(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_OPENCV)
-  add_opencv(workload, sizes, &list);
-  add_opencv_scaling(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_SWSCALE)
-  add_swscale(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_ZIMG)
-  add_zimg(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_AVFILTER)
-  add_avfilter(workload, sizes, &list);
-#endif
-  add_stream_bounds(workload, sizes, &list);
-  return list;
-}
 
 void time_frames(benchmark::State &state, const Contender &contender,
                  Frames *frames, double pixels) {
   lox::isa_limit(contender.level >= 0 ? contender.level : lox::isa_best());
+  std::optional<OneCore> one_core;
+  if (contender.threads == Contender::Threads::kOnOneCore) one_core.emplace();
   for (auto _ : state) frames->next(contender.run);
   lox::isa_limit(lox::isa_best());
   state.counters["pixels"] = pixels;
@@ -115,6 +94,32 @@ void record_versions() {
 
 }  // namespace
 
+Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
+  Contenders list;
+  add_own_forms(workload, sizes, &list);
+  add_own_reduction(workload, sizes, &list);
+#if defined(BENCH_HAS_LIBYUV)
+  add_libyuv(workload, sizes, &list);
+  add_libyuv_scaling(workload, sizes, &list);
+#endif
+#if defined(BENCH_HAS_OPENCV)
+  add_opencv(workload, sizes, &list);
+  add_opencv_scaling(workload, sizes, &list);
+#endif
+#if defined(BENCH_HAS_SWSCALE)
+  add_swscale(workload, sizes, &list);
+#endif
+#if defined(BENCH_HAS_ZIMG)
+  add_zimg(workload, sizes, &list);
+  add_zimg_reduction(workload, sizes, &list);
+#endif
+#if defined(BENCH_HAS_AVFILTER)
+  add_avfilter(workload, sizes, &list);
+#endif
+  add_stream_bounds(workload, sizes, &list);
+  return list;
+}
+
 }  // namespace bench
 
 int main(int argc, char **argv) {
@@ -140,9 +145,14 @@ int main(int argc, char **argv) {
   bool same = true;
   for (const Workload &workload : kWorkloads) {
     for (const Setting &setting : kSettings) {
+      const bool reduces = workload.task == Task::kReduce;
+      if (reduces && !setting.large) continue;
       const Sizes sizes = sizes_of(workload, setting.large);
       const Contenders list = contenders_for(workload, sizes);
-      if (!setting.ring) same &= check_same_work(workload, sizes, list);
+      if (!setting.ring) {
+        same &= reduces ? check_same_reduction(workload, sizes, list)
+                        : check_same_work(workload, sizes, list);
+      }
       const Plan plan(workload, setting);
       frames.emplace_back(src.data(), plan.src_step, dst.data(), plan.dst_step,
                           plan.count);
@@ -151,22 +161,26 @@ int main(int argc, char **argv) {
         const std::string name =
             std::string(workload.id) + "/" + setting.id + "/" + contender.name;
         // The time of the whole process: a thread that a peer starts counts.
-        benchmark::RegisterBenchmark(
+        auto *row = benchmark::RegisterBenchmark(
             name.c_str(),
             [contender, at = &frames.back(), pixels](benchmark::State &state) {
               time_frames(state, contender, at, pixels);
-            })
-            ->MeasureProcessCPUTime()
-            ->Unit(benchmark::kMicrosecond);
+            });
+        row->MeasureProcessCPUTime()->Unit(benchmark::kMicrosecond);
+        if (contender.threads == Contender::Threads::kByTheClock) {
+          row->UseRealTime();
+        }
       }
     }
   }
+  register_dct_setup();
   same &= check_tone_mapping();
   register_tone_mapping();
   if (!same) {
     std::fputs("not timed: outputs differ\n", stderr);
     return 1;
   }
+  record_dct_quality();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

@@ -14,6 +14,7 @@ namespace bench {
 
 void add_own_forms(const Workload &workload, const Sizes &sizes,
                    Contenders *out) {
+  if (workload.task == Task::kReduce) return;  // own_dct.cpp has those
   constexpr auto kOwn = Contender::Kind::kOwn;
   for (int level = lox::isa_best(); level >= 0; --level) {
     std::string name = "orumlox";

@@ -3,7 +3,8 @@
 // libyuv's scaling and turning.
 //
 // Bilinear and Box are what this library's scaling is compared with; None takes
-// the nearest sample and Linear weighs them across only, so both do less.
+// the nearest sample and Linear weighs them across only, so both do less. Box
+// alone regards every sample of a reduction.
 // RGB888 goes by its scaler of three bytes, RGB565 through its ARGB.
 //
 // It turns no NV12 into NV12: the pairs go as words of 16 bits, or into two
@@ -149,6 +150,9 @@ void add_scaling(const Workload &workload, const Sizes &sizes,
     return scratch(is_565 ? wide_bytes(img) : 0);
   };
   for (const Filter &filter : kFilters) {
+    if (workload.task == Task::kReduce && filter.mode != libyuv::kFilterBox) {
+      continue;
+    }
     const Scratch wide_src = room(describe_src(workload, sizes, nullptr));
     const Scratch wide_dst = room(describe_dst(workload, sizes, nullptr));
     const std::string name = filter.name;
@@ -224,6 +228,7 @@ void add_libyuv_scaling(const Workload &workload, const Sizes &sizes,
                         Contenders *out) {
   switch (workload.task) {
     case Task::kScale:
+    case Task::kReduce:
       return add_scaling(workload, sizes, out);
     case Task::kTurn:
       return add_turning(workload, sizes, out);

@@ -4,6 +4,7 @@
 // NV12 as two pictures. 16-bit pixels it would scale as numbers.
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
+#include <span>
 
 #include "bench/contender.h"
 
@@ -11,11 +12,18 @@ namespace bench {
 
 namespace {
 
-constexpr struct {
+struct Filter {
   const char *name;
   int interpolation;
-} kFilters[] = {
+};
+
+constexpr Filter kScaling[] = {
     {"OpenCV LINEAR", cv::INTER_LINEAR},
+    {"OpenCV AREA", cv::INTER_AREA},
+};
+// Its Lanczos takes 8 by 8 samples, whatever the ratio.
+constexpr Filter kReducing[] = {
+    {"(OpenCV LANCZOS4)", cv::INTER_LANCZOS4},
     {"OpenCV AREA", cv::INTER_AREA},
 };
 
@@ -68,8 +76,10 @@ void add_opencv_scaling(const Workload &workload, const Sizes &sizes,
                     },
                     workload.dst_format});
   }
-  if (workload.task != Task::kScale) return;
-  for (const auto &filter : kFilters) {
+  const bool reduces = workload.task == Task::kReduce;
+  if (workload.task != Task::kScale && !reduces) return;
+  for (const Filter &filter :
+       reduces ? std::span<const Filter>(kReducing) : kScaling) {
     out->push_back({filter.name, kPeer,
                     [=](uint8_t *s, uint8_t *d) {
                       for_planes(workload, sizes, s, d,

@@ -65,6 +65,23 @@ constexpr Setting kScaling[] = {
     {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
     {"swscale AREA", SWS_AREA},
 };
+constexpr Setting kReducing[] = {
+    {"swscale LANCZOS", SWS_LANCZOS},
+    {"swscale AREA", SWS_AREA},
+};
+
+std::span<const Setting> settings_for(Task task) {
+  switch (task) {
+    case Task::kConvert:
+      return kConverting;
+    case Task::kScale:
+      return kScaling;
+    case Task::kReduce:
+      return kReducing;
+    default:
+      return {};
+  }
+}
 
 }  // namespace
 
@@ -72,16 +89,12 @@ void add_swscale(const Workload &workload, const Sizes &sizes,
                  Contenders *out) {
   const AVPixelFormat from = name_of(workload.src_format);
   const AVPixelFormat to = name_of(workload.dst_format);
-  const bool scales = workload.task == Task::kScale;
-  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE || workload.is_copy() ||
-      !(scales || workload.task == Task::kConvert)) {
+  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE || workload.is_copy()) {
     return;
   }
   // It warns about every pair that it has no special form for.
   av_log_set_level(AV_LOG_ERROR);
-  const std::span<const Setting> settings =
-      scales ? std::span<const Setting>(kScaling) : kConverting;
-  for (const Setting &setting : settings) {
+  for (const Setting &setting : settings_for(workload.task)) {
     const std::shared_ptr<SwsContext> context(
         sws_getContext(sizes.src.width, sizes.src.height, from, sizes.dst.width,
                        sizes.dst.height, to, setting.flags, nullptr, nullptr,

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bench/workloads.h"
 
+#include <algorithm>
+
 namespace bench {
 
 namespace {
@@ -21,6 +23,8 @@ Layout layout_of(int32_t format) {
   switch (format) {
     case VEXO_FMT_YUV420:
       return {3, {{0, 0, 1}, {1, 1, 1}, {1, 1, 1}}};
+    case VEXO_FMT_YUV444:
+      return {3, {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}}};
     case VEXO_FMT_NV12:
     case VEXO_FMT_NV21:
       return {2, {{0, 0, 1}, {1, 1, 2}}};
@@ -50,6 +54,16 @@ int32_t padded(int32_t size, int32_t unit) {
 
 int32_t row_unit(const Workload &workload) {
   return workload.task == Task::kConvert ? 1 : 64;
+}
+
+// Of a frame as the library has it, or as one peer does that reduces NV12 in
+// planes and wants other padding.
+size_t room_for_all(const Workload &workload, const vexo_img &img, Size size) {
+  const size_t own = frame_bytes(img);
+  if (workload.task != Task::kReduce) return own;
+  const vexo_img planes =
+      describe(VEXO_FMT_YUV420, size, nullptr, row_unit(workload));
+  return std::max(own, frame_bytes(planes));
 }
 
 }  // namespace
@@ -94,6 +108,16 @@ vexo_img describe_dst(const Workload &workload, const Sizes &sizes,
                       uint8_t *bytes) {
   vexo_img img =
       describe(workload.dst_format, sizes.dst, bytes, row_unit(workload));
+  if (workload.task == Task::kReduce && img.format == VEXO_FMT_NV12) {
+    vexo_img pair[] = {describe_src(workload, sizes, nullptr), img};
+    pair[1].color_std = 1;  // the layout selector
+    vexo_rsz_new_set_img(pair);
+    img = pair[1];
+    if (bytes) {
+      img.plane[1] = bytes + ptrdiff_t{img.stride[0]} * img.buf_height[0];
+    }
+    return img;
+  }
   img.color_std = workload.color_std;
   img.mode = workload.mode;
   return img;
@@ -119,6 +143,16 @@ size_t picture_bytes(const vexo_img &img) {
              static_cast<size_t>(img.height[p]);
   }
   return bytes;
+}
+
+size_t src_room(const Workload &workload, const Sizes &sizes) {
+  return room_for_all(workload, describe_src(workload, sizes, nullptr),
+                      sizes.src);
+}
+
+size_t dst_room(const Workload &workload, const Sizes &sizes) {
+  return room_for_all(workload, describe_dst(workload, sizes, nullptr),
+                      sizes.dst);
 }
 
 int32_t run_library(const Workload &workload, const Sizes &sizes, uint8_t *src,

@@ -46,7 +46,15 @@ inline constexpr Ratio k2To3 = {{{428, 240}, {642, 360}},
 inline constexpr Ratio k1To3 = {{{214, 120}, {642, 360}},
                                 {{640, 360}, {1920, 1080}}};
 
-enum class Task { kConvert, kScale, kTurn, kScaleAndTurn };
+enum class Task {
+  kConvert,
+  kScale,
+  kTurn,
+  kScaleAndTurn,
+  // Scaled down with regard to every sample, here in the domain of the discrete
+  // cosine transform. Large frames only.
+  kReduce
+};
 
 struct Workload {
   const char *id;
@@ -62,6 +70,8 @@ struct Workload {
   int32_t mode = 0;
   // One of VEXO_ROT_.
   uint32_t rotation = VEXO_ROT_COPY;
+  // Of a reduction.
+  int32_t prescale = 0;
 
   bool is_copy() const {
     return task == Task::kConvert && src_format == dst_format;
@@ -90,6 +100,19 @@ constexpr Workload scale_and_turn(const char *id, int32_t format,
                                   const Ratio &ratio) {
   return {id,    format, format,      VEXO_STD_DEFAULT, Task::kScaleAndTurn,
           ratio, 0,      VEXO_ROT_90L};
+}
+
+constexpr Workload reduce(const char *id, int32_t format, const Sizes &sizes,
+                          int32_t prescale = 0) {
+  return {id,
+          format,
+          format,
+          VEXO_STD_DEFAULT,
+          Task::kReduce,
+          {sizes, sizes},
+          0,
+          VEXO_ROT_COPY,
+          prescale};
 }
 
 inline constexpr Workload kWorkloads[] = {
@@ -137,6 +160,16 @@ inline constexpr Workload kWorkloads[] = {
     scale_and_turn("grey_3to2_90l", VEXO_FMT_YUV400, k3To2),
     scale_and_turn("nv12_2to1_90l", VEXO_FMT_NV12, k2To1),
     scale_and_turn("nv12_3to2_90l", VEXO_FMT_NV12, k3To2),
+    reduce("dct_nv12_480x270", VEXO_FMT_NV12, k4To1.large),
+    reduce("dct_nv12_480x270_by_2", VEXO_FMT_NV12, k4To1.large, 2),
+    reduce("dct_nv12_480x270_by_4", VEXO_FMT_NV12, k4To1.large, 4),
+    reduce("dct_nv12_400x224_by_2", VEXO_FMT_NV12, {{1920, 1080}, {400, 224}},
+           2),
+    reduce("dct_nv12_400x224_by_4", VEXO_FMT_NV12, {{1920, 1080}, {400, 224}},
+           4),
+    reduce("dct_nv12_800x450", VEXO_FMT_NV12, {{1920, 1080}, {800, 450}}),
+    reduce("dct_nv12_160x90", VEXO_FMT_NV12, {{1920, 1080}, {160, 90}}),
+    reduce("dct_rgba8888_480x270", VEXO_FMT_RGBA8888, k4To1.large),
 };
 
 // The sizes of a workload, its destination's as they are after the turn.
@@ -157,7 +190,13 @@ int32_t row_bytes(const vexo_img &img, int plane);
 size_t frame_bytes(const vexo_img &img);
 size_t picture_bytes(const vexo_img &img);
 
-// One frame through the library's entry point, as an application calls it.
+// What a source and a destination of the workload take, whoever reads or writes
+// them.
+size_t src_room(const Workload &workload, const Sizes &sizes);
+size_t dst_room(const Workload &workload, const Sizes &sizes);
+
+// One frame through the library's entry point, as an application calls it; of a
+// reduction, which wants a plan, dct_plan.h has that.
 int32_t run_library(const Workload &workload, const Sizes &sizes, uint8_t *src,
                     uint8_t *dst);
 
