@@ -3,11 +3,12 @@
 // The rule of one block: source samples to coefficients, these to 4 x 4
 // samples. Static functions, as units of every instruction set include them.
 //
-// Sizes. Of n points let e be the least with 4^e >= n, so that sqrt(n) <= 2^e;
-// bases of n points are in 1 / 2^s, s = min(13 + e, 18 - e), which keeps them
-// below 2^15. A column's sums of bytes are at most 255 2^(e + s), those of
-// columns, t, kept in 1 / 2^(5 - eM), at most 255 2^5, and those of a row's t
-// at most 255 2^5 2^(eN + sN), which are all below 2^31.
+// Sizes. Of n points let e be the least with 4^e >= n, so that sqrt(n) <= 2^e.
+// Bases for columns are in 1 / 2^sM, sM = min(13 + e, 23 - e), those for rows
+// in 1 / 2^sN, sN = min(13 + e, 16 - e), which keeps both below 2^15. The sums
+// of a column of bytes are at most 255 2^(eM + sM); as t, in 1 / 2^(7 - eM), at
+// most 255 2^7; the sums of a row of t at most 255 2^7 2^(eN + sN). All are
+// below 2^31, and t below 2^15.
 #pragma once
 
 #include <stddef.h>
@@ -24,17 +25,21 @@ LOX_RULE int dct_exponent(int32_t points) {
   while (e < 16 && (int64_t{1} << (2 * e)) < points) ++e;
   return e;
 }
-LOX_RULE int dct_basis_scale(int32_t points) {
+LOX_RULE int dct_down_scale(int32_t points) {
   const int e = dct_exponent(points);
-  return e < 3 ? 13 + e : 18 - e;
+  return e < 5 ? 13 + e : 23 - e;
+}
+LOX_RULE int dct_across_scale(int32_t points) {
+  const int e = dct_exponent(points);
+  return e < 2 ? 13 + e : 16 - e;
 }
 // What the sums of a column of `height` samples are shifted right by, and those
 // of a row of `width` columns to be whole coefficients.
 LOX_RULE int dct_column_shift(int32_t height) {
-  return dct_basis_scale(height) + dct_exponent(height) - 5;
+  return dct_down_scale(height) + dct_exponent(height) - 7;
 }
 LOX_RULE int dct_row_shift(int32_t width, int32_t height) {
-  return dct_basis_scale(width) + 5 - dct_exponent(height);
+  return dct_across_scale(width) + 7 - dct_exponent(height);
 }
 
 // Entry (u, i) of a basis.

@@ -35,41 +35,60 @@ void strip_basis(int32_t points, uint8_t *mask, int32_t strip, float *out) {
   }
 }
 
-// Half of a basis is worked out and mirrored, so that it is symmetric. The even
-// row's partial sums are rounded, not its entries: then these add up to 0.
-void fill_basis(int16_t *const *rows, int32_t points, uint8_t *mask) {
+// Rounds the entries of a symmetric row by their partial sums, so that they add
+// up to what they should.
+class PartialSums {
+ public:
+  int32_t next(double entry) {
+    exact_ += entry;
+    const auto sum = static_cast<int32_t>(std::lround(exact_));
+    const int32_t rounded = sum - sum_;
+    sum_ = sum;
+    return rounded;
+  }
+  // The entry in the middle, of a row that adds up to `total`.
+  int32_t middle(int32_t total) const { return total - 2 * sum_; }
+
+ private:
+  double exact_ = 0;
+  int32_t sum_ = 0;
+};
+
+// Half of a basis is worked out and mirrored, so that it is symmetric. Row 2
+// adds up to 0, as 1 and 3 do by themselves: flat blocks have no other
+// coefficient than the first. Row 0 is one number where it weighs sums of
+// samples (`flat`); else it adds up to what it should, for the brightness.
+void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat,
+                uint8_t *mask) {
   // FDCT_BlockXYFn's results are 1024 times the orthonormal ones.
-  const double scale = std::ldexp(1.0, dct_basis_scale(points) - 10);
+  const double scale = std::ldexp(1.0, bits - 10);
+  const auto round = [](double x) {
+    return static_cast<int32_t>(std::lround(x));
+  };
   const auto put = [&](int u, int32_t i, int32_t entry) {
     rows[i / 4][4 * u + i % 4] = static_cast<int16_t>(entry);
   };
   const int32_t half = points / 2;
   float strip[16];
-  int32_t flat = 0;
-  double exact = 0;
-  int32_t sum = 0;
+  PartialSums first;
+  PartialSums third;
+  double level = 0;
   for (int32_t i = 0; i < (points + 1) / 2; ++i) {
     if (i % 4 == 0) strip_basis(points, mask, i / 4, strip);
     const float *const column = strip + i % 4;
-    const int32_t mirror = points - 1 - i;
-    if (i == 0) flat = static_cast<int32_t>(std::lround(scale * column[0]));
-    put(0, i, flat);
-    put(0, mirror, flat);
-    if (i == half) {  // in the middle
-      put(2, i, -2 * sum);
+    if (i == 0) level = scale * column[0];
+    if (i == half) {
+      put(0, i, flat ? round(level) : first.middle(round(level * points)));
+      put(2, i, third.middle(0));
       break;
     }
-    for (int u = 1; u < 4; u += 2) {
-      const auto entry =
-          static_cast<int32_t>(std::lround(scale * column[ptrdiff_t{4} * u]));
-      put(u, i, entry);
-      put(u, mirror, -entry);
+    const int32_t entries[4] = {
+        flat ? round(level) : first.next(level), round(scale * column[4]),
+        third.next(scale * column[8]), round(scale * column[12])};
+    for (int u = 0; u < 4; ++u) {
+      put(u, i, entries[u]);
+      put(u, points - 1 - i, u % 2 == 0 ? entries[u] : -entries[u]);
     }
-    exact += scale * column[8];
-    const auto next = static_cast<int32_t>(std::lround(exact));
-    put(2, i, next - sum);
-    put(2, mirror, next - sum);
-    sum = next;
   }
 }
 
@@ -125,8 +144,10 @@ void make_shiftmatrix(const vexo_rsz_new_context *context, vexo_shift_set a,
       const int32_t entry = lox::set_entry(context, plane, type);
       const int32_t height = context->block_height[plane][type];
       const int32_t width = context->block_width[plane][type];
-      lox::fill_basis(a[entry], height, mask);
-      lox::fill_basis(b[entry], width, mask);
+      lox::fill_basis(a[entry], height, lox::dct_down_scale(height), true,
+                      mask);
+      lox::fill_basis(b[entry], width, lox::dct_across_scale(width), false,
+                      mask);
     }
   }
 }
