@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Builds the library and the vexo tool, takes the sample photograph through
-# the pixel layouts and standards, scales and turns it, tone maps an HDR version
-# of it, and checks that pictures that must agree do.
+# the pixel layouts and standards, scales and turns it, makes thumbnails of it,
+# tone maps an HDR version of it, and checks that pictures that must agree do.
 # Installs missing Debian packages first (as root). The pictures end up in out/.
 set -eu
 
@@ -164,6 +164,26 @@ for turn in left right half; do
     --rotate "$turn"
   vexo rotate "$out/half_size.y4m" "$out/in_turn_$turn.png" --turn "$turn"
   same "at_once_$turn.png" "in_turn_$turn.png"
+done
+
+echo
+echo "Thumbnails, turned at once and one after the other, and pre-scaled:"
+convert "$sample" "$out/coffee_nv12.yuv" --to nv12
+vexo thumbnail "$sample" "$out/thumbnail.png" --size 96x64
+vexo thumbnail "$sample" "$out/thumbnail.y4m" --size 96x64
+vexo thumbnail "$out/coffee_nv12.yuv" "$out/thumbnail_of_nv12.png" \
+  --size 96x64 --from-size "$size" --from nv12
+vexo thumbnail "$out/rgb888.png" "$out/thumbnail_of_rgb888.png" --size 96x64
+vexo thumbnail "$sample" "$out/thumbnail_prescaled.png" --size 96x64 \
+  --prescale 2
+same thumbnail.png thumbnail_of_nv12.png
+# The colours of RGB are reduced after the conversion, not before it.
+differ thumbnail.png thumbnail_prescaled.png thumbnail_of_rgb888.png
+for turn in left right half mirror flip; do
+  vexo thumbnail "$sample" "$out/thumbnail_$turn.png" --size 96x64 \
+    --turn "$turn"
+  vexo rotate "$out/thumbnail.y4m" "$out/then_$turn.png" --turn "$turn"
+  same "thumbnail_$turn.png" "then_$turn.png"
 done
 
 echo

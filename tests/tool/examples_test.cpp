@@ -41,6 +41,25 @@ TEST_F(ExampleTest, ExampleInC) {
   EXPECT_TRUE(shell("'" EXAMPLE_BINARY "'").out == expected);
 }
 
+// A fifth of the same, turned to the left: brighter upwards, red on the right.
+TEST_F(ExampleTest, ThumbnailInC) {
+  const std::string ppm = shell("'" THUMBNAIL_BINARY "'").out;
+  const std::string head = "P6\n96 128\n255\n";
+  ASSERT_EQ(ppm.size(), head.size() + 96 * 128 * 3);
+  EXPECT_TRUE(ppm.starts_with(head));
+  for (int i = 0; i < 96 * 128; ++i) {
+    // Means of five columns, 0.4 percent brighter as every thumbnail.
+    const double luma = 1.004 * (16.1 + 1.25 * (127 - i / 96)) - 16;
+    const double v = i % 96 < 48 ? 0 : 1.004 * 200 - 128;
+    const double rgb[] = {298 * luma + 409 * v, 298 * luma - 208 * v,
+                          298 * luma};
+    for (size_t c = 0; c < 3; ++c) {
+      const auto got = static_cast<uint8_t>(ppm[head.size() + 3 * i + c]);
+      EXPECT_NEAR(got, std::clamp(rgb[c] / 256, 0.0, 255.0), 6) << i;
+    }
+  }
+}
+
 // A ramp of luma, grey above and bluish below.
 TEST_F(ExampleTest, ToneMappingInC) {
   const vexo_hdr_context context = lox_test::fill_tables(1000, false);

@@ -12,6 +12,7 @@
 #include "error.h"
 #include "formats.h"
 #include "scale.h"
+#include "thumbnail.h"
 #include "tonemap.h"
 
 namespace {
@@ -52,6 +53,16 @@ IN and OUT are those of vexo convert. Frames are turned in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
 4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
 becomes yuv422w.)";
+
+constexpr const char *kThumbnailHelp =
+    R"(Makes thumbnails of pictures and clips, and turns them if asked to.
+
+IN and OUT are those of vexo convert. IN holds yuv420 or nv12, scaled as nv12,
+or yuv400, rgb888 or rgba8888, scaled as rgba8888, whose alpha becomes 255.
+--size is that before the turn, no larger than the picture. The thumbnail has
+the layout of IN and is then converted to what OUT holds or --to says.
+
+--prescale halves or quarters 4:2:0 by block means first: faster and coarser.)";
 
 constexpr const char *kTonemapHelp =
     R"(Tone maps HDR pictures and clips (BT.2020, PQ or HLG) to SDR (BT.709).
@@ -102,7 +113,10 @@ void add_step_options(CLI::App *command, vexo::StreamOptions *options,
 }
 
 int run(int argc, char **argv) {
-  CLI::App app{"Converts, scales, turns and tone maps pictures.", "vexo"};
+  CLI::App app{
+      "Converts, scales, turns and tone maps pictures; makes thumbnails of "
+      "them.",
+      "vexo"};
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
 
@@ -121,7 +135,7 @@ int run(int argc, char **argv) {
   scale->add_flag("--mode1", scale_options.mode1,
                   "The second kind of enlargement");
   scale->add_option("--rotate", scale_options.rotate,
-                    "left, right or half; the library's codes 1 to 5, of which "
+                    "left, right or half; the library's codes 0 to 5, of which "
                     "4 and 5 (mirror, flip) need an unchanged size");
 
   std::string turn;
@@ -130,6 +144,21 @@ int run(int argc, char **argv) {
   add_step_options(rotate, &options, &standard);
   rotate->add_option("--turn", turn, "left, right, half, mirror or flip")
       ->required();
+
+  vexo::ThumbnailOptions thumbnail_options;
+  CLI::App *const thumbnail = add_stream_command(
+      &app, "thumbnail", kThumbnailHelp, "--from-size", &options);
+  add_step_options(thumbnail, &options, &standard);
+  thumbnail
+      ->add_option("--size", thumbnail_options.size,
+                   "WxH of the thumbnail before it is turned")
+      ->required();
+  thumbnail->add_option("--turn", thumbnail_options.turn,
+                        "left, right, half, mirror, flip or the library's "
+                        "codes 0 to 5");
+  thumbnail
+      ->add_option("--prescale", thumbnail_options.prescale, "0, 2 or 4 (0)")
+      ->check(CLI::IsMember({0, 2, 4}));
 
   vexo::TonemapOptions tonemap_options;
   CLI::App *const tonemap =
@@ -168,6 +197,10 @@ int run(int argc, char **argv) {
     vexo::scale(options, scale_options);
   }
   if (rotate->parsed()) vexo::rotate(options, turn);
+  if (thumbnail->parsed()) {
+    options.from_size_name = "--from-size";
+    vexo::thumbnail(options, thumbnail_options);
+  }
   if (tonemap->parsed()) vexo::tonemap(options, tonemap_options);
   if (formats->parsed()) vexo::print_formats(options.color_std, json);
   return 0;
