@@ -138,11 +138,11 @@ using ChromaThread = HelperThread<vexo_rsz_new_worker, pre_scale_chroma>;
 
 void scale(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
+  if (!has_plan(c)) return;
   if (c->exact_ratio != 0) {
     average(w);
     return;
   }
-  if (plane_notes(c, 0) == nullptr) return;  // nothing planned
   if (c->prescale != 0) {
     ChromaThread chroma;
     chroma.start(w);
@@ -151,8 +151,10 @@ void scale(const vexo_rsz_new_worker &w) {
     chroma.finish();
     return;
   }
-  // A destination that is not planned for has no rows.
-  scale_luma(w, w.src->plane[0]);
+  const int32_t format = w.dst->format;
+  if (is_pairs_format(format) || format == VEXO_FMT_YUV420) {
+    scale_luma(w, w.src->plane[0]);
+  }
   const MeansSource pairs = pairs_of(*w.src);
   scale_pairs(w, pairs.plane, pairs.width, pairs.rows, w.src->stride[1]);
 }

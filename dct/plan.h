@@ -26,6 +26,11 @@ inline uint8_t *work_area(const vexo_rsz_new_context *context, int32_t plane) {
   return plane < 2 ? context->work[plane] : context->chroma;
 }
 
+// Whether set-up has succeeded.
+inline bool has_plan(const vexo_rsz_new_context *context) {
+  return context->exact_ratio != 0 || context->notes[0] != nullptr;
+}
+
 // Whether blocks of this type are taken from the plane.
 inline bool has_type(const vexo_rsz_new_context *context, int32_t plane,
                      int32_t type) {

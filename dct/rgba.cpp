@@ -27,7 +27,7 @@ using PlaneThread =
 int32_t vexo_rsz_new_rgba8888(const vexo_img *quartet,
                               vexo_rsz_new_context *context, vexo_shift_set a,
                               vexo_shift_set b) {
-  if (lox::plane_notes(context, 0) == nullptr) return VEXO_OK;
+  if (!lox::has_plan(context)) return VEXO_OK;
   const vexo_img &from = quartet[0];
   const vexo_img &to = quartet[1];
   const vexo_img &src = quartet[2];

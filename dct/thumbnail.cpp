@@ -108,7 +108,9 @@ int32_t vexo_txc_new(const vexo_img *pair, vexo_img *result,
     vexo_rsz_new(&pair[0], result, context, a, b);
     return VEXO_OK;
   }
-  if (intermediate->plane[0] == nullptr) return VEXO_OK;
+  if (intermediate->plane[0] == nullptr || !lox::has_plan(context)) {
+    return VEXO_OK;
+  }
   vexo_rsz_new(&pair[0], intermediate, context, a, b);
   const auto code = static_cast<uint32_t>(rotation);
   lox::turn_geometry(*intermediate, code, result);

@@ -98,8 +98,8 @@ typedef struct vexo_rsz_new_context {
   uint8_t *pre_luma;
   uint8_t *pre_chroma;
   int32_t prescale; /* 0, 2 or 4 */
-  /* Set when the layout selector is 0 and the source's width is not its stride
-   * or its height not its buf_height. */
+  /* Set when there is a pre-scale factor, the layout selector is 0, and the
+   * source's width is not its stride or its height not its buf_height. */
   int32_t padding_needed;
   /* Set when there is a pre-scale factor, of either value, and the source's
    * plane 0 is twice, or four times, as wide and high as the destination's:
