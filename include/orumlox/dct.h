@@ -125,9 +125,9 @@ VEXO_STATIC_ASSERT(sizeof(vexo_rsz_new_context) == 840, "context");
  * DCT-II of as many points as the block is high, 0 beyond the block; set B's is
  * that of the block's width. With e the least number for which 4^e >= points,
  * entries of A are in 1 / 2^min(13 + e, 23 - e), those of B in
- * 1 / 2^min(13 + e, 16 - e), each within 1 of the exact ones: rows 1 to 3 add
+ * 1 / 2^min(13 + e, 16 - e), each within 1.5 of the exact ones: rows 1 to 3 add
  * up to 0, so that flat blocks have no other coefficient than the first, and
- * B's row 0 to the exact sum, rounded. (The entries are words: beyond 65536
+ * B's row 0 to within 1 of the exact sum. (The entries are words: beyond 65536
  * samples a side those of B would vanish.)
  */
 typedef int16_t ***vexo_shift_set;
