@@ -21,25 +21,23 @@ struct X86Planes {
   LOX_OP Reg all_255() { return R::fill16(-1); }
   LOX_OP void store_plane(uint8_t *p, Reg v) { R::template store<false>(p, v); }
 
-  // Each part's bytes 0, then its bytes 1, 2 and 3.
+  // Of four pixels of each part's sixteen bytes 0, then bytes 1, 2 and 3.
   LOX_OP Reg load_by_byte(const uint8_t *p) {
-    return R::shuffle8(R::load(p),
+    return R::shuffle8(R::load_apart(p, 64),
                        R::in_parts(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6,
                                                  10, 14, 3, 7, 11, 15)));
   }
   LOX_OP Four load_apart(const uint8_t *p) {
     const Reg v0 = load_by_byte(p);
-    const Reg v1 = load_by_byte(p + n);
-    const Reg v2 = load_by_byte(p + 2 * n);
-    const Reg v3 = load_by_byte(p + 3 * n);
+    const Reg v1 = load_by_byte(p + 16);
+    const Reg v2 = load_by_byte(p + 32);
+    const Reg v3 = load_by_byte(p + 48);
     const Reg ab01 = R::unpack_low32(v0, v1);
     const Reg cd01 = R::unpack_high32(v0, v1);
     const Reg ab23 = R::unpack_low32(v2, v3);
     const Reg cd23 = R::unpack_high32(v2, v3);
-    return {R::order_dwords(R::unpack_low64(ab01, ab23)),
-            R::order_dwords(R::unpack_high64(ab01, ab23)),
-            R::order_dwords(R::unpack_low64(cd01, cd23)),
-            R::order_dwords(R::unpack_high64(cd01, cd23))};
+    return {R::unpack_low64(ab01, ab23), R::unpack_high64(ab01, ab23),
+            R::unpack_low64(cd01, cd23), R::unpack_high64(cd01, cd23)};
   }
   LOX_OP void store_together(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     a = R::spread_dwords(a);
