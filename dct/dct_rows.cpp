@@ -48,7 +48,7 @@ void prepare_down(int16_t (*rows)[8], const DctKind &kind) {
   };
   for (int32_t y = 0; y < pairs + 1; y += 2, ++rows) {
     for (int u = 1; u < 4; ++u) {
-      int16_t *const two = *rows + 2 * (u - 1);
+      int16_t *const two = *rows + ptrdiff_t{2} * (u - 1);
       two[0] = y < pairs ? entry(u, y) : int16_t{0};
       // Left over is a row without a mirror image.
       two[1] = y + 1 < pairs          ? entry(u, y + 1)
