@@ -119,6 +119,53 @@ TEST_F(CscPlanes, BecomePairs) {
   });
 }
 
+// Pixels of four bytes to planes and back, any of which may be missing.
+TEST_F(CscPlanes, OfFourAndPixels) {
+  GuardedBuffer pixels;
+  GuardedBuffer planes[4];
+  for_every_size(
+      [&](int32_t width, int32_t height, const int32_t(&pad)[4], Edge edge) {
+        // A bit for each; none in half of the runs.
+        const int32_t missing = std::max(random.between(-15, 15), 0);
+        const int32_t stride = 4 * width + pad[1];
+        const int32_t samples = std::max(width, 0) * std::max(height, 0);
+        uint8_t* plane[4];
+        int32_t strides[4];
+        std::vector<uint8_t> expected[4];
+        pixels.reset(plane_size(4 * width, height, stride), edge);
+        random.fill(pixels.data(), pixels.size());
+        for (int k = 0; k < 4; ++k) {
+          strides[k] = width + pad[k];
+          planes[k].reset(plane_size(width, height, strides[k]), edge);
+          expected[k] = planes[k].copy();
+          const bool none = (missing >> k & 1) != 0;
+          plane[k] = none ? nullptr : planes[k].data();
+          for (int32_t i = 0; i < samples && !none; ++i) {
+            expected[k][i / width * strides[k] + i % width] =
+                pixels.data()[i / width * stride + i % width * 4 + k];
+          }
+        }
+        vexo_csc_8b8b8b8b_unpack(pixels.data(), width, height, stride,
+                                 strides[0], strides[1], strides[2], strides[3],
+                                 plane[0], plane[1], plane[2], plane[3]);
+        for (int k = 0; k < 4; ++k) {
+          ASSERT_TRUE(holds(planes[k], expected[k])) << "without " << missing;
+        }
+
+        // Planes that were unpacked give back what was there.
+        std::vector<uint8_t> packed = pixels.copy();
+        for (int32_t i = 0; i < 4 * samples; ++i) {
+          const int32_t at = i / (width * 4) * stride + i % (width * 4);
+          if (plane[i % 4] == nullptr) packed[at] = 255;
+          pixels.data()[at] ^= 255;
+        }
+        vexo_csc_8b8b8b8b_pack(pixels.data(), width, height, stride, strides[0],
+                               strides[1], strides[2], strides[3], plane[0],
+                               plane[1], plane[2], plane[3]);
+        ASSERT_TRUE(holds(pixels, packed)) << "without " << missing;
+      });
+}
+
 // Each factor is what its low 16 bits are as a signed number, their product is
 // not cut; one pair at least, and all that begin below the count.
 size_t swapped_bytes(int32_t stride, int32_t rows) {
