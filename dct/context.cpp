@@ -50,13 +50,16 @@ int32_t larger(const int32_t *of_planes) {
   return of_planes[0] > of_planes[1] ? of_planes[0] : of_planes[1];
 }
 
-// The bytes of a work area: one source block of the larger spans.
-int64_t work_bytes(const vexo_rsz_new_context *c) {
+// Work areas have room for a source block of the larger spans.
+int64_t block_bytes(const vexo_rsz_new_context *c) {
   return int64_t{16} * larger(c->horizontal_span) * larger(c->vertical_span);
 }
-bool allocate_work(vexo_rsz_new_context *c, uint8_t **area) {
-  if (!allocate(area, work_bytes(c))) return false;
-  memset(*area, 0, static_cast<size_t>(work_bytes(c)));
+bool allocate_work(vexo_rsz_new_context *c, int32_t plane) {
+  uint8_t **const area = plane < 2 ? &c->work[plane] : &c->chroma;
+  constexpr int64_t kTables = sizeof(DctTables) + alignof(DctTables);
+  if (!allocate(area, kTables + block_bytes(c))) return false;
+  memset(samples_of(work_area(c, plane)), 0,
+         static_cast<size_t>(block_bytes(c)));
   return true;
 }
 
@@ -64,7 +67,7 @@ bool allocate_work(vexo_rsz_new_context *c, uint8_t **area) {
 // always had.
 bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
                   bool rgba) {
-  if (!allocate_work(c, &c->work[0])) return false;
+  if (!allocate_work(c, 0)) return false;
   const int32_t entries = set_entries(c);
   if (entries > 0 &&
       (get_mem3Dint16(a, entries, larger(c->vertical_span)) != VEXO_OK ||
@@ -79,12 +82,11 @@ bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
     return false;
   }
   const auto notes = static_cast<int64_t>(note_bytes(rgba));
-  if (!allocate(&c->notes[0], notes) || !allocate_work(c, &c->work[1]) ||
+  if (!allocate(&c->notes[0], notes) || !allocate_work(c, 1) ||
       !allocate(&c->notes[1], notes)) {
     return false;
   }
-  if (rgba &&
-      (!allocate_work(c, &c->chroma) || !allocate(&c->dst_chroma, notes))) {
+  if (rgba && (!allocate_work(c, 2) || !allocate(&c->dst_chroma, notes))) {
     return false;
   }
   split_settings(c);
@@ -98,8 +100,11 @@ void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
   for (int32_t plane = 0; plane < 2; ++plane) {
     const DctPlane note = {smaller(source_width(pair[0], plane, c->prescale),
                                    c->src_stride[plane]),
-                           c->src_rows[plane], c->src_stride[plane],
-                           c->dst_stride[plane], c->dst_rows[plane]};
+                           c->src_rows[plane],
+                           c->src_stride[plane],
+                           c->dst_stride[plane],
+                           c->dst_rows[plane],
+                           pair[1].format == VEXO_FMT_YUV420};
     memcpy(c->notes[plane], &note, sizeof note);
   }
 }
@@ -193,8 +198,9 @@ int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
   void *const notes[] = {context->notes[0], context->notes[1],
                          context->dst_chroma};
   for (int32_t plane = 0; plane < 3; ++plane) {
-    const lox::DctPlane note = {src.width[0], src.height[0], src.stride[plane],
-                                dst.stride[plane], dst.buf_height[0]};
+    const lox::DctPlane note = {src.width[0],      src.height[0],
+                                src.stride[plane], dst.stride[plane],
+                                dst.buf_height[0], true};
     memcpy(notes[plane], &note, sizeof note);
   }
   return VEXO_OK;

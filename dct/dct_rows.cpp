@@ -224,9 +224,8 @@ LOX_INLINE ptrdiff_t sum_vectors(const Down &down, ptrdiff_t x, ptrdiff_t n,
                               : sum_vectors_of<D, ListedRows>(down, x, n, t);
 }
 
-// The sums of n columns from x on; those beyond the plane's width, and kBeyond
-// beyond n, are those of its last column.
-constexpr int kBeyond = 4;
+// The sums of n columns from x on; those beyond the plane's width, and
+// kDctBeyond beyond n, are those of its last column.
 void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
                  int16_t *t) {
   ptrdiff_t inside = job.width - x < n ? job.width - x : n;
@@ -239,7 +238,7 @@ void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
     i = sum_vectors<DctOf<Narrow>>(down, x, inside, t);
   }
   for (; i < inside; ++i) sum_column(down, x + i, t, i);
-  for (; i < n + kBeyond; ++i) {
+  for (; i < n + kDctBeyond; ++i) {
     for (int u = 0; u < 4; ++u) {
       t[Layout::column(i, u)] = t[Layout::column(inside - 1, u)];
     }
@@ -266,7 +265,7 @@ LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
   D::put_blocks(group, job->dst + 4 * i, job->dst_stride);
 }
 
-void vector_blocks(const DctTables *tables, const DctJob *job) {
+void vector_blocks(DctTables *tables, const DctJob *job) {
   const DctKind &kind = job->kinds[job->types[0]];
   const uint8_t *rows[kDctMostSide];
   Down down = {nullptr,
@@ -281,7 +280,7 @@ void vector_blocks(const DctTables *tables, const DctJob *job) {
     down.rows = rows;
   }
 
-  alignas(64) int16_t t[4 * (kDctColumns + kBeyond)];
+  int16_t *const t = tables->sums;
   using D = DctOf<Wide>;
   for (ptrdiff_t i = 0; i < job->count;) {
     const int32_t begin = job->columns[i];
@@ -312,7 +311,7 @@ void prepare(DctTables *, const DctKind *) {}
 
 #endif
 
-void blocks([[maybe_unused]] const DctTables *tables, const DctJob *job) {
+void blocks([[maybe_unused]] DctTables *tables, const DctJob *job) {
 #if LOX_VECTORS
   if (tables->usable && job->count > 0) {
     vector_blocks(tables, job);

@@ -21,9 +21,11 @@ struct DctKind {
   const int32_t *weights;
 };
 
-// What the vector forms make of the kinds once for a plane.
+// What the vector forms make of the kinds once for a plane, and where they
+// work.
 constexpr int kDctMostSide = 128;  // of blocks that have a vector form
 constexpr int kDctColumns = 2048;  // of blocks done together
+constexpr int kDctBeyond = 4;      // columns that are read and weigh nothing
 struct DctTables {
   bool usable;
   // By height (of kinds 0 and 2): what the first, second and third coefficient
@@ -40,6 +42,8 @@ struct DctTables {
   // By kind, in the order of the set: weights, and limits of coefficients.
   alignas(64) int32_t weights[4][16];
   alignas(64) int32_t most[4][16];
+  // Four sums of each column.
+  alignas(64) int16_t sums[4 * (kDctColumns + kDctBeyond)];
 };
 
 // A row of `count` blocks, which are equally high.
@@ -71,7 +75,7 @@ struct DctJob {
 
 struct DctRows {
   void (*prepare)(DctTables *tables, const DctKind *kinds);
-  void (*blocks)(const DctTables *tables, const DctJob *job);
+  void (*blocks)(DctTables *tables, const DctJob *job);
 };
 
 #define LOX_DECLARE(set)         \

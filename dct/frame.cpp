@@ -48,7 +48,10 @@ void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
   vexo_csc_8b8b_unpck(pairs, 2 * width, rows, stride, step, step, c->chroma,
                       second);
   const vexo_img &dst = *w.dst;
-  if (dst.format == VEXO_FMT_YUV420) {
+  const bool planar = dst.format == VEXO_FMT_YUV420;
+  // The buffers are of the planned kind.
+  if (planar != plane_notes(c, 1)->planar) return;
+  if (planar) {
     dct_downscaling(c->chroma, dst.plane[1], c, w.a, w.b, 1);
     dct_downscaling(second, dst.plane[2], c, w.a, w.b, 1);
     return;

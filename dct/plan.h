@@ -14,6 +14,7 @@ struct DctPlane {
   int32_t width, rows;  // of the source, before padding
   int32_t src_stride;
   int32_t dst_stride, dst_rows;
+  bool planar;  // the destination: no pairs
 };
 
 // Planes 0 and 1; and plane 2 of RGBA8888, which has no chroma buffers.
@@ -22,9 +23,15 @@ inline const DctPlane *plane_notes(const vexo_rsz_new_context *context,
   return static_cast<const DctPlane *>(plane < 2 ? context->notes[plane]
                                                  : context->dst_chroma);
 }
+// A plane's work area: tables and, behind them, room for a block's samples.
 inline uint8_t *work_area(const vexo_rsz_new_context *context, int32_t plane) {
-  return plane < 2 ? context->work[plane] : context->chroma;
+  uint8_t *const area = plane < 2 ? context->work[plane] : context->chroma;
+  return area + (-reinterpret_cast<uintptr_t>(area) & (alignof(DctTables) - 1));
 }
+inline DctTables *tables_of(uint8_t *area) {
+  return reinterpret_cast<DctTables *>(area);
+}
+inline uint8_t *samples_of(uint8_t *area) { return area + sizeof(DctTables); }
 
 // Whether set-up has succeeded.
 inline bool has_plan(const vexo_rsz_new_context *context) {

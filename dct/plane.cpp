@@ -39,8 +39,8 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
                    context->weights[plan][type]};
   }
   const DctRows &kernels = *kDctTables[isa_level()];
-  DctTables tables;
-  kernels.prepare(&tables, kinds);
+  DctTables *const tables = tables_of(work);
+  kernels.prepare(tables, kinds);
 
   const ptrdiff_t stride = plane.dst_stride;
   // Blocks across that lie inside, and those that reach inside.
@@ -63,11 +63,11 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
                   context->block_columns + at,
                   context->block_types + at,
                   inside,
-                  work,
+                  samples_of(work),
                   dst + ptrdiff_t{4} * i * stride,
                   stride};
     const bool cut_below = left < 4;
-    if (!cut_below) kernels.blocks(&tables, &job);
+    if (!cut_below) kernels.blocks(tables, &job);
     uint8_t *const row = job.dst;
     for (int32_t j = cut_below ? 0 : inside; j < reaching; j += kCut) {
       uint8_t cut[4 * 4 * kCut];
@@ -76,7 +76,7 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
       job.count = reaching - j < kCut ? reaching - j : kCut;
       job.dst = cut;
       job.dst_stride = ptrdiff_t{4} * kCut;
-      kernels.blocks(&tables, &job);
+      kernels.blocks(tables, &job);
       const ptrdiff_t x = ptrdiff_t{4} * j;
       const ptrdiff_t room = stride - x;
       copy_plane(row + x, stride, cut, job.dst_stride,

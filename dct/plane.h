@@ -7,8 +7,7 @@
 
 namespace lox {
 
-// Plane `plan` of the context's plan, with the plane's own sizes and room for a
-// block's samples.
+// Plane `plan` of the context's plan, with the plane's own sizes and work area.
 void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
                  const DctPlane &plane, uint8_t *work, const uint8_t *src,
                  uint8_t *dst, vexo_shift_set a, vexo_shift_set b);

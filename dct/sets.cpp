@@ -137,8 +137,8 @@ void make_shiftmatrix(const vexo_rsz_new_context *context, vexo_shift_set a,
                       vexo_shift_set b) {
   for (int32_t plane = 0; plane < 2; ++plane) {
     // A mask has four columns and as many rows as a block has samples a side;
-    // the work area holds one.
-    uint8_t *const mask = lox::work_area(context, plane);
+    // the room for a block holds one.
+    uint8_t *const mask = lox::samples_of(lox::work_area(context, plane));
     for (int32_t type = 0; type < context->types[plane]; ++type) {
       if (!lox::has_type(context, plane, type)) continue;
       const int32_t entry = lox::set_entry(context, plane, type);

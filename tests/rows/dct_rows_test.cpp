@@ -86,6 +86,8 @@ class DctRowsTest : public lox_test::SeededTest {
     const int columns = c.narrow_columns[0] + c.wide_columns[0];
     const ptrdiff_t at = ptrdiff_t{row} * columns;
     const auto stride = static_cast<ptrdiff_t>(4 * columns + row % 3);
+    std::vector<uint8_t> work(size_t{1} * c.block_width[0][3] *
+                              c.block_height[0][3]);
     DctJob job = {plan.kinds,
                   plane.data(),
                   plane_stride,
@@ -95,7 +97,7 @@ class DctRowsTest : public lox_test::SeededTest {
                   c.block_columns + at,
                   c.block_types + at,
                   columns,
-                  c.work[0],
+                  work.data(),
                   nullptr,
                   stride};
     std::vector<uint8_t> expected;
