@@ -57,10 +57,7 @@ int64_t block_bytes(const vexo_rsz_new_context *c) {
 bool allocate_work(vexo_rsz_new_context *c, int32_t plane) {
   uint8_t **const area = plane < 2 ? &c->work[plane] : &c->chroma;
   constexpr int64_t kTables = sizeof(DctTables) + alignof(DctTables);
-  if (!allocate(area, kTables + block_bytes(c))) return false;
-  memset(samples_of(work_area(c, plane)), 0,
-         static_cast<size_t>(block_bytes(c)));
-  return true;
+  return allocate(area, kTables + block_bytes(c));
 }
 
 // Everything between the settings and the buffers, in the order that it has

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "dct/dct_rule.h"
 #include "dct/plan.h"
@@ -68,6 +69,7 @@ void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat,
   const auto put = [&](int u, int32_t i, int32_t entry) {
     rows[i / 4][4 * u + i % 4] = static_cast<int16_t>(entry);
   };
+  memset(mask, 0, size_t{4} * static_cast<size_t>(points));
   const int32_t half = points / 2;
   float strip[16];
   PartialSums first;

@@ -322,8 +322,8 @@ VEXO_API void split_settings(vexo_rsz_new_context *context);
  * VEXO_OK or VEXO_ERR_ARG, with everything freed and *set null. */
 VEXO_API int32_t get_mem3Dint16(vexo_shift_set *set, int32_t count, int32_t n);
 
-/* Fills the sets of a context, from blocks with ones on a diagonal that are put
- * through FDCT_BlockXYFn. */
+/* Fills the sets of a context that has its work areas, from blocks with ones on
+ * a diagonal that are put through FDCT_BlockXYFn. */
 VEXO_API void make_shiftmatrix(const vexo_rsz_new_context *context,
                                vexo_shift_set a, vexo_shift_set b);
 
