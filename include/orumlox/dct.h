@@ -103,7 +103,7 @@ typedef struct vexo_rsz_new_context {
   int32_t padding_needed;
   /* Set when there is a pre-scale factor, of either value, and the source's
    * plane 0 is twice, or four times, as wide and high as the destination's:
-   * block means do the whole job, and nothing above is filled in. */
+   * block means do the whole job, and sizes and tables stay 0. */
   int32_t exact_ratio;
   /* With layout selector 1 and a pre-scale factor: the source's plane 0 stride,
    * or (stride - 1) rounded down to a multiple of 32 where it is none. */
