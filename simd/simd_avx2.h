@@ -32,6 +32,20 @@ struct Avx2Register {
   LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
   LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm256_adds_epi16(a, b); }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
+  LOX_OP Reg add8(Reg a, Reg b) { return _mm256_add_epi8(a, b); }
+  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm256_adds_epu8(a, b); }
+  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm256_subs_epu8(a, b); }
+  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm256_adds_epi8(a, b); }
+  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm256_min_epi8(a, b); }
+  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm256_max_epi8(a, b); }
+  LOX_OP Reg abs8(Reg v) { return _mm256_abs_epi8(v); }
+  // All bits of the bytes that are negative.
+  LOX_OP Reg negative8(Reg v) { return _mm256_cmpgt_epi8(zero(), v); }
+  // A bit for each byte: set where it is zero.
+  LOX_OP uint32_t zero_bytes(Reg v) {
+    return static_cast<uint32_t>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, zero())));
+  }
   LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
   LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm256_maddubs_epi16(a, b); }
   LOX_OP Reg bit_and(Reg a, Reg b) { return _mm256_and_si256(a, b); }

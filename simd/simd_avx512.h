@@ -39,6 +39,19 @@ struct Avx512Register {
   LOX_OP bool any_bit(Reg v) { return _mm512_test_epi32_mask(v, v) != 0; }
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm512_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm512_avg_epu8(a, b); }
+  LOX_OP Reg add8(Reg a, Reg b) { return _mm512_add_epi8(a, b); }
+  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm512_adds_epu8(a, b); }
+  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm512_subs_epu8(a, b); }
+  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm512_adds_epi8(a, b); }
+  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm512_min_epi8(a, b); }
+  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm512_max_epi8(a, b); }
+  LOX_OP Reg abs8(Reg v) { return _mm512_abs_epi8(v); }
+  // All bits of the bytes that are negative.
+  LOX_OP Reg negative8(Reg v) {
+    return _mm512_movm_epi8(_mm512_movepi8_mask(v));
+  }
+  // A bit for each byte: set where it is zero.
+  LOX_OP uint64_t zero_bytes(Reg v) { return _mm512_testn_epi8_mask(v, v); }
   LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm512_mulhi_epu16(a, b); }
   LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm512_maddubs_epi16(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm512_madd_epi16(a, b); }

@@ -4,11 +4,14 @@
 #define ORUMLOX_ORUMLOX_H
 
 #include "base.h"
+#include "bitstream.h"
 #include "common.h"
 #include "csc.h"
 #include "dct.h"
 #include "hdr.h"
 #include "img.h"
+#include "key_frame.h"
+#include "media_type.h"
 #include "rot.h"
 #include "rsz.h"
 #include "rsz_blocks.h"
