@@ -15,5 +15,6 @@
 #include "rot.h"
 #include "rsz.h"
 #include "rsz_blocks.h"
+#include "vqe.h"
 
 #endif /* ORUMLOX_ORUMLOX_H */

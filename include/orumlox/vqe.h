@@ -1,0 +1,158 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/*
+ * Enhancement of decoded pictures: saturation, sharpening, deblocking, and the
+ * anaglyph of a stereo frame.
+ *
+ * Null pointers are not detected unless said; nothing beyond the named planes
+ * is read or written. All calls but vexo_vqe_cs_init keep no state and are
+ * re-entrant, on planes of their own. Nothing is allocated, no thread started.
+ */
+#ifndef ORUMLOX_VQE_H
+#define ORUMLOX_VQE_H
+
+#include "img.h"
+
+VEXO_BEGIN_DECLS
+
+/* --- colour saturation --------------------------------------------------- */
+
+/* The process-wide saturation table, zero until vexo_vqe_cs_init fills it. No
+ * call of the library reads it; callers hand it to color_sat. */
+VEXO_API extern uint8_t lut[256];
+
+/*
+ * Fills `lut` by color_sat_lut. The strength counts 1/1024: 1024 leaves
+ * saturation as it is; below 1 it is 1180, about 1.15. Of others the low 16
+ * bits count, as a signed value. Returns VEXO_OK. Not thread-safe: nobody may
+ * read or fill `lut` meanwhile.
+ */
+VEXO_API int32_t vexo_vqe_cs_init(int32_t strength);
+
+/*
+ * Fills a table of 256 bytes. Entry 2 k, k from 0 to 127, is
+ * ((k - 128) * strength >> 10) + 128, an arithmetic shift, limited to 0..255;
+ * every odd entry is the value for k = 0. (The samples that entries are made
+ * for are 32-bit words read as 16-bit ones, intentionally.)
+ */
+VEXO_API void color_sat_lut(uint8_t *table, int16_t strength);
+
+/*
+ * dst_u[i] = table[src_u[i]] and dst_v[i] = table[src_v[i]] for i from 0 to
+ * count - 1; nothing for a count below 1. Planes are dense. A destination may
+ * be its own source; other overlaps are the caller's fault.
+ */
+VEXO_API void color_sat(const uint8_t *table, int32_t count,
+                        const uint8_t *src_u, const uint8_t *src_v,
+                        uint8_t *dst_u, uint8_t *dst_v);
+
+/*
+ * Maps the chroma of a YUV420 picture through a table of zeros, not through
+ * `lut`, intentionally: plane 1's width * height bytes of planes 1 and 2 of the
+ * destination become 0, dense, whatever the strides. Plane 1's size is the
+ * source's. Luma is neither read nor written. Returns VEXO_OK, or VEXO_ERR_ARG
+ * unless both formats are VEXO_FMT_YUV420.
+ */
+VEXO_API int32_t vexo_vqe_cs(const vexo_img *src, const vexo_img *dst);
+
+/* --- detail enhancement -------------------------------------------------- */
+
+/*
+ * Sharpens a luma plane of width x height bytes; the source's and the
+ * destination's rows are `width` bytes apart. The two outermost rows and
+ * columns are copied, and so is a plane less than 5 wide or high. Any other
+ * sample c becomes c + ((16 c - (2 N + D)) >> 4) limited to 0..255, an
+ * arithmetic shift, where N is the sum of the four samples at distance 1 in its
+ * row and column, and D that of the four at distance 2 and the four diagonal
+ * neighbours. The strength has no effect, intentionally. The planes must not
+ * overlap. A width or height below 1 does nothing.
+ */
+VEXO_API void detail_enh(const uint8_t *src, int32_t width, int32_t height,
+                         uint8_t *dst, int32_t strength);
+
+/*
+ * detail_enh on plane 0 of a YUV420 picture, whose width and height are the
+ * source's and whose rows have no gaps: strides are not looked at. A strength
+ * below 1 is handed on as 4. Chroma is neither read nor written. Returns
+ * VEXO_OK, or VEXO_ERR_ARG unless both formats are VEXO_FMT_YUV420.
+ */
+VEXO_API int32_t vexo_vqe_de(const vexo_img *src, const vexo_img *dst,
+                             int32_t strength);
+
+/* Does nothing and returns VEXO_OK. */
+VEXO_API int32_t vexo_vqe_dejagging(void);
+
+/* --- deblocking ---------------------------------------------------------- */
+
+/*
+ * The filter of ITU-T H.263 Annex J across the edges of 8 x 8 blocks, in place.
+ * A, B, C, D are four consecutive samples across an edge, which lies between B
+ * and C; S is the strength.
+ *
+ *   v = A - 4 B + 4 C - D;  d = |v >> 3|, an arithmetic shift: for negative v
+ *   |v| / 8 is rounded up, for positive v down, intentionally.
+ *   m = max(0, d - max(0, 2 (d - S)));  d1 = m with the sign of v.
+ *   B + d1 and C - d1, limited to 0..255, replace B and C.
+ *   d2 = (A - D) >> 2, limited to -(m >> 1) .. m >> 1.
+ *   A - d2 and D + d2 replace A and D.
+ *
+ * Strengths are meant to be 1 to 12, or 15; a strength below 1 changes nothing.
+ *
+ * Planes are `height` rows of `width` bytes, `stride` bytes apart. Edges are
+ * filtered in order, and along an edge sample by sample: what one of them has
+ * changed is what a later one finds, also where a stride shorter than a row
+ * lays rows over each other.
+ */
+
+/* The edges between rows 8 k - 1 and 8 k for k from 1 to height / 8 - 1, top to
+ * bottom, each from the left: none below a height of 16. */
+VEXO_API void vexo_dbf8x8_h263_hor(uint8_t *plane, int32_t strength,
+                                   int32_t stride, int32_t width,
+                                   int32_t height);
+
+/* The edges between columns 8 k - 1 and 8 k for k from 1 to width / 8 - 1, left
+ * to right, each from the top: none below a width of 16. */
+VEXO_API void vexo_dbf8x8_h263_ver(uint8_t *plane, int32_t strength,
+                                   int32_t stride, int32_t width,
+                                   int32_t height);
+
+/* Both, the horizontal edges first, with a strength of at most 12. */
+VEXO_API void vexo_dbf8x8(uint8_t *plane, int32_t strength, int32_t stride,
+                          int32_t width, int32_t height);
+
+/*
+ * Both on each of the planes 0, 1 and 2 whose pointer is not null, with its
+ * width, height and stride, whatever the format. Callers with fewer planes set
+ * the pointers of the others to null (for NV12 plane 2; its chroma is then
+ * filtered as `width` bytes a row, pairs as if they were neighbours: set plane
+ * 1 to null as well to leave it alone). Returns VEXO_OK, or VEXO_ERR_ARG for a
+ * strength above 15, unlike the limit of a single plane, intentionally.
+ */
+VEXO_API int32_t vexo_dbf8x8_yuv(const vexo_img *img, uint32_t strength);
+
+/* --- stereo frames ------------------------------------------------------- */
+
+/*
+ * Makes rows of RGB888 pixels of the red of view A and the green and blue of
+ * view B. row_bytes is a row of the destination, 3 bytes a pixel (what is left
+ * of it is not written); both views' rows are src_pitch bytes apart, the
+ * destination's dst_pitch. rows or row_bytes below 1: nothing. The destination
+ * must not overlap the views.
+ */
+VEXO_API void vexo_fpa_frm_pack(const uint8_t *view_a, const uint8_t *view_b,
+                                uint8_t *dst, int32_t rows, int32_t row_bytes,
+                                int32_t src_pitch, int32_t dst_pitch);
+
+/*
+ * Turns an RGB888 frame of two views side by side into a red-cyan anaglyph of
+ * half the width. Mode 1 takes the red of the left view, mode 2 that of the
+ * right one. Returns VEXO_OK, or VEXO_ERR_ARG unless both formats are
+ * VEXO_FMT_RGB888, plane 0 of the source is exactly twice as wide as the
+ * destination's and as high, neither has gaps between its rows (strides of 3
+ * bytes a pixel), and mode is 1 or 2.
+ */
+VEXO_API int32_t vexo_fpa(const vexo_img *src, const vexo_img *dst,
+                          int32_t mode);
+
+VEXO_END_DECLS
+
+#endif /* ORUMLOX_VQE_H */
