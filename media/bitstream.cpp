@@ -31,12 +31,11 @@ uint32_t shift_known(uint32_t v, int32_t by) {
   }
 }
 
-// The bytes from one pointer up to another and with it. Addresses are
-// subtracted as numbers: an empty buffer's last byte lies before its first.
-template <class T>
-ptrdiff_t bytes_up_to(const T *next, const T *last) {
+// From a byte to the buffer's last one, which is before the first one of an
+// empty buffer: hence as numbers.
+ptrdiff_t bytes_between(const uint8_t *next, const uint8_t *last) {
   return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(last) -
-                                reinterpret_cast<uintptr_t>(next) + 1);
+                                reinterpret_cast<uintptr_t>(next));
 }
 template <class T>
 T *last_byte(T *buffer, int32_t size) {
@@ -115,7 +114,7 @@ struct FromBottom {
 
 template <class Order>
 int32_t load(mlox_bsr *reader, int32_t bytes) {
-  const ptrdiff_t left = bytes_up_to(reader->next, reader->last);
+  const ptrdiff_t left = bytes_between(reader->next, reader->last) + 1;
   int32_t count = bytes < kWordBytes ? bytes : kWordBytes;
   if (left < count) count = static_cast<int32_t>(left);
   reader->cache = 0;
@@ -165,33 +164,51 @@ int32_t take_slowly(mlox_bsr *reader, int32_t n, uint32_t *value) {
   return 0;
 }
 
-// The same. As long as a whole word can be loaded, there are no branches that
-// depend on the lengths of fields, which nobody could foresee: the next word is
-// at hand in any case, and counts for nothing where the cache has enough.
+// Whether take_ahead is for this: n is 1 to 32, the cache is not full, the
+// refill is this order's own and has a whole word.
 template <class Order>
-inline int32_t take(mlox_bsr *reader, int32_t n, uint32_t *value) {
+inline bool is_ahead(const mlox_bsr *reader, int32_t n) {
+  const uint32_t lengths =
+      (static_cast<uint32_t>(n) - 1) | static_cast<uint32_t>(reader->bits);
+  return lengths < kWordBits && reader->refill == Order::kRefill &&
+         bytes_between(reader->next, reader->last) >= kWordBytes - 1;
+}
+
+// Consumes n bits and returns them. There are no branches that depend on the
+// lengths of fields, which nobody could foresee: the next word is at hand in
+// any case, and counts for nothing where the cache has enough.
+template <class Order>
+inline uint32_t take_ahead(mlox_bsr *reader, int32_t n) {
+  const uint32_t cache = reader->cache;
   const int32_t had = reader->bits;
-  if (n < 1 || n > kWordBits || had < 0 || had > kWordBits ||
-      reader->refill != Order::kRefill ||
-      bytes_up_to(reader->next, reader->last) < kWordBytes) {
-    return take_slowly<Order>(reader, n, value);
-  }
   const int32_t left = (had - n) & (kWordBits - 1);
-  const int32_t refilled = had < n ? -1 : 0;
+  const int32_t refilled = (had - n) >> 31;
   const uint32_t fresh =
       Order::word(reader->next) & static_cast<uint32_t>(refilled);
-  const uint32_t cache = reader->cache;
   reader->next += refilled & kWordBytes;
   reader->bits = left;
   reader->cache = Order::rest(cache, fresh, n, left);
-  *value = Order::join(cache, fresh, n, had, left);
-  return 0;
+  return Order::join(cache, fresh, n, had, left);
 }
 
 template <class Order>
-inline uint32_t read(mlox_bsr *reader, int32_t n) {
+[[gnu::noinline]] uint32_t read_slowly(mlox_bsr *reader, int32_t n) {
   uint32_t value;
-  return take<Order>(reader, n, &value) == 0 ? value : MLOX_BSR_END;
+  return take_slowly<Order>(reader, n, &value) == 0 ? value : MLOX_BSR_END;
+}
+template <class Order>
+inline uint32_t read(mlox_bsr *reader, int32_t n) {
+  return is_ahead<Order>(reader, n) ? take_ahead<Order>(reader, n)
+                                    : read_slowly<Order>(reader, n);
+}
+
+template <class Order>
+inline int32_t take(mlox_bsr *reader, int32_t n, uint32_t *value) {
+  if (!is_ahead<Order>(reader, n)) {
+    return take_slowly<Order>(reader, n, value);
+  }
+  *value = take_ahead<Order>(reader, n);
+  return 0;
 }
 
 void align(mlox_bsr *reader, uint32_t (*drop)(uint32_t, int32_t)) {
@@ -207,7 +224,7 @@ void next_byte(mlox_bsw *writer) {
 }
 
 bool is_full(const mlox_bsw *writer) {
-  return bytes_up_to(writer->current, writer->last) < 1;
+  return bytes_between(writer->current, writer->last) < 0;
 }
 
 }  // namespace
@@ -272,7 +289,7 @@ uint32_t mlox_bsr_skip_peek(mlox_bsr *reader, int32_t n, int32_t m) {
   // The cache has no room for another byte, but the answer needs some of it.
   const int32_t missing = m - reader->bits;
   if (missing > 0 && missing <= 8 &&
-      bytes_up_to(reader->next, reader->last) > 0) {
+      bytes_between(reader->next, reader->last) >= 0) {
     value |= uint32_t{*reader->next} >> (8 - missing);
   }
   return value;

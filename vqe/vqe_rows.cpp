@@ -63,8 +63,9 @@ LOX_INLINE typename B::Reg sharpen(typename B::Reg c, Joined<B> near,
 template <class B, int kRows>
 LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
   typename B::Reg row[kRows + 4];
-  for (int i = 0; i < kRows + 4; ++i)
+  for (int i = 0; i < kRows + 4; ++i) {
     row[i] = B::load_once(p + (i - 2) * pitch);
+  }
   Joined<B> beside[kRows + 2];  // from the row above on
   for (int i = 0; i < kRows + 2; ++i) {
     const uint8_t *const at = p + (i - 1) * pitch;
