@@ -22,13 +22,15 @@ uint32_t shift_right(uint32_t v, int32_t by) {
   return static_cast<uint32_t>(by) < kWordBits ? v >> by : 0;
 }
 
-// By 1 to 32 bits, without a branch.
-uint32_t shift_known(uint32_t v, int32_t by) {
-  if constexpr (sizeof(size_t) > sizeof(uint32_t)) {
-    return static_cast<uint32_t>(uint64_t{v} << by);
-  } else {
-    return v << (by - 1) << 1;
-  }
+// By 1 to 32 bits, without a branch: in one step where registers are wider.
+constexpr bool kWideRegisters = sizeof(size_t) > sizeof(uint32_t);
+uint32_t shift_left_1_to_32(uint32_t v, int32_t by) {
+  return kWideRegisters ? static_cast<uint32_t>(uint64_t{v} << by)
+                        : v << (by - 1) << 1;
+}
+uint32_t shift_right_1_to_32(uint32_t v, int32_t by) {
+  return kWideRegisters ? static_cast<uint32_t>(uint64_t{v} >> by)
+                        : v >> (by - 1) >> 1;
 }
 
 // From a byte to the buffer's last one, which is before the first one of an
@@ -77,7 +79,8 @@ struct FromTop {
   }
   static uint32_t rest(uint32_t cache, uint32_t fresh, int32_t n,
                        int32_t left) {
-    return shift_known(cache, n) | shift_known(fresh, kWordBits - left);
+    return shift_left_1_to_32(cache, n) |
+           shift_left_1_to_32(fresh, kWordBits - left);
   }
 };
 
@@ -108,7 +111,8 @@ struct FromBottom {
   }
   static uint32_t rest(uint32_t cache, uint32_t fresh, int32_t n,
                        int32_t left) {
-    return cache >> (n - 1) >> 1 | fresh >> (kWordBits - 1 - left) >> 1;
+    return shift_right_1_to_32(cache, n) |
+           shift_right_1_to_32(fresh, kWordBits - left);
   }
 };
 

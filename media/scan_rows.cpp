@@ -17,12 +17,24 @@ namespace lox::LOX_SET {
 namespace {
 
 #if LOX_VECTORS
-// Looks at V::n places; the first one, or V::n.
-template <class V>
+// Zero where two zeros follow each other.
+template <class B>
+LOX_INLINE typename B::Reg either(const uint8_t *data) {
+  return B::bit_or(B::load(data), B::load(data + 1));
+}
+// Whether there are no two zeros in the places of four registers.
+template <class B>
+LOX_INLINE bool none_in_4(const uint8_t *data) {
+  const auto least =
+      B::min(B::min(either<B>(data), either<B>(data + B::n)),
+             B::min(either<B>(data + 2 * B::n), either<B>(data + 3 * B::n)));
+  return B::none(B::zeros(least));
+}
+// Looks at B::n places; the first one, or B::n.
+template <class B>
 LOX_INLINE int find_in(const uint8_t *data, StartCode code) {
-  using B = BytesOf<V>;
-  const auto zeros = B::zeros(B::bit_or(B::load(data), B::load(data + 1)));
-  if (B::none(zeros)) return V::n;
+  const auto zeros = B::zeros(either<B>(data));
+  if (B::none(zeros)) return B::n;
   const auto third = B::load(data + 2);
   const auto is = [&](uint8_t mask, uint8_t value) LOX_INLINE_LAMBDA {
     return B::zeros(
@@ -30,7 +42,7 @@ LOX_INLINE int find_in(const uint8_t *data, StartCode code) {
   };
   const auto found = zeros & (is(code.mask, code.value) |
                               is(code.other_mask, code.other_value));
-  return B::none(found) ? V::n : B::first(found);
+  return B::none(found) ? B::n : B::first(found);
 }
 #endif
 
@@ -39,12 +51,17 @@ ptrdiff_t find(const uint8_t *data, ptrdiff_t n, StartCode code) {
 #if LOX_VECTORS
   ptrdiff_t found = n;
   done = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    using B = BytesOf<V>;
     for (ptrdiff_t p = 0; p < n;) {
+      if (p <= n - 4 * B::n && none_in_4<B>(data + p)) {
+        p += 4 * B::n;
+        continue;
+      }
       // The last vector ends at n and may look at places again.
-      if (p > n - V::n) p = n - V::n;
-      const int place = find_in<V>(data + p, code);
+      if (p > n - B::n) p = n - B::n;
+      const int place = find_in<B>(data + p, code);
       p += place;
-      if (place < V::n) {
+      if (place < B::n) {
         found = p;
         return;
       }

@@ -29,6 +29,7 @@ struct NeonBytes {
   LOX_OP Reg add_limited(Reg a, Reg b) { return vqaddq_u8(a, b); }
   LOX_OP Reg sub_limited(Reg a, Reg b) { return vqsubq_u8(a, b); }
   LOX_OP Reg average_up(Reg a, Reg b) { return vrhaddq_u8(a, b); }
+  LOX_OP Reg min(Reg a, Reg b) { return vminq_u8(a, b); }
   LOX_OP Reg half(Reg v) { return vshrq_n_u8(v, 1); }
   // Where bit S of a is not bit 0 of b: 1, else 0.
   template <int S>

@@ -33,6 +33,7 @@ struct Sse41Register {
   LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm_adds_epu8(a, b); }
   LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm_subs_epu8(a, b); }
   LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm_adds_epi8(a, b); }
+  LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm_min_epu8(a, b); }
   LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm_min_epi8(a, b); }
   LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm_max_epi8(a, b); }
   LOX_OP Reg abs8(Reg v) { return _mm_abs_epi8(v); }

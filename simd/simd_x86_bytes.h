@@ -37,6 +37,7 @@ struct X86Bytes {
   LOX_OP Reg add_limited(Reg a, Reg b) { return R::add_unsigned8(a, b); }
   LOX_OP Reg sub_limited(Reg a, Reg b) { return R::sub_unsigned8(a, b); }
   LOX_OP Reg average_up(Reg a, Reg b) { return R::average8(a, b); }
+  LOX_OP Reg min(Reg a, Reg b) { return R::min_unsigned8(a, b); }
   LOX_OP Reg half(Reg v) {
     return R::bit_and(R::template shift_right16<1>(v), fill8(0x7F));
   }
