@@ -42,7 +42,7 @@ ptrdiff_t bytes_between(const uint8_t *next, const uint8_t *last) {
 template <class T>
 T *last_byte(T *buffer, int32_t size) {
   return reinterpret_cast<T *>(reinterpret_cast<uintptr_t>(buffer) +
-                               static_cast<uintptr_t>(ptrdiff_t{size}) - 1);
+                               static_cast<uintptr_t>(size > 0 ? size : 0) - 1);
 }
 
 // The two bit orders: where the bits are that come first.

@@ -77,7 +77,7 @@ ptrdiff_t find(const uint8_t *data, ptrdiff_t n, StartCode code) {
       return p;
     }
   }
-  return n > 0 ? n : 0;
+  return n;
 }
 
 }  // namespace

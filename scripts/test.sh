@@ -14,7 +14,7 @@ cd "$(dirname "$0")/.."
 # shellcheck source=scripts/packages.sh
 . scripts/packages.sh
 need g++ clang libclang-rt-14-dev clang-format clang-tidy cmake ninja-build \
-  googletest libcli11-dev libpng-dev zlib1g-dev qemu-user \
+  googletest libcli11-dev libpng-dev zlib1g-dev qemu-user ffmpeg \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu
 
 if [ $# -eq 0 ]; then

@@ -15,5 +15,7 @@
 #define LOX_ROW_SETS_dct_rows(set) &lox::set::dct_rows,
 #define LOX_ROW_SETS_hdr_rows(set) &lox::set::hdr_rows,
 #define LOX_ROW_SETS_scale_rows(set) &lox::set::scale_rows,
+#define LOX_ROW_SETS_scan_rows(set) &lox::set::scan_rows,
+#define LOX_ROW_SETS_vqe_rows(set) &lox::set::vqe_rows,
 #define LOX_ROW_SETS(table) \
   { LOX_FOR_EACH_SET(LOX_ROW_SETS_##table) }
