@@ -54,7 +54,7 @@ row() {
   own=$(count "$1")
   portable="-"
   case $1 in
-    memcpy) ;;
+    memcpy | media_bits*) ;;
     *) portable=$(count "$1" portable) ;;
   esac
   echo "$own" | awk -v title="$2" -v theirs="$theirs" -v portable="$portable" '{
@@ -114,12 +114,23 @@ row dct_nv12_480x270 'NV12 4:1, DCT domain' -
 row dct_rgba8888_480x270 'RGBA8888 4:1, DCT domain' -
 row hdr_p010_nv12 'P010 PQ → NV12' -
 row hdr_p010_rgba8888 'P010 PQ → RGBA8888' -
+row vqe_sharpen 'sharpening' -
+row vqe_deblock 'deblocking, I420' -
+row media_bits 'bit field' -
+row media_bits_inlined 'bit field, plain reader inlined' -
+row media_bits_called 'bit field, plain reader called' -
+row media_keyframe_h264 'H.264 scanned' -
 row memcpy 'C library memcpy' 0.269
 context=$(count hdr_context | awk '{ print $2 }')
 cat <<END
 
 DCT domain: 1920x1080 to 480x270, planned before; RGBA8888 by the parts of the
 call, on one thread.
+
+Bit fields are of random lengths, most significant bit first; counts are those
+of a field, beside a reader with 64 bits of cache, inlined or called. Of the
+H.264 frame, random bytes without a key frame, they are those of a byte. Of
+deblocking they are those of a luma pixel, all three planes included.
 
 PQ is the bands of a tone mapping on one thread; the context that they read,
 which every call builds once, takes $context instructions more.

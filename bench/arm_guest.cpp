@@ -12,6 +12,9 @@
 // Of tone mapping it is the bands of a frame, on this thread and from a context
 // that stands; "hdr_context" makes one, which counts as one pixel.
 //
+// Of "media_" work the count is that of a MiB: of its fields of random lengths
+// or of its bytes that are scanned for a key frame.
+//
 // A mark is a system call that does nothing (getppid, which takes no
 // arguments) with a magic number and a tag in its argument registers. The
 // counter recognises it and prints what ran since the last mark; without a
@@ -25,8 +28,11 @@
 #include <cstring>
 
 #include "bench/dct_plan.h"
+#include "bench/enhancing.h"
+#include "bench/media_work.h"
 #include "bench/tone_mapping.h"
 #include "common/isa.h"
+#include "orumlox/key_frame.h"
 
 namespace {
 
@@ -132,6 +138,53 @@ int count_tone_mapping(const bench::ToneMapping &mapping, bool large,
   return result;
 }
 
+// In place, so each of the two times has a frame of its own.
+int count_deblocking(bool large) {
+  const bench::Size size = large ? bench::kDeblocked : bench::kEqual.small.src;
+  const auto describe = [&](uint8_t *bytes) {
+    return bench::describe(VEXO_FMT_YUV420, size, bytes);
+  };
+  const size_t step = bench::frame_bytes(describe(nullptr));
+  uint8_t *frames = allocate(2 * step), *next = frames;
+  bench::draw_blocks(describe(frames));
+  std::memcpy(frames + step, frames, step);
+  const int result = count(size.width * size.height, [&] {
+    const vexo_img img = describe(next);
+    next += step;
+    return bench::deblock(img);
+  });
+  std::free(frames);
+  return result;
+}
+
+constexpr struct {
+  const char *id;
+  bench::BitReader reader;
+} kBitReaders[] = {{"media_bits", bench::BitReader::kLibrary},
+                   {"media_bits_inlined", bench::BitReader::kInlined},
+                   {"media_bits_called", bench::BitReader::kCalled}};
+
+int count_fields(bench::BitReader reader) {
+  const bench::BitFields fields(bench::kFieldKinds[0]);
+  return count(static_cast<int32_t>(fields.count()), [&] {
+    // Nobody looks at the values; the compiler must not know.
+    const uint32_t sum = fields.read(reader, bench::BitOrder::kMsb);
+    asm volatile("" : : "r"(sum));
+    return int32_t{VEXO_OK};
+  });
+}
+
+int count_scan() {
+  constexpr auto kBytes = static_cast<int32_t>(bench::kScannedBytes);
+  uint8_t *frame = allocate(bench::kScannedBytes);
+  bench::fill_scanned(frame, bench::kScannedBytes, true);
+  const int result = count(kBytes, [&] {
+    return mlox_is_vkeyfrm(bench::kCodecs[0].type, frame, kBytes);
+  });
+  std::free(frame);
+  return result;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -143,13 +196,19 @@ int main(int argc, char **argv) {
   const auto *workload = find(bench::kWorkloads, is_memcpy ? "copy_8b" : id);
   const auto *mapping =
       find(bench::kToneMappings, is_context ? "hdr_p010_nv12" : id);
+  const auto *bits = find(kBitReaders, id);
+  const bool is_deblocking = std::strcmp(id, "vqe_deblock") == 0;
+  const bool is_scan = std::strcmp(id, "media_keyframe_h264") == 0;
   const bool small = argc > 2 && std::strcmp(argv[2], "small") == 0;
   const bool large = argc < 3 || std::strcmp(argv[2], "large") == 0;
-  if (!(workload || mapping) || small == large ||
-      (argc > 3 && !limit_form(argv[3]))) {
+  if (!(workload || mapping || bits || is_deblocking || is_scan) ||
+      small == large || (argc > 3 && !limit_form(argv[3]))) {
     std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
     return 2;
   }
+  if (bits) return count_fields(bits->reader);
+  if (is_deblocking) return count_deblocking(large);
+  if (is_scan) return count_scan();
   if (workload && workload->task == bench::Task::kReduce) {
     return count_reduction(*workload);
   }

@@ -54,9 +54,13 @@ void add_libyuv_scaling(const Workload &workload, const Sizes &sizes,
 void add_opencv(const Workload &workload, const Sizes &sizes, Contenders *out);
 void add_opencv_scaling(const Workload &workload, const Sizes &sizes,
                         Contenders *out);
+void add_opencv_sharpening(const Workload &workload, const Sizes &sizes,
+                           Contenders *out);
 void add_swscale(const Workload &workload, const Sizes &sizes, Contenders *out);
 void add_avfilter(const Workload &workload, const Sizes &sizes,
                   Contenders *out);
+void add_avfilter_sharpening(const Workload &workload, const Sizes &sizes,
+                             Contenders *out);
 void add_zimg(const Workload &workload, const Sizes &sizes, Contenders *out);
 // Of reductions.
 void add_own_reduction(const Workload &workload, const Sizes &sizes,

@@ -16,7 +16,9 @@
 #include "bench/dct_bench.h"
 #include "bench/frames.h"
 #include "bench/hdr_contender.h"
+#include "bench/media_bench.h"
 #include "bench/one_core.h"
+#include "bench/vqe_bench.h"
 #include "common/isa.h"
 
 namespace bench {
@@ -92,6 +94,18 @@ void record_versions() {
 #endif
 }
 
+bool check(const Workload &workload, const Sizes &sizes,
+           const Contenders &list) {
+  switch (workload.task) {
+    case Task::kReduce:
+      return check_same_reduction(workload, sizes, list);
+    case Task::kSharpen:
+      return check_same_enhancement(workload, sizes, list);
+    default:
+      return check_same_work(workload, sizes, list);
+  }
+}
+
 }  // namespace
 
 Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
@@ -105,6 +119,7 @@ Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
 #if defined(BENCH_HAS_OPENCV)
   add_opencv(workload, sizes, &list);
   add_opencv_scaling(workload, sizes, &list);
+  add_opencv_sharpening(workload, sizes, &list);
 #endif
 #if defined(BENCH_HAS_SWSCALE)
   add_swscale(workload, sizes, &list);
@@ -115,6 +130,7 @@ Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
 #endif
 #if defined(BENCH_HAS_AVFILTER)
   add_avfilter(workload, sizes, &list);
+  add_avfilter_sharpening(workload, sizes, &list);
 #endif
   add_stream_bounds(workload, sizes, &list);
   return list;
@@ -145,13 +161,11 @@ int main(int argc, char **argv) {
   bool same = true;
   for (const Workload &workload : kWorkloads) {
     for (const Setting &setting : kSettings) {
-      const bool reduces = workload.task == Task::kReduce;
-      if (reduces && !setting.large) continue;
+      if (workload.task == Task::kReduce && !setting.large) continue;
       const Sizes sizes = sizes_of(workload, setting.large);
       const Contenders list = contenders_for(workload, sizes);
       if (!setting.ring) {
-        same &= reduces ? check_same_reduction(workload, sizes, list)
-                        : check_same_work(workload, sizes, list);
+        same &= check(workload, sizes, list);
       }
       const Plan plan(workload, setting);
       frames.emplace_back(src.data(), plan.src_step, dst.data(), plan.dst_step,
@@ -174,6 +188,10 @@ int main(int argc, char **argv) {
     }
   }
   register_dct_setup();
+  same &= check_deblocking();
+  register_deblocking();
+  same &= check_media();
+  register_media();
   same &= check_tone_mapping();
   register_tone_mapping();
   if (!same) {

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "orumlox/vqe.h"
+
 namespace bench {
 
 namespace {
@@ -53,7 +55,9 @@ int32_t padded(int32_t size, int32_t unit) {
 }
 
 int32_t row_unit(const Workload &workload) {
-  return workload.task == Task::kConvert ? 1 : 64;
+  const bool dense =
+      workload.task == Task::kConvert || workload.task == Task::kSharpen;
+  return dense ? 1 : 64;
 }
 
 // Of a frame as the library has it, or as one peer does that reduces NV12 in
@@ -171,6 +175,11 @@ int32_t run_library(const Workload &workload, const Sizes &sizes, uint8_t *src,
       return vexo_rot(&from, workload.rotation, &to);
     case Task::kScaleAndTurn:
       return vexo_rsz_rot(&from, workload.rotation, &to);
+    case Task::kSharpen: {
+      constexpr int32_t kStrength = 4;
+      detail_enh(src, from.width[0], from.height[0], dst, kStrength);
+      return VEXO_OK;
+    }
     default:
       return vexo_csc(&from, &to);
   }

@@ -51,6 +51,8 @@ enum class Task {
   kScale,
   kTurn,
   kScaleAndTurn,
+  // Of luma.
+  kSharpen,
   // Scaled down with regard to every sample, here in the domain of the discrete
   // cosine transform. Large frames only.
   kReduce
@@ -133,6 +135,8 @@ inline constexpr Workload kWorkloads[] = {
     {"nv12_nv21", VEXO_FMT_NV12, VEXO_FMT_NV21},
     {"t64x32_nv12", VEXO_FMT_T64X32, VEXO_FMT_NV12},
     {"copy_8b", VEXO_FMT_YUV400, VEXO_FMT_YUV400},
+    {"vqe_sharpen", VEXO_FMT_YUV400, VEXO_FMT_YUV400, VEXO_STD_DEFAULT,
+     Task::kSharpen},
     scale("grey_2to1", VEXO_FMT_YUV400, k2To1),
     scale("grey_3to2", VEXO_FMT_YUV400, k3To2),
     scale("grey_4to1", VEXO_FMT_YUV400, k4To1),
