@@ -3,8 +3,9 @@
 #
 # Builds the library and the vexo tool, takes the sample photograph through
 # the pixel layouts and standards, scales and turns it, makes thumbnails of it,
-# tone maps an HDR version of it, and checks that pictures that must agree do.
-# Installs missing Debian packages first (as root). The pictures end up in out/.
+# tone maps an HDR version of it, sharpens and deblocks it, and checks that
+# pictures that must agree do. Installs missing Debian packages first (as root).
+# The pictures end up in out/.
 set -eu
 
 cd "$(dirname "$0")/.."
@@ -207,6 +208,25 @@ vexo tonemap "$hdr_sample" "$out/hdr10_measured.png" --measure
 # Its brightest luma measures as that of 1000 nits.
 same hdr10.png hdr10_nit_1000.png hdr10_measured.png
 differ hdr10.png hdr10-mild.png hlg.png hdr10_nit_4000.png
+
+echo
+echo "Sharpened, from three layouts, and smoothed between its blocks:"
+vexo sharpen "$sample" "$out/sharpened.png"
+vexo sharpen "$sample" "$out/sharpened.yuv"
+vexo sharpen "$out/coffee_nv12.yuv" "$out/sharpened_of_nv12.yuv" \
+  --size "$size" --from nv12 --to yuv420
+vexo sharpen "$out/coffee_t64x32.yuv" "$out/sharpened_of_t64x32.yuv" \
+  --size "$size" --from t64x32 --to yuv420
+same sharpened.yuv sharpened_of_nv12.yuv sharpened_of_t64x32.yuv
+for strength in 0 1 5 12 15; do
+  vexo deblock "$sample" "$out/deblocked_$strength.png" --strength "$strength"
+done
+vexo deblock "$out/coffee_nv12.yuv" "$out/deblocked_of_nv12.png" \
+  --size "$size" --from nv12 --strength 12
+same rgb888.png deblocked_0.png
+same deblocked_12.png deblocked_of_nv12.png
+differ rgb888.png sharpened.png deblocked_1.png deblocked_5.png \
+  deblocked_12.png deblocked_15.png
 
 echo
 "$build/tools/vexo/vexo" formats >"$out/formats.txt"

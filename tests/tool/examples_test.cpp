@@ -15,6 +15,7 @@ using ExampleTest = ToolTest;
 // another program.
 TEST_F(ExampleTest, ExamplesOfTheReadme) {
   put("frame.yuv", noise(1920 * 1080 * 3 / 2, 4));
+  put("clip.h264", {"\0\0\1\x65\x88", 5});
   const Outcome outcome =
       shell("set -e; cp '" SOURCE_FOLDER
             "/samples/coffee_320x208.y4m' photo.y4m; cp '" SOURCE_FOLDER
@@ -58,6 +59,14 @@ TEST_F(ExampleTest, ThumbnailInC) {
       EXPECT_NEAR(got, std::clamp(rgb[c] / 256, 0.0, 255.0), 6) << i;
     }
   }
+}
+
+TEST_F(ExampleTest, KeyFramesInC) {
+  EXPECT_EQ(shell("'" KEY_FRAMES_BINARY "'").out,
+            "picture 0: importance 3, unit of type 5, first macroblock 0, "
+            "I slice: a key frame\n"
+            "picture 1: importance 2, unit of type 1, first macroblock 0, "
+            "P slice: no key frame\n");
 }
 
 // A ramp of luma, grey above and bluish below.

@@ -36,6 +36,15 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
       "YUV4MPEG2 W8 H8 C420p10 XCOLORRANGE=FULL\nFRAME\n" + noise(192, 1));
   put("f.raw", noise(96, 1));
   put("wide.raw", noise(32700 * 12, 1));
+  // A parameter set alone; headers of IVF.
+  put("sets.h264", {"\0\0\1\x67\x42", 5});
+  const std::string ivf{"DKIF\0\0\x20\0", 8}, rest(20, '\0');
+  put("av1.ivf", ivf + "AV01" + rest);
+  put("none.ivf", ivf + "VP90" + rest);
+  put("vp9.ivf", ivf + "VP90" + rest + std::string(12, '\0'));
+  put("cut.ivf", ivf + "VP90" + rest + std::string(11, '\0'));
+  put("cut2.ivf", ivf + "VP90" + rest + '\2' + std::string(12, '\0'));
+  put("cut3.ivf", ivf + "VP90" + std::string(19, '\0'));
   const std::pair<const char *, const char *> cases[] = {
       {"", "subcommand"},
       {"convert none.y4m o.png", "none.y4m"},
@@ -117,7 +126,37 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
       {"tonemap f.raw o.raw --size 8x4 --from p010le --to bgr888",
        "library: rgba8888 to bgr888"},
       {"tonemap f.raw o.pgm --size 8x4 --from p010le",
-       "library: yuv420 to yuv400"}};
+       "library: yuv420 to yuv400"},
+      {"sharpen c.ppm o.png --strength 1", "--strength"},
+      {"sharpen f.raw o.raw --size 4x8 --from rgb888", "8x8"},
+      {"deblock one.y4m o.png --strength 16", "--strength"},
+      {"deblock one.y4m o.png --strength -1", "--strength"},
+      {"deblock f.raw o.raw --size 8x4 --from p010le",
+       "library: p010le to yuv420"},
+      {"saturate one.y4m o.png --strength 0", "--strength"},
+      {"saturate f.raw o.raw --size 8x8 --from yuv400",
+       "library: yuv400 to yuv420"},
+      {"anaglyph c.ppm o.png", "--mode"},
+      {"anaglyph c.ppm o.png --mode 3", "--mode"},
+      {"anaglyph f.raw o.raw --size 3x8 --from rgb888 --mode 1", "not 3"},
+      {"anaglyph one.y4m o.y4m --mode 1", "4x8"},
+      {"keyframes none.h264", "none.h264"},
+      {"keyframes /dev/null", "is empty"},
+      {"keyframes one.y4m", "--codec"},
+      {"keyframes one.y4m --codec av1", "'av1'"},
+      {"keyframes one.y4m --codec vp8", "no IVF"},
+      {"keyframes one.y4m --codec h264", "not a raw stream"},
+      {"keyframes sets.h264", "no frame"},
+      {"keyframes none.ivf", "has no frame"},
+      {"keyframes av1.ivf", "another codec"},
+      {"keyframes vp9.ivf --codec vp8", "holds vp9"},
+      {"keyframes cut.ivf", "truncated"},
+      {"keyframes cut2.ivf", "truncated"},
+      {"keyframes cut3.ivf", "truncated"},
+      {"fourcc", "CODE"},
+      {"fourcc ''", "four characters"},
+      {"fourcc h264x", "'h264x'"},
+      {"fourcc 4294967296", "32 bits"}};
   for (const auto &[arguments, phrase] : cases) {
     expect_failure(arguments, phrase);
   }

@@ -198,4 +198,10 @@ void ByteSink::fail(const char *what) {
   throw Error(sentence);
 }
 
+void flush_standard_output() {
+  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+    throw Error("cannot write standard output");
+  }
+}
+
 }  // namespace vexo

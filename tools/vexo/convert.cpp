@@ -20,6 +20,14 @@ namespace {
 // The library refuses anything smaller.
 constexpr int kMinConvertedSide = 8;
 
+void check_convertible(const StreamInfo &info) {
+  if (std::min(info.width, info.height) >= kMinConvertedSide) return;
+  throw Error(
+      "the library converts no picture smaller than 8x8, and this "
+      "one is " +
+      std::to_string(info.width) + "x" + std::to_string(info.height));
+}
+
 Error no_route(const Layout &from, const Layout &to, int32_t color_std) {
   std::string sentence = std::string("pair not supported by the library: ") +
                          from.token + " to " + to.token;
@@ -27,6 +35,12 @@ Error no_route(const Layout &from, const Layout &to, int32_t color_std) {
     sentence += std::string(" (") + standard_name(color_std) + ")";
   }
   return Error(sentence);
+}
+
+void check_route(const Layout &from, const Layout &to, int32_t color_std) {
+  if (!library_converts(from, to, color_std)) {
+    throw no_route(from, to, color_std);
+  }
 }
 
 // The layout to write when the command line names none.
@@ -64,9 +78,10 @@ const Layout &choose_layout(Kind kind, const Layout &source,
   throw no_route(source, layout_of(wanted.front()), color_std);
 }
 
-// All layouts from the input's to the output's.
+// All layouts from the source's to the output's. Frames that left their home
+// for a change go back to it if nobody says where to.
 std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
-                                 const Layout &source) {
+                                 const Layout &source, const Layout &home) {
   std::vector<const Layout *> chain = {&source};
   if (!options.via.empty()) {
     size_t start = 0;
@@ -89,7 +104,11 @@ std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
     }
   }
   if (options.to.empty()) {
-    const Layout &last = choose_layout(kind, *chain.back(), options.color_std);
+    const bool returns = &home != &source && options.via.empty() &&
+                         kind_carries(kind, home) &&
+                         library_converts(source, home, options.color_std);
+    const Layout &last =
+        returns ? home : choose_layout(kind, *chain.back(), options.color_std);
     if (&last != chain.back()) chain.push_back(&last);
   }
   if (!kind_carries(kind, *chain.back())) {
@@ -97,9 +116,7 @@ std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
                 chain.back()->token);
   }
   for (size_t i = 1; i < chain.size(); ++i) {
-    if (!library_converts(*chain[i - 1], *chain[i], options.color_std)) {
-      throw no_route(*chain[i - 1], *chain[i], options.color_std);
-    }
+    check_route(*chain[i - 1], *chain[i], options.color_std);
   }
   return chain;
 }
@@ -147,29 +164,39 @@ void convert(const StreamOptions &options, Reshape *reshape) {
   const Kind kind = output_kind(options);
   const std::unique_ptr<FrameReader> reader = open_reader(options);
   const StreamInfo &source = reader->info();
-  StreamInfo info = source;
-  if (reshape != nullptr) reshape->announce(&info);
-  const std::vector<const Layout *> chain = plan(options, kind, *info.layout);
-  if (chain.size() > 1 &&
-      std::min(info.width, info.height) < kMinConvertedSide) {
-    throw Error(
-        "the library converts no picture smaller than 8x8, and this "
-        "one is " +
-        std::to_string(info.width) + "x" + std::to_string(info.height));
-  }
   std::deque<Frame> frames;
+  const auto add_frame = [&](const Layout &layout, const StreamInfo &size) {
+    frames.emplace_back(layout, size.width, size.height, options.color_std);
+  };
+  StreamInfo info = source;
+  // Which frame the change makes; 0: none.
+  size_t reshaped = 0;
   if (reshape != nullptr) {
-    frames.emplace_back(*source.layout, source.width, source.height,
-                        options.color_std);
+    const Layout &taken = reshape->takes(*source.layout);
+    if (&taken != source.layout) {
+      check_route(*source.layout, taken, options.color_std);
+      check_convertible(source);
+      add_frame(*source.layout, source);
+    }
+    add_frame(taken, source);
+    reshaped = frames.size();
+    info.layout = &taken;
+    reshape->announce(&info);
   }
-  for (const Layout *layout : chain) {
-    frames.emplace_back(*layout, info.width, info.height, options.color_std);
-  }
-  const auto convert_next = [&frames, &reader, reshape] {
+  const Layout &home = reshaped > 1 ? *source.layout : *info.layout;
+  const std::vector<const Layout *> chain =
+      plan(options, kind, *info.layout, home);
+  if (chain.size() > 1) check_convertible(info);
+  for (const Layout *layout : chain) add_frame(*layout, info);
+  const auto convert_next = [&frames, &reader, reshape, reshaped] {
     if (!reader->read(frames.front())) return false;
-    size_t i = 1;
-    if (reshape != nullptr) reshape->apply(frames[0], frames[i++]);
-    for (; i < frames.size(); ++i) convert_step(frames[i - 1], frames[i]);
+    for (size_t i = 1; i < frames.size(); ++i) {
+      if (i == reshaped) {
+        reshape->apply(frames[i - 1], frames[i]);
+      } else {
+        convert_step(frames[i - 1], frames[i]);
+      }
+    }
     return true;
   };
 

@@ -9,12 +9,16 @@
 
 namespace vexo {
 
-// Scales, turns or tone maps each frame as it was read, before it is converted.
+// Scales, turns, tone maps or enhances each frame, before it is converted to
+// what the output holds.
 class Reshape {
  public:
   virtual ~Reshape() = default;
-  // Makes of what the input's frames are what they become: layout, size and
-  // the words that still hold.
+  // The layout to which the input's frames are converted first: their own, or
+  // one that the library's call takes.
+  virtual const Layout &takes(const Layout &source) const { return source; }
+  // Makes of what such frames are what they become: layout, size and the words
+  // that still hold.
   virtual void announce(StreamInfo *info) const = 0;
   virtual void apply(const Frame &src, const Frame &dst) = 0;
 };

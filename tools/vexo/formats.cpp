@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "error.h"
+#include "io.h"
 #include "orumlox/csc.h"
 
 namespace vexo {
@@ -123,9 +124,7 @@ void print_formats(int32_t color_std, bool json) {
   } else {
     print_table(color_std);
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-    throw Error("cannot write standard output");
-  }
+  flush_standard_output();
 }
 
 }  // namespace vexo

@@ -110,6 +110,8 @@ class PictureWriter : public FrameWriter {
   std::unique_ptr<ByteSink> sink_;
 };
 
+}  // namespace
+
 bool ends_with(const std::string &path, std::string_view ending) {
   if (path.size() < ending.size()) return false;
   for (size_t i = 0; i < ending.size(); ++i) {
@@ -120,8 +122,6 @@ bool ends_with(const std::string &path, std::string_view ending) {
   }
   return true;
 }
-
-}  // namespace
 
 bool kind_carries(Kind kind, const Layout &layout) {
   switch (kind) {

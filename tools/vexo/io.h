@@ -66,6 +66,9 @@ class ByteSink {
   std::FILE *file_ = nullptr;
 };
 
+// What was printed so far is out, or an Error.
+void flush_standard_output();
+
 // What a container says of its frames.
 struct StreamInfo {
   const Layout *layout = nullptr;
@@ -99,6 +102,8 @@ enum class Kind { kPng, kPpm, kPgm, kY4m, kRaw };
 // Whether a file of this kind can hold the layout.
 bool kind_carries(Kind kind, const Layout &layout);
 const char *kind_name(Kind kind);
+// The ending is in lower case, the path in any.
+bool ends_with(const std::string &path, std::string_view ending);
 // By the name's ending; nothing when it says nothing.
 std::optional<Kind> kind_of_path(const std::string &path);
 Kind kind_named(const std::string &name);

@@ -9,8 +9,12 @@
 #include <new>
 
 #include "convert.h"
+#include "enhance.h"
 #include "error.h"
 #include "formats.h"
+#include "fourcc.h"
+#include "help.h"
+#include "keyframes.h"
 #include "scale.h"
 #include "thumbnail.h"
 #include "tonemap.h"
@@ -19,65 +23,6 @@ namespace {
 
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
-
-constexpr const char *kConvertHelp =
-    R"(Converts pictures and clips between pixel layouts.
-
-IN is PNG, PGM (P5), PPM (P6), Y4M or raw frames; OUT is PNG, PGM, PPM, Y4M or
-raw frames by the ending of its name (.png .pgm .ppm .y4m; .raw .yuv .rgb) or
---out-kind. - is standard input or output; standard output is Y4M by default.
-Several frames become numbered pictures with a name such as frame%03d.png.
-
-Each step from a layout to the next is one conversion of the library. Without
---to the layout is one that OUT can hold and the library converts to. The
-standard counts in every step between YUV and RGB, but p010le is always bt601;
-the library takes bt709-full for bt601-full.
-
-Raw frames are planes without gaps, their chroma sizes rounded up: the last
-column and row of an odd picture have chroma of their own. Tiled ones are whole
-tiles of luma, then of U, V pairs; those of an odd picture have the next even
-size, those of t64x32 an even number of tiles across. t256x16 is converted only
-when wider than 1280.)";
-
-constexpr const char *kScaleHelp =
-    R"(Scales pictures and clips, and turns them on the way if asked to.
-
-IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
-holds, each plane for itself, and then converted to what OUT holds or --to says.
-With --rotate only YUV is scaled. p010le is only reduced, by whole factors.)";
-
-constexpr const char *kRotateHelp =
-    R"(Turns or mirrors pictures and clips.
-
-IN and OUT are those of vexo convert. Frames are turned in the layout that IN
-holds, each plane for itself, and then converted to what OUT holds or --to says.
-4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
-becomes yuv422w.)";
-
-constexpr const char *kThumbnailHelp =
-    R"(Makes thumbnails of pictures and clips, and turns them if asked to.
-
-IN and OUT are those of vexo convert. IN holds yuv420 or nv12, scaled as nv12,
-or yuv400, rgb888 or rgba8888, scaled as rgba8888, whose alpha becomes 255.
---size is that before the turn, no larger than the picture. The thumbnail has
-the layout of IN and is then converted to what OUT holds or --to says.
-
---prescale halves or quarters 4:2:0 by block means first: faster and coarser.)";
-
-constexpr const char *kTonemapHelp =
-    R"(Tone maps HDR pictures and clips (BT.2020, PQ or HLG) to SDR (BT.709).
-
-IN is a Y4M of 10-bit 4:2:0 (C420p10) or raw frames of yuv420Planar16 or p010le,
-of video range; OUT is as for vexo convert. The library writes rgb888, rgba8888,
-argb8888, yuv420, nv12 and nv21; what it converts those to without a change of
-colours is written too.
-
-YUV is BT.709 of video range, 16 to 235, and so is raw RGB, as the library gives
-it. In PNG and PPM, which have no such range, RGB is expanded to 0 to 255.
-
-The tone curve is that of a source of 1000 nits for a peak up to 1500, else that
-of 4000. With --measure each frame's brightest luma chooses the curve of 1000,
-of 2000 or of more than 4000. hlg has none: neither option changes anything.)";
 
 int complain(const char *sentence) {
   std::fprintf(stderr, "vexo: %s\n", sentence);
@@ -99,7 +44,8 @@ CLI::App *add_stream_command(CLI::App *app, const char *name, const char *help,
   command->add_option("--in-kind", options->in_kind,
                       "Kind of IN: png, pgm, ppm, y4m, raw");
   command->add_option("--out-kind", options->out_kind, "Kind of OUT");
-  command->add_flag("--quiet", options->quiet, "No progress line");
+  command->add_flag("--quiet", options->quiet,
+                    "No progress line and no remark");
   return command;
 }
 
@@ -114,21 +60,21 @@ void add_step_options(CLI::App *command, vexo::StreamOptions *options,
 
 int run(int argc, char **argv) {
   CLI::App app{
-      "Converts, scales, turns and tone maps pictures; makes thumbnails of "
-      "them.",
+      "Converts, scales, turns, tone maps and enhances pictures; makes "
+      "thumbnails and anaglyphs of them. Lists key frames of video streams.",
       "vexo"};
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
 
   std::string standard = "bt601";
   vexo::StreamOptions options;
-  CLI::App *const convert =
-      add_stream_command(&app, "convert", kConvertHelp, "--size", &options);
+  CLI::App *const convert = add_stream_command(
+      &app, "convert", vexo::kConvertHelp, "--size", &options);
   add_step_options(convert, &options, &standard);
 
   vexo::ScaleOptions scale_options;
-  CLI::App *const scale =
-      add_stream_command(&app, "scale", kScaleHelp, "--from-size", &options);
+  CLI::App *const scale = add_stream_command(&app, "scale", vexo::kScaleHelp,
+                                             "--from-size", &options);
   add_step_options(scale, &options, &standard);
   scale->add_option("--size", scale_options.size, "WxH of the output")
       ->required();
@@ -140,14 +86,14 @@ int run(int argc, char **argv) {
 
   std::string turn;
   CLI::App *const rotate =
-      add_stream_command(&app, "rotate", kRotateHelp, "--size", &options);
+      add_stream_command(&app, "rotate", vexo::kRotateHelp, "--size", &options);
   add_step_options(rotate, &options, &standard);
   rotate->add_option("--turn", turn, "left, right, half, mirror or flip")
       ->required();
 
   vexo::ThumbnailOptions thumbnail_options;
   CLI::App *const thumbnail = add_stream_command(
-      &app, "thumbnail", kThumbnailHelp, "--from-size", &options);
+      &app, "thumbnail", vexo::kThumbnailHelp, "--from-size", &options);
   add_step_options(thumbnail, &options, &standard);
   thumbnail
       ->add_option("--size", thumbnail_options.size,
@@ -161,8 +107,8 @@ int run(int argc, char **argv) {
       ->check(CLI::IsMember({0, 2, 4}));
 
   vexo::TonemapOptions tonemap_options;
-  CLI::App *const tonemap =
-      add_stream_command(&app, "tonemap", kTonemapHelp, "--size", &options);
+  CLI::App *const tonemap = add_stream_command(
+      &app, "tonemap", vexo::kTonemapHelp, "--size", &options);
   tonemap->add_option("--kind", tonemap_options.kind,
                       "hdr10 (default: PQ), hdr10-mild (PQ, milder colours) or "
                       "hlg");
@@ -176,7 +122,46 @@ int run(int argc, char **argv) {
                  "Choose the curve by each frame's brightest luma")
       ->excludes(nit);
 
+  // The other commands that want the size of raw input alone.
+  const auto add_enhancement = [&](const char *name, const char *help) {
+    CLI::App *const command =
+        add_stream_command(&app, name, help, "--size,--from-size", &options);
+    add_step_options(command, &options, &standard);
+    return command;
+  };
+  CLI::App *const sharpen = add_enhancement("sharpen", vexo::kSharpenHelp);
+  int deblocking = 8;
+  CLI::App *const deblock = add_enhancement("deblock", vexo::kDeblockHelp);
+  deblock->add_option("--strength", deblocking, "N, 0 to 15 (8)")
+      ->check(CLI::Range(0, 15));
+  int saturation = 1180;
+  CLI::App *const saturate = add_enhancement("saturate", vexo::kSaturateHelp);
+  saturate->add_option("--strength", saturation, "N, 1 to 32767 (1180)")
+      ->check(CLI::Range(1, 32767));
+  int anaglyph_mode = 1;
+  CLI::App *const anaglyph = add_enhancement("anaglyph", vexo::kAnaglyphHelp);
+  anaglyph
+      ->add_option("--mode", anaglyph_mode,
+                   "1: red of the left view, 2: of the right one")
+      ->required()
+      ->check(CLI::Range(1, 2));
+
+  std::string stream, codec;
   bool json = false;
+  CLI::App *const keyframes =
+      app.add_subcommand("keyframes", vexo::kKeyframesHelp);
+  keyframes->add_option("FILE", stream, "Input file or -")->required();
+  keyframes->add_option("--codec", codec,
+                        "h264, hevc, mpeg4, h263; vp8 or vp9 of IVF");
+  keyframes->add_flag("--json", json, "As JSON");
+
+  std::string code;
+  bool text = false;
+  CLI::App *const fourcc = app.add_subcommand("fourcc", vexo::kFourccHelp);
+  fourcc->add_option("CODE", code, "FourCC or number")->required();
+  fourcc->add_flag("--text", text,
+                   "CODE is characters, whatever it looks like");
+
   CLI::App *const formats = app.add_subcommand(
       "formats", "Prints which conversions the library has.");
   formats->add_flag("--json", json, "As JSON");
@@ -202,6 +187,12 @@ int run(int argc, char **argv) {
     vexo::thumbnail(options, thumbnail_options);
   }
   if (tonemap->parsed()) vexo::tonemap(options, tonemap_options);
+  if (sharpen->parsed()) vexo::sharpen(options);
+  if (deblock->parsed()) vexo::deblock(options, deblocking);
+  if (saturate->parsed()) vexo::saturate(options, saturation);
+  if (anaglyph->parsed()) vexo::anaglyph(options, anaglyph_mode);
+  if (keyframes->parsed()) vexo::print_key_frames(stream, codec, json);
+  if (fourcc->parsed()) vexo::print_media_types(code, text);
   if (formats->parsed()) vexo::print_formats(options.color_std, json);
   return 0;
 }

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// vexo sharpen, deblock, saturate and anaglyph: frames as the library's calls
+// want them, planes without gaps among them, and what they make of these.
+#include "enhance.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "convert.h"
+#include "error.h"
+#include "orumlox/common.h"
+#include "orumlox/rot.h"
+#include "orumlox/vqe.h"
+#include "pixels.h"
+#include "turns.h"
+
+namespace vexo {
+namespace {
+
+// 8 bits a sample and every component in a plane of its own.
+bool has_planes(const Layout &layout) {
+  return layout.code == VEXO_FMT_YUV400 ||
+         (layout.code <= VEXO_FMT_YUV422W && layout.planes == 3);
+}
+
+bool has_luma_plane(const Layout &layout) {
+  return layout.code <= VEXO_FMT_YUV422W;
+}
+
+bool has_chroma_planes(const Layout &layout) {
+  return has_planes(layout) && layout.planes == 3;
+}
+
+void copy_plane(const Frame &src, const Frame &dst, int plane) {
+  mlox_blk_mcpy(dst.row(plane, 0), src.row(plane, 0), dst.img().stride[plane],
+                src.img().stride[plane], src.row_bytes(plane), src.rows(plane));
+}
+
+void check_status(int32_t status, const char *what) {
+  if (status == VEXO_OK) return;
+  throw Error(std::string("the library refuses to ") + what + " (status " +
+              std::to_string(status) + ")");
+}
+
+// What changes samples and nothing else, in layouts of which a test is true.
+class Filter : public Reshape {
+ public:
+  explicit Filter(bool takes_layout(const Layout &layout))
+      : takes_layout_(takes_layout) {}
+
+  const Layout &takes(const Layout &source) const override {
+    return takes_layout_(source) ? source : layout_of(VEXO_FMT_YUV420);
+  }
+  void announce(StreamInfo *) const override {}
+
+ private:
+  bool (*takes_layout_)(const Layout &layout);
+};
+
+class Sharpen : public Filter {
+ public:
+  Sharpen() : Filter(has_luma_plane) {}
+
+  void apply(const Frame &src, const Frame &dst) override {
+    const int width = src.width();
+    const size_t size =
+        static_cast<size_t>(width) * static_cast<size_t>(src.height());
+    luma_.resize(size);
+    sharp_.resize(size);
+    mlox_blk_mcpy(luma_.data(), src.row(0, 0), width, src.img().stride[0],
+                  width, src.height());
+    // The strength has no effect.
+    detail_enh(luma_.data(), width, src.height(), sharp_.data(), 0);
+    mlox_blk_mcpy(dst.row(0, 0), sharp_.data(), dst.img().stride[0], width,
+                  width, src.height());
+    for (int p = 1; p < src.layout().planes; ++p) copy_plane(src, dst, p);
+  }
+
+ private:
+  std::vector<uint8_t> luma_;
+  std::vector<uint8_t> sharp_;
+};
+
+class Deblock : public Filter {
+ public:
+  explicit Deblock(int strength)
+      : Filter(has_planes), strength_(static_cast<uint32_t>(strength)) {}
+
+  void apply(const Frame &src, const Frame &dst) override {
+    for (int p = 0; p < src.layout().planes; ++p) copy_plane(src, dst, p);
+    check_status(vexo_dbf8x8_yuv(&dst.img(), strength_), "deblock");
+  }
+
+ private:
+  uint32_t strength_;
+};
+
+class Saturate : public Filter {
+ public:
+  explicit Saturate(int strength) : Filter(has_chroma_planes) {
+    check_status(vexo_vqe_cs_init(strength), "make a saturation table");
+  }
+
+  void apply(const Frame &src, const Frame &dst) override {
+    copy_plane(src, dst, 0);
+    for (int y = 0; y < src.rows(1); ++y) {
+      color_sat(lut, src.row_bytes(1), src.row(1, y), src.row(2, y),
+                dst.row(1, y), dst.row(2, y));
+    }
+  }
+};
+
+class Anaglyph : public Reshape {
+ public:
+  explicit Anaglyph(int mode) : mode_(mode) {}
+
+  const Layout &takes(const Layout &source) const override {
+    return PixelUnpacker::takes(source) ? source : layout_of(VEXO_FMT_RGB888);
+  }
+
+  void announce(StreamInfo *info) const override {
+    if (info->width % 2 != 0) {
+      throw Error("two views side by side have an even width, not " +
+                  std::to_string(info->width));
+    }
+    reshape_stream(info, VEXO_ROT_COPY, info->width / 2, info->height);
+    info->layout = &layout_of(VEXO_FMT_RGB888);
+  }
+
+  void apply(const Frame &src, const Frame &dst) override {
+    const vexo_img views = dense(src, &views_);
+    const vexo_img result = dense(dst, &result_);
+    PixelUnpacker unpacker(src.layout());
+    const ptrdiff_t step = unpacker.alpha() ? 4 : 3;
+    uint8_t *to = views_.data();
+    for (int y = 0; y < src.height(); ++y) {
+      const uint8_t *from = unpacker.row(src, y);
+      for (int x = 0; x < src.width(); ++x, from += step, to += 3) {
+        std::copy_n(from, 3, to);
+      }
+    }
+    check_status(vexo_fpa(&views, &result, mode_), "make an anaglyph");
+    mlox_blk_mcpy(dst.row(0, 0), result_.data(), dst.img().stride[0],
+                  result.stride[0], result.stride[0], dst.height());
+  }
+
+ private:
+  // An rgb888 picture of a frame's size, without gaps.
+  static vexo_img dense(const Frame &frame, std::vector<uint8_t> *pixels) {
+    vexo_img img = {};
+    img.width[0] = frame.width();
+    img.height[0] = frame.height();
+    img.stride[0] = 3 * frame.width();
+    img.format = VEXO_FMT_RGB888;
+    pixels->resize(static_cast<size_t>(img.stride[0]) *
+                   static_cast<size_t>(frame.height()));
+    img.plane[0] = pixels->data();
+    return img;
+  }
+
+  int mode_;
+  std::vector<uint8_t> views_;
+  std::vector<uint8_t> result_;
+};
+
+}  // namespace
+
+void sharpen(const StreamOptions &streams) {
+  Sharpen filter;
+  convert(streams, &filter);
+}
+
+void deblock(const StreamOptions &streams, int strength) {
+  Deblock filter(strength);
+  convert(streams, &filter);
+}
+
+void saturate(const StreamOptions &streams, int strength) {
+  Saturate filter(strength);
+  convert(streams, &filter);
+  if (streams.quiet) return;
+  std::fputs(
+      "vexo: the library's table is made of 32-bit words read as 16-bit ones: "
+      "these are not the colours that a saturation would give\n",
+      stderr);
+}
+
+void anaglyph(const StreamOptions &streams, int mode) {
+  Anaglyph reshape(mode);
+  convert(streams, &reshape);
+}
+
+}  // namespace vexo
