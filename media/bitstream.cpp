@@ -22,16 +22,11 @@ uint32_t shift_right(uint32_t v, int32_t by) {
   return static_cast<uint32_t>(by) < kWordBits ? v >> by : 0;
 }
 
-// By 1 to 32 bits, without a branch: in one step where registers are wider.
+// A field and the cache without it.
+struct Taken {
+  uint32_t value, cache;
+};
 constexpr bool kWideRegisters = sizeof(size_t) > sizeof(uint32_t);
-uint32_t shift_left_1_to_32(uint32_t v, int32_t by) {
-  return kWideRegisters ? static_cast<uint32_t>(uint64_t{v} << by)
-                        : v << (by - 1) << 1;
-}
-uint32_t shift_right_1_to_32(uint32_t v, int32_t by) {
-  return kWideRegisters ? static_cast<uint32_t>(uint64_t{v} >> by)
-                        : v >> (by - 1) >> 1;
-}
 
 // From a byte to the buffer's last one, which is before the first one of an
 // empty buffer: hence as numbers.
@@ -70,17 +65,19 @@ struct FromTop {
   // As a value, when the field has n bits.
   static uint32_t value(uint32_t field, int32_t) { return field; }
 
-  // The same without branches, n being 1 to 32, had 0 to 31 where `fresh` is
-  // not 0: the value of n bits, `had` of `cache` at most, the others of
-  // `fresh`, of which `left` are left; and what is the cache then.
-  static uint32_t join(uint32_t cache, uint32_t fresh, int32_t n, int32_t,
-                       int32_t left) {
-    return cache >> (kWordBits - n) | fresh >> left;
-  }
-  static uint32_t rest(uint32_t cache, uint32_t fresh, int32_t n,
-                       int32_t left) {
-    return shift_left_1_to_32(cache, n) |
-           shift_left_1_to_32(fresh, kWordBits - left);
+  // The same without branches: n bits, 1 to 32, of `cache` and then of `fresh`,
+  // which `left` bits are left of (0 to 31), or which is 0 if the cache has
+  // enough. Where registers are wider, both results come out of one shift.
+  static Taken join(uint32_t cache, uint32_t fresh, int32_t n, int32_t left) {
+    if constexpr (kWideRegisters) {
+      const uint64_t both =
+          uint64_t{cache} << n | (uint64_t{fresh} << kWordBits) >> left;
+      return {static_cast<uint32_t>(both >> kWordBits),
+              static_cast<uint32_t>(both)};
+    } else {
+      return {cache >> (kWordBits - n) | fresh >> left,
+              cache << (n - 1) << 1 | fresh << (kWordBits - 1 - left) << 1};
+    }
   }
 };
 
@@ -105,14 +102,16 @@ struct FromBottom {
     return n < kWordBits ? shift_right(field, kWordBits - n) : field;
   }
 
-  static uint32_t join(uint32_t cache, uint32_t fresh, int32_t n, int32_t had,
-                       int32_t) {
-    return (cache | fresh << (had & (kWordBits - 1))) & ~0U >> (kWordBits - n);
-  }
-  static uint32_t rest(uint32_t cache, uint32_t fresh, int32_t n,
-                       int32_t left) {
-    return shift_right_1_to_32(cache, n) |
-           shift_right_1_to_32(fresh, kWordBits - left);
+  static Taken join(uint32_t cache, uint32_t fresh, int32_t n, int32_t left) {
+    if constexpr (kWideRegisters) {
+      const uint64_t both =
+          (uint64_t{cache} << kWordBits) >> n | uint64_t{fresh} << left;
+      return {static_cast<uint32_t>(both) >> (kWordBits - n),
+              static_cast<uint32_t>(both >> kWordBits)};
+    } else {
+      return {(cache << (kWordBits - n) | fresh << left) >> (kWordBits - n),
+              cache >> (n - 1) >> 1 | fresh >> (kWordBits - 1 - left) >> 1};
+    }
   }
 };
 
@@ -183,16 +182,16 @@ inline bool is_ahead(const mlox_bsr *reader, int32_t n) {
 // any case, and counts for nothing where the cache has enough.
 template <class Order>
 inline uint32_t take_ahead(mlox_bsr *reader, int32_t n) {
-  const uint32_t cache = reader->cache;
   const int32_t had = reader->bits;
   const int32_t left = (had - n) & (kWordBits - 1);
   const int32_t refilled = (had - n) >> 31;
   const uint32_t fresh =
       Order::word(reader->next) & static_cast<uint32_t>(refilled);
+  const Taken taken = Order::join(reader->cache, fresh, n, left);
   reader->next += refilled & kWordBytes;
   reader->bits = left;
-  reader->cache = Order::rest(cache, fresh, n, left);
-  return Order::join(cache, fresh, n, had, left);
+  reader->cache = taken.cache;
+  return taken.value;
 }
 
 template <class Order>
@@ -213,6 +212,14 @@ inline int32_t take(mlox_bsr *reader, int32_t n, uint32_t *value) {
   }
   *value = take_ahead<Order>(reader, n);
   return 0;
+}
+
+// The next bit: when the cache is empty is easily foreseen.
+inline uint32_t read_bit(mlox_bsr *reader) {
+  if (reader->bits < 1 && refill(reader, kWordBytes) != 0) return MLOX_BSR_END;
+  const uint32_t bit = reader->cache >> (kWordBits - 1);
+  consume<FromTop>(reader, 1);
+  return bit;
 }
 
 void align(mlox_bsr *reader, uint32_t (*drop)(uint32_t, int32_t)) {
@@ -254,11 +261,11 @@ uint32_t mlox_bsr_read(mlox_bsr *reader, int32_t n) {
   return read<FromTop>(reader, n);
 }
 
-uint32_t mlox_bsr_read1(mlox_bsr *reader) { return read<FromTop>(reader, 1); }
+uint32_t mlox_bsr_read1(mlox_bsr *reader) { return read_bit(reader); }
 
 int32_t mlox_bsr_read1_value(mlox_bsr *reader, uint8_t *bit) {
-  uint32_t value;
-  if (take<FromTop>(reader, 1, &value) != 0) return kEnd;
+  const uint32_t value = read_bit(reader);
+  if (value == MLOX_BSR_END) return kEnd;
   *bit = static_cast<uint8_t>(value);
   return 0;
 }

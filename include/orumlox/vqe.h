@@ -120,12 +120,13 @@ VEXO_API void vexo_dbf8x8(uint8_t *plane, int32_t strength, int32_t stride,
                           int32_t width, int32_t height);
 
 /*
- * Both on each of the planes 0, 1 and 2 whose pointer is not null, with its
- * width, height and stride, whatever the format. Callers with fewer planes set
- * the pointers of the others to null (for NV12 plane 2; its chroma is then
- * filtered as `width` bytes a row, pairs as if they were neighbours: set plane
- * 1 to null as well to leave it alone). Returns VEXO_OK, or VEXO_ERR_ARG for a
- * strength above 15, unlike the limit of a single plane, intentionally.
+ * Both, with this strength, on each of the planes 0, 1 and 2 whose pointer is
+ * not null, with its width, height and stride, whatever the format. Callers
+ * with fewer planes set the pointers of the others to null (for NV12 plane 2;
+ * its chroma is then filtered as `width` bytes a row, pairs as if they were
+ * neighbours: set plane 1 to null as well to leave it alone). Returns VEXO_OK,
+ * or VEXO_ERR_ARG for a strength above 15, unlike the limit of a single plane,
+ * intentionally.
  */
 VEXO_API int32_t vexo_dbf8x8_yuv(const vexo_img *img, uint32_t strength);
 
