@@ -70,7 +70,11 @@ ptrdiff_t find(const uint8_t *data, ptrdiff_t n, StartCode code) {
   if (done > 0) return found;
 #endif
   for (ptrdiff_t p = done; p < n; ++p) {
-    if (data[p] != 0 || data[p + 1] != 0) continue;
+    if (data[p + 1] != 0) {
+      ++p;  // where there is no pair either
+      continue;
+    }
+    if (data[p] != 0) continue;
     const uint8_t third = data[p + 2];
     if ((third & code.mask) == code.value ||
         (third & code.other_mask) == code.other_value) {
