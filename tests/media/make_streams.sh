@@ -36,7 +36,7 @@ stream h264_slices.h264 176x144 -c:v libx264 -x264-params "$x264:slices=4"
 x265=log-level=none:pools=none:frame-threads=1:bframes=3:keyint=12:min-keyint=7
 stream hevc_idr.hevc 176x144 -c:v libx265 -x265-params "$x265:open-gop=0"
 stream hevc_cra.hevc 176x144 -c:v libx265 -x265-params "$x265:open-gop=1"
-stream mpeg4.m4v 176x144 -c:v mpeg4 -bf 2
+stream mpeg4.m4v 176x144 -c:v mpeg4 -bf 2 -f m4v
 stream mpeg4.avi 176x144 -c:v mpeg4 -bf 2
 # Elsewhere ffprobe flags all of H.263. h263p writes extended picture types.
 stream h263.3gp 176x144 -c:v h263
