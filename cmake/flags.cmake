@@ -25,6 +25,12 @@ if(ORUMLOX_WERROR)
   target_compile_options(orumlox_warnings INTERFACE -Werror)
 endif()
 
+# With the address sanitizer row kernels would take minutes to optimise further.
+set(ORUMLOX_OPTIMISATION -O3)
+if(ORUMLOX_SANITIZE MATCHES address)
+  set(ORUMLOX_OPTIMISATION -O1)
+endif()
+
 # What the library's own units are compiled with. Without contraction a float
 # expression gives the same bytes on every target; i386 would else compute in
 # x87 extra precision.
@@ -33,7 +39,8 @@ target_link_libraries(orumlox_build_flags INTERFACE orumlox_warnings)
 target_include_directories(orumlox_build_flags INTERFACE
   ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_compile_options(orumlox_build_flags INTERFACE
-  -O3 -ffp-contract=off -fvisibility=hidden -ffunction-sections -fdata-sections
+  ${ORUMLOX_OPTIMISATION} -ffp-contract=off -fvisibility=hidden
+  -ffunction-sections -fdata-sections
   $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility-inlines-hidden>)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86)$")
