@@ -162,7 +162,9 @@ struct NeonLanes : NeonYuv {
     vst4q_u8(p, pixels);
   }
 
-  // Two registers.
+  // Two registers. Not by the intrinsics of several registers (vld1q_u8_x2,
+  // vst1q_u8_x2): clang for ARMv7 promises the processor that their addresses
+  // are aligned, and pixels are anywhere.
   static constexpr int kBlock = 32;
   struct Block {
     uint8x16x2_t v;
@@ -175,7 +177,7 @@ struct NeonLanes : NeonYuv {
             : "=w"(b.v), "+r"(p)
             : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at)));
 #else
-    b.v = vld1q_u8_x2(p);
+    b.v = {{vld1q_u8(p), vld1q_u8(p + 16)}};
     p += kBlock;
 #endif
     return b;
@@ -187,8 +189,8 @@ struct NeonLanes : NeonYuv {
             : "=m"(*reinterpret_cast<uint8_t(*)[kBlock]>(at)), "+r"(p)
             : "w"(b.v));
 #else
-    const uint8x16x2_t v = b.v;
-    vst1q_u8_x2(p, v);
+    vst1q_u8(p, b.v.val[0]);
+    vst1q_u8(p + 16, b.v.val[1]);
     p += kBlock;
 #endif
   }

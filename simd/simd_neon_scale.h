@@ -78,14 +78,14 @@ struct NeonScale : NeonLanes {
   LOX_OP void load_window(Window16 &w, const uint8_t *p) { w.v = vld1q_u8(p); }
   LOX_OP void load_window(Window32 &w, const uint8_t *p) {
 #if defined(__aarch64__)
-    w.v = vld1q_u8_x2(p);
+    w.v = {{ vld1q_u8(p), vld1q_u8(p + 16) }};
 #elif LOX_GCC_ARM
     // Loaded in two halves, the compiler would move them together.
     __asm__("vld1.8 %h0, [%1]"
             : "=w"(w.v)
             : "r"(p), "m"(*reinterpret_cast<const uint8_t(*)[32]>(p)));
 #else
-    w.v = vld1_u8_x4(p);
+    w.v = {{vld1_u8(p), vld1_u8(p + 8), vld1_u8(p + 16), vld1_u8(p + 24)}};
 #endif
   }
 #if defined(__aarch64__)
