@@ -3,11 +3,20 @@
 #
 # Builds the library for every target and passes all tests:
 #   scripts/test.sh [PRESET...]
-# without arguments x86-64 (GCC; clang with address and undefined-behaviour
-# sanitizers; clang with the thread sanitizer, whose preset builds and runs the
-# tests labelled `threads` alone), i386, 32-bit ARM and AArch64 (both emulated),
-# and the format and lint checks. Installs missing Debian packages first (as
-# root).
+# without arguments the format and lint checks and these presets:
+#   x86_64             GCC, the tool, every test at each instruction set
+#   x86_64-clang-asan  address and undefined-behaviour sanitizers
+#   x86_64-tsan        the thread sanitizer, for the tests that have threads
+#   i386               GCC
+#   armhf, arm64       Debian's GCC, emulated: the row kernels
+#   android-*          with ANDROID_NDK_HOME set, the libraries as they are
+#                      shipped, looked at file by file; with ANDROID_RUNTIME set
+#                      too, every test of the two ARM ones, on Android's own
+#                      linker and C library, emulated
+# ANDROID_RUNTIME is a folder with two commands, run32 and run64. Each runs an
+# Android program of that many bits: run32 PROGRAM [ARGUMENT...]. Its shared
+# libraries lie in the folder named by ANDROID_LIBS, else in the current one.
+# Installs missing Debian packages first (as root).
 set -eu
 
 cd "$(dirname "$0")/.."
@@ -17,22 +26,46 @@ need g++ clang libclang-rt-14-dev clang-format clang-tidy cmake ninja-build \
   googletest libcli11-dev libpng-dev zlib1g-dev qemu-user ffmpeg \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu
 
+jobs=$(nproc)
+build() {
+  echo "== $1"
+  mkdir -p "build/$1"
+  log=build/$1/build.log
+  {
+    cmake --preset "$1" && cmake --build --preset "$1" -j "$jobs"
+  } >"$log" 2>&1 || {
+    tail -n 60 "$log" >&2
+    echo "test: the build of $1 failed; all of its output is in $log" >&2
+    exit 1
+  }
+}
+
 if [ $# -eq 0 ]; then
   scripts/lint.sh
   set -- x86_64 x86_64-clang-asan x86_64-tsan i386 armhf arm64
+  if [ -n "${ANDROID_NDK_HOME:-}" ]; then
+    set -- "$@" android-armeabi-v7a android-arm64-v8a android-x86 android-x86_64
+  else
+    echo "ANDROID_NDK_HOME is not set: Android is left out."
+  fi
 fi
-jobs=$(nproc)
 for preset in "$@"; do
-  echo "== $preset"
-  mkdir -p "build/$preset"
-  log=build/$preset/build.log
-  {
-    cmake --preset "$preset" && cmake --build --preset "$preset" -j "$jobs"
-  } >"$log" 2>&1 || {
-    tail -n 60 "$log" >&2
-    echo "test: the build of $preset failed; all of its output is in $log" >&2
-    exit 1
-  }
+  build "$preset"
+  case $preset in
+    android-*-tests) mkdir -p /data/local/tmp ;; # where GoogleTest captures
+    android-*)
+      tests/audit/android_library.sh "build/$preset/liborumlox.so" \
+        "${preset#android-}"
+      case $preset in android-x86*) continue ;; esac
+      if [ -z "${ANDROID_RUNTIME:-}" ]; then
+        echo "ANDROID_RUNTIME is not set: the tests of $preset are left out."
+        continue
+      fi
+      preset=$preset-tests
+      build "$preset"
+      mkdir -p /data/local/tmp
+      ;;
+  esac
   ctest --preset "$preset" -j "$jobs"
 done
 echo "All tests passed: $*"

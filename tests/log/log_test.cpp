@@ -3,6 +3,7 @@
 #include "common/log.h"
 
 #include <gtest/gtest.h>
+#include <orumlox/hdr.h>
 
 #ifdef HAS_LOG
 extern char log_line[];
@@ -10,6 +11,17 @@ extern char log_line[];
 TEST(Log, GoesToTheAndroidLog) {
   LOX_LOG_INFO("VEXO_HDR", "source : %d, source_nit : %d\n", 1, 1000);
   EXPECT_STREQ(log_line, "4 VEXO_HDR: source : 1, source_nit : 1000\n");
+}
+#elif defined(__ANDROID__)
+// Away from a device the system's log writes its lines to standard error.
+TEST(Log, OfTheSystemGetsTheLinesOfToneMapping) {
+  vexo_img src = {.format = VEXO_FMT_P010LE, .mode = 3, .source_nit = 7};
+  const vexo_img dst = {.format = VEXO_FMT_NV12};
+  testing::internal::CaptureStderr();
+  vexo_hdr_to_sdr(&src, &dst, VEXO_HDR_HDR10);
+  const std::string log = testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(log.starts_with("I/VEXO_HDR")) << log;
+  EXPECT_NE(log.find("source : 3, source_nit : 7\n"), log.npos) << log;
 }
 #else
 TEST(Log, IsNotNeeded) {

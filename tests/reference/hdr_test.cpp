@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "common/isa.h"
+#include "hdr_log.h"
 #include "hdr_pictures.h"
 
 namespace lox_test {

@@ -29,7 +29,7 @@ GuardedBuffer::~GuardedBuffer() {
 
 void GuardedBuffer::reset(size_t size, Edge edge) {
   static const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-  const size_t usable = (size + kMargin + page - 1) / page * page;
+  const size_t usable = (size + 1 + kMargin + page - 1) / page * page;
   if (usable + 2 * page > mapped_) {
     if (mapping_ != nullptr) munmap(mapping_, mapped_);
     mapped_ = usable + 2 * page;
@@ -43,8 +43,13 @@ void GuardedBuffer::reset(size_t size, Edge edge) {
   }
   size_ = size;
   edge_ = edge;
-  data_ =
-      edge == Edge::kEnd ? mapping_ + mapped_ - page - size : mapping_ + page;
+  if (edge == Edge::kEnd) {
+    data_ = mapping_ + mapped_ - page - size;
+  } else {
+    gap_ = 1 - gap_;
+    data_ = mapping_ + page + gap_;
+    fill_canaries(data_ - gap_, gap_);
+  }
   fill_canaries(data_, size_);
   fill_canaries(margin(), kMargin);
 }
@@ -55,6 +60,9 @@ uint8_t* GuardedBuffer::margin() const {
 
 bool GuardedBuffer::margin_intact() const {
   if (mapping_ == nullptr) return true;
+  if (edge_ == Edge::kStart && gap_ != 0 && data_[-1] != canary(0)) {
+    return false;
+  }
   for (size_t i = 0; i < kMargin; ++i) {
     if (margin()[i] != canary(i)) return false;
   }

@@ -12,7 +12,9 @@
 
 namespace lox_test {
 
-// Which end of the memory lies at the inaccessible page.
+// Which end of the memory lies at the inaccessible page. With kStart every
+// second buffer lies a byte beyond it: rows may begin anywhere, and processors
+// check what loads and stores promise of their addresses.
 enum class Edge { kEnd, kStart };
 
 class GuardedBuffer {
@@ -32,7 +34,7 @@ class GuardedBuffer {
   size_t size() const { return size_; }
   std::vector<uint8_t> copy() const { return {data_, data_ + size_}; }
 
-  // Whether the memory on the open side still holds the canaries.
+  // Whether the memory beside it still holds the canaries.
   bool margin_intact() const;
 
  private:
@@ -43,6 +45,7 @@ class GuardedBuffer {
   uint8_t* data_ = nullptr;
   size_t size_ = 0;
   Edge edge_ = Edge::kEnd;
+  size_t gap_ = 0;  // between the page before and the buffer, with kStart
 };
 
 // Whether the buffer holds `expected` and its margin is untouched.
