@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 
+#include "orumlox/unprefixed.h"
+
 namespace bench {
 
 void DctPlan::Free::operator()(uint8_t *p) const { std::free(p); }

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "orumlox/vqe.h"
+#include "orumlox/unprefixed.h"
 
 namespace bench {
 

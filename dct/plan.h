@@ -4,7 +4,7 @@
 #pragma once
 
 #include "dct/dct_rows.h"
-#include "orumlox/dct.h"
+#include "orumlox/unprefixed.h"
 
 namespace lox {
 

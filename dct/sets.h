@@ -3,7 +3,7 @@
 // The memory of shift-matrix sets.
 #pragma once
 
-#include "orumlox/dct.h"
+#include "orumlox/unprefixed.h"
 
 namespace lox {
 

@@ -7,7 +7,7 @@
 
 #include "dct/dct_rule.h"
 #include "dct/weights.h"
-#include "orumlox/dct.h"
+#include "orumlox/unprefixed.h"
 
 namespace lox {
 

@@ -7,6 +7,7 @@
 #include "common/log.h"
 #include "hdr/curves.h"
 #include "hdr/hdr_tables.h"
+#include "orumlox/unprefixed.h"
 
 namespace lox {
 

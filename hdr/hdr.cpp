@@ -2,7 +2,7 @@
 //
 // The entry points of tone mapping, and the bands of rows that four threads
 // share.
-#include "orumlox/hdr.h"
+#include "orumlox/unprefixed.h"
 
 #include <stdlib.h>
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "orumlox/vqe.h"
+#include "orumlox/unprefixed.h"
 #include "vqe/vqe_tables.h"
 
 namespace {

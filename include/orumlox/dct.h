@@ -304,43 +304,8 @@ VEXO_API int32_t vexo_txc_new_deinit(const vexo_img *pair,
 
 /*
  * The parts of the above, exported for callers that plan by steps or bring
- * threads of their own.
+ * threads of their own. More of them are declared in unprefixed.h.
  */
-
-/* Fills in the sizes, ratios, block types, weights and counts of a context
- * whose prescale is set. Returns VEXO_OK, or VEXO_ERR_ARG when a size exceeds
- * 2^31 - 1. */
-VEXO_API int32_t algorithm_settings(const vexo_img *pair,
-                                    vexo_rsz_new_context *context);
-
-/* Fills in the three tables of blocks: starts are contiguous and cover the
- * padded source. */
-VEXO_API void split_settings(vexo_rsz_new_context *context);
-
-/* Allocates a set of `count` entries of n rows, all 0, from the heap: free()
- * frees set[i][0], which holds all rows of an entry, set[i] and set. Returns
- * VEXO_OK or VEXO_ERR_ARG, with everything freed and *set null. */
-VEXO_API int32_t get_mem3Dint16(vexo_shift_set *set, int32_t count, int32_t n);
-
-/* Fills the sets of a context that has its work areas, from blocks with ones on
- * a diagonal that are put through FDCT_BlockXYFn. */
-VEXO_API void make_shiftmatrix(const vexo_rsz_new_context *context,
-                               vexo_shift_set a, vexo_shift_set b);
-
-/*
- * The lowest 4 x 4 coefficients of `height` dense rows of `width` samples:
- *   out[4 u + v] = sqrt(1 / (M N)) c(u) c(v) 2048 x the sum over y, x of
- *     s(y, x) cos((2 y + 1) q u / M) cos((2 x + 1) q v / N)
- * with M the height, N the width, c(0) = 0.70710677, else 1, q = 1.570796;
- * cosines in double precision, the sum of single precision, row by row. That is
- * 1024 times the orthonormal DCT-II. Sizes are at least 1.
- */
-VEXO_API void FDCT_BlockXYFn(const uint8_t *block, float *out, int32_t height,
-                             int32_t width);
-
-/* out = a b of n x n matrices, row by row; out is neither of them. */
-VEXO_API void MatNxN_float_compute(const float *a, const float *b, float *out,
-                                   int32_t n);
 
 /*
  * c[4 u + v] = 65536 times the orthonormal DCT-II coefficients of a dense block
@@ -376,19 +341,6 @@ VEXO_API void vexo_idct_block4x4(uint8_t *dst, int32_t row, int32_t column,
 VEXO_API void vexo_idct_blocknxn_float(uint8_t *dst, int32_t row,
                                        int32_t column, const int16_t *w,
                                        int32_t stride, int32_t rows);
-
-/* Scales one plane, laid out as the context's src_stride, src_rows, dst_stride
- * and dst_rows of that plane say; `plane` 1 is either chroma component. */
-VEXO_API void dct_downscaling(const uint8_t *src, uint8_t *dst,
-                              vexo_rsz_new_context *context, vexo_shift_set a,
-                              vexo_shift_set b, int32_t plane);
-
-/* The same for planes 0 to 2 of a context of vexo_rsz_new_rgba8888_init, whose
- * rows are as far apart as the planar descriptors said. */
-VEXO_API void dct_downscaling_rgba8888(const uint8_t *src, uint8_t *dst,
-                                       vexo_rsz_new_context *context,
-                                       vexo_shift_set a, vexo_shift_set b,
-                                       int32_t plane);
 
 /* The argument of the thread for chroma; 28 bytes on 32-bit targets. */
 typedef struct vexo_rsz_new_worker {

@@ -97,7 +97,8 @@ VEXO_API int32_t vexo_hlg_to_sdr8(vexo_img *src, const vexo_img *dst);
 
 /*
  * The parts of the above. They are exported for callers that bring threads of
- * their own or build contexts.
+ * their own or build contexts. More of them, the tone curve and the choice of
+ * the final nit among them, are declared in unprefixed.h.
  */
 
 /*
@@ -188,38 +189,12 @@ typedef struct vexo_hdr_worker {
 VEXO_API int32_t _vexo_hdr10_to_sdr8(const vexo_hdr_context *context,
                                      int32_t first, int32_t end);
 
-/* The first row of the next band, which is the caller's now, or -1 when none is
- * left. Thread-safe. */
-VEXO_API int32_t getStart(vexo_hdr_scheduler *scheduler);
-
 /*
  * Thread entry, of a vexo_hdr_worker: does its first band and then those that
  * the scheduler has left; ends the calling thread with a null result. The
  * worker and what it points to stay the caller's.
  */
 VEXO_API void *thread_vexo_hdr10_to_sdr8(void *worker);
-
-/*
- * The tone curve: s * x up to t, then a * (1 - (1 - x)^n) + (1 - a) * x. `x` is
- * 0..1, the others are the context's members of these names; `knee` is not
- * needed.
- */
-VEXO_API double TMO_VD_Norm(double x, double s, double t, double knee,
-                            int32_t n, double a);
-
-/*
- * The final nit for a picture by the largest of its luma samples, as they are
- * (P010LE's are not shifted): 1000 up to 750, 2000 from 751 to 810, 4001 from
- * 811; 4001 is intentional, its curve is not that of 4000. Looks at every 2nd
- * sample of every 2nd row, or every 4th of every 4th when `width` is above
- * 2000. The rows are taken to be `width` samples apart, whatever the stride,
- * intentionally. Logs "maxY = %d, \n".
- *
- * `luma` is aligned as 16-bit samples are; with a width or height below 1
- * nothing is read and the largest is 0.
- */
-VEXO_API int32_t Analyze_SrcLuma(int32_t width, int32_t height,
-                                 const uint16_t *luma);
 
 VEXO_END_DECLS
 

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Every public header of the library. */
+/* Every public header of the library. Names without its prefixes are declared
+ * when ORUMLOX_UNPREFIXED is defined before. */
 #ifndef ORUMLOX_ORUMLOX_H
 #define ORUMLOX_ORUMLOX_H
 
@@ -16,5 +17,8 @@
 #include "rsz.h"
 #include "rsz_blocks.h"
 #include "vqe.h"
+#if defined(ORUMLOX_UNPREFIXED)
+#include "unprefixed.h"
+#endif
 
 #endif /* ORUMLOX_ORUMLOX_H */

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Enhancement of decoded pictures: saturation, sharpening, deblocking, and the
- * anaglyph of a stereo frame.
+ * anaglyph of a stereo frame. The table `lut`, color_sat_lut, color_sat and
+ * detail_enh are declared in unprefixed.h.
  *
  * Null pointers are not detected unless said; nothing beyond the named planes
  * is read or written. All calls but vexo_vqe_cs_init keep no state and are
@@ -16,10 +17,6 @@ VEXO_BEGIN_DECLS
 
 /* --- colour saturation --------------------------------------------------- */
 
-/* The process-wide saturation table, zero until vexo_vqe_cs_init fills it. No
- * call of the library reads it; callers hand it to color_sat. */
-VEXO_API extern uint8_t lut[256];
-
 /*
  * Fills `lut` by color_sat_lut. The strength counts 1/1024: 1024 leaves
  * saturation as it is; below 1 it is 1180, about 1.15. Of others the low 16
@@ -27,23 +24,6 @@ VEXO_API extern uint8_t lut[256];
  * read or fill `lut` meanwhile.
  */
 VEXO_API int32_t vexo_vqe_cs_init(int32_t strength);
-
-/*
- * Fills a table of 256 bytes. Entry 2 k, k from 0 to 127, is
- * ((k - 128) * strength >> 10) + 128, an arithmetic shift, limited to 0..255;
- * every odd entry is the value for k = 0. (The samples that entries are made
- * for are 32-bit words read as 16-bit ones, intentionally.)
- */
-VEXO_API void color_sat_lut(uint8_t *table, int16_t strength);
-
-/*
- * dst_u[i] = table[src_u[i]] and dst_v[i] = table[src_v[i]] for i from 0 to
- * count - 1; nothing for a count below 1. Planes are dense. A destination may
- * be its own source; other overlaps are the caller's fault.
- */
-VEXO_API void color_sat(const uint8_t *table, int32_t count,
-                        const uint8_t *src_u, const uint8_t *src_v,
-                        uint8_t *dst_u, uint8_t *dst_v);
 
 /*
  * Maps the chroma of a YUV420 picture through a table of zeros, not through
@@ -55,19 +35,6 @@ VEXO_API void color_sat(const uint8_t *table, int32_t count,
 VEXO_API int32_t vexo_vqe_cs(const vexo_img *src, const vexo_img *dst);
 
 /* --- detail enhancement -------------------------------------------------- */
-
-/*
- * Sharpens a luma plane of width x height bytes; the source's and the
- * destination's rows are `width` bytes apart. The two outermost rows and
- * columns are copied, and so is a plane less than 5 wide or high. Any other
- * sample c becomes c + ((16 c - (2 N + D)) >> 4) limited to 0..255, an
- * arithmetic shift, where N is the sum of the four samples at distance 1 in its
- * row and column, and D that of the four at distance 2 and the four diagonal
- * neighbours. The strength has no effect, intentionally. The planes must not
- * overlap. A width or height below 1 does nothing.
- */
-VEXO_API void detail_enh(const uint8_t *src, int32_t width, int32_t height,
-                         uint8_t *dst, int32_t strength);
 
 /*
  * detail_enh on plane 0 of a YUV420 picture, whose width and height are the

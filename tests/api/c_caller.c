@@ -2,8 +2,9 @@
 /*
  * A C program that uses the shared library the way a caller does: descriptors,
  * a conversion, a copy, a crop, a padding, aligned memory, scaling, a turn, and
- * the statuses.
+ * the statuses; and the table that the library fills for its callers.
  */
+#define ORUMLOX_UNPREFIXED
 #include <orumlox/orumlox.h>
 #include <stdio.h>
 #include <string.h>
@@ -104,5 +105,11 @@ int main(void) {
   EXPECT(vexo_csc_bt601_fr(&nv12, &nv12), VEXO_ERR_ARG);
   EXPECT(vexo_csc_bt709(&nv12, &rgba), VEXO_ERR_UNSUPPORTED);
   EXPECT(vexo_csc_bt709_fr(&nv12, &rgba), VEXO_ERR_UNSUPPORTED);
+
+  /* Entry 2 k is 128 + 2 (k - 128), at least 0; odd ones are entry 0. */
+  EXPECT(vexo_vqe_cs_init(2048), VEXO_OK);
+  for (int i = 0; i < 256; ++i) {
+    EXPECT(lut[i], i % 2 == 0 && i > 128 ? i - 128 : 0);
+  }
   return failures == 0 ? 0 : 1;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scaling without memory or without threads: nothing is done then, or all of it
 // by fewer threads; nothing is held in the end. Built with ThreadSanitizer too.
-#include <orumlox/dct.h>
+#include <orumlox/unprefixed.h>
 
 #include <cstdint>
 #include <cstdlib>

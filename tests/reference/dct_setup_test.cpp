@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The plan of a scaling: geometry, sizes and blocks, weights and sets, and the
 // transforms of one block.
-#include <orumlox/dct.h>
+#include <orumlox/unprefixed.h>
 
 #include <cstdint>
 #include <cstring>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scaling and thumbnails at every level against the model and the portable
 // form: ratios, formats, geometries, the parts that callers may use alone.
-#include <orumlox/dct.h>
 #include <orumlox/rot.h>
+#include <orumlox/unprefixed.h>
 
 #include <pthread.h>
 

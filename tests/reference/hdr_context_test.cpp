@@ -12,6 +12,7 @@
 
 #include "hdr_log.h"
 #include "hdr_pictures.h"
+#include "orumlox/unprefixed.h"
 
 namespace lox_test {
 namespace {

@@ -2,7 +2,7 @@
 // Threads: pictures of enough rows for all of them to every destination, the
 // parts that callers with threads of their own use, several calls at once.
 // Built with ThreadSanitizer too.
-#include <orumlox/hdr.h>
+#include <orumlox/unprefixed.h>
 
 #include <array>
 #include <cstdint>

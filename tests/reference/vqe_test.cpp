@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Saturation, sharpening, deblocking and anaglyphs against their rules, sample
 // by sample and, where the order counts, in place.
-#include <orumlox/vqe.h>
+#include <orumlox/unprefixed.h>
 
 #include <algorithm>
 #include <cstdint>

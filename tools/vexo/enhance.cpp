@@ -12,7 +12,7 @@
 #include "error.h"
 #include "orumlox/common.h"
 #include "orumlox/rot.h"
-#include "orumlox/vqe.h"
+#include "orumlox/unprefixed.h"
 #include "pixels.h"
 #include "turns.h"
 
