@@ -229,7 +229,7 @@ class TableFiller {
 
   // Of the outputs from byte `start` to byte `stop`, the last vector ending
   // with the strip; offsets count from source byte `origin`.
-  LOX_INLINE void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
+  __attribute__((noinline)) void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
     if (start >= stop) return;
     const ptrdiff_t first = start + V::n <= bytes_ ? start : bytes_ - V::n;
     ByteWalk<kUnit> walk(c_, first);
