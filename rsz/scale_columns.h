@@ -229,7 +229,7 @@ class TableFiller {
 
   // Of the outputs from byte `start` to byte `stop`, the last vector ending
   // with the strip; offsets count from source byte `origin`.
-  __attribute__((noinline)) void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
+  LOX_INLINE void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
     if (start >= stop) return;
     const ptrdiff_t first = start + V::n <= bytes_ ? start : bytes_ - V::n;
     ByteWalk<kUnit> walk(c_, first);
@@ -313,9 +313,13 @@ LOX_INLINE void fill_tables(Columns &c, Form form) {
   }
   TableFiller<V, kWords, kUnit> filler(c, form);
   const ptrdiff_t period = ptrdiff_t{c.period} * V::n;
-  filler.fill(0, period, c.origin);
-  filler.fill(c.repeats * period, ptrdiff_t{c.count} * kUnit,
-              c.origin + c.repeats * c.advance);
+  // A loop, or there would be two of a function of 2 KiB.
+#pragma GCC unroll 1
+  for (int part = 0; part < 2; ++part) {
+    const ptrdiff_t times = part == 0 ? 0 : c.repeats;
+    filler.fill(times * period, part == 0 ? period : ptrdiff_t{c.count} * kUnit,
+                c.origin + times * c.advance);
+  }
 }
 
 template <bool kWords>
