@@ -23,7 +23,7 @@ cd "$(dirname "$0")/.."
 # shellcheck source=scripts/packages.sh
 . scripts/packages.sh
 need g++ clang libclang-rt-14-dev clang-format clang-tidy cmake ninja-build \
-  googletest libcli11-dev libpng-dev zlib1g-dev qemu-user ffmpeg \
+  googletest libcli11-dev libpng-dev zlib1g-dev qemu-user ffmpeg zip unzip \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu
 
 jobs=$(nproc)
@@ -68,4 +68,9 @@ for preset in "$@"; do
   esac
   ctest --preset "$preset" -j "$jobs"
 done
+case " $* " in
+  *' android-armeabi-v7a android-arm64-v8a android-x86 android-x86_64 '*)
+    tests/audit/aar.sh
+    ;;
+esac
 echo "All tests passed: $*"
