@@ -16,6 +16,11 @@ struct KernelArgs {
   const int32_t *dst_stride;
   uint8_t *const *dst_plane;
 
+  // Whether a plane of the source has nothing to convert. Every driver asks
+  // before it walks a plane: a plane without width may claim 2^31 rows.
+  bool empty(int plane = 0) const {
+    return src_width[plane] < 1 || src_height[plane] < 1;
+  }
   const uint8_t *src(int plane, ptrdiff_t row) const {
     return src_plane[plane] + row * src_stride[plane];
   }

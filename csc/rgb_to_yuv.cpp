@@ -27,7 +27,7 @@ void rgb_to_yuv(const RgbToYuvForms &forms, const ChromaPlanes &chroma,
                 const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
-  if (width < 1) return;
+  if (args.empty()) return;
   const RgbToYuvFn luma_and_chroma = forms.luma_and_chroma[chroma.kind];
   for (int32_t row = 0; row < height; ++row) {
     const bool has_chroma = row % 2 == 0 && row + 1 < height;
@@ -44,6 +44,7 @@ void rgb_to_yuv(const RgbToYuvForms &forms, const ChromaPlanes &chroma,
 }
 
 void rgb_to_yuv444(RgbToYuvFn convert_row, const KernelArgs &args) {
+  if (args.empty()) return;
   for (int32_t row = 0; row < args.src_height[0]; ++row) {
     convert_row({args.src(0, row),
                  args.dst(0, row),
@@ -53,6 +54,7 @@ void rgb_to_yuv444(RgbToYuvFn convert_row, const KernelArgs &args) {
 }
 
 void rgb_to_rgb(RgbToRgbFn convert_row, const KernelArgs &args) {
+  if (args.empty()) return;
   for (int32_t row = 0; row < args.src_height[0]; ++row) {
     convert_row(args.src(0, row), args.dst(0, row), args.src_width[0]);
   }

@@ -29,20 +29,20 @@ struct Tiled {
   }
 };
 
-// Of all but an odd width's last column.
 void convert_strips(const Tiled &tiled, const TileShape &shape,
                     const Writing &writing) {
   StripReader luma_reader(tiled.luma, tiled.args.src_plane[0]);
   StripReader chroma_reader(tiled.chroma, tiled.args.src_plane[1]);
-  const TilePlane strips(tiled.luma.width() & ~1, tiled.luma.height(),
+  const TilePlane strips(tiled.luma.width(), tiled.luma.height(),
                          StripReader::width(tiled.luma), shape.luma_rows,
                          false);
   strips.for_tiles([&](int32_t x, int32_t y, int32_t width, int32_t rows) {
     const int32_t first = tiled.chroma_row(y);
     const int32_t chroma_rows = tiled.chroma_row(y + rows - 1) - first + 1;
     const StripReader::View luma = luma_reader.view(x, y, width, rows);
+    // Whole pairs: an odd width's last V lies beyond it, in the same tile.
     const StripReader::View chroma =
-        chroma_reader.view(x, first, width, chroma_rows);
+        chroma_reader.view(x, first, width + width % 2, chroma_rows);
     for (int32_t row = 0; row < rows; row += 2) {
       const bool two = row + 1 < rows;
       const int32_t second = two ? row + 1 : row;
@@ -57,38 +57,19 @@ void convert_strips(const Tiled &tiled, const TileShape &shape,
   });
 }
 
-// Its last chroma byte is a U: the V is that of the pair before.
-void convert_last_column(const Tiled &tiled) {
-  const int32_t x = tiled.luma.width() - 1;
-  for (int32_t y = 0; y < tiled.luma.height(); ++y) {
-    const int32_t row = tiled.chroma_row(y);
-    const uint8_t *const chroma = tiled.args.src_plane[1];
-    const uint8_t pair[2] = {chroma[tiled.chroma.offset(x, row)],
-                             chroma[tiled.chroma.offset(x - 1, row)]};
-    tiled.forms.one_row(
-        {{tiled.args.src_plane[0] + tiled.luma.offset(x, y), nullptr},
-         {pair, nullptr},
-         {tiled.rgb(x, y), nullptr},
-         false,
-         false},
-        1);
-  }
-}
-
 void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
                   const KernelArgs &args) {
+  if (args.empty()) return;
   const int32_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
-  // There is no whole chroma pair.
-  if (width < 2 || height < 2) return;
+  // Of a picture of one row the chroma has one, too.
   const Tiled tiled = {TilePlane::luma(shape, width, height),
-                       TilePlane::chroma(shape, width, height),
+                       TilePlane::chroma(shape, width, height < 2 ? 2 : height),
                        yuv_to_rgb_rows().yuv_to_rgb[kRowUv][layout], layout,
                        args};
   const Writing writing = writing_of(layout, args);
   convert_strips(tiled, shape, writing);
   if (writing.stream) yuv_to_rgb_rows().end_stream();
-  if (width % 2 != 0) convert_last_column(tiled);
 }
 
 }  // namespace

@@ -60,6 +60,7 @@ class TilePlane {
   // Calls each(x, y, bytes, rows) for what the plane has of every tile.
   template <class Each>
   void for_tiles(Each each) const {
+    if (width_ < 1) return;
     for (int32_t y = 0; y < height_; y += step(y, height_, tile_rows_)) {
       const int32_t rows = step(y, height_, tile_rows_);
       for (int32_t x = 0; x < width_; x += step(x, width_, tile_width_)) {

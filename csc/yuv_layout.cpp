@@ -72,6 +72,15 @@ void merge_pairs(int first, int second, const KernelArgs &args) {
                     args.dst_stride[1], args.dst_plane[1]);
 }
 
+// Where a row of four planes is, some of which may be null.
+template <class Byte>
+void rows_of(Byte *const (&planes)[4], const int32_t (&strides)[4],
+             ptrdiff_t row, Byte *(&rows)[4]) {
+  for (int i = 0; i < 4; ++i) {
+    rows[i] = planes[i] == nullptr ? nullptr : planes[i] + row * strides[i];
+  }
+}
+
 int64_t swapped_bytes(int32_t stride, int32_t rows) {
   return int64_t{static_cast<int16_t>(stride)} * static_cast<int16_t>(rows);
 }
@@ -125,6 +134,8 @@ void yuv420_to_yv12(LOX_PARAMETERS) {
 
 void nv12_to_nv21(LOX_PARAMETERS) {
   const KernelArgs args = LOX_ARGUMENTS;
+  // The exchange always touches a pair, which an empty picture need not have.
+  if (args.empty()) return;
   copy_luma(args);
   const int32_t stride = dst_stride[1];
   const int32_t rows = src_height[0] / 2;
@@ -161,6 +172,7 @@ void vexo_csc_1x2_to_1x1(const uint8_t *src, int32_t width, int32_t height,
 
 void vexo_csc_1x1_to_1x2(const uint8_t *src, int32_t width, int32_t height,
                          int32_t src_stride, int32_t dst_stride, uint8_t *dst) {
+  if (width < 1 || height < 1) return;
   for (ptrdiff_t row = 0; row < height; ++row) {
     lox::copy_plane(dst + 2 * row * dst_stride, dst_stride,
                     src + row * src_stride, 0, width, 2);
@@ -195,15 +207,14 @@ void vexo_csc_8b8b8b8b_unpack(const uint8_t *src, int32_t width, int32_t height,
                               int32_t dst_stride_1, int32_t dst_stride_2,
                               int32_t dst_stride_3, uint8_t *dst_0,
                               uint8_t *dst_1, uint8_t *dst_2, uint8_t *dst_3) {
-  if (width < 1) return;
+  if (width < 1 || height < 1) return;
   const int32_t strides[] = {dst_stride_0, dst_stride_1, dst_stride_2,
                              dst_stride_3};
-  uint8_t *planes[] = {dst_0, dst_1, dst_2, dst_3};
-  for (int32_t row = 0; row < height; ++row, src += src_stride) {
-    lox::csc::layout_rows().split4(src, planes, width);
-    for (int i = 0; i < 4; ++i) {
-      if (planes[i] != nullptr) planes[i] += strides[i];
-    }
+  uint8_t *const planes[] = {dst_0, dst_1, dst_2, dst_3};
+  for (ptrdiff_t row = 0; row < height; ++row) {
+    uint8_t *rows[4];
+    lox::csc::rows_of(planes, strides, row, rows);
+    lox::csc::layout_rows().split4(src + row * src_stride, rows, width);
   }
 }
 
@@ -213,15 +224,14 @@ void vexo_csc_8b8b8b8b_pack(uint8_t *dst, int32_t width, int32_t height,
                             int32_t src_stride_3, const uint8_t *src_0,
                             const uint8_t *src_1, const uint8_t *src_2,
                             const uint8_t *src_3) {
-  if (width < 1) return;
+  if (width < 1 || height < 1) return;
   const int32_t strides[] = {src_stride_0, src_stride_1, src_stride_2,
                              src_stride_3};
-  const uint8_t *planes[] = {src_0, src_1, src_2, src_3};
-  for (int32_t row = 0; row < height; ++row, dst += dst_stride) {
-    lox::csc::layout_rows().merge4(planes, dst, width);
-    for (int i = 0; i < 4; ++i) {
-      if (planes[i] != nullptr) planes[i] += strides[i];
-    }
+  const uint8_t *const planes[] = {src_0, src_1, src_2, src_3};
+  for (ptrdiff_t row = 0; row < height; ++row) {
+    const uint8_t *rows[4];
+    lox::csc::rows_of(planes, strides, row, rows);
+    lox::csc::layout_rows().merge4(rows, dst + row * dst_stride, width);
   }
 }
 
@@ -285,6 +295,7 @@ void vexo_csc_yuv444_to_yuv420(LOX_PARAMETERS) {
 void vexo_csc_yuyv_to_yuv420(LOX_PARAMETERS) {
   const lox::csc::KernelArgs args = LOX_ARGUMENTS;
   const lox::LayoutRows &kernels = lox::csc::layout_rows();
+  if (args.empty()) return;
   for (int32_t row = 0; row < src_height[0]; ++row) {
     // The first row of two puts its chroma down, the second averages.
     const auto convert = row % 2 == 0 ? kernels.yuyv : kernels.yuyv_average;
@@ -297,6 +308,7 @@ void vexo_csc_yuv420Planar16_to_yuv420Planar(LOX_PARAMETERS) {
   const lox::csc::KernelArgs args = LOX_ARGUMENTS;
   const auto words_by_4 = lox::csc::layout_rows().words_by_4;
   for (int plane = 0; plane < 3; ++plane) {
+    if (args.empty(plane)) continue;
     for (int32_t row = 0; row < src_height[plane]; ++row) {
       words_by_4(args.src(plane, row), args.dst(plane, row), src_width[plane]);
     }

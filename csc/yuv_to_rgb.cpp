@@ -30,7 +30,7 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
                 RgbLayout layout, const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
-  if (width < 1 || height < 1) return;
+  if (args.empty()) return;
   // The pair that an odd width ends with is converted whole: one luma byte is
   // read and one pixel written beyond the row, intentionally. A row with such a
   // pixel must be finished before the next begins, which may start there.
@@ -82,6 +82,7 @@ void ordinary(const YuvSource &source, RgbLayout layout,
 }
 
 void grey_to_rgb(GreyToRgbFn convert_row, const KernelArgs &args) {
+  if (args.empty()) return;
   for (int32_t row = 0; row < args.src_height[0]; ++row) {
     convert_row(args.src(0, row), args.dst(0, row), args.src_width[0]);
   }

@@ -45,6 +45,7 @@ const uint8_t vexo_tbl_rsz_weight[64][4] = {
 void vexo_rsz_8b_org(const uint8_t *src, int32_t src_stride, int32_t dst_width,
                      int32_t dst_height, int32_t dst_stride, uint8_t *dst,
                      uint32_t horizontal_step, uint32_t vertical_step) {
+  if (dst_width < 1 || dst_height < 1) return;
   Position down(vertical_step);
   for (int32_t y = 0; y < dst_height; ++y, down.advance()) {
     const uint8_t *const row = src + down.at() * src_stride;

@@ -46,6 +46,7 @@ extern "C" {
 void vexo_fpa_frm_pack(const uint8_t *view_a, const uint8_t *view_b,
                        uint8_t *dst, int32_t rows, int32_t row_bytes,
                        int32_t src_pitch, int32_t dst_pitch) {
+  if (rows < 1 || row_bytes < kPixel) return;
   for (ptrdiff_t y = 0; y < rows; ++y) {
     pack_row(view_a + y * src_pitch, view_b + y * src_pitch,
              dst + y * dst_pitch, row_bytes);
@@ -61,6 +62,7 @@ int32_t vexo_fpa(const vexo_img *src, const vexo_img *dst, int32_t mode) {
       (mode != 1 && mode != 2)) {
     return VEXO_ERR_ARG;
   }
+  if (width < 1 || dst->height[0] < 1) return VEXO_OK;
   const uint8_t *const left = src->plane[0];
   const uint8_t *const right = left + dst->stride[0];
   vexo_fpa_frm_pack(mode == 1 ? left : right, mode == 1 ? right : left,
