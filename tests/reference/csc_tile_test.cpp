@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "csc_model.h"
+#include "support/exact_sizes.h"
 #include "support/image.h"
 
 namespace lox_test {
@@ -113,6 +114,7 @@ TEST_F(CscTiles, HaveTheirPlacesIn64By32) {
   for (const int32_t width : {1, 63, 64, 65, 100, 128, 129, 257, 385, 1921}) {
     for (const int32_t height : {1, 31, 32, 33, 64, 65, 95, 96, 97, 129, 161}) {
       std::set<int32_t> tiles;
+      int32_t end = 0;
       for (int32_t y = 0; y < height; ++y) {
         for (int32_t x = 0; x < width; ++x) {
           const int32_t offset = vexo_get_tile_offset(width, height, x, y);
@@ -120,9 +122,11 @@ TEST_F(CscTiles, HaveTheirPlacesIn64By32) {
               << width << "x" << height << ": " << x << ", " << y;
           if (x % 64 == 0 && y % 32 == 0) {
             ASSERT_TRUE(tiles.insert(offset).second);
+            end = std::max(end, offset + 64 * 32);
           }
         }
       }
+      ASSERT_EQ(end, tiled_bytes(VEXO_FMT_T64X32, width, height, false));
     }
   }
 }

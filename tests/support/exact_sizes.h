@@ -191,7 +191,9 @@ inline ExactCall exact_csc(int32_t from, int32_t to, int32_t standard,
   } else if (from == VEXO_FMT_YUV422N || from == VEXO_FMT_YV16) {
     chroma(w1, half_down(h1));
   } else if (from == VEXO_FMT_YUV420 && to == VEXO_FMT_T64X32) {
-    dst[1].whole = tiled_bytes(to, width, half_down(height), true);
+    dst[1].height = half_down(height);
+    dst[1].row_bytes = 0;
+    dst[1].whole = tiled_bytes(to, width, dst[1].height, true);
     // What of the source's chroma goes there.
     src[1] = exact_plane(half_up(width), half_down(height), 1);
     src[2] = exact_plane(half_down(width), half_down(height), 1);
