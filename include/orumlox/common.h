@@ -7,6 +7,8 @@
  * overlap and strides shorter than a row are the caller's fault. Nothing is
  * read or written beyond the bytes of a row, except where a plane that is
  * contiguous on both sides is copied as one run (each such case is named).
+ * Pointers of empty planes may be null. Strides may be negative but for the
+ * destination of vexo_padding.
  */
 #ifndef ORUMLOX_COMMON_H
 #define ORUMLOX_COMMON_H
@@ -56,7 +58,8 @@ VEXO_API void vexo_cpy_32b(const uint8_t *src, int32_t width, int32_t height,
                            uint8_t *dst);
 
 /*
- * As above for 16-bit samples, with the strides rounded down to even: when
+ * As above for 16-bit samples, with the strides rounded down to even (7 to 6,
+ * -7 to -8): when
  * width equals half of each stride, rounded down, width * height * 2 bytes are
  * copied as one run (the odd byte of an odd stride is then not skipped);
  * otherwise each side advances by its stride with the lowest bit cleared.
@@ -95,13 +98,15 @@ VEXO_API int32_t vexo_cpy(const vexo_img *src, const vexo_img *dst);
 VEXO_API int32_t vexo_crop(const vexo_img *src, const vexo_img *dst);
 
 /*
- * Clears the destination's whole buffers (stride * buf_height bytes a plane) to
- * black and copies the source to the place given by the source's (offset_x,
+ * Clears the destination's whole buffers (stride * buf_height bytes a plane; a
+ * buffer with one of them below 1 is not cleared, so strides must be positive)
+ * to black and copies the source to the place given by the source's (offset_x,
  * offset_y). Black is 16 for luma, 128 for chroma, 0 for every byte of RGB,
  * alpha included. The source's format decides, the destination's is not read.
  *
- * Formats: YUV420, NV12, NV21, RGB888, BGR888, RGBA8888, BGRA8888 (ARGB8888 and
- * ABGR8888, which vexo_crop takes, are refused). Chroma origins as in
+ * Formats: YUV420, NV12, NV21, RGB888, BGR888, RGBA8888, BGRA8888 (Quirk:
+ * ARGB8888 and ABGR8888, which vexo_crop takes, are refused; callers rely on
+ * the refusal). Chroma origins as in
  * vexo_crop.
  *
  * Returns VEXO_OK; VEXO_ERR_ARG when the source at its offset reaches beyond

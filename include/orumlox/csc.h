@@ -19,8 +19,18 @@ VEXO_BEGIN_DECLS
 /*
  * Converts a whole image to another format. The destination must hold the
  * source's size: the kernels convert the source's plane 0 width by plane 0
- * height and are not told the destination's. A 4:2:0 source of odd width reads
- * and writes one pixel more a row; see csc_kernels.h.
+ * height and are not told the destination's. How large each plane must be, of
+ * odd sizes too, is said with the kernels: csc_kernels.h for RGB, where a 4:2:0
+ * source of odd width reads and writes one pixel more a row, csc_layout.h for
+ * YUV to YUV.
+ *
+ * Two routes have no kernel of their own:
+ *   YUV420 to YV12 copies the planes, plane 1 to plane 2 and plane 2 to plane
+ *     1. Quirk: each chroma plane is READ WITH THE OTHER'S STRIDE, as callers
+ *     know it: plane 1 spans (height[1] - 1) * stride[2] + width[1] bytes,
+ *     plane 2 (height[2] - 1) * stride[1] + width[2]. With unequal strides give
+ *     both planes room for the larger one.
+ *   NV12 to NV21 is vexo_csc_nv21_to_nv12 (csc_layout.h), padding included.
  *
  * The checks, in order:
  *   1. equal format codes: VEXO_ERR_ARG;

@@ -3,34 +3,46 @@
  * Tone mapping: 10-bit BT.2020 pictures, PQ (HDR10) or HLG, to 8-bit BT.709.
  *
  * Sources: YUV420PLANAR16 (the low 10 bits of every word count) and P010LE (the
- * high 10 bits). The width and height of the picture are those of the source's
- * plane 0; strides are read of planes 0 and 1 (plane 1's serves plane 2, too)
- * and count in whole words, an odd byte being dropped; of every row the width
- * alone is read. Any other source code gives what samples of 0 give, with
- * nothing read but for the measurement below.
+ * high 10 bits). The width and height of the picture, W x H, are those of the
+ * source's plane 0; strides are read of planes 0 and 1 (plane 1's serves plane
+ * 2, too) and count in whole words, an odd byte being dropped; of every row the
+ * width alone is read: W words of luma in H rows, (W + 1) / 2 words or pairs of
+ * chroma in (H + 1) / 2 rows. Strides may be negative, but not plane 0's of a
+ * picture that is measured. Any other source code gives what samples of 0 give,
+ * with nothing read but for the measurement below.
  *
- * Destinations: RGB888, RGBA8888, ARGB8888; YUV420, YV12, NV12, NV21. Values
- * are of video range, 16 (black) to 235, for RGB too; alpha is 255.
- * Chroma is that of the pixel at even columns of the picture's even rows alone.
- * Of the destination descriptor the format and the plane pointers are read:
- * rows are dense, W pixels apart, and a band of four rows that begins at row r
- * begins in RGBA8888 and ARGB8888 at byte 4 * W * r; in RGB888 at byte 4 * W *
- * r, too, intentionally: its rows are 3 * W bytes, so that every band but the
- * last is followed by 4 * W bytes that are left alone (the plane takes 4 * W *
- * (H - 1) bytes for H a multiple of 4); in YUV420, NV12 and NV21 at luma byte W
- * * r, and at byte W * r / 4 of each chroma plane, or W * r / 2 of the plane of
- * pairs; within a band the chroma of the k-th even row is k * W / 2 samples
- * (pairs) further on, all rounded down. Of an odd width's (W + 1) / 2 samples
- * in a row the last may so be written over by the next row's first. in YV12 at
- * the start of every plane, intentionally: after a whole picture the planes
- * begin with the rows of its last band, over those of the one before where the
- * last has fewer rows. Codes below 200 or above 599 other than these get luma
- * alone, at the start of plane 0, like YV12. Every other code from 200 to 599
- * gets nothing; for each chunk of the picture the line
- *   "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [<code>]"
- * goes to the standard error stream, and the call succeeds all the same.
+ * Destinations. Values are of video range, 16 (black) to 235, for RGB too;
+ * alpha is 255. Chroma is that of the pixel at even columns of the picture's
+ * even rows alone. Quirk: THE DESTINATION'S STRIDES AND SIZES ARE NOT READ,
+ * only its format and plane pointers: rows are dense, W pixels apart, because
+ * bands of four rows are laid out by the source's size alone. By format:
  *
- * Any width and height: bands and chunks end where the picture does.
+ *   RGBA8888, ARGB8888: 4 W H bytes.
+ *   RGB888: rows of 3 W bytes. Quirk: the band that begins at row r begins at
+ *     byte 4 W r, as if pixels had four bytes, so that every band but the last
+ *     is followed by 4 W bytes that are left alone. With r the first row of the
+ *     last band the plane takes 4 W r + 3 W (H - r) bytes, 4 W (H - 1) for H a
+ *     multiple of 4.
+ *   YUV420, NV12, NV21: W H bytes of luma. Chroma of the even rows follows
+ *     densely, W / 2 samples a row in each plane or pairs in one; of an odd W
+ *     rows have (W + 1) / 2 samples, but a band of four rows takes W samples
+ *     all the same: its second chroma row begins at sample W / 2, rounded down,
+ *     over the last sample of its first. So a plane has
+ *       W (H / 4) samples, and for H mod 4 = 1 or 2 another (W + 1) / 2, for 3
+ *       another W;
+ *     a plane of pairs as many pairs. All divisions round down.
+ *   YV12. Quirk: every band begins at the start of the planes; the bands do not
+ *     know their place. After a whole picture the planes begin with the rows of
+ *     its last band, over those of the one before where the last has fewer
+ *     rows. They take min(H, 4) W bytes of luma and the chroma of as many rows.
+ *   Other codes below 200 or above 599: luma alone, at the start of plane 0, in
+ *     bands like YV12. Nothing else is written.
+ *   Other codes from 200 to 599: nothing. For each chunk of a row the line
+ *       "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [<code>]"
+ *     goes to the standard error stream, and the call succeeds all the same.
+ *
+ * Any width and height: bands and chunks end where the picture does. With one
+ * below 1 there is no picture, and plane pointers may be null.
  *
  * Re-entrant: calls keep no state. Source and destination do not overlap. On
  * Android diagnostic lines go to the log, with the tag "VEXO_HDR" and info
@@ -90,8 +102,9 @@ VEXO_API int32_t vexo_hdr10_to_sdr8(vexo_img *src, const vexo_img *dst,
 
 /*
  * The same for an HLG picture. The signal is made linear by a plain power of
- * 2.4, intentionally, and no tone curve is applied; the matrix is that of
- * variant 0. The final nit is chosen and written all the same.
+ * 2.4 and no tone curve is applied (Quirk: not the inverse of the HLG curve; it
+ * is the look that pictures have always had); the matrix is that of variant 0.
+ * The final nit is chosen and written all the same.
  */
 VEXO_API int32_t vexo_hlg_to_sdr8(vexo_img *src, const vexo_img *dst);
 
@@ -167,7 +180,8 @@ typedef struct vexo_hdr_worker {
  *   R = y + 1.4746 v, G = y - 0.16455 u - 0.57135 v, B = y + 1.8814 u with
  *   y = (Y - 64) * 1024 / 876 in 0..1024, u = (U - 512) * 1024 / 896 with U in
  *   64..960, v of V likewise; each product rounded to nearest by itself, sums
- *   clamped to 0..1023. The scale is 1024, intentionally.
+ *   clamped to 0..1023. The scale is 1024, a
+ *   shift (Quirk: not 1023, the largest code).
  *   Linear light of each by the table pq or hlg_linear.
  *   BT.709 light c = (matrix row . linear) >> 8, clamped to 0..32767:
  *             variant 0             variant 1 (rows of 256, 256 and 257)

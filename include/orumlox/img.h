@@ -68,6 +68,14 @@ enum {
  * stride of every such plane are the caller's to fill: the library derives no
  * chroma size from plane 0. Null pointers, and strides shorter than a row, are
  * not detected.
+ *
+ * A plane with a width or height below 1 is empty: it is left alone at once,
+ * whatever its other size, and its pointer may be null. (Conversions go by
+ * plane 0, and for chroma by what csc_kernels.h and csc_layout.h say.)
+ *
+ * A stride may be negative, for a picture whose rows lie upwards: the plane
+ * pointer is that of the first row, which is last in memory. Each header names
+ * the calls that take positive strides alone.
  */
 typedef struct vexo_img {
   /* Samples in a row of each plane. Bytes for an 8-bit plane; byte pairs for

@@ -4,7 +4,8 @@
  *
  * All calls are re-entrant and keep no state. Source and destination do not
  * overlap. Only sizes of the source are read: the caller has sized the
- * destination.
+ * destination, each plane exactly as large as the source's after the turn.
+ * Strides may be negative; planes with a size below 1 may be null.
  */
 #ifndef ORUMLOX_ROT_H
 #define ORUMLOX_ROT_H
@@ -30,8 +31,8 @@ enum {
  * not read:
  *   0 to 99 but 11: plane 0 for YUV400; plane 0 and plane 1's pairs, kept
  *     together and in order, for NV12 and NV21; planes 0, 1 and 2 as bytes for
- *     every other code, those of other tiles included, intentionally without a
- *     further check.
+ *     every other code. Quirk: those of other tiles, too, as if they were
+ *     planes; there is no further check.
  *   200 to 299, 400 to 499, 500 to 599: plane 0 in units of 2, 3, 4 bytes.
  * Each plane is turned as it is: a quarter turn of chroma with half the width
  * and all the height has all the width and half the height.

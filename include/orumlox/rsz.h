@@ -6,7 +6,8 @@
  *
  * All calls are re-entrant and keep no state. Source and destination do not
  * overlap. Within a plane nothing is read or written beyond the samples of its
- * rows.
+ * rows, and each plane is as large as its own width and height say. Strides may
+ * be negative. Planes whose sizes are refused or below 1 may be null.
  */
 #ifndef ORUMLOX_RSZ_H
 #define ORUMLOX_RSZ_H
@@ -48,8 +49,8 @@ VEXO_API int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst);
  *
  * The two format codes are compared first. Then, when nothing is to be scaled
  * (the plane 0 sizes agree, exchanged for codes 1 and 2), this is vexo_rot,
- * with every format and code it takes. Otherwise codes other than 1, 2 and 3
- * scale and do not turn or mirror, intentionally.
+ * with every format and code it takes. Quirk: otherwise codes other than 1, 2
+ * and 3 scale and do not turn or mirror; only a turn alone knows them.
  *
  * Returns VEXO_OK, or vexo_rot's status. VEXO_ERR_ARG as vexo_rsz does;
  * VEXO_ERR_UNSUPPORTED for codes other than 0 to 99 and for T64X32. Planes as
@@ -87,7 +88,7 @@ VEXO_API vexo_rsz_scaler vexo_rsz_8b;
 VEXO_API vexo_rsz_scaler vexo_rsz_8b8b;
 VEXO_API vexo_rsz_scaler vexo_rsz_8b8b8b;
 VEXO_API vexo_rsz_scaler vexo_rsz_8b8b8b8b;
-/* Odd strides are rounded down to even. */
+/* Odd strides are rounded down to even (7 to 6, -7 to -8). */
 VEXO_API vexo_rsz_scaler vexo_rsz_5b6b5b;
 
 /* 16-bit samples and pairs of them, odd strides rounded down to even. Only
@@ -122,7 +123,7 @@ VEXO_API vexo_rsz_scaler vexo_rsz_8b8b_rot_180;
  * and one row below the last position.
  *
  * Output bytes of a row are consecutive whatever the distance. A width or
- * height below 1: nothing.
+ * height below 1: nothing, at once.
  */
 VEXO_API void vexo_rsz_8b_org(const uint8_t *src, int32_t src_stride,
                               int32_t dst_width, int32_t dst_height,

@@ -8,8 +8,9 @@
  * has rows of exactly 2 W or 4 W bytes, the factor times W, one after the
  * other; the destination rows of W bytes, one after the other, unless said.
  *
- * All calls are re-entrant and check nothing; a size below 1 writes nothing.
- * Nothing is read or written beyond the rows. Where source and destination
+ * All calls are re-entrant and check nothing; with a size below 1 they do
+ * nothing, and pointers may be null. Nothing is read or written beyond the
+ * rows. A destination stride may be negative. Where source and destination
  * overlap, the bytes of the outputs are computed and written one after the
  * other, row by row from the left.
  */
@@ -27,15 +28,16 @@ typedef void vexo_rsz_block_kernel(const uint8_t *src, uint8_t *dst,
 VEXO_API vexo_rsz_block_kernel vexo_8b_rsz_down_2x2;
 VEXO_API vexo_rsz_block_kernel vexo_8b8b_rsz_down_2x2;
 
-/* The eight samples of rows 0 and 2 of a 4 x 4 block, >> 3; rows 1 and 3 are
- * skipped, intentionally. */
+/* The eight samples of rows 0 and 2 of a 4 x 4 block, >> 3. Quirk: rows 1 and 3
+ * are skipped, which halves the reads. */
 VEXO_API vexo_rsz_block_kernel vexo_8b_rsz_down_4x4;
 
 /*
  * Pairs in runs of 16 of a source row, which make 4: the outputs of a run take
- * its pairs 0 2 4 6, 1 3 5 7, 8 10 12 14 and 9 11 13 15, intentionally
- * interleaved, of rows 0 and 2; the eight >> 3. A last run of fewer pairs takes
- * neighbours, 4 x to 4 x + 3 for its x-th output, of rows 0 and 2.
+ * its pairs 0 2 4 6, 1 3 5 7, 8 10 12 14 and 9 11 13 15 of rows 0 and 2; the
+ * eight >> 3. Quirk: so interleaved, as vectors of pairs are added. A last run
+ * of fewer pairs takes neighbours, 4 x to 4 x + 3 for its x-th output, of rows
+ * 0 and 2.
  */
 VEXO_API vexo_rsz_block_kernel vexo_8b8b_rsz_down_4x4;
 
@@ -65,8 +67,8 @@ VEXO_API vexo_rsz_columns_kernel vexo_8b_rsz_down_4x4_non_alignment_remain;
  * component, the output is
  *   rows 0 and 2: all four, the second and fourth counted twice,
  *   rows 1 and 3: the first and third alone,
- * >> 4; intentionally so lopsided. A last run of fewer than 16 pairs takes
- * neighbours and all 16 samples alike.
+ * >> 4. Quirk: so lopsided, for callers know these samples. A last run of fewer
+ * than 16 pairs takes neighbours and all 16 samples alike.
  */
 VEXO_API vexo_rsz_columns_kernel vexo_8b8b_rsz_down_4x4_non_alignment;
 VEXO_API vexo_rsz_columns_kernel vexo_8b8b_rsz_down_4x4_non_alignment_remain;

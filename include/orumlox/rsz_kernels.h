@@ -17,14 +17,15 @@
  * next source sample, the source skips one more sample and the accumulator
  * drops by D.
  *   down_mult (e is 0 both ways): the mean (a + b + c + d) >> 2 of the 2 x 2
- *     samples at the top left of each q x q cell; intentionally no mean of the
- *     whole cell.
+ *     samples at the top left of each q x q cell. Quirk: no mean of the whole
+ *     cell, which would read all of it.
  *   down_non_mult: a sample that neither direction blends is itself; blended in
  *     one, (a + b) >> 1 with its right or its lower neighbour; in both, the
  *     mean of four as above. A direction without a remainder does not blend.
  *   down_w, down_h: one direction alone. Without a remainder every output is
  *     (a + b) >> 1 of the first two samples of its cell; with one, only the
- *     blended outputs are. Intentionally so different.
+ *     blended outputs are. Quirk: so different, as down_mult and down_non_mult
+ *     are.
  *
  * Enlarging S samples to D, r = D / S, m = D mod S. Each source sample a is
  * followed by n values on the way to the next sample b, n being r - 1, or r
@@ -46,9 +47,10 @@ VEXO_BEGIN_DECLS
 
 /*
  * A kernel takes the sizes of the whole job, as its plane scaler does, widths
- * in samples; strides in bytes. It returns nothing and checks only that sizes
- * are positive: source and destination are apart and of the ratio that its role
- * names, or the result is undefined. By role:
+ * in samples; strides in bytes, of either sign. It returns nothing and checks
+ * only that the sizes it reads are positive, else it does nothing: source and
+ * destination are apart and of the ratio that its role names, or the result is
+ * undefined. By role:
  *   down_mult, down_non_mult: from source to destination.
  *   down_w, up, up_mode1: across. `dst` receives src_height rows of dst_width
  *     samples; dst_height is not read.
@@ -107,8 +109,9 @@ VEXO_API vexo_rsz_kernel vexo_16b16b_rsz_down_mult;
 
 /* The kernels of down_non_mult for four sizes, which they give the same samples
  * of: of 8b 1280 x 720 to 720 x 404 and 1280 x 580 to 720 x 326; of 8b8b
- * 640 x 360 to 360 x 202 and 640 x 360 to 360 x 163 (the latter is not the
- * chroma of the second 8b case, intentionally). Any other sizes do as well. */
+ * 640 x 360 to 360 x 202 and 640 x 360 to 360 x 163 (Quirk: the latter is not
+ * the chroma of the second 8b case; its height is that of the first). Any other
+ * sizes do as well. */
 VEXO_API vexo_rsz_kernel vexo_8b_rsz_down_non_mult_720p_720x404;
 VEXO_API vexo_rsz_kernel vexo_8b8b_rsz_down_non_mult_720p_720x404;
 

@@ -46,10 +46,11 @@ VEXO_API double TMO_VD_Norm(double x, double s, double t, double knee,
 /*
  * The final nit for a picture by the largest of its luma samples, as they are
  * (P010LE's are not shifted): 1000 up to 750, 2000 from 751 to 810, 4001 from
- * 811; 4001 is intentional, its curve is not that of 4000. Looks at every 2nd
+ * 811 (Quirk: not 4000, so that it has a curve of its own). Looks at every 2nd
  * sample of every 2nd row, or every 4th of every 4th when `width` is above
- * 2000. The rows are taken to be `width` samples apart, whatever the stride,
- * intentionally. Logs "maxY = %d, \n".
+ * 2000. Quirk: the rows are taken to be `width` samples apart, since the call
+ * knows no stride: of padded rows it looks at other samples, and at padding.
+ * Logs "maxY = %d, \n".
  *
  * `luma` is aligned as 16-bit samples are; with a width or height below 1
  * nothing is read and the largest is 0.
@@ -116,8 +117,8 @@ VEXO_TABLE_API extern uint8_t lut[256];
 /*
  * Fills a table of 256 bytes. Entry 2 k, k from 0 to 127, is
  * ((k - 128) * strength >> 10) + 128, an arithmetic shift, limited to 0..255;
- * every odd entry is the value for k = 0. (The samples that entries are made
- * for are 32-bit words read as 16-bit ones, intentionally.)
+ * every odd entry is the value for k = 0. Quirk: the samples that entries are
+ * made for are 32-bit words read as 16-bit ones.
  */
 VEXO_API void color_sat_lut(uint8_t *table, int16_t strength);
 
@@ -137,8 +138,9 @@ VEXO_API void color_sat(const uint8_t *table, int32_t count,
  * sample c becomes c + ((16 c - (2 N + D)) >> 4) limited to 0..255, an
  * arithmetic shift, where N is the sum of the four samples at distance 1 in its
  * row and column, and D that of the four at distance 2 and the four diagonal
- * neighbours. The strength has no effect, intentionally. The planes must not
- * overlap. A width or height below 1 does nothing.
+ * neighbours. Quirk: the strength has no effect; there is one filter. The
+ * planes must not overlap. A width or height below 1 does nothing, and pointers
+ * may be null.
  */
 VEXO_API void detail_enh(const uint8_t *src, int32_t width, int32_t height,
                          uint8_t *dst, int32_t strength);

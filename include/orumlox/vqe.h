@@ -4,9 +4,12 @@
  * anaglyph of a stereo frame. The table `lut`, color_sat_lut, color_sat and
  * detail_enh are declared in unprefixed.h.
  *
- * Null pointers are not detected unless said; nothing beyond the named planes
- * is read or written. All calls but vexo_vqe_cs_init keep no state and are
- * re-entrant, on planes of their own. Nothing is allocated, no thread started.
+ * Null pointers are not detected unless said, but those of empty planes may be
+ * null (a width, height or count below 1: nothing is done, at once); nothing
+ * beyond the named planes is read or written. Strides of deblocking and of
+ * vexo_fpa_frm_pack may be negative; the other calls take rows without gaps.
+ * All calls but vexo_vqe_cs_init keep no state and are re-entrant, on planes of
+ * their own. Nothing is allocated, no thread started.
  */
 #ifndef ORUMLOX_VQE_H
 #define ORUMLOX_VQE_H
@@ -26,11 +29,11 @@ VEXO_BEGIN_DECLS
 VEXO_API int32_t vexo_vqe_cs_init(int32_t strength);
 
 /*
- * Maps the chroma of a YUV420 picture through a table of zeros, not through
- * `lut`, intentionally: plane 1's width * height bytes of planes 1 and 2 of the
- * destination become 0, dense, whatever the strides. Plane 1's size is the
- * source's. Luma is neither read nor written. Returns VEXO_OK, or VEXO_ERR_ARG
- * unless both formats are VEXO_FMT_YUV420.
+ * Quirk: maps the chroma of a YUV420 picture through a table of zeros that
+ * nothing fills, not through `lut`: plane 1's width * height bytes of planes 1
+ * and 2 of the destination become 0, dense, whatever the strides. Plane 1's
+ * size is the source's. Luma is neither read nor written. Returns VEXO_OK, or
+ * VEXO_ERR_ARG unless both formats are VEXO_FMT_YUV420.
  */
 VEXO_API int32_t vexo_vqe_cs(const vexo_img *src, const vexo_img *dst);
 
@@ -56,7 +59,7 @@ VEXO_API int32_t vexo_vqe_dejagging(void);
  * and C; S is the strength.
  *
  *   v = A - 4 B + 4 C - D;  d = |v >> 3|, an arithmetic shift: for negative v
- *   |v| / 8 is rounded up, for positive v down, intentionally.
+ *   |v| / 8 is rounded up, for positive v down (Quirk: of the shift).
  *   m = max(0, d - max(0, 2 (d - S)));  d1 = m with the sign of v.
  *   B + d1 and C - d1, limited to 0..255, replace B and C.
  *   d2 = (A - D) >> 2, limited to -(m >> 1) .. m >> 1.
@@ -92,8 +95,8 @@ VEXO_API void vexo_dbf8x8(uint8_t *plane, int32_t strength, int32_t stride,
  * with fewer planes set the pointers of the others to null (for NV12 plane 2;
  * its chroma is then filtered as `width` bytes a row, pairs as if they were
  * neighbours: set plane 1 to null as well to leave it alone). Returns VEXO_OK,
- * or VEXO_ERR_ARG for a strength above 15, unlike the limit of a single plane,
- * intentionally.
+ * or VEXO_ERR_ARG for a strength above 15. Quirk: a single plane takes any, and
+ * limits it to 12.
  */
 VEXO_API int32_t vexo_dbf8x8_yuv(const vexo_img *img, uint32_t strength);
 
@@ -103,8 +106,8 @@ VEXO_API int32_t vexo_dbf8x8_yuv(const vexo_img *img, uint32_t strength);
  * Makes rows of RGB888 pixels of the red of view A and the green and blue of
  * view B. row_bytes is a row of the destination, 3 bytes a pixel (what is left
  * of it is not written); both views' rows are src_pitch bytes apart, the
- * destination's dst_pitch. rows or row_bytes below 1: nothing. The destination
- * must not overlap the views.
+ * destination's dst_pitch. rows below 1, row_bytes below 3: nothing.
+ * The destination must not overlap the views.
  */
 VEXO_API void vexo_fpa_frm_pack(const uint8_t *view_a, const uint8_t *view_b,
                                 uint8_t *dst, int32_t rows, int32_t row_bytes,
