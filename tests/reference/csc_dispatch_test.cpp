@@ -7,7 +7,7 @@
 
 #include <cstdint>
 #include <map>
-#include <tuple>
+#include <utility>
 
 #include "csc_model.h"
 #include "support/image.h"
@@ -27,107 +27,36 @@ void yuv420_to_yv12(uint8_t* const* src, const int32_t* width,
   }
 }
 
-// The kernel of a standard from one format to another, null without a route.
-vexo_csc_kernel* route(int32_t standard, int32_t src, int32_t dst) {
+// The route of vexo_csc without a standard, null where there is none.
+vexo_csc_kernel* route(int32_t src, int32_t dst) {
   static const auto kernels = [] {
-    std::map<std::tuple<int32_t, int32_t, int32_t>, vexo_csc_kernel*> all;
-    const auto add_sources = [&](const auto& table) {
-      for (const Source& s : table) {
-        for (int n = 0; n < kDestinations; ++n) {
-          all[{s.standard, s.format, kDestinationTable[n].format}] =
-              s.kernel[n];
-        }
-      }
-    };
-    const auto add_routes = [&](const auto& table) {
-      for (const Route& r : table) all[{r.standard, r.src, r.dst}] = r.kernel;
-    };
-    add_sources(kSourceTable);
-    add_sources(kStandardTable);
-    add_routes(kRgbRoutes);
-    add_routes(kLayoutRoutes);
-    add_routes(kTileRoutes);
-    add_routes(kOtherRoutes);
-    all[{0, VEXO_FMT_NV12, VEXO_FMT_NV21}] = nv12_to_nv21;
-    all[{0, VEXO_FMT_YUV420, VEXO_FMT_YV12}] = yuv420_to_yv12;
+    std::map<std::pair<int32_t, int32_t>, vexo_csc_kernel*> all;
+    for (const Conversion& c : all_conversions()) {
+      if (c.standard == VEXO_STD_DEFAULT) all[{c.src, c.dst}] = c.kernel;
+    }
+    all[{VEXO_FMT_NV12, VEXO_FMT_NV21}] = nv12_to_nv21;
+    all[{VEXO_FMT_YUV420, VEXO_FMT_YV12}] = yuv420_to_yv12;
+    // Of pictures wider than 1280 alone.
+    all.erase({VEXO_FMT_T256X16, VEXO_FMT_RGBA8888});
     return all;
   }();
-  const auto found = kernels.find({standard, src, dst});
+  const auto found = kernels.find({src, dst});
   return found == kernels.end() ? nullptr : found->second;
 }
 
-// All that the dispatcher decides by: formats, standards, plane 0's sizes.
-struct Call {
-  int32_t src, dst;
-  int32_t src_std = 0, dst_std = 0;
-  int32_t src_width = 16, src_height = 16;
-  int32_t dst_width = 16, dst_height = 16;
-
-  bool too_small() const {
-    return src_width < 8 || src_height < 8 || dst_width < 8 || dst_height < 8;
-  }
+using Entry = int32_t(const vexo_img*, const vexo_img*);
+struct Sides {
+  int32_t src_width = 16, src_height = 16, dst_width = 16, dst_height = 16;
 };
-
-struct Answer {
+// A call, its status, and the kernel that does what it does; without one
+// nothing is written.
+struct Case {
+  int32_t src, dst, src_std, dst_std;
   int32_t status;
   vexo_csc_kernel* kernel = nullptr;
+  Entry* entry = vexo_csc;
+  Sides sides = {};
 };
-constexpr Answer kArg{VEXO_ERR_ARG};
-constexpr Answer kUnsupported{VEXO_ERR_UNSUPPORTED};
-
-// A pair with a route is converted by it, any other refused.
-Answer routed(vexo_csc_kernel* kernel) {
-  return kernel == nullptr ? kUnsupported : Answer{VEXO_OK, kernel};
-}
-
-Answer bt601_full(const Call& c) {
-  if (c.src == c.dst) return kArg;
-  if (c.too_small()) return kUnsupported;
-  return routed(route(VEXO_STD_BT601_FULL, c.src, c.dst));
-}
-
-// Success without a kernel where there is none.
-Answer bt709(const Call& c) {
-  if (c.src == c.dst) return kArg;
-  if (c.src_width != c.dst_width || c.src_height != c.dst_height) return kArg;
-  if (c.too_small() || (c.src != 1 && c.src != 500)) return kUnsupported;
-  return {VEXO_OK, route(VEXO_STD_BT709, c.src, c.dst)};
-}
-
-// Converts as BT.601 does.
-Answer bt709_full(const Call& c) {
-  if (c.src == c.dst) return kArg;
-  if (c.too_small() || c.src != 1) return kUnsupported;
-  return {VEXO_OK,
-          c.dst == 500 ? vexo_csc_bt601_fr_yuv420_to_rgba8888 : nullptr};
-}
-
-Answer csc(const Call& c) {
-  if (c.src == c.dst) return kArg;
-  if (c.too_small()) return kUnsupported;
-  const auto yuv = [](int32_t f) { return f < 200; };
-  const auto rgb = [](int32_t f) { return f >= 200 && f <= 599; };
-  const bool crosses = (yuv(c.src) && rgb(c.dst)) || (rgb(c.src) && yuv(c.dst));
-  if (c.src_std == 0 || c.dst_std == 0 || !crosses) {
-    if (c.src == VEXO_FMT_T256X16 && c.src_width <= 1280) return kUnsupported;
-    return routed(route(VEXO_STD_DEFAULT, c.src, c.dst));
-  }
-  if (c.src_std != c.dst_std) return kUnsupported;
-  return c.src_std == 1    ? bt601_full(c)
-         : c.src_std == 10 ? bt709(c)
-         : c.src_std == 11 ? bt709_full(c)
-                           : kUnsupported;
-}
-
-struct Entry {
-  int32_t (*call)(const vexo_img*, const vexo_img*);
-  Answer (*model)(const Call&);
-};
-constexpr Entry kEntries[] = {{vexo_csc, csc},
-                              {vexo_csc_bt601_fr, bt601_full},
-                              {vexo_csc_bt709, bt709},
-                              {vexo_csc_bt709_fr, bt709_full}};
-constexpr Entry kCsc = kEntries[0];
 
 class CscDispatch : public SeededTest {
  protected:
@@ -144,36 +73,45 @@ class CscDispatch : public SeededTest {
     blank_ = dst_.contents();
   }
 
-  void check(const Entry& entry, const Call& c) {
+  void check(const Case& c) {
     vexo_img& src = src_.img;
     src.format = c.src;
-    src.width[0] = c.src_width;
-    src.height[0] = c.src_height;
+    src.width[0] = c.sides.src_width;
+    src.height[0] = c.sides.src_height;
     src.color_std = c.src_std;
     vexo_img& dst = dst_.img;
     dst.format = c.dst;
-    dst.width[0] = c.dst_width;
-    dst.height[0] = c.dst_height;
+    dst.width[0] = c.sides.dst_width;
+    dst.height[0] = c.sides.dst_height;
     dst.color_std = c.dst_std;
-    const Answer answer = entry.model(c);
-    const int32_t status = entry.call(&src, &dst);
+    const int32_t status = c.entry(&src, &dst);
     TestImage::Contents converted;
-    if (answer.kernel != nullptr) {
+    if (c.kernel != nullptr) {
       converted = blank_;
       uint8_t* const plane[4] = {converted[0].data(), converted[1].data(),
                                  converted[2].data(), converted[3].data()};
-      answer.kernel(src.plane, src.width, src.height, src.stride, dst.stride,
-                    plane);
+      c.kernel(src.plane, src.width, src.height, src.stride, dst.stride, plane);
       ASSERT_NE(converted, blank_);
     }
-    const auto written =
-        holds(dst_, answer.kernel != nullptr ? converted : blank_);
-    ASSERT_TRUE(status == answer.status && written)
+    const auto written = holds(dst_, c.kernel != nullptr ? converted : blank_);
+    ASSERT_TRUE(status == c.status && written)
         << c.src << " to " << c.dst << ", standards " << c.src_std << " "
-        << c.dst_std << ": " << status << " " << written.message();
+        << c.dst_std << ", " << c.sides.src_width << "x" << c.sides.src_height
+        << " to " << c.sides.dst_width << "x" << c.sides.dst_height << ": "
+        << status << " " << written.message();
     for (GuardedBuffer& b : dst_.buffer) {
-      if (answer.kernel != nullptr) b.reset(b.size());
+      if (c.kernel != nullptr) b.reset(b.size());
     }
+  }
+  // Without standards.
+  void check_pair(int32_t src, int32_t dst, int32_t src_std = 0,
+                  int32_t dst_std = 0) {
+    vexo_csc_kernel* kernel = route(src, dst);
+    check({src, dst, src_std, dst_std,
+           src == dst          ? VEXO_ERR_ARG
+           : kernel != nullptr ? VEXO_OK
+                               : VEXO_ERR_UNSUPPORTED,
+           kernel});
   }
 
   TestImage src_{0};
@@ -181,72 +119,173 @@ class CscDispatch : public SeededTest {
   TestImage::Contents blank_;
 };
 
-// Formats of every kind, and codes at the borders of the kinds.
-constexpr int32_t kFormats[] = {0,   1,   2,   4,   6,   7,   8,   9,   11, 100,
-                                101, 199, 200, 400, 500, 501, 599, 600, 601};
-
 TEST_F(CscDispatch, EveryPairOfFormats) {
   for (int32_t src = -1; src <= 700; ++src) {
     for (int32_t dst = -1; dst <= 700; ++dst) {
-      ASSERT_NO_FATAL_FAILURE(check(kCsc, {src, dst}));
-    }
-    for (const int32_t dst : kFormats) {
-      for (const Entry& e : kEntries) {
-        ASSERT_NO_FATAL_FAILURE(check(e, {src, dst}));
-        ASSERT_NO_FATAL_FAILURE(check(e, {dst, src}));
-      }
+      ASSERT_NO_FATAL_FAILURE(check_pair(src, dst));
     }
   }
   for (const int32_t code : {INT32_MIN, INT32_MAX, 257, 65536, 65537}) {
-    for (const int32_t other : kFormats) {
-      ASSERT_NO_FATAL_FAILURE(check(kCsc, {code, other}));
-      ASSERT_NO_FATAL_FAILURE(check(kCsc, {other, code}));
+    for (const int32_t other : {0, 1, 6, 11, 101, 500, 601}) {
+      ASSERT_NO_FATAL_FAILURE(check_pair(code, other));
+      ASSERT_NO_FATAL_FAILURE(check_pair(other, code));
     }
   }
 }
 
-TEST_F(CscDispatch, StandardsOfEveryPair) {
-  constexpr int32_t kStandards[] = {-1, 0, 1, 2, 9, 10, 11, 12, 257, 266};
-  for (const int32_t src : kFormats) {
-    for (const int32_t dst : kFormats) {
-      for (int n = 0; n < 100; ++n) {
-        ASSERT_NO_FATAL_FAILURE(
-            check(kCsc, {src, dst, kStandards[n % 10], kStandards[n / 10]}));
+constexpr int32_t kOk = VEXO_OK;
+constexpr int32_t kArg = VEXO_ERR_ARG;
+constexpr int32_t kNot = VEXO_ERR_UNSUPPORTED;
+
+// What each standard does with pairs of YUV and RGB; codes at the borders of
+// the two. The siblings do the same, but for sizes, called by themselves.
+TEST_F(CscDispatch, PairsByStandard) {
+  const Case cases[] = {
+      {1, 500, 1, 1, kOk, vexo_csc_bt601_fr_yuv420_to_rgba8888},
+      {6, 500, 1, 1, kOk, vexo_csc_bt601_fr_nv12_to_rgba8888},
+      {7, 500, 1, 1, kOk, vexo_csc_bt601_fr_nv21_to_rgba8888},
+      {500, 1, 1, 1, kOk, vexo_csc_bt601_fr_rgba8888_to_yuv420},
+      {500, 4, 1, 1, kOk, vexo_csc_bt601_fr_rgba8888_to_yv12},
+      {500, 6, 1, 1, kOk, vexo_csc_bt601_fr_rgba8888_to_nv12},
+      {500, 7, 1, 1, kOk, vexo_csc_bt601_fr_rgba8888_to_nv21},
+      {1, 200, 1, 1, kNot},
+      {4, 500, 1, 1, kNot},
+      {500, 3, 1, 1, kNot},
+      {501, 6, 1, 1, kNot},
+      {1, 501, 1, 1, kNot},
+      // Success without work where there is no route.
+      {1, 500, 10, 10, kOk, vexo_csc_bt709_yuv420_to_rgba8888},
+      {500, 6, 10, 10, kOk, vexo_csc_bt709_rgba8888_to_nv12},
+      {500, 7, 10, 10, kOk, vexo_csc_bt709_rgba8888_to_nv21},
+      {1, 200, 10, 10, kOk},
+      {1, 599, 10, 10, kOk},
+      {500, 1, 10, 10, kOk},
+      {500, 199, 10, 10, kOk},
+      {500, -1, 10, 10, kOk},
+      {6, 500, 10, 10, kNot},
+      {501, 6, 10, 10, kNot},
+      {199, 500, 10, 10, kNot},
+      // As BT.601, and without work to others.
+      {1, 500, 11, 11, kOk, vexo_csc_bt601_fr_yuv420_to_rgba8888},
+      {1, 200, 11, 11, kOk},
+      {1, 599, 11, 11, kOk},
+      {6, 500, 11, 11, kNot},
+      {500, 1, 11, 11, kNot},
+      {500, 6, 11, 11, kNot},
+  };
+  for (Case c : cases) {
+    ASSERT_NO_FATAL_FAILURE(check(c));
+    c.entry = c.src_std == 1    ? vexo_csc_bt601_fr
+              : c.src_std == 10 ? vexo_csc_bt709
+                                : vexo_csc_bt709_fr;
+    // Which does not look at the standards.
+    c.src_std = 12;
+    ASSERT_NO_FATAL_FAILURE(check(c));
+  }
+}
+
+TEST_F(CscDispatch, StandardsThatDoNotCountOrAreNone) {
+  constexpr int32_t kPairs[][2] = {{1, 500}, {6, 500}, {500, 7},
+                                   {1, 400}, {400, 1}, {1, 599}};
+  constexpr int32_t kUnequal[][2] = {
+      {1, 10},  {10, 1},  {10, 11}, {11, 1},  {2, 2},     {9, 9},
+      {12, 12}, {-1, -1}, {257, 1}, {1, 257}, {257, 257}, {266, 266}};
+  for (const auto& pair : kPairs) {
+    for (const auto& std : kUnequal) {
+      ASSERT_NO_FATAL_FAILURE(check({pair[0], pair[1], std[0], std[1], kNot}));
+    }
+    // One of them is none.
+    for (const int32_t std : {-1, 0, 1, 2, 10, 11, 257}) {
+      ASSERT_NO_FATAL_FAILURE(check_pair(pair[0], pair[1], std, 0));
+      ASSERT_NO_FATAL_FAILURE(check_pair(pair[0], pair[1], 0, std));
+    }
+  }
+  // Both sides are YUV or RGB, or one has a code of 600 or above.
+  constexpr int32_t kAlike[][2] = {{1, 6},     {6, 1},     {101, 1},   {4, 1},
+                                   {500, 200}, {200, 500}, {500, 501}, {600, 1},
+                                   {601, 500}, {1, 600},   {500, 600}, {1, 1}};
+  for (const auto& pair : kAlike) {
+    for (const int32_t std : {1, 2, 10, 11}) {
+      ASSERT_NO_FATAL_FAILURE(check_pair(pair[0], pair[1], std, std));
+      ASSERT_NO_FATAL_FAILURE(check_pair(pair[0], pair[1], std, 21 - std));
+    }
+  }
+}
+
+// Equal formats come before sizes, and sizes before standards and routes. The
+// second sibling compares sizes first; its call succeeds without work else.
+TEST_F(CscDispatch, SizesThatAreTooSmall) {
+  constexpr Entry* kEntries[] = {vexo_csc, vexo_csc_bt601_fr, vexo_csc_bt709,
+                                 vexo_csc_bt709_fr};
+  for (const int32_t side : {INT32_MIN, -1, 0, 7}) {
+    const Sides kSides[] = {{side, 16, 16, 16},      {16, side, 16, 16},
+                            {16, 16, side, 16},      {16, 16, 16, side},
+                            {side, 16, side, 16},    {16, side, 16, side},
+                            {side, side, side, side}};
+    for (Entry* entry : kEntries) {
+      for (const Sides& s : kSides) {
+        const bool unequal =
+            s.src_width != s.dst_width || s.src_height != s.dst_height;
+        const int32_t status = entry == vexo_csc_bt709 && unequal ? kArg : kNot;
+        for (const int32_t std : {0, 1, 2, 10, 11}) {
+          for (const auto& [src, dst] :
+               {std::pair{1, 500}, {1, 200}, {500, 6}, {9, 500}, {6, 1}}) {
+            ASSERT_NO_FATAL_FAILURE(
+                check({src, dst, std, std, status, nullptr, entry, s}));
+          }
+          ASSERT_NO_FATAL_FAILURE(
+              check({1, 1, std, std, kArg, nullptr, entry, s}));
+        }
       }
     }
   }
-}
-
-TEST_F(CscDispatch, SizesComeAfterFormatsAndBeforeStandards) {
-  constexpr int32_t kPairs[][2] = {{1, 1},   {500, 500}, {9, 9},   {1, 500},
-                                   {1, 200}, {6, 500},   {500, 6}, {500, 1},
-                                   {1, 4},   {101, 1},   {4, 1},   {200, 500}};
-  constexpr int32_t kSides[] = {INT32_MIN, 0, 7, 8, 16};
-  constexpr int32_t kStandards[] = {0, 1, 10, 11};
-  for (const auto& pair : kPairs) {
-    // Every combination of four sides and a standard, one digit for each. A
-    // sibling called directly does not look at the standards.
-    for (int n = 0; n < 5 * 5 * 5 * 5 * 4; ++n) {
-      const int32_t standard = kStandards[n / 625];
-      const Call call{pair[0],
-                      pair[1],
-                      standard,
-                      standard,
-                      kSides[n % 5],
-                      kSides[n / 5 % 5],
-                      kSides[n / 25 % 5],
-                      kSides[n / 125 % 5]};
-      for (const Entry& e : kEntries) ASSERT_NO_FATAL_FAILURE(check(e, call));
-    }
-  }
+  // 8 is enough, and the destination may have another size.
+  const Case served[] = {
+      {1, 500, 0, 0, kOk, vexo_csc_yuv420_to_rgba8888, vexo_csc, {8, 8, 8, 8}},
+      {1,
+       500,
+       0,
+       0,
+       kOk,
+       vexo_csc_yuv420_to_rgba8888,
+       vexo_csc,
+       {16, 8, 8, 16}},
+      {1,
+       500,
+       1,
+       1,
+       kOk,
+       vexo_csc_bt601_fr_yuv420_to_rgba8888,
+       vexo_csc,
+       {8, 16, 16, 8}},
+      {1,
+       500,
+       10,
+       10,
+       kOk,
+       vexo_csc_bt709_yuv420_to_rgba8888,
+       vexo_csc,
+       {8, 8, 8, 8}},
+      {1, 500, 10, 10, kArg, nullptr, vexo_csc, {16, 8, 8, 8}},
+      {1, 500, 10, 10, kArg, nullptr, vexo_csc, {8, 8, 8, 16}},
+      {9, 500, 10, 10, kArg, nullptr, vexo_csc, {8, 8, 8, 16}},
+      {1, 200, 11, 11, kOk, nullptr, vexo_csc, {8, 8, 16, 8}}};
+  for (const Case& c : served) ASSERT_NO_FATAL_FAILURE(check(c));
 }
 
 TEST_F(CscDispatch, TilesOf256By16AreForPicturesWiderThan1280) {
   make_room(1284 * 4, 16);
-  for (const int32_t width : {1279, 1280, 1281, 1284}) {
-    for (const int32_t dst : {500, 501, 6}) {
-      ASSERT_NO_FATAL_FAILURE(check(kCsc, {14, dst, 0, 0, width}));
-    }
+  auto* const kernel = vexo_csc_t256x16_to_rgba8888;
+  const auto of = [](int32_t width) { return Sides{width, 16, 16, 16}; };
+  for (const int32_t width : {1279, 1280}) {
+    ASSERT_NO_FATAL_FAILURE(
+        check({14, 500, 0, 0, kNot, nullptr, vexo_csc, of(width)}));
+  }
+  for (const int32_t width : {1281, 1284}) {
+    ASSERT_NO_FATAL_FAILURE(
+        check({14, 500, 0, 0, kOk, kernel, vexo_csc, of(width)}));
+    ASSERT_NO_FATAL_FAILURE(
+        check({14, 501, 0, 0, kNot, nullptr, vexo_csc, of(width)}));
   }
 }
 

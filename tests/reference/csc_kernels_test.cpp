@@ -49,7 +49,7 @@ class CscKernels : public SeededTest,
       }
     }
     for (int n = 0; n < kDestinations; ++n) {
-      if (s.kernel[n] == nullptr) continue;
+      if (s.kernel(n) == nullptr) continue;
       const Destination& d = kDestinationTable[n];
       const bool chosen =
           d.format == VEXO_FMT_RGBA8888 || d.format == VEXO_FMT_RGB565;
@@ -72,7 +72,7 @@ class CscKernels : public SeededTest,
       if (s.standard == VEXO_STD_DEFAULT && width >= 8 && height >= 8) {
         ASSERT_EQ(vexo_csc(&src_.img, &dst_.img), VEXO_OK);
       } else {
-        s.kernel[n](src_.img.plane, src_.img.width, src_.img.height,
+        s.kernel(n)(src_.img.plane, src_.img.width, src_.img.height,
                     src_.img.stride, dst_.img.stride, dst_.img.plane);
       }
       ASSERT_TRUE(holds(dst_.buffer[0], expected))

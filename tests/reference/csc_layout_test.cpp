@@ -228,7 +228,7 @@ class CscLayout : public SeededTest {
   int32_t pad() { return tight_ ? 0 : random.between(0, 9); }
 
   // By name, and through vexo_csc where it takes the size.
-  void convert(const Route& route, int run,
+  void convert(const Conversion& route, int run,
                const TestImage::Contents& expected) {
     src_.img.format = route.src;
     dst_.img.format = route.dst;
@@ -251,7 +251,7 @@ class CscLayout : public SeededTest {
 };
 
 class CscRoutes : public CscLayout,
-                  public testing::WithParamInterface<Route> {};
+                  public testing::WithParamInterface<Conversion> {};
 
 TEST_P(CscRoutes, MoveEverySample) {
   const Source from = yuv_layout(GetParam().src);
@@ -312,15 +312,16 @@ TEST_P(CscRoutes, MoveEverySample) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, CscRoutes, testing::ValuesIn(kLayoutRoutes),
+INSTANTIATE_TEST_SUITE_P(, CscRoutes, testing::ValuesIn(layout_routes()),
                          [](const auto& i) { return i.param.name; });
 
 // The run that is swapped has the destination's stride and half the luma's
 // rows, so padding is swapped too; the copy before it takes pairs for 16-bit
 // samples, whose strides are even.
 TEST_F(CscLayout, Nv21ToNv12AndBackSwapTheWholeRun) {
-  constexpr Route kBothWays[] = {{7, 6, "nv21_to_nv12", vexo_csc_nv21_to_nv12},
-                                 {6, 7, "nv12_to_nv21", vexo_csc_nv21_to_nv12}};
+  constexpr Conversion kBothWays[] = {
+      {7, 6, "nv21_to_nv12", vexo_csc_nv21_to_nv12},
+      {6, 7, "nv12_to_nv21", vexo_csc_nv21_to_nv12}};
   for (int run = 0; run < 2000; ++run) {
     start(run);
     const int32_t width = random.between(1, 70);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Colour conversion pixel by pixel and written for plainness: a table of YUV
-// layouts, one of RGB layouts, the arithmetic from YUV to RGB, and tables of
-// which kernel leads from where to where.
+// layouts, one of RGB layouts, and the arithmetic from YUV to RGB.
 #ifndef ORUMLOX_TESTS_REFERENCE_CSC_MODEL_H
 #define ORUMLOX_TESTS_REFERENCE_CSC_MODEL_H
 
@@ -11,6 +10,9 @@
 #include <cmath>
 #include <cstdint>
 #include <utility>
+#include <vector>
+
+#include "support/kernels.h"
 
 namespace lox_test {
 
@@ -145,9 +147,12 @@ struct Source {
   // the first row has a chroma row of its own.
   bool in_pairs;
   Place luma, cb, cr;  // grey's chroma is its luma, and not looked at
-  // To each destination of the table, null where there is no such kernel.
-  vexo_csc_kernel* kernel[kDestinations];
   int32_t standard = VEXO_STD_DEFAULT;
+
+  // To a destination of the table, null where there is no such kernel.
+  vexo_csc_kernel* kernel(int destination) const {
+    return conversion(standard, format, kDestinationTable[destination].format);
+  }
 
   // How many pixels of a row are converted.
   int32_t converted(int32_t width) const {
@@ -194,63 +199,46 @@ struct Source {
   }
 };
 
-#define LOX_SOURCE(src, SRC, planes, in_pairs, y, u, v, ...)         \
-  Source {                                                           \
-    VEXO_FMT_##SRC, #src, planes, in_pairs, y, u, v, { __VA_ARGS__ } \
-  }
-#define LOX_SOURCE_TO_ALL(src, ...)                                      \
-  LOX_SOURCE(src, __VA_ARGS__, vexo_csc_##src##_to_rgb565,               \
-             vexo_csc_##src##_to_bgr565, vexo_csc_##src##_to_rgb888,     \
-             vexo_csc_##src##_to_bgr888, vexo_csc_##src##_to_rgba8888,   \
-             vexo_csc_##src##_to_bgra8888, vexo_csc_##src##_to_argb8888, \
-             vexo_csc_##src##_to_abgr8888)
-const Source kSourceTable[] = {
-    LOX_SOURCE(yuv400, YUV400, 1, false, kLuma, kLuma, kLuma,
-               vexo_csc_yuv400_to_rgb565, nullptr, vexo_csc_yuv400_to_rgb888),
-    LOX_SOURCE_TO_ALL(yuv420, YUV420, 3, true, kLuma, planar(1, 1, 1),
-                      planar(2, 1, 1)),
-    LOX_SOURCE_TO_ALL(yv12, YV12, 3, true, kLuma, planar(2, 1, 1),
-                      planar(1, 1, 1)),
-    LOX_SOURCE_TO_ALL(nv12, NV12, 2, true, kLuma, paired(0), paired(1)),
-    LOX_SOURCE_TO_ALL(nv21, NV21, 2, true, kLuma, paired(1), paired(0)),
-    LOX_SOURCE_TO_ALL(yuv422n, YUV422N, 3, false, kLuma, planar(1, 1, 0),
-                      planar(2, 1, 0)),
-    LOX_SOURCE_TO_ALL(yuv444, YUV444, 3, false, kLuma, planar(1, 0, 0),
-                      planar(2, 0, 0)),
-    LOX_SOURCE(yuv422w, YUV422W, 3, false, kLuma, planar(1, 0, 1),
-               planar(2, 0, 1), vexo_csc_yuv422w_to_rgb565,
-               vexo_csc_yuv422w_to_bgr565),
-    LOX_SOURCE_TO_ALL(uyvy, UYVY, 1, false, packed_luma(1), packed_chroma(0),
-                      packed_chroma(2)),
-    LOX_SOURCE_TO_ALL(yuyv, YUYV, 1, false, packed_luma(0), packed_chroma(1),
-                      packed_chroma(3)),
+constexpr Source kSourceTable[] = {
+    {VEXO_FMT_YUV400, "yuv400", 1, false, kLuma, kLuma, kLuma},
+    {VEXO_FMT_YUV420, "yuv420", 3, true, kLuma, planar(1, 1, 1),
+     planar(2, 1, 1)},
+    {VEXO_FMT_YV12, "yv12", 3, true, kLuma, planar(2, 1, 1), planar(1, 1, 1)},
+    {VEXO_FMT_NV12, "nv12", 2, true, kLuma, paired(0), paired(1)},
+    {VEXO_FMT_NV21, "nv21", 2, true, kLuma, paired(1), paired(0)},
+    {VEXO_FMT_YUV422N, "yuv422n", 3, false, kLuma, planar(1, 1, 0),
+     planar(2, 1, 0)},
+    {VEXO_FMT_YUV444, "yuv444", 3, false, kLuma, planar(1, 0, 0),
+     planar(2, 0, 0)},
+    {VEXO_FMT_YUV422W, "yuv422w", 3, false, kLuma, planar(1, 0, 1),
+     planar(2, 0, 1)},
+    {VEXO_FMT_UYVY, "uyvy", 1, false, packed_luma(1), packed_chroma(0),
+     packed_chroma(2)},
+    {VEXO_FMT_YUYV, "yuyv", 1, false, packed_luma(0), packed_chroma(1),
+     packed_chroma(3)},
     // The high byte of each 16-bit sample.
-    LOX_SOURCE(p010le, P010LE, 2, true, (Place{0, 0, 0, 2, 1}),
-               (Place{1, 1, 1, 4, 1}), (Place{1, 1, 1, 4, 3}), nullptr, nullptr,
-               nullptr, nullptr, vexo_csc_p010le_to_rgba8888),
+    {VEXO_FMT_P010LE,
+     "p010le",
+     2,
+     true,
+     {0, 0, 0, 2, 1},
+     {1, 1, 1, 4, 1},
+     {1, 1, 1, 4, 3}},
 };
-#undef LOX_SOURCE_TO_ALL
-#undef LOX_SOURCE
 
 // The other standards, whose kernels convert exactly the width.
-#define LOX_STANDARD(std, src, STD, SRC, planes, u, v)         \
-  Source {                                                     \
-    VEXO_FMT_##SRC, #std "_" #src, planes, false, kLuma, u, v, \
-        {nullptr, nullptr, nullptr, nullptr,                   \
-         vexo_csc_##std##_##src##_to_rgba8888},                \
-        VEXO_STD_##STD                                         \
-  }
-const Source kStandardTable[] = {
-    LOX_STANDARD(bt601_fr, yuv420, BT601_FULL, YUV420, 3, planar(1, 1, 1),
-                 planar(2, 1, 1)),
-    LOX_STANDARD(bt601_fr, nv12, BT601_FULL, NV12, 2, paired(0), paired(1)),
-    LOX_STANDARD(bt601_fr, nv21, BT601_FULL, NV21, 2, paired(1), paired(0)),
-    LOX_STANDARD(bt709, yuv420, BT709, YUV420, 3, planar(1, 1, 1),
-                 planar(2, 1, 1)),
-    LOX_STANDARD(bt709_fr, yuv420, BT709_FULL, YUV420, 3, planar(1, 1, 1),
-                 planar(2, 1, 1)),
+constexpr Source kStandardTable[] = {
+    {VEXO_FMT_YUV420, "bt601_fr_yuv420", 3, false, kLuma, planar(1, 1, 1),
+     planar(2, 1, 1), VEXO_STD_BT601_FULL},
+    {VEXO_FMT_NV12, "bt601_fr_nv12", 2, false, kLuma, paired(0), paired(1),
+     VEXO_STD_BT601_FULL},
+    {VEXO_FMT_NV21, "bt601_fr_nv21", 2, false, kLuma, paired(1), paired(0),
+     VEXO_STD_BT601_FULL},
+    {VEXO_FMT_YUV420, "bt709_yuv420", 3, false, kLuma, planar(1, 1, 1),
+     planar(2, 1, 1), VEXO_STD_BT709},
+    {VEXO_FMT_YUV420, "bt709_fr_yuv420", 3, false, kLuma, planar(1, 1, 1),
+     planar(2, 1, 1), VEXO_STD_BT709_FULL},
 };
-#undef LOX_STANDARD
 
 // The layout of an 8-bit YUV format.
 inline Source yuv_layout(int32_t format) {
@@ -264,88 +252,24 @@ inline Source yuv_layout(int32_t format) {
   return {};
 }
 
-// Every other kernel.
-struct Route {
-  int32_t src, dst;
-  const char* name;
-  vexo_csc_kernel* kernel;
-  int32_t standard = VEXO_STD_DEFAULT;
-};
-
-#define LOX_ROUTE(src, SRC, dst, DST)                 \
-  Route {                                             \
-    VEXO_FMT_##SRC, VEXO_FMT_##DST, #src "_to_" #dst, \
-        vexo_csc_##src##_to_##dst                     \
-  }
-#define LOX_TO_PLANAR(src, SRC) \
-  LOX_ROUTE(src, SRC, yuv420, YUV420), LOX_ROUTE(src, SRC, yv12, YV12)
-#define LOX_TO_420(src, SRC)                                \
-  LOX_TO_PLANAR(src, SRC), LOX_ROUTE(src, SRC, nv12, NV12), \
-      LOX_ROUTE(src, SRC, nv21, NV21)
-#define LOX_RGBA_BY(std, STD, dst, DST)                    \
-  Route {                                                  \
-    VEXO_FMT_RGBA8888, VEXO_FMT_##DST, #std "_to_" #dst,   \
-        vexo_csc_##std##_rgba8888_to_##dst, VEXO_STD_##STD \
-  }
-constexpr Route kRgbRoutes[] = {
-    LOX_TO_420(rgb565, RGB565),
-    LOX_TO_420(bgr565, BGR565),
-    LOX_TO_420(rgb888, RGB888),
-    LOX_TO_420(bgr888, BGR888),
-    LOX_TO_420(rgba8888, RGBA8888),
-    LOX_TO_420(bgra8888, BGRA8888),
-    LOX_TO_420(argb8888, ARGB8888),
-    LOX_TO_420(abgr8888, ABGR8888),
-    LOX_ROUTE(rgba8888, RGBA8888, yuv444, YUV444),
-    LOX_ROUTE(argb8888, ARGB8888, yuv444, YUV444),
-    LOX_RGBA_BY(bt601_fr, BT601_FULL, yuv420, YUV420),
-    LOX_RGBA_BY(bt601_fr, BT601_FULL, yv12, YV12),
-    LOX_RGBA_BY(bt601_fr, BT601_FULL, nv12, NV12),
-    LOX_RGBA_BY(bt601_fr, BT601_FULL, nv21, NV21),
-    LOX_RGBA_BY(bt709, BT709, nv12, NV12),
-    LOX_RGBA_BY(bt709, BT709, nv21, NV21),
-    LOX_ROUTE(rgba8888, RGBA8888, rgb565, RGB565),
-    LOX_ROUTE(rgb888, RGB888, rgb565, RGB565),
-    LOX_ROUTE(rgb565, RGB565, rgba8888, RGBA8888),
-};
-constexpr Route kLayoutRoutes[] = {
-    LOX_ROUTE(yuv420, YUV420, nv12, NV12),
-    LOX_ROUTE(yuv420, YUV420, nv21, NV21),
-    LOX_ROUTE(yuv420, YUV420, yuv422n, YUV422N),
-    LOX_TO_PLANAR(yuv422n, YUV422N),
-    LOX_TO_PLANAR(yv16, YV16),
-    LOX_ROUTE(yuv444, YUV444, yuv420, YUV420),
-    LOX_TO_PLANAR(nv12, NV12),
-    LOX_TO_PLANAR(nv21, NV21),
-};
-constexpr Route kTileRoutes[] = {
-    LOX_TO_420(t64x32, T64X32),
-    LOX_ROUTE(t16x16, T16X16, yuv420, YUV420),
-    LOX_ROUTE(t16x16, T16X16, nv12, NV12),
-    LOX_ROUTE(t64x32, T64X32, rgb565, RGB565),
-    LOX_ROUTE(t64x32, T64X32, bgr565, BGR565),
-    LOX_ROUTE(t64x32, T64X32, rgb888, RGB888),
-    LOX_ROUTE(t64x32, T64X32, bgr888, BGR888),
-    LOX_ROUTE(t64x32, T64X32, rgba8888, RGBA8888),
-    LOX_ROUTE(t64x32, T64X32, bgra8888, BGRA8888),
-    LOX_ROUTE(t64x32, T64X32, argb8888, ARGB8888),
-    LOX_ROUTE(t64x32, T64X32, abgr8888, ABGR8888),
-    LOX_ROUTE(t16x16, T16X16, rgba8888, RGBA8888),
-    LOX_ROUTE(t8x8, T8X8, rgba8888, RGBA8888),
-    LOX_ROUTE(t256x16, T256X16, rgba8888, RGBA8888),
-};
-// These have tests of their own.
-constexpr Route kOtherRoutes[] = {
-    LOX_ROUTE(nv21, NV21, nv12, NV12),
-    LOX_ROUTE(yuyv, YUYV, yuv420, YUV420),
-    LOX_ROUTE(yuv420, YUV420, t64x32, T64X32),
-    {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_YUV420, "yuv420Planar16_to_yuv420Planar",
-     vexo_csc_yuv420Planar16_to_yuv420Planar},
-};
-#undef LOX_RGBA_BY
-#undef LOX_TO_420
-#undef LOX_TO_PLANAR
-#undef LOX_ROUTE
+// The kernels with tests of their own elsewhere: those of RGB, of tiles, and
+// between planar and semi-planar layouts but the exchange of pairs in place.
+inline std::vector<Conversion> rgb_routes() {
+  return conversions_that([](int32_t src, int32_t) {
+    return src >= VEXO_FMT_RGB565 && src <= VEXO_FMT_ABGR8888;
+  });
+}
+inline std::vector<Conversion> tile_routes() {
+  return conversions_that([](int32_t src, int32_t) {
+    return src >= VEXO_FMT_T64X32 && src <= VEXO_FMT_T256X16;
+  });
+}
+inline std::vector<Conversion> layout_routes() {
+  return conversions_that([](int32_t src, int32_t dst) {
+    const bool exchange = src == VEXO_FMT_NV21 && dst == VEXO_FMT_NV12;
+    return src < VEXO_FMT_YUV422W && dst < VEXO_FMT_YUV422W && !exchange;
+  });
+}
 
 }  // namespace lox_test
 

@@ -189,7 +189,7 @@ TEST_F(CscTiles, OfChromaAreUnpackedToRows) {
 }
 
 class CscTiledPictures : public CscTiles,
-                         public testing::WithParamInterface<Route> {
+                         public testing::WithParamInterface<Conversion> {
  protected:
   void expect_yuv(int32_t width, int32_t height,
                   const std::vector<uint8_t>& luma,
@@ -231,7 +231,7 @@ class CscTiledPictures : public CscTiles,
 };
 
 TEST_P(CscTiledPictures, AreConverted) {
-  const Route& route = GetParam();
+  const Conversion& route = GetParam();
   const Tiles& t = *std::find_if(
       std::begin(kTiles), std::end(kTiles),
       [&](const Tiles& tiles) { return tiles.format == route.src; });
@@ -266,7 +266,7 @@ TEST_P(CscTiledPictures, AreConverted) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, CscTiledPictures, testing::ValuesIn(kTileRoutes),
+INSTANTIATE_TEST_SUITE_P(, CscTiledPictures, testing::ValuesIn(tile_routes()),
                          [](const auto& i) { return i.param.name; });
 
 // Bytes of the tiles beyond the picture keep what they have. Chroma is as large

@@ -82,13 +82,13 @@ struct ExactPicture {
 // The pairs of formats that have no kernel of their own go through vexo_csc.
 std::vector<Conversion> conversions() {
   std::vector<Conversion> all = all_conversions();
-  all.push_back({"nv12_to_nv21", nullptr, VEXO_FMT_NV12, VEXO_FMT_NV21, 0});
-  all.push_back({"yuv420_to_yv12", nullptr, VEXO_FMT_YUV420, VEXO_FMT_YV12, 0});
+  all.push_back({VEXO_FMT_NV12, VEXO_FMT_NV21, "nv12_to_nv21", nullptr});
+  all.push_back({VEXO_FMT_YUV420, VEXO_FMT_YV12, "yuv420_to_yv12", nullptr});
   return all;
 }
 bool exchanges_pairs(const Conversion& c) {
-  return (c.from == VEXO_FMT_NV12 && c.to == VEXO_FMT_NV21) ||
-         (c.from == VEXO_FMT_NV21 && c.to == VEXO_FMT_NV12);
+  return (c.src == VEXO_FMT_NV12 && c.dst == VEXO_FMT_NV21) ||
+         (c.src == VEXO_FMT_NV21 && c.dst == VEXO_FMT_NV12);
 }
 
 class ExactSizes : public SeededTest {
@@ -100,20 +100,20 @@ class ExactSizes : public SeededTest {
 
   void prepare(const Conversion& c, int32_t width, int32_t height, int32_t pad,
                bool upwards, Edge edge) {
-    const ExactCall call = exact_csc(c.from, c.to, c.standard, width, height);
+    const ExactCall call = exact_csc(c.src, c.dst, c.standard, width, height);
     src_.lay_out(call.src, pad, upwards);
     dst_.lay_out(call.dst, pad, upwards);
     // Each is the other's.
-    if (c.from == VEXO_FMT_YUV420 && c.to == VEXO_FMT_YV12 && pad == 0) {
+    if (c.src == VEXO_FMT_YUV420 && c.dst == VEXO_FMT_YV12 && pad == 0) {
       src_.img.stride[2] += 5;
     }
-    src_.img.format = c.from;
-    dst_.img.format = c.to;
+    src_.img.format = c.src;
+    dst_.img.format = c.dst;
     for (int p = 0; p < 4; ++p) {
-      src_.give(p, csc_source_bytes(call, c.from, c.to, p, src_.img.stride),
+      src_.give(p, csc_source_bytes(call, c.src, c.dst, p, src_.img.stride),
                 edge);
       dst_.give(p,
-                csc_destination_bytes(call, c.from, c.to, p, dst_.img.stride),
+                csc_destination_bytes(call, c.src, c.dst, p, dst_.img.stride),
                 edge);
     }
   }
@@ -150,7 +150,7 @@ constexpr int32_t kHeights[] = {1, 2, 3, 4, 5, 8, 9, 33, 65};
 
 TEST_F(ExactSizes, AreEnoughAndRowsMayLieUpwards) {
   for (const Conversion& c : conversions()) {
-    ASSERT_TRUE(c.from >= 0 && c.to >= 0) << c.name;
+    ASSERT_TRUE(c.src >= 0 && c.dst >= 0) << c.name;
     for (const int32_t width : kWidths) {
       for (const int32_t height : kHeights) {
         if (!takes(c, width, height)) continue;
@@ -201,15 +201,14 @@ TEST_F(ExactSizes, AreTheLeast) {
         }
         const auto before = bytes(dst_);
         // Every second row is dropped, or every second column too.
-        const bool thinned = c.from == VEXO_FMT_YUV422N ||
-                             c.from == VEXO_FMT_YV16 ||
-                             c.from == VEXO_FMT_YUV444;
+        const bool thinned = c.src == VEXO_FMT_YUV422N ||
+                             c.src == VEXO_FMT_YV16 || c.src == VEXO_FMT_YUV444;
         for (int p = 0; p < 4; ++p) {
           GuardedBuffer& b = src_.buffer[p];
           if (src_.planes[p].whole > 0 || b.size() == 0) continue;
-          if (thinned && p > 0 && !is_rgb_code(c.to)) continue;
+          if (thinned && p > 0 && !is_rgb_code(c.dst)) continue;
           // Alpha has no effect.
-          const size_t unit = is_rgb_code(c.from) ? b.size() : 1;
+          const size_t unit = is_rgb_code(c.src) ? b.size() : 1;
           std::fill_n(b.data() + b.size() - unit, unit, uint8_t{193});
           convert(c);
           ASSERT_NE(bytes(dst_), before) << "plane " << p;

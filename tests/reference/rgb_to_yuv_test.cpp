@@ -45,7 +45,7 @@ constexpr Padding kPaddings[] = {
     {0, {0, 0, 0}}, {16, {32, 8, 24}}, {1, {3, 1, 5}}, {7, {0, 1, 0}}};
 
 class RgbKernels : public SeededTest,
-                   public testing::WithParamInterface<Route> {
+                   public testing::WithParamInterface<Conversion> {
  protected:
   // A random picture. From `first` on, 4096 values of a pixel lie side by side
   // where they give luma and chroma.
@@ -146,9 +146,9 @@ TEST_P(RgbKernels, ConvertEverySize) {
 
 // The ways to compute that differ: 16- and 32-bit pixels to each layout, by
 // each standard. Others differ from them in the order of bytes or planes.
-std::vector<Route> distinct_routes() {
-  std::vector<Route> routes;
-  for (const Route& r : kRgbRoutes) {
+std::vector<Conversion> distinct_routes() {
+  std::vector<Conversion> routes;
+  for (const Conversion& r : rgb_routes()) {
     const bool pixels =
         r.src == VEXO_FMT_RGB565 || r.src == VEXO_FMT_BGR565 ||
         (r.src == VEXO_FMT_RGBA8888 &&
@@ -170,7 +170,7 @@ TEST_P(RgbRoutes, ConvertEveryValue) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, RgbKernels, testing::ValuesIn(kRgbRoutes),
+INSTANTIATE_TEST_SUITE_P(, RgbKernels, testing::ValuesIn(rgb_routes()),
                          [](const auto& i) { return i.param.name; });
 INSTANTIATE_TEST_SUITE_P(, RgbRoutes, testing::ValuesIn(distinct_routes()),
                          [](const auto& i) { return i.param.name; });

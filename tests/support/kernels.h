@@ -20,9 +20,10 @@ void for_each_kernel(Each each) {
 }
 
 struct Conversion {
+  int32_t src, dst;
   const char* name;
   vexo_csc_kernel* kernel;
-  int32_t from, to, standard;
+  int32_t standard = VEXO_STD_DEFAULT;
 };
 
 inline int32_t format_of_token(const std::string& token) {
@@ -62,26 +63,47 @@ inline int32_t format_of_token(const std::string& token) {
 }
 
 // The conversions, an unknown name with formats of -1.
-inline std::vector<Conversion> all_conversions() {
-  std::vector<Conversion> all;
-  for_each_kernel([&](const char* name, auto* kernel) {
-    if constexpr (requires(Conversion c) { c.kernel = kernel; }) {
-      std::string text = std::string(name).substr(sizeof "vexo_csc_" - 1);
-      int32_t standard = VEXO_STD_DEFAULT;
-      const auto take = [&](const char* prefix, int32_t value) {
-        if (text.rfind(prefix, 0) != 0) return;
-        text.erase(0, std::string(prefix).size());
-        standard = value;
-      };
-      take("bt601_fr_", VEXO_STD_BT601_FULL);
-      take("bt709_fr_", VEXO_STD_BT709_FULL);
-      take("bt709_", VEXO_STD_BT709);
-      const size_t to = text.find("_to_");
-      all.push_back({name, kernel, format_of_token(text.substr(0, to)),
-                     format_of_token(text.substr(to + 4)), standard});
-    }
-  });
-  return all;
+inline const std::vector<Conversion>& all_conversions() {
+  static const auto conversions = [] {
+    std::vector<Conversion> all;
+    for_each_kernel([&](const char* name, auto* kernel) {
+      if constexpr (requires(Conversion c) { c.kernel = kernel; }) {
+        std::string text = std::string(name).substr(sizeof "vexo_csc_" - 1);
+        int32_t standard = VEXO_STD_DEFAULT;
+        const auto take = [&](const std::string& prefix, int32_t value) {
+          if (text.rfind(prefix, 0) != 0) return;
+          text.erase(0, prefix.size());
+          standard = value;
+        };
+        take("bt601_fr_", VEXO_STD_BT601_FULL);
+        take("bt709_fr_", VEXO_STD_BT709_FULL);
+        take("bt709_", VEXO_STD_BT709);
+        const size_t to = text.find("_to_");
+        all.push_back({format_of_token(text.substr(0, to)),
+                       format_of_token(text.substr(to + 4)), name, kernel,
+                       standard});
+      }
+    });
+    return all;
+  }();
+  return conversions;
+}
+
+// The kernel from one format to another, null where there is none.
+inline vexo_csc_kernel* conversion(int32_t standard, int32_t src, int32_t dst) {
+  for (const Conversion& c : all_conversions()) {
+    if (c.standard == standard && c.src == src && c.dst == dst) return c.kernel;
+  }
+  return nullptr;
+}
+
+template <typename Wanted>
+std::vector<Conversion> conversions_that(Wanted wanted) {
+  std::vector<Conversion> some;
+  for (const Conversion& c : all_conversions()) {
+    if (wanted(c.src, c.dst)) some.push_back(c);
+  }
+  return some;
 }
 
 }  // namespace lox_test
