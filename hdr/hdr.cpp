@@ -16,6 +16,11 @@ namespace {
 constexpr int kBandRows = 4;
 constexpr int kWorkers = 3;
 
+// The row behind a band, without overflow.
+int32_t behind(int32_t band) {
+  return band > INT32_MAX - kBandRows ? INT32_MAX : band + kBandRows;
+}
+
 // Everything a call allocates, before it touches anything.
 class Job {
  public:
@@ -73,7 +78,7 @@ class Job {
     const int32_t height = context_->height;
     const int32_t whole = height - height % kBandRows;
     const int32_t first = whole > 0 ? whole - kBandRows : 0;
-    for (int32_t row = first; row < height; row += kBandRows) {
+    for (int32_t row = first; row < height; row = behind(row)) {
       do_band({context_, scheduler_, row});
     }
   }
@@ -95,7 +100,7 @@ class Job {
   }
 
   static void do_band(const vexo_hdr_worker &worker) {
-    _vexo_hdr10_to_sdr8(worker.context, worker.first, worker.first + kBandRows);
+    _vexo_hdr10_to_sdr8(worker.context, worker.first, behind(worker.first));
   }
 
   vexo_hdr_context *context_;
@@ -152,7 +157,7 @@ int32_t getStart(vexo_hdr_scheduler *scheduler) {
   pthread_mutex_lock(&scheduler->mutex);
   if (scheduler->next < scheduler->limit) {
     first = scheduler->next;
-    scheduler->next = first + lox::kBandRows;
+    scheduler->next = lox::behind(first);
   }
   pthread_mutex_unlock(&scheduler->mutex);
   return first;

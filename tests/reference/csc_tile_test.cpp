@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tiled pictures: where their bytes lie, and every kernel that reads or writes
 // them, over sizes around their tiles. Buffers of tiles end behind the last
-// byte of the picture.
+// byte of the picture, or of its last pair where that is read.
 #include <algorithm>
 #include <cstdint>
 #include <iterator>

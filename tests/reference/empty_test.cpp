@@ -229,5 +229,22 @@ TEST(Empty, ToneMappingStillChoosesALuminance) {
   }
 }
 
+// One row over and over, and a destination whose bands all begin at its start.
+TEST(Tallest, ToneMappingEndsWithTheLastBand) {
+  uint16_t sample[2] = {940, 512};
+  uint8_t luma[4] = {};
+  vexo_img src = {};
+  src.format = VEXO_FMT_YUV420PLANAR16;
+  src.width[0] = 1;
+  src.height[0] = INT32_MAX;
+  src.plane[0] = reinterpret_cast<uint8_t*>(&sample[0]);
+  src.plane[1] = src.plane[2] = reinterpret_cast<uint8_t*>(&sample[1]);
+  vexo_img dst = {};
+  dst.plane[0] = luma;
+  EXPECT_EQ(vexo_hdr10_to_sdr8(&src, &dst, 0), VEXO_OK);
+  for (const uint8_t y : luma) EXPECT_EQ(y, luma[0]);
+  EXPECT_GT(luma[0], 200);
+}
+
 }  // namespace
 }  // namespace lox_test
