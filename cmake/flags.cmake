@@ -25,9 +25,9 @@ if(ORUMLOX_WERROR)
   target_compile_options(orumlox_warnings INTERFACE -Werror)
 endif()
 
-# With the address sanitizer row kernels would take minutes to optimise further.
+# With these sanitizers row kernels would take minutes to optimise further.
 set(ORUMLOX_OPTIMISATION -O3)
-if(ORUMLOX_SANITIZE MATCHES address)
+if(ORUMLOX_SANITIZE MATCHES "address|memory")
   set(ORUMLOX_OPTIMISATION -O1)
 endif()
 

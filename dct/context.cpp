@@ -95,8 +95,10 @@ bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
 // a row has room for.
 void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
   for (int32_t plane = 0; plane < 2; ++plane) {
-    const DctPlane note = {smaller(source_width(pair[0], plane, c->prescale),
-                                   c->src_stride[plane]),
+    const int32_t columns = pair[0].width[plane] < 1
+                                ? 0
+                                : source_width(pair[0], plane, c->prescale);
+    const DctPlane note = {smaller(columns, c->src_stride[plane]),
                            c->src_rows[plane],
                            c->src_stride[plane],
                            c->dst_stride[plane],
@@ -154,8 +156,8 @@ int32_t vexo_rsz_new_init(const vexo_img *pair, vexo_rsz_new_context *context,
     }
   }
   const int64_t area = int64_t{prescale} * prescale;
-  if (algorithm_settings(pair, context) != VEXO_OK ||
-      !lox::build_tables(context, a, b, false) ||
+  algorithm_settings(pair, context);
+  if (!lox::build_tables(context, a, b, false) ||
       (prescale != 0 &&
        (!lox::allocate(&context->pre_luma, lox::plane_bytes(src, 0) / area) ||
         !lox::allocate(&context->pre_chroma, chroma / area))) ||
@@ -185,11 +187,9 @@ int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
   context->src_rows[0] = src.height[0];
   context->dst_stride[0] = dst.stride[0];
   context->dst_rows[0] = dst.buf_height[0];
-  const bool empty = src.width[0] < 1 || src.height[0] < 1 ||
-                     dst.width[0] < 1 || dst.height[0] < 1;
-  if ((!empty && !lox::plan_blocks(context, 0, src.width[0], src.height[0],
-                                   dst.width[0], dst.height[0])) ||
-      !lox::build_tables(context, a, b, true)) {
+  lox::plan_blocks(context, 0, src.width[0], src.height[0], dst.width[0],
+                   dst.height[0]);
+  if (!lox::build_tables(context, a, b, true)) {
     return lox::give_up(context, a, b);
   }
   void *const notes[] = {context->notes[0], context->notes[1],

@@ -41,6 +41,9 @@ uint8_t *second_half(uint8_t *buffer, int64_t bytes) {
 void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
                  int32_t width, int32_t rows, int32_t stride) {
   vexo_rsz_new_context *const c = w.context;
+  const DctPlane &notes = *plane_notes(c, 1);
+  const Written size = written(c, 1, notes);
+  if (size.width < 1) return;
   const int32_t step = c->src_stride[1];
   const int64_t bytes = plane_bytes(*w.src, 1);
   uint8_t *const second =
@@ -50,7 +53,7 @@ void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
   const vexo_img &dst = *w.dst;
   const bool planar = dst.format == VEXO_FMT_YUV420;
   // The buffers are of the planned kind.
-  if (planar != plane_notes(c, 1)->planar) return;
+  if (planar != notes.planar) return;
   if (planar) {
     dct_downscaling(c->chroma, dst.plane[1], c, w.a, w.b, 1);
     dct_downscaling(second, dst.plane[2], c, w.a, w.b, 1);
@@ -64,16 +67,9 @@ void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
   uint8_t *const scaled = second_half(c->dst_chroma, plane_bytes(dst, 1));
   dct_downscaling(c->chroma, c->dst_chroma, c, w.a, w.b, 1);
   dct_downscaling(second, scaled, c, w.a, w.b, 1);
-  // As far as blocks were written.
-  const auto written = [](int64_t blocks, int32_t room) {
-    return static_cast<int32_t>(4 * blocks < room ? 4 * blocks : room);
-  };
-  vexo_csc_8b8b_pck(
-      c->dst_chroma, scaled,
-      written(int64_t{c->narrow_columns[1]} + c->wide_columns[1],
-              c->dst_stride[1]),
-      written(int64_t{c->short_rows[1]} + c->tall_rows[1], c->dst_rows[1]),
-      c->dst_stride[1], c->dst_stride[1], dst.stride[1], dst.plane[1]);
+  vexo_csc_8b8b_pck(c->dst_chroma, scaled, size.width, size.height,
+                    c->dst_stride[1], c->dst_stride[1], dst.stride[1],
+                    dst.plane[1]);
 }
 
 void scale_luma(const vexo_rsz_new_worker &w, const uint8_t *luma) {
@@ -82,28 +78,31 @@ void scale_luma(const vexo_rsz_new_worker &w, const uint8_t *luma) {
 
 void pre_scale_luma(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
+  const DctPlane &notes = *plane_notes(c, 0);
+  if (written(c, 0, notes).width < 1) return;
   const MeansKind &kind = c->prescale == 2             ? kHalveBytes
                           : c->stride_not_aligned != 0 ? kQuarterBytes
                                                        : kQuarterBytesOf2Rows;
-  block_means(kind, luma_of(*w.src), c->pre_luma, c->src_stride[0],
-              plane_notes(c, 0)->width, c->src_rows[0], 0);
+  block_means(kind, luma_of(*w.src), c->pre_luma, c->src_stride[0], notes.width,
+              c->src_rows[0], 0);
   scale_luma(w, c->pre_luma);
 }
 
 // What the thread for chroma does.
 void pre_scale_chroma(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
+  const DctPlane &notes = *plane_notes(c, 1);
+  if (written(c, 1, notes).width < 1) return;
   const MeansKind &kind = c->prescale == 2             ? kHalvePairs
                           : c->stride_not_aligned != 0 ? kQuarterGrouped
                                                        : kQuarterGroupedOf2Rows;
   // Fours that make their blocks together are made whole where the row has
   // room for them: which they are does not depend on what is needed.
-  const int32_t width = plane_notes(c, 1)->width;
-  const int32_t count = smaller((width + 3) / 4 * 4, c->src_stride[1]);
+  const int32_t count = smaller((notes.width + 3) / 4 * 4, c->src_stride[1]);
   const ptrdiff_t stride = 2 * ptrdiff_t{c->src_stride[1]};
   block_means(kind, pairs_of(*w.src), c->pre_chroma, stride, count,
               c->src_rows[1], 0);
-  scale_pairs(w, c->pre_chroma, width, c->src_rows[1],
+  scale_pairs(w, c->pre_chroma, notes.width, c->src_rows[1],
               static_cast<int32_t>(stride));
 }
 
@@ -125,12 +124,13 @@ void average(const vexo_rsz_new_worker &w) {
     return;
   }
   uint8_t *const row = w.context->pre_chroma;
-  if (row == nullptr ||
+  const MeansSource source = pairs_of(*w.src);
+  if (row == nullptr || source.width < 1 || source.rows < 1 || width < 1 ||
       plane_bytes(*w.src, 1) / w.context->prescale < int64_t{2} * width) {
     return;
   }
   for (int32_t y = 0; y < rows; ++y) {
-    block_means(pairs, pairs_of(*w.src), row, 0, width, 1, y);
+    block_means(pairs, source, row, 0, width, 1, y);
     vexo_csc_8b8b_unpck(row, 2 * width, 1, 0, 0, 0,
                         dst.plane[1] + ptrdiff_t{y} * dst.stride[1],
                         dst.plane[2] + ptrdiff_t{y} * dst.stride[2]);

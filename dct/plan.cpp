@@ -20,6 +20,11 @@ int64_t whole(double x) { return static_cast<int64_t>(x); }
 struct Side {
   int64_t src, dst;
   float ratio;
+
+  // Samples a side of the smaller blocks, and whether there are no larger ones.
+  int64_t block() const { return whole(4.0F * ratio); }
+  bool even() const { return whole(400.0F * ratio) % 100 == 0; }
+  int64_t span() const { return whole(ratio + 0.999); }
 };
 
 // Pads a destination size to whole blocks and the source with it. Fractions
@@ -37,18 +42,41 @@ Side pad(int32_t src, int32_t dst) {
   return s;
 }
 
-// How many blocks of `size` and of size + 1 samples make a side.
+// How many blocks of either size make a side.
 struct Counts {
-  int32_t smaller, larger;
+  int64_t smaller, larger;
+  int64_t all() const { return smaller + larger; }
 };
-Counts count_blocks(int32_t src, int32_t dst, int32_t size, bool even) {
+Counts count_blocks(const Side &side) {
+  const int64_t size = side.block();
   if (size < 1) return {0, 0};
-  if (even) return {src / size, 0};
+  if (side.even()) return {side.src / size, 0};
   // a (size + 1) + b size = src and a + b = dst / 4.
-  const int64_t larger = int64_t{src} - int64_t{dst / 4} * size;
-  const int64_t smaller = dst / 4 - larger;
+  const int64_t larger = side.src - side.dst / 4 * size;
+  const int64_t smaller = side.dst / 4 - larger;
   if (larger < 0 || smaller < 0) return {0, 0};
-  return {static_cast<int32_t>(smaller), static_cast<int32_t>(larger)};
+  return {smaller, larger};
+}
+
+// Enlarged a thousand times a side has no span. Sizes are numbers of 32 bits,
+// starts of the last blocks' last samples too. Bases of more points than
+// kMostPoints would not fit their words. The weights of blocks whose first one
+// is 0 would make any picture black. The tables of kMostBlocks blocks are made
+// in some milliseconds.
+constexpr int64_t kMostSize = INT32_MAX - 8;
+constexpr int64_t kMostPoints = 65536;
+constexpr int64_t kMostBlocks = int64_t{1} << 21;
+
+bool is_served(const Side &across, const Side &down) {
+  const auto fits = [](const Side &side) {
+    return side.src <= kMostSize && side.dst <= kMostSize &&
+           side.block() < kMostPoints && side.span() > 0;
+  };
+  if (!fits(across) || !fits(down)) return false;
+  const auto width = static_cast<int32_t>(across.block());
+  const auto height = static_cast<int32_t>(down.block());
+  return dct_weight(width + 1, height + 1, 0.25F) > 0 &&
+         count_blocks(across).all() * count_blocks(down).all() <= kMostBlocks;
 }
 
 // The size of a plane of the source that blocks are taken from.
@@ -66,7 +94,7 @@ Size source_size(const vexo_img &src, int32_t plane, int32_t prescale) {
                     : Size{width / 2, src.height[0] / (2 * prescale)};
 }
 
-bool plan_plane(const vexo_img *pair, vexo_rsz_new_context *c, int32_t plane) {
+void plan_plane(const vexo_img *pair, vexo_rsz_new_context *c, int32_t plane) {
   const vexo_img &src = pair[0];
   const vexo_img &dst = pair[1];
   const int32_t factor = c->prescale == 0 ? 1 : c->prescale;
@@ -80,39 +108,31 @@ bool plan_plane(const vexo_img *pair, vexo_rsz_new_context *c, int32_t plane) {
   }
 
   const Size size = source_size(src, plane, c->prescale);
-  if (size.width < 1 || size.height < 1 || dst.width[plane] < 1 ||
-      dst.height[plane] < 1) {
-    return true;
-  }
-  return plan_blocks(c, plane, size.width, size.height, dst.width[plane],
-                     dst.height[plane]);
+  plan_blocks(c, plane, size.width, size.height, dst.width[plane],
+              dst.height[plane]);
 }
 
 }  // namespace
 
-bool plan_blocks(vexo_rsz_new_context *c, int32_t plane, int32_t src_width,
+void plan_blocks(vexo_rsz_new_context *c, int32_t plane, int32_t src_width,
                  int32_t src_height, int32_t dst_width, int32_t dst_height) {
+  if (src_width < 1 || src_height < 1 || dst_width < 1 || dst_height < 1) {
+    return;
+  }
   const Side across = pad(src_width, dst_width);
   const Side down = pad(src_height, dst_height);
-  // Starts of the last blocks' last samples must be numbers, too.
-  constexpr int64_t kMost = INT32_MAX - 8;
-  if (across.src > kMost || across.dst > kMost || down.src > kMost ||
-      down.dst > kMost) {
-    return false;
-  }
+  if (!is_served(across, down)) return;
   c->src_width[plane] = static_cast<int32_t>(across.src);
   c->src_height[plane] = static_cast<int32_t>(down.src);
   c->dst_width[plane] = static_cast<int32_t>(across.dst);
   c->dst_height[plane] = static_cast<int32_t>(down.dst);
   c->horizontal_ratio[plane] = across.ratio;
   c->vertical_ratio[plane] = down.ratio;
-  c->horizontal_span[plane] = static_cast<int32_t>(whole(across.ratio + 0.999));
-  c->vertical_span[plane] = static_cast<int32_t>(whole(down.ratio + 0.999));
-  const auto k = static_cast<int32_t>(whole(4.0F * across.ratio));
-  const auto m = static_cast<int32_t>(whole(4.0F * down.ratio));
+  c->horizontal_span[plane] = static_cast<int32_t>(across.span());
+  c->vertical_span[plane] = static_cast<int32_t>(down.span());
   for (int32_t type = 0; type < 4; ++type) {
-    const int32_t width = k + type % 2;
-    const int32_t height = m + type / 2;
+    const auto width = static_cast<int32_t>(across.block()) + type % 2;
+    const auto height = static_cast<int32_t>(down.block()) + type / 2;
     c->block_width[plane][type] = width;
     c->block_height[plane][type] = height;
     c->horizontal_shift[plane][type] = 4 * c->horizontal_span[plane] - width;
@@ -123,18 +143,14 @@ bool plan_blocks(vexo_rsz_new_context *c, int32_t plane, int32_t src_width,
       c->weights[plane][type][i] = dct_weight(width, height, factor);
     }
   }
-  const bool even_rows = whole(400.0F * down.ratio) % 100 == 0;
-  const bool even_columns = whole(400.0F * across.ratio) % 100 == 0;
-  c->types[plane] = even_rows ? (even_columns ? 1 : 2) : (even_columns ? 3 : 4);
-  const Counts rows =
-      count_blocks(c->src_height[plane], c->dst_height[plane], m, even_rows);
-  c->short_rows[plane] = rows.smaller;
-  c->tall_rows[plane] = rows.larger;
-  const Counts columns =
-      count_blocks(c->src_width[plane], c->dst_width[plane], k, even_columns);
-  c->narrow_columns[plane] = columns.smaller;
-  c->wide_columns[plane] = columns.larger;
-  return true;
+  c->types[plane] =
+      down.even() ? (across.even() ? 1 : 2) : (across.even() ? 3 : 4);
+  const Counts rows = count_blocks(down);
+  c->short_rows[plane] = static_cast<int32_t>(rows.smaller);
+  c->tall_rows[plane] = static_cast<int32_t>(rows.larger);
+  const Counts columns = count_blocks(across);
+  c->narrow_columns[plane] = static_cast<int32_t>(columns.smaller);
+  c->wide_columns[plane] = static_cast<int32_t>(columns.larger);
 }
 
 int32_t source_width(const vexo_img &src, int32_t plane, int32_t prescale) {
@@ -185,9 +201,9 @@ int32_t vexo_rsz_new_set_img(vexo_img *pair) {
 
 int32_t algorithm_settings(const vexo_img *pair,
                            vexo_rsz_new_context *context) {
-  return lox::plan_plane(pair, context, 0) && lox::plan_plane(pair, context, 1)
-             ? VEXO_OK
-             : VEXO_ERR_ARG;
+  lox::plan_plane(pair, context, 0);
+  lox::plan_plane(pair, context, 1);
+  return VEXO_OK;
 }
 
 void split_settings(vexo_rsz_new_context *context) {
@@ -199,18 +215,30 @@ void split_settings(vexo_rsz_new_context *context) {
     const int64_t rows = context->short_rows[plane] + tall;
     const int64_t wide = context->wide_columns[plane];
     const int64_t columns = context->narrow_columns[plane] + wide;
+    if (rows < 1 || columns < 1) continue;
+    // Rounding half of n up keeps starts within half a sample of where the
+    // ratio puts them.
+    const auto is_larger = [](int64_t i, int64_t t, int64_t n) {
+      return (i * t + n / 2) / n != ((i + 1) * t + n / 2) / n;
+    };
+    int32_t x = 0;
+    for (int64_t j = 0; j < columns; ++j) {
+      first_column[j] = x;
+      type[j] = is_larger(j, wide, columns) ? 1 : 0;
+      x += context->block_width[plane][type[j]];
+    }
+    // Columns are the same in each row, and so whether they are wide.
+    const int32_t *const starts = first_column;
+    const uint8_t *const widths = type;
     int32_t y = 0;
     for (int64_t i = 0; i < rows; ++i) {
-      const bool is_tall = i * tall / rows != (i + 1) * tall / rows;
-      int32_t x = 0;
+      const int tall_type = is_larger(i, tall, rows) ? 2 : 0;
       for (int64_t j = 0; j < columns; ++j) {
-        const bool is_wide = j * wide / columns != (j + 1) * wide / columns;
-        *type = static_cast<uint8_t>((is_tall ? 2 : 0) + (is_wide ? 1 : 0));
-        *first_column++ = x;
+        *type++ = static_cast<uint8_t>(widths[j] % 2 + tall_type);
+        *first_column++ = starts[j];
         *first_row++ = y;
-        x += context->block_width[plane][*type++];
       }
-      y += context->block_height[plane][is_tall ? 2 : 0];
+      y += context->block_height[plane][tall_type];
     }
   }
 }

@@ -51,6 +51,26 @@ inline int32_t set_entry(const vexo_rsz_new_context *context, int32_t plane,
 }
 
 inline int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
+
+// How far the plan's blocks are written: as the destination's rows reach.
+// Nothing is where there are no blocks or no samples to take them from.
+struct Written {
+  int32_t width, height;
+};
+inline Written written(const vexo_rsz_new_context *c, int32_t plan,
+                       const DctPlane &plane) {
+  const auto reach = [](int32_t smaller_blocks, int32_t larger_blocks,
+                        int32_t room) {
+    const int64_t all = 4 * (int64_t{smaller_blocks} + larger_blocks);
+    return all < room ? static_cast<int32_t>(all) : room;
+  };
+  const Written size = {
+      reach(c->narrow_columns[plan], c->wide_columns[plan], plane.dst_stride),
+      reach(c->short_rows[plan], c->tall_rows[plan], plane.dst_rows)};
+  const bool any =
+      plane.width > 0 && plane.rows > 0 && size.width > 0 && size.height > 0;
+  return any ? size : Written{0, 0};
+}
 inline int32_t round_up(int32_t n, int32_t to) {
   return static_cast<int32_t>((int64_t{n} + to - 1) / to * to);
 }
@@ -58,8 +78,8 @@ inline int64_t plane_bytes(const vexo_img &img, int32_t plane) {
   return int64_t{img.stride[plane]} * img.buf_height[plane];
 }
 
-// Plans one plane. False when a size becomes too large.
-bool plan_blocks(vexo_rsz_new_context *context, int32_t plane,
+// Plans one plane; no blocks for sizes that are not served.
+void plan_blocks(vexo_rsz_new_context *context, int32_t plane,
                  int32_t src_width, int32_t src_height, int32_t dst_width,
                  int32_t dst_height);
 // Of a plane of the source that blocks are taken from, before padding.

@@ -25,10 +25,10 @@ constexpr int32_t kCut = 64;
 void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
                  const DctPlane &plane, uint8_t *work, const uint8_t *src,
                  uint8_t *dst, vexo_shift_set a, vexo_shift_set b) {
+  const Written size = written(context, plan, plane);
+  if (size.width < 1) return;
   const int32_t columns =
       context->narrow_columns[plan] + context->wide_columns[plan];
-  const int32_t rows = context->short_rows[plan] + context->tall_rows[plan];
-  if (columns < 1 || rows < 1 || plane.width < 1 || plane.rows < 1) return;
 
   DctKind kinds[4] = {};
   for (int32_t type = 0; type < 4; ++type) {
@@ -44,15 +44,12 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
 
   const ptrdiff_t stride = plane.dst_stride;
   // Blocks across that lie inside, and those that reach inside.
-  const int32_t inside =
-      columns < stride / 4 ? columns : static_cast<int32_t>(stride / 4);
-  const int32_t reaching = static_cast<int32_t>(
-      columns < (stride + 3) / 4 ? columns : (stride + 3) / 4);
+  const int32_t inside = size.width / 4;
+  const int32_t reaching = inside + (size.width % 4 != 0 ? 1 : 0);
   const ptrdiff_t first =
       plan == 0 ? 0 : static_cast<ptrdiff_t>(block_count(context, 0));
-  for (int32_t i = 0; i < rows; ++i) {
-    const int64_t left = plane.dst_rows - int64_t{4} * i;
-    if (left < 1) break;
+  for (int32_t i = 0; 4 * i < size.height; ++i) {
+    const int32_t left = size.height - 4 * i;
     const ptrdiff_t at = first + ptrdiff_t{i} * columns;
     DctJob job = {kinds,
                   src,
@@ -81,7 +78,7 @@ void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
       const ptrdiff_t room = stride - x;
       copy_plane(row + x, stride, cut, job.dst_stride,
                  room < 4 * job.count ? room : 4 * job.count,
-                 cut_below ? static_cast<int32_t>(left) : 4);
+                 cut_below ? left : 4);
     }
   }
 }

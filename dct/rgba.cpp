@@ -49,7 +49,15 @@ int32_t vexo_rsz_new_rgba8888(const vexo_img *quartet,
   lox::scale_component<0>(worker(0));
   second.finish();
   third.finish();
-  vexo_csc_8b8b8b8b_pack(to.plane[0], to.width[0], to.height[0], to.stride[0],
+  // Pixels of which all three bytes were scaled.
+  lox::Written size = {to.width[0], to.height[0]};
+  for (int plane = 0; plane < 3; ++plane) {
+    const lox::Written of_plane =
+        lox::written(context, 0, *lox::plane_notes(context, plane));
+    size = {lox::smaller(size.width, of_plane.width),
+            lox::smaller(size.height, of_plane.height)};
+  }
+  vexo_csc_8b8b8b8b_pack(to.plane[0], size.width, size.height, to.stride[0],
                          dst.stride[0], dst.stride[1], dst.stride[2], 0,
                          dst.plane[0], dst.plane[1], dst.plane[2], nullptr);
   return VEXO_OK;

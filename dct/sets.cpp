@@ -24,16 +24,14 @@ constexpr float kFour[16] = {
 // The basis of so many points for the strip's four samples, row by row. Ones on
 // the diagonal of the strip give its product with the reverse of kFour, which
 // is undone.
-void strip_basis(int32_t points, uint8_t *mask, int32_t strip, float *out) {
-  for (int32_t y = 4 * strip; y < 4 * strip + 4 && y < points; ++y) {
-    mask[size_t{4} * static_cast<size_t>(y) + static_cast<size_t>(y % 4)] = 1;
-  }
+void strip_basis(int32_t points, int32_t strip, const ColumnCosines &columns,
+                 float *out) {
+  constexpr uint8_t kDiagonal[16] = {1, 0, 0, 0, 0, 1, 0, 0,
+                                     0, 0, 1, 0, 0, 0, 0, 1};
   float product[16];
-  FDCT_BlockXYFn(mask, product, points, 4);
+  transform_rows(kDiagonal, 4 * strip, smaller(4, points - 4 * strip), points,
+                 columns, product);
   MatNxN_float_compute(product, kFour, out, 4);
-  for (int32_t y = 4 * strip; y < 4 * strip + 4 && y < points; ++y) {
-    mask[size_t{4} * static_cast<size_t>(y) + static_cast<size_t>(y % 4)] = 0;
-  }
 }
 
 // Rounds the entries of a symmetric row by their partial sums, so that they add
@@ -59,8 +57,7 @@ class PartialSums {
 // adds up to 0, as 1 and 3 do by themselves: flat blocks have no other
 // coefficient than the first. Row 0 is one number where it weighs sums of
 // samples (`flat`); else it adds up to what it should, for the brightness.
-void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat,
-                uint8_t *mask) {
+void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat) {
   // FDCT_BlockXYFn's results are 1024 times the orthonormal ones.
   const double scale = std::ldexp(1.0, bits - 10);
   const auto round = [](double x) {
@@ -69,14 +66,14 @@ void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat,
   const auto put = [&](int u, int32_t i, int32_t entry) {
     rows[i / 4][4 * u + i % 4] = static_cast<int16_t>(entry);
   };
-  memset(mask, 0, size_t{4} * static_cast<size_t>(points));
   const int32_t half = points / 2;
+  const ColumnCosines columns(4);
   float strip[16];
   PartialSums first;
   PartialSums third;
   double level = 0;
   for (int32_t i = 0; i < (points + 1) / 2; ++i) {
-    if (i % 4 == 0) strip_basis(points, mask, i / 4, strip);
+    if (i % 4 == 0) strip_basis(points, i / 4, columns, strip);
     const float *const column = strip + i % 4;
     if (i == 0) level = scale * column[0];
     if (i == half) {
@@ -137,19 +134,28 @@ int32_t get_mem3Dint16(vexo_shift_set *set, int32_t count, int32_t n) {
 
 void make_shiftmatrix(const vexo_rsz_new_context *context, vexo_shift_set a,
                       vexo_shift_set b) {
+  const auto copy = [](int16_t *const *to, int16_t *const *from,
+                       int32_t points) {
+    const auto rows = static_cast<size_t>((points + 3) / 4);
+    memcpy(to[0], from[0], rows * 16 * sizeof **to);
+  };
   for (int32_t plane = 0; plane < 2; ++plane) {
-    // A mask has four columns and as many rows as a block has samples a side;
-    // the room for a block holds one.
-    uint8_t *const mask = lox::samples_of(lox::work_area(context, plane));
     for (int32_t type = 0; type < context->types[plane]; ++type) {
       if (!lox::has_type(context, plane, type)) continue;
       const int32_t entry = lox::set_entry(context, plane, type);
       const int32_t height = context->block_height[plane][type];
       const int32_t width = context->block_width[plane][type];
-      lox::fill_basis(a[entry], height, lox::dct_down_scale(height), true,
-                      mask);
-      lox::fill_basis(b[entry], width, lox::dct_across_scale(width), false,
-                      mask);
+      // Types 0 and 1 are equally high, 0 and 2 equally wide.
+      if (type % 2 == 0) {
+        lox::fill_basis(a[entry], height, lox::dct_down_scale(height), true);
+      } else {
+        copy(a[entry], a[entry - 1], height);
+      }
+      if (type < 2) {
+        lox::fill_basis(b[entry], width, lox::dct_across_scale(width), false);
+      } else {
+        copy(b[entry], b[entry - 2], width);
+      }
     }
   }
 }

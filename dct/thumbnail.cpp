@@ -2,6 +2,7 @@
 //
 // Thumbnails: scaled, then turned.
 #include <cstdint>
+#include <cstring>
 
 #include "dct/plan.h"
 #include "orumlox/common.h"
@@ -41,6 +42,8 @@ void allocate_planes(vexo_img *img) {
   img->plane[0] =
       static_cast<uint8_t *>(mlox_malloc_align32(static_cast<uint32_t>(bytes)));
   if (img->plane[0] == nullptr) return;
+  // What the scaler leaves alone is turned with the rest.
+  memset(img->plane[0], 0, static_cast<size_t>(bytes));
   for (int plane = 1; plane < planes; ++plane) {
     img->plane[plane] = img->plane[plane - 1] +
                         static_cast<ptrdiff_t>(plane_bytes(*img, plane - 1));

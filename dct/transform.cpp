@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "dct/dct_rule.h"
+#include "dct/sets.h"
 #include "dct/weights.h"
 #include "orumlox/unprefixed.h"
 
@@ -17,29 +18,34 @@ namespace {
 constexpr double kQuarterTurn = 1.570796;
 
 void cosines(double *c, int32_t place, int32_t points) {
-  for (int i = 0; i < 4; ++i) {
+  c[0] = 1;
+  for (int i = 1; i < 4; ++i) {
     c[i] = std::cos((2.0 * place + 1) * kQuarterTurn * i / points);
   }
 }
 
 }  // namespace
 
-}  // namespace lox
+ColumnCosines::ColumnCosines(int32_t width_) : width(width_) {
+  for (int32_t x = 0; x < width && x < kKnown; ++x) {
+    cosines(known[x], x, width);
+  }
+}
 
-void FDCT_BlockXYFn(const uint8_t *block, float *out, int32_t height,
-                    int32_t width) {
+void transform_rows(const uint8_t *samples, int32_t first, int32_t count,
+                    int32_t height, const ColumnCosines &columns, float *out) {
+  constexpr int32_t kKnown = ColumnCosines::kKnown;
+  const int32_t width = columns.width;
   float sums[16] = {};
-  for (int32_t y = 0; y < height; ++y) {
-    double down[4] = {};
-    bool known = false;
+  for (int32_t y = first; y < first + count; ++y) {
+    double down[4];
+    cosines(down, y, height);
     for (int32_t x = 0; x < width; ++x) {
-      const int sample = *block++;
-      // Adds nothing, and most of what set-up transforms is 0.
-      if (sample == 0) continue;
-      if (!known) lox::cosines(down, y, height);
-      known = true;
-      double across[4];
-      lox::cosines(across, x, width);
+      const int sample = *samples++;
+      if (sample == 0) continue;  // adds nothing
+      double beyond[4];
+      if (x >= kKnown) cosines(beyond, x, width);
+      const double *const across = x < kKnown ? columns.known[x] : beyond;
       for (int i = 0; i < 16; ++i) {
         sums[i] =
             static_cast<float>(sums[i] + sample * down[i / 4] * across[i % 4]);
@@ -52,6 +58,13 @@ void FDCT_BlockXYFn(const uint8_t *block, float *out, int32_t height,
     const double v = i % 4 == 0 ? 0.70710677 : 1;
     out[i] = static_cast<float>(scale * u * v * 2048 * sums[i]);
   }
+}
+
+}  // namespace lox
+
+void FDCT_BlockXYFn(const uint8_t *block, float *out, int32_t height,
+                    int32_t width) {
+  lox::transform_rows(block, 0, height, height, lox::ColumnCosines(width), out);
 }
 
 void MatNxN_float_compute(const float *a, const float *b, float *out,

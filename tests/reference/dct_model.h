@@ -73,7 +73,10 @@ struct Axis {
     }
   }
   bool is_larger(int32_t i) const {
-    return int64_t{i} * larger / count != (int64_t{i} + 1) * larger / count;
+    const auto before = [this](int64_t n) {
+      return (n * larger + count / 2) / count;
+    };
+    return before(i) != before(i + 1);
   }
 
   int32_t src = 0, dst = 0, span = 0, block = 0;
