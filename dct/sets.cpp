@@ -45,6 +45,8 @@ class PartialSums {
     sum_ = sum;
     return rounded;
   }
+  // The last entry of a half that adds up to 0.
+  int32_t last() const { return -sum_; }
   // The entry in the middle, of a row that adds up to `total`.
   int32_t middle(int32_t total) const { return total - 2 * sum_; }
 
@@ -83,7 +85,9 @@ void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat) {
     }
     const int32_t entries[4] = {
         flat ? round(level) : first.next(level), round(scale * column[4]),
-        third.next(scale * column[8]), round(scale * column[12])};
+        i + 1 == half && points % 2 == 0 ? third.last()
+                                         : third.next(scale * column[8]),
+        round(scale * column[12])};
     for (int u = 0; u < 4; ++u) {
       put(u, i, entries[u]);
       put(u, points - 1 - i, u % 2 == 0 ? entries[u] : -entries[u]);

@@ -11,9 +11,26 @@
  * number of pictures of the same geometry and released (_deinit). One context
  * is not to be used by two calls at once; calls with different contexts do not
  * touch each other. Source and destination do not overlap. Nothing outside the
- * stride x buf_height bytes of a plane is read or written. Arguments are not
- * checked; a size below 1 plans no blocks, and ratios below 1 (enlarging) are
- * carried out by the same rule, but not well; below 1/4 nothing is planned.
+ * stride x buf_height bytes of a plane is read or written, and no byte of a
+ * destination comes from memory that nobody wrote. Arguments are not checked.
+ *
+ * A plane is served when
+ *   - its sizes in the source, after any pre-scaling, and in the destination
+ *     are at least 1, and below 2^31 - 8 when padded to whole blocks;
+ *   - it is enlarged to four times its size at most; ratios below 1 (enlarging)
+ *     are carried out by the same rule, but not well;
+ *   - blocks have fewer than 65536 samples a side, or the words of a basis
+ *     could not tell them apart, and the largest (k + 1 by m + 1, see below) at
+ *     most 32899^2 samples, or its first weight would be 0;
+ *   - there are at most 2^21 blocks: 8192 x 4096 samples.
+ * A plane that is not served has no blocks, and is left alone. Planning takes
+ * time in proportion to the sides of blocks and to their number, some
+ * milliseconds at these limits.
+ *
+ * Every plane is scaled by its own sizes; chroma need not be half of luma but
+ * where a call says so. A plane's stride holds a row (two bytes a pair) and its
+ * buf_height all rows; where one of them is below 1, and where the source has
+ * no sample, the destination's plane is left alone.
  *
  * NV12 and NV21 pictures (vexo_rsz_new), RGBA8888 pictures
  * (vexo_rsz_new_rgba8888), and thumbnails (vexo_txc_new), scaled and turned.
@@ -70,7 +87,9 @@ typedef struct vexo_rsz_new_context {
   int32_t types[2];
   /* Rows of blocks m and m + 1 high, columns of blocks k and k + 1 wide. Of
    * n = rows or columns in all, t of them the larger, the i-th one is larger
-   * when i x t / n and (i + 1) x t / n, rounded down, differ. */
+   * when i x t / n and (i + 1) x t / n, rounded to the nearest, halves up,
+   * differ: blocks begin within half a sample of where the ratio puts them.
+   * Without larger ones up to a hundredth of a sample a block is left over. */
   int32_t short_rows[2];
   int32_t tall_rows[2];
   int32_t narrow_columns[2];
@@ -125,10 +144,10 @@ VEXO_STATIC_ASSERT(sizeof(vexo_rsz_new_context) == 840, "context");
  * DCT-II of as many points as the block is high, 0 beyond the block; set B's is
  * that of the block's width. With e the least number for which 4^e >= points,
  * entries of A are in 1 / 2^min(13 + e, 23 - e), those of B in
- * 1 / 2^min(13 + e, 16 - e), each within 1.5 of the exact ones: rows 1 to 3 add
+ * 1 / 2^min(13 + e, 16 - e), each within 1.5 of the exact ones, those in the
+ * middle within 4: rows 1 to 3 add
  * up to 0, so that flat blocks have no other coefficient than the first, and
- * B's row 0 to within 1 of the exact sum. (The entries are words: beyond 65536
- * samples a side those of B would vanish.)
+ * B's row 0 to within 1 of the exact sum.
  */
 typedef int16_t ***vexo_shift_set;
 
@@ -161,9 +180,13 @@ VEXO_API int32_t vexo_rsz_new_set_img(vexo_img *pair);
  *
  * With a pre-scale factor the source counts as W / 2 rounded down to even by
  * H / 2, or W / 4 rounded UP to even by H / 4, intentionally; plane 1 as half
- * of that width by H / 4, or H / 8.
+ * of that width by H / 4, or H / 8. What plane 1 lacks of that is repeated
+ * from its last column or row. The smallest sources that are scaled are
+ *   factor 0: 1 sample, or pair;
+ *   factor 2: W x H of 4 x 2; chroma 4 x 4, plane 1 of stride 4 and height 2;
+ *   factor 4: W x H of 4 x 4; chroma 4 x 8, plane 1 of stride 8 and height 4.
  *
- * Returns VEXO_OK, or VEXO_ERR_ARG when memory cannot be had (or a table
+ * Returns VEXO_OK, or VEXO_ERR_ARG when memory cannot be had (or a buffer
  * would need more than 2^31 bytes): everything allocated is freed, the context
  * is clear, the sets are null, and scaling with them and releasing them do
  * nothing.
@@ -177,9 +200,9 @@ VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
  * Scales src, NV12 or NV21, into dst, of the planned geometry and kind: NV12
  * or NV21 (plane 1 gets pairs in the source's order) or YUV420 (plane 1 gets
  * the first component, plane 2 the second, with the stride and rows of plane
- * 1). Any other destination is left alone but for luma, which it gets with a
- * pre-scale factor when its planned stride is not 0 (NV21, whose chroma is then
- * left alone, intentionally).
+ * 1, so its buffer is as large). Any other destination is left alone but for
+ * luma, which it gets with a pre-scale factor when its planned stride is not 0
+ * (NV21, whose chroma is then left alone, intentionally).
  *
  * Without a pre-scale factor this thread does everything. With one, and no
  * exact ratio, this thread does plane 0 and one that it starts and joins does
@@ -196,6 +219,13 @@ VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
  * YUV420 only, is the means of vexo_8b_rsz_down_..._non_dct and
  * vexo_8b8b_rsz_down_..._non_dct. Samples beyond the source's width or height
  * are those of its last column or row.
+ *
+ * What the factor 4 costs: the middle of rows 0 and 2 is half a row above that
+ * of the block. The middle of grouped pairs is 1.5 pairs beside that of their
+ * own block, right and left by turns, so where chroma rises by s a pair the
+ * pre-scaled one is up to 1.5 s off; of that the scaling leaves, most where
+ * blocks meet, up to 1.5 s at a ratio of 1 (after the pre-scaling), 0.9 s at
+ * 1.25, 0.8 s at 1.5, 0.6 s at 2. Use the factor 2 where that is too much.
  *
  * Samples are within 1 of what the rule gives in exact arithmetic; at ratios
  * below 1.5 a few in a million are 2 off. Uses 4 KiB of stack at most.
@@ -218,8 +248,9 @@ VEXO_API int32_t vexo_rsz_new_deinit(const vexo_img *pair,
  * is read: its width, height, stride), and the planar forms of both, in
  * buffers that the caller provides. Planes 0 to 2 of those hold bytes 0 to 2 of
  * the pixels; their formats are not read. The plan is made of plane 0 of the
- * planar forms (width, height, stride, buf_height); planes 1 and 2 are of the
- * same sizes, and have strides of their own.
+ * planar forms (width, height, stride, buf_height), whose sizes are those of
+ * the pictures; planes 1 and 2 are of the same sizes and buf_height, and have
+ * strides of their own.
  */
 
 /* As vexo_rsz_new_init, without a pre-scale factor. The context's entries for
@@ -234,8 +265,8 @@ VEXO_API int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
  * Takes the source apart into the planar source, scales its three planes into
  * the planar destination, plane 0 on this thread, planes 1 and 2 each on one
  * that it starts and joins, and puts that together in the destination with an
- * alpha of 255. Threads that cannot be started: as in vexo_rsz_new.
- * Returns VEXO_OK.
+ * alpha of 255, as far as blocks are written. Threads that cannot be started:
+ * as in vexo_rsz_new. Returns VEXO_OK.
  */
 VEXO_API int32_t vexo_rsz_new_rgba8888(const vexo_img *quartet,
                                        vexo_rsz_new_context *context,
@@ -262,7 +293,7 @@ VEXO_API int32_t vexo_rsz_new_rgba8888_deinit(const vexo_img *quartet,
  * format, and width, height, stride and buf_height of planes 0 and 1 (and 2 for
  * YUV420) are copied, and planes are allocated for YUV420 and NV12. Its plane 0
  * is null for other formats and when memory cannot be had: vexo_txc_new then
- * does nothing.
+ * does nothing. Planes that the scaler leaves alone are turned as zeros.
  */
 VEXO_API int32_t vexo_txc_new_init(const vexo_img *pair, vexo_img *intermediate,
                                    vexo_rsz_new_context *context,
@@ -288,6 +319,11 @@ VEXO_API int32_t vexo_txc_new_init(const vexo_img *pair, vexo_img *intermediate,
  *     rounded up to 16, buf_height W and W / 2 rounded up to 16;
  *   NV12, code 3, selectors 0 and 1: planes 0 and 1 as the intermediate's;
  *   everything else, codes 4 and 5 among them: as the caller set it.
+ * A buffer of `result` has the stride x buf_height bytes of that. The planes of
+ * the intermediate are turned in their own sizes: a quarter turn makes w rows
+ * of h samples or pairs of one that is w x h, for which the above must have
+ * room. So for YUV420 planes 1 and 2 are at most S / 2 by T / 2; for NV12 plane
+ * 1 is at most as wide as result's has rows and half as high as its stride.
  */
 VEXO_API int32_t vexo_txc_new(const vexo_img *pair, vexo_img *result,
                               const vexo_img *intermediate,

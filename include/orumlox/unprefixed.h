@@ -61,8 +61,7 @@ VEXO_API int32_t Analyze_SrcLuma(int32_t width, int32_t height,
 /* --- DCT scaling --------------------------------------------------------- */
 
 /* Fills in the sizes, ratios, block types, weights and counts of a context
- * whose prescale is set. Returns VEXO_OK, or VEXO_ERR_ARG when a size exceeds
- * 2^31 - 1. */
+ * whose prescale is set. Returns VEXO_OK. */
 VEXO_API int32_t algorithm_settings(const vexo_img *pair,
                                     vexo_rsz_new_context *context);
 
@@ -75,7 +74,7 @@ VEXO_API void split_settings(vexo_rsz_new_context *context);
  * VEXO_OK or VEXO_ERR_ARG, with everything freed and *set null. */
 VEXO_API int32_t get_mem3Dint16(vexo_shift_set *set, int32_t count, int32_t n);
 
-/* Fills the sets of a context that has its work areas, from blocks with ones on
+/* Fills the sets of a context that has its sizes, from blocks with ones on
  * a diagonal that are put through FDCT_BlockXYFn. */
 VEXO_API void make_shiftmatrix(const vexo_rsz_new_context *context,
                                vexo_shift_set a, vexo_shift_set b);

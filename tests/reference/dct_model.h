@@ -61,7 +61,6 @@ struct Axis {
     if (static_cast<int32_t>(100 * given * pad) % 100 != 0) ++src;
     dst = (to + 3) / 4 * 4;
     ratio = static_cast<float>(src) / static_cast<float>(dst);
-    span = static_cast<int32_t>(ratio + 0.999f);
     block = static_cast<int32_t>(4 * ratio);
     if (block < 1) return;
     two_sizes = static_cast<int32_t>(400 * ratio) % 100 != 0;
@@ -79,17 +78,12 @@ struct Axis {
     return before(i) != before(i + 1);
   }
 
-  int32_t src = 0, dst = 0, span = 0, block = 0;
+  int32_t src = 0, dst = 0, block = 0;
   float ratio = 0;
   bool two_sizes = false;
   int32_t count = 0, larger = 0;
   std::vector<int32_t> starts;
 };
-
-inline int32_t block_types(const Axis& across, const Axis& down) {
-  return down.two_sizes ? (across.two_sizes ? 4 : 3)
-                        : (across.two_sizes ? 2 : 1);
-}
 
 // Entry (u, i) of the orthonormal DCT-II of n points. Rows but the first add up
 // to 0, that of a single point too.
@@ -172,6 +166,7 @@ inline Block inverse(const std::array<int16_t, 16>& w) {
 
 // All blocks of a plane.
 inline Plane scaled(const Plane& from, const Axis& across, const Axis& down) {
+  if (across.count * down.count == 0) return {};
   Plane to(4 * across.count, 4 * down.count);
   // A coefficient just beside a whole number moves samples by up to a quarter
   // at ratio 1, which several together make 2; enlarged ones by any amount.
@@ -265,15 +260,12 @@ struct Plan {
         width[p] = std::min(width[p], src.stride[p] / (factor * (p + 1)));
         height[p] = src.height[p] / factor;
       }
+      if (src.width[p] < 1 || width[p] < 1 || height[p] < 1) {
+        across[p] = down[p] = Axis();
+      }
     }
     format = dst.format;
-    const int32_t stride = src.stride[0];
-    if (dst.color_std == 1 && factor != 0) {
-      not_aligned = stride % 32 != 0;
-      aligned_stride = not_aligned ? (stride - 1) / 32 * 32 : stride;
-    }
-    padding_needed = factor != 0 && dst.color_std == 0 &&
-                     (w != stride || h != src.buf_height[0]);
+    not_aligned = dst.color_std == 1 && factor != 0 && src.stride[0] % 32 != 0;
   }
 
   int32_t prescale;
@@ -281,9 +273,7 @@ struct Plan {
   int32_t width[2], height[2];
   Axis across[2], down[2];
   int32_t format;  // planned of the destination
-  bool not_aligned = false;
-  int32_t aligned_stride = 0;
-  bool padding_needed;
+  bool not_aligned;
 };
 
 // The bytes of a destination, and which of them are written.
@@ -316,6 +306,7 @@ inline std::array<Plane, 3> scaled(const Plan& plan, const vexo_img& src,
     const int p = i == 0 ? 0 : 1;
     const Plane all(src.plane[p], src.stride[p], src.width[p], src.height[p],
                     p + 1, i == 2 ? 1 : 0);
+    if (all.samples.empty()) continue;
     if (plan.exact != 0) {
       planes[i] = means(all, {plan.exact}, dst.width[p], dst.height[p]);
     } else if (plan.prescale == 0) {

@@ -34,6 +34,32 @@ inline std::ostream& operator<<(std::ostream& out, const Job& j) {
              << j.selector << (j.own_strides ? ", own strides" : "");
 }
 
+// Pixels of four bytes, source and destination, and their planar forms: planes
+// of sizes alike and strides of their own.
+struct Quartet {
+  Quartet(Size src, Size dst, Random& random) {
+    for (int i = 0; i < 4; ++i) {
+      const Size& size = i % 2 == 0 ? src : dst;
+      for (int p = 0; p < (i < 2 ? 1 : 3); ++p) {
+        const int32_t row = i < 2 ? 4 * size.width : size.width;
+        const int32_t stride = row + random.between(0, 9);
+        const int32_t rows = p == 0 ? size.height + random.between(0, 5)
+                                    : images[i].img.buf_height[0];
+        images[i].set_plane(p, size.width, size.height, stride,
+                            plane_size(stride, rows, stride),
+                            random.next() % 2 == 0 ? Edge::kEnd : Edge::kStart);
+        images[i].img.buf_height[p] = rows;
+      }
+      img[i] = images[i].img;
+    }
+    images[0].fill(random);
+  }
+
+  vexo_img img[4];
+  TestImage images[4] = {TestImage(500), TestImage(500), TestImage(-1),
+                         TestImage(-1)};
+};
+
 enum class Content { kNoise, kSmooth, kExtremes };
 
 class DctPictures : public SeededTest {

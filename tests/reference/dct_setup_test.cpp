@@ -3,6 +3,7 @@
 // transforms of one block.
 #include <orumlox/unprefixed.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -16,133 +17,163 @@ namespace {
 
 using DctSetup = DctPictures;
 
-int32_t up(int32_t n, int32_t multiple) {
-  return (n + multiple - 1) / multiple * multiple;
-}
+// What it is of both planes, of the descriptors or of the context.
+using Ints = std::vector<int32_t>;
 
-TEST_F(DctSetup, GeometryBySelectorAndFormat) {
-  for (const int32_t selector : {0, 1, 2, -1, 10}) {
-    for (const int32_t format : {6, 7, 1, 0, 2, 4, 500}) {
-      for (const int32_t other : {6, 7, 1, 0}) {
-        vexo_img pair[2] = {TestImage(format).img, TestImage(other).img};
-        pair[0].color_std = selector == 0 ? 1 : 0;
-        pair[1].color_std = selector;
-        for (vexo_img& img : pair) {
-          for (int p = 0; p < 3; ++p) {
-            img.width[p] = random.between(1, 2000);
-            img.height[p] = random.between(1, 2000);
-          }
-        }
-        vexo_img expected[2] = {pair[0], pair[1]};
-        for (int i = 0; i < 2; ++i) {
-          vexo_img& e = expected[i];
-          const int32_t w = e.width[0], h = e.height[0];
-          if (e.format == VEXO_FMT_YUV420) {
-            for (int p = 0; p < 3; ++p) {
-              e.stride[p] = up(e.width[p], 16);
-              e.buf_height[p] = up(e.height[p], 16);
-            }
-          } else if (is_pairs(e) && (selector == 0 || selector == 1)) {
-            e.width[1] = w / 2;
-            e.height[1] = h / 2;
-            const int32_t unit = selector == 0 ? 128 : i == 0 ? 1 : 16;
-            e.stride[0] = up(w, unit);
-            e.stride[1] = up(w, unit == 1 ? 2 : unit);
-            e.buf_height[0] = up(h, selector == 0 ? 32 : unit);
-            e.buf_height[1] = up(h / 2, unit == 1 ? 1 : 16);
-          }
-        }
-        ASSERT_EQ(vexo_rsz_new_set_img(pair), VEXO_OK);
-        for (int i = 0; i < 2; ++i) {
-          EXPECT_EQ(std::memcmp(&pair[i], &expected[i], sizeof(vexo_img)), 0)
-              << "descriptor " << i << ", formats " << format << " and "
-              << other << ", selector " << selector << ", " << pair[i].width[0]
-              << "x" << pair[i].height[0];
-        }
-      }
-    }
-  }
-}
-
-// Rounding by 128, 32 and 16, and by nothing.
+// Strides, then rows, of planes 0 and 1 of the source, then of the destination.
 TEST_F(DctSetup, GeometryByHand) {
   const struct {
-    int32_t selector, width, height;
-    int32_t src[4], dst[4];  // strides and rows of planes 0 and 1
-  } kCases[] = {{0, 129, 33, {256, 256, 64, 16}, {256, 256, 64, 16}},
-                {0, 128, 34, {128, 128, 64, 32}, {128, 128, 64, 32}},
-                {1, 101, 35, {101, 102, 35, 17}, {112, 112, 48, 32}}};
+    int32_t selector, format, width, height;
+    Ints expected;
+  } kCases[] = {
+      {0, 6, 129, 33, {256, 256, 64, 16, 256, 256, 64, 16}},
+      {0, 7, 128, 34, {128, 128, 64, 32, 128, 128, 64, 32}},
+      {1, 6, 101, 35, {101, 102, 35, 17, 112, 112, 48, 32}},
+      {1, 7, 112, 32, {112, 112, 32, 16, 112, 112, 32, 16}},
+      {2, 6, 101, 35, {1, 1, 1, 1, 1, 1, 1, 1}},
+      {-1, 7, 101, 35, {1, 1, 1, 1, 1, 1, 1, 1}},
+      {0, 0, 101, 35, {1, 1, 1, 1, 1, 1, 1, 1}},
+      {1, 500, 101, 35, {1, 1, 1, 1, 1, 1, 1, 1}},
+      {5, 1, 101, 35, {112, 64, 48, 32, 112, 64, 48, 32}},
+  };
   for (const auto& k : kCases) {
-    ASSERT_NO_FATAL_FAILURE(describe({{k.width, k.height},
-                                      {k.width, k.height},
-                                      0,
-                                      VEXO_FMT_NV12,
-                                      VEXO_FMT_NV21,
-                                      k.selector,
-                                      false}));
-    for (int i = 0; i < 2; ++i) {
-      const int32_t(&e)[4] = i == 0 ? k.src : k.dst;
-      const vexo_img& img = pair_[i];
-      for (int p = 0; p < 2; ++p) {
-        EXPECT_EQ(img.stride[p], e[p]) << k.width << ", " << i;
-        EXPECT_EQ(img.buf_height[p], e[2 + p]) << k.width << ", " << i;
-        EXPECT_EQ(img.width[p], k.width >> p);
-        EXPECT_EQ(img.height[p], k.height >> p);
+    vexo_img pair[2] = {TestImage(k.format).img, TestImage(k.format).img};
+    for (vexo_img& img : pair) {
+      for (int p = 0; p < 3; ++p) {
+        img.width[p] = p == 0 ? k.width : 53;
+        img.height[p] = p == 0 ? k.height : 27;
+        img.stride[p] = img.buf_height[p] = 1;
       }
+    }
+    // The destination's selector is that of both.
+    pair[0].color_std = k.selector == 0 ? 1 : 0;
+    pair[1].color_std = k.selector;
+    ASSERT_EQ(vexo_rsz_new_set_img(pair), VEXO_OK);
+    Ints actual;
+    for (const vexo_img& img : pair) {
+      actual.insert(actual.end(), {img.stride[0], img.stride[1],
+                                   img.buf_height[0], img.buf_height[1]});
+      const bool derived = is_pairs(img) && (k.selector | 1) == 1;
+      EXPECT_EQ(img.width[1], derived ? k.width / 2 : 53);
+      EXPECT_EQ(img.height[1], derived ? k.height / 2 : 27);
+      EXPECT_EQ(img.stride[2], k.format == 1 ? 64 : 1);
+      EXPECT_EQ(img.buf_height[2], k.format == 1 ? 32 : 1);
+      EXPECT_EQ(img.width[0], k.width);
+      EXPECT_EQ(img.stride[3], 7777);
+    }
+    EXPECT_EQ(actual, k.expected) << k.format << ", selector " << k.selector;
+  }
+}
+
+// Padded sizes of source and destination, spans, smallest block, shifts of the
+// largest, types, columns narrow and wide, rows short and tall, three weights.
+Ints sizes(const vexo_rsz_new_context& c, int p) {
+  for (int t = 0; t < 4; ++t) {
+    EXPECT_EQ(c.block_width[p][t], c.block_width[p][0] + t % 2);
+    EXPECT_EQ(c.block_height[p][t], c.block_height[p][0] + t / 2);
+    for (int i = 0; i < 16; ++i) {
+      const int same = i / 4 % 2 == i % 2 ? i % 2 * 5 : 1;
+      EXPECT_EQ(c.weights[p][t][i], c.weights[p][t][same]);
+    }
+  }
+  EXPECT_EQ(c.horizontal_ratio[p],
+            static_cast<float>(c.src_width[p]) /
+                static_cast<float>(std::max(c.dst_width[p], 1)));
+  EXPECT_EQ(c.vertical_ratio[p],
+            static_cast<float>(c.src_height[p]) /
+                static_cast<float>(std::max(c.dst_height[p], 1)));
+  return {
+      c.src_width[p],         c.src_height[p],      c.dst_width[p],
+      c.dst_height[p],        c.horizontal_span[p], c.vertical_span[p],
+      c.block_width[p][0],    c.block_height[p][0], c.horizontal_shift[p][3],
+      c.vertical_shift[p][3], c.types[p],           c.narrow_columns[p],
+      c.wide_columns[p],      c.short_rows[p],      c.tall_rows[p],
+      c.weights[p][0][0],     c.weights[p][0][1],   c.weights[p][0][5]};
+}
+
+TEST_F(DctSetup, SizesByHand) {
+  // Source, destination, factor and plane before them.
+  constexpr int32_t kCases[][24] = {
+      // Ratio 4: s = 1.004 / 16.
+      {640, 480, 160, 120, 0, 0,  640, 480, 160, 120,  4,    4,
+       16,  16,  -1,  -1,  1, 40, 0,   30,  0,   2056, 2600, 3289},
+      {640, 480, 160, 120, 0, 1,  320, 240, 80, 60,   4,    4,
+       16,  16,  -1,  -1,  1, 20, 0,   15,  0,  2056, 2600, 3289},
+      // 1326 / 102 = 13: two columns take 26; 754 / 58 = 13.
+      {1326, 754, 102, 58, 0, 0,  1352, 780, 104, 60,  13,  13,
+       52,   52,  -1,  -1, 1, 26, 0,    15,  0,   632, 800, 1012},
+      // 1021 / 102 x 2 = 20.0196: one more; 755 / 75 = 10.067.
+      {1021, 755, 102, 75, 0, 0,  1042, 766, 104, 76,  11,   11,
+       40,   40,  3,   3,  4, 24, 2,    13,  6,   822, 1040, 1315},
+      // 2981 / 298 x 2 = 20.0067: what is below 0.01 does not count.
+      {2981, 2981, 298, 298, 0, 0,  3001, 3001, 300, 300, 11,   11,
+       40,   40,   3,   3,   4, 74, 1,    74,   1,   822, 1040, 1315},
+      // 51 columns are an even 50, 51 rows stay.
+      {102, 102, 40, 40, 2, 0,  50, 51, 40, 40,   2,    2,
+       5,   5,   2,  2,  3, 10, 0,  9,  1,  6579, 8322, 10527},
+      {102, 102, 40, 40, 2, 1, 25, 25, 20, 20,   2,    2,
+       5,   5,   2,  2,  1, 5, 0,  5,  0,  6579, 8322, 10527},
+      // 25 columns are an even 26.
+      {102, 102, 20, 20, 4, 0, 26, 25, 20, 20,   2,    2,
+       5,   5,   2,  2,  2, 4, 1,  5,  0,  6579, 8322, 10527},
+      {102, 102, 20, 20, 4, 1, 16, 15, 12, 12,   2,    2,
+       5,   5,   2,  2,  2, 2, 1,  3,  0,  6579, 8322, 10527},
+      // 4 x 16004 / 16000 = 4.001: a block more than the destination has.
+      {16004, 16, 16000, 16, 0, 0,    16004, 16, 16000, 16,   1,     1,
+       4,     4,  -1,    -1, 1, 4001, 0,     4,  0,     8224, 10402, 13159},
+  };
+  for (const auto& k : kCases) {
+    for (const int32_t format : {6, 1}) {
+      const Job job = {{k[0], k[1]}, {k[2], k[3]}, k[4], 7, format, 0, false};
+      const Ints expected(k + 6, std::end(k));
+      ASSERT_NO_FATAL_FAILURE(describe(job));
+      vexo_rsz_new_context steps{};
+      steps.prescale = k[4];
+      ASSERT_EQ(algorithm_settings(pair_, &steps), VEXO_OK);
+      EXPECT_EQ(sizes(steps, k[5]), expected) << job;
+      Scaler s(pair_, k[4]);
+      EXPECT_EQ(s.status, VEXO_OK);
+      EXPECT_EQ(sizes(s.context, k[5]), expected) << job;
     }
   }
 }
 
-// What both algorithm_settings and a whole plan fill in.
-void check_sizes(const Plan& plan, const vexo_rsz_new_context& c) {
-  for (int p = 0; p < 2; ++p) {
-    SCOPED_TRACE(p);
-    const Axis& across = plan.across[p];
-    const Axis& down = plan.down[p];
-    const int64_t columns = int64_t{c.narrow_columns[p]} + c.wide_columns[p];
-    const int64_t rows = int64_t{c.short_rows[p]} + c.tall_rows[p];
-    ASSERT_EQ(columns * rows, int64_t{across.count} * down.count);
-    if (columns * rows == 0) continue;
-    EXPECT_EQ(c.src_width[p], across.src);
-    EXPECT_EQ(c.src_height[p], down.src);
-    EXPECT_EQ(c.dst_width[p], across.dst);
-    EXPECT_EQ(c.dst_height[p], down.dst);
-    EXPECT_EQ(c.horizontal_ratio[p], across.ratio);
-    EXPECT_EQ(c.vertical_ratio[p], down.ratio);
-    EXPECT_EQ(c.horizontal_span[p], across.span);
-    EXPECT_EQ(c.vertical_span[p], down.span);
-    EXPECT_EQ(c.types[p], block_types(across, down));
-    EXPECT_EQ(c.wide_columns[p], across.larger);
-    EXPECT_EQ(c.tall_rows[p], down.larger);
-    EXPECT_EQ(columns, across.count);
-    for (int32_t t = 0; t < c.types[p]; ++t) {
-      const int32_t width = across.block + t % 2;
-      const int32_t height = down.block + t / 2;
-      EXPECT_EQ(c.block_width[p][t], width);
-      EXPECT_EQ(c.block_height[p][t], height);
-      EXPECT_EQ(c.horizontal_shift[p][t], 4 * across.span - width);
-      EXPECT_EQ(c.vertical_shift[p][t], 4 * down.span - height);
-      const auto expected = weights(width, height);
-      for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(c.weights[p][t][i], expected[i]) << t << ", " << i;
-      }
-    }
-  }
-}
-
-void check_blocks(const Plan& plan, const vexo_rsz_new_context& c) {
-  size_t i = 0;
-  for (int p = 0; p < 2; ++p) {
-    const Axis& across = plan.across[p];
-    const Axis& down = plan.down[p];
-    for (int32_t row = 0; row < down.count; ++row) {
-      for (int32_t column = 0; column < across.count; ++column, ++i) {
-        ASSERT_EQ(c.block_types[i], (across.is_larger(column) ? 1 : 0) +
-                                        (down.is_larger(row) ? 2 : 0));
-        ASSERT_EQ(c.block_columns[i], across.starts[column]);
-        ASSERT_EQ(c.block_rows[i], down.starts[row]);
-      }
-    }
+// Of both planes strides and rows of the source, then of the destination;
+// padding needed, exact ratio, aligned stride and whether it is not.
+TEST_F(DctSetup, LayoutByHand) {
+  // Source, destination, factor, format and selector before them.
+  constexpr int32_t kCases[][19] = {
+      {1001, 779, 101, 59, 0, 6, 1, 1001, 501, 779, 389, 112, 56, 64, 32, 0, 0,
+       0, 0},
+      {1001, 779, 101, 59, 2, 7, 1, 500, 250, 389, 194, 112, 56, 64, 32, 0, 0,
+       992, 1},
+      {1001, 779, 101, 59, 4, 1, 1, 250, 125, 194, 97, 112, 64, 64, 32, 0, 0,
+       992, 1},
+      {1024, 779, 101, 59, 4, 6, 1, 256, 128, 194, 97, 112, 56, 64, 32, 0, 0,
+       1024, 0},
+      {1001, 779, 101, 59, 4, 0, 0, 256, 128, 194, 97, 0, 0, 0, 0, 1, 0, 0, 0},
+      {1024, 768, 101, 59, 2, 500, 0, 512, 256, 384, 192, 0, 0, 0, 0, 0, 0, 0,
+       0},
+      {1024, 779, 101, 59, 2, 6, 0, 512, 256, 389, 194, 128, 64, 64, 32, 1, 0,
+       0, 0},
+      {640, 480, 320, 240, 4, 6, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0},
+      {640, 480, 160, 120, 2, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 640, 0},
+      {640, 480, 320, 120, 2, 6, 1, 320, 160, 240, 120, 320, 160, 128, 64, 0, 0,
+       640, 0},
+  };
+  for (const auto& k : kCases) {
+    const Job job = {{k[0], k[1]}, {k[2], k[3]}, k[4], 6, k[5], k[6], false};
+    ASSERT_NO_FATAL_FAILURE(describe(job));
+    Scaler s(pair_, k[4]);
+    const vexo_rsz_new_context& c = s.context;
+    EXPECT_EQ(c.prescale, k[4]);
+    EXPECT_EQ(s.a == nullptr || s.b == nullptr, c.exact_ratio != 0);
+    const Ints actual = {
+        c.src_stride[0], c.src_stride[1],  c.src_rows[0],
+        c.src_rows[1],   c.dst_stride[0],  c.dst_stride[1],
+        c.dst_rows[0],   c.dst_rows[1],    c.padding_needed,
+        c.exact_ratio,   c.aligned_stride, c.stride_not_aligned};
+    EXPECT_EQ(actual, Ints(k + 7, std::end(k))) << job;
   }
 }
 
@@ -162,8 +193,12 @@ void check_entry(int16_t* const* entry, bool of_a, int32_t points,
       const int32_t word = entry[i / 4][4 * u + i % 4];
       sum += word;
       const bool beyond = i >= points;
+      // What is rounded off the others, and of a quarter turn, ends up there.
+      const bool middle = std::abs(2 * i + 1 - points) < 2;
       ASSERT_NEAR(word, beyond ? 0 : unit(of_a, points) * basis(u, i, points),
-                  beyond ? 0 : 1.5)
+                  beyond   ? 0
+                  : middle ? 4
+                           : 1.5)
           << u << ", " << i << " of " << points;
     }
     if (u > 0) {
@@ -190,266 +225,135 @@ void check_sets(const vexo_rsz_new_context& c, vexo_shift_set a,
   }
 }
 
-struct Geometry {
-  Size src, dst;
-  int32_t prescale;
-  Size src_chroma{}, dst_chroma{};  // if not half of that
-};
-constexpr Geometry kGeometries[] = {
-    {{640, 480}, {160, 120}, 0},
-    {{1920, 1080}, {480, 270}, 0},
-    {{1920, 1080}, {800, 450}, 0},
-    {{1920, 1080}, {160, 90}, 0},
-    {{1920, 1080}, {160, 90}, 2},
-    {{1920, 1080}, {160, 90}, 4},
-    {{1920, 1080}, {102, 58}, 0},  // fractions beyond 0.01
-    {{1326, 754}, {102, 58}, 0},   // and none
-    {{1021, 755}, {102, 75}, 0},   // and below it
-    {{1001, 779}, {101, 59}, 0},
-    {{643, 487}, {161, 121}, 0},
-    {{102, 102}, {40, 40}, 2},
-    {{102, 102}, {20, 20}, 4},
-    {{640, 486}, {160, 120}, 0},  // 2, 3 and 4 types
-    {{648, 480}, {160, 120}, 0},
-    {{648, 486}, {160, 120}, 0},
-    {{640, 480}, {160, 120}, 0, {351, 245}, {}},        // more types than luma
-    {{640, 480}, {160, 120}, 0, {400, 400}, {40, 40}},  // larger spans
-    {{648, 486}, {160, 120}, 0, {20, 12}, {40, 40}},    // enlarged
-    {{400, 400}, {16, 16}, 0, {61, 41}, {7, 9}},
-    {{75, 60}, {100, 80}, 0},
-    {{1601, 1604}, {40, 40}, 0},
-    {{640, 480}, {16, 12}, 0},
-    {{640, 480}, {320, 240}, 2},
-    {{640, 480}, {320, 240}, 4},
-    {{640, 480}, {160, 120}, 2},
-    {{640, 480}, {160, 120}, 4},
-    {{102, 58}, {51, 29}, 2},
-    {{640, 480}, {320, 120}, 2},
-    {{640, 484}, {160, 120}, 4},
-    {{0, 480}, {160, 120}, 0},
-    {{640, 480}, {160, 0}, 2},
-    {{640, -1}, {-5, 120}, 0},
-    {{3, 3}, {8, 8}, 4},
-    {{10, 640}, {64, 160}, 0}};
-
-TEST_F(DctSetup, EveryField) {
-  for (const Geometry& g : kGeometries) {
-    for (const int32_t format : {6, 7, 1, 0, 3, 500}) {
-      for (const int32_t selector : {0, 1, 2}) {
-        const Job job = {g.src,
-                         g.dst,
-                         g.prescale,
-                         6,
-                         format,
-                         selector,
-                         selector == 2 || random.between(0, 1) == 0};
-        SCOPED_TRACE(testing::PrintToString(job));
-        ASSERT_NO_FATAL_FAILURE(describe(job));
-        const Size chroma[2] = {g.src_chroma, g.dst_chroma};
-        for (int i = 0; i < 2; ++i) {
-          if (chroma[i].width == 0) continue;
-          pair_[i].width[1] = chroma[i].width;
-          pair_[i].height[1] = chroma[i].height;
-          pair_[i].stride[1] = 2 * chroma[i].width;
-          pair_[i].buf_height[1] = chroma[i].height;
+// Blocks follow each other and begin within half a sample of where the ratio
+// puts them; entries hold bases. By steps the same comes out.
+TEST_F(DctSetup, BlocksAndSets) {
+  for (const auto& [src, dst] : {std::pair<Size, Size>{{640, 480}, {160, 120}},
+                                 {{640, 486}, {160, 120}},
+                                 {{648, 480}, {160, 120}},
+                                 {{648, 486}, {160, 120}},
+                                 {{257, 135}, {50, 41}},
+                                 {{1021, 755}, {102, 75}},
+                                 {{75, 60}, {100, 80}},
+                                 {{400, 400}, {7, 9}},
+                                 {{4099, 301}, {5, 4}}}) {
+    const Job job = {src, dst, 0, 6, 6, 1, false};
+    ASSERT_NO_FATAL_FAILURE(describe(job));
+    Scaler s(pair_, 0);
+    ASSERT_EQ(s.status, VEXO_OK);
+    vexo_rsz_new_context& c = s.context;
+    size_t blocks = 0;
+    for (int p = 0; p < 2; ++p) {
+      const int32_t columns = c.narrow_columns[p] + c.wide_columns[p];
+      const int32_t rows = c.short_rows[p] + c.tall_rows[p];
+      ASSERT_EQ(columns, c.dst_width[p] / 4) << job;
+      ASSERT_EQ(rows, c.dst_height[p] / 4) << job;
+      for (int32_t row = 0, y = 0; row < rows; ++row) {
+        int32_t x = 0;
+        for (int32_t column = 0; column < columns; ++column, ++blocks) {
+          const int type = c.block_types[blocks];
+          ASSERT_LT(type, c.types[p]) << job;
+          ASSERT_EQ(c.block_columns[blocks], x) << job;
+          ASSERT_EQ(c.block_rows[blocks], y) << job;
+          ASSERT_NEAR(x, 1.0 * column * c.src_width[p] / columns, 0.5) << job;
+          ASSERT_NEAR(y, 1.0 * row * c.src_height[p] / rows, 0.5) << job;
+          x += c.block_width[p][type];
         }
-        const Plan plan(pair_, g.prescale);
-        vexo_rsz_new_context steps{};
-        steps.prescale = g.prescale;
-        ASSERT_EQ(algorithm_settings(pair_, &steps), VEXO_OK);
-        ASSERT_NO_FATAL_FAILURE(check_sizes(plan, steps));
-
-        Scaler s(pair_, g.prescale);
-        const vexo_rsz_new_context& c = s.context;
-        ASSERT_EQ(s.status, VEXO_OK);
-        EXPECT_EQ(c.prescale, g.prescale);
-        EXPECT_EQ(c.exact_ratio, plan.exact != 0 ? 1 : 0);
-        EXPECT_EQ(c.padding_needed, plan.padding_needed ? 1 : 0);
-        EXPECT_EQ(c.aligned_stride, plan.aligned_stride);
-        EXPECT_EQ(c.stride_not_aligned, plan.not_aligned ? 1 : 0);
-        if (plan.exact != 0) {
-          EXPECT_EQ(s.a, nullptr);
-          EXPECT_EQ(s.b, nullptr);
-          continue;
-        }
-        const bool known = format == 6 || format == 7 || format == 1;
-        for (int p = 0; p < 2; ++p) {
-          const vexo_img& dst = pair_[1];
-          const int32_t step = p == 1 && is_pairs(dst) ? 2 : 1;
-          EXPECT_EQ(c.dst_stride[p], known ? dst.stride[p] / step : 0);
-          EXPECT_EQ(c.dst_rows[p], known ? dst.buf_height[p] : 0);
-          const int32_t factor = std::max(g.prescale, 1);
-          EXPECT_EQ(c.src_stride[p], pair_[0].stride[p] / ((p + 1) * factor));
-          EXPECT_EQ(c.src_rows[p], pair_[0].height[p] / factor);
-        }
-        ASSERT_NO_FATAL_FAILURE(check_sizes(plan, c));
-        ASSERT_NO_FATAL_FAILURE(check_blocks(plan, c));
-        ASSERT_NO_FATAL_FAILURE(check_sets(c, s.a, s.b));
+        ASSERT_EQ(x, c.src_width[p]) << job;
+        y += c.block_height[p][c.block_types[blocks - 1]];
+        ASSERT_TRUE(row < rows - 1 || y == c.src_height[p]) << job;
       }
     }
+    ASSERT_NO_FATAL_FAILURE(check_sets(c, s.a, s.b)) << job;
+
+    const std::vector<uint8_t> types(c.block_types, c.block_types + blocks);
+    const Ints columns(c.block_columns, c.block_columns + blocks);
+    const Ints rows(c.block_rows, c.block_rows + blocks);
+    std::memset(c.block_types, 0xA5, blocks);
+    std::memset(c.block_columns, 0xA5, blocks * sizeof(int32_t));
+    std::memset(c.block_rows, 0xA5, blocks * sizeof(int32_t));
+    split_settings(&c);
+    EXPECT_EQ(std::memcmp(c.block_types, types.data(), blocks), 0);
+    EXPECT_EQ(Ints(c.block_columns, c.block_columns + blocks), columns);
+    EXPECT_EQ(Ints(c.block_rows, c.block_rows + blocks), rows);
+    for (int i = 0; i < c.types[0] + c.types[1]; ++i) {
+      const int p = i < c.types[0] ? 0 : 1;
+      std::memset(s.a[i][0], 0, size_t{32} * c.vertical_span[p]);
+      std::memset(s.b[i][0], 0, size_t{32} * c.horizontal_span[p]);
+    }
+    make_shiftmatrix(&c, s.a, s.b);
+    ASSERT_NO_FATAL_FAILURE(check_sets(c, s.a, s.b)) << job;
   }
 }
 
-TEST_F(DctSetup, SizesByHand) {
-  struct Expected {
+// What is beyond the limits has no blocks. Planning takes milliseconds; were it
+// by the square of a block's side, it would be many seconds.
+TEST_F(DctSetup, ServedSizes) {
+  constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+  const struct {
     Size src, dst;
-    int32_t prescale;
-    int32_t src_width, src_height, dst_width, dst_height, narrow, wide, shorts,
-        talls, width, height, types, a;
+    int64_t blocks;  // of plane 0
+  } kCases[] = {
+      {{65536, 16}, {8, 8}, 4},
+      {{262140, 16}, {16, 16}, 16},
+      {{262144, 16}, {16, 16}, 0},
+      {{16, 262140}, {16, 16}, 16},
+      {{16, 262144}, {16, 16}, 0},
+      {{131592, 131592}, {16, 16}, 16},
+      {{131596, 131596}, {16, 16}, 0},
+      {{8192, 4096}, {8192, 4096}, 1 << 21},
+      {{8192, 4096}, {8192, 4100}, 0},
+      {{131072, 131072}, {131072, 131072}, 0},
+      {{kMost, kMost}, {5, 4}, 0},
+      {{kMost, kMost}, {kMost, kMost}, 0},
+      {{16, 16}, {kMost, kMost}, 0},
+      {{1, 1}, {2000, 2000}, 0},
+      {{1, 1}, {4, 4}, 1},
+      {{1, 1}, {8, 8}, 0},
+      {{kMost - 7, 1}, {kMost - 7, 1}, 0},
   };
-  for (const Expected& e : {
-           // Ratio 4: s = 1.004 / 16.
-           Expected{{640, 480},
-                    {160, 120},
-                    0,
-                    640,
-                    480,
-                    160,
-                    120,
-                    40,
-                    0,
-                    30,
-                    0,
-                    16,
-                    16,
-                    1,
-                    2056},
-           // 1326 / 102 = 13: two columns take 26; 754 / 58 = 13.
-           Expected{{1326, 754},
-                    {102, 58},
-                    0,
-                    1352,
-                    780,
-                    104,
-                    60,
-                    26,
-                    0,
-                    15,
-                    0,
-                    52,
-                    52,
-                    1,
-                    632},
-           // 1021 / 102 x 2 = 20.0196: one more; 755 / 75 = 10.067.
-           Expected{{1021, 755},
-                    {102, 75},
-                    0,
-                    1042,
-                    766,
-                    104,
-                    76,
-                    24,
-                    2,
-                    13,
-                    6,
-                    40,
-                    40,
-                    4,
-                    822},
-           // 51 columns are an even 50, 51 rows stay.
-           Expected{{102, 102},
-                    {40, 40},
-                    2,
-                    50,
-                    51,
-                    40,
-                    40,
-                    10,
-                    0,
-                    9,
-                    1,
-                    5,
-                    5,
-                    3,
-                    6579},
-           Expected{{102, 102},
-                    {20, 20},
-                    4,
-                    26,
-                    25,
-                    20,
-                    20,
-                    4,
-                    1,
-                    5,
-                    0,
-                    5,
-                    5,
-                    2,
-                    6579},
-       }) {
-    ASSERT_NO_FATAL_FAILURE(
-        describe({e.src, e.dst, e.prescale, 6, 6, 0, false}));
-    Scaler s(pair_, e.prescale);
-    const vexo_rsz_new_context& c = s.context;
-    EXPECT_EQ(c.src_width[0], e.src_width);
-    EXPECT_EQ(c.src_height[0], e.src_height);
-    EXPECT_EQ(c.dst_width[0], e.dst_width);
-    EXPECT_EQ(c.dst_height[0], e.dst_height);
-    EXPECT_EQ(c.narrow_columns[0], e.narrow);
-    EXPECT_EQ(c.wide_columns[0], e.wide);
-    EXPECT_EQ(c.short_rows[0], e.shorts);
-    EXPECT_EQ(c.tall_rows[0], e.talls);
-    EXPECT_EQ(c.block_width[0][0], e.width);
-    EXPECT_EQ(c.block_height[0][0], e.height);
-    EXPECT_EQ(c.types[0], e.types);
-    EXPECT_EQ(c.weights[0][0][0], e.a);
-  }
-}
-
-TEST_F(DctSetup, TooLargeIsRefused) {
-  for (const Size& dst : {Size{5, 4}, Size{4, 5}, Size{131072, 131072}}) {
-    ASSERT_NO_FATAL_FAILURE(describe({{64, 64}, dst, 0, 6, 6, 2, true}));
-    if (dst.width < 131072) {
-      // Padding takes it beyond 32 bits.
-      pair_[0].width[0] = pair_[0].height[0] =
-          std::numeric_limits<int32_t>::max();
-      vexo_rsz_new_context c{};
-      EXPECT_EQ(algorithm_settings(pair_, &c), VEXO_ERR_ARG);
+  const auto start = std::chrono::steady_clock::now();
+  for (const auto& k : kCases) {
+    vexo_img quartet[4] = {};
+    for (int i = 2; i < 4; ++i) {
+      const Size& size = i == 2 ? k.src : k.dst;
+      quartet[i].width[0] = quartet[i].stride[0] = size.width;
+      quartet[i].height[0] = quartet[i].buf_height[0] = size.height;
+    }
+    vexo_rsz_new_context c;
+    vexo_shift_set a, b;
+    // Of the largest blocks the work area may be more than there is.
+    if (vexo_rsz_new_rgba8888_init(quartet, &c, &a, &b) == VEXO_OK) {
+      EXPECT_EQ((int64_t{c.narrow_columns[0]} + c.wide_columns[0]) *
+                    (int64_t{c.short_rows[0]} + c.tall_rows[0]),
+                k.blocks)
+          << k.src.width << "x" << k.src.height;
     } else {
-      // More than 2^31 bytes of tables.
-      pair_[0].width[0] = pair_[0].height[0] = 131072;
+      EXPECT_EQ(k.src.width, 131592);
     }
-    Scaler s(pair_, 0);
-    EXPECT_EQ(s.status, VEXO_ERR_ARG);
-    EXPECT_EQ(s.a, nullptr);
-    EXPECT_EQ(s.b, nullptr);
-    const vexo_rsz_new_context clear{};
-    EXPECT_EQ(std::memcmp(&s.context, &clear, sizeof clear), 0);
+    vexo_rsz_new_rgba8888_deinit(quartet, &c, a, b);
   }
+  // A plane that is much larger than the picture it belongs to.
+  ASSERT_NO_FATAL_FAILURE(describe({{8, 8}, {8, 8}, 0, 6, 6, 2, true}));
+  pair_[0].width[0] = 309;
+  pair_[0].height[0] = 805306368;
+  pair_[1].width[0] = 536870912;
+  pair_[1].height[0] = -64;
+  pair_[1].width[1] = 137;
+  pair_[1].height[1] = 302;
+  EXPECT_EQ(Scaler(pair_, 2).status, VEXO_OK);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
 }
 
-// By steps, into sets of the caller's that then take the places of the plan's.
-TEST_F(DctSetup, BySteps) {
-  const Job job = {{257, 135}, {50, 41}, 0, 6, 6, 1, false};
-  ASSERT_NO_FATAL_FAILURE(describe(job));
-  const Plan plan(pair_, 0);
+TEST_F(DctSetup, BuffersOfTwoGigabytesAreRefused) {
+  ASSERT_NO_FATAL_FAILURE(describe({{64, 64}, {8, 8}, 0, 6, 6, 2, true}));
+  pair_[0].stride[1] = pair_[0].buf_height[1] = 65536;
   Scaler s(pair_, 0);
-  ASSERT_EQ(s.status, VEXO_OK);
-  vexo_rsz_new_context& c = s.context;
-  ASSERT_EQ(c.types[0], 4);
-  size_t blocks = 0;
-  for (int p = 0; p < 2; ++p) {
-    blocks += size_t{1} * plan.across[p].count * plan.down[p].count;
-  }
-  std::memset(c.block_types, 0xA5, blocks);
-  std::memset(c.block_columns, 0xA5, blocks * sizeof(int32_t));
-  std::memset(c.block_rows, 0xA5, blocks * sizeof(int32_t));
-  split_settings(&c);
-  ASSERT_NO_FATAL_FAILURE(check_blocks(plan, c));
-
-  const int32_t count = c.types[0] + c.types[1];
-  for (int i = 0; i < count; ++i) {
-    const int p = i < c.types[0] ? 0 : 1;
-    for (int32_t row = 0; row < c.vertical_span[p]; ++row) {
-      std::memset(s.a[i][row], 0, 32);
-    }
-    for (int32_t row = 0; row < c.horizontal_span[p]; ++row) {
-      std::memset(s.b[i][row], 0, 32);
-    }
-  }
-  make_shiftmatrix(&c, s.a, s.b);
-  ASSERT_NO_FATAL_FAILURE(check_sets(c, s.a, s.b));
+  EXPECT_EQ(s.status, VEXO_ERR_ARG);
+  EXPECT_EQ(s.a, nullptr);
+  EXPECT_EQ(s.b, nullptr);
+  const vexo_rsz_new_context clear{};
+  EXPECT_EQ(std::memcmp(&s.context, &clear, sizeof clear), 0);
 }
 
 TEST_F(DctSetup, FloatTransforms) {
