@@ -7,6 +7,7 @@
 #   x86_64             GCC, the tool, every test at each instruction set
 #   x86_64-clang-asan  address and undefined-behaviour sanitizers
 #   x86_64-tsan        the thread sanitizer, for the tests that have threads
+#   x86_64-msan        the memory sanitizer, for programs of their own
 #   i386               GCC
 #   armhf, arm64       Debian's GCC, emulated: the row kernels
 #   android-*          with ANDROID_NDK_HOME set, the libraries as they are
@@ -42,7 +43,7 @@ build() {
 
 if [ $# -eq 0 ]; then
   scripts/lint.sh
-  set -- x86_64 x86_64-clang-asan x86_64-tsan i386 armhf arm64
+  set -- x86_64 x86_64-clang-asan x86_64-tsan x86_64-msan i386 armhf arm64
   if [ -n "${ANDROID_NDK_HOME:-}" ]; then
     set -- "$@" android-armeabi-v7a android-arm64-v8a android-x86 android-x86_64
   else

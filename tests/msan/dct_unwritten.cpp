@@ -64,6 +64,7 @@ class Picture {
 struct Case {
   int32_t src_width, src_height, dst_width, dst_height;
   int32_t prescale, src_format, dst_format, selector, rotation;
+  int32_t chroma = 0;  // 1: rounded up; 2: the source has none
 };
 
 vexo_img describe(int32_t format, int32_t width, int32_t height, bool padded) {
@@ -85,12 +86,19 @@ void scale(const Case& c) {
       describe(c.src_format, c.src_width, c.src_height, padded),
       describe(c.dst_format, c.dst_width, c.dst_height, padded)};
   pair[1].color_std = c.selector;
+  for (vexo_img& img : pair) {
+    for (int p = 1; p < 3 && c.chroma == 1 && padded; ++p) {
+      img.width[p] = (img.width[0] + 1) / 2;
+      img.height[p] = (img.height[0] + 1) / 2;
+    }
+  }
   vexo_rsz_new_set_img(pair);
+  if (c.chroma == 2) pair[0].width[1] = 0;
   const Picture src(pair[0], true);
   // Room for any turn.
   vexo_img room = pair[1];
   for (int p = 0; p < 3; ++p) {
-    room.stride[p] = room.buf_height[p] = 300;
+    room.stride[p] = room.buf_height[p] = 128;
   }
   Picture dst(room, false);
   for (int p = 0; p < 3; ++p) {
@@ -157,12 +165,19 @@ int main() {
       scale(c);
       ++passed;
     }
-    for (int n = 0; n < 3000; ++n) {
+    for (int n = 0; n < 1500; ++n) {
       const int32_t ratio = between(0, 2) * 2;
       const bool exact = between(0, 9) == 0 && ratio > 0;
-      Case c = {between(1, 90),          between(1, 90), between(1, 40),
-                between(1, 40),          ratio,          between(6, 7),
-                kFormats[between(0, 3)], between(0, 3),  between(0, 5)};
+      Case c = {between(1, 90),
+                between(1, 90),
+                between(1, 40),
+                between(1, 40),
+                ratio,
+                between(6, 7),
+                kFormats[between(0, 3)],
+                between(0, 3),
+                between(0, 5),
+                between(0, 5)};
       if (exact) {
         c.src_width = ratio * c.dst_width;
         c.src_height = ratio * c.dst_height;
