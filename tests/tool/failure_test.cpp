@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Input that cannot be converted: one line on standard error, a status that
-// says so, and a folder that looks as before.
+// Input that cannot be converted and output that cannot be written: one line on
+// standard error, a status that says so, and a folder that looks as before.
 #include <algorithm>
 
 #include "tool_runner.h"
@@ -14,9 +14,11 @@ const std::string kPpm = "P6\n8 8\n255\n" + noise(192, 1);
 
 class FailureTest : public ToolTest {
  protected:
-  void expect_failure(const std::string &arguments, const std::string &phrase) {
+  // The prefix is shell too.
+  void expect_failure(const std::string &arguments, const std::string &phrase,
+                      const std::string &prefix = "") {
     const std::string before = files();
-    const Outcome outcome = shell("vexo " + arguments);
+    const Outcome outcome = shell(prefix + "vexo " + arguments);
     const std::string &err = outcome.err;
     const std::string about = arguments + ": " + err;
     // Sanitizers and signals have statuses of their own.
@@ -47,6 +49,8 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
   put("cut3.ivf", ivf + "VP90" + std::string(19, '\0'));
   const std::pair<const char *, const char *> cases[] = {
       {"", "subcommand"},
+      {"convrt one.y4m o.png", "'convrt'"},
+      {"--frames one.y4m", "'--frames'"},
       {"convert none.y4m o.png", "none.y4m"},
       {"convert f.raw o.png", "--size"},
       {"convert one.y4m o.bmp", "--out-kind"},
@@ -69,6 +73,9 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
       {"convert f.raw o.png --size 8x6 --from yuv420", "8x8"},
       {"convert two.y4m o.png", "more than one frame"},
       {"convert two.y4m %d%d.png", "pattern"},
+      {"convert one.y4m a%n.y4m", "'a%n.y4m'"},
+      {"convert one.y4m a%.raw", "'a%.raw'"},
+      {"convert one.y4m a%02d.y4m", "holds all frames"},
       {"convert f.raw o.png --size 8x8x --from yuv420", "WIDTHxHEIGHT"},
       {"convert f.raw o.png --size 32768x8 --from yuv420", "32768x8"},
       {"convert f.raw o.raw --size 32767x32767 --from rgba8888", "2 GiB"},
@@ -205,22 +212,60 @@ TEST_F(FailureTest, DamagedHeaders) {
   expect_failure("convert bad out.raw", "different");
 }
 
-// A full device and a reader that goes away are errors; a run that is killed
-// takes its temporary along.
 TEST_F(FailureTest, OutputsThatFail) {
   put("in.y4m", kY4m);
+  put("key.h264", {"\0\0\1\x65\x88", 5});
   expect_failure("convert in.y4m /dev/full --out-kind png", "/dev/full");
-  expect_failure("convert in.y4m - >/dev/full", "standard output");
-  expect_failure("formats >/dev/full", "standard output");
+  for (const char *const printing :
+       {"convert in.y4m -", "formats", "formats --json", "fourcc aac",
+        "keyframes key.h264", "--help", "--version", "tonemap --help"}) {
+    for (const char *const output : {" >/dev/full", " >&-"}) {
+      expect_failure(std::string(printing) + output, "standard output");
+    }
+  }
   put("big.y4m", "YUV4MPEG2 W512 H512\nFRAME\n" + noise(512 * 768, 1));
   const Outcome gone = shell("vexo convert big.y4m - | head -c 1 >/dev/null");
   EXPECT_TRUE(gone.err.starts_with("vexo: cannot write")) << gone.err;
-  // One frame is through and the input stays open: the temporary is there.
-  const Outcome killed = shell(
-      "{ cat in.y4m; for i in $(seq 99); do ls o.raw.* && break; sleep 0.1; "
-      "done >&2; kill $(cat pid); } | sh -c 'echo $$ >pid; exec \"" VEXO_BINARY
-      "\" convert - o.raw'; echo $?; rm pid; ls");
-  EXPECT_EQ(killed.out, "143\nbig.y4m\nin.y4m\n");
+  for (const char *const name : {"o.raw", "o.png", "- >../o.y4m"}) {
+    expect_failure("convert big.y4m " + std::string(name), "too large",
+                   "ulimit -f 9; ");
+  }
+  expect_failure("convert in.y4m " + std::string(252, 'n') + ".y4m", "long");
+  shell("ln -s circle.y4m circle.y4m");
+  expect_failure("convert in.y4m circle.y4m", "circle.y4m");
+}
+
+// A run that is killed takes its temporary along: one frame is through and the
+// input stays open, so that it is a third file.
+TEST_F(FailureTest, Signals) {
+  put("in.y4m", kY4m);
+  const std::pair<const char *, int> signals[] = {
+      {"HUP", 1},   {"INT", 2},   {"QUIT", 3},  {"ABRT", 6},    {"USR1", 10},
+      {"ALRM", 14}, {"TERM", 15}, {"XCPU", 24}, {"VTALRM", 26}, {"IO", 29}};
+  for (const auto &[name, number] : signals) {
+    const Outcome killed = shell(
+        "ulimit -c 0; { cat in.y4m; for i in $(seq 99); do "
+        "[ $(ls -A | wc -l) = 3 ] && kill -" +
+        std::string(name) +
+        " $(cat pid) && break; sleep 0.1; done; } | sh -c 'echo $$ >pid; "
+        "exec \"" VEXO_BINARY "\" convert - o.raw'; echo $?; rm pid; ls -A");
+    EXPECT_EQ(killed.out, std::to_string(128 + number) + "\nin.y4m\n") << name;
+  }
+}
+
+// Neither fills the memory nor runs for ever.
+TEST_F(FailureTest, EndlessInputs) {
+  expect_failure("keyframes /dev/zero --codec h264", "within 64 MiB");
+  expect_failure("convert - o.png", "not a sound PGM",
+                 "{ printf 'P6#'; cat /dev/zero; } | ");
+  std::string clip;
+  while (clip.size() < 100000) clip += {"\0\0\1\x65\x88\x42", 6};
+  put("clip.h264", clip);
+  const Outcome lines = shell(
+      "while cat clip.h264; do :; done 2>/dev/null | "
+      "vexo keyframes - --codec h264 2>/dev/null | head -n 2");
+  EXPECT_EQ(lines.out,
+            "     0          0        6 key\n     1          6        6 key\n");
 }
 
 }  // namespace

@@ -80,6 +80,32 @@ TEST_F(StreamTest, KeyFramesOfEveryCodec) {
       "  ],\n  \"key_frames\": 2\n}\n");
 }
 
+// Streams are read in pieces: the second frame begins around the end of one,
+// the third is longer than some.
+TEST_F(StreamTest, LongStreams) {
+  const std::string head = bytes("00000001 6742 000001 6588");
+  for (size_t first = 65523; first < 65539; ++first) {
+    std::string raw, ivf = bytes("444B4946 0000 2000") + "H264" + noise(20, 1);
+    std::string of_raw, of_ivf;
+    for (const size_t size : {first, size_t{20}, size_t{1234567}}) {
+      const std::string key = std::to_string(size) + " key\n";
+      const std::string frame = head + std::string(size - head.size(), 'x');
+      of_raw += std::to_string(raw.size()) + " " + key;
+      raw += frame;
+      for (int i = 0; i < 12; ++i) {
+        ivf += i < 4 ? static_cast<char>(size >> 8 * i & 255) : '\0';
+      }
+      of_ivf += std::to_string(ivf.size()) + " " + key;
+      ivf += frame;
+    }
+    put("a.264", raw);
+    put("a.ivf", ivf);
+    const std::string places = " | head -n 3 | sed 's/^ *. *//; s/  */ /g'";
+    EXPECT_EQ(shell("vexo keyframes a.264" + places).out, of_raw);
+    EXPECT_EQ(shell("vexo keyframes a.ivf" + places).out, of_ivf);
+  }
+}
+
 TEST_F(StreamTest, FourCharactersAndNumbers) {
   EXPECT_EQ(shell("vexo fourcc divx").out,
             "video     102 MLOX_MT_VIDEO_MPEG4\n"

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Splits raw streams at the start codes of their pictures, and IVF by the sizes
-// that it states. Reads the few header bits that this takes, no more.
+// that it states. Looks at the few header bits that this takes, no more.
 #include "access_units.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <string>
+#include <vector>
 
+#include "error.h"
 #include "orumlox/bitstream.h"
 #include "orumlox/media_type.h"
 
@@ -93,35 +97,94 @@ constexpr Splitter kSplitters[] = {
     {MLOX_MT_VIDEO_H263, false, h263_role},
 };
 
-std::vector<AccessUnit> split(const Splitter &splitter, Bytes stream) {
-  std::vector<AccessUnit> units;
-  constexpr size_t kNone = std::numeric_limits<size_t>::max();
-  // Where the headers of the next picture begin.
-  size_t headers = kNone;
-  for (size_t i = 0; i + 3 <= stream.size(); ++i) {
-    if (stream[i] != 0 || stream[i + 1] != 0) {
-      // Zeros alone may stand before the first start code.
-      if (stream[i] != 0 && units.empty() && headers == kNone) return {};
-      continue;
-    }
-    const Role role = splitter.role(stream.subspan(i));
-    if (role == Role::kNothing) continue;
-    if (headers == kNone) {
-      if (role == Role::kSlice && !units.empty()) continue;
-      const bool zero = splitter.takes_zero_byte && i > 0 && stream[i - 1] == 0;
-      headers = i - (zero ? 1 : 0);
-    }
-    if (role == Role::kHeader) continue;
-    units.push_back({headers, 0});
-    headers = kNone;
-  }
-  for (size_t i = 0; i < units.size(); ++i) {
-    const size_t end =
-        i + 1 < units.size() ? units[i + 1].offset : stream.size();
-    units[i].size = end - units[i].offset;
-  }
-  return units;
+constexpr size_t kMaxUnit = kMaxUnitMib << 20;
+
+Error too_long(const ByteSource &source) {
+  return Error(source.name() + ": no frame ends within " +
+               std::to_string(kMaxUnitMib) + " MiB");
 }
+
+class StreamReader : public UnitReader {
+ public:
+  StreamReader(ByteSource &source, const Splitter &splitter)
+      : source_(source), splitter_(splitter) {}
+
+  bool next(AccessUnit *unit) override {
+    for (;; ++at_) {
+      if (buffer_.size() - at_ < kLookahead) read_ahead();
+      if (buffer_.size() - at_ < kStartCode) break;
+      const Bytes rest = Bytes(buffer_).subspan(at_);
+      if (rest[0] != 0 || rest[1] != 0) {
+        // Zeros alone may stand before the first start code.
+        if (rest[0] != 0 && begin_ == kNone && headers_ == kNone) return false;
+        continue;
+      }
+      // A row of zeros: no start code yet.
+      if (rest[2] == 0) continue;
+      const Role role = splitter_.role(rest);
+      if (role == Role::kNothing) continue;
+      if (headers_ == kNone) {
+        if (role == Role::kSlice && begin_ != kNone) continue;
+        const bool zero =
+            splitter_.takes_zero_byte && at_ > 0 && buffer_[at_ - 1] == 0;
+        headers_ = at_ - (zero ? 1 : 0);
+      }
+      if (role == Role::kHeader) continue;
+      const size_t before = begin_;
+      begin_ = headers_;
+      headers_ = kNone;
+      if (before == kNone) continue;
+      *unit = unit_of(before, begin_);
+      ++at_;
+      return true;
+    }
+    if (begin_ == kNone) return false;
+    *unit = unit_of(begin_, buffer_.size());
+    begin_ = kNone;
+    at_ = buffer_.size();
+    return true;
+  }
+
+ private:
+  static constexpr size_t kNone = std::numeric_limits<size_t>::max();
+  static constexpr size_t kStartCode = 3;
+  // Enough to tell the role of what begins there.
+  static constexpr size_t kLookahead = 8;
+  static constexpr size_t kChunk = 65536;
+
+  AccessUnit unit_of(size_t begin, size_t end) const {
+    return {offset_ + begin, Bytes(buffer_).subspan(begin, end - begin)};
+  }
+
+  // Drops what is before the frame that has begun, and adds a chunk.
+  void read_ahead() {
+    if (ended_) return;
+    const size_t done = begin_ == kNone ? 0 : begin_;
+    buffer_.erase(buffer_.begin(),
+                  buffer_.begin() + static_cast<ptrdiff_t>(done));
+    offset_ += done;
+    at_ -= done;
+    if (begin_ != kNone) begin_ = 0;
+    if (headers_ != kNone) headers_ -= done;
+    const size_t had = buffer_.size();
+    if (had > kMaxUnit) throw too_long(source_);
+    buffer_.resize(had + kChunk);
+    const size_t got = source_.read(buffer_.data() + had, kChunk);
+    buffer_.resize(had + got);
+    ended_ = got < kChunk;
+  }
+
+  ByteSource &source_;
+  const Splitter &splitter_;
+  std::vector<uint8_t> buffer_;
+  // Of the buffer in the stream; the others are places in the buffer.
+  uint64_t offset_ = 0;
+  size_t at_ = 0;
+  size_t begin_ = kNone;
+  // Where the headers of the next picture begin.
+  size_t headers_ = kNone;
+  bool ended_ = false;
+};
 
 // A little-endian number of so many bytes.
 uint32_t number_at(Bytes bytes, size_t offset, int32_t size) {
@@ -129,38 +192,65 @@ uint32_t number_at(Bytes bytes, size_t offset, int32_t size) {
   return mlox_bsr_le_read(&reader, 8 * size);
 }
 
+class IvfReader : public UnitReader {
+ public:
+  IvfReader(ByteSource &source, int32_t *fourcc) : source_(source) {
+    std::array<uint8_t, 32> header;
+    read(header.data(), header.size());
+    *fourcc = static_cast<int32_t>(number_at(header, 8, 4));
+    const size_t size = number_at(header, 6, 2);
+    if (size <= header.size()) return;
+    unit_.resize(size - header.size());
+    read(unit_.data(), unit_.size());
+  }
+
+  bool next(AccessUnit *unit) override {
+    if (source_.at_end()) return false;
+    std::array<uint8_t, 12> header;
+    read(header.data(), header.size());
+    const size_t size = number_at(header, 0, 4);
+    if (size > kMaxUnit) throw too_long(source_);
+    const uint64_t begin = offset_;
+    // Piece by piece: a damaged size takes no memory.
+    unit_.clear();
+    while (unit_.size() < size) {
+      const size_t had = unit_.size();
+      unit_.resize(std::min(size, had + (size_t{1} << 20)));
+      read(unit_.data() + had, unit_.size() - had);
+    }
+    *unit = {begin, unit_};
+    return true;
+  }
+
+ private:
+  void read(uint8_t *bytes, size_t count) {
+    source_.read_exactly(bytes, count);
+    offset_ += count;
+  }
+
+  ByteSource &source_;
+  uint64_t offset_ = 0;
+  std::vector<uint8_t> unit_;
+};
+
 }  // namespace
 
-std::vector<AccessUnit> split_stream(int32_t type, Bytes stream) {
+std::unique_ptr<UnitReader> read_stream(ByteSource &source, int32_t type) {
   for (const Splitter &splitter : kSplitters) {
-    if (splitter.type == type) return split(splitter, stream);
+    if (splitter.type == type) {
+      return std::make_unique<StreamReader>(source, splitter);
+    }
   }
-  return {};
+  throw Error(source.name() + " is of no codec that has raw streams");
 }
 
-bool is_ivf(Bytes file) {
-  constexpr uint8_t kSignature[] = {'D', 'K', 'I', 'F'};
-  return file.size() >= 12 &&
-         std::equal(std::begin(kSignature), std::end(kSignature), file.begin());
+bool is_ivf(ByteSource &source) {
+  const std::string_view start = source.peek(12);
+  return start.size() == 12 && start.starts_with("DKIF");
 }
 
-int32_t ivf_fourcc(Bytes file) {
-  return static_cast<int32_t>(number_at(file, 8, 4));
-}
-
-bool split_ivf(Bytes file, std::vector<AccessUnit> *units) {
-  constexpr uint32_t kHeader = 32;
-  constexpr size_t kFrameHeader = 12;
-  size_t at = std::max(number_at(file, 6, 2), kHeader);
-  while (at < file.size()) {
-    if (file.size() - at < kFrameHeader) return false;
-    const size_t size = number_at(file, at, 4);
-    at += kFrameHeader;
-    if (file.size() - at < size) return false;
-    units->push_back({at, size});
-    at += size;
-  }
-  return at == file.size();
+std::unique_ptr<UnitReader> read_ivf(ByteSource &source, int32_t *fourcc) {
+  return std::make_unique<IvfReader>(source, fourcc);
 }
 
 }  // namespace vexo

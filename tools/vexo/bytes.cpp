@@ -1,17 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Byte streams: peeking at pipes, and output files that appear complete or not
-// at all, an interrupted run included.
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
+// Input as a stream of bytes, with a look at the first ones.
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <cstring>
 
 #include "error.h"
@@ -19,32 +10,6 @@
 
 namespace vexo {
 namespace {
-
-// The temporary that a signal has to take away. A handler may not touch a
-// std::string, so the name is kept in plain memory too.
-std::array<char, PATH_MAX> g_temporary;
-volatile sig_atomic_t g_temporary_exists = 0;
-
-extern "C" void remove_temporary(int signal_number) {
-  if (g_temporary_exists) unlink(g_temporary.data());
-  // The handler was installed for one delivery: this time the signal kills.
-  raise(signal_number);
-}
-
-void guard_temporary(const std::string &path) {
-  g_temporary_exists = 0;
-  if (path.empty() || path.size() >= g_temporary.size()) return;
-  std::memcpy(g_temporary.data(), path.c_str(), path.size() + 1);
-  struct sigaction action = {};
-  action.sa_handler = remove_temporary;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction before = {};
-    sigaction(number, nullptr, &before);
-    if (before.sa_handler == SIG_DFL) sigaction(number, &action, nullptr);
-  }
-  g_temporary_exists = 1;
-}
 
 std::string reason() { return std::strerror(errno); }
 
@@ -55,6 +20,9 @@ ByteSource::ByteSource(const std::string &path)
       file_(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
   if (file_ == nullptr) throw Error("cannot open " + name_ + ": " + reason());
 }
+
+ByteSource::ByteSource(std::FILE *file, const std::string &name)
+    : name_(name), file_(file) {}
 
 ByteSource::~ByteSource() {
   if (file_ != stdin) std::fclose(file_);
@@ -117,91 +85,6 @@ std::optional<std::string> ByteSource::read_line(size_t max_bytes) {
 
 void ByteSource::truncated() const {
   throw Error(name_ + " is truncated: it ends within a frame or a header");
-}
-
-ByteSink::ByteSink(const std::string &path)
-    : name_(path == "-" ? "standard output" : path) {
-  if (path == "-") {
-    if (isatty(STDOUT_FILENO)) {
-      throw Error("standard output is a terminal: name a file or pipe it");
-    }
-    file_ = stdout;
-    return;
-  }
-  struct stat status;
-  const bool exists = stat(path.c_str(), &status) == 0;
-  if (exists && !S_ISREG(status.st_mode)) {
-    file_ = std::fopen(path.c_str(), "wb");
-    if (file_ == nullptr) fail("cannot open ");
-    return;
-  }
-  target_ = path;
-  if (exists) {
-    // A renamed file would replace a symbolic link, not what it points to.
-    char *const real = realpath(path.c_str(), nullptr);
-    if (real == nullptr) fail("cannot open ");
-    target_ = real;
-    std::free(real);
-  }
-  std::string name = target_ + ".XXXXXX";
-  const int descriptor = mkstemp(name.data());
-  if (descriptor < 0) fail("cannot create ");
-  temporary_ = name;
-  guard_temporary(temporary_);
-  // mkstemp shuts everybody else out; an ordinary new file does not.
-  const mode_t mask = umask(0);
-  umask(mask);
-  file_ = fdopen(descriptor, "wb");
-  if (file_ == nullptr) {
-    close(descriptor);
-    fail("cannot create ");
-  }
-  if (fchmod(descriptor, exists ? status.st_mode & 07777 : 0666 & ~mask) != 0) {
-    fail("cannot create ");
-  }
-}
-
-ByteSink::~ByteSink() { discard(); }
-
-void ByteSink::write(const void *bytes, size_t count) {
-  if (std::fwrite(bytes, 1, count, file_) != count) fail("cannot write ");
-}
-
-void ByteSink::commit() {
-  const bool flushed = std::fflush(file_) == 0;
-  if (!flushed) fail("cannot write ");
-  if (file_ == stdout) return;
-  std::FILE *const file = file_;
-  file_ = nullptr;
-  if (std::fclose(file) != 0) fail("cannot write ");
-  if (temporary_.empty()) return;
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
-    fail("cannot create ");
-  }
-  guard_temporary({});
-  temporary_.clear();
-}
-
-void ByteSink::discard() {
-  if (file_ != nullptr && file_ != stdout) std::fclose(file_);
-  file_ = nullptr;
-  if (temporary_.empty()) return;
-  unlink(temporary_.c_str());
-  guard_temporary({});
-  temporary_.clear();
-}
-
-void ByteSink::fail(const char *what) {
-  const std::string sentence = what + name_ + ": " + reason();
-  // A constructor that throws has no destructor to clean up after it.
-  discard();
-  throw Error(sentence);
-}
-
-void flush_standard_output() {
-  if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-    throw Error("cannot write standard output");
-  }
 }
 
 }  // namespace vexo

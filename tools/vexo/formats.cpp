@@ -56,43 +56,46 @@ bool converts(const Frame &src, const Frame &dst) {
 }
 
 void print_json(int32_t color_std) {
-  std::printf("{\n  \"std\": \"%s\",\n  \"formats\": [\n",
-              standard_name(color_std));
+  std::fprintf(standard_output(), "{\n  \"std\": \"%s\",\n  \"formats\": [\n",
+               standard_name(color_std));
   const char *comma = "";
   for (const Layout &from : all_layouts()) {
-    std::printf("%s    {\"code\": %d, \"token\": \"%s\", \"to\": [", comma,
-                static_cast<int>(from.code), from.token);
+    std::fprintf(standard_output(),
+                 "%s    {\"code\": %d, \"token\": \"%s\", \"to\": [", comma,
+                 static_cast<int>(from.code), from.token);
     const char *inner = "";
     for (const Layout &to : all_layouts()) {
       if (!library_converts(from, to, color_std)) continue;
-      std::printf("%s\"%s\"", inner, to.token);
+      std::fprintf(standard_output(), "%s\"%s\"", inner, to.token);
       inner = ", ";
     }
-    std::printf("]}");
+    std::fprintf(standard_output(), "]}");
     comma = ",\n";
   }
-  std::printf("\n  ]\n}\n");
+  std::fprintf(standard_output(), "\n  ]\n}\n");
 }
 
 void print_table(int32_t color_std) {
-  std::printf("Conversions from (rows) to (columns, by code), %s\n\n",
-              standard_name(color_std));
-  std::printf("%-18s", "");
+  std::fprintf(standard_output(),
+               "Conversions from (rows) to (columns, by code), %s\n\n",
+               standard_name(color_std));
+  std::fprintf(standard_output(), "%-18s", "");
   for (const Layout &to : all_layouts()) {
-    std::printf(" %3d", static_cast<int>(to.code));
+    std::fprintf(standard_output(), " %3d", static_cast<int>(to.code));
   }
-  std::printf("\n");
+  std::fprintf(standard_output(), "\n");
   int pairs = 0;
   for (const Layout &from : all_layouts()) {
-    std::printf("%3d %-14s", static_cast<int>(from.code), from.token);
+    std::fprintf(standard_output(), "%3d %-14s", static_cast<int>(from.code),
+                 from.token);
     for (const Layout &to : all_layouts()) {
       const bool yes = library_converts(from, to, color_std);
       pairs += yes;
-      std::printf(" %3s", yes ? "yes" : "-");
+      std::fprintf(standard_output(), " %3s", yes ? "yes" : "-");
     }
-    std::printf("\n");
+    std::fprintf(standard_output(), "\n");
   }
-  std::printf("\n%d pairs\n", pairs);
+  std::fprintf(standard_output(), "\n%d pairs\n", pairs);
 }
 
 }  // namespace
@@ -124,7 +127,6 @@ void print_formats(int32_t color_std, bool json) {
   } else {
     print_table(color_std);
   }
-  flush_standard_output();
 }
 
 }  // namespace vexo

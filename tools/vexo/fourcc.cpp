@@ -58,7 +58,8 @@ void print(const char *kind, int32_t code) {
   for (const Name &entry : kNames) {
     if (entry.code == code) name = entry.name;
   }
-  std::printf("%-8s %4d %s\n", kind, static_cast<int>(code), name);
+  std::fprintf(standard_output(), "%-8s %4d %s\n", kind, static_cast<int>(code),
+               name);
 }
 
 // Nothing when the text is no number, decimal or with 0x.
@@ -100,7 +101,6 @@ void print_media_types(const std::string &code, bool is_text) {
   print("drm", mlox_fcc2mt_drm(value));
   print("subtitle", mlox_fcc2mt_sub(signed_value));
   print("combined", mlox_fcc2mt(signed_value));
-  flush_standard_output();
 }
 
 }  // namespace vexo

@@ -11,7 +11,8 @@ inline constexpr const char *kConvertHelp =
 IN is PNG, PGM (P5), PPM (P6), Y4M or raw frames; OUT is PNG, PGM, PPM, Y4M or
 raw frames by the ending of its name (.png .pgm .ppm .y4m; .raw .yuv .rgb) or
 --out-kind. - is standard input or output; standard output is Y4M by default.
-Several frames become numbered pictures with a name such as frame%03d.png.
+Several frames become numbered pictures with a name such as frame%03d.png; %% is
+a percent sign.
 
 Each step from a layout to the next is one conversion of the library. Without
 --to the layout is one that OUT can hold and the library converts to. The

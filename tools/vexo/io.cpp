@@ -45,6 +45,13 @@ class NamePattern {
 
   bool numbered() const { return numbered_; }
 
+  // Of a kind that holds all frames in one file.
+  const std::string &single_name(const std::string &path, Kind kind) const {
+    if (!numbered_) return before_;
+    throw Error("bad pattern '" + path + "': one " + kind_name(kind) +
+                " file holds all frames, %% is a percent sign");
+  }
+
   std::string name(int64_t number) const {
     if (!numbered_) return before_;
     const std::string digits = std::to_string(number);
@@ -183,11 +190,11 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
     case Kind::kPgm:
       return std::make_unique<PictureWriter>(path, encode_pnm);
     case Kind::kY4m:
-      return write_y4m(path, info);
+      return write_y4m(NamePattern(path).single_name(path, kind), info);
     case Kind::kRaw:
       break;
   }
-  return write_raw(path);
+  return write_raw(NamePattern(path).single_name(path, kind));
 }
 
 void read_planes(ByteSource &source, Frame &frame) {

@@ -18,6 +18,8 @@ namespace vexo {
 class ByteSource {
  public:
   explicit ByteSource(const std::string &path);
+  // Takes over an open file.
+  ByteSource(std::FILE *file, const std::string &name);
   ~ByteSource();
   ByteSource(const ByteSource &) = delete;
   ByteSource &operator=(const ByteSource &) = delete;
@@ -44,7 +46,8 @@ class ByteSource {
 
 // A file or, for the name "-", standard output. A regular file appears under
 // its name when committed, complete; until then it is a temporary beside it,
-// which goes when the sink goes. Pipes and devices are written directly.
+// which goes when the sink goes. Symbolic links stay and what they point to is
+// written, be it there or not. Pipes and devices are written directly.
 class ByteSink {
  public:
   explicit ByteSink(const std::string &path);
@@ -66,8 +69,14 @@ class ByteSink {
   std::FILE *file_ = nullptr;
 };
 
-// What was printed so far is out, or an Error.
-void flush_standard_output();
+// Keeps the standard output that the tool was started with for the tool alone.
+// What others print to theirs, as the library does when it gets no thread, goes
+// to standard error. Before anything is opened or printed.
+void claim_standard_output();
+// Where results go. Throws Error if the tool was started without one.
+std::FILE *standard_output();
+// What was printed is out, or an Error.
+void close_standard_output();
 
 // What a container says of its frames.
 struct StreamInfo {

@@ -74,6 +74,8 @@ struct PngHeader {
 bool read_header(png_structp png, png_infop info, PngHeader *header) {
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_user_limits(png, kMaxSide, kMaxSide);
+  // Texts are not kept: a small file can hold gigabytes of them.
+  png_set_chunk_cache_max(png, 1);
   png_read_info(png, info);
   const int depth = png_get_bit_depth(png, info);
   const int type = png_get_color_type(png, info);

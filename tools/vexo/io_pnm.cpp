@@ -9,6 +9,8 @@
 namespace vexo {
 namespace {
 
+constexpr int kMaxHeader = 65536;
+
 class PnmReader : public FrameReader {
  public:
   explicit PnmReader(std::unique_ptr<ByteSource> source)
@@ -36,7 +38,9 @@ class PnmReader : public FrameReader {
  private:
   static bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
+  // The next character of a header, whose comments may not go on for ever.
   char next() {
+    if (++header_size_ > kMaxHeader) bad();
     char c;
     source_->read_exactly(&c, 1);
     return c;
@@ -63,6 +67,7 @@ class PnmReader : public FrameReader {
   }
 
   void read_header(StreamInfo *info) {
+    header_size_ = 0;
     if (next() != 'P') bad();
     const char type = next();
     if (type != '5' && type != '6') bad();
@@ -82,6 +87,7 @@ class PnmReader : public FrameReader {
 
   std::unique_ptr<ByteSource> source_;
   StreamInfo info_;
+  int header_size_ = 0;
   bool first_ = true;
 };
 

@@ -4,10 +4,10 @@
 // what the library says of each.
 #include "keyframes.h"
 
-#include <algorithm>
 #include <array>
+#include <cinttypes>
 #include <cstdio>
-#include <limits>
+#include <memory>
 
 #include "access_units.h"
 #include "error.h"
@@ -51,8 +51,8 @@ const Codec &codec_of_path(const std::string &path) {
   throw Error("cannot tell the codec of '" + path + "': give --codec");
 }
 
-const Codec &codec_of_ivf(Bytes file, const std::string &name) {
-  const int32_t type = mlox_fcc2mt_vid(ivf_fourcc(file));
+const Codec &codec_of_fourcc(int32_t fourcc, const std::string &name) {
+  const int32_t type = mlox_fcc2mt_vid(fourcc);
   for (const Codec &codec : kCodecs) {
     if (type == codec.type) return codec;
   }
@@ -60,48 +60,42 @@ const Codec &codec_of_ivf(Bytes file, const std::string &name) {
               "h263, vp8 and vp9");
 }
 
-std::vector<uint8_t> read_all(ByteSource &source) {
-  std::vector<uint8_t> bytes;
-  size_t used = 0;
-  do {
-    bytes.resize(std::max(2 * used, size_t{1} << 20));
-    used += source.read(bytes.data() + used, bytes.size() - used);
-  } while (used == bytes.size());
-  bytes.resize(used);
-  return bytes;
-}
-
 bool is_key(const Codec &codec, Bytes frame) {
-  constexpr size_t kMost = std::numeric_limits<int32_t>::max();
+  static_assert(kMaxUnitMib < 2048, "The library counts in 32 bits");
   return mlox_is_vkeyfrm(static_cast<uint32_t>(codec.type), frame.data(),
-                         static_cast<int32_t>(std::min(frame.size(), kMost))) ==
-         1;
+                         static_cast<int32_t>(frame.size())) == 1;
 }
 
-void print(const Codec &codec, Bytes file, const std::vector<AccessUnit> &units,
-           bool json) {
-  if (json) std::printf("{\n  \"codec\": \"%s\",\n  \"frames\": [", codec.name);
-  size_t keys = 0;
-  for (size_t i = 0; i < units.size(); ++i) {
-    const auto &[offset, size] = units[i];
-    const bool key = is_key(codec, file.subspan(offset, size));
-    keys += key;
-    if (json) {
-      std::printf(
-          "%s\n    {\"number\": %zu, \"offset\": %zu, \"size\": %zu, \"key\": "
-          "%s}",
-          i == 0 ? "" : ",", i, offset, size, key ? "true" : "false");
-    } else {
-      std::printf("%6zu %10zu %8zu %s\n", i, offset, size, key ? "key" : "-");
-    }
-  }
+// The first frame and all after it.
+void print(const Codec &codec, UnitReader &reader, AccessUnit unit, bool json) {
+  std::FILE *const out = standard_output();
   if (json) {
-    std::printf("\n  ],\n  \"key_frames\": %zu\n}\n", keys);
-  } else {
-    std::printf("%s, frames: %zu, key frames: %zu\n", codec.name, units.size(),
-                keys);
+    std::fprintf(out, "{\n  \"codec\": \"%s\",\n  \"frames\": [", codec.name);
   }
-  flush_standard_output();
+  uint64_t frames = 0;
+  uint64_t keys = 0;
+  do {
+    const bool key = is_key(codec, unit.bytes);
+    keys += key;
+    const size_t size = unit.bytes.size();
+    if (json) {
+      std::fprintf(out,
+                   "%s\n    {\"number\": %" PRIu64 ", \"offset\": %" PRIu64
+                   ", \"size\": %zu, \"key\": %s}",
+                   frames == 0 ? "" : ",", frames, unit.offset, size,
+                   key ? "true" : "false");
+    } else {
+      std::fprintf(out, "%6" PRIu64 " %10" PRIu64 " %8zu %s\n", frames,
+                   unit.offset, size, key ? "key" : "-");
+    }
+    ++frames;
+  } while (!std::ferror(out) && reader.next(&unit));
+  if (json) {
+    std::fprintf(out, "\n  ],\n  \"key_frames\": %" PRIu64 "\n}\n", keys);
+  } else {
+    std::fprintf(out, "%s, frames: %" PRIu64 ", key frames: %" PRIu64 "\n",
+                 codec.name, frames, keys);
+  }
 }
 
 }  // namespace
@@ -110,31 +104,32 @@ void print_key_frames(const std::string &path, const std::string &codec,
                       bool json) {
   const Codec *asked = codec.empty() ? nullptr : &codec_named(codec);
   ByteSource source(path);
-  const std::vector<uint8_t> file = read_all(source);
-  if (file.empty()) throw Error(source.name() + " is empty");
-  std::vector<AccessUnit> units;
-  if (is_ivf(file)) {
-    const Codec &held = codec_of_ivf(file, source.name());
+  if (source.peek(1).empty()) throw Error(source.name() + " is empty");
+  std::unique_ptr<UnitReader> reader;
+  AccessUnit first;
+  if (is_ivf(source)) {
+    int32_t fourcc;
+    reader = read_ivf(source, &fourcc);
+    const Codec &held = codec_of_fourcc(fourcc, source.name());
     if (asked != nullptr && asked != &held) {
       throw Error(source.name() + " holds " + held.name + ", not " +
                   asked->name);
     }
     asked = &held;
-    if (!split_ivf(file, &units)) source.truncated();
-    if (units.empty()) throw Error(source.name() + " has no frame");
+    if (!reader->next(&first)) throw Error(source.name() + " has no frame");
   } else {
     if (asked == nullptr) asked = &codec_of_path(path);
     if (asked->endings[0] == nullptr) {
       throw Error(source.name() + " is no IVF, the only file that " +
                   asked->name + " is read from");
     }
-    units = split_stream(asked->type, file);
+    reader = read_stream(source, asked->type);
+    if (!reader->next(&first)) {
+      throw Error(source.name() + " is not a raw stream of " + asked->name +
+                  ", or it has no frame");
+    }
   }
-  if (units.empty()) {
-    throw Error(source.name() + " is not a raw stream of " + asked->name +
-                ", or it has no frame");
-  }
-  print(*asked, file, units, json);
+  print(*asked, *reader, first, json);
 }
 
 }  // namespace vexo

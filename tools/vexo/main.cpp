@@ -7,6 +7,9 @@
 #include <cstdio>
 #include <exception>
 #include <new>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include "convert.h"
 #include "enhance.h"
@@ -14,6 +17,7 @@
 #include "formats.h"
 #include "fourcc.h"
 #include "help.h"
+#include "io.h"
 #include "keyframes.h"
 #include "scale.h"
 #include "thumbnail.h"
@@ -171,8 +175,20 @@ int run(int argc, char **argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &error) {
     // Help and version are reported as errors too.
-    if (error.get_exit_code() == 0) return app.exit(error);
-    complain(error.what());
+    if (error.get_exit_code() == 0) {
+      std::ostringstream help;
+      app.exit(error, help, help);
+      std::fputs(help.str().c_str(), vexo::standard_output());
+      return 0;
+    }
+    const std::vector<std::string> unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+      complain(("unknown subcommand '" + unknown.front() +
+                "'; vexo --help lists all")
+                   .c_str());
+    } else {
+      complain(error.what());
+    }
     return kExitUsage;
   }
   options.color_std = vexo::standard_named(standard);
@@ -200,10 +216,15 @@ int run(int argc, char **argv) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  // A reader that goes away is a failed write with a message, not a death.
+  // A reader that goes away and a file that may not grow are failed writes with
+  // a message, not a death.
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
   try {
-    return run(argc, argv);
+    vexo::claim_standard_output();
+    const int status = run(argc, argv);
+    vexo::close_standard_output();
+    return status;
   } catch (const std::bad_alloc &) {
     return complain("out of memory");
   } catch (const std::exception &error) {
