@@ -110,7 +110,8 @@ inline constexpr const char *kKeyframesHelp =
 
 FILE is IVF (vp8, vp9, or another of the codecs below), or a raw stream: Annex B
 of h264 (.h264 .264 .avc) or hevc (.hevc .265 .h265), mpeg4 (.m4v .mpeg4 .mp4v)
-or h263 (.h263 .263); - is standard input. Nothing is decoded.
+or h263 (.h263 .263); - is standard input. Nothing is decoded. Lines come as
+frames do; none may be longer than 64 MiB.
 
 One line a frame: its number from 0, the offset of its first byte, its size and
 key or -; then the codec and how many there are. Headers belong to the frame
