@@ -46,7 +46,7 @@ void GuardedBuffer::reset(size_t size, Edge edge) {
   if (edge == Edge::kEnd) {
     data_ = mapping_ + mapped_ - page - size;
   } else {
-    gap_ = 1 - gap_;
+    gap_ = edge == Edge::kAligned ? 0 : 1 - gap_;
     data_ = mapping_ + page + gap_;
     fill_canaries(data_ - gap_, gap_);
   }
@@ -60,7 +60,7 @@ uint8_t* GuardedBuffer::margin() const {
 
 bool GuardedBuffer::margin_intact() const {
   if (mapping_ == nullptr) return true;
-  if (edge_ == Edge::kStart && gap_ != 0 && data_[-1] != canary(0)) {
+  if (edge_ != Edge::kEnd && gap_ != 0 && data_[-1] != canary(0)) {
     return false;
   }
   for (size_t i = 0; i < kMargin; ++i) {

@@ -14,8 +14,9 @@ namespace lox_test {
 
 // Which end of the memory lies at the inaccessible page. With kStart every
 // second buffer lies a byte beyond it: rows may begin anywhere, and processors
-// check what loads and stores promise of their addresses.
-enum class Edge { kEnd, kStart };
+// check what loads and stores promise of their addresses. With kAligned none
+// does, for stores that want it so.
+enum class Edge { kEnd, kStart, kAligned };
 
 class GuardedBuffer {
  public:
