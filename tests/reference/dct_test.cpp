@@ -329,6 +329,34 @@ TEST_F(Dct, PixelsWithoutBlocksAreLeftAlone) {
   }
 }
 
+TEST_F(Dct, SmallestSources) {
+  const struct {
+    int32_t prescale;
+    Size size;
+    int32_t chroma_stride;
+    bool luma, chroma;  // whether it is scaled
+  } kCases[] = {{0, {1, 1}, 2, true, false},  {0, {2, 2}, 2, true, true},
+                {2, {4, 2}, 4, true, false},  {2, {3, 2}, 4, false, false},
+                {2, {4, 1}, 4, false, false}, {2, {4, 4}, 4, true, true},
+                {2, {4, 4}, 3, true, false},  {2, {4, 3}, 4, true, false},
+                {4, {4, 4}, 8, true, false},  {4, {3, 8}, 8, false, false},
+                {4, {4, 3}, 8, false, false}, {4, {4, 8}, 8, true, true},
+                {4, {4, 8}, 7, true, false},  {4, {4, 7}, 8, true, false}};
+  for (const auto& k : kCases) {
+    const Job job = {k.size, {4, 4}, k.prescale, 6, 6, 2, true};
+    ASSERT_NO_FATAL_FAILURE(describe(job));
+    pair_[0].stride[1] = k.chroma_stride;
+    for (int i = 0; i < 2; ++i) allocate(pair_[i], images_[i], &pair_[i]);
+    fill(pair_[0], images_[0], Content::kNoise);
+    const auto before = images_[1].contents();
+    Scaler s(pair_, k.prescale);
+    ASSERT_EQ(s.run(), VEXO_OK);
+    const auto after = images_[1].contents();
+    EXPECT_EQ(after[0] != before[0], k.luma) << job;
+    EXPECT_EQ(after[1] != before[1], k.chroma) << job;
+  }
+}
+
 // Chroma of plane 0's size alone: what plane 1 has not is not made up.
 TEST_F(Dct, ChromaWithoutSamplesIsLeftAlone) {
   for (const int32_t prescale : {0, 2, 4}) {
