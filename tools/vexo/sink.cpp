@@ -86,7 +86,7 @@ std::string follow_links(std::string path) {
     const ssize_t length = readlink(path.c_str(), link.data(), link.size());
     if (length < 0) break;
     const std::string to(link.data(), static_cast<size_t>(length));
-    path = to.starts_with('/') ? to : folder_of(path) + to;
+    path = to.starts_with('/') ? to : folder_of(path).append(to);
   }
   return path;
 }
