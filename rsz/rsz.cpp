@@ -54,6 +54,7 @@ Plane plane_of(const vexo_img &src, const vexo_img &dst, int p) {
 }
 
 void copy(SampleType type, const Plane &p) {
+  if (p.src_width < 1) return;
   const auto by = [&p](auto *kernel, int32_t width) {
     kernel(p.src, width, p.src_height, p.src_stride, p.dst_stride, p.dst);
   };
@@ -108,7 +109,9 @@ int32_t scale_p010(const vexo_img &src, const vexo_img &dst) {
   if (same_size(src, dst)) {
     vexo_cpy_16b(luma.src, luma.src_width, luma.src_height, luma.src_stride,
                  luma.dst_stride, luma.dst);
-    if (chroma.src_width > INT32_MAX / 2) return VEXO_OK;
+    if (chroma.src_width < 1 || chroma.src_width > INT32_MAX / 2) {
+      return VEXO_OK;
+    }
     vexo_cpy_16b(chroma.src, 2 * chroma.src_width, chroma.src_height,
                  chroma.src_stride, chroma.dst_stride, chroma.dst);
     return VEXO_OK;
