@@ -1,0 +1,29 @@
+#!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
+#
+# Fuzzes with clang's sanitizers:
+#   scripts/fuzz.sh [TARGET|all] [SECONDS]
+# one target, a folder of tests/fuzz/corpus, or all one after the other; 60
+# seconds each unless said. What finds new ways through the code is kept in
+# build/fuzz/TARGET for the next time. An input that fails is written into
+# build/fuzz; minimise it (fuzz_TARGET -minimize_crash=1 INPUT) and put it into
+# the corpus.
+set -eu
+
+cd "$(dirname "$0")/.."
+target=${1:-all}
+seconds=${2:-60}
+[ "$target" != all ] || target=$(ls tests/fuzz/corpus)
+
+preset=x86_64-clang-asan
+build=build/$preset
+[ -e "$build/build.ninja" ] || cmake --preset $preset >/dev/null
+for name in $target; do
+  cmake --build "$build" --target "fuzz_$name" >/dev/null
+  mkdir -p "build/fuzz/$name"
+  echo "== $name"
+  "$build/tests/fuzz/fuzz_$name" -max_total_time="$seconds" -max_len=64 \
+    -len_control=0 -timeout=10 -print_final_stats=1 -verbosity=0 \
+    -artifact_prefix="build/fuzz/$name-" \
+    "build/fuzz/$name" "tests/fuzz/corpus/$name"
+done

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+// Halving and quartering by blocks.
+#include <orumlox/rsz_blocks.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "cases/cases.h"
+
+namespace lox_test {
+namespace {
+
+enum class Kind { kDense, kColumns, kStrided };
+
+template <Kind kKind>
+void blocks(const Function& function, Source& source, Sink& sink) {
+  const bool halves =
+      std::string_view(function.name).find("_2x2") != std::string_view::npos;
+  const int32_t factor = halves ? 2 : 4;
+  const int32_t width = source.width();
+  const int32_t height = source.height(width);
+  const int32_t stride = std::max(width, 0) +
+                         (kKind == Kind::kStrided ? source.between(0, 40) : 0);
+  const bool empty = width < 1 || height < 1;
+  const int64_t taken = int64_t{factor} * width * factor * height;
+  const int64_t made = int64_t{stride} * (height - 1) + width;
+  // In memory of its own or over the source.
+  const bool apart = kKind == Kind::kStrided || !source.one_in(4);
+  const int32_t shift =
+      apart || empty ? 0
+                     : source.between(0, static_cast<int32_t>(taken - made));
+  Buffer src(source, static_cast<size_t>(empty ? 0 : taken));
+  Buffer own(source, static_cast<size_t>(empty || !apart ? 0 : made));
+  uint8_t* const dst = apart || empty ? own.data() : src.data() + shift;
+  if constexpr (kKind == Kind::kDense) {
+    function.as<vexo_rsz_block_kernel>()(src.data(), dst, width, height);
+  } else {
+    const int32_t last =
+        kKind == Kind::kStrided ? stride : source.between(-8, 80);
+    function.as<vexo_rsz_columns_kernel>()(src.data(), dst, width, height,
+                                           last);
+  }
+  sink.add(src.data(), src.size());
+  sink.add(own.data(), own.size());
+}
+
+#define LOX_B(kind, name) LOX_FUNCTION(blocks<Kind::kind>, vexo_##name)
+const Function kFunctions[] = {
+    LOX_B(kDense, 8b_rsz_down_2x2),
+    LOX_B(kDense, 8b8b_rsz_down_2x2),
+    LOX_B(kDense, 8b_rsz_down_4x4),
+    LOX_B(kDense, 8b8b_rsz_down_4x4),
+    LOX_B(kColumns, 8b_rsz_down_2x2_non_alignment),
+    LOX_B(kColumns, 8b_rsz_down_2x2_non_alignment_remain),
+    LOX_B(kColumns, 8b8b_rsz_down_2x2_non_alignment),
+    LOX_B(kColumns, 8b8b_rsz_down_2x2_non_alignment_remain),
+    LOX_B(kColumns, 8b_rsz_down_4x4_non_alignment),
+    LOX_B(kColumns, 8b_rsz_down_4x4_non_alignment_remain),
+    LOX_B(kColumns, 8b8b_rsz_down_4x4_non_alignment),
+    LOX_B(kColumns, 8b8b_rsz_down_4x4_non_alignment_remain),
+    LOX_B(kStrided, 8b_rsz_down_2x2_non_dct),
+    LOX_B(kStrided, 8b8b_rsz_down_2x2_non_dct),
+    LOX_B(kStrided, 8b_rsz_down_4x4_non_dct),
+    LOX_B(kStrided, 8b8b_rsz_down_4x4_non_dct),
+};
+
+}  // namespace
+
+const Family blocks_family = make_family("blocks", 100, kFunctions);
+
+}  // namespace lox_test

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cases/cases.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/asan_interface.h>
+#endif
+#endif
+#if !defined(ASAN_POISON_MEMORY_REGION)
+#define ASAN_POISON_MEMORY_REGION(address, size) ((void)0)
+#define ASAN_UNPOISON_MEMORY_REGION(address, size) ((void)0)
+#endif
+
+namespace lox_test {
+namespace {
+
+// What lies around a buffer: as long as a vector, and up to 15 bytes more.
+constexpr size_t kMargin = 64;
+constexpr auto kCanaries = [] {
+  std::array<uint8_t, kMargin + 15> bytes{};
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    bytes[i] = static_cast<uint8_t>(i * 37 + 0xA5);
+  }
+  return bytes;
+}();
+
+uint64_t digest_of(const uint8_t* bytes, size_t size) {
+  Sink sink;
+  sink.add(bytes, size);
+  return sink.digest();
+}
+
+}  // namespace
+
+Source::Source(const uint8_t* bytes, size_t size)
+    : next_(bytes), end_(bytes + size), random_(digest_of(bytes, size)) {}
+
+int32_t Source::between(int32_t low, int32_t high) {
+  if (next_ == end_) return random_.between(low, high);
+  const uint64_t count = static_cast<uint64_t>(int64_t{high} - low) + 1;
+  uint64_t number = 0;
+  for (uint64_t left = count - 1; left != 0 && next_ != end_; left >>= 8) {
+    number = number << 8 | *next_++;
+  }
+  return static_cast<int32_t>(low + static_cast<int64_t>(number % count));
+}
+
+void Source::fill(uint8_t* data, size_t size) {
+  constexpr Fill kKinds[] = {Fill::kLow,    Fill::kHigh,   Fill::kAlternating,
+                             Fill::kRandom, Fill::kRandom, Fill::kRandom,
+                             Fill::kRandom, Fill::kRandom};
+  const int32_t kind = between(0, 255);
+  Random samples(next_ == end_ ? random_.next() : static_cast<uint64_t>(kind));
+  samples.fill(data, size, kKinds[kind % 8]);
+  if (kind < 224) return;
+  // Few values, at the ends and in the middle, whose sums round or overflow.
+  constexpr uint8_t kValues[] = {0, 1, 16, 127, 128, 129, 254, 255};
+  for (size_t i = 0; i < size; ++i) data[i] = kValues[data[i] % 8];
+}
+
+int32_t Source::format() {
+  constexpr int32_t kCodes[] = {0,   1,   2,   3,   4,   5,   6,   7,   8,
+                                11,  12,  13,  14,  100, 101, 200, 201, 400,
+                                401, 500, 501, 502, 503, 600, 601};
+  const int32_t kind = between(0, 7);
+  return kind == 0 ? any() : kind == 1 ? between(-1, 700) : one_of(kCodes);
+}
+
+int32_t Source::width() {
+  const int32_t kind = between(0, 31);
+  return kind == 0   ? between(-1, 0)
+         : kind == 1 ? between(65, 700)
+                     : between(1, 64);
+}
+
+int32_t Source::height() {
+  const int32_t kind = between(0, 31);
+  return kind == 0 ? between(-1, 0) : between(1, kind < 8 ? 64 : 12);
+}
+
+void Sink::add(const uint8_t* data, size_t size) {
+  add(size);
+  uint64_t word = 0;
+  size_t i = 0;
+  for (; i + 8 <= size; i += 8) {
+    std::memcpy(&word, data + i, 8);
+    add(word);
+  }
+  word = 0;
+  if (i < size) std::memcpy(&word, data + i, size - i);
+  add(word);
+}
+
+void Buffer::reset(Source& source, size_t size) {
+  release();
+  const auto front = kMargin + static_cast<size_t>(source.between(0, 15));
+  block_ = static_cast<uint8_t*>(std::malloc(front + size + kMargin));
+  data_ = block_ + front;
+  size_ = size;
+  std::memcpy(block_, kCanaries.data(), front);
+  std::memcpy(data_ + size, kCanaries.data(), kMargin);
+  source.fill(data_, size);
+  ASAN_POISON_MEMORY_REGION(block_, front);
+  ASAN_POISON_MEMORY_REGION(data_ + size, kMargin);
+}
+
+void Buffer::release() {
+  if (block_ == nullptr) return;
+  const auto front = static_cast<size_t>(data_ - block_);
+  ASAN_UNPOISON_MEMORY_REGION(block_, front + size_ + kMargin);
+  if (std::memcmp(block_, kCanaries.data(), front) != 0 ||
+      std::memcmp(data_ + size_, kCanaries.data(), kMargin) != 0) {
+    std::fprintf(stderr, "written beyond a plane of %zu bytes\n", size_);
+    std::abort();
+  }
+  std::free(block_);
+  block_ = data_ = nullptr;
+  size_ = 0;
+}
+
+Picture::Picture(Source& source) : source_(source) {
+  const int32_t garbage = source.between(-127, 127) * 0x01010101;
+  for (int p = 0; p < 4; ++p) {
+    img.width[p] = img.height[p] = img.stride[p] = img.buf_height[p] = garbage;
+  }
+  img.offset_x = img.offset_y = img.mode = img.source_nit = garbage;
+}
+
+void Picture::draw_strides(const ExactImage& image, Rows rows) {
+  for (int p = 0; p < 4; ++p) {
+    const auto row = static_cast<int32_t>(
+        std::clamp<int64_t>(image[p].row_bytes, 0, INT32_MAX / 2));
+    const int32_t kind = source_.between(0, 31);
+    img.stride[p] = row + (kind < 16 ? 0 : source_.between(0, 40));
+    if (kind == 31 && rows == Rows::kEitherWay) img.stride[p] *= -1;
+  }
+}
+
+void Picture::set_plane(int p, const ExactPlane& plane, int64_t bytes) {
+  img.width[p] = plane.width;
+  img.height[p] = plane.height;
+  img.buf_height[p] = plane.height;
+  if (bytes == 0 && (p == 0 || img.plane[0] == nullptr)) return;
+  buffer_[p].reset(source_, static_cast<size_t>(bytes));
+  const bool strided = bytes > 0 && plane.whole == 0;
+  img.plane[p] = buffer_[p].data() + (strided ? plane.first(img.stride[p]) : 0);
+}
+
+void Picture::set(const ExactImage& image, Rows rows) {
+  draw_strides(image, rows);
+  for (int p = 0; p < 4; ++p) {
+    const int32_t stride = img.stride[p];
+    set_plane(p, image[p],
+              image[p].bytes(rows == Rows::kEven ? stride & ~1 : stride));
+  }
+}
+
+void Picture::add_to(Sink& sink) const {
+  for (const Buffer& buffer : buffer_) sink.add(buffer.data(), buffer.size());
+}
+
+ExactImage planes_by_code(Source& source, int32_t format, int32_t width,
+                          int32_t height) {
+  if (format == VEXO_FMT_P010LE) {
+    return exact_image(format, width, height);
+  }
+  constexpr int kBytes[] = {1, 0, 2, 0, 3, 4};
+  if (format < 0 || format >= 600 || kBytes[format / 100] == 0 ||
+      format == VEXO_FMT_T64X32) {
+    return {};
+  }
+  ExactImage image = {exact_plane(width, height, kBytes[format / 100])};
+  if (format == VEXO_FMT_YUV400 || format >= 100) return image;
+  const bool usual = !source.one_in(4);
+  const int32_t w = usual ? half_up(width) : source.width();
+  const int32_t h = usual ? half_up(height) : source.height();
+  const bool pairs = format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
+  image[1] = exact_plane(w, h, pairs ? 2 : 1);
+  // A call that takes pairs for a plane of bytes looks for a third one.
+  image[2] = pairs ? exact_plane(0, 0, 1) : image[1];
+  return image;
+}
+
+ExactImage turned(const ExactImage& image) {
+  ExactImage result;
+  for (int p = 0; p < 4; ++p) {
+    const ExactPlane& plane = image[p];
+    if (plane.row_bytes < 1) {
+      result[p] = plane;
+      continue;
+    }
+    result[p] = exact_plane(plane.height, plane.width,
+                            static_cast<int>(plane.row_bytes / plane.width));
+  }
+  return result;
+}
+
+}  // namespace lox_test
