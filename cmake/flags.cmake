@@ -16,6 +16,13 @@ if(ORUMLOX_SANITIZE)
   add_link_options(-fsanitize=${ORUMLOX_SANITIZE})
 endif()
 
+# For scripts/coverage.sh.
+option(ORUMLOX_COVERAGE "Count the lines and branches that run, with clang" OFF)
+if(ORUMLOX_COVERAGE)
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_link_options(-fprofile-instr-generate)
+endif()
+
 add_library(orumlox_warnings INTERFACE)
 target_compile_options(orumlox_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wcast-qual -Wconversion -Wno-sign-conversion
@@ -28,6 +35,9 @@ endif()
 # With these sanitizers row kernels would take minutes to optimise further.
 set(ORUMLOX_OPTIMISATION -O3)
 if(ORUMLOX_SANITIZE MATCHES "address|memory")
+  set(ORUMLOX_OPTIMISATION -O1)
+endif()
+if(ORUMLOX_COVERAGE)
   set(ORUMLOX_OPTIMISATION -O1)
 endif()
 
