@@ -85,8 +85,6 @@ struct Plan {
     std::memset(static_cast<void*>(&context), 0, sizeof context);
   }
   ~Plan() { deinit(); }
-  Plan(const Plan&) = delete;
-  Plan& operator=(const Plan&) = delete;
 
   void init() {
     std::memset(static_cast<void*>(&context), 0xA5, sizeof context);
@@ -150,11 +148,6 @@ void add_plan(const vexo_rsz_new_context& c, vexo_shift_set a, vexo_shift_set b,
 
 // --- plans -------------------------------------------------------------------
 
-int32_t any_side(Source& source) {
-  return source.one_in(2) ? source.any() >> source.between(0, 31)
-                          : source.between(1, 5000);
-}
-
 // Tables of a plan, made once more.
 void tables(const Function&, Source& source, Sink& sink) {
   Plan plan(source, source.one_of(kFactors));
@@ -182,16 +175,25 @@ void memory(const Function&, Source& source, Sink& sink) {
   std::free(set);
 }
 
-// Any sizes. For plans along one axis: work areas of blocks that are long and
-// wide take all memory.
+// Sizes of any kind; where a plan is made of them those for which it takes
+// little memory or none.
+int32_t any_side(Source& source, bool planned) {
+  if (source.one_in(2)) return source.between(-1, 1000);
+  return planned ? source.between(1 << 24, INT32_MAX)
+                 : source.any() >> source.between(0, 31);
+}
+
+// Along one axis where a plan is made.
 void sizes(const Function& function, Source& source, Sink& sink) {
   Plan plan(source, source.one_of(kFactors));
   const bool init = function.address == AnyFunction(vexo_rsz_new_init);
   const int32_t axis = init ? source.between(0, 1) : 2;
   for (vexo_img& img : plan.pair) {
     for (int p = 0; p < 2; ++p) {
-      if (axis != 0) img.width[p] = any_side(source);
-      if (axis != 1) img.height[p] = any_side(source);
+      const int32_t width = any_side(source, init);
+      const int32_t height = any_side(source, init);
+      if (axis != 0) img.width[p] = width;
+      if (axis != 1) img.height[p] = height;
     }
   }
   vexo_rsz_new_context settings = {};
@@ -312,8 +314,6 @@ struct Quartet {
     status = vexo_rsz_new_rgba8888_init(img, &context, &a, &b);
   }
   ~Quartet() { vexo_rsz_new_rgba8888_deinit(img, &context, a, b); }
-  Quartet(const Quartet&) = delete;
-  Quartet& operator=(const Quartet&) = delete;
 
   Picture pictures[4];
   vexo_img img[4];
