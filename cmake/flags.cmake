@@ -37,9 +37,6 @@ set(ORUMLOX_OPTIMISATION -O3)
 if(ORUMLOX_SANITIZE MATCHES "address|memory")
   set(ORUMLOX_OPTIMISATION -O1)
 endif()
-if(ORUMLOX_COVERAGE)
-  set(ORUMLOX_OPTIMISATION -O1)
-endif()
 
 # What the library's own units are compiled with. Without contraction a float
 # expression gives the same bytes on every target; i386 would else compute in
@@ -48,6 +45,9 @@ add_library(orumlox_build_flags INTERFACE)
 target_link_libraries(orumlox_build_flags INTERFACE orumlox_warnings)
 target_include_directories(orumlox_build_flags INTERFACE
   ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+if(ORUMLOX_COVERAGE)
+  set(ORUMLOX_OPTIMISATION -O1)
+endif()
 target_compile_options(orumlox_build_flags INTERFACE
   ${ORUMLOX_OPTIMISATION} -ffp-contract=off -fvisibility=hidden
   -ffunction-sections -fdata-sections

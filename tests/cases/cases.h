@@ -43,7 +43,7 @@ class Source {
   int32_t height();
   // A picture without width may claim any height.
   int32_t height(int32_t width) {
-    return width < 1 && one_in(2) ? between(1, INT32_MAX) : height();
+    return width < 1 && one_in(2) ? between(1, INT32_MAX - 1) : height();
   }
 
  private:
