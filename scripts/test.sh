@@ -9,7 +9,7 @@
 #   x86_64-tsan        the thread sanitizer, for the tests that have threads
 #   x86_64-msan        the memory sanitizer, for programs of their own
 #   i386               GCC
-#   armhf, arm64       Debian's GCC, emulated: the row kernels
+#   armhf, arm64       Debian's GCC, emulated: the row kernels and the table of hashes
 #   android-*          with ANDROID_NDK_HOME set, the libraries as they are
 #                      shipped, looked at file by file; with ANDROID_RUNTIME set
 #                      too, every test of the two ARM ones, on Android's own
