@@ -191,12 +191,9 @@ ExactImage turned(const ExactImage& image) {
   ExactImage result;
   for (int p = 0; p < 4; ++p) {
     const ExactPlane& plane = image[p];
-    if (plane.row_bytes < 1) {
-      result[p] = plane;
-      continue;
-    }
-    result[p] = exact_plane(plane.height, plane.width,
-                            static_cast<int>(plane.row_bytes / plane.width));
+    const auto unit = static_cast<int>(
+        plane.row_bytes < 1 ? 0 : plane.row_bytes / plane.width);
+    result[p] = exact_plane(plane.height, plane.width, unit);
   }
   return result;
 }
