@@ -2,16 +2,34 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Executed ARM instructions per output pixel, under qemu-arm:
-#   bench/arm_count.sh PATH/TO/insn_count.c [small|large]
-# The argument is the source of a QEMU plug-in that counts instructions between
-# marks, by class. Prints a Markdown table, of 1920x1080 unless small.
+#   bench/arm_count.sh PATH/TO/insn_count.c [gcc|clang|both [small|large [ID...]]]
+# The first argument is the source of a QEMU plug-in that counts instructions
+# between marks. clang is the NDK's (ANDROID_NDK_HOME), its guest runs on
+# Android's libraries ($ANDROID_RUNTIME/runtime); gcc is Debian's for armhf.
+# Prints a Markdown table, of the workloads with these names or of all.
 set -eu
-if [ $# -lt 1 ] || [ ! -r "$1" ]; then
-  echo "usage: bench/arm_count.sh PATH/TO/insn_count.c [small|large]" >&2
+counter=${1:-}
+compilers=${2:-both}
+size=${3:-large}
+case $compilers in
+  gcc | clang) ;;
+  both) compilers='clang gcc' ;;
+  *) counter= ;;
+esac
+if [ ! -r "$counter" ]; then
+  echo "usage: bench/arm_count.sh PATH/TO/insn_count.c" \
+    "[gcc|clang|both [small|large [ID...]]]" >&2
   exit 2
 fi
-counter=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
-size=${2:-large}
+shift $(($# < 3 ? $# : 3))
+wanted=" $* "
+case $compilers in
+  *clang*)
+    : "${ANDROID_NDK_HOME:?is the folder of the NDK}"
+    : "${ANDROID_RUNTIME:?is the folder of runtime/}"
+    ;;
+esac
+counter=$(cd "$(dirname "$counter")" && pwd)/$(basename "$counter")
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 
@@ -19,63 +37,100 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 cc -O2 -Wall -shared -fPIC -o "$scratch/insn_count.so" "$counter"
 
-cmake -S . -B build/arm-count -G Ninja -DCMAKE_BUILD_TYPE=Release \
-  -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/armhf.cmake" \
-  -DORUMLOX_BENCH=ON -DORUMLOX_TESTS=OFF -DORUMLOX_TOOLS=OFF \
-  -DORUMLOX_EXAMPLES=OFF >&2
-cmake --build build/arm-count --target arm_guest >&2
-guest=build/arm-count/bench/arm_guest
+# build COMPILER OPTION...: the guest, as the library is built for users.
+build() {
+  dir=build/arm-count-$1
+  shift
+  cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release -DORUMLOX_BENCH=ON \
+    -DORUMLOX_TESTS=OFF -DORUMLOX_TOOLS=OFF -DORUMLOX_EXAMPLES=OFF "$@" >&2
+  cmake --build "$dir" --target arm_guest >&2
+}
+for compiler in $compilers; do
+  if [ "$compiler" = gcc ]; then
+    build gcc -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/armhf.cmake"
+  else
+    # As Android's libc++ lacks what the link libraries of the NDK name.
+    build clang --preset android-armeabi-v7a -DORUMLOX_TRIM=OFF \
+      -DANDROID_STL=c++_shared \
+      -DCMAKE_EXE_LINKER_FLAGS=-Wl,--allow-shlib-undefined
+  fi
+done
 
-# count WORKLOAD [FORM]: "pixels total vector load store branch" of one frame,
-# less what an empty pair of marks takes.
+# count COMPILER WORKLOAD [FORM]: instructions per pixel of one frame, less what
+# an empty pair of marks takes.
 count() {
-  if ! qemu-arm -plugin "$scratch/insn_count.so,classes=on" -d plugin \
-    -D "$scratch/log" "$guest" "$1" "$size" ${2:+"$2"}; then
-    echo "$1 ${2:-}: the guest failed" >&2
+  compiler=$1
+  shift
+  system=
+  [ "$compiler" = gcc ] || system="-L $ANDROID_RUNTIME/runtime"
+  # shellcheck disable=SC2086 # two words, or none
+  if ! qemu-arm $system -plugin "$scratch/insn_count.so" -d plugin \
+    -D "$scratch/log" "build/arm-count-$compiler/bench/arm_guest" \
+    "$1" "$size" ${2:+"$2"} >"$scratch/pixels" 2>"$scratch/errors"; then
+    cat "$scratch/errors" >&2
+    echo "$*: the guest of $compiler failed" >&2
     return 1
   fi
-  awk '$2 == "mark" {
-         for (i = 1; i < NF; ++i) if ($i == "delta") break
-         n = 0
-         for (++i; i <= NF; ++i) if ($i + 0 == $i) v[$3, n++] = $i
+  awk 'NR == FNR { pixels = $1; next }
+       $2 == "mark" {
+         for (i = 1; i < NF; ++i) if ($i == "delta") v[$3] = $(i + 1)
        }
        END {
-         if (n != 5) { print "no counts in the log" > "/dev/stderr"; exit 1 }
-         for (j = 0; j < n; ++j) printf "%d ", v[3, j] - v[2, j]
-       }' "$scratch/log"
+         if (!(3 in v)) { print "no counts in the log" > "/dev/stderr"; exit 1 }
+         printf "%.3f", (v[3] - v[2]) / pixels
+       }' "$scratch/pixels" "$scratch/log"
 }
 
 # row WORKLOAD TITLE THEIRS: THEIRS is libyuv's count to compare with, or "-";
-# it holds for the large size only.
+# it holds for the large size only. The portable form and the comparison are
+# of the first compiler.
 row() {
+  case $wanted in
+    *" $1 "* | '  ') ;;
+    *) return 0 ;;
+  esac
   theirs=$3
   # Small frames have more of their rows' ends in the mean.
   [ "$size" = large ] || theirs=-
-  own=$(count "$1")
-  portable="-"
+  line="| $2"
+  own=
+  for compiler in $compilers; do
+    counted=$(count "$compiler" "$1")
+    line="$line | $counted"
+    : "${own:=$counted}"
+  done
   case $1 in
-    memcpy | media_bits*) ;;
-    *) portable=$(count "$1" portable) ;;
+    memcpy | media_bits*) portable=– ;;
+    *) portable=$(count "${compilers%% *}" "$1" portable) ;;
   esac
-  echo "$own" | awk -v title="$2" -v theirs="$theirs" -v portable="$portable" '{
-      printf "| %s | %.3f | %.3f | %.3f | %.3f | %.3f", title, $2 / $1,
-             $3 / $1, $4 / $1, $5 / $1, $6 / $1
-      split(portable, p, " ")
-      if (portable == "-") printf " | –"
-      else printf " | %.3f", p[2] / p[1]
-      if (theirs == "-") printf " | – | – |\n"
-      else printf " | %s | %.2f |\n", theirs, theirs * $1 / $2
-    }'
+  times=–
+  [ "$theirs" = - ] || times=$(echo "$theirs $own" | awk '{ printf "%.2f", $1 / $2 }')
+  [ "$theirs" != - ] || theirs=–
+  echo "$line | $portable | $theirs | $times |"
 }
 
-cat <<END
-Executed instructions per output pixel (per byte for the plane copy and memcpy)
-of one frame of the $size sizes after a warm-up, $(arm-linux-gnueabihf-g++ --version |
-  head -n 1), $(qemu-arm --version | head -n 1).
+name_of() {
+  case $1 in
+    gcc) arm-linux-gnueabihf-g++ --version | head -n 1 ;;
+    clang)
+      "$ANDROID_NDK_HOME"/toolchains/llvm/prebuilt/*/bin/clang --version |
+        head -n 1
+      ;;
+  esac
+}
 
-| workload | total | vector | load | store | branch | portable form | libyuv | × libyuv |
-|---|---:|---:|---:|---:|---:|---:|---:|---:|
-END
+echo 'Executed instructions per output pixel (per byte for the plane copy and memcpy)'
+echo "of one frame of the $size sizes after a warm-up, $(qemu-arm --version | head -n 1)."
+rule='|---|'
+titles='| workload |'
+for compiler in $compilers; do
+  echo "$compiler: $(name_of "$compiler")."
+  titles="$titles $compiler |"
+  rule="$rule---:|"
+done
+echo
+echo "$titles portable form | libyuv | × libyuv |"
+echo "$rule---:|---:|---:|"
 row nv12_rgba8888 'NV12 → RGBA8888' 3.389
 row yuv420_rgba8888 'I420 → RGBA8888' 3.393
 row yuv420_rgb565 'I420 → RGB565' 4.018
@@ -102,6 +157,8 @@ row grey_1to2_mode1 'plane 1:2, mode 1' 0.914
 row grey_2to3_mode1 'plane 2:3, mode 1' 5.057
 row grey_1to3_mode1 'plane 1:3, mode 1' -
 row rgba8888_3to2 'RGBA8888 3:2' 13.430
+row rgb888_3to2 'RGB888 3:2' -
+row rgb565_3to2 'RGB565 3:2' -
 row nv12_3to2 'NV12 3:2' -
 row rgba8888_90l 'RGBA8888 to the left' 1.763
 row rgba8888_90r 'RGBA8888 to the right' 1.763
@@ -121,7 +178,8 @@ row media_bits_inlined 'bit field, plain reader inlined' -
 row media_bits_called 'bit field, plain reader called' -
 row media_keyframe_h264 'H.264 scanned' -
 row memcpy 'C library memcpy' 0.269
-context=$(count hdr_context | awk '{ print $2 }')
+[ "$wanted" = '  ' ] || exit 0
+context=$(count "${compilers%% *}" hdr_context)
 cat <<END
 
 DCT domain: 1920x1080 to 480x270, planned before; RGBA8888 by the parts of the

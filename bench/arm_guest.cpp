@@ -56,8 +56,9 @@ bool limit_form(const char *name) {
 }
 
 uint8_t *allocate(size_t bytes) {
-  auto *p = static_cast<uint8_t *>(aligned_alloc(64, (bytes + 63) / 64 * 64));
-  if (!p) std::abort();
+  void *room = nullptr;
+  if (posix_memalign(&room, 64, bytes) != 0) std::abort();
+  auto *p = static_cast<uint8_t *>(room);
   bench::fill_noise(p, bytes);
   return p;
 }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bench/dct_plan.h"
 
-#include <cstdlib>
+#include <stdlib.h>  // posix_memalign
 
 #include "orumlox/unprefixed.h"
 
 namespace bench {
 
-void DctPlan::Free::operator()(uint8_t *p) const { std::free(p); }
+void DctPlan::Free::operator()(uint8_t *p) const { free(p); }
 
 DctPlan::DctPlan(const Workload &workload, const Sizes &sizes)
     : workload_(workload),
@@ -22,8 +22,9 @@ DctPlan::DctPlan(const Workload &workload, const Sizes &sizes)
         return describe(VEXO_FMT_YUV444, of[i], bytes, 64);
       };
       const size_t bytes = frame_bytes(describe_planes(nullptr));
-      planes_[i].reset(static_cast<uint8_t *>(std::aligned_alloc(64, bytes)));
-      if (!planes_[i]) std::abort();
+      void *room = nullptr;
+      if (posix_memalign(&room, 64, bytes) != 0) abort();
+      planes_[i].reset(static_cast<uint8_t *>(room));
       fill_noise(planes_[i].get(), bytes);  // which touches them
       img_[2 + i] = describe_planes(planes_[i].get());
     }
@@ -31,7 +32,7 @@ DctPlan::DctPlan(const Workload &workload, const Sizes &sizes)
   } else {
     status = vexo_rsz_new_init(img_, &context_, &a_, &b_, workload.prescale);
   }
-  if (status != VEXO_OK) std::abort();
+  if (status != VEXO_OK) abort();
 }
 
 DctPlan::~DctPlan() {

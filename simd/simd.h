@@ -86,6 +86,21 @@ LOX_INLINE void settle([[maybe_unused]] T *&p) {
 #endif
 }
 
+// Calls step() for every whole vector of `width` pixels, kSteps times in a turn
+// of the loop where so many are left. Returns the pixels left. Turns are
+// counted down to zero: a comparison less than counting pixels.
+template <class V, int kSteps, class Step>
+LOX_INLINE ptrdiff_t for_turns(ptrdiff_t width, Step step) {
+  const auto pixels = static_cast<size_t>(width);
+  for (size_t turns = pixels / (kSteps * V::n); turns != 0; --turns) {
+    for (int i = 0; i < kSteps; ++i) step();
+  }
+  if constexpr (kSteps > 1) {
+    for (size_t turns = pixels / V::n % kSteps; turns != 0; --turns) step();
+  }
+  return static_cast<ptrdiff_t>(pixels % V::n);
+}
+
 // Does a row of `width` pixels, V::n or more, in whole vectors, kSteps of them
 // in a turn of the loop where so many are left. step() does the vector that the
 // kernel's pointers stand on, move(pixels) moves them. The last vector ends at
@@ -93,25 +108,10 @@ LOX_INLINE void settle([[maybe_unused]] T *&p) {
 // it is done by last(), as its address may be any.
 template <class V, int kSteps = 1, class Step, class Move, class Last>
 LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move, Last last) {
-  ptrdiff_t left = width;
-  if constexpr (kSteps > 1) {
-    for (; left >= kSteps * V::n; left -= kSteps * V::n) {
-      for (int i = 0; i < kSteps; ++i) {
-        step();
-        move(V::n);
-      }
-    }
-    for (; left >= V::n; left -= V::n) {
-      step();
-      move(V::n);
-    }
-  } else {
-    do {
-      step();
-      move(V::n);
-      left -= V::n;
-    } while (left >= V::n);
-  }
+  const ptrdiff_t left = for_turns<V, kSteps>(width, [&]() LOX_INLINE_LAMBDA {
+    step();
+    move(V::n);
+  });
   if (left > 0) {
     move(left - V::n);
     last();
@@ -126,13 +126,7 @@ LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move) {
 // moves them back to where the last vector begins.
 template <class V, int kSteps, class Step, class Back>
 LOX_INLINE void for_moving_vectors(ptrdiff_t width, Step step, Back back) {
-  ptrdiff_t left = width;
-  for (; left >= kSteps * V::n; left -= kSteps * V::n) {
-    for (int i = 0; i < kSteps; ++i) step();
-  }
-  if constexpr (kSteps > 1) {
-    for (; left >= V::n; left -= V::n) step();
-  }
+  const ptrdiff_t left = for_turns<V, kSteps>(width, step);
   if (left > 0) {
     back(V::n - left);
     step();

@@ -6,9 +6,14 @@
 
 #include "simd/simd_neon_yuv.h"
 
-// GCC lacks some intrinsics for 32-bit ARM and is poor at others: a few
-// operations are written out for it.
-#if defined(__arm__) && !defined(__clang__)
+// Compilers for 32-bit ARM are poor at some intrinsics: a few operations are
+// written out for all of them, and a few for GCC only.
+#if defined(__arm__)
+#define LOX_ARM 1
+#else
+#define LOX_ARM 0
+#endif
+#if LOX_ARM && !defined(__clang__)
 #define LOX_GCC_ARM 1
 #else
 #define LOX_GCC_ARM 0
@@ -21,7 +26,7 @@ struct NeonLanes : NeonYuv {
   struct Pixels {
     uint8x16_t r, g, b;
   };
-#if LOX_GCC_ARM
+#if LOX_ARM
   // The compiler would move a copy of the pointer and then the pointer.
   LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
     const uint8_t *const at = p;
@@ -77,7 +82,7 @@ struct NeonLanes : NeonYuv {
   }
   template <int K>
   LOX_OP uint16x8_t accumulate(uint16x8_t sum, uint8x8_t v, uint8x8_t k) {
-    return K < 0 ? vmlsl_u8(sum, v, k) : vmlal_u8(sum, v, k);
+    return keep(K < 0 ? vmlsl_u8(sum, v, k) : vmlal_u8(sum, v, k));
   }
   // The sum begins with a product that is added.
   template <PixelFormat F, int KR, int KG, int KB>
@@ -94,7 +99,7 @@ struct NeonLanes : NeonYuv {
   // would make two and copy one.
   LOX_OP uint8x16_t high_bytes(uint16x8_t low, uint16x8_t high,
                                uint16x8_t bias) {
-#if LOX_GCC_ARM
+#if LOX_ARM
     uint8x16_t v;
     __asm__(
         "vaddhn.i16 %e0, %q1, %q3\n\t"
@@ -164,11 +169,18 @@ struct NeonLanes : NeonYuv {
 
   // Two registers. Not by the intrinsics of several registers (vld1q_u8_x2,
   // vst1q_u8_x2): clang for ARMv7 promises the processor that their addresses
-  // are aligned, and pixels are anywhere.
+  // are aligned, and pixels are anywhere. Those of four elements of 64 bits,
+  // which do not interleave, promise what the pointer's type does: nothing.
   static constexpr int kBlock = 32;
   struct Block {
     uint8x16x2_t v;
   };
+#if LOX_ARM && !LOX_GCC_ARM
+  using Unaligned64 [[gnu::aligned(1)]] = uint64_t;
+  LOX_OP uint8x16_t join_halves(uint64x1_t low, uint64x1_t high) {
+    return vreinterpretq_u8_u64(vcombine_u64(low, high));
+  }
+#endif
   LOX_OP Block take_block(const uint8_t *&p) {
     Block b;
 #if LOX_GCC_ARM
@@ -176,6 +188,10 @@ struct NeonLanes : NeonYuv {
     __asm__("vld1.8 %h0, [%1]!"
             : "=w"(b.v), "+r"(p)
             : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at)));
+#elif LOX_ARM
+    const uint64x1x4_t v = vld4_u64(reinterpret_cast<const Unaligned64 *>(p));
+    b.v = {{join_halves(v.val[0], v.val[1]), join_halves(v.val[2], v.val[3])}};
+    p += kBlock;
 #else
     b.v = {{vld1q_u8(p), vld1q_u8(p + 16)}};
     p += kBlock;
@@ -188,6 +204,13 @@ struct NeonLanes : NeonYuv {
     __asm__("vst1.8 %h2, [%1]!"
             : "=m"(*reinterpret_cast<uint8_t(*)[kBlock]>(at)), "+r"(p)
             : "w"(b.v));
+#elif LOX_ARM
+    const uint64x2_t low = vreinterpretq_u64_u8(b.v.val[0]);
+    const uint64x2_t high = vreinterpretq_u64_u8(b.v.val[1]);
+    const uint64x1x4_t v = {{vget_low_u64(low), vget_high_u64(low),
+                             vget_low_u64(high), vget_high_u64(high)}};
+    vst4_u64(reinterpret_cast<Unaligned64 *>(p), v);
+    p += kBlock;
 #else
     vst1q_u8(p, b.v.val[0]);
     vst1q_u8(p + 16, b.v.val[1]);

@@ -85,7 +85,9 @@ struct NeonScale : NeonLanes {
             : "=w"(w.v)
             : "r"(p), "m"(*reinterpret_cast<const uint8_t(*)[32]>(p)));
 #else
-    w.v = {{vld1_u8(p), vld1_u8(p + 8), vld1_u8(p + 16), vld1_u8(p + 24)}};
+    const uint64x1x4_t v = vld4_u64(reinterpret_cast<const Unaligned64 *>(p));
+    w.v = {{vreinterpret_u8_u64(v.val[0]), vreinterpret_u8_u64(v.val[1]),
+            vreinterpret_u8_u64(v.val[2]), vreinterpret_u8_u64(v.val[3])}};
 #endif
   }
 #if defined(__aarch64__)
@@ -170,7 +172,7 @@ struct NeonScale : NeonLanes {
   // Both shifted right and narrowed, in one register.
   template <int S>
   LOX_OP uint8x16_t narrow_sums(uint16x8_t low, uint16x8_t high) {
-#if LOX_GCC_ARM
+#if LOX_ARM
     uint8x16_t v;
     __asm__(
         "vshrn.i16 %e0, %q1, %3\n\t"
