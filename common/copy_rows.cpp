@@ -16,21 +16,14 @@ namespace {
 
 template <class V, bool kFetch = false>
 LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
-  size_t left = n;
-  for (; left >= 4 * V::kBlock; left -= 4 * V::kBlock) {
+  for (size_t turns = n / (4 * V::kBlock); turns != 0; --turns) {
     if constexpr (kFetch) V::fetch_ahead(dst, 4 * V::kBlock);
-    const auto a = V::take_block(src);
-    const auto b = V::take_block(src);
-    const auto c = V::take_block(src);
-    const auto d = V::take_block(src);
-    V::put_block(dst, a);
-    V::put_block(dst, b);
-    V::put_block(dst, c);
-    V::put_block(dst, d);
+    V::copy_4_blocks(dst, src);
   }
-  for (; left >= V::kBlock; left -= V::kBlock) {
+  for (size_t turns = n / V::kBlock % 4; turns != 0; --turns) {
     V::put_block(dst, V::take_block(src));
   }
+  const size_t left = n % V::kBlock;
   if (left > 0) {
     // The last vector ends with the run.
     dst -= V::kBlock - left;

@@ -220,15 +220,14 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
     constexpr ptrdiff_t kPairs = V::kBlock / 2;
     const uint8_t *from = src;
     uint8_t *to = dst;
-    const auto step = [&]() LOX_INLINE_LAMBDA {
-      V::put_block(to, V::swap_pairs(V::take_block(from)));
-    };
-    for (; i + 2 * kPairs <= n; i += 2 * kPairs) {
+    for (ptrdiff_t turns = n / (2 * kPairs); turns != 0; --turns) {
       if constexpr (kFetch) V::fetch_ahead(to, 2 * V::kBlock);
-      step();
-      step();
+      V::swap_2_blocks(to, from);
     }
-    for (; i + kPairs <= n; i += kPairs) step();
+    if (n / kPairs % 2 != 0) {
+      V::put_block(to, V::swap_pairs(V::take_block(from)));
+    }
+    i = n - n % kPairs;
   };
   // As little work as a copy.
   if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) && 4 * n < ptrdiff_t{kFar}) {

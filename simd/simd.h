@@ -86,19 +86,23 @@ LOX_INLINE void settle([[maybe_unused]] T *&p) {
 #endif
 }
 
-// Calls step() for every whole vector of `width` pixels, kSteps times in a turn
-// of the loop where so many are left. Returns the pixels left. Turns are
-// counted down to zero: a comparison less than counting pixels.
-template <class V, int kSteps, class Step>
-LOX_INLINE ptrdiff_t for_turns(ptrdiff_t width, Step step) {
-  const auto pixels = static_cast<size_t>(width);
-  for (size_t turns = pixels / (kSteps * V::n); turns != 0; --turns) {
+// Calls step() for every whole kUnits of n units, kSteps times in a turn of the
+// loop where so many are left. Returns the units left. Turns are counted down
+// to zero: a comparison less than counting units.
+template <size_t kUnits, int kSteps, class Step>
+LOX_INLINE size_t for_turns(size_t n, Step step) {
+  for (size_t turns = n / (kSteps * kUnits); turns != 0; --turns) {
     for (int i = 0; i < kSteps; ++i) step();
   }
   if constexpr (kSteps > 1) {
-    for (size_t turns = pixels / V::n % kSteps; turns != 0; --turns) step();
+    for (size_t turns = n / kUnits % kSteps; turns != 0; --turns) step();
   }
-  return static_cast<ptrdiff_t>(pixels % V::n);
+  return n % kUnits;
+}
+template <class V, int kSteps, class Step>
+LOX_INLINE ptrdiff_t for_whole_vectors(ptrdiff_t width, Step step) {
+  return static_cast<ptrdiff_t>(
+      for_turns<V::n, kSteps>(static_cast<size_t>(width), step));
 }
 
 // Does a row of `width` pixels, V::n or more, in whole vectors, kSteps of them
@@ -108,7 +112,7 @@ LOX_INLINE ptrdiff_t for_turns(ptrdiff_t width, Step step) {
 // it is done by last(), as its address may be any.
 template <class V, int kSteps = 1, class Step, class Move, class Last>
 LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move, Last last) {
-  const ptrdiff_t left = for_turns<V, kSteps>(width, [&]() LOX_INLINE_LAMBDA {
+  const ptrdiff_t left = for_whole_vectors<V, kSteps>(width, [&]() LOX_INLINE_LAMBDA {
     step();
     move(V::n);
   });
@@ -126,7 +130,7 @@ LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move) {
 // moves them back to where the last vector begins.
 template <class V, int kSteps, class Step, class Back>
 LOX_INLINE void for_moving_vectors(ptrdiff_t width, Step step, Back back) {
-  const ptrdiff_t left = for_turns<V, kSteps>(width, step);
+  const ptrdiff_t left = for_whole_vectors<V, kSteps>(width, step);
   if (left > 0) {
     back(V::n - left);
     step();

@@ -22,6 +22,9 @@
 namespace lox::LOX_SET {
 
 struct NeonLanes : NeonYuv {
+  // What written-out loads and stores touch.
+  using Bytes64 = uint8_t[64];
+  using Bytes128 = uint8_t[128];
   template <PixelFormat F>
   struct Pixels {
     uint8x16_t r, g, b;
@@ -38,7 +41,7 @@ struct NeonLanes : NeonYuv {
         "vld4.8 {d16, d18, d20, d22}, [%0]!\n\t"
         "vld4.8 {d17, d19, d21, d23}, [%0]!"
         : "+r"(p), "=w"(v0), "=w"(v1), "=w"(v2), "=w"(v3)
-        : "m"(*reinterpret_cast<const uint8_t(*)[64]>(at)));
+        : "m"(*reinterpret_cast<const Bytes64 *>(at)));
     return {{ v0, v1, v2, v3 }};
   }
 #else
@@ -235,6 +238,56 @@ struct NeonLanes : NeonYuv {
   }
   LOX_OP Block swap_pairs(Block b) {
     return {{{vrev16q_u8(b.v.val[0]), vrev16q_u8(b.v.val[1])}}};
+  }
+  LOX_OP void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
+#if LOX_ARM
+    const uint8_t *const src = from;
+    uint8_t *const dst = to;
+    __asm__(
+        "vld1.8 {d16-d19}, [%0]!\n\t"
+        "vld1.8 {d20-d23}, [%0]!\n\t"
+        "vld1.8 {d24-d27}, [%0]!\n\t"
+        "vld1.8 {d28-d31}, [%0]!\n\t"
+        "vst1.8 {d16-d19}, [%1]!\n\t"
+        "vst1.8 {d20-d23}, [%1]!\n\t"
+        "vst1.8 {d24-d27}, [%1]!\n\t"
+        "vst1.8 {d28-d31}, [%1]!"
+        : "+r"(from), "+r"(to), "=m"(*reinterpret_cast<Bytes128 *>(dst))
+        : "m"(*reinterpret_cast<const Bytes128 *>(src))
+        : "q8", "q9", "q10", "q11", "q12", "q13", "q14", "q15");
+#else
+    const Block a = take_block(from);
+    const Block b = take_block(from);
+    const Block c = take_block(from);
+    const Block d = take_block(from);
+    put_block(to, a);
+    put_block(to, b);
+    put_block(to, c);
+    put_block(to, d);
+#endif
+  }
+  LOX_OP void swap_2_blocks(uint8_t *&to, const uint8_t *&from) {
+#if LOX_ARM
+    const uint8_t *const src = from;
+    uint8_t *const dst = to;
+    __asm__(
+        "vld1.8 {d16-d19}, [%0]!\n\t"
+        "vld1.8 {d20-d23}, [%0]!\n\t"
+        "vrev16.8 q8, q8\n\t"
+        "vrev16.8 q9, q9\n\t"
+        "vrev16.8 q10, q10\n\t"
+        "vrev16.8 q11, q11\n\t"
+        "vst1.8 {d16-d19}, [%1]!\n\t"
+        "vst1.8 {d20-d23}, [%1]!"
+        : "+r"(from), "+r"(to), "=m"(*reinterpret_cast<Bytes64 *>(dst))
+        : "m"(*reinterpret_cast<const Bytes64 *>(src))
+        : "q8", "q9", "q10", "q11");
+#else
+    const Block a = take_block(from);
+    const Block b = take_block(from);
+    put_block(to, swap_pairs(a));
+    put_block(to, swap_pairs(b));
+#endif
   }
   LOX_OP Bytes average_down(Bytes a, Bytes b) { return {vhaddq_u8(a.v, b.v)}; }
   LOX_OP Bytes load_words_by_4(const uint8_t *p) {

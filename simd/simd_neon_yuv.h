@@ -122,6 +122,7 @@ struct NeonYuv {
     } else {
       sum = vmlal_u8(vmull_u8(p.first, d.k0), p.second, d.k1);
     }
+    sum = keep(sum);
     return K0 < 0 || K1 < 0 ? vsubq_s16(d.bias, as_signed(sum))
                             : vaddq_s16(d.bias, as_signed(sum));
   }
@@ -144,7 +145,8 @@ struct NeonYuv {
   template <int I, int K>
   LOX_OP int16x8_t half_dot_pairs(Pairs p, const HalfDot<I, K> &d) {
     const uint8x8_t x = I == 0 ? p.first : p.second;
-    return as_signed(vmlal_u8(vaddw_u8(d.bias, vshr_n_u8(x, 1)), x, d.k));
+    return as_signed(
+        vmlal_u8(keep(vaddw_u8(d.bias, vshr_n_u8(x, 1))), x, d.k));
   }
   template <int I, int K>
   LOX_OP W16 half_dot(Pairs p, const HalfDot<I, K> &d) {

@@ -128,6 +128,9 @@ struct ScalarLanes : ScalarYuv<kPixels> {
     store_bytes(p, a);
     p += kBlock;
   }
+  static void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
+    for (int i = 0; i < 4; ++i) put_block(to, take_block(from));
+  }
 
   struct TwoBytes {
     Bytes even, odd;
@@ -160,6 +163,10 @@ struct ScalarLanes : ScalarYuv<kPixels> {
       a.at[i + 1] = first;
     }
     return a;
+  }
+  // In place, too.
+  static void swap_2_blocks(uint8_t *&to, const uint8_t *&from) {
+    for (int i = 0; i < 2; ++i) put_block(to, swap_pairs(take_block(from)));
   }
   // (a + b) >> 1.
   static Bytes average_down(Bytes a, const Bytes &b) {

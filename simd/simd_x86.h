@@ -210,6 +210,16 @@ struct X86Lanes : X86Yuv<R> {
     Yuv::store_bytes(p, v);
     p += kBlock;
   }
+  LOX_OP void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
+    const Block a = take_block(from);
+    const Block b = take_block(from);
+    const Block c = take_block(from);
+    const Block d = take_block(from);
+    put_block(to, a);
+    put_block(to, b);
+    put_block(to, c);
+    put_block(to, d);
+  }
 
   struct TwoBytes {
     Bytes even, odd;
@@ -234,6 +244,10 @@ struct X86Lanes : X86Yuv<R> {
     return {
         R::shuffle8(v.v, R::in_parts(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8,
                                                    11, 10, 13, 12, 15, 14)))};
+  }
+  LOX_OP void swap_2_blocks(uint8_t *&to, const uint8_t *&from) {
+    put_block(to, swap_pairs(take_block(from)));
+    put_block(to, swap_pairs(take_block(from)));
   }
   // The instruction's average is rounded up.
   LOX_OP Bytes average_down(Bytes a, Bytes b) {
