@@ -319,7 +319,7 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
         for_cells<V, 4>(row, row, dst, c,
                         [](const uint8_t *&p, const uint8_t *&)
                             LOX_INLINE_LAMBDA {
-                              return V::average(V::take_first_two_of_4(p));
+                              return V::average(V::template take_first_two_of_4<>(p));
                             });
       });
     case kDouble:
@@ -340,7 +340,7 @@ LOX_INLINE void cells_vectors(const uint8_t *row, const uint8_t *below,
             row, below, dst, c,
             [](const uint8_t *&p, const uint8_t *&q) LOX_INLINE_LAMBDA {
               return V::mean_of_4(V::template take_adjacent<kUnit>(p),
-                                  V::template take_adjacent<kUnit>(q));
+                                  V::template take_adjacent<kUnit, 1>(q));
             });
       });
     case kFirstOf4:
@@ -348,8 +348,9 @@ LOX_INLINE void cells_vectors(const uint8_t *row, const uint8_t *below,
         for_cells<V, 4>(row, below, dst, c,
                         [](const uint8_t *&p, const uint8_t *&q)
                             LOX_INLINE_LAMBDA {
-                              return V::mean_of_4(V::take_first_two_of_4(p),
-                                                  V::take_first_two_of_4(q));
+                              return V::mean_of_4(
+                                  V::template take_first_two_of_4<0>(p),
+                                  V::template take_first_two_of_4<1>(q));
                             });
       });
     default:

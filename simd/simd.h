@@ -57,6 +57,14 @@ constexpr bool kNarrower = Narrow::n < Wide::n;
 #define LOX_INLINE [[gnu::always_inline]] inline
 #define LOX_INLINE_LAMBDA __attribute__((always_inline))
 
+// For loops that want to be unrolled whole; clang keeps some of them, and what
+// they go through in memory.
+#if defined(__clang__)
+#define LOX_UNROLL _Pragma("clang loop unroll(full)")
+#else
+#define LOX_UNROLL
+#endif
+
 #if LOX_VECTORS
 namespace lox::LOX_SET {
 
@@ -92,6 +100,7 @@ LOX_INLINE void settle([[maybe_unused]] T *&p) {
 template <size_t kUnits, int kSteps, class Step>
 LOX_INLINE size_t for_turns(size_t n, Step step) {
   for (size_t turns = n / (kSteps * kUnits); turns != 0; --turns) {
+    LOX_UNROLL
     for (int i = 0; i < kSteps; ++i) step();
   }
   if constexpr (kSteps > 1) {

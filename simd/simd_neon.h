@@ -29,22 +29,35 @@ struct NeonLanes : NeonYuv {
   struct Pixels {
     uint8x16_t r, g, b;
   };
+  // Of what is taken together each part has a row of its own, 0 or 1: written
+  // out they go to registers of their own.
 #if LOX_ARM
   // The compiler would move a copy of the pointer and then the pointer.
-  LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
-    const uint8_t *const at = p;
-    register uint8x16_t v0 __asm__("q8");
-    register uint8x16_t v1 __asm__("q9");
-    register uint8x16_t v2 __asm__("q10");
-    register uint8x16_t v3 __asm__("q11");
-    __asm__(
-        "vld4.8 {d16, d18, d20, d22}, [%0]!\n\t"
-        "vld4.8 {d17, d19, d21, d23}, [%0]!"
-        : "+r"(p), "=w"(v0), "=w"(v1), "=w"(v2), "=w"(v3)
-        : "m"(*reinterpret_cast<const Bytes64 *>(at)));
-    return {{ v0, v1, v2, v3 }};
+#define LOX_TAKE_4_CHANNELS(a, b, c, d, even, odd)                    \
+  {                                                                   \
+    const uint8_t *const at = p;                                      \
+    register uint8x16_t v0 __asm__(#a);                               \
+    register uint8x16_t v1 __asm__(#b);                               \
+    register uint8x16_t v2 __asm__(#c);                               \
+    register uint8x16_t v3 __asm__(#d);                               \
+    __asm__("vld4.8 " even ", [%0]!\n\tvld4.8 " odd ", [%0]!"         \
+            : "+r"(p), "=w"(v0), "=w"(v1), "=w"(v2), "=w"(v3)         \
+            : "m"(*reinterpret_cast<const Bytes64 *>(at)));           \
+    return {{ v0, v1, v2, v3 }};                                      \
   }
+  template <int kRow = 0>
+  LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
+    if constexpr (kRow == 0) {
+      LOX_TAKE_4_CHANNELS(q8, q9, q10, q11, "{d16, d18, d20, d22}",
+                          "{d17, d19, d21, d23}")
+    } else {
+      LOX_TAKE_4_CHANNELS(q12, q13, q14, q15, "{d24, d26, d28, d30}",
+                          "{d25, d27, d29, d31}")
+    }
+  }
+#undef LOX_TAKE_4_CHANNELS
 #else
+  template <int kRow = 0>
   LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
     p += 64;
     return vld4q_u8(p - 64);
@@ -178,29 +191,46 @@ struct NeonLanes : NeonYuv {
   struct Block {
     uint8x16x2_t v;
   };
-#if LOX_ARM && !LOX_GCC_ARM
+#if LOX_ARM
   using Unaligned64 [[gnu::aligned(1)]] = uint64_t;
-  LOX_OP uint8x16_t join_halves(uint64x1_t low, uint64x1_t high) {
-    return vreinterpretq_u8_u64(vcombine_u64(low, high));
-  }
-#endif
+#if LOX_GCC_ARM
+  template <int kRow = 0>
   LOX_OP Block take_block(const uint8_t *&p) {
     Block b;
-#if LOX_GCC_ARM
     const uint8_t *const at = p;
     __asm__("vld1.8 %h0, [%1]!"
             : "=w"(b.v), "+r"(p)
             : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at)));
-#elif LOX_ARM
-    const uint64x1x4_t v = vld4_u64(reinterpret_cast<const Unaligned64 *>(p));
-    b.v = {{join_halves(v.val[0], v.val[1]), join_halves(v.val[2], v.val[3])}};
-    p += kBlock;
-#else
-    b.v = {{vld1q_u8(p), vld1q_u8(p + 16)}};
-    p += kBlock;
-#endif
     return b;
   }
+#else
+#define LOX_TAKE_BLOCK(a, b, pair)                                             \
+  {                                                                            \
+    const uint8_t *const at = p;                                               \
+    register uint8x16_t v0 __asm__(#a);                                        \
+    register uint8x16_t v1 __asm__(#b);                                        \
+    __asm__("vld1.8 " pair ", [%0]!"                                           \
+            : "+r"(p), "=w"(v0), "=w"(v1)                                      \
+            : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at)));           \
+    return {{{ v0, v1 }}};                                                     \
+  }
+  template <int kRow = 0>
+  LOX_OP Block take_block(const uint8_t *&p) {
+    if constexpr (kRow == 0) {
+      LOX_TAKE_BLOCK(q8, q9, "{d16-d19}")
+    } else {
+      LOX_TAKE_BLOCK(q10, q11, "{d20-d23}")
+    }
+  }
+#undef LOX_TAKE_BLOCK
+#endif
+#else
+  template <int kRow = 0>
+  LOX_OP Block take_block(const uint8_t *&p) {
+    p += kBlock;
+    return {{{ vld1q_u8(p - 32), vld1q_u8(p - 16) }}};
+  }
+#endif
   LOX_OP void put_block(uint8_t *&p, Block b) {
 #if LOX_GCC_ARM
     uint8_t *const at = p;

@@ -60,7 +60,7 @@ struct NeonScale : NeonLanes {
     if constexpr (windows(kSpan) == 1) {
       return Places{v};
     } else {
-      const uint8x16x2_t w = take_block(table).v;
+      const uint8x16x2_t w = take_block<1>(table).v;
       return TwoPlaces{v.val[0], v.val[1], w.val[0], w.val[1]};
     }
   }
@@ -202,7 +202,7 @@ struct NeonScale : NeonLanes {
   };
   LOX_OP Weights take_weights(const uint8_t *&p) {
     const uint8x16x2_t both = take_block(p).v;
-    const uint8x16x2_t share = take_block(p).v;
+    const uint8x16x2_t share = take_block<1>(p).v;
     return {both.val[0], both.val[1], vreinterpretq_u16_u8(share.val[0]),
             vreinterpretq_u16_u8(share.val[1])};
   }
@@ -241,10 +241,10 @@ struct NeonScale : NeonLanes {
   struct Adjacent {
     uint8x16_t a, b;
   };
-  template <int kUnit>
+  template <int kUnit, int kRow = 0>
   LOX_OP Adjacent<kUnit> take_adjacent(const uint8_t *&p) {
     if constexpr (kUnit == 1) {
-      const uint8x16x2_t v = take_block(p).v;
+      const uint8x16x2_t v = take_block<kRow>(p).v;
       return {v.val[0], v.val[1]};
     } else if constexpr (kUnit == 2) {
       const uint16x8x2_t v = vld2q_u16(reinterpret_cast<const uint16_t *>(p));
@@ -274,8 +274,9 @@ struct NeonScale : NeonLanes {
     }
   }
 
+  template <int kRow = 0>
   LOX_OP Neighbours take_first_two_of_4(const uint8_t *&p) {
-    const uint8x16x4_t v = take_4_channels(p);
+    const uint8x16x4_t v = take_4_channels<kRow>(p);
     return {v.val[0], v.val[1]};
   }
 

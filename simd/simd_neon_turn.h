@@ -6,14 +6,6 @@
 
 #include "simd/simd_neon.h"
 
-// Loops over registers want to be unrolled whole; clang keeps some of them, and
-// the registers in memory.
-#if defined(__clang__)
-#define LOX_UNROLL _Pragma("clang loop unroll(full)")
-#else
-#define LOX_UNROLL
-#endif
-
 namespace lox::LOX_SET {
 
 // For rows too short for NeonTurn.
@@ -211,7 +203,5 @@ struct NeonTurn : NeonNarrowTurn {
     }
   }
 };
-
-#undef LOX_UNROLL
 
 }  // namespace lox::LOX_SET

@@ -122,7 +122,6 @@ struct NeonYuv {
     } else {
       sum = vmlal_u8(vmull_u8(p.first, d.k0), p.second, d.k1);
     }
-    sum = keep(sum);
     return K0 < 0 || K1 < 0 ? vsubq_s16(d.bias, as_signed(sum))
                             : vaddq_s16(d.bias, as_signed(sum));
   }

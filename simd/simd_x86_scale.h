@@ -134,7 +134,7 @@ struct X86Scale : V {
                                                  9, 13, 10, 14, 11, 15)));
     }
   }
-  template <int kUnit>
+  template <int kUnit, int kRow = 0>
   LOX_OP Adjacent take_adjacent(const uint8_t *&p) {
     p += 2 * n;
     return {beside<kUnit>(R::load(p - 2 * n)), beside<kUnit>(R::load(p - n))};
@@ -154,6 +154,7 @@ struct X86Scale : V {
   LOX_OP Reg sum_first_two(const uint8_t *p) {
     return R::multiply_add8(R::load(p), R::fill32(0x0101));
   }
+  template <int kRow = 0>
   LOX_OP FirstTwoOf4 take_first_two_of_4(const uint8_t *&p) {
     p += 4 * n;
     return {sum_first_two(p - 4 * n), sum_first_two(p - 3 * n),
