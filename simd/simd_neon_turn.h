@@ -18,7 +18,7 @@ struct NeonNarrowTurn {
   // Exchanges the odd units of a with the even ones of b.
   template <int kUnit>
   LOX_OP void exchange(uint8x16_t &a, uint8x16_t &b) {
-#if LOX_GCC_ARM
+#if LOX_ARM
     // The compiler would copy both.
     if constexpr (kUnit == 8) {
       __asm__("vswp %f0, %e1" : "+w"(a), "+w"(b));
