@@ -37,13 +37,14 @@ LOX_INLINE void for_groups(const Columns *c, const uint8_t *row,
     dst += by;
     settle(dst);
   };
-  for (int32_t i = c->repeats; i > 0; --i) {
+  for (auto i = static_cast<uint32_t>(c->repeats); i != 0; --i) {
     at.offsets = c->offsets;
     at.table = c->table;
-    for (int32_t left = c->period; left > 0; --left) {
+    auto left = static_cast<uint32_t>(c->period);  // not 0 here
+    do {
       step();
       move(V::n);
-    }
+    } while (--left != 0);
     at.src += c->advance;
   }
   const ptrdiff_t rest =
@@ -316,11 +317,11 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
       });
     case kFirstOf4:
       return with_scale(c->count, [&]<class V>(V) LOX_INLINE_LAMBDA {
-        for_cells<V, 4>(row, row, dst, c,
-                        [](const uint8_t *&p, const uint8_t *&)
-                            LOX_INLINE_LAMBDA {
-                              return V::average(V::template take_first_two_of_4<>(p));
-                            });
+        for_cells<V, 4>(
+            row, row, dst, c,
+            [](const uint8_t *&p, const uint8_t *&) LOX_INLINE_LAMBDA {
+              return V::average(V::template take_first_two_of_4<>(p));
+            });
       });
     case kDouble:
       return with_pow2_unit(c, [&]<class V, int kUnit>() LOX_INLINE_LAMBDA {
@@ -345,13 +346,12 @@ LOX_INLINE void cells_vectors(const uint8_t *row, const uint8_t *below,
       });
     case kFirstOf4:
       return with_scale(c->count, [&]<class V>(V) LOX_INLINE_LAMBDA {
-        for_cells<V, 4>(row, below, dst, c,
-                        [](const uint8_t *&p, const uint8_t *&q)
-                            LOX_INLINE_LAMBDA {
-                              return V::mean_of_4(
-                                  V::template take_first_two_of_4<0>(p),
+        for_cells<V, 4>(
+            row, below, dst, c,
+            [](const uint8_t *&p, const uint8_t *&q) LOX_INLINE_LAMBDA {
+              return V::mean_of_4(V::template take_first_two_of_4<0>(p),
                                   V::template take_first_two_of_4<1>(q));
-                            });
+            });
       });
     default:
       return gathered_cells<AsBytes>(row, below, dst, c);

@@ -121,10 +121,11 @@ LOX_INLINE ptrdiff_t for_whole_vectors(ptrdiff_t width, Step step) {
 // it is done by last(), as its address may be any.
 template <class V, int kSteps = 1, class Step, class Move, class Last>
 LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move, Last last) {
-  const ptrdiff_t left = for_whole_vectors<V, kSteps>(width, [&]() LOX_INLINE_LAMBDA {
-    step();
-    move(V::n);
-  });
+  const ptrdiff_t left =
+      for_whole_vectors<V, kSteps>(width, [&]() LOX_INLINE_LAMBDA {
+        step();
+        move(V::n);
+      });
   if (left > 0) {
     move(left - V::n);
     last();

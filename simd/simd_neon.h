@@ -33,17 +33,17 @@ struct NeonLanes : NeonYuv {
   // out they go to registers of their own.
 #if LOX_ARM
   // The compiler would move a copy of the pointer and then the pointer.
-#define LOX_TAKE_4_CHANNELS(a, b, c, d, even, odd)                    \
-  {                                                                   \
-    const uint8_t *const at = p;                                      \
-    register uint8x16_t v0 __asm__(#a);                               \
-    register uint8x16_t v1 __asm__(#b);                               \
-    register uint8x16_t v2 __asm__(#c);                               \
-    register uint8x16_t v3 __asm__(#d);                               \
-    __asm__("vld4.8 " even ", [%0]!\n\tvld4.8 " odd ", [%0]!"         \
-            : "+r"(p), "=w"(v0), "=w"(v1), "=w"(v2), "=w"(v3)         \
-            : "m"(*reinterpret_cast<const Bytes64 *>(at)));           \
-    return {{ v0, v1, v2, v3 }};                                      \
+#define LOX_TAKE_4_CHANNELS(a, b, c, d, even, odd)            \
+  {                                                           \
+    const uint8_t *const at = p;                              \
+    register uint8x16_t v0 __asm__(#a);                       \
+    register uint8x16_t v1 __asm__(#b);                       \
+    register uint8x16_t v2 __asm__(#c);                       \
+    register uint8x16_t v3 __asm__(#d);                       \
+    __asm__("vld4.8 " even ", [%0]!\n\tvld4.8 " odd ", [%0]!" \
+            : "+r"(p), "=w"(v0), "=w"(v1), "=w"(v2), "=w"(v3) \
+            : "m"(*reinterpret_cast<const Bytes64 *>(at)));   \
+    return {{v0, v1, v2, v3}};                                \
   }
   template <int kRow = 0>
   LOX_OP uint8x16x4_t take_4_channels(const uint8_t *&p) {
@@ -204,15 +204,15 @@ struct NeonLanes : NeonYuv {
     return b;
   }
 #else
-#define LOX_TAKE_BLOCK(a, b, pair)                                             \
-  {                                                                            \
-    const uint8_t *const at = p;                                               \
-    register uint8x16_t v0 __asm__(#a);                                        \
-    register uint8x16_t v1 __asm__(#b);                                        \
-    __asm__("vld1.8 " pair ", [%0]!"                                           \
-            : "+r"(p), "=w"(v0), "=w"(v1)                                      \
-            : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at)));           \
-    return {{{ v0, v1 }}};                                                     \
+#define LOX_TAKE_BLOCK(a, b, pair)                                   \
+  {                                                                  \
+    const uint8_t *const at = p;                                     \
+    register uint8x16_t v0 __asm__(#a);                              \
+    register uint8x16_t v1 __asm__(#b);                              \
+    __asm__("vld1.8 " pair ", [%0]!"                                 \
+            : "+r"(p), "=w"(v0), "=w"(v1)                            \
+            : "m"(*reinterpret_cast<const uint8_t(*)[kBlock]>(at))); \
+    return {{{v0, v1}}};                                             \
   }
   template <int kRow = 0>
   LOX_OP Block take_block(const uint8_t *&p) {
@@ -228,7 +228,7 @@ struct NeonLanes : NeonYuv {
   template <int kRow = 0>
   LOX_OP Block take_block(const uint8_t *&p) {
     p += kBlock;
-    return {{{ vld1q_u8(p - 32), vld1q_u8(p - 16) }}};
+    return {{ { vld1q_u8(p - 32), vld1q_u8(p - 16) } }};
   }
 #endif
   LOX_OP void put_block(uint8_t *&p, Block b) {
@@ -240,8 +240,11 @@ struct NeonLanes : NeonYuv {
 #elif LOX_ARM
     const uint64x2_t low = vreinterpretq_u64_u8(b.v.val[0]);
     const uint64x2_t high = vreinterpretq_u64_u8(b.v.val[1]);
-    const uint64x1x4_t v = {{vget_low_u64(low), vget_high_u64(low),
-                             vget_low_u64(high), vget_high_u64(high)}};
+    const uint64x1x4_t v = {
+        { vget_low_u64(low),
+          vget_high_u64(low),
+          vget_low_u64(high),
+          vget_high_u64(high) }};
     vst4_u64(reinterpret_cast<Unaligned64 *>(p), v);
     p += kBlock;
 #else

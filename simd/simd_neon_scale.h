@@ -319,9 +319,10 @@ struct NeonScale : NeonLanes {
     vst1q_u8(p, bytes);
   }
   // A component's halved difference does not reach into the next one below.
+  // Held, or the compiler would mask it after a shift of its own.
   LOX_OP Words average565(Words a, Words b) {
     const uint16x8_t apart =
-        vandq_u16(veorq_u16(a.v, b.v), vdupq_n_u16(0xF7DE));
+        keep(vandq_u16(veorq_u16(a.v, b.v), vdupq_n_u16(0xF7DE)));
     return {vsraq_n_u16(vandq_u16(a.v, b.v), apart, 1)};
   }
   // Of two averages: one more where both lost a bit and theirs does.

@@ -144,8 +144,7 @@ struct NeonYuv {
   template <int I, int K>
   LOX_OP int16x8_t half_dot_pairs(Pairs p, const HalfDot<I, K> &d) {
     const uint8x8_t x = I == 0 ? p.first : p.second;
-    return as_signed(
-        vmlal_u8(keep(vaddw_u8(d.bias, vshr_n_u8(x, 1))), x, d.k));
+    return as_signed(vmlal_u8(keep(vaddw_u8(d.bias, vshr_n_u8(x, 1))), x, d.k));
   }
   template <int I, int K>
   LOX_OP W16 half_dot(Pairs p, const HalfDot<I, K> &d) {

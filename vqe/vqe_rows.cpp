@@ -62,24 +62,41 @@ LOX_INLINE typename B::Reg sharpen(typename B::Reg c, Joined<B> near,
 // B::n samples of kRows rows.
 template <class B, int kRows>
 LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
-  typename B::Reg row[kRows + 4];
-  for (int i = 0; i < kRows + 4; ++i) {
-    row[i] = B::load_once(p + (i - 2) * pitch);
-  }
+  using Reg = typename B::Reg;
+  // Loaded in the order of memory by one pointer that moves.
+  const uint8_t *at = p - 2 * pitch;
+  const auto take = [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+    const Reg v = B::load_once(at);
+    at += step;
+    settle(at);
+    return v;
+  };
+  Reg row[kRows + 4];           // from two rows above on
   Joined<B> beside[kRows + 2];  // from the row above on
-  for (int i = 0; i < kRows + 2; ++i) {
-    const uint8_t *const at = p + (i - 1) * pitch;
-    beside[i] = join<B>(B::load_once(at - 1), B::load_once(at + 1));
+  Joined<B> two_away[kRows];
+  row[0] = take(pitch - 1);
+  LOX_UNROLL
+  for (int i = -1; i <= kRows; ++i) {
+    const bool whole = i >= 0 && i < kRows;
+    const Reg far_left = whole ? take(1) : row[0];
+    const Reg left = take(1);
+    row[i + 2] = take(1);
+    const Reg right = take(whole ? 1 : pitch - (i < 0 ? 3 : 1));
+    beside[i + 1] = join<B>(left, right);
+    if (whole) {
+      two_away[i] = join<B>(far_left, take(pitch - (i + 1 < kRows ? 4 : 3)));
+    }
   }
+  row[kRows + 3] = take(0);
+  LOX_UNROLL
   for (int i = 0; i < kRows; ++i) {
-    const uint8_t *const at = p + i * pitch;
     const Joined<B> near =
         join<B>(beside[i + 1], join<B>(row[i + 1], row[i + 3]));
     const Joined<B> far =
         join<B>(join<B>(beside[i], beside[i + 2]),
-                join<B>(join<B>(B::load_once(at - 2), B::load_once(at + 2)),
-                        join<B>(row[i], row[i + 4])));
-    B::store(q + i * pitch, sharpen<B>(row[i + 2], near, far));
+                join<B>(two_away[i], join<B>(row[i], row[i + 4])));
+    B::store(q, sharpen<B>(row[i + 2], near, far));
+    q += pitch;
   }
 }
 template <class V, int kRows>
@@ -88,16 +105,24 @@ LOX_INLINE void sharpen_rows(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst,
   using B = BytesOf<V>;
   // After the first vector those that lie in one line each.
   sharpen_at<B, kRows>(src, pitch, dst);
-  ptrdiff_t x = V::n - (reinterpret_cast<uintptr_t>(src) & (V::n - 1));
-  for (; x <= n - V::n; x += V::n) {
-    // What the next rows need, or memory would not keep up.
-    for (int i = 0; i < kRows; ++i) {
-      B::fetch(src + x, (kRows + 2 + i) * pitch);
-      B::fetch(dst + x, (kRows + i) * pitch);
-    }
-    sharpen_at<B, kRows>(src + x, pitch, dst + x);
-  }
-  if (x < n) sharpen_at<B, kRows>(src + n - V::n, pitch, dst + n - V::n);
+  const ptrdiff_t first =
+      V::n - (reinterpret_cast<uintptr_t>(src) & (V::n - 1));
+  const uint8_t *from = src + first;
+  uint8_t *to = dst + first;
+  const ptrdiff_t left =
+      for_whole_vectors<V, 1>(n - first, [&]() LOX_INLINE_LAMBDA {
+        // What the next rows need, or memory would not keep up.
+        for (int i = 0; i < kRows; ++i) {
+          B::fetch(from, (kRows + 2 + i) * pitch);
+          B::fetch(to, (kRows + i) * pitch);
+        }
+        sharpen_at<B, kRows>(from, pitch, to);
+        from += V::n;
+        to += V::n;
+        settle(from);
+        settle(to);
+      });
+  if (left > 0) sharpen_at<B, kRows>(src + n - V::n, pitch, dst + n - V::n);
 }
 #endif
 
