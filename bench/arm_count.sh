@@ -180,6 +180,7 @@ row media_keyframe_h264 'H.264 scanned' -
 row memcpy 'C library memcpy' 0.269
 [ "$wanted" = '  ' ] || exit 0
 context=$(count "${compilers%% *}" hdr_context)
+context=${context%.*}
 cat <<END
 
 DCT domain: 1920x1080 to 480x270, planned before; RGBA8888 by the parts of the
@@ -193,11 +194,10 @@ deblocking they are those of a luma pixel, all three planes included.
 PQ is the bands of a tone mapping on one thread; the context that they read,
 which every call builds once, takes $context instructions more.
 
-vector: NEON or VFP, its loads and stores among them. load, store: scalar and
-vector. × libyuv: libyuv's count over this one, above 1 is fewer here. libyuv's
-figures are those of its version 1857 built with NEON, at the large sizes,
-counted in the same way elsewhere: of scaling its bilinear filter, at 4:1 its
-box filter, which takes fewer there; of NV12 turned through two planes. Its row
-for the C library's memcpy is that function itself and shows that the two ways
-of counting agree.
+The portable form and what is compared with libyuv are of the first compiler. ×
+libyuv: libyuv's count over this one, above 1 is fewer here. libyuv's figures are
+those of its version 1857 built with NEON, at the large sizes, counted in the same
+way elsewhere: of scaling its bilinear filter, at 4:1 its box filter, which takes
+fewer there; of NV12 turned through two planes. Its row for memcpy is glibc's, as
+GCC's is, and shows that the two ways of counting agree; clang's is Android's.
 END
