@@ -113,8 +113,8 @@ name_of() {
   case $1 in
     gcc) arm-linux-gnueabihf-g++ --version | head -n 1 ;;
     clang)
-      "$ANDROID_NDK_HOME"/toolchains/llvm/prebuilt/*/bin/clang --version |
-        head -n 1
+      set -- "$ANDROID_NDK_HOME"/toolchains/llvm/prebuilt/*/bin/clang
+      "$1" --version | head -n 1
       ;;
   esac
 }
