@@ -74,19 +74,21 @@ LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
   Reg row[kRows + 4];           // from two rows above on
   Joined<B> beside[kRows + 2];  // from the row above on
   Joined<B> two_away[kRows];
-  row[0] = take(pitch - 1);
-  LOX_UNROLL
-  for (int i = -1; i <= kRows; ++i) {
-    const bool whole = i >= 0 && i < kRows;
-    const Reg far_left = whole ? take(1) : row[0];
+  // The three samples around the middle of row i - 1.
+  const auto take_3 = [&](int i, ptrdiff_t step) LOX_INLINE_LAMBDA {
     const Reg left = take(1);
-    row[i + 2] = take(1);
-    const Reg right = take(whole ? 1 : pitch - (i < 0 ? 3 : 1));
-    beside[i + 1] = join<B>(left, right);
-    if (whole) {
-      two_away[i] = join<B>(far_left, take(pitch - (i + 1 < kRows ? 4 : 3)));
-    }
+    row[i + 1] = take(1);
+    beside[i] = join<B>(left, take(step));
+  };
+  row[0] = take(pitch - 1);
+  take_3(0, pitch - 3);
+  LOX_UNROLL
+  for (int i = 0; i < kRows; ++i) {
+    const Reg left = take(1);
+    take_3(i + 1, 1);
+    two_away[i] = join<B>(left, take(pitch - (i + 1 < kRows ? 4 : 3)));
   }
+  take_3(kRows + 1, pitch - 1);
   row[kRows + 3] = take(0);
   LOX_UNROLL
   for (int i = 0; i < kRows; ++i) {
