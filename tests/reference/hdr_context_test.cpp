@@ -163,7 +163,7 @@ TEST_F(HdrNit, IsChosenWrittenAndLogged) {
     const bool empty = n % 5 == 0;
     make_source(n % 3 == 0 ? 601 : 600, empty ? random.between(-1, 0) : 21,
                 empty ? random.between(0, 9) : 12,
-                n % 2 == 0 ? Content::kDim : Content::kRandom);
+                n % 2 == 0 ? Content::kDim : Content::kRandom, mode == 1);
     vexo_img& src = src_.img;
     for (int call = -1; call < kCallCount; ++call) {
       src.mode = mode;

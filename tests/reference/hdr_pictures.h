@@ -51,9 +51,10 @@ enum class Content { kRandom, kMuted, kExtremes, kSweep, kDim };
 
 class HdrPictures : public SeededTest {
  protected:
-  // What a call has no business to look at ends the test.
+  // What a call has no business to look at ends the test. Rows of a source that
+  // is not measured may lie upwards.
   void make_source(int32_t format, int32_t width, int32_t height,
-                   Content content) {
+                   Content content, bool is_measured = false) {
     src_.img.format = format;
     src_.img.mode = random.between(0, 2);
     src_.img.source_nit = random.between(1400, 1600);
@@ -66,9 +67,10 @@ class HdrPictures : public SeededTest {
       const int32_t rows = p == 0 ? height : (height + 1) / 2;
       if (p < 2) words = std::max(columns, 0) + random.between(0, 9);
       const bool used = has_planes && width > 0 && (!pairs || p < 2);
-      src_.set_plane(
-          p, 7777, 7777, p < 2 ? 2 * words + random.between(0, 1) : 1,
-          used ? plane_size(2 * columns, rows, 2 * words) : 0, edge());
+      src_.set_plane(p, 7777, 7777,
+                     p < 2 ? 2 * words + random.between(0, 1) : 1,
+                     used ? plane_size(2 * columns, rows, 2 * words) : 0,
+                     random.next() % 2 == 0 ? Edge::kEnd : Edge::kAligned);
       if (!has_planes) src_.img.plane[p] = nullptr;
       const size_t count = src_.buffer[p].size() / 2;
       for (size_t i = 0; i < count; ++i) {
@@ -87,10 +89,9 @@ class HdrPictures : public SeededTest {
     }
     src_.img.width[0] = width;
     src_.img.height[0] = height;
-    // Rows may lie upwards if they are not measured. An odd byte of a stride
-    // does not count then either.
-    if (src_.img.mode == VEXO_HDR_MODE_MEASURE || !has_planes || width < 1 ||
-        height < 1 || random.between(0, 3) != 0) {
+    // An odd byte of a stride does not count for rows upwards either.
+    if (is_measured || src_.img.mode == VEXO_HDR_MODE_MEASURE || !has_planes ||
+        width < 1 || height < 1 || random.between(0, 3) != 0) {
       return;
     }
     for (int p = 0; p < (pairs ? 2 : 3); ++p) {
