@@ -32,10 +32,13 @@ if(ORUMLOX_WERROR)
   target_compile_options(orumlox_warnings INTERFACE -Werror)
 endif()
 
-# With these sanitizers row kernels would take minutes to optimise further.
+# With these sanitizers row kernels and tests would take minutes to optimise
+# further.
 set(ORUMLOX_OPTIMISATION -O3)
 if(ORUMLOX_SANITIZE MATCHES "address|memory")
   set(ORUMLOX_OPTIMISATION -O1)
+  set(CMAKE_C_FLAGS_RELEASE "-O1 -DNDEBUG")
+  set(CMAKE_CXX_FLAGS_RELEASE "-O1 -DNDEBUG")
 endif()
 
 # What the library's own units are compiled with. Without contraction a float
