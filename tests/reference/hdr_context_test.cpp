@@ -125,7 +125,7 @@ TEST_F(HdrNit, IsMeasured) {
     for (const int32_t height : {1, 2, 3, 4, 5, 6, 9}) {
       const int32_t rows = (height - 1) / step * step + 1;
       for (int times = 0; times < 60; ++times) {
-        luma.reset(size_t{2} * width * rows, edge());
+        luma.reset(size_t{2} * width * rows, source_edge());
         void* const data = luma.data();
         uint16_t* const samples = static_cast<uint16_t*>(data);
         std::fill_n(samples, size_t{1} * width * rows, uint16_t{1});

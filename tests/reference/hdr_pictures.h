@@ -67,10 +67,9 @@ class HdrPictures : public SeededTest {
       const int32_t rows = p == 0 ? height : (height + 1) / 2;
       if (p < 2) words = std::max(columns, 0) + random.between(0, 9);
       const bool used = has_planes && width > 0 && (!pairs || p < 2);
-      src_.set_plane(p, 7777, 7777,
-                     p < 2 ? 2 * words + random.between(0, 1) : 1,
-                     used ? plane_size(2 * columns, rows, 2 * words) : 0,
-                     random.next() % 2 == 0 ? Edge::kEnd : Edge::kAligned);
+      src_.set_plane(
+          p, 7777, 7777, p < 2 ? 2 * words + random.between(0, 1) : 1,
+          used ? plane_size(2 * columns, rows, 2 * words) : 0, source_edge());
       if (!has_planes) src_.img.plane[p] = nullptr;
       const size_t count = src_.buffer[p].size() / 2;
       for (size_t i = 0; i < count; ++i) {
@@ -147,6 +146,10 @@ class HdrPictures : public SeededTest {
   }
 
   Edge edge() { return random.next() % 2 == 0 ? Edge::kEnd : Edge::kStart; }
+  // Samples that are measured lie as words do.
+  Edge source_edge() {
+    return random.next() % 2 == 0 ? Edge::kEnd : Edge::kAligned;
+  }
 
   TestImage src_{0};
   TestImage dst_{0};

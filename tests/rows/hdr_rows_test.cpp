@@ -88,7 +88,7 @@ TEST_F(HdrRowsTest, TheLargestSampleIsFound) {
     const int rows = random.between(1, 12);
     const int step = round % 2 == 0 ? 2 : 4;
     luma.reset(size_t{2} * columns * rows,
-               round % 4 < 2 ? Edge::kEnd : Edge::kStart);
+               round % 4 < 2 ? Edge::kEnd : Edge::kAligned);
     auto* const words = reinterpret_cast<uint16_t*>(luma.data());
     fill(words, columns * rows, round % 3 == 0 ? 65535 : 1023);
     // Often the largest is one that is not looked at.
