@@ -4,12 +4,11 @@
 #define ORUMLOX_TESTS_CASES_CONVERSION_H
 
 #include "cases/cases.h"
+#include "support/conversion_name.h"
 
 namespace lox_test {
 
-struct Conversion {
-  int32_t from, to, standard;
-};
+using Conversion = ConversionName;
 
 // Whether vexo_csc has a route between two formats, whatever the standard; one
 // of its routes.
