@@ -85,13 +85,18 @@ LOX_INLINE ptrdiff_t with_vectors(ptrdiff_t width, Kernel kernel) {
   return 0;
 }
 
-// Holds a pointer to moving by itself: compilers else compute it from another
-// one, which costs ARM, whose vector loads and stores move it for nothing.
+// Whether vector loads and stores move their pointers for nothing, as ARM's do.
+#if defined(LOX_SET_neon)
+constexpr bool kLoadsMovePointers = true;
+#else
+constexpr bool kLoadsMovePointers = false;
+#endif
+
+// Holds a pointer to moving by itself where that costs nothing: compilers else
+// compute it from another one.
 template <class T>
 LOX_INLINE void settle([[maybe_unused]] T *&p) {
-#if defined(LOX_SET_neon)
-  __asm__("" : "+r"(p));
-#endif
+  if constexpr (kLoadsMovePointers) __asm__("" : "+r"(p));
 }
 
 // Calls step() for every whole kUnits of n units, kSteps times in a turn of the

@@ -63,33 +63,38 @@ LOX_INLINE typename B::Reg sharpen(typename B::Reg c, Joined<B> near,
 template <class B, int kRows>
 LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
   using Reg = typename B::Reg;
-  // Loaded in the order of memory by one pointer that moves.
+  // In the order of memory: where loads move their pointer for nothing it is
+  // one for all. `step` is the way to the next.
   const uint8_t *at = p - 2 * pitch;
-  const auto take = [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-    const Reg v = B::load_once(at);
-    at += step;
-    settle(at);
-    return v;
-  };
+  const auto take = [&](int line, int column, ptrdiff_t step)
+                        LOX_INLINE_LAMBDA {
+                          if constexpr (!kLoadsMovePointers) {
+                            return B::load_once(p + line * pitch + column);
+                          }
+                          const Reg v = B::load_once(at);
+                          at += step;
+                          settle(at);
+                          return v;
+                        };
   Reg row[kRows + 4];           // from two rows above on
   Joined<B> beside[kRows + 2];  // from the row above on
   Joined<B> two_away[kRows];
   // The three samples around the middle of row i - 1.
   const auto take_3 = [&](int i, ptrdiff_t step) LOX_INLINE_LAMBDA {
-    const Reg left = take(1);
-    row[i + 1] = take(1);
-    beside[i] = join<B>(left, take(step));
+    const Reg left = take(i - 1, -1, 1);
+    row[i + 1] = take(i - 1, 0, 1);
+    beside[i] = join<B>(left, take(i - 1, 1, step));
   };
-  row[0] = take(pitch - 1);
+  row[0] = take(-2, 0, pitch - 1);
   take_3(0, pitch - 3);
   LOX_UNROLL
   for (int i = 0; i < kRows; ++i) {
-    const Reg left = take(1);
+    const Reg left = take(i, -2, 1);
     take_3(i + 1, 1);
-    two_away[i] = join<B>(left, take(pitch - (i + 1 < kRows ? 4 : 3)));
+    two_away[i] = join<B>(left, take(i, 2, pitch - (i + 1 < kRows ? 4 : 3)));
   }
   take_3(kRows + 1, pitch - 1);
-  row[kRows + 3] = take(0);
+  row[kRows + 3] = take(kRows + 1, 0, 0);
   LOX_UNROLL
   for (int i = 0; i < kRows; ++i) {
     const Joined<B> near =
