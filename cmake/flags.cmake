@@ -47,7 +47,7 @@ endif()
 add_library(orumlox_build_flags INTERFACE)
 target_link_libraries(orumlox_build_flags INTERFACE orumlox_warnings)
 target_include_directories(orumlox_build_flags INTERFACE
-  ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+  ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 if(ORUMLOX_COVERAGE)
   set(ORUMLOX_OPTIMISATION -O1)
 endif()

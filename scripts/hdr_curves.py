@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes hdr/curves.cpp: scripts/hdr_curves.py > hdr/curves.cpp
+"""Writes src/hdr/curves.cpp: scripts/hdr_curves.py > src/hdr/curves.cpp
 
 The curves are worked out here with 50 digits, once, so that every target has
 the same tables whatever its C library's pow(), and no call has to evaluate

@@ -34,9 +34,6 @@ rows() { # rows BUILD: lines "size|name"
   sed -n -E 's/^ *[0-9a-f]+ +[0-9a-f]+ +([0-9a-f]+) +[0-9]+ +[^ ]*\.dir\/([^ ]*)\.o:\(\.(text|rodata|data|bss|ARM|eh_frame).*/\1 \2/p' \
     "$1/liborumlox.so.map" |
     while read -r size unit; do
-      case $unit in
-        rsz/*rot* | rsz/*turn*) unit=rot/ ;;
-      esac
       echo "$((0x$size))|code and data of \`${unit%%/*}\`"
     done
 }

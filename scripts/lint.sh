@@ -20,8 +20,7 @@ tidy() {
     exit 1
   }
 }
-git ls-files 'common/*.cpp' 'csc/*.cpp' 'dct/*.cpp' 'hdr/*.cpp' \
-  'media/*.cpp' 'rsz/*.cpp' 'vqe/*.cpp' 'tools/*.cpp' 'examples/*.c' |
+git ls-files 'src/*.cpp' 'tools/*.cpp' 'examples/*.c' |
   grep -v '_rows\.cpp$' | tidy
 # Following every path through the many forms of a row kernel takes minutes and
 # finds nothing: they have hardly a branch.

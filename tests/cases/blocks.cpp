@@ -13,7 +13,7 @@ namespace {
 enum class Kind { kDense, kColumns, kStrided };
 
 template <Kind kKind>
-void blocks(const Function& function, Source& source, Sink& sink) {
+void blocks(const Function &function, Source &source, Sink &sink) {
   const bool halves =
       std::string_view(function.name).find("_2x2") != std::string_view::npos;
   const int32_t factor = halves ? 2 : 4;
@@ -31,7 +31,7 @@ void blocks(const Function& function, Source& source, Sink& sink) {
                      : source.between(0, static_cast<int32_t>(taken - made));
   Buffer src(source, static_cast<size_t>(empty ? 0 : taken));
   Buffer own(source, static_cast<size_t>(empty || !apart ? 0 : made));
-  uint8_t* const dst = apart || empty ? own.data() : src.data() + shift;
+  uint8_t *const dst = apart || empty ? own.data() : src.data() + shift;
   if constexpr (kKind == Kind::kDense) {
     function.as<vexo_rsz_block_kernel>()(src.data(), dst, width, height);
   } else {

@@ -30,7 +30,7 @@ constexpr auto kCanaries = [] {
   return bytes;
 }();
 
-uint64_t digest_of(const uint8_t* bytes, size_t size) {
+uint64_t digest_of(const uint8_t *bytes, size_t size) {
   Sink sink;
   sink.add(bytes, size);
   return sink.digest();
@@ -38,7 +38,7 @@ uint64_t digest_of(const uint8_t* bytes, size_t size) {
 
 }  // namespace
 
-Source::Source(const uint8_t* bytes, size_t size)
+Source::Source(const uint8_t *bytes, size_t size)
     : next_(bytes), end_(bytes + size), random_(digest_of(bytes, size)) {}
 
 int32_t Source::between(int32_t low, int32_t high) {
@@ -51,7 +51,7 @@ int32_t Source::between(int32_t low, int32_t high) {
   return static_cast<int32_t>(low + static_cast<int64_t>(number % count));
 }
 
-void Source::fill(uint8_t* data, size_t size) {
+void Source::fill(uint8_t *data, size_t size) {
   constexpr Fill kKinds[] = {Fill::kLow,    Fill::kHigh,   Fill::kAlternating,
                              Fill::kRandom, Fill::kRandom, Fill::kRandom,
                              Fill::kRandom, Fill::kRandom};
@@ -84,7 +84,7 @@ int32_t Source::height() {
   return kind == 0 ? between(-1, 0) : between(1, kind < 8 ? 64 : 12);
 }
 
-void Sink::add(const uint8_t* data, size_t size) {
+void Sink::add(const uint8_t *data, size_t size) {
   add(size);
   uint64_t word = 0;
   size_t i = 0;
@@ -97,10 +97,10 @@ void Sink::add(const uint8_t* data, size_t size) {
   add(word);
 }
 
-void Buffer::reset(Source& source, size_t size) {
+void Buffer::reset(Source &source, size_t size) {
   release();
   const auto front = kMargin + static_cast<size_t>(source.between(0, 15));
-  block_ = static_cast<uint8_t*>(std::malloc(front + size + kMargin));
+  block_ = static_cast<uint8_t *>(std::malloc(front + size + kMargin));
   data_ = block_ + front;
   size_ = size;
   std::memcpy(block_, kCanaries.data(), front);
@@ -124,7 +124,7 @@ void Buffer::release() {
   size_ = 0;
 }
 
-Picture::Picture(Source& source) : source_(source) {
+Picture::Picture(Source &source) : source_(source) {
   const int32_t garbage = source.between(-127, 127) * 0x01010101;
   for (int p = 0; p < 4; ++p) {
     img.width[p] = img.height[p] = img.stride[p] = img.buf_height[p] = garbage;
@@ -132,7 +132,7 @@ Picture::Picture(Source& source) : source_(source) {
   img.offset_x = img.offset_y = img.mode = img.source_nit = garbage;
 }
 
-void Picture::draw_strides(const ExactImage& image, Rows rows) {
+void Picture::draw_strides(const ExactImage &image, Rows rows) {
   for (int p = 0; p < 4; ++p) {
     const auto row = static_cast<int32_t>(
         std::clamp<int64_t>(image[p].row_bytes, 0, INT32_MAX / 2));
@@ -142,7 +142,7 @@ void Picture::draw_strides(const ExactImage& image, Rows rows) {
   }
 }
 
-void Picture::set_plane(int p, const ExactPlane& plane, int64_t bytes) {
+void Picture::set_plane(int p, const ExactPlane &plane, int64_t bytes) {
   img.width[p] = plane.width;
   img.height[p] = plane.height;
   img.buf_height[p] = plane.height;
@@ -152,7 +152,7 @@ void Picture::set_plane(int p, const ExactPlane& plane, int64_t bytes) {
   img.plane[p] = buffer_[p].data() + (strided ? plane.first(img.stride[p]) : 0);
 }
 
-void Picture::set(const ExactImage& image, Rows rows) {
+void Picture::set(const ExactImage &image, Rows rows) {
   draw_strides(image, rows);
   for (int p = 0; p < 4; ++p) {
     const int32_t stride = img.stride[p];
@@ -161,11 +161,11 @@ void Picture::set(const ExactImage& image, Rows rows) {
   }
 }
 
-void Picture::add_to(Sink& sink) const {
-  for (const Buffer& buffer : buffer_) sink.add(buffer.data(), buffer.size());
+void Picture::add_to(Sink &sink) const {
+  for (const Buffer &buffer : buffer_) sink.add(buffer.data(), buffer.size());
 }
 
-ExactImage planes_by_code(Source& source, int32_t format, int32_t width,
+ExactImage planes_by_code(Source &source, int32_t format, int32_t width,
                           int32_t height) {
   if (format == VEXO_FMT_P010LE) {
     return exact_image(format, width, height);
@@ -187,10 +187,10 @@ ExactImage planes_by_code(Source& source, int32_t format, int32_t width,
   return image;
 }
 
-ExactImage turned(const ExactImage& image) {
+ExactImage turned(const ExactImage &image) {
   ExactImage result;
   for (int p = 0; p < 4; ++p) {
-    const ExactPlane& plane = image[p];
+    const ExactPlane &plane = image[p];
     const auto unit = static_cast<int>(
         plane.row_bytes < 1 ? 0 : plane.row_bytes / plane.width);
     result[p] = exact_plane(plane.height, plane.width, unit);

@@ -20,19 +20,19 @@ namespace lox_test {
 class Source {
  public:
   explicit Source(uint64_t seed) : random_(seed) {}
-  Source(const uint8_t* bytes, size_t size);
+  Source(const uint8_t *bytes, size_t size);
 
   // A number of low..high, both included.
   int32_t between(int32_t low, int32_t high);
   int32_t any() { return between(INT32_MIN, INT32_MAX); }
   bool one_in(int32_t n) { return between(1, n) == n; }
   template <class T, size_t kCount>
-  const T& one_of(const T (&list)[kCount]) {
+  const T &one_of(const T (&list)[kCount]) {
     return list[between(0, static_cast<int32_t>(kCount) - 1)];
   }
 
   // Samples: random ones, the ends of the range, the middle.
-  void fill(uint8_t* data, size_t size);
+  void fill(uint8_t *data, size_t size);
 
   // A format code, or a number that is none.
   int32_t format();
@@ -47,8 +47,8 @@ class Source {
   }
 
  private:
-  const uint8_t* next_ = nullptr;
-  const uint8_t* end_ = nullptr;
+  const uint8_t *next_ = nullptr;
+  const uint8_t *end_ = nullptr;
   Random random_;
 };
 
@@ -59,7 +59,7 @@ class Sink {
     state_ = (state_ ^ word) * 0x9E3779B97F4A7C15;
     state_ ^= state_ >> 32;
   }
-  void add(const uint8_t* data, size_t size);
+  void add(const uint8_t *data, size_t size);
   uint64_t digest() const { return state_; }
 
  private:
@@ -71,21 +71,21 @@ class Sink {
 class Buffer {
  public:
   Buffer() = default;
-  Buffer(Source& source, size_t size) { reset(source, size); }
+  Buffer(Source &source, size_t size) { reset(source, size); }
   ~Buffer() { release(); }
-  Buffer(const Buffer&) = delete;
-  Buffer& operator=(const Buffer&) = delete;
+  Buffer(const Buffer &) = delete;
+  Buffer &operator=(const Buffer &) = delete;
 
-  void reset(Source& source, size_t size);
+  void reset(Source &source, size_t size);
   // The program ends when the canaries have changed.
   void release();
 
-  uint8_t* data() const { return data_; }
+  uint8_t *data() const { return data_; }
   size_t size() const { return size_; }
 
  private:
-  uint8_t* block_ = nullptr;
-  uint8_t* data_ = nullptr;
+  uint8_t *block_ = nullptr;
+  uint8_t *data_ = nullptr;
   size_t size_ = 0;
 };
 
@@ -97,57 +97,57 @@ enum class Rows { kOn, kEitherWay, kEven };
 // arbitrary, planes that nobody sets null.
 class Picture {
  public:
-  explicit Picture(Source& source);
+  explicit Picture(Source &source);
 
   // Rows with padding behind them or without.
-  void draw_strides(const ExactImage& image, Rows rows = Rows::kOn);
+  void draw_strides(const ExactImage &image, Rows rows = Rows::kOn);
   // The memory of a plane: `bytes` of them, row 0 being where it is for the
   // stride. Of an empty picture, whose plane 0 is empty, all planes are null.
-  void set_plane(int p, const ExactPlane& plane, int64_t bytes);
+  void set_plane(int p, const ExactPlane &plane, int64_t bytes);
   // All planes of an image.
-  void set(const ExactImage& image, Rows rows = Rows::kOn);
+  void set(const ExactImage &image, Rows rows = Rows::kOn);
 
   // Every byte, padding too.
-  void add_to(Sink& sink) const;
+  void add_to(Sink &sink) const;
 
   vexo_img img = {};
 
  private:
-  Source& source_;
+  Source &source_;
   Buffer buffer_[4];
 };
 
 // The planes that turning, scaling and copying take a format code to have: of
 // bytes, of pairs, or of whole pixels; none where no call takes the code. The
 // sizes of chroma are the usual ones or any other.
-ExactImage planes_by_code(Source& source, int32_t format, int32_t width,
+ExactImage planes_by_code(Source &source, int32_t format, int32_t width,
                           int32_t height);
-ExactImage turned(const ExactImage& image);
+ExactImage turned(const ExactImage &image);
 
 // An exported function, and the body of its cases.
 using AnyFunction = void (*)();
 struct Function {
-  const char* name;
-  void (*run)(const Function& function, Source& source, Sink& sink);
+  const char *name;
+  void (*run)(const Function &function, Source &source, Sink &sink);
   AnyFunction address;
 
   template <class Type>
-  Type* as() const {
-    return reinterpret_cast<Type*>(address);
+  Type *as() const {
+    return reinterpret_cast<Type *>(address);
   }
 };
 #define LOX_FUNCTION(body, name) \
   { #name, body, reinterpret_cast < lox_test::AnyFunction>(name) }
 
 struct Family {
-  const char* name;
+  const char *name;
   // How many cases of each function the table of hashes is made of.
   int cases;
-  const Function* functions;
+  const Function *functions;
   int32_t count;
 };
 template <size_t kCount>
-constexpr Family make_family(const char* name, int cases,
+constexpr Family make_family(const char *name, int cases,
                              const Function (&functions)[kCount]) {
   return {name, cases, functions, static_cast<int32_t>(kCount)};
 }

@@ -10,13 +10,13 @@ namespace lox_test {
 namespace {
 
 // Two routes have no kernel of their own.
-const std::vector<Conversion>& routes() {
+const std::vector<Conversion> &routes() {
   static const std::vector<Conversion> all = [] {
     std::vector<Conversion> found = {{VEXO_FMT_YUV420, VEXO_FMT_YV12, 0},
                                      {VEXO_FMT_NV12, VEXO_FMT_NV21, 0}};
-    for (const Family* family : {&csc_family, &layout_family}) {
+    for (const Family *family : {&csc_family, &layout_family}) {
       for (int32_t i = 0; i < family->count; ++i) {
-        const Function& function = family->functions[i];
+        const Function &function = family->functions[i];
         if (function.run == conversion)
           found.push_back(parse_conversion(function.name));
       }
@@ -31,15 +31,15 @@ const std::vector<Conversion>& routes() {
 bool has_route(int32_t from, int32_t to) {
   return std::any_of(
       routes().begin(), routes().end(),
-      [&](const Conversion& c) { return c.from == from && c.to == to; });
+      [&](const Conversion &c) { return c.from == from && c.to == to; });
 }
 
-const Conversion& any_route(Source& source) {
+const Conversion &any_route(Source &source) {
   return routes()[source.between(0, static_cast<int32_t>(routes().size()) - 1)];
 }
 
-void set_pictures(const Conversion& conversion, int32_t width, int32_t height,
-                  Picture* src, Picture* dst) {
+void set_pictures(const Conversion &conversion, int32_t width, int32_t height,
+                  Picture *src, Picture *dst) {
   const auto [from, to, standard] = conversion;
   const ExactCall call = exact_csc(from, to, standard, width, height);
   // What is exchanged in place is a run of bytes; of planes that change places
@@ -58,7 +58,7 @@ void set_pictures(const Conversion& conversion, int32_t width, int32_t height,
   }
 }
 
-void conversion(const Function& function, Source& source, Sink& sink) {
+void conversion(const Function &function, Source &source, Sink &sink) {
   Picture src(source);
   Picture dst(source);
   const int32_t width = source.width();

@@ -7,10 +7,10 @@
 namespace lox_test {
 namespace {
 
-void entry(const Function& function, Source& source, Sink& sink) {
+void entry(const Function &function, Source &source, Sink &sink) {
   constexpr int32_t kStandards[] = {
       0, 0, 0, VEXO_STD_BT601_FULL, VEXO_STD_BT709, VEXO_STD_BT709_FULL, 2, -1};
-  const Conversion* known = source.one_in(8) ? nullptr : &any_route(source);
+  const Conversion *known = source.one_in(8) ? nullptr : &any_route(source);
   const int32_t from = known != nullptr ? known->from : source.format();
   const int32_t to = known != nullptr ? known->to : source.format();
   Picture src(source);
@@ -32,7 +32,7 @@ void entry(const Function& function, Source& source, Sink& sink) {
   src.img.color_std = source.one_of(kStandards);
   dst.img.color_std =
       source.one_in(4) ? source.one_of(kStandards) : src.img.color_std;
-  auto* const call = function.as<decltype(vexo_csc)>();
+  auto *const call = function.as<decltype(vexo_csc)>();
   sink.add(static_cast<uint32_t>(call(&src.img, &dst.img)));
   dst.add_to(sink);
 }

@@ -15,10 +15,10 @@ namespace {
 constexpr int32_t kFactors[] = {0, 0, 2, 4};
 
 // A side of the destination, and one of the source that is mostly larger.
-int32_t new_side(Source& source) {
+int32_t new_side(Source &source) {
   return source.one_in(16) ? source.between(-1, 90) : source.between(1, 24);
 }
-int32_t old_side(Source& source, int32_t side, int32_t factor) {
+int32_t old_side(Source &source, int32_t side, int32_t factor) {
   const int32_t kind = source.between(0, 15);
   if (kind < 4) return side * std::max(factor, 2);
   if (kind < 6) return side * source.between(1, 9);
@@ -27,7 +27,7 @@ int32_t old_side(Source& source, int32_t side, int32_t factor) {
 }
 
 // Memory for a plane as it is described: all of its rows are the scaler's.
-void give_memory(Picture& picture, int p) {
+void give_memory(Picture &picture, int p) {
   const int32_t rows = picture.img.buf_height[p];
   const int64_t bytes =
       std::max<int64_t>(0, picture.img.stride[p]) * std::max(rows, 0);
@@ -37,7 +37,7 @@ void give_memory(Picture& picture, int p) {
 }
 
 // The sizes of an image, its rows by a layout selector or any.
-void describe(Source& source, vexo_img& img, int32_t width, int32_t height) {
+void describe(Source &source, vexo_img &img, int32_t width, int32_t height) {
   const bool usual = !source.one_in(8);
   const bool up = source.one_in(2);
   const auto half = [&](int32_t n) { return up ? half_up(n) : half_down(n); };
@@ -50,14 +50,14 @@ void describe(Source& source, vexo_img& img, int32_t width, int32_t height) {
     img.buf_height[p] = std::max(img.height[p], 0) + source.between(0, 5);
   }
   // What plane 2 is written with.
-  for (int32_t* sizes : {img.width, img.height, img.stride, img.buf_height}) {
+  for (int32_t *sizes : {img.width, img.height, img.stride, img.buf_height}) {
     sizes[2] = sizes[1];
   }
 }
 
 // A source and a destination and what is planned for them.
 struct Plan {
-  Plan(Source& source, int32_t prescale)
+  Plan(Source &source, int32_t prescale)
       : src(source), dst(source), factor(prescale) {
     const int32_t width = new_side(source);
     const int32_t height = new_side(source);
@@ -82,12 +82,12 @@ struct Plan {
     }
     pair[0] = src.img;
     pair[1] = dst.img;
-    std::memset(static_cast<void*>(&context), 0, sizeof context);
+    std::memset(static_cast<void *>(&context), 0, sizeof context);
   }
   ~Plan() { deinit(); }
 
   void init() {
-    std::memset(static_cast<void*>(&context), 0xA5, sizeof context);
+    std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
     status = vexo_rsz_new_init(pair, &context, &a, &b, factor);
   }
   void deinit() {
@@ -108,10 +108,10 @@ struct Plan {
 };
 
 int32_t larger(const int32_t (&n)[2]) { return std::max(n[0], n[1]); }
-int32_t entries(const vexo_rsz_new_context& c) {
+int32_t entries(const vexo_rsz_new_context &c) {
   return c.types[0] + c.types[1];
 }
-int32_t blocks(const vexo_rsz_new_context& c) {
+int32_t blocks(const vexo_rsz_new_context &c) {
   int32_t count = 0;
   for (int p = 0; p < 2; ++p) {
     count += (c.short_rows[p] + c.tall_rows[p]) *
@@ -121,22 +121,22 @@ int32_t blocks(const vexo_rsz_new_context& c) {
 }
 
 template <class Type>
-void add(const Type* items, int32_t count, Sink& sink) {
-  sink.add(reinterpret_cast<const uint8_t*>(items),
+void add(const Type *items, int32_t count, Sink &sink) {
+  sink.add(reinterpret_cast<const uint8_t *>(items),
            static_cast<size_t>(count) * sizeof(Type));
 }
-void add_set(vexo_shift_set set, int32_t count, int32_t n, Sink& sink) {
+void add_set(vexo_shift_set set, int32_t count, int32_t n, Sink &sink) {
   for (int32_t i = 0; set != nullptr && i < count; ++i) {
     add(set[i][0], 16 * n, sink);
   }
 }
-void add_numbers(const vexo_rsz_new_context& c, Sink& sink) {
-  sink.add(reinterpret_cast<const uint8_t*>(&c),
+void add_numbers(const vexo_rsz_new_context &c, Sink &sink) {
+  sink.add(reinterpret_cast<const uint8_t *>(&c),
            offsetof(vexo_rsz_new_context, chroma));
   add(&c.prescale, 5, sink);
 }
-void add_plan(const vexo_rsz_new_context& c, vexo_shift_set a, vexo_shift_set b,
-              Sink& sink) {
+void add_plan(const vexo_rsz_new_context &c, vexo_shift_set a, vexo_shift_set b,
+              Sink &sink) {
   add_numbers(c, sink);
   const int32_t count = c.block_types != nullptr ? blocks(c) : 0;
   add(c.block_types, count, sink);
@@ -149,11 +149,11 @@ void add_plan(const vexo_rsz_new_context& c, vexo_shift_set a, vexo_shift_set b,
 // --- plans -------------------------------------------------------------------
 
 // Tables of a plan, made once more.
-void tables(const Function&, Source& source, Sink& sink) {
+void tables(const Function &, Source &source, Sink &sink) {
   Plan plan(source, source.one_of(kFactors));
   plan.init();
   if (!plan.has_blocks()) return;
-  vexo_rsz_new_context& c = plan.context;
+  vexo_rsz_new_context &c = plan.context;
   const auto count = static_cast<size_t>(blocks(c));
   std::memset(c.block_types, 0xA5, count);
   std::memset(c.block_columns, 0xA5, count * sizeof(int32_t));
@@ -162,7 +162,7 @@ void tables(const Function&, Source& source, Sink& sink) {
   make_shiftmatrix(&c, plan.a, plan.b);
   add_plan(c, plan.a, plan.b, sink);
 }
-void memory(const Function&, Source& source, Sink& sink) {
+void memory(const Function &, Source &source, Sink &sink) {
   const int32_t count = source.between(-1, 8);
   const int32_t n = source.between(-1, 20);
   vexo_shift_set set = nullptr;
@@ -177,18 +177,18 @@ void memory(const Function&, Source& source, Sink& sink) {
 
 // Sizes of any kind; where a plan is made of them those for which it takes
 // little memory or none.
-int32_t any_side(Source& source, bool planned) {
+int32_t any_side(Source &source, bool planned) {
   if (source.one_in(2)) return source.between(-1, 1000);
   return planned ? source.between(1 << 24, INT32_MAX)
                  : source.any() >> source.between(0, 31);
 }
 
 // Along one axis where a plan is made.
-void sizes(const Function& function, Source& source, Sink& sink) {
+void sizes(const Function &function, Source &source, Sink &sink) {
   Plan plan(source, source.one_of(kFactors));
   const bool init = function.address == AnyFunction(vexo_rsz_new_init);
   const int32_t axis = init ? source.between(0, 1) : 2;
-  for (vexo_img& img : plan.pair) {
+  for (vexo_img &img : plan.pair) {
     for (int p = 0; p < 2; ++p) {
       const int32_t width = any_side(source, init);
       const int32_t height = any_side(source, init);
@@ -208,19 +208,19 @@ void sizes(const Function& function, Source& source, Sink& sink) {
   sink.add(static_cast<uint32_t>(plan.status));
   add_plan(plan.context, plan.a, plan.b, sink);
   add_numbers(settings, sink);
-  for (const vexo_img& img : plan.pair) add(img.width, 16, sink);
+  for (const vexo_img &img : plan.pair) add(img.width, 16, sink);
 }
 
 // --- whole pictures ----------------------------------------------------------
 
-void add_result(const Plan& plan, Sink& sink) {
+void add_result(const Plan &plan, Sink &sink) {
   sink.add(static_cast<uint32_t>(plan.status));
   plan.dst.add_to(sink);
   // Nothing is left of the plan.
   add_numbers(plan.context, sink);
 }
 
-void scale(const Function&, Source& source, Sink& sink) {
+void scale(const Function &, Source &source, Sink &sink) {
   Plan plan(source, source.one_of(kFactors));
   plan.init();
   add_plan(plan.context, plan.a, plan.b, sink);
@@ -232,7 +232,7 @@ void scale(const Function&, Source& source, Sink& sink) {
 
 // The planes of a turned picture, of the geometry that a thumbnail is given;
 // false where its rows would lie over each other.
-bool make_room(const vexo_img& scaled, int32_t rotation, Picture& result) {
+bool make_room(const vexo_img &scaled, int32_t rotation, Picture &result) {
   const bool quarter = rotation == 1 || rotation == 2;
   const int32_t selector = result.img.color_std;
   const bool pairs = scaled.format == VEXO_FMT_NV12;
@@ -264,13 +264,13 @@ bool make_room(const vexo_img& scaled, int32_t rotation, Picture& result) {
   return true;
 }
 
-void thumbnail(const Function&, Source& source, Sink& sink) {
+void thumbnail(const Function &, Source &source, Sink &sink) {
   Plan plan(source, source.one_of(kFactors));
   const int32_t rotation = source.between(0, 6);
   Picture intermediate(source);
   Picture result(source);
   result.img = plan.dst.img;
-  for (uint8_t*& plane : result.img.plane) plane = nullptr;
+  for (uint8_t *&plane : result.img.plane) plane = nullptr;
   result.img.color_std = source.between(0, 2);
   if (!make_room(plan.pair[1], rotation, result)) return;
   plan.status = vexo_txc_new_init(plan.pair, &intermediate.img, &plan.context,
@@ -287,7 +287,7 @@ void thumbnail(const Function&, Source& source, Sink& sink) {
 
 // Pictures of pixels and of planes, and what is planned for them.
 struct Quartet {
-  explicit Quartet(Source& source)
+  explicit Quartet(Source &source)
       : pictures{Picture(source), Picture(source), Picture(source),
                  Picture(source)} {
     const int32_t width = new_side(source);
@@ -295,11 +295,11 @@ struct Quartet {
     const int32_t from_width = old_side(source, width, 0);
     const int32_t from_height = old_side(source, height, 0);
     for (int i = 0; i < 4; ++i) {
-      Picture& picture = pictures[i];
+      Picture &picture = pictures[i];
       const int32_t rows =
           std::max(i % 2 == 0 ? from_height : height, 0) + source.between(0, 3);
       for (int p = 0; p < (i < 2 ? 1 : 3); ++p) {
-        vexo_img& described = picture.img;
+        vexo_img &described = picture.img;
         described.width[p] = i % 2 == 0 ? from_width : width;
         described.height[p] = i % 2 == 0 ? from_height : height;
         described.stride[p] =
@@ -310,7 +310,7 @@ struct Quartet {
       }
       img[i] = picture.img;
     }
-    std::memset(static_cast<void*>(&context), 0xA5, sizeof context);
+    std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
     status = vexo_rsz_new_rgba8888_init(img, &context, &a, &b);
   }
   ~Quartet() { vexo_rsz_new_rgba8888_deinit(img, &context, a, b); }
@@ -323,7 +323,7 @@ struct Quartet {
   int32_t status;
 };
 
-void pixels(const Function&, Source& source, Sink& sink) {
+void pixels(const Function &, Source &source, Sink &sink) {
   Quartet q(source);
   add_plan(q.context, q.a, q.b, sink);
   q.status |= vexo_rsz_new_rgba8888(q.img, &q.context, q.a, q.b);
@@ -331,16 +331,16 @@ void pixels(const Function&, Source& source, Sink& sink) {
   q.a = q.b = nullptr;
   sink.add(static_cast<uint32_t>(q.status));
   add_numbers(q.context, sink);
-  for (const Picture& picture : q.pictures) picture.add_to(sink);
+  for (const Picture &picture : q.pictures) picture.add_to(sink);
 }
 
 // --- planes ------------------------------------------------------------------
 
-void plane(const Function&, Source& source, Sink& sink) {
+void plane(const Function &, Source &source, Sink &sink) {
   Plan plan(source, source.one_of(kFactors));
   plan.init();
   const int32_t p = source.between(0, 1);
-  const vexo_rsz_new_context& c = plan.context;
+  const vexo_rsz_new_context &c = plan.context;
   if (plan.has_blocks()) {
     const auto size = [](int32_t stride, int32_t rows) {
       return static_cast<size_t>(std::max(stride, 0)) *
@@ -352,7 +352,7 @@ void plane(const Function&, Source& source, Sink& sink) {
     sink.add(dst.data(), dst.size());
   }
 }
-void component(const Function&, Source& source, Sink& sink) {
+void component(const Function &, Source &source, Sink &sink) {
   Quartet q(source);
   const int32_t p = source.between(0, 2);
   dct_downscaling_rgba8888(q.img[2].plane[p], q.img[3].plane[p], &q.context,
@@ -361,7 +361,7 @@ void component(const Function&, Source& source, Sink& sink) {
 }
 
 template <class Worker>
-void run(const Function& function, Worker worker, Sink& sink) {
+void run(const Function &function, Worker worker, Sink &sink) {
   sem_t start;
   sem_t done;
   sem_init(&start, 0, 0);
@@ -369,8 +369,8 @@ void run(const Function& function, Worker worker, Sink& sink) {
   worker.start = &start;
   worker.done = &done;
   pthread_t thread;
-  void* result = &worker;
-  pthread_create(&thread, nullptr, function.as<void*(void*)>(), &worker);
+  void *result = &worker;
+  pthread_create(&thread, nullptr, function.as<void *(void *)>(), &worker);
   sem_post(&start);
   while (sem_wait(&done) != 0) {
   }
@@ -380,7 +380,7 @@ void run(const Function& function, Worker worker, Sink& sink) {
   sem_destroy(&done);
 }
 template <int32_t kFactor>
-void chroma(const Function& function, Source& source, Sink& sink) {
+void chroma(const Function &function, Source &source, Sink &sink) {
   Plan plan(source, kFactor);
   plan.init();
   if (plan.has_blocks()) {
@@ -392,7 +392,7 @@ void chroma(const Function& function, Source& source, Sink& sink) {
   plan.dst.add_to(sink);
 }
 template <int kPlane>
-void component_thread(const Function& function, Source& source, Sink& sink) {
+void component_thread(const Function &function, Source &source, Sink &sink) {
   Quartet q(source);
   run<vexo_rsz_new_rgba8888_worker>(
       function,
@@ -404,7 +404,7 @@ void component_thread(const Function& function, Source& source, Sink& sink) {
 
 // --- blocks ------------------------------------------------------------------
 
-void coefficients(const Function&, Source& source, Sink& sink) {
+void coefficients(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.between(1, 40);
   const int32_t height = source.between(1, 40);
   Buffer block(source, static_cast<size_t>(width) * height);
@@ -412,7 +412,7 @@ void coefficients(const Function&, Source& source, Sink& sink) {
   FDCT_BlockXYFn(block.data(), out, height, width);
   add(out, 16, sink);
 }
-void product(const Function&, Source& source, Sink& sink) {
+void product(const Function &, Source &source, Sink &sink) {
   float m[3][64] = {};
   for (int i = 0; i < 128; ++i) {
     m[i / 64][i % 64] = static_cast<float>(source.between(-999, 999)) / 7;
@@ -421,10 +421,10 @@ void product(const Function&, Source& source, Sink& sink) {
   add(m[2], 64, sink);
 }
 
-void transform(const Function&, Source& source, Sink& sink) {
+void transform(const Function &, Source &source, Sink &sink) {
   Plan plan(source, source.one_of(kFactors));
   plan.init();
-  const vexo_rsz_new_context& c = plan.context;
+  const vexo_rsz_new_context &c = plan.context;
   const int32_t p = source.between(0, 1);
   const int32_t type = source.between(0, 3);
   const int32_t width = c.block_width[p][type];
@@ -442,7 +442,7 @@ void transform(const Function&, Source& source, Sink& sink) {
 }
 
 template <bool kCut>
-void inverse(const Function&, Source& source, Sink& sink) {
+void inverse(const Function &, Source &source, Sink &sink) {
   const int32_t row = source.between(0, 9);
   const int32_t column = source.between(0, 9);
   const int32_t rows = kCut ? source.between(0, 14) : row + 4;

@@ -32,7 +32,7 @@ constexpr int32_t kDestinations[] = {VEXO_FMT_RGB888,
                                      -1};
 
 // Luma that chooses each nit, or codes beyond 10 bits.
-void darken(Source& source, uint8_t* luma, size_t size) {
+void darken(Source &source, uint8_t *luma, size_t size) {
   constexpr int32_t kMost[] = {750, 751, 810, 811, 1023, 0xFFFF};
   const int32_t most = source.one_of(kMost);
   for (size_t i = 0; i + 1 < size; i += 2) {
@@ -42,12 +42,12 @@ void darken(Source& source, uint8_t* luma, size_t size) {
     std::memcpy(luma + i, &word, sizeof word);
   }
 }
-bool is_aligned(const uint8_t* luma) {
+bool is_aligned(const uint8_t *luma) {
   return reinterpret_cast<uintptr_t>(luma) % 2 == 0;
 }
 
 struct Pictures {
-  explicit Pictures(Source& source) : src(source), dst(source) {
+  explicit Pictures(Source &source) : src(source), dst(source) {
     const int32_t width = source.width();
     const int32_t height = source.height();
     const int32_t format = source.one_of(kSources);
@@ -81,10 +81,10 @@ struct Pictures {
   Picture src, dst;
 };
 
-void picture(const Function& function, Source& source, Sink& sink) {
+void picture(const Function &function, Source &source, Sink &sink) {
   Pictures p(source);
   const int32_t kind = source.between(0, 5);
-  const auto call = [&](auto* entry, auto... more) {
+  const auto call = [&](auto *entry, auto... more) {
     return reinterpret_cast<AnyFunction>(entry) == function.address
                ? entry(&p.src.img, &p.dst.img, more...)
                : 0;
@@ -98,9 +98,9 @@ void picture(const Function& function, Source& source, Sink& sink) {
 
 // Tables of any contents within their limits.
 struct Context {
-  explicit Context(Source& source) : pictures(source) {
-    std::memset(static_cast<void*>(&context), 0xA5, sizeof context);
-    const vexo_img& img = pictures.src.img;
+  explicit Context(Source &source) : pictures(source) {
+    std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
+    const vexo_img &img = pictures.src.img;
     context.width = img.width[0];
     context.height = img.height[0];
     context.chunk = img.width[0] % 32 == 0   ? 32
@@ -116,16 +116,16 @@ struct Context {
     context.dst = &pictures.dst.img;
   }
   template <size_t kCount>
-  static void fill(Source& source, uint16_t (&table)[kCount], uint16_t most) {
-    source.fill(reinterpret_cast<uint8_t*>(table), sizeof table);
-    for (uint16_t& entry : table) entry &= most;
+  static void fill(Source &source, uint16_t (&table)[kCount], uint16_t most) {
+    source.fill(reinterpret_cast<uint8_t *>(table), sizeof table);
+    for (uint16_t &entry : table) entry &= most;
   }
 
   Pictures pictures;
   vexo_hdr_context context;
 };
 
-void band(const Function&, Source& source, Sink& sink) {
+void band(const Function &, Source &source, Sink &sink) {
   Context c(source);
   const int32_t rows = std::max(c.context.height, 0);
   const int32_t first = 4 * source.between(-1, rows / 4 + 1);
@@ -135,7 +135,7 @@ void band(const Function&, Source& source, Sink& sink) {
 }
 
 // All bands, by one thread that is not this one: they may lie over each other.
-void thread(const Function& function, Source& source, Sink& sink) {
+void thread(const Function &function, Source &source, Sink &sink) {
   Context c(source);
   vexo_hdr_scheduler scheduler;
   scheduler.next = 4;
@@ -143,7 +143,7 @@ void thread(const Function& function, Source& source, Sink& sink) {
   pthread_mutex_init(&scheduler.mutex, nullptr);
   vexo_hdr_worker worker = {&c.context, &scheduler, 0};
   pthread_t started;
-  void* result = &worker;
+  void *result = &worker;
   pthread_create(&started, nullptr,
                  function.as<decltype(thread_vexo_hdr10_to_sdr8)>(), &worker);
   pthread_join(started, &result);
@@ -153,7 +153,7 @@ void thread(const Function& function, Source& source, Sink& sink) {
   c.pictures.dst.add_to(sink);
 }
 
-void start(const Function&, Source& source, Sink& sink) {
+void start(const Function &, Source &source, Sink &sink) {
   vexo_hdr_scheduler scheduler;
   scheduler.next = source.any();
   scheduler.limit = source.one_in(8) ? INT32_MAX : source.any();
@@ -169,7 +169,7 @@ void start(const Function&, Source& source, Sink& sink) {
 }
 
 // C libraries differ in a power's last bits.
-void curve(const Function&, Source& source, Sink& sink) {
+void curve(const Function &, Source &source, Sink &sink) {
   const double x = source.between(0, 1000) / 1000.0;
   const double s = source.between(0, 100) / 10.0;
   const double t = source.between(0, 100) / 1000.0;
@@ -179,7 +179,7 @@ void curve(const Function&, Source& source, Sink& sink) {
   sink.add(static_cast<uint64_t>(std::llround(y * 1e9)));
 }
 
-void analysis(const Function&, Source& source, Sink& sink) {
+void analysis(const Function &, Source &source, Sink &sink) {
   const int32_t width =
       source.one_in(4) ? source.between(1998, 2003) : source.width();
   const int32_t height = source.height();
@@ -189,9 +189,9 @@ void analysis(const Function&, Source& source, Sink& sink) {
     memory.reset(source, static_cast<size_t>(bytes));
   } while (!is_aligned(memory.data()));
   darken(source, memory.data(), memory.size());
-  const void* const luma = memory.data();
+  const void *const luma = memory.data();
   sink.add(static_cast<uint32_t>(
-      Analyze_SrcLuma(width, height, static_cast<const uint16_t*>(luma))));
+      Analyze_SrcLuma(width, height, static_cast<const uint16_t *>(luma))));
 }
 
 const Function kFunctions[] = {

@@ -14,7 +14,7 @@ ExactPlane bytes_plane(int32_t row, int32_t rows) {
 
 using PlaneKernel = decltype(vexo_csc_1x2_to_1x1);
 template <int32_t (*kWidth)(int32_t), int32_t (*kHeight)(int32_t)>
-void plane(const Function& function, Source& source, Sink& sink) {
+void plane(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   Picture src(source);
@@ -29,7 +29,7 @@ int32_t same(int32_t n) { return n; }
 int32_t twice(int32_t n) { return n > INT32_MAX / 2 ? n : 2 * n; }
 
 // Pairs, apart and together.
-void unpack_pairs(const Function&, Source& source, Sink& sink) {
+void unpack_pairs(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   Picture src(source);
@@ -43,7 +43,7 @@ void unpack_pairs(const Function&, Source& source, Sink& sink) {
                       dst.img.plane[1]);
   dst.add_to(sink);
 }
-void pack_pairs(const Function&, Source& source, Sink& sink) {
+void pack_pairs(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   Picture src(source);
@@ -58,7 +58,7 @@ void pack_pairs(const Function&, Source& source, Sink& sink) {
 }
 
 // Pixels of four bytes and four planes, some of which are null.
-void pixels(const Function& function, Source& source, Sink& sink) {
+void pixels(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   Picture packed(source);
@@ -73,8 +73,8 @@ void pixels(const Function& function, Source& source, Sink& sink) {
   for (int p = 0; p < 4; ++p) {
     if ((set >> p & 1) == 0) apart.img.plane[p] = nullptr;
   }
-  uint8_t* const* a = apart.img.plane;
-  const int32_t* s = apart.img.stride;
+  uint8_t *const *a = apart.img.plane;
+  const int32_t *s = apart.img.stride;
   if (function.address == AnyFunction(vexo_csc_8b8b8b8b_pack)) {
     vexo_csc_8b8b8b8b_pack(packed.img.plane[0], width, height,
                            packed.img.stride[0], s[0], s[1], s[2], s[3], a[0],
@@ -88,7 +88,7 @@ void pixels(const Function& function, Source& source, Sink& sink) {
   apart.add_to(sink);
 }
 
-void swap(const Function&, Source& source, Sink& sink) {
+void swap(const Function &, Source &source, Sink &sink) {
   // Also counts that wrap, to a run of a few bytes.
   int32_t stride = source.between(-3, 200);
   stride += 65536 * source.between(-2, 2);
@@ -99,7 +99,7 @@ void swap(const Function&, Source& source, Sink& sink) {
   sink.add(plane.data(), plane.size());
 }
 
-void tile_offset(const Function&, Source& source, Sink& sink) {
+void tile_offset(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.between(1, 1000);
   const int32_t height = source.between(1, 1000);
   const int32_t x = source.between(0, width - 1);
@@ -109,7 +109,7 @@ void tile_offset(const Function&, Source& source, Sink& sink) {
 
 // Planes of small tiles, whose shape the format and the plane's kind say.
 template <int32_t kFormat, bool kChroma>
-void tiles(const Function& function, Source& source, Sink& sink) {
+void tiles(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   const bool empty = width < 1 || height < 1;
@@ -122,7 +122,7 @@ void tiles(const Function& function, Source& source, Sink& sink) {
       src.data(), width, height, dst.img.stride[0], dst.img.plane[0]);
   dst.add_to(sink);
 }
-void unpack_tiles(const Function&, Source& source, Sink& sink) {
+void unpack_tiles(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   const bool empty = width < 1 || height < 1;

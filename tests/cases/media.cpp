@@ -16,43 +16,43 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 // Numbers of bits, some of them none.
-int32_t bits(Source& source) { return source.between(-2, 41); }
+int32_t bits(Source &source) { return source.between(-2, 41); }
 
 // --- readers -----------------------------------------------------------------
 
 // A call of a reader and what it answers.
 struct Read {
   AnyFunction function;
-  uint32_t (*call)(mlox_bsr& reader, Source& source);
+  uint32_t (*call)(mlox_bsr &reader, Source &source);
 };
 #define LOX_READ(name, ...)                            \
   {                                                    \
-    AnyFunction(name), [](mlox_bsr& r, Source& s) {    \
+    AnyFunction(name), [](mlox_bsr &r, Source &s) {    \
       (void)s;                                         \
       return static_cast<uint32_t>(name(__VA_ARGS__)); \
     }                                                  \
   }
-#define LOX_ALIGN(name)                           \
-  {                                               \
-    AnyFunction(name), [](mlox_bsr& r, Source&) { \
-      const int32_t held = r.bits;                \
-      name(&r);                                   \
-      require(r.bits == held - held % 8);         \
-      return 0U;                                  \
-    }                                             \
+#define LOX_ALIGN(name)                            \
+  {                                                \
+    AnyFunction(name), [](mlox_bsr &r, Source &) { \
+      const int32_t held = r.bits;                 \
+      name(&r);                                    \
+      require(r.bits == held - held % 8);          \
+      return 0U;                                   \
+    }                                              \
   }
 const Read kReads[] = {
     LOX_READ(mlox_bsr_read, &r, bits(s)),
     LOX_READ(mlox_bsr_read1, &r),
     {AnyFunction(mlox_bsr_read1_value),
-     [](mlox_bsr& r, Source&) {
+     [](mlox_bsr &r, Source &) {
        uint8_t bit = 2;
        require((mlox_bsr_read1_value(&r, &bit) == 0) == (bit < 2));
        return uint32_t{bit};
      }},
     LOX_READ(mlox_bsr_skip, &r, bits(s)),
     {AnyFunction(mlox_bsr_skip_peek),
-     [](mlox_bsr& r, Source& s) {
+     [](mlox_bsr &r, Source &s) {
        const int32_t n = bits(s);
        return mlox_bsr_skip_peek(&r, n, s.between(1, 32));
      }},
@@ -68,27 +68,27 @@ const Read kLittleEndianReads[] = {
 };
 
 // Refills that load less than they are asked for, or nothing at last.
-template <mlox_bsr_refill* kRefill>
-int32_t hesitant(mlox_bsr* reader, int32_t bytes) {
+template <mlox_bsr_refill *kRefill>
+int32_t hesitant(mlox_bsr *reader, int32_t bytes) {
   return kRefill(reader, std::min(bytes, 1 + reader->size % 3));
 }
-template <mlox_bsr_refill* kRefill>
-int32_t silent(mlox_bsr* reader, int32_t bytes) {
+template <mlox_bsr_refill *kRefill>
+int32_t silent(mlox_bsr *reader, int32_t bytes) {
   kRefill(reader, bytes);
   return 0;
 }
 
 template <size_t kCount>
-void reads(const Function& function, const Read (&calls)[kCount],
-           mlox_bsr_refill* refill, Source& source, Sink& sink) {
+void reads(const Function &function, const Read (&calls)[kCount],
+           mlox_bsr_refill *refill, Source &source, Sink &sink) {
   const int32_t size = source.between(0, 24);
   Buffer bytes(source, static_cast<size_t>(std::max(size, 1)));
   mlox_bsr r;
   std::memset(&r, 0xA5, sizeof r);
   mlox_bsr_init(&r, bytes.data(), size, refill);
   for (int32_t n = source.between(1, 24); n > 0; --n) {
-    const Read* call = &source.one_of(calls);
-    for (const Read& own : calls) {
+    const Read *call = &source.one_of(calls);
+    for (const Read &own : calls) {
       if (own.function == function.address && source.one_in(2)) call = &own;
     }
     sink.add(call->call(r, source));
@@ -102,14 +102,14 @@ void reads(const Function& function, const Read (&calls)[kCount],
              static_cast<uint64_t>(r.next - r.start));
   }
 }
-void reader(const Function& function, Source& source, Sink& sink) {
-  mlox_bsr_refill* const refills[] = {nullptr, mlox_bsr_flush,
+void reader(const Function &function, Source &source, Sink &sink) {
+  mlox_bsr_refill *const refills[] = {nullptr, mlox_bsr_flush,
                                       hesitant<mlox_bsr_flush>,
                                       silent<mlox_bsr_flush>};
   reads(function, kReads, source.one_of(refills), source, sink);
 }
-void le_reader(const Function& function, Source& source, Sink& sink) {
-  mlox_bsr_refill* const refills[] = {mlox_bsr_le_flush,
+void le_reader(const Function &function, Source &source, Sink &sink) {
+  mlox_bsr_refill *const refills[] = {mlox_bsr_le_flush,
                                       hesitant<mlox_bsr_le_flush>,
                                       silent<mlox_bsr_le_flush>};
   reads(function, kLittleEndianReads, source.one_of(refills), source, sink);
@@ -118,11 +118,11 @@ void le_reader(const Function& function, Source& source, Sink& sink) {
 // --- the writer --------------------------------------------------------------
 
 // Goes on at the start when the last byte is full.
-void begin_again(mlox_bsw* writer) {
+void begin_again(mlox_bsw *writer) {
   if (writer->current >= writer->last) writer->current = writer->start - 1;
 }
 
-void writer(const Function& function, Source& source, Sink& sink) {
+void writer(const Function &function, Source &source, Sink &sink) {
   const bool single = function.address == AnyFunction(mlox_bsw_write1);
   const int32_t size = source.between(1, 16);
   Buffer bytes(source, static_cast<size_t>(size) + 4);
@@ -146,7 +146,7 @@ void writer(const Function& function, Source& source, Sink& sink) {
 
 // --- numbers -----------------------------------------------------------------
 
-void number(const Function& function, Source& source, Sink& sink) {
+void number(const Function &function, Source &source, Sink &sink) {
   const uint32_t x =
       static_cast<uint32_t>(source.any()) >> source.between(0, 31);
   // Powers of two and what is next to them.
@@ -163,14 +163,14 @@ constexpr char kFourccs[] =
     "samrsawbsqcpdqcpevrcsiprcookOpusDSD ec-3ac-4SSRTTX3Gtx3gSBTLsbtlSASSSSSA";
 static_assert(sizeof kFourccs % 4 == 1);
 template <class Word>
-void type_of(const Function& function, Source& source, Sink& sink) {
+void type_of(const Function &function, Source &source, Sink &sink) {
   constexpr int32_t kTags[] = {0, 352, 8192, 61868, 157519};
   const int32_t kind = source.between(0, 7);
   const int32_t tag = source.one_of(kTags);
   int32_t word = tag + source.between(-3, 90);
   if (kind < 6) {
     constexpr int32_t kCount = (sizeof kFourccs - 1) / 4;
-    const char* const text = kFourccs + 4 * source.between(0, kCount - 1);
+    const char *const text = kFourccs + 4 * source.between(0, kCount - 1);
     word = 0;
     for (int i = 3; i >= 0; --i) word = word << 8 | text[i];
     if (kind == 0) word ^= 1 << source.between(0, 30);
@@ -184,7 +184,7 @@ void type_of(const Function& function, Source& source, Sink& sink) {
 // --- key frames --------------------------------------------------------------
 
 // Bytes that headers are made of behind some that tell nothing.
-void key_frame(const Function&, Source& source, Sink& sink) {
+void key_frame(const Function &, Source &source, Sink &sink) {
   constexpr uint8_t kCodes[] = {0,    0,    0,    0,    1,    0x05, 0x01, 0x26,
                                 0xB6, 0x80, 0x81, 0x84, 0x02, 0x1C, 0x9D, 0x2A};
   const auto tail = static_cast<size_t>(source.between(0, 20));

@@ -12,7 +12,7 @@ namespace lox_test {
 namespace {
 
 // A kernel vexo_rot_8b_90l or vexo_cpy_8b, by the bits of its unit.
-void kernel(const Function& function, Source& source, Sink& sink) {
+void kernel(const Function &function, Source &source, Sink &sink) {
   const std::string_view name = function.name;
   const int unit = std::atoi(function.name + name.find("_", 5) + 1) / 8;
   // Copies of 16-bit units round strides down.
@@ -29,7 +29,7 @@ void kernel(const Function& function, Source& source, Sink& sink) {
   dst.add_to(sink);
 }
 
-void block_copy(const Function&, Source& source, Sink& sink) {
+void block_copy(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const ExactImage image = {exact_plane(width, source.height(width), 1)};
   Picture src(source);
@@ -42,7 +42,7 @@ void block_copy(const Function&, Source& source, Sink& sink) {
 }
 
 // Turns by rotation codes, of which there are six, and copies.
-void picture(const Function& function, Source& source, Sink& sink) {
+void picture(const Function &function, Source &source, Sink &sink) {
   const bool copies = std::string_view(function.name) == "vexo_cpy";
   const auto rotation =
       static_cast<uint32_t>(copies ? 0 : source.between(0, 6));
@@ -63,7 +63,7 @@ void picture(const Function& function, Source& source, Sink& sink) {
 }
 
 // The planes of a picture that vexo_crop and vexo_padding take.
-ExactImage window_planes(Source& source, int32_t format) {
+ExactImage window_planes(Source &source, int32_t format) {
   const int32_t width = source.width();
   ExactImage image = exact_image(format, width, source.height());
   if (format < VEXO_FMT_YUV400 || format == VEXO_FMT_P010LE) return {};
@@ -74,11 +74,11 @@ ExactImage window_planes(Source& source, int32_t format) {
   return image;
 }
 // The same with room above and to the left of it.
-ExactImage moved(const ExactImage& image, int32_t format, int32_t x,
+ExactImage moved(const ExactImage &image, int32_t format, int32_t x,
                  int32_t y) {
   ExactImage result = image;
   for (int p = 0; p < 3; ++p) {
-    ExactPlane& plane = result[p];
+    ExactPlane &plane = result[p];
     const bool pairs = p == 1 && format != VEXO_FMT_YUV420;
     const int64_t left = p == 0 || pairs ? x : half_up(x);
     const int64_t unit = p == 0 && format >= 400 ? (format >= 500 ? 4 : 3) : 1;
@@ -96,7 +96,7 @@ constexpr int32_t kWindowFormats[] = {
 
 // `small` is the window or the picture in the frame, `large` has it at the
 // offset.
-void window(const Function& function, Source& source, Sink& sink) {
+void window(const Function &function, Source &source, Sink &sink) {
   const bool cuts = std::string_view(function.name) == "vexo_crop";
   const int32_t format = source.one_of(kWindowFormats);
   const int32_t x = source.between(0, 20);
@@ -106,8 +106,8 @@ void window(const Function& function, Source& source, Sink& sink) {
   Picture large(source);
   small.set(image);
   large.set(moved(image, format, x, y));
-  vexo_img& src = cuts ? large.img : small.img;
-  vexo_img& dst = cuts ? small.img : large.img;
+  vexo_img &src = cuts ? large.img : small.img;
+  vexo_img &dst = cuts ? small.img : large.img;
   src.format = format;
   src.offset_x = x;
   src.offset_y = y;
@@ -122,7 +122,7 @@ void window(const Function& function, Source& source, Sink& sink) {
     }
     // A place that reaches beyond the frame.
     if (source.one_in(8)) {
-      int32_t& offset = source.one_in(2) ? src.offset_x : src.offset_y;
+      int32_t &offset = source.one_in(2) ? src.offset_x : src.offset_y;
       offset += source.between(1, INT32_MAX - 20);
     }
   }
@@ -133,11 +133,11 @@ void window(const Function& function, Source& source, Sink& sink) {
 }
 
 // Blocks of every remainder by 32, and sizes whose block would not fit 32 bits.
-template <auto* kAllocate, auto* kFree>
-void memory(const Function&, Source& source, Sink& sink) {
+template <auto *kAllocate, auto *kFree>
+void memory(const Function &, Source &source, Sink &sink) {
   uint32_t size = static_cast<uint32_t>(source.between(0, 5000));
   if (source.one_in(8)) size = UINT32_MAX - size % 36;
-  auto* const block = static_cast<uint8_t*>(kAllocate(size));
+  auto *const block = static_cast<uint8_t *>(kAllocate(size));
   sink.add(block != nullptr);
   if (block != nullptr) {
     sink.add(reinterpret_cast<uintptr_t>(block) % 32);

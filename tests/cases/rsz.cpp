@@ -12,13 +12,13 @@
 namespace lox_test {
 namespace {
 
-bool has(std::string_view text, const char* word) {
+bool has(std::string_view text, const char *word) {
   return text.find(word) != std::string_view::npos;
 }
 
 // Bytes of a sample, and which way rows of them go.
 int unit_of(std::string_view name) {
-  const char* const types[] = {"8b8b8b8b", "8b8b8b", "16b16b", "5b6b5b",
+  const char *const types[] = {"8b8b8b8b", "8b8b8b", "16b16b", "5b6b5b",
                                "16b",      "8b8b",   "8b"};
   constexpr int kUnits[] = {4, 3, 4, 2, 2, 2, 1};
   int i = 0;
@@ -31,28 +31,28 @@ Rows rows_of(std::string_view name) {
 }
 
 // What a side may be scaled to: near, by whole numbers, far.
-int32_t smaller_side(Source& source, int32_t side) {
+int32_t smaller_side(Source &source, int32_t side) {
   return source.one_in(2) ? std::max(side / source.between(2, 9), 1)
                           : source.between(1, side - 1);
 }
-int32_t larger_side(Source& source, int32_t side) {
+int32_t larger_side(Source &source, int32_t side) {
   const int32_t kind = source.between(0, 3);
   return kind == 0   ? side * source.between(1, 5)
          : kind == 1 ? side + source.between(0, source.one_in(8) ? 400 : 40)
                      : side + source.between(0, side);
 }
-int32_t other_side(Source& source, int32_t side) {
+int32_t other_side(Source &source, int32_t side) {
   constexpr int32_t kLarge = 1000;
   if (side < 1 || side > kLarge || source.one_in(8)) return source.width();
   return side > 1 && source.one_in(2) ? smaller_side(source, side)
                                       : larger_side(source, side);
 }
-int32_t side_above_1(Source& source) {
+int32_t side_above_1(Source &source) {
   return source.one_in(16) ? source.between(65, 400) : source.between(2, 64);
 }
 
 // A kernel of its role: both ways at once, across or down.
-void kernel(const Function& function, Source& source, Sink& sink) {
+void kernel(const Function &function, Source &source, Sink &sink) {
   const std::string_view name = function.name;
   const bool whole = has(name, "_down_mult");
   const bool both = whole || has(name, "_non_mult");
@@ -88,7 +88,7 @@ void kernel(const Function& function, Source& source, Sink& sink) {
   dst.add_to(sink);
 }
 
-void scaler(const Function& function, Source& source, Sink& sink) {
+void scaler(const Function &function, Source &source, Sink &sink) {
   const std::string_view name = function.name;
   const int unit = unit_of(name);
   const int32_t width = source.width();
@@ -115,7 +115,7 @@ void scaler(const Function& function, Source& source, Sink& sink) {
   dst.add_to(sink);
 }
 
-void picture(const Function& function, Source& source, Sink& sink) {
+void picture(const Function &function, Source &source, Sink &sink) {
   const bool turns = has(function.name, "_rot");
   const int32_t format = source.format();
   const int32_t width = source.width();
@@ -151,7 +151,7 @@ struct Walk {
   uint32_t word;
   int32_t count;
 };
-Walk walk(Source& source, int32_t outputs, int32_t log_distance) {
+Walk walk(Source &source, int32_t outputs, int32_t log_distance) {
   const auto step = static_cast<uint32_t>(source.between(0, 5 << 18));
   const uint32_t last = step * static_cast<uint32_t>(outputs - 1);
   const int32_t samples =
@@ -159,7 +159,7 @@ Walk walk(Source& source, int32_t outputs, int32_t log_distance) {
   return {step << 3 | static_cast<uint32_t>(log_distance),
           ((samples - 1) << log_distance) + 1};
 }
-void bilinear(const Function&, Source& source, Sink& sink) {
+void bilinear(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.between(1, 64);
   const int32_t height = source.between(1, 16);
   const Walk across = walk(source, width, source.between(0, 2));

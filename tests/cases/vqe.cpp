@@ -9,23 +9,23 @@
 namespace lox_test {
 namespace {
 
-void add_status(int32_t status, Sink& sink) {
+void add_status(int32_t status, Sink &sink) {
   sink.add(static_cast<uint32_t>(status));
 }
 
-void saturation_table(const Function&, Source& source, Sink& sink) {
+void saturation_table(const Function &, Source &source, Sink &sink) {
   Buffer table(source, 256);
   color_sat_lut(table.data(),
                 static_cast<int16_t>(source.between(INT16_MIN, INT16_MAX)));
   sink.add(table.data(), table.size());
 }
-void shared_table(const Function&, Source& source, Sink& sink) {
+void shared_table(const Function &, Source &source, Sink &sink) {
   add_status(vexo_vqe_cs_init(source.one_in(2) ? source.any()
                                                : source.between(-2, 3000)),
              sink);
   sink.add(lut, sizeof(lut));
 }
-void saturation(const Function&, Source& source, Sink& sink) {
+void saturation(const Function &, Source &source, Sink &sink) {
   const int32_t count = source.width();
   const auto size = static_cast<size_t>(std::max(count, 0));
   Buffer table(source, 256);
@@ -34,19 +34,19 @@ void saturation(const Function&, Source& source, Sink& sink) {
   Buffer to(source, source.one_in(2) ? 0 : size);
   color_sat(table.data(), count, u.data(), v.data(),
             to.size() == 0 ? u.data() : to.data(), v.data());
-  for (const Buffer* b : {&u, &v, &to}) sink.add(b->data(), b->size());
+  for (const Buffer *b : {&u, &v, &to}) sink.add(b->data(), b->size());
 }
 
 // YUV420 planes whose rows have no gaps, or codes that are refused before any
 // plane is looked at.
 ExactImage dense_planes(int32_t width, int32_t height) {
   ExactImage image = exact_image(VEXO_FMT_YUV420, width, height);
-  for (ExactPlane& plane : image) {
+  for (ExactPlane &plane : image) {
     if (plane.row_bytes > 0) plane.whole = plane.bytes(plane.row_bytes);
   }
   return image;
 }
-void picture(const Function& function, Source& source, Sink& sink) {
+void picture(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const ExactImage image = dense_planes(width, source.height(width));
   Picture src(source);
@@ -65,7 +65,7 @@ void picture(const Function& function, Source& source, Sink& sink) {
              sink);
   dst.add_to(sink);
 }
-void sharpen(const Function&, Source& source, Sink& sink) {
+void sharpen(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height(width);
   Picture src(source);
@@ -75,22 +75,22 @@ void sharpen(const Function&, Source& source, Sink& sink) {
   detail_enh(src.img.plane[0], width, height, dst.img.plane[0], source.any());
   dst.add_to(sink);
 }
-void nothing(const Function&, Source&, Sink& sink) {
+void nothing(const Function &, Source &, Sink &sink) {
   add_status(vexo_vqe_dejagging(), sink);
 }
 
 // Rows that lie over each other are filtered in order, too.
-ExactPlane deblocked(Source& source, int32_t* stride) {
+ExactPlane deblocked(Source &source, int32_t *stride) {
   const int32_t width = source.width();
   const ExactPlane plane = exact_plane(width, source.height(width), 1);
   *stride = source.one_in(8) ? source.between(-80, 80)
                              : std::max(plane.width, 0) + source.between(0, 40);
   return plane;
 }
-int32_t strength(Source& source) {
+int32_t strength(Source &source) {
   return source.one_in(8) ? source.any() : source.between(-1, 18);
 }
-void deblock_plane(const Function& function, Source& source, Sink& sink) {
+void deblock_plane(const Function &function, Source &source, Sink &sink) {
   int32_t stride = 0;
   const ExactPlane plane = deblocked(source, &stride);
   Buffer memory(source, static_cast<size_t>(plane.bytes(stride)));
@@ -99,7 +99,7 @@ void deblock_plane(const Function& function, Source& source, Sink& sink) {
                                        plane.height);
   sink.add(memory.data(), memory.size());
 }
-void deblock_picture(const Function&, Source& source, Sink& sink) {
+void deblock_picture(const Function &, Source &source, Sink &sink) {
   Picture picture(source);
   picture.img.format = source.any();
   for (int p = 0; p < 3; ++p) {
@@ -112,7 +112,7 @@ void deblock_picture(const Function&, Source& source, Sink& sink) {
   picture.add_to(sink);
 }
 
-void stereo_rows(const Function&, Source& source, Sink& sink) {
+void stereo_rows(const Function &, Source &source, Sink &sink) {
   const int32_t bytes = source.width();
   const int32_t rows = source.height(bytes);
   Picture src(source);
@@ -128,7 +128,7 @@ void stereo_rows(const Function&, Source& source, Sink& sink) {
                     bytes, src.img.stride[0], dst.img.stride[0]);
   dst.add_to(sink);
 }
-void stereo(const Function&, Source& source, Sink& sink) {
+void stereo(const Function &, Source &source, Sink &sink) {
   const int32_t width = source.width();
   const int32_t height = source.height();
   Picture src(source);

@@ -16,10 +16,10 @@ namespace {
 
 using Digests = std::map<std::string, uint64_t>;
 
-uint64_t digest_of(const Function& function, int cases) {
+uint64_t digest_of(const Function &function, int cases) {
   // A function's pictures depend on nothing but its name.
   Sink seed;
-  seed.add(reinterpret_cast<const uint8_t*>(function.name),
+  seed.add(reinterpret_cast<const uint8_t *>(function.name),
            std::strlen(function.name));
   Source source(seed.digest());
   Sink sink;
@@ -31,7 +31,7 @@ Digests digests() {
   Digests all;
 #define LOX_ADD_FAMILY(family)                                       \
   for (int32_t i = 0; i < family##_family.count; ++i) {              \
-    const Function& function = family##_family.functions[i];         \
+    const Function &function = family##_family.functions[i];         \
     all[function.name] = digest_of(function, family##_family.cases); \
   }
   LOX_FOR_EACH_FAMILY(LOX_ADD_FAMILY)
@@ -39,14 +39,14 @@ Digests digests() {
   return all;
 }
 
-void print(const char* mark, const Digests::value_type& line) {
+void print(const char *mark, const Digests::value_type &line) {
   std::printf("%s%016llx %s\n", mark,
               static_cast<unsigned long long>(line.second), line.first.c_str());
 }
 
 // Whether the table has these lines and no others.
-bool compare(const Digests& all, const char* table) {
-  std::FILE* file = std::fopen(table, "r");
+bool compare(const Digests &all, const char *table) {
+  std::FILE *file = std::fopen(table, "r");
   if (file == nullptr) {
     std::perror(table);
     return false;
@@ -58,11 +58,11 @@ bool compare(const Digests& all, const char* table) {
     expected[name] = digest;
   }
   std::fclose(file);
-  for (const auto& line : all) {
+  for (const auto &line : all) {
     const auto found = expected.find(line.first);
     if (found == expected.end() || *found != line) print("+", line);
   }
-  for (const auto& line : expected) {
+  for (const auto &line : expected) {
     const auto found = all.find(line.first);
     if (found == all.end() || *found != line) print("-", line);
   }
@@ -72,10 +72,10 @@ bool compare(const Digests& all, const char* table) {
 }  // namespace
 }  // namespace lox_test
 
-int main(int argc, char** argv) {
+int main(int argc, char **argv) {
   constexpr int kSkipped = 77;
   constexpr char kFlag[] = "--level=";
-  const char* table = nullptr;
+  const char *table = nullptr;
   for (int i = 1; i < argc; ++i) {
     if (std::strncmp(argv[i], kFlag, sizeof(kFlag) - 1) != 0) {
       table = argv[i];
@@ -90,6 +90,6 @@ int main(int argc, char** argv) {
   }
   const lox_test::Digests all = lox_test::digests();
   if (table != nullptr) return lox_test::compare(all, table) ? 0 : 1;
-  for (const auto& line : all) lox_test::print("", line);
+  for (const auto &line : all) lox_test::print("", line);
   return 0;
 }

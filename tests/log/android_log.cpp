@@ -6,7 +6,7 @@
 char log_line[256];
 
 extern "C" __attribute__((format(printf, 3, 4))) int __android_log_print(
-    int priority, const char* tag, const char* format, ...) {
+    int priority, const char *tag, const char *format, ...) {
   const int length =
       std::snprintf(log_line, sizeof log_line, "%d %s: ", priority, tag);
   va_list arguments;

@@ -26,7 +26,8 @@ TEST(Log, OfTheSystemGetsTheLinesOfToneMapping) {
 #else
 TEST(Log, IsNotNeeded) {
   // Not taken for granted by the compiler, as a direct comparison could be.
-  int (*volatile log)(int, const char*, const char*, ...) = __android_log_print;
+  int (*volatile log)(int, const char *, const char *, ...) =
+      __android_log_print;
   EXPECT_EQ(log, nullptr);
   LOX_LOG_INFO("VEXO_HDR", "nobody reads this: %d", 1);
 }

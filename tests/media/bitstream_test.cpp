@@ -64,7 +64,7 @@ struct ReaderModel {
 // may be 0.
 int32_t own_code;
 template <bool kLittle>
-int32_t refill_byte(mlox_bsr* reader, int32_t) {
+int32_t refill_byte(mlox_bsr *reader, int32_t) {
   reader->cache = 0;
   reader->bits = 0;
   if (reader->next > reader->last) return own_code;
@@ -77,7 +77,7 @@ int32_t refill_byte(mlox_bsr* reader, int32_t) {
 class Bitstream : public SeededTest {
  protected:
   // A reader of `bytes` at an inaccessible page.
-  void begin(const Bytes& bytes, bool little, bool slow = false) {
+  void begin(const Bytes &bytes, bool little, bool slow = false) {
     own_code = random.between(-1, 1) * 7;
     model_ = {little, slow ? 1 : 4, slow && own_code != 0 ? own_code : -1,
               bytes};
@@ -113,7 +113,7 @@ class Bitstream : public SeededTest {
     const bool le = model_.little;
     const int32_t held = model_.held();
     const int32_t skipped = le ? std::clamp(n, 0, held) : n;
-    mlox_bsr* const r = &reader_;
+    mlox_bsr *const r = &reader_;
     uint8_t bit = 0xEE;
     const int32_t call = random.between(0, le ? 3 : 6);
     if (call == 0) {
@@ -142,7 +142,7 @@ class Bitstream : public SeededTest {
 
   GuardedBuffer buffer_;
   mlox_bsr reader_;
-  mlox_bsr_refill* refill_ = nullptr;
+  mlox_bsr_refill *refill_ = nullptr;
   ReaderModel model_;
 };
 
@@ -165,7 +165,7 @@ TEST_F(Bitstream, ReadersYieldTheBitsInOrder) {
 
 // A source in two pieces.
 constexpr uint8_t kPieces[2][3] = {{0xF0, 0x81, 0x34}, {0xA5, 0x3C, 0x0F}};
-int32_t refill_pieces(mlox_bsr* reader, int32_t bytes) {
+int32_t refill_pieces(mlox_bsr *reader, int32_t bytes) {
   if (reader->next > reader->last) {
     if (reader->last == kPieces[0] + 2) return -9;
     reader->next = kPieces[0];
@@ -246,7 +246,7 @@ TEST_F(Bitstream, TheWriterPutsBitsInOrder) {
 
 // For a buffer of one byte: empties it each time it is complete.
 Bytes completed;
-void drain(mlox_bsw* writer) {
+void drain(mlox_bsw *writer) {
   completed.push_back(*writer->current);
   writer->current = writer->start - 1;
 }

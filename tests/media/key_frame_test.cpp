@@ -22,7 +22,7 @@ enum : uint32_t { kMpeg4 = 102, kH263, kH264, kWmv7, kWmv8 };
 enum : uint32_t { kMsMpeg4 = 110, kSorenson = 111, kVp8 = 119, kHevc, kVp9 };
 
 // The n bits from bit `first` of byte p on; throws where there is no such byte.
-int field(const Bytes& b, size_t p, size_t first, size_t n) {
+int field(const Bytes &b, size_t p, size_t first, size_t n) {
   int value = 0;
   for (size_t i = first; i < first + n; ++i) {
     value = value * 2 + (b.at(p + i / 8) >> (7 - i % 8) & 1);
@@ -31,7 +31,7 @@ int field(const Bytes& b, size_t p, size_t first, size_t n) {
 }
 
 // What 00 00 at p leads to: 0 or 1, or -1 to go on.
-int answer_at(uint32_t type, const Bytes& b, size_t p) {
+int answer_at(uint32_t type, const Bytes &b, size_t p) {
   const int code = field(b, p, 16, 8);
   if (type == kH264) {
     const int unit = field(b, p, 27, 5);
@@ -55,7 +55,7 @@ int answer_at(uint32_t type, const Bytes& b, size_t p) {
   return !field(b, p, field(b, p, 38, 3) == 1 ? 59 : 41, 3);
 }
 
-int rule(uint32_t type, const Bytes& b) {
+int rule(uint32_t type, const Bytes &b) {
   if (type == kWmv7 || type == kMsMpeg4) return !field(b, 0, 0, 2);
   if (type == kWmv8) return !field(b, 0, 0, 1);
   if (type == kVp8) return field(b, 3, 0, 24) == 0x9D012A;
@@ -75,7 +75,7 @@ int rule(uint32_t type, const Bytes& b) {
 
 // Calls entry(type, word) for the words of a text "102: one two 103: three".
 template <class Entry>
-void for_each_entry(const char* text, Entry entry) {
+void for_each_entry(const char *text, Entry entry) {
   std::istringstream stream(text);
   uint32_t type = 0;
   for (std::string word; stream >> word;) {
@@ -85,7 +85,7 @@ void for_each_entry(const char* text, Entry entry) {
 }
 
 // Of pairs of hexadecimal digits, as far as they go.
-Bytes bytes_of(const std::string& hex) {
+Bytes bytes_of(const std::string &hex) {
   Bytes b;
   for (size_t i = 0; i + 1 < hex.size() && hex[i] != '='; i += 2) {
     b.push_back(static_cast<uint8_t>(stoi(hex.substr(i, 2), nullptr, 16)));
@@ -96,7 +96,7 @@ Bytes bytes_of(const std::string& hex) {
 class KeyFrame : public SeededTest {
  protected:
   // The answer for a copy that ends at an inaccessible page.
-  int answer(uint32_t type, const Bytes& b) {
+  int answer(uint32_t type, const Bytes &b) {
     buffer_.reset(b.size());
     std::copy(b.begin(), b.end(), buffer_.data());
     return mlox_is_vkeyfrm(type, buffer_.data(),
@@ -104,12 +104,12 @@ class KeyFrame : public SeededTest {
   }
 
   // Every type's answer is the rule's: 0 too where a byte is not there.
-  void check(const Bytes& b, uint32_t first = 101, uint32_t last = 123) {
+  void check(const Bytes &b, uint32_t first = 101, uint32_t last = 123) {
     for (uint32_t type = first; type <= last; ++type) {
       int expected = 0;
       try {
         expected = rule(type, b);
-      } catch (const std::out_of_range&) {
+      } catch (const std::out_of_range &) {
       }
       ASSERT_EQ(answer(type, b), expected)
           << "type " << type << ", bytes " << testing::PrintToString(b);
@@ -137,7 +137,7 @@ constexpr char kFrames[] =
     "121: 80=1 84=0 88=0 8C7F=1 8880=0";
 
 TEST_F(KeyFrame, OfKnownFrames) {
-  for_each_entry(kFrames, [&](uint32_t code, const std::string& entry) {
+  for_each_entry(kFrames, [&](uint32_t code, const std::string &entry) {
     const Bytes b = bytes_of(entry);
     EXPECT_EQ(answer(code, b), entry.back() - '0') << code << ": " << entry;
     check(b, 0, 300);
@@ -157,20 +157,20 @@ TEST_F(KeyFrame, OfRandomBytes) {
   const Bytes likely = bytes_of(
       "00000000000001018082838485861C1E029D2AB62026654167403F0C10706088");
   std::vector<Bytes> frames;
-  for_each_entry(kFrames, [&](int, const std::string& entry) {
+  for_each_entry(kFrames, [&](int, const std::string &entry) {
     frames.push_back(bytes_of(entry));
   });
   for (size_t round = 0; round < 17000; ++round) {
     const size_t long_size = round % 32 == 0 ? 4099 : 1000;
     Bytes b(round < 14000 ? round % 40 + 1 : long_size);
-    for (uint8_t& byte : b) {
+    for (uint8_t &byte : b) {
       const uint64_t word = random.next();
       byte = static_cast<uint8_t>(round % 3 == 0   ? word | 0x10
                                   : round % 3 == 1 ? 0
                                   : word & 0xF00   ? likely[word % 32]
                                                    : word);
     }
-    const Bytes& frame =
+    const Bytes &frame =
         frames[static_cast<size_t>(random.next()) % frames.size()];
     const size_t p = round % b.size();
     if (round % 7 != 0) {
@@ -186,7 +186,7 @@ TEST_F(KeyFrame, OfRealStreams) {
       "102: mpeg4.m4v mpeg4.avi 103: h263.3gp h263_extended.mov "
       "111: sorenson.flv 105: wmv7.asf 106: wmv8.asf 110: msmpeg4.avi "
       "119: libvpx.webm 121: libvpx-vp9.webm";
-  for_each_entry(kStreams, [&](uint32_t type, const std::string& name) {
+  for_each_entry(kStreams, [&](uint32_t type, const std::string &name) {
     std::ifstream packets(STREAMS "/" + name + ".packets");
     int counts[2] = {};
     std::string hex;

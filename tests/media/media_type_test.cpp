@@ -68,7 +68,7 @@ class MediaType : public SeededTest {
 
 TEST_F(MediaType, OfTheListsAndTheirNeighbours) {
   ASSERT_EQ(types_.size(), 88u);
-  for (const auto& [word, type] : types_) {
+  for (const auto &[word, type] : types_) {
     check(__builtin_bswap32(word));
     // Every byte in each place, the right one and its other case among them.
     for (uint32_t i = 0; i < 1024; ++i) {

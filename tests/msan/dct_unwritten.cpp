@@ -26,11 +26,11 @@ int32_t between(int32_t low, int32_t high) {
 // its strides; all of a destination is written before.
 class Picture {
  public:
-  Picture(const vexo_img& described, bool source) : img(described) {
+  Picture(const vexo_img &described, bool source) : img(described) {
     for (int p = 0; p < 3; ++p) {
       size_[p] = size_t{1} * std::max(img.stride[p], 0) *
                  std::max(img.buf_height[p], 0);
-      img.plane[p] = static_cast<uint8_t*>(std::malloc(size_[p] + 1));
+      img.plane[p] = static_cast<uint8_t *>(std::malloc(size_[p] + 1));
       const bool pairs = p == 1 && (img.format == 6 || img.format == 7);
       const bool pixels = img.format == VEXO_FMT_RGBA8888;
       const int32_t bytes = img.width[p] * (pixels ? 4 : pairs ? 2 : 1);
@@ -46,8 +46,8 @@ class Picture {
   ~Picture() {
     for (int p = 0; p < 3; ++p) std::free(img.plane[p]);
   }
-  Picture(const Picture&) = delete;
-  Picture& operator=(const Picture&) = delete;
+  Picture(const Picture &) = delete;
+  Picture &operator=(const Picture &) = delete;
 
   void check() const {
     for (int p = 0; p < 3; ++p) {
@@ -80,13 +80,13 @@ vexo_img describe(int32_t format, int32_t width, int32_t height, bool padded) {
   return img;
 }
 
-void scale(const Case& c) {
+void scale(const Case &c) {
   const bool padded = c.selector == 3;
   vexo_img pair[2] = {
       describe(c.src_format, c.src_width, c.src_height, padded),
       describe(c.dst_format, c.dst_width, c.dst_height, padded)};
   pair[1].color_std = c.selector;
-  for (vexo_img& img : pair) {
+  for (vexo_img &img : pair) {
     for (int p = 1; p < 3 && c.chroma == 1 && padded; ++p) {
       img.width[p] = (img.width[0] + 1) / 2;
       img.height[p] = (img.height[0] + 1) / 2;
@@ -120,7 +120,7 @@ void scale_pixels(int32_t width, int32_t height, int32_t to_width,
                   int32_t to_height, bool padded) {
   vexo_img img[4];
   for (int i = 0; i < 4; ++i) {
-    vexo_img& m = img[i] = {};
+    vexo_img &m = img[i] = {};
     m.format = i < 2 ? VEXO_FMT_RGBA8888 : VEXO_FMT_YUV444;
     for (int p = 0; p < (i < 2 ? 1 : 3); ++p) {
       m.width[p] = i % 2 == 0 ? width : to_width;
@@ -133,7 +133,7 @@ void scale_pixels(int32_t width, int32_t height, int32_t to_width,
   // The planar forms hold nothing before the call.
   Picture planar_src(img[2], false), planar_dst(img[3], false);
   for (int p = 0; p < 3; ++p) {
-    for (const vexo_img* m : {&planar_src.img, &planar_dst.img}) {
+    for (const vexo_img *m : {&planar_src.img, &planar_dst.img}) {
       __msan_poison(m->plane[p], size_t{1} * m->stride[p] * m->buf_height[p]);
     }
   }
@@ -156,7 +156,7 @@ int main() {
   for (int level = 0; level <= lox::isa_best(); ++level) {
     lox::isa_limit(level);
     // Planes that are too small for their factor or enlarged too much.
-    for (const Case& c :
+    for (const Case &c :
          {Case{6, 16, 4, 4, 4, 6, 6, 1, 0}, Case{3, 16, 4, 4, 2, 6, 6, 1, 0},
           Case{5, 12, 5, 9, 4, 6, 6, 1, 0}, Case{5, 12, 5, 9, 2, 6, 6, 1, 0},
           Case{64, 7, 16, 4, 4, 6, 6, 1, 1},

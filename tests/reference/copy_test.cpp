@@ -18,7 +18,7 @@ struct Shape {
 
   size_t src_size() const { return plane_size(row_bytes, rows, src_stride); }
   size_t dst_size() const { return plane_size(row_bytes, rows, dst_stride); }
-  void copy(const GuardedBuffer& src, std::vector<uint8_t>& dst) const {
+  void copy(const GuardedBuffer &src, std::vector<uint8_t> &dst) const {
     copy_rows(src.data(), src_stride, row_bytes, rows, dst_stride, dst.data());
   }
 };
@@ -35,13 +35,13 @@ Shape shape_of(int32_t sample_bytes, int32_t width, int32_t height,
 }
 
 struct Copier {
-  const char* name;
-  void (*copy)(const uint8_t*, int32_t, int32_t, int32_t, int32_t, uint8_t*);
+  const char *name;
+  void (*copy)(const uint8_t *, int32_t, int32_t, int32_t, int32_t, uint8_t *);
   int32_t sample_bytes;
 };
 
-void block_copy(const uint8_t* src, int32_t width, int32_t height,
-                int32_t src_stride, int32_t dst_stride, uint8_t* dst) {
+void block_copy(const uint8_t *src, int32_t width, int32_t height,
+                int32_t src_stride, int32_t dst_stride, uint8_t *dst) {
   mlox_blk_mcpy(dst, src, dst_stride, src_stride, width, height);
 }
 
@@ -49,7 +49,7 @@ class CopyPlane : public SeededTest,
                   public testing::WithParamInterface<Copier> {};
 
 TEST_P(CopyPlane, MovesTheRowsAndNothingElse) {
-  const Copier& c = GetParam();
+  const Copier &c = GetParam();
   GuardedBuffer src;
   GuardedBuffer dst;
   // Both sides tight; one padded; both padded, equally or not; odd strides.
@@ -58,7 +58,7 @@ TEST_P(CopyPlane, MovesTheRowsAndNothingElse) {
                                   {1, 4}, {4, 1},  {32, 64}, {2, 3}};
   for (int32_t width = -2; width <= 100; ++width) {
     for (const int32_t height : {-4, -1, 0, 1, 2, 3, 7}) {
-      for (const auto& pad : kPads) {
+      for (const auto &pad : kPads) {
         const int32_t src_stride = width * c.sample_bytes + pad[0];
         const int32_t dst_stride = width * c.sample_bytes + pad[1];
         const Shape s =
@@ -85,7 +85,7 @@ constexpr Copier kCopiers[] = {{"blk_mcpy", block_copy, 1},
                                {"cpy_24b", vexo_cpy_24b, 3},
                                {"cpy_32b", vexo_cpy_32b, 4}};
 INSTANTIATE_TEST_SUITE_P(, CopyPlane, testing::ValuesIn(kCopiers),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 // How vexo_cpy treats a format: the bytes of a sample of each plane it copies.
 std::vector<int32_t> copied_planes(int32_t format) {
@@ -134,7 +134,7 @@ TEST_F(CopyImage, CopiesThePlanesOfItsFormatCode) {
 }
 
 TEST_F(CopyImage, RefusesTwoFormatsBeforeItLooksAtThem) {
-  for (const auto& [from, to] :
+  for (const auto &[from, to] :
        {std::pair{1, 4}, {6, 7}, {11, 1}, {200, 201}, {500, 501}, {-1, -2}}) {
     // Without memory: a plane that is touched ends the test.
     const TestImage src(from);

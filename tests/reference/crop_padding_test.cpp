@@ -44,7 +44,7 @@ std::vector<PlaneRule> rules_of(bool crop, int32_t format) {
   return {{4, false, false, 0}};
 }
 
-int32_t run(bool crop, const TestImage& src, const TestImage& dst) {
+int32_t run(bool crop, const TestImage &src, const TestImage &dst) {
   return (crop ? vexo_crop : vexo_padding)(&src.img, &dst.img);
 }
 
@@ -61,13 +61,13 @@ class CropPadding : public SeededTest {
     TestImage dst(spare == 0 ? format : 12345);
     src.img.offset_x = at[0];
     src.img.offset_y = at[1];
-    TestImage& inner = crop ? dst : src;
-    TestImage& outer = crop ? src : dst;
+    TestImage &inner = crop ? dst : src;
+    TestImage &outer = crop ? src : dst;
 
     const int planes = static_cast<int>(rules.size());
     int32_t row_bytes[3];
     for (int p = 0; p < planes; ++p) {
-      const PlaneRule& r = rules[p];
+      const PlaneRule &r = rules[p];
       // The size of a chroma plane does not follow from the luma's.
       const int32_t width = r.half_x ? (size[0] + 1) / 2 + p : size[0];
       const int32_t rows = p > 0 ? (size[1] + 1) / 2 + p : size[1];
@@ -87,7 +87,7 @@ class CropPadding : public SeededTest {
 
     TestImage::Contents expected = dst.contents();
     for (int p = 0; p < planes; ++p) {
-      std::vector<uint8_t>& bytes = expected[p];
+      std::vector<uint8_t> &bytes = expected[p];
       if (!crop) std::fill(bytes.begin(), bytes.end(), rules[p].black);
       // Nothing to copy, and perhaps nothing to copy from.
       if (inner.img.height[p] < 1) continue;
@@ -112,8 +112,8 @@ TEST_F(CropPadding, MovesThePictureBetweenItsPlaces) {
   for (const bool crop : {false, true}) {
     for (const int32_t format : {1, 6, 7, 400, 401, 500, 501, 502, 503}) {
       if (rules_of(crop, format).empty()) continue;
-      for (const auto& at : kPlaces) {
-        for (const auto& size : kSizes) {
+      for (const auto &at : kPlaces) {
+        for (const auto &size : kSizes) {
           for (const int32_t spare : {0, 3}) {
             ASSERT_NO_FATAL_FAILURE(check(crop, format, at, size, spare));
           }
@@ -139,7 +139,7 @@ TEST_F(CropPadding, RefuseWithoutWriting) {
   // Without memory: a plane that is touched ends the test.
   TestImage src(0);
   TestImage dst(VEXO_FMT_RGB888);
-  for (const auto& c : kCases) {
+  for (const auto &c : kCases) {
     src.img.width[0] = c.src_size[0];
     src.img.height[0] = c.src_size[1];
     src.img.offset_x = c.offset[0];

@@ -17,10 +17,10 @@ namespace {
 
 // Two pairs have no kernel of their own. One does as its opposite, the other
 // exchanges planes; all strides here are equal.
-constexpr auto* nv12_to_nv21 = vexo_csc_nv21_to_nv12;
-void yuv420_to_yv12(uint8_t* const* src, const int32_t* width,
-                    const int32_t* height, const int32_t*,
-                    const int32_t* stride, uint8_t* const* dst) {
+constexpr auto *nv12_to_nv21 = vexo_csc_nv21_to_nv12;
+void yuv420_to_yv12(uint8_t *const *src, const int32_t *width,
+                    const int32_t *height, const int32_t *,
+                    const int32_t *stride, uint8_t *const *dst) {
   constexpr int kOther[3] = {0, 2, 1};
   for (int p = 0; p < 3; ++p) {
     copy_rows(src[p], *stride, width[p], height[p], *stride, dst[kOther[p]]);
@@ -28,10 +28,10 @@ void yuv420_to_yv12(uint8_t* const* src, const int32_t* width,
 }
 
 // The route of vexo_csc without a standard, null where there is none.
-vexo_csc_kernel* route(int32_t src, int32_t dst) {
+vexo_csc_kernel *route(int32_t src, int32_t dst) {
   static const auto kernels = [] {
-    std::map<std::pair<int32_t, int32_t>, vexo_csc_kernel*> all;
-    for (const Conversion& c : all_conversions()) {
+    std::map<std::pair<int32_t, int32_t>, vexo_csc_kernel *> all;
+    for (const Conversion &c : all_conversions()) {
       if (c.standard == VEXO_STD_DEFAULT) all[{c.src, c.dst}] = c.kernel;
     }
     all[{VEXO_FMT_NV12, VEXO_FMT_NV21}] = nv12_to_nv21;
@@ -44,7 +44,7 @@ vexo_csc_kernel* route(int32_t src, int32_t dst) {
   return found == kernels.end() ? nullptr : found->second;
 }
 
-using Entry = int32_t(const vexo_img*, const vexo_img*);
+using Entry = int32_t(const vexo_img *, const vexo_img *);
 struct Sides {
   int32_t src_width = 16, src_height = 16, dst_width = 16, dst_height = 16;
 };
@@ -53,8 +53,8 @@ struct Sides {
 struct Case {
   int32_t src, dst, src_std, dst_std;
   int32_t status;
-  vexo_csc_kernel* kernel = nullptr;
-  Entry* entry = vexo_csc;
+  vexo_csc_kernel *kernel = nullptr;
+  Entry *entry = vexo_csc;
   Sides sides = {};
 };
 
@@ -73,13 +73,13 @@ class CscDispatch : public SeededTest {
     blank_ = dst_.contents();
   }
 
-  void check(const Case& c) {
-    vexo_img& src = src_.img;
+  void check(const Case &c) {
+    vexo_img &src = src_.img;
     src.format = c.src;
     src.width[0] = c.sides.src_width;
     src.height[0] = c.sides.src_height;
     src.color_std = c.src_std;
-    vexo_img& dst = dst_.img;
+    vexo_img &dst = dst_.img;
     dst.format = c.dst;
     dst.width[0] = c.sides.dst_width;
     dst.height[0] = c.sides.dst_height;
@@ -88,7 +88,7 @@ class CscDispatch : public SeededTest {
     TestImage::Contents converted;
     if (c.kernel != nullptr) {
       converted = blank_;
-      uint8_t* const plane[4] = {converted[0].data(), converted[1].data(),
+      uint8_t *const plane[4] = {converted[0].data(), converted[1].data(),
                                  converted[2].data(), converted[3].data()};
       c.kernel(src.plane, src.width, src.height, src.stride, dst.stride, plane);
       ASSERT_NE(converted, blank_);
@@ -99,14 +99,14 @@ class CscDispatch : public SeededTest {
         << c.dst_std << ", " << c.sides.src_width << "x" << c.sides.src_height
         << " to " << c.sides.dst_width << "x" << c.sides.dst_height << ": "
         << status << " " << written.message();
-    for (GuardedBuffer& b : dst_.buffer) {
+    for (GuardedBuffer &b : dst_.buffer) {
       if (c.kernel != nullptr) b.reset(b.size());
     }
   }
   // Without standards.
   void check_pair(int32_t src, int32_t dst, int32_t src_std = 0,
                   int32_t dst_std = 0) {
-    vexo_csc_kernel* kernel = route(src, dst);
+    vexo_csc_kernel *kernel = route(src, dst);
     check({src, dst, src_std, dst_std,
            src == dst          ? VEXO_ERR_ARG
            : kernel != nullptr ? VEXO_OK
@@ -190,8 +190,8 @@ TEST_F(CscDispatch, StandardsThatDoNotCountOrAreNone) {
   constexpr int32_t kUnequal[][2] = {
       {1, 10},  {10, 1},  {10, 11}, {11, 1},  {2, 2},     {9, 9},
       {12, 12}, {-1, -1}, {257, 1}, {1, 257}, {257, 257}, {266, 266}};
-  for (const auto& pair : kPairs) {
-    for (const auto& std : kUnequal) {
+  for (const auto &pair : kPairs) {
+    for (const auto &std : kUnequal) {
       ASSERT_NO_FATAL_FAILURE(check({pair[0], pair[1], std[0], std[1], kNot}));
     }
     // One of them is none.
@@ -204,7 +204,7 @@ TEST_F(CscDispatch, StandardsThatDoNotCountOrAreNone) {
   constexpr int32_t kAlike[][2] = {{1, 6},     {6, 1},     {101, 1},   {4, 1},
                                    {500, 200}, {200, 500}, {500, 501}, {600, 1},
                                    {601, 500}, {1, 600},   {500, 600}, {1, 1}};
-  for (const auto& pair : kAlike) {
+  for (const auto &pair : kAlike) {
     for (const int32_t std : {1, 2, 10, 11}) {
       ASSERT_NO_FATAL_FAILURE(check_pair(pair[0], pair[1], std, std));
       ASSERT_NO_FATAL_FAILURE(check_pair(pair[0], pair[1], std, 21 - std));
@@ -215,20 +215,20 @@ TEST_F(CscDispatch, StandardsThatDoNotCountOrAreNone) {
 // Equal formats come before sizes, and sizes before standards and routes. The
 // second sibling compares sizes first; its call succeeds without work else.
 TEST_F(CscDispatch, SizesThatAreTooSmall) {
-  constexpr Entry* kEntries[] = {vexo_csc, vexo_csc_bt601_fr, vexo_csc_bt709,
+  constexpr Entry *kEntries[] = {vexo_csc, vexo_csc_bt601_fr, vexo_csc_bt709,
                                  vexo_csc_bt709_fr};
   for (const int32_t side : {INT32_MIN, -1, 0, 7}) {
     const Sides kSides[] = {{side, 16, 16, 16},      {16, side, 16, 16},
                             {16, 16, side, 16},      {16, 16, 16, side},
                             {side, 16, side, 16},    {16, side, 16, side},
                             {side, side, side, side}};
-    for (Entry* entry : kEntries) {
-      for (const Sides& s : kSides) {
+    for (Entry *entry : kEntries) {
+      for (const Sides &s : kSides) {
         const bool unequal =
             s.src_width != s.dst_width || s.src_height != s.dst_height;
         const int32_t status = entry == vexo_csc_bt709 && unequal ? kArg : kNot;
         for (const int32_t std : {0, 1, 2, 10, 11}) {
-          for (const auto& [src, dst] :
+          for (const auto &[src, dst] :
                {std::pair{1, 500}, {1, 200}, {500, 6}, {9, 500}, {6, 1}}) {
             ASSERT_NO_FATAL_FAILURE(
                 check({src, dst, std, std, status, nullptr, entry, s}));
@@ -270,12 +270,12 @@ TEST_F(CscDispatch, SizesThatAreTooSmall) {
       {1, 500, 10, 10, kArg, nullptr, vexo_csc, {8, 8, 8, 16}},
       {9, 500, 10, 10, kArg, nullptr, vexo_csc, {8, 8, 8, 16}},
       {1, 200, 11, 11, kOk, nullptr, vexo_csc, {8, 8, 16, 8}}};
-  for (const Case& c : served) ASSERT_NO_FATAL_FAILURE(check(c));
+  for (const Case &c : served) ASSERT_NO_FATAL_FAILURE(check(c));
 }
 
 TEST_F(CscDispatch, TilesOf256By16AreForPicturesWiderThan1280) {
   make_room(1284 * 4, 16);
-  auto* const kernel = vexo_csc_t256x16_to_rgba8888;
+  auto *const kernel = vexo_csc_t256x16_to_rgba8888;
   const auto of = [](int32_t width) { return Sides{width, 16, 16, 16}; };
   for (const int32_t width : {1279, 1280}) {
     ASSERT_NO_FATAL_FAILURE(

@@ -29,9 +29,9 @@ class CscKernels : public SeededTest,
   // One picture of the parameter's layout, to every destination. It is random,
   // or has a frame of all values, which goes to fewer destinations unless it
   // is not subsampled.
-  void check(int32_t width, int32_t height, const Padding& pad, Edge edge,
+  void check(int32_t width, int32_t height, const Padding &pad, Edge edge,
              std::optional<int32_t> frame = {}) {
-    const Source& s = GetParam();
+    const Source &s = GetParam();
     const int32_t converted = s.converted(width);
     src_.img.format = s.format;
     for (int p = 0; p < s.planes; ++p) {
@@ -50,7 +50,7 @@ class CscKernels : public SeededTest,
     }
     for (int n = 0; n < kDestinations; ++n) {
       if (s.kernel(n) == nullptr) continue;
-      const Destination& d = kDestinationTable[n];
+      const Destination &d = kDestinationTable[n];
       const bool chosen =
           d.format == VEXO_FMT_RGBA8888 || d.format == VEXO_FMT_RGB565;
       if (frame && s.format != VEXO_FMT_YUV444 && !chosen) continue;
@@ -103,7 +103,7 @@ class CscKernels : public SeededTest,
 TEST_P(CscKernels, ConvertEverySize) {
   for (int32_t width = -1; width <= 1280; width += width < 100 ? 1 : 295) {
     for (const int32_t height : {-8, -1, 0, 1, 2, 3, 4, 5, 8, 9}) {
-      for (const Padding& pad : kPaddings) {
+      for (const Padding &pad : kPaddings) {
         for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
           ASSERT_NO_FATAL_FAILURE(check(width, height, pad, edge));
         }
@@ -132,7 +132,7 @@ TEST_P(CscKernels, ConvertPicturesBeyondTheCaches) {
   // way to walk the rows is enough.
   for (const int32_t format : {VEXO_FMT_NV12, VEXO_FMT_YUV444, VEXO_FMT_YUYV}) {
     if (format != GetParam().format) continue;
-    for (const auto& [width, pad] :
+    for (const auto &[width, pad] :
          {std::pair{1376, 0}, std::pair{1372, 16}, std::pair{1375, 4}}) {
       ASSERT_NO_FATAL_FAILURE(check(width, 1537, {{}, pad}, Edge::kStart));
     }
@@ -140,10 +140,10 @@ TEST_P(CscKernels, ConvertPicturesBeyondTheCaches) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, CscKernels, testing::ValuesIn(kSourceTable),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 INSTANTIATE_TEST_SUITE_P(Standards, CscKernels,
                          testing::ValuesIn(kStandardTable),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 }  // namespace
 }  // namespace lox_test

@@ -25,7 +25,7 @@ class CscPlanes : public SeededTest {
   void for_every_size(Body body) {
     for (int32_t width = -1; width <= 1923; width += width == 100 ? 1817 : 1) {
       for (const int32_t height : {-4, -1, 0, 1, 2, 3, 4, 5, 8, 9}) {
-        for (const auto& pad : kPads) {
+        for (const auto &pad : kPads) {
           for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
             ASSERT_NO_FATAL_FAILURE(body(width, height, pad, edge))
                 << width << "x" << height << ", padding " << pad[0];
@@ -60,7 +60,7 @@ TEST_F(CscPlanes, ArePickedFromAndDoubled) {
     decltype(&vexo_csc_2x2_to_1x1) call;
     int32_t x_step, y_step, doubled;
   };
-  for (const Picker& k : {Picker{vexo_csc_2x2_to_1x1, 2, 2, 1},
+  for (const Picker &k : {Picker{vexo_csc_2x2_to_1x1, 2, 2, 1},
                           Picker{vexo_csc_1x2_to_1x1, 1, 2, 1},
                           Picker{vexo_csc_1x1_to_1x2, 1, 1, 2}}) {
     for_every_size([&](int32_t width, int32_t height, const int32_t(&pad)[4],
@@ -129,7 +129,7 @@ TEST_F(CscPlanes, OfFourAndPixels) {
         const int32_t missing = std::max(random.between(-15, 15), 0);
         const int32_t stride = 4 * width + pad[1];
         const int32_t samples = std::max(width, 0) * std::max(height, 0);
-        uint8_t* plane[4];
+        uint8_t *plane[4];
         int32_t strides[4];
         std::vector<uint8_t> expected[4];
         pixels.reset(plane_size(4 * width, height, stride), edge);
@@ -173,7 +173,7 @@ size_t swapped_bytes(int32_t stride, int32_t rows) {
                         static_cast<int16_t>(rows & 0xFFFF);
   return static_cast<size_t>(std::max(2, (count + 1) / 2 * 2));
 }
-void swap_pairs(std::vector<uint8_t>& plane, size_t bytes) {
+void swap_pairs(std::vector<uint8_t> &plane, size_t bytes) {
   for (size_t i = 0; i < bytes; i += 2) std::swap(plane[i], plane[i + 1]);
 }
 
@@ -228,8 +228,8 @@ class CscLayout : public SeededTest {
   int32_t pad() { return tight_ ? 0 : random.between(0, 9); }
 
   // By name, and through vexo_csc where it takes the size.
-  void convert(const Conversion& route, int run,
-               const TestImage::Contents& expected) {
+  void convert(const Conversion &route, int run,
+               const TestImage::Contents &expected) {
     src_.img.format = route.src;
     dst_.img.format = route.dst;
     if (src_.img.width[0] >= 8 && src_.img.height[0] >= 8) {
@@ -275,7 +275,7 @@ TEST_P(CscRoutes, MoveEverySample) {
     int32_t rows[2];
     for (int c = 0; c < 2; ++c) {
       const int p = (c == 0 ? from.cb : from.cr).plane;
-      const Place& target = c == 0 ? to.cb : to.cr;
+      const Place &target = c == 0 ? to.cb : to.cr;
       if (c == 1 && from.planes == 3 && in_pairs) {
         // Its size is not looked at, but taken to be plane 1's.
         source(p, 1, src_.img.width[1], src_.img.height[1]);
@@ -283,7 +283,7 @@ TEST_P(CscRoutes, MoveEverySample) {
       } else if (c == 0 || from.planes == 3) {
         source(p, from.planes == 2 ? 2 : 1, side(-1, 70), side(-1, 12));
       }
-      const vexo_img& img = src_.img;
+      const vexo_img &img = src_.img;
       const int measure = in_pairs ? 1 : p;
       columns[c] = std::max((img.width[measure] + x_step - 1) / x_step, 0);
       rows[c] = x_step == 2 ? (img.height[measure] + 1) / 2
@@ -296,8 +296,8 @@ TEST_P(CscRoutes, MoveEverySample) {
     copy_rows(src_.img.plane[0], src_.img.stride[0], width, height,
               dst_.img.stride[0], expected[0].data());
     for (int c = 0; c < 2; ++c) {
-      const Place& source_place = c == 0 ? from.cb : from.cr;
-      const Place& target = c == 0 ? to.cb : to.cr;
+      const Place &source_place = c == 0 ? from.cb : from.cr;
+      const Place &target = c == 0 ? to.cb : to.cr;
       for (int32_t y = 0; y < rows[c]; ++y) {
         for (int32_t x = 0; x < columns[c]; ++x) {
           expected[target.plane][y * dst_.img.stride[target.plane] +
@@ -313,7 +313,7 @@ TEST_P(CscRoutes, MoveEverySample) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, CscRoutes, testing::ValuesIn(layout_routes()),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 // The run that is swapped has the destination's stride and half the luma's
 // rows, so padding is swapped too; the copy before it takes pairs for 16-bit
@@ -359,7 +359,7 @@ TEST_F(CscLayout, SixteenBitSamplesLoseTheirLowBits) {
     for (int p = 0; p < 3; ++p) {
       for (int32_t y = 0; y < src_.img.height[p]; ++y) {
         for (int32_t x = 0; x < src_.img.width[p]; ++x) {
-          const uint8_t* at =
+          const uint8_t *at =
               src_.img.plane[p] + y * src_.img.stride[p] + 2 * x;
           expected[p][y * dst_.img.stride[p] + x] =
               static_cast<uint8_t>((at[0] | at[1] << 8) >> 2);
@@ -427,11 +427,11 @@ TEST_F(CscLayout, YuyvToYuv420AveragesTheChromaOfRowPairs) {
     }
     TestImage::Contents expected = dst.contents();
     for (int32_t y = 0; y < height; ++y) {
-      const uint8_t* row = src.img.plane[0] + y * src_stride;
+      const uint8_t *row = src.img.plane[0] + y * src_stride;
       for (int32_t x = 0; x < width; ++x) {
         expected[0][y * dst.img.stride[0] + x] = row[x * 2];
         for (int p = 1; p < 3 && x % 2 == 0; ++p) {
-          uint8_t& c = expected[p][y / 2 * dst.img.stride[p] + x / 2];
+          uint8_t &c = expected[p][y / 2 * dst.img.stride[p] + x / 2];
           const uint8_t sample = row[x * 2 + (p == 1 ? 1 : 3)];
           c = y % 2 == 0 ? sample : static_cast<uint8_t>((c + sample) >> 1);
         }

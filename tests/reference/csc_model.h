@@ -60,16 +60,16 @@ inline Channels convert(int32_t standard, int32_t y, int32_t u, int32_t v,
 }
 
 struct Destination {
-  const char* name;
+  const char *name;
   int32_t format;
   int32_t pixel_bytes;
-  void (*pack)(const Channels& c, uint8_t* pixel);
+  void (*pack)(const Channels &c, uint8_t *pixel);
   // 16-bit pixels have zeros below their channels.
-  Channels (*unpack)(const uint8_t* pixel);
+  Channels (*unpack)(const uint8_t *pixel);
 };
 
 template <bool kRedOnTop>
-void pack_565(const Channels& c, uint8_t* pixel) {
+void pack_565(const Channels &c, uint8_t *pixel) {
   const int32_t word = std::clamp((kRedOnTop ? c.r : c.b) >> 11, 0, 31) << 11 |
                        std::clamp(c.g >> 10, 0, 63) << 5 |
                        std::clamp((kRedOnTop ? c.b : c.r) >> 11, 0, 31);
@@ -78,7 +78,7 @@ void pack_565(const Channels& c, uint8_t* pixel) {
 }
 
 template <bool kRedOnTop>
-Channels unpack_565(const uint8_t* pixel) {
+Channels unpack_565(const uint8_t *pixel) {
   const int32_t word = pixel[0] | pixel[1] << 8;
   const int32_t top = (word >> 11) << 11;
   const int32_t low = (word & 31) << 11;
@@ -87,7 +87,7 @@ Channels unpack_565(const uint8_t* pixel) {
 
 // 24- and 32-bit pixels: which byte each channel has, and alpha's, if any.
 template <int kR, int kG, int kB, int kA>
-void pack_bytes(const Channels& c, uint8_t* pixel) {
+void pack_bytes(const Channels &c, uint8_t *pixel) {
   pixel[kR] = static_cast<uint8_t>(std::clamp(c.r >> 8, 0, 255));
   pixel[kG] = static_cast<uint8_t>(std::clamp(c.g >> 8, 0, 255));
   pixel[kB] = static_cast<uint8_t>(std::clamp(c.b >> 8, 0, 255));
@@ -95,7 +95,7 @@ void pack_bytes(const Channels& c, uint8_t* pixel) {
 }
 
 template <int kR, int kG, int kB>
-Channels unpack_bytes(const uint8_t* pixel) {
+Channels unpack_bytes(const uint8_t *pixel) {
   return {pixel[kR] << 8, pixel[kG] << 8, pixel[kB] << 8};
 }
 
@@ -117,10 +117,10 @@ constexpr Destination kDestinationTable[kDestinations] = {
      unpack_bytes<3, 2, 1>},
 };
 
-inline const Destination* rgb_layout(int32_t format) {
-  const auto* d = std::find_if(
+inline const Destination *rgb_layout(int32_t format) {
+  const auto *d = std::find_if(
       kDestinationTable, kDestinationTable + kDestinations,
-      [&](const Destination& entry) { return entry.format == format; });
+      [&](const Destination &entry) { return entry.format == format; });
   return d == kDestinationTable + kDestinations ? nullptr : d;
 }
 
@@ -140,7 +140,7 @@ constexpr Place kLuma = planar(0, 0, 0);
 
 struct Source {
   int32_t format;
-  const char* name;
+  const char *name;
   int planes;
   // Widths without a multiple of four are converted in pairs and a row at a
   // time, as 4:2:0 is: an odd width has one pixel more, and with an odd height
@@ -150,7 +150,7 @@ struct Source {
   int32_t standard = VEXO_STD_DEFAULT;
 
   // To a destination of the table, null where there is no such kernel.
-  vexo_csc_kernel* kernel(int destination) const {
+  vexo_csc_kernel *kernel(int destination) const {
     return conversion(standard, format, kDestinationTable[destination].format);
   }
 
@@ -162,7 +162,7 @@ struct Source {
   // The bytes of a plane's row that the first `columns` pixels lie in.
   int32_t row_bytes(int plane, int32_t columns) const {
     int32_t bytes = 0;
-    for (const Place& p : {luma, cb, cr}) {
+    for (const Place &p : {luma, cb, cr}) {
       if (p.plane != plane || columns < 1) continue;
       const int32_t last = ((columns - 1) >> p.x_shift) * p.step + p.first;
       bytes = std::max(bytes, last + 1);
@@ -174,7 +174,7 @@ struct Source {
   }
 
   // The sample for pixel (x, y) of a picture whose size and planes are `img`'s.
-  static uint8_t* at(const Place& p, bool shifted, const vexo_img& img,
+  static uint8_t *at(const Place &p, bool shifted, const vexo_img &img,
                      int32_t x, int32_t y) {
     return img.plane[p.plane] +
            ((y + (shifted ? p.y_shift : 0)) >> p.y_shift) *
@@ -184,14 +184,14 @@ struct Source {
   struct Samples {
     uint8_t *y, *u, *v;
   };
-  Samples samples(const vexo_img& img, int32_t x, int32_t y) const {
+  Samples samples(const vexo_img &img, int32_t x, int32_t y) const {
     const bool shifted =
         in_pairs && img.width[0] % 4 != 0 && img.height[0] % 2 != 0;
     return {at(luma, shifted, img, x, y), at(cb, shifted, img, x, y),
             at(cr, shifted, img, x, y)};
   }
 
-  Channels pixel(const vexo_img& img, int32_t x, int32_t y) const {
+  Channels pixel(const vexo_img &img, int32_t x, int32_t y) const {
     const Samples s = samples(img, x, y);
     // Grey is replicated without expanding its range.
     if (format == VEXO_FMT_YUV400) return {*s.y << 8, *s.y << 8, *s.y << 8};
@@ -243,7 +243,7 @@ constexpr Source kStandardTable[] = {
 // The layout of an 8-bit YUV format.
 inline Source yuv_layout(int32_t format) {
   const bool yv16 = format == VEXO_FMT_YV16;
-  for (const Source& s : kSourceTable) {
+  for (const Source &s : kSourceTable) {
     if (s.format != (yv16 ? int32_t{VEXO_FMT_YUV422N} : format)) continue;
     Source layout = s;
     if (yv16) std::swap(layout.cb, layout.cr);

@@ -16,7 +16,7 @@ namespace lox_test {
 namespace {
 
 struct Tiles {
-  const char* name;
+  const char *name;
   int32_t format;
   int32_t width, luma_rows, chroma_rows;
 };
@@ -40,7 +40,7 @@ int32_t tiles_before(int32_t width, int32_t height, int32_t column,
 }
 
 // Where byte (x, y) of a plane of that size lies.
-int32_t tile_byte(const Tiles& t, bool chroma, int32_t width, int32_t height,
+int32_t tile_byte(const Tiles &t, bool chroma, int32_t width, int32_t height,
                   int32_t x, int32_t y) {
   const int32_t rows = chroma ? t.chroma_rows : t.luma_rows;
   const int32_t before =
@@ -58,18 +58,18 @@ std::set<int32_t> sizes_around(int32_t tile, int32_t multiples) {
   }
   return sizes;
 }
-std::set<int32_t> widths_of(const Tiles& t) {
+std::set<int32_t> widths_of(const Tiles &t) {
   return sizes_around(t.width, t.format == VEXO_FMT_T256X16 ? 6 : 4);
 }
 // A chroma row is two rows of luma.
-std::set<int32_t> heights_of(const Tiles& t) {
+std::set<int32_t> heights_of(const Tiles &t) {
   return sizes_around(t.luma_rows, t.format == VEXO_FMT_T64X32 ? 6 : 3);
 }
 
 class CscTiles : public SeededTest {
  protected:
   // One plane of tiles, and the same bytes in rows without padding.
-  std::vector<uint8_t> lay_out(int p, const Tiles& t, int32_t width,
+  std::vector<uint8_t> lay_out(int p, const Tiles &t, int32_t width,
                                int32_t height) {
     int32_t end = 0;
     const auto at = [&](int32_t x, int32_t y) {
@@ -91,7 +91,7 @@ class CscTiles : public SeededTest {
   }
 
   // A plane of rows, tight ones in half of the cases.
-  void set_rows(TestImage& image, int p, int32_t row, int32_t rows) {
+  void set_rows(TestImage &image, int p, int32_t row, int32_t rows) {
     const int32_t stride =
         std::max(row, 0) + std::max(random.between(-9, 9), 0);
     const Edge edge = random.next() % 2 == 0 ? Edge::kEnd : Edge::kStart;
@@ -140,7 +140,7 @@ TEST_F(CscTiles, AreCopiedToRows) {
                  {vexo_csc_copy_16x8tiles_to_linear, kTiles[1], 1},
                  {vexo_csc_copy_8x8tiles_to_linear, kTiles[2], 0},
                  {vexo_csc_copy_8x4tiles_to_linear, kTiles[2], 1}};
-  for (const auto& c : kCopies) {
+  for (const auto &c : kCopies) {
     for (int32_t width = -1; width <= 70; ++width) {
       for (int32_t height = -1; height <= 50; ++height) {
         const auto linear = lay_out(c.p, c.tiles, width, height);
@@ -157,12 +157,12 @@ TEST_F(CscTiles, AreCopiedToRows) {
 }
 
 // U and V bytes of rows of pairs into the planes of another layout.
-void place_chroma(const std::vector<uint8_t>& pairs, int32_t width,
-                  int32_t rows, const Source& to, const vexo_img& img,
-                  TestImage::Contents& expected) {
+void place_chroma(const std::vector<uint8_t> &pairs, int32_t width,
+                  int32_t rows, const Source &to, const vexo_img &img,
+                  TestImage::Contents &expected) {
   for (int32_t y = 0; y < rows; ++y) {
     for (int32_t x = 0; x < width; ++x) {
-      const Place& place = x % 2 == 0 ? to.cb : to.cr;
+      const Place &place = x % 2 == 0 ? to.cb : to.cr;
       // A last U without its V comes first even where V does.
       const int32_t first = x == width - 1 && x % 2 == 0 ? 0 : place.first;
       expected[place.plane][y * img.stride[place.plane] + x / 2 * place.step +
@@ -192,9 +192,9 @@ class CscTiledPictures : public CscTiles,
                          public testing::WithParamInterface<Conversion> {
  protected:
   void expect_yuv(int32_t width, int32_t height,
-                  const std::vector<uint8_t>& luma,
-                  const std::vector<uint8_t>& pairs,
-                  TestImage::Contents& expected) {
+                  const std::vector<uint8_t> &luma,
+                  const std::vector<uint8_t> &pairs,
+                  TestImage::Contents &expected) {
     const Source to = yuv_layout(GetParam().dst);
     set_rows(rows_, 0, width, height);
     if (to.planes == 2) set_rows(rows_, 1, width, height / 2);
@@ -209,17 +209,17 @@ class CscTiledPictures : public CscTiles,
   }
 
   void expect_rgb(int32_t width, int32_t height,
-                  const std::vector<uint8_t>& luma,
-                  const std::vector<uint8_t>& pairs,
-                  TestImage::Contents& expected) {
-    const Destination& to = *rgb_layout(GetParam().dst);
+                  const std::vector<uint8_t> &luma,
+                  const std::vector<uint8_t> &pairs,
+                  TestImage::Contents &expected) {
+    const Destination &to = *rgb_layout(GetParam().dst);
     set_rows(rows_, 0, width * to.pixel_bytes, height);
     expected = rows_.contents();
     const int32_t pair_bytes = (width + 1) / 2 * 2;
     const int32_t last = std::max(height / 2, 1) - 1;
     for (int32_t y = 0; y < height; ++y) {
       for (int32_t x = 0; x < width; ++x) {
-        const uint8_t* pair =
+        const uint8_t *pair =
             &pairs[size_t{1} * std::min(y / 2, last) * pair_bytes + x / 2 * 2];
         const uint8_t l = luma[size_t{1} * y * width + x];
         to.pack(convert(VEXO_STD_DEFAULT, l, pair[0], pair[1], false),
@@ -231,10 +231,10 @@ class CscTiledPictures : public CscTiles,
 };
 
 TEST_P(CscTiledPictures, AreConverted) {
-  const Conversion& route = GetParam();
-  const Tiles& t = *std::find_if(
+  const Conversion &route = GetParam();
+  const Tiles &t = *std::find_if(
       std::begin(kTiles), std::end(kTiles),
-      [&](const Tiles& tiles) { return tiles.format == route.src; });
+      [&](const Tiles &tiles) { return tiles.format == route.src; });
   // One may be written past the caches.
   constexpr int32_t kLarge = 2050;
   std::set<int32_t> widths = widths_of(t);
@@ -267,12 +267,12 @@ TEST_P(CscTiledPictures, AreConverted) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, CscTiledPictures, testing::ValuesIn(tile_routes()),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 // Bytes of the tiles beyond the picture keep what they have. Chroma is as large
 // as the source's plane 1 where that is smaller than the picture's.
 TEST_F(CscTiles, AreMadeOfYuv420) {
-  const Tiles& t = kTiles[0];
+  const Tiles &t = kTiles[0];
   for (const int32_t width : widths_of(t)) {
     for (const int32_t height : heights_of(t)) {
       for (const int cut : {0, 1}) {
@@ -292,7 +292,7 @@ TEST_F(CscTiles, AreMadeOfYuv420) {
         lay_out(0, t, width, height);
         lay_out(1, t, width, height / 2);
         TestImage::Contents expected = tiled_.contents();
-        const vexo_img& img = rows_.img;
+        const vexo_img &img = rows_.img;
         for (int32_t y = 0; y < height; ++y) {
           for (int32_t x = 0; x < width; ++x) {
             expected[0][tile_byte(t, false, width, height, x, y)] =

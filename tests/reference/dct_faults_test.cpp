@@ -17,7 +17,7 @@ namespace {
 
 // A kind of scaling, all of whose calls take the same arguments here.
 struct Call {
-  const char* name;
+  const char *name;
   int32_t prescale;
   int32_t rotation;
   bool rgba;
@@ -39,7 +39,7 @@ constexpr Size kDst = {22, 20};
 
 class DctFaults : public DctPictures {
  protected:
-  void prepare(const Call& call, int32_t format) {
+  void prepare(const Call &call, int32_t format) {
     ASSERT_NO_FATAL_FAILURE(
         make({call.src, kDst, call.prescale, 6, format, 0, false}));
     result_ = pair_[1];
@@ -53,12 +53,12 @@ class DctFaults : public DctPictures {
     if (call.rgba) quartet_.emplace(call.src, kDst, random);
     blank_ = destination(call).contents();
   }
-  TestImage& destination(const Call& call) {
+  TestImage &destination(const Call &call) {
     return call.rgba ? quartet_->images[1] : images_[1];
   }
 
-  int32_t init(const Call& call) {
-    std::memset(static_cast<void*>(&context_), 0xA5, sizeof context_);
+  int32_t init(const Call &call) {
+    std::memset(static_cast<void *>(&context_), 0xA5, sizeof context_);
     a_ = b_ = &not_null_;
     if (call.rgba) {
       return vexo_rsz_new_rgba8888_init(quartet_->img, &context_, &a_, &b_);
@@ -69,7 +69,7 @@ class DctFaults : public DctPictures {
     return vexo_txc_new_init(pair_, &intermediate_, &context_, &a_, &b_,
                              call.prescale, call.rotation);
   }
-  int32_t run(const Call& call) {
+  int32_t run(const Call &call) {
     if (call.rgba)
       return vexo_rsz_new_rgba8888(quartet_->img, &context_, a_, b_);
     if (call.rotation == 0) {
@@ -78,7 +78,7 @@ class DctFaults : public DctPictures {
     return vexo_txc_new(pair_, &result_, &intermediate_, &context_, a_, b_,
                         call.rotation);
   }
-  int32_t deinit(const Call& call) {
+  int32_t deinit(const Call &call) {
     if (call.rgba) {
       return vexo_rsz_new_rgba8888_deinit(quartet_->img, &context_, a_, b_);
     }
@@ -90,13 +90,13 @@ class DctFaults : public DctPictures {
   }
 
   // What the call leaves when nothing fails.
-  void undisturbed(const Call& call, TestImage::Contents& expected) {
+  void undisturbed(const Call &call, TestImage::Contents &expected) {
     ASSERT_EQ(init(call), VEXO_OK);
     ASSERT_EQ(run(call), VEXO_OK);
     ASSERT_EQ(deinit(call), VEXO_OK);
     expected = destination(call).contents();
   }
-  void blank(const Call& call) {
+  void blank(const Call &call) {
     for (int p = 0; p < 4; ++p) {
       std::copy(blank_[p].begin(), blank_[p].end(),
                 destination(call).buffer[p].data());
@@ -111,13 +111,13 @@ class DctFaults : public DctPictures {
   vexo_img result_;
   vexo_img intermediate_;
   vexo_rsz_new_context context_;
-  int16_t** not_null_ = nullptr;
+  int16_t **not_null_ = nullptr;
   vexo_shift_set a_, b_;
   std::optional<Quartet> quartet_;
 };
 
 TEST_F(DctFaults, SetUpWithoutMemoryIsAsIfItWereNot) {
-  for (const Call& call : kCalls) {
+  for (const Call &call : kCalls) {
     for (const int32_t format : {6, 1}) {
       SCOPED_TRACE(call.name);
       ASSERT_NO_FATAL_FAILURE(prepare(call, format));
@@ -157,7 +157,7 @@ TEST_F(DctFaults, SetWithoutMemoryIsNone) {
   const int held_before = held;
   for (int n = 1;; ++n) {
     ASSERT_LT(n, 50);
-    int16_t** not_null = nullptr;
+    int16_t **not_null = nullptr;
     vexo_shift_set set = &not_null;
     failing_allocation = n;
     const int32_t status = get_mem3Dint16(&set, 5, 7);
@@ -186,7 +186,7 @@ TEST_F(DctFaults, SetWithoutMemoryIsNone) {
 
 // The thread's record is all that runs may need.
 TEST_F(DctFaults, RunsWithoutMemoryAreWhole) {
-  for (const Call& call : kCalls) {
+  for (const Call &call : kCalls) {
     SCOPED_TRACE(call.name);
     ASSERT_NO_FATAL_FAILURE(prepare(call, VEXO_FMT_NV12));
     TestImage::Contents expected;
@@ -212,7 +212,7 @@ TEST_F(DctFaults, RunsWithoutMemoryAreWhole) {
 }
 
 TEST_F(DctFaults, RunsWithoutThreadsAreWholeAndTell) {
-  for (const Call& call : kCalls) {
+  for (const Call &call : kCalls) {
     for (const int32_t format : {6, 1}) {
       SCOPED_TRACE(call.name);
       ASSERT_NO_FATAL_FAILURE(prepare(call, format));

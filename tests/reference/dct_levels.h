@@ -13,7 +13,7 @@ class Dct : public DctPictures {
   // Runs `body` with the portable form, then again, on the same destination,
   // at the level of the test: the bytes are the same.
   template <typename Body>
-  void at_both_levels(TestImage& dst, const Body& body) {
+  void at_both_levels(TestImage &dst, const Body &body) {
     const int level = lox::isa_level();
     const auto blank = dst.contents();
     lox::isa_limit(0);
@@ -29,7 +29,7 @@ class Dct : public DctPictures {
   }
 
   // Scales the pair and looks at all of both pictures.
-  void check(const Job& job) {
+  void check(const Job &job) {
     const Plan plan(pair_, job.prescale);
     const auto source = images_[0].contents();
     Canvas canvas(images_[1].contents());

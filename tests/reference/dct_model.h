@@ -29,7 +29,7 @@ struct Plane {
         height(std::max(h, 0)),
         samples(size_t{1} * width * height) {}
   // Bytes `first`, `first` + `step`, ... of each row.
-  Plane(const uint8_t* data, int32_t stride, int32_t w, int32_t h,
+  Plane(const uint8_t *data, int32_t stride, int32_t w, int32_t h,
         int32_t step = 1, int32_t first = 0)
       : Plane(w, h) {
     for (int32_t y = 0; y < height; ++y) {
@@ -38,7 +38,7 @@ struct Plane {
       }
     }
   }
-  uint8_t& at(int32_t x, int32_t y) { return samples[index(x, y)]; }
+  uint8_t &at(int32_t x, int32_t y) { return samples[index(x, y)]; }
   int32_t sample(int32_t x, int32_t y) const {
     return samples[index(std::min(x, width - 1), std::min(y, height - 1))];
   }
@@ -92,9 +92,9 @@ inline double basis(int32_t u, int32_t i, int32_t n) {
   return std::sqrt((u == 0 ? 1.0 : 2.0) / n) *
          std::cos((2.0 * i + 1) * u * 3.14159265358979323846 / (2.0 * n));
 }
-inline const std::vector<double>& basis_rows(int32_t n) {
+inline const std::vector<double> &basis_rows(int32_t n) {
   static std::map<int32_t, std::vector<double>> known;
-  std::vector<double>& rows = known[n];
+  std::vector<double> &rows = known[n];
   for (int32_t j = static_cast<int32_t>(rows.size()); j < 4 * n; ++j) {
     rows.push_back(basis(j / n, j % n, n));
   }
@@ -102,10 +102,10 @@ inline const std::vector<double>& basis_rows(int32_t n) {
 }
 
 using Coefficients = std::array<double, 16>;
-inline Coefficients transform(const Plane& plane, int32_t x0, int32_t y0,
+inline Coefficients transform(const Plane &plane, int32_t x0, int32_t y0,
                               int32_t width, int32_t height) {
-  const std::vector<double>& across = basis_rows(width);
-  const std::vector<double>& down = basis_rows(height);
+  const std::vector<double> &across = basis_rows(width);
+  const std::vector<double> &down = basis_rows(height);
   Coefficients c{};
   for (int32_t y = 0; y < height; ++y) {
     double row[4] = {};
@@ -139,7 +139,7 @@ inline int16_t weighted(int64_t high, int32_t weight) {
 }
 
 using Block = std::array<uint8_t, 16>;
-inline Block inverse(const std::array<int16_t, 16>& w) {
+inline Block inverse(const std::array<int16_t, 16> &w) {
   const auto four = [](const int64_t(&c)[4], int shift, int64_t(&out)[4]) {
     const int64_t e0 = 128 * (c[0] + c[2]), e1 = 128 * (c[0] - c[2]);
     const int64_t oa = 53 * c[1] - 128 * c[3], ob = 128 * c[1] + 53 * c[3];
@@ -165,7 +165,7 @@ inline Block inverse(const std::array<int16_t, 16>& w) {
 }
 
 // All blocks of a plane.
-inline Plane scaled(const Plane& from, const Axis& across, const Axis& down) {
+inline Plane scaled(const Plane &from, const Axis &across, const Axis &down) {
   if (across.count * down.count == 0) return {};
   Plane to(4 * across.count, 4 * down.count);
   // A coefficient just beside a whole number moves samples by up to a quarter
@@ -202,7 +202,7 @@ struct Means {
   // groups' samples count unalike if all rows do.
   int32_t pairs = 0;
 };
-inline Plane means(const Plane& from, const Means& m, int32_t width,
+inline Plane means(const Plane &from, const Means &m, int32_t width,
                    int32_t height) {
   constexpr int32_t kGroups[4][4] = {
       {0, 2, 4, 6}, {1, 3, 5, 7}, {8, 10, 12, 14}, {9, 11, 13, 15}};
@@ -231,9 +231,9 @@ inline Plane means(const Plane& from, const Means& m, int32_t width,
 
 // The plan of NV12 and NV21 sources.
 struct Plan {
-  Plan(const vexo_img* pair, int32_t factor) : prescale(factor) {
-    const vexo_img& src = pair[0];
-    const vexo_img& dst = pair[1];
+  Plan(const vexo_img *pair, int32_t factor) : prescale(factor) {
+    const vexo_img &src = pair[0];
+    const vexo_img &dst = pair[1];
     const int32_t w = src.width[0], h = src.height[0];
     if (factor == 0) {
       for (int p = 0; p < 2; ++p) {
@@ -278,11 +278,11 @@ struct Plan {
 
 // The bytes of a destination, and which of them are written.
 struct Canvas {
-  explicit Canvas(const TestImage::Contents& blank) : bytes(blank) {
+  explicit Canvas(const TestImage::Contents &blank) : bytes(blank) {
     for (int p = 0; p < 4; ++p) written[p].resize(bytes[p].size());
   }
   // As far as it reaches.
-  void put(const Plane& plane, int p, int32_t stride, int32_t rows,
+  void put(const Plane &plane, int p, int32_t stride, int32_t rows,
            int32_t step = 1, int32_t first = 0) {
     tolerance[p] = plane.tolerance;
     for (int32_t y = 0; y < std::min(plane.height, rows); ++y) {
@@ -299,8 +299,8 @@ struct Canvas {
 };
 
 // The planes of a picture, scaled: luma and the components of the pairs.
-inline std::array<Plane, 3> scaled(const Plan& plan, const vexo_img& src,
-                                   const vexo_img& dst) {
+inline std::array<Plane, 3> scaled(const Plan &plan, const vexo_img &src,
+                                   const vexo_img &dst) {
   std::array<Plane, 3> planes;
   for (int i = 0; i < 3; ++i) {
     const int p = i == 0 ? 0 : 1;
@@ -322,8 +322,8 @@ inline std::array<Plane, 3> scaled(const Plan& plan, const vexo_img& src,
 }
 
 // What a call leaves in the destination; `chroma` alone, for its thread.
-inline void draw(const Plan& plan, const vexo_img& src, const vexo_img& dst,
-                 bool chroma_alone, Canvas& canvas) {
+inline void draw(const Plan &plan, const vexo_img &src, const vexo_img &dst,
+                 bool chroma_alone, Canvas &canvas) {
   const int32_t format = dst.format;
   const bool served = format == VEXO_FMT_NV12 || format == VEXO_FMT_YUV420;
   const bool planned = plan.format == VEXO_FMT_NV12 ||

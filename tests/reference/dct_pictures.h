@@ -27,7 +27,7 @@ struct Job {
   bool own_strides;
 };
 
-inline std::ostream& operator<<(std::ostream& out, const Job& j) {
+inline std::ostream &operator<<(std::ostream &out, const Job &j) {
   return out << j.src.width << "x" << j.src.height << " to " << j.dst.width
              << "x" << j.dst.height << ", factor " << j.prescale << ", formats "
              << j.src_format << " and " << j.dst_format << ", selector "
@@ -37,9 +37,9 @@ inline std::ostream& operator<<(std::ostream& out, const Job& j) {
 // Pixels of four bytes, source and destination, and their planar forms: planes
 // of sizes alike and strides of their own.
 struct Quartet {
-  Quartet(Size src, Size dst, Random& random) {
+  Quartet(Size src, Size dst, Random &random) {
     for (int i = 0; i < 4; ++i) {
-      const Size& size = i % 2 == 0 ? src : dst;
+      const Size &size = i % 2 == 0 ? src : dst;
       for (int p = 0; p < (i < 2 ? 1 : 3); ++p) {
         const int32_t row = i < 2 ? 4 * size.width : size.width;
         const int32_t stride = row + random.between(0, 9);
@@ -65,17 +65,17 @@ enum class Content { kNoise, kSmooth, kExtremes };
 class DctPictures : public SeededTest {
  protected:
   struct Scaler {
-    Scaler(const vexo_img* source_and_destination, int32_t prescale)
+    Scaler(const vexo_img *source_and_destination, int32_t prescale)
         : pair(source_and_destination) {
-      std::memset(static_cast<void*>(&context), 0xA5, sizeof context);
+      std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
       status = vexo_rsz_new_init(pair, &context, &a, &b, prescale);
     }
     ~Scaler() { vexo_rsz_new_deinit(pair, &context, a, b); }
-    Scaler(const Scaler&) = delete;
-    Scaler& operator=(const Scaler&) = delete;
+    Scaler(const Scaler &) = delete;
+    Scaler &operator=(const Scaler &) = delete;
     int32_t run() { return vexo_rsz_new(&pair[0], &pair[1], &context, a, b); }
 
-    const vexo_img* pair;
+    const vexo_img *pair;
     vexo_rsz_new_context context;
     vexo_shift_set a = nullptr;
     vexo_shift_set b = nullptr;
@@ -84,11 +84,11 @@ class DctPictures : public SeededTest {
 
   // The pair without memory. What no call reads is 7777; the source's selector
   // is another than the destination's, which counts.
-  void describe(const Job& job) {
+  void describe(const Job &job) {
     const Size sizes[2] = {job.src, job.dst};
     const int32_t formats[2] = {job.src_format, job.dst_format};
     for (int i = 0; i < 2; ++i) {
-      vexo_img& img = pair_[i];
+      vexo_img &img = pair_[i];
       img = TestImage(formats[i]).img;
       img.color_std = i == 0 ? job.selector + 1 : job.selector;
       for (int p = 0; p < (formats[i] == VEXO_FMT_YUV420 ? 3 : 2); ++p) {
@@ -108,12 +108,12 @@ class DctPictures : public SeededTest {
     }
   }
 
-  static bool is_pairs(const vexo_img& img) {
+  static bool is_pairs(const vexo_img &img) {
     return img.format == VEXO_FMT_NV12 || img.format == VEXO_FMT_NV21;
   }
 
   // Memory for the planes that the descriptor has.
-  void allocate(const vexo_img& described, TestImage& image, vexo_img* place) {
+  void allocate(const vexo_img &described, TestImage &image, vexo_img *place) {
     for (int p = 0; p < 4; ++p) {
       const bool used = described.stride[p] != 7777;
       image.buffer[p].reset(
@@ -126,14 +126,14 @@ class DctPictures : public SeededTest {
   }
 
   // Smooth pictures are waves of some amplitude and length in both directions.
-  void fill(const vexo_img& img, TestImage& image, Content content) {
+  void fill(const vexo_img &img, TestImage &image, Content content) {
     image.fill(random);
     const int32_t phase = random.between(0, 99);
     for (int p = 0; p < 3 && content != Content::kNoise; ++p) {
       for (size_t i = 0; i < image.buffer[p].size(); ++i) {
         const double x = static_cast<double>(i % img.stride[p]);
         const double y = static_cast<double>(i / img.stride[p]);
-        uint8_t& byte = image.buffer[p].data()[i];
+        uint8_t &byte = image.buffer[p].data()[i];
         byte =
             content == Content::kExtremes
                 ? byte < 128 ? 0 : 255
@@ -143,7 +143,7 @@ class DctPictures : public SeededTest {
     }
   }
 
-  void make(const Job& job, Content content = Content::kNoise) {
+  void make(const Job &job, Content content = Content::kNoise) {
     ASSERT_NO_FATAL_FAILURE(describe(job));
     for (int i = 0; i < 2; ++i) allocate(pair_[i], images_[i], &pair_[i]);
     fill(pair_[0], images_[0], content);
@@ -151,7 +151,7 @@ class DctPictures : public SeededTest {
 
   // Whether written bytes are as near as they should and the others untouched.
   // Those that agree are counted.
-  testing::AssertionResult near(const TestImage& image, const Canvas& canvas) {
+  testing::AssertionResult near(const TestImage &image, const Canvas &canvas) {
     const auto actual = image.contents();
     for (int p = 0; p < 4; ++p) {
       if (!image.buffer[p].margin_intact()) {

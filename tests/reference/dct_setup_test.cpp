@@ -36,9 +36,9 @@ TEST_F(DctSetup, GeometryByHand) {
       {1, 500, 101, 35, {1, 1, 1, 1, 1, 1, 1, 1}},
       {5, 1, 101, 35, {112, 64, 48, 32, 112, 64, 48, 32}},
   };
-  for (const auto& k : kCases) {
+  for (const auto &k : kCases) {
     vexo_img pair[2] = {TestImage(k.format).img, TestImage(k.format).img};
-    for (vexo_img& img : pair) {
+    for (vexo_img &img : pair) {
       for (int p = 0; p < 3; ++p) {
         img.width[p] = p == 0 ? k.width : 53;
         img.height[p] = p == 0 ? k.height : 27;
@@ -50,7 +50,7 @@ TEST_F(DctSetup, GeometryByHand) {
     pair[1].color_std = k.selector;
     ASSERT_EQ(vexo_rsz_new_set_img(pair), VEXO_OK);
     Ints actual;
-    for (const vexo_img& img : pair) {
+    for (const vexo_img &img : pair) {
       actual.insert(actual.end(), {img.stride[0], img.stride[1],
                                    img.buf_height[0], img.buf_height[1]});
       const bool derived = is_pairs(img) && (k.selector | 1) == 1;
@@ -67,7 +67,7 @@ TEST_F(DctSetup, GeometryByHand) {
 
 // Padded sizes of source and destination, spans, smallest block, shifts of the
 // largest, types, columns narrow and wide, rows short and tall, three weights.
-Ints sizes(const vexo_rsz_new_context& c, int p) {
+Ints sizes(const vexo_rsz_new_context &c, int p) {
   for (int t = 0; t < 4; ++t) {
     EXPECT_EQ(c.block_width[p][t], c.block_width[p][0] + t % 2);
     EXPECT_EQ(c.block_height[p][t], c.block_height[p][0] + t / 2);
@@ -122,7 +122,7 @@ TEST_F(DctSetup, SizesByHand) {
       {16004, 16, 16000, 16, 0, 0,    16004, 16, 16000, 16,   1,     1,
        4,     4,  -1,    -1, 1, 4001, 0,     4,  0,     8224, 10402, 13159},
   };
-  for (const auto& k : kCases) {
+  for (const auto &k : kCases) {
     for (const int32_t format : {6, 1}) {
       const Job job = {{k[0], k[1]}, {k[2], k[3]}, k[4], 7, format, 0, false};
       const Ints expected(k + 6, std::end(k));
@@ -161,11 +161,11 @@ TEST_F(DctSetup, LayoutByHand) {
       {640, 480, 320, 120, 2, 6, 1, 320, 160, 240, 120, 320, 160, 128, 64, 0, 0,
        640, 0},
   };
-  for (const auto& k : kCases) {
+  for (const auto &k : kCases) {
     const Job job = {{k[0], k[1]}, {k[2], k[3]}, k[4], 6, k[5], k[6], false};
     ASSERT_NO_FATAL_FAILURE(describe(job));
     Scaler s(pair_, k[4]);
-    const vexo_rsz_new_context& c = s.context;
+    const vexo_rsz_new_context &c = s.context;
     EXPECT_EQ(c.prescale, k[4]);
     EXPECT_EQ(s.a == nullptr || s.b == nullptr, c.exact_ratio != 0);
     const Ints actual = {
@@ -185,7 +185,7 @@ double unit(bool of_a, int32_t points) {
 }
 
 // Its rows of 16 words.
-void check_entry(int16_t* const* entry, bool of_a, int32_t points,
+void check_entry(int16_t *const *entry, bool of_a, int32_t points,
                  int32_t rows) {
   for (int32_t u = 0; u < 4; ++u) {
     int64_t sum = 0;
@@ -210,7 +210,7 @@ void check_entry(int16_t* const* entry, bool of_a, int32_t points,
   }
 }
 
-void check_sets(const vexo_rsz_new_context& c, vexo_shift_set a,
+void check_sets(const vexo_rsz_new_context &c, vexo_shift_set a,
                 vexo_shift_set b) {
   for (int32_t i = 0; i < c.types[0] + c.types[1]; ++i) {
     const int p = i < c.types[0] ? 0 : 1;
@@ -228,7 +228,7 @@ void check_sets(const vexo_rsz_new_context& c, vexo_shift_set a,
 // Blocks follow each other and begin within half a sample of where the ratio
 // puts them; entries hold bases. By steps the same comes out.
 TEST_F(DctSetup, BlocksAndSets) {
-  for (const auto& [src, dst] : {std::pair<Size, Size>{{640, 480}, {160, 120}},
+  for (const auto &[src, dst] : {std::pair<Size, Size>{{640, 480}, {160, 120}},
                                  {{640, 486}, {160, 120}},
                                  {{648, 480}, {160, 120}},
                                  {{648, 486}, {160, 120}},
@@ -241,7 +241,7 @@ TEST_F(DctSetup, BlocksAndSets) {
     ASSERT_NO_FATAL_FAILURE(describe(job));
     Scaler s(pair_, 0);
     ASSERT_EQ(s.status, VEXO_OK);
-    vexo_rsz_new_context& c = s.context;
+    vexo_rsz_new_context &c = s.context;
     size_t blocks = 0;
     for (int p = 0; p < 2; ++p) {
       const int32_t columns = c.narrow_columns[p] + c.wide_columns[p];
@@ -313,10 +313,10 @@ TEST_F(DctSetup, ServedSizes) {
       {{kMost - 7, 1}, {kMost - 7, 1}, 0},
   };
   const auto start = std::chrono::steady_clock::now();
-  for (const auto& k : kCases) {
+  for (const auto &k : kCases) {
     vexo_img quartet[4] = {};
     for (int i = 2; i < 4; ++i) {
-      const Size& size = i == 2 ? k.src : k.dst;
+      const Size &size = i == 2 ? k.src : k.dst;
       quartet[i].width[0] = quartet[i].stride[0] = size.width;
       quartet[i].height[0] = quartet[i].buf_height[0] = size.height;
     }
@@ -369,8 +369,8 @@ TEST_F(DctSetup, FloatTransforms) {
       energy += double{1} * block.data()[i] * block.data()[i];
     }
     FDCT_BlockXYFn(block.data(),
-                   static_cast<float*>(static_cast<void*>(out.data())), height,
-                   width);
+                   static_cast<float *>(static_cast<void *>(out.data())),
+                   height, width);
     for (int i = 0; i < 16; ++i) {
       double sum = 0;
       for (int32_t y = 0; y < height; ++y) {
@@ -416,7 +416,7 @@ TEST_F(DctSetup, FullTransform) {
     sizes.push_back({n, random.between(4, 70)});
     sizes.push_back({random.between(4, 70), n});
   }
-  for (const Size& size : sizes) {
+  for (const Size &size : sizes) {
     ASSERT_NO_FATAL_FAILURE(describe({size, {4, 4}, 0, 6, 6, 2, true}));
     Scaler s(pair_, 0);
     ASSERT_EQ(s.status, VEXO_OK);
@@ -440,7 +440,7 @@ TEST_F(DctSetup, FullTransform) {
       out.reset(16 * sizeof(int32_t));
       vexo_fdct_blocknxn_full_compute(
           block.data(), size.width, size.height, s.a[0], s.b[0],
-          static_cast<int32_t*>(static_cast<void*>(out.data())));
+          static_cast<int32_t *>(static_cast<void *>(out.data())));
       ASSERT_TRUE(block.margin_intact() && out.margin_intact());
       const bool flat =
           std::adjacent_find(plane.samples.begin(), plane.samples.end(),

@@ -2,7 +2,6 @@
 // Scaling at every level against the model and the portable form: ratios,
 // formats, geometries, the parts that callers may use alone.
 #include <orumlox/unprefixed.h>
-
 #include <pthread.h>
 
 #include <cstdint>
@@ -38,7 +37,7 @@ TEST_F(Dct, AnyRatio) {
 }
 
 TEST_F(Dct, LargeRatiosAndPictures) {
-  for (const Job& job : {Job{{520, 525}, {4, 4}, 0, 6, 6, 0, false},
+  for (const Job &job : {Job{{520, 525}, {4, 4}, 0, 6, 6, 0, false},
                          Job{{1043, 530}, {8, 4}, 0, 7, 1, 1, false},
                          Job{{2100, 1056}, {4, 8}, 4, 6, 6, 2, true},
                          Job{{640, 480}, {160, 120}, 0, 6, 6, 0, false},
@@ -66,7 +65,7 @@ TEST_F(Dct, AnyChroma) {
                      2,
                      true};
     ASSERT_NO_FATAL_FAILURE(describe(job));
-    for (vexo_img& img : pair_) {
+    for (vexo_img &img : pair_) {
       for (int p = 1; p < 3 && img.stride[p] != 7777; ++p) {
         img.width[p] = n % 4 < 2 ? (img.width[0] + 1) / 2 : img.width[0] / 3;
         img.height[p] = n % 4 < 2 ? (img.height[0] + 1) / 2 : img.height[0];
@@ -92,7 +91,7 @@ TEST_F(Dct, FlatStaysFlatEveryValue) {
       Scaler s(pair_, 0);
       for (const int32_t level : {0, 128, 235, 255}) {
         for (int p = 0; p < 2; ++p) {
-          GuardedBuffer& buffer = images_[0].buffer[p];
+          GuardedBuffer &buffer = images_[0].buffer[p];
           std::memset(buffer.data(), level, buffer.size());
         }
         ASSERT_EQ(s.run(), VEXO_OK);
@@ -144,7 +143,7 @@ TEST_F(Dct, DestinationsThatGetLessThanAll) {
         ASSERT_TRUE(near(images_[1], canvas)) << job << ", run as " << format;
       }
     }
-    for (const auto& [src, dst] : {std::pair<Size, Size>{{64, 0}, {16, 16}},
+    for (const auto &[src, dst] : {std::pair<Size, Size>{{64, 0}, {16, 16}},
                                    {{64, 64}, {0, 0}},
                                    {{64, 64}, {16, -4}},
                                    {{9, 9}, {40, 40}},
@@ -187,7 +186,7 @@ TEST_F(Dct, PlanesAlone) {
     if (plan.exact != 0) continue;
     Scaler s(pair_, prescale);
     for (int p = 0; p < 2; ++p) {
-      const vexo_rsz_new_context& c = s.context;
+      const vexo_rsz_new_context &c = s.context;
       TestImage src(0), to(0);
       src.set_plane(p, 0, 0, 0,
                     plane_size(c.src_stride[p], c.src_rows[p], c.src_stride[p]),
@@ -212,7 +211,7 @@ TEST_F(Dct, PlanesAlone) {
 
 // An entry that waits, works, tells and ends with a null result.
 template <typename Worker>
-void run_thread(void* (*entry)(void*), Worker worker) {
+void run_thread(void *(*entry)(void *), Worker worker) {
   sem_t start, done;
   ASSERT_EQ(sem_init(&start, 0, 0), 0);
   ASSERT_EQ(sem_init(&done, 0, 0), 0);
@@ -224,7 +223,7 @@ void run_thread(void* (*entry)(void*), Worker worker) {
   sem_post(&start);
   while (sem_wait(&done) != 0) {
   }
-  void* result = &worker;
+  void *result = &worker;
   ASSERT_EQ(pthread_join(thread, &result), 0);
   EXPECT_EQ(result, nullptr);
   EXPECT_EQ(sem_trywait(&start), -1);
@@ -255,8 +254,8 @@ TEST_F(Dct, PixelsOfFourBytes) {
     const Size dst = {random.between(4, 60), random.between(4, 40)};
     const double ratio = n < 10 ? n / 2 + 1 : random.between(100, 900) / 100.0;
     Quartet q({times(dst.width, ratio), times(dst.height, ratio)}, dst, random);
-    const vexo_img& src = q.img[0];
-    const vexo_img* planar = q.img + 2;
+    const vexo_img &src = q.img[0];
+    const vexo_img *planar = q.img + 2;
     const Axis across(src.width[0], dst.width), down(src.height[0], dst.height);
     auto taken_apart = q.images[2].contents();
     Canvas canvas(q.images[3].contents());
@@ -319,7 +318,7 @@ TEST_F(Dct, PixelsOfFourBytes) {
 }
 
 TEST_F(Dct, PixelsWithoutBlocksAreLeftAlone) {
-  for (const Size& dst : {Size{40, 41}, Size{3, 40}}) {
+  for (const Size &dst : {Size{40, 41}, Size{3, 40}}) {
     Quartet q({3, 3}, dst, random);
     const auto before = q.images[1].contents();
     vexo_rsz_new_context context;
@@ -344,7 +343,7 @@ TEST_F(Dct, SmallestSources) {
                 {4, {4, 4}, 8, true, false},  {4, {3, 8}, 8, false, false},
                 {4, {4, 3}, 8, false, false}, {4, {4, 8}, 8, true, true},
                 {4, {4, 8}, 7, true, false},  {4, {4, 7}, 8, true, false}};
-  for (const auto& k : kCases) {
+  for (const auto &k : kCases) {
     const Job job = {k.size, {4, 4}, k.prescale, 6, 6, 2, true};
     ASSERT_NO_FATAL_FAILURE(describe(job));
     pair_[0].stride[1] = k.chroma_stride;
@@ -391,7 +390,7 @@ TEST_F(Dct, SlopesStayInPlace) {
                  {0, 58, 24, 0, 4, 0.5, 0.5},   {1, 124, 64, 0, 4, 0.5, 0.5},
                  {1, 160, 32, 2, 3, 0.5, 0.5},  {1, 160, 32, 4, 3, 0.9, 0.75},
                  {1, 192, 32, 4, 2, 0.8, 0.75}, {0, 160, 32, 4, 1, 0.5, 0.75}};
-  for (const auto& k : kSlopes) {
+  for (const auto &k : kSlopes) {
     for (const bool down : {false, true}) {
       const Job job = {
           {k.src, k.src}, {k.dst, k.dst}, k.prescale, 6, 1, 2, true};

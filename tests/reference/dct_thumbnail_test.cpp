@@ -16,7 +16,7 @@ class DctThumbnails : public Dct {
   static int32_t up(int32_t n, int32_t multiple) {
     return (n + multiple - 1) / multiple * multiple;
   }
-  static void set(vexo_img& img, int p, int32_t width, int32_t height,
+  static void set(vexo_img &img, int p, int32_t width, int32_t height,
                   int32_t stride, int32_t rows) {
     img.width[p] = width;
     img.height[p] = height;
@@ -25,8 +25,8 @@ class DctThumbnails : public Dct {
   }
 
   // What becomes of the result's geometry.
-  vexo_img turned_geometry(const vexo_img& before, int32_t rotation) const {
-    const vexo_img& in = pair_[1];
+  vexo_img turned_geometry(const vexo_img &before, int32_t rotation) const {
+    const vexo_img &in = pair_[1];
     vexo_img img = before;
     const int32_t w = in.width[0], h = in.height[0];
     const int32_t s = in.stride[0], t = in.buf_height[0];
@@ -59,7 +59,7 @@ class DctThumbnails : public Dct {
   vexo_img own_geometry(int32_t rotation) {
     vexo_img img = pair_[1];
     for (int p = 0; p < 3 && rotation != 0; ++p) {
-      const vexo_img& in = pair_[1];
+      const vexo_img &in = pair_[1];
       if (in.stride[p] == 7777) continue;
       const bool quarter = rotation == 1 || rotation == 2;
       const int32_t bytes = p == 1 && is_pairs(in) ? 2 : 1;
@@ -72,7 +72,7 @@ class DctThumbnails : public Dct {
   }
 
   // What the scaled planes of the pair's second are when turned.
-  static Plane turned(const Plane& from, int32_t w, int32_t h,
+  static Plane turned(const Plane &from, int32_t w, int32_t h,
                       int32_t rotation) {
     const bool quarter = rotation == 1 || rotation == 2;
     Plane to(quarter ? h : w, quarter ? w : h);
@@ -89,7 +89,7 @@ class DctThumbnails : public Dct {
     return to;
   }
 
-  void check_thumbnail(const Job& job, int32_t rotation) {
+  void check_thumbnail(const Job &job, int32_t rotation) {
     ASSERT_NO_FATAL_FAILURE(make(job));
     const Plan plan(pair_, job.prescale);
     const vexo_img before = own_geometry(rotation);
@@ -119,7 +119,7 @@ class DctThumbnails : public Dct {
     }
 
     vexo_img intermediate;
-    std::memset(static_cast<void*>(&intermediate), 0, sizeof intermediate);
+    std::memset(static_cast<void *>(&intermediate), 0, sizeof intermediate);
     vexo_rsz_new_context context;
     vexo_shift_set a, b;
     ASSERT_EQ(vexo_txc_new_init(pair_, &intermediate, &context, &a, &b,
@@ -178,7 +178,7 @@ TEST_F(DctThumbnails, AreScaledAndTurned) {
 TEST_F(DctThumbnails, PlanesWithoutBlocksAreZero) {
   for (const int32_t format : {1, 6}) {
     for (int32_t rotation = 1; rotation <= 5; ++rotation) {
-      for (const Job& job : {Job{{64, 7}, {16, 4}, 4, 6, format, 1, false},
+      for (const Job &job : {Job{{64, 7}, {16, 4}, 4, 6, format, 1, false},
                              Job{{22, 29}, {37, 65}, 2, 6, format, 1, false}}) {
         ASSERT_NO_FATAL_FAILURE(check_thumbnail(job, rotation));
       }

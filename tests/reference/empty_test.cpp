@@ -32,27 +32,27 @@ constexpr Extent kExtents[] = {{0, INT32_MAX},
 using Call = std::function<void(Extent, int32_t stride)>;
 
 // A call of each type of kernel: source and destination have the same extent.
-Call call_of(vexo_csc_kernel* kernel) {
+Call call_of(vexo_csc_kernel *kernel) {
   return [=](Extent e, int32_t stride) {
-    uint8_t* const planes[4] = {};
+    uint8_t *const planes[4] = {};
     const int32_t width[4] = {e.width, e.width, e.width, e.width};
     const int32_t height[4] = {e.height, e.height, e.height, e.height};
     const int32_t strides[4] = {stride, stride, stride, stride};
     kernel(planes, width, height, strides, strides, planes);
   };
 }
-Call call_of(vexo_rot_kernel* kernel) {
+Call call_of(vexo_rot_kernel *kernel) {
   return [=](Extent e, int32_t stride) {
     kernel(nullptr, e.width, e.height, stride, stride, nullptr);
   };
 }
-Call call_of(vexo_rsz_kernel* kernel) {
+Call call_of(vexo_rsz_kernel *kernel) {
   return [=](Extent e, int32_t stride) {
     kernel(nullptr, e.width, e.height, e.width, e.height, nullptr, stride,
            stride);
   };
 }
-Call call_of(vexo_rsz_scaler* scaler) {
+Call call_of(vexo_rsz_scaler *scaler) {
   return [=](Extent e, int32_t stride) {
     const auto scale = [&](Extent from, Extent to) {
       EXPECT_EQ(scaler(nullptr, from.width, from.height, to.width, to.height,
@@ -63,11 +63,11 @@ Call call_of(vexo_rsz_scaler* scaler) {
     scale({4, 4}, e);
   };
 }
-Call call_of(vexo_rsz_block_kernel* kernel) {
+Call call_of(vexo_rsz_block_kernel *kernel) {
   return
       [=](Extent e, int32_t) { kernel(nullptr, nullptr, e.width, e.height); };
 }
-Call call_of(vexo_rsz_columns_kernel* kernel) {
+Call call_of(vexo_rsz_columns_kernel *kernel) {
   // Columns from 8 on of every width, or rows `stride` bytes apart.
   return [=](Extent e, int32_t stride) {
     kernel(nullptr, nullptr, e.width, e.height, stride);
@@ -170,7 +170,7 @@ const std::vector<std::pair<std::string, Call>> kOthers = {
      }},
     {"Analyze_SrcLuma",
      [](Extent e, int32_t) { Analyze_SrcLuma(e.width, e.height, nullptr); }},
-    {"images", of_image([](vexo_img& img) {
+    {"images", of_image([](vexo_img &img) {
        vexo_cpy(&img, &img);
        vexo_crop(&img, &img);
        vexo_rsz(&img, &img);
@@ -182,11 +182,11 @@ const std::vector<std::pair<std::string, Call>> kOthers = {
        vexo_vqe_de(&img, &img, 1);
        vexo_dbf8x8_yuv(&img, 9);
      })},
-    {"padding", of_image([](vexo_img& img) {
+    {"padding", of_image([](vexo_img &img) {
        const vexo_img buffer = {};
        vexo_padding(&img, &buffer);
      })},
-    {"anaglyphs", of_image([](vexo_img& img) {
+    {"anaglyphs", of_image([](vexo_img &img) {
        vexo_img half = img;
        half.width[0] = img.width[0] / 2;
        img.width[0] = 2 * half.width[0];
@@ -200,14 +200,14 @@ const std::vector<std::pair<std::string, Call>> kOthers = {
 
 TEST(Empty, EndsAtOnceAndTouchesNothing) {
   std::vector<std::pair<std::string, Call>> calls = kOthers;
-  for_each_kernel([&](const char* name, auto* kernel) {
+  for_each_kernel([&](const char *name, auto *kernel) {
     calls.emplace_back(name, call_of(kernel));
   });
   EXPECT_GT(calls.size(), 300U);
-  for (const auto& [name, call] : calls) {
+  for (const auto &[name, call] : calls) {
     SCOPED_TRACE(name);
     const std::clock_t start = std::clock();
-    for (const Extent& e : kExtents) {
+    for (const Extent &e : kExtents) {
       for (const int32_t stride : {16, -16}) call(e, stride);
     }
     // What the processor did: machines may be busy.
@@ -217,7 +217,7 @@ TEST(Empty, EndsAtOnceAndTouchesNothing) {
 
 // Tone mapping chooses a luminance all the same, and starts no thread.
 TEST(Empty, ToneMappingStillChoosesALuminance) {
-  for (const Extent& e : kExtents) {
+  for (const Extent &e : kExtents) {
     vexo_img img = {};
     img.format = VEXO_FMT_P010LE;
     img.width[0] = e.width;
@@ -237,8 +237,8 @@ TEST(Tallest, ToneMappingEndsWithTheLastBand) {
   src.format = VEXO_FMT_YUV420PLANAR16;
   src.width[0] = 1;
   src.height[0] = INT32_MAX;
-  src.plane[0] = reinterpret_cast<uint8_t*>(&sample[0]);
-  src.plane[1] = src.plane[2] = reinterpret_cast<uint8_t*>(&sample[1]);
+  src.plane[0] = reinterpret_cast<uint8_t *>(&sample[0]);
+  src.plane[1] = src.plane[2] = reinterpret_cast<uint8_t *>(&sample[1]);
   vexo_img dst = {};
   dst.plane[0] = luma;
   EXPECT_EQ(vexo_hdr10_to_sdr8(&src, &dst, 0), VEXO_OK);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What comes before pixels: the context, the tone curve, the choice of the
 // final nit and the lines that are logged.
-#include "hdr/context.h"
-
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -10,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "hdr/context.h"
 #include "hdr_log.h"
 #include "hdr_pictures.h"
 #include "orumlox/unprefixed.h"
@@ -41,7 +40,7 @@ TEST(HdrContext, HasEveryMember) {
         const int32_t variant = n++ % 3;
         const auto expected = model_context(src, dst, nit, variant, hlg != 0);
         const auto memory = std::make_unique<vexo_hdr_context>();
-        vexo_hdr_context& c = *memory;
+        vexo_hdr_context &c = *memory;
         std::memset(&c, 0xA5, sizeof c);
         lox::build_hdr_context(&c, &src, &dst, nit, variant, hlg);
         SCOPED_TRACE("nit " + std::to_string(nit) + ", HLG " +
@@ -78,7 +77,7 @@ TEST(HdrContext, HasCurvesWorkedOutByHand) {
                  {2000, 4, 1.0387583836457881},
                  {4000, 9, 0.96129337316600758},
                  {4001, 13, 0.96826606685080509}};
-  for (const auto& k : kCurves) {
+  for (const auto &k : kCurves) {
     const vexo_img img{};
     vexo_hdr_context c;
     lox::build_hdr_context(&c, &img, &img, k.nit, 0, 0);
@@ -126,8 +125,8 @@ TEST_F(HdrNit, IsMeasured) {
       const int32_t rows = (height - 1) / step * step + 1;
       for (int times = 0; times < 60; ++times) {
         luma.reset(size_t{2} * width * rows, source_edge());
-        void* const data = luma.data();
-        uint16_t* const samples = static_cast<uint16_t*>(data);
+        void *const data = luma.data();
+        uint16_t *const samples = static_cast<uint16_t *>(data);
         std::fill_n(samples, size_t{1} * width * rows, uint16_t{1});
         const int32_t x = times == 0 ? (width - 1) / step * step
                                      : random.between(0, width - 1);
@@ -164,7 +163,7 @@ TEST_F(HdrNit, IsChosenWrittenAndLogged) {
     make_source(n % 3 == 0 ? 601 : 600, empty ? random.between(-1, 0) : 21,
                 empty ? random.between(0, 9) : 12,
                 n % 2 == 0 ? Content::kDim : Content::kRandom, mode == 1);
-    vexo_img& src = src_.img;
+    vexo_img &src = src_.img;
     for (int call = -1; call < kCallCount; ++call) {
       src.mode = mode;
       src.source_nit = nominal;
@@ -172,10 +171,10 @@ TEST_F(HdrNit, IsChosenWrittenAndLogged) {
       Lines expected = {"4 VEXO_HDR: source : " + std::to_string(mode) +
                         ", source_nit : " + std::to_string(nominal) + "\n"};
       if (mode == 1) {
-        const void* const luma = src.plane[0];
+        const void *const luma = src.plane[0];
         expected.push_back(
             max_line(largest_luma(src.width[0], src.height[0],
-                                  static_cast<const uint16_t*>(luma)))[0]);
+                                  static_cast<const uint16_t *>(luma)))[0]);
       }
       expected.push_back("4 VEXO_HDR: final nit : " + std::to_string(nit) +
                          "\n");

@@ -23,7 +23,7 @@ class HdrFaults : public HdrPictures {
 };
 
 TEST_F(HdrFaults, WithoutMemoryNothingIsDone) {
-  for (const Call& call : kCalls) {
+  for (const Call &call : kCalls) {
     const bool drops_status = std::string(call.name).starts_with("kind");
     bool done = false;
     for (int n = 1; !done; ++n) {
@@ -54,7 +54,7 @@ TEST_F(HdrFaults, WithoutMemoryNothingIsDone) {
 TEST_F(HdrFaults, WithoutThreadsThePictureIsWhole) {
   for (const int32_t format : {400, 500, 502, 1, 4, 6, 7, 0}) {
     for (unsigned mask = 0; mask < 8; ++mask) {
-      const Call& call = kCalls[random.between(0, kCallCount - 1)];
+      const Call &call = kCalls[random.between(0, kCallCount - 1)];
       make_source_of_all_threads();
       starts = joins = 0;
       failing_starts = mask;

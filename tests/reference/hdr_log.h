@@ -22,7 +22,7 @@ inline std::vector<std::string> take_log() {
 }  // namespace lox_test
 
 extern "C" __attribute__((format(printf, 3, 4))) int __android_log_print(
-    int priority, const char* tag, const char* format, ...) {
+    int priority, const char *tag, const char *format, ...) {
   char line[256];
   const int length = std::snprintf(line, sizeof line, "%d %s: ", priority, tag);
   va_list arguments;

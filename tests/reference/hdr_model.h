@@ -25,7 +25,7 @@ inline int32_t measured_nit(int32_t largest) {
   return largest <= 750 ? 1000 : largest <= 810 ? 2000 : 4001;
 }
 inline int32_t largest_luma(int32_t width, int32_t height,
-                            const uint16_t* luma) {
+                            const uint16_t *luma) {
   const int32_t step = width > 2000 ? 4 : 2;
   int32_t largest = 0;
   for (int32_t y = 0; y < height; y += step) {
@@ -35,11 +35,11 @@ inline int32_t largest_luma(int32_t width, int32_t height,
   }
   return largest;
 }
-inline int32_t final_nit(const vexo_img& src) {
+inline int32_t final_nit(const vexo_img &src) {
   if (src.mode != 1) return src.source_nit <= 1500 ? 1000 : 4000;
-  const void* luma = src.plane[0];
+  const void *luma = src.plane[0];
   return measured_nit(largest_luma(src.width[0], src.height[0],
-                                   static_cast<const uint16_t*>(luma)));
+                                   static_cast<const uint16_t *>(luma)));
 }
 
 inline double tone_curve(double x, double s, double t, int32_t n, double a) {
@@ -80,7 +80,7 @@ inline vexo_hdr_context fill_tables(int32_t nit, bool hlg) {
   return c;
 }
 
-inline vexo_hdr_context model_context(const vexo_img& src, const vexo_img& dst,
+inline vexo_hdr_context model_context(const vexo_img &src, const vexo_img &dst,
                                       int32_t nit, int32_t variant, bool hlg) {
   static std::map<std::pair<int32_t, bool>, vexo_hdr_context> tables;
   const auto found = tables.find({nit, hlg});
@@ -100,10 +100,10 @@ inline vexo_hdr_context model_context(const vexo_img& src, const vexo_img& dst,
 
 struct Pixel {
   int32_t r, g, b, y, u, v;
-  bool operator==(const Pixel&) const = default;
+  bool operator==(const Pixel &) const = default;
 };
 
-inline Pixel tone_map(const vexo_hdr_context& c, int32_t y_code, int32_t u_code,
+inline Pixel tone_map(const vexo_hdr_context &c, int32_t y_code, int32_t u_code,
                       int32_t v_code) {
   // No product lies half way between two integers.
   const auto nearest = [](double x) { return std::lround(x); };
@@ -121,7 +121,7 @@ inline Pixel tone_map(const vexo_hdr_context& c, int32_t y_code, int32_t u_code,
       nearest(y) + nearest(1.8814 * u)};
   int32_t linear[3];
   for (int i = 0; i < 3; ++i) {
-    const auto* table = c.hlg != 0 ? c.hlg_linear : c.pq;
+    const auto *table = c.hlg != 0 ? c.hlg_linear : c.pq;
     linear[i] = table[std::clamp(signal[i], 0L, 1023L)];
   }
 
@@ -154,8 +154,8 @@ inline Pixel tone_map(const vexo_hdr_context& c, int32_t y_code, int32_t u_code,
 }
 
 // The pixel of a source picture.
-inline Pixel pixel_at(const vexo_hdr_context& c, int32_t x, int32_t row) {
-  const vexo_img& src = *c.src;
+inline Pixel pixel_at(const vexo_hdr_context &c, int32_t x, int32_t row) {
+  const vexo_img &src = *c.src;
   const bool planar = src.format == VEXO_FMT_YUV420PLANAR16;
   if (!planar && src.format != VEXO_FMT_P010LE) return tone_map(c, 0, 0, 0);
   // Planes 1 and 2 have one stride; rows are whole words apart.
@@ -184,7 +184,7 @@ inline bool unsupported(int32_t format) {
 }
 
 // The rows first to end - 1 as one band.
-inline std::vector<Write> band(const vexo_hdr_context& c, int32_t first,
+inline std::vector<Write> band(const vexo_hdr_context &c, int32_t first,
                                int32_t end) {
   const int32_t format = c.dst->format;
   if (unsupported(format)) return {};
@@ -234,7 +234,7 @@ inline std::vector<Write> band(const vexo_hdr_context& c, int32_t first,
 }
 
 // A whole picture is its bands of four rows, one after the other.
-inline std::vector<Write> picture(const vexo_hdr_context& c) {
+inline std::vector<Write> picture(const vexo_hdr_context &c) {
   std::vector<Write> writes;
   for (int32_t first = 0; first < c.height; first += 4) {
     const auto more = band(c, first, first + 4);

@@ -23,17 +23,17 @@ constexpr int32_t kDestinations[] = {400, 500, 502, 1,   4,   6,   7,
 constexpr int32_t kUnsupported[] = {200, 201, 399, 401, 499, 501, 503, 599};
 
 struct Call {
-  const char* name;
+  const char *name;
   int32_t variant;
   bool hlg;
-  int32_t (*run)(vexo_img* src, const vexo_img* dst);
+  int32_t (*run)(vexo_img *src, const vexo_img *dst);
 };
 template <int32_t variant>
-int32_t run_hdr10(vexo_img* src, const vexo_img* dst) {
+int32_t run_hdr10(vexo_img *src, const vexo_img *dst) {
   return vexo_hdr10_to_sdr8(src, dst, variant);
 }
 template <int32_t kind>
-int32_t run_kind(vexo_img* src, const vexo_img* dst) {
+int32_t run_kind(vexo_img *src, const vexo_img *dst) {
   return vexo_hdr_to_sdr(src, dst, kind);
 }
 constexpr Call kCalls[] = {{"variant 0", 0, false, run_hdr10<0>},
@@ -103,20 +103,20 @@ class HdrPictures : public SeededTest {
   }
 
   // Gives the destination room for these bytes; what it will hold.
-  TestImage::Contents make_room(const std::vector<Write>& writes) {
+  TestImage::Contents make_room(const std::vector<Write> &writes) {
     size_t size[4] = {};
-    for (const Write& w : writes) {
+    for (const Write &w : writes) {
       size[w.plane] = std::max(size[w.plane], w.at + 1);
     }
     for (int p = 0; p < 4; ++p) {
       dst_.set_plane(p, -7777, -7777, -7777, size[p], edge());
     }
     TestImage::Contents expected = dst_.contents();
-    for (const Write& w : writes) expected[w.plane][w.at] = w.value;
+    for (const Write &w : writes) expected[w.plane][w.at] = w.value;
     return expected;
   }
 
-  void check(const Call& call, int32_t dst_format) {
+  void check(const Call &call, int32_t dst_format) {
     dst_.img.format = dst_format;
     const int32_t nit = final_nit(src_.img);
     const auto expected = make_room(picture(
@@ -140,7 +140,7 @@ class HdrPictures : public SeededTest {
   }
 
   // Whether the source's descriptor is this one.
-  bool describes(const vexo_img& img) const {
+  bool describes(const vexo_img &img) const {
     constexpr size_t kSize = offsetof(vexo_img, source_nit) + sizeof(int32_t);
     return std::memcmp(&img, &src_.img, kSize) == 0;
   }

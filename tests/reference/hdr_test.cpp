@@ -18,12 +18,12 @@ using Hdr = HdrPictures;
 
 // What the standard error stream gets of a call.
 template <typename Call>
-std::string errors_of(const Call& call) {
+std::string errors_of(const Call &call) {
   testing::internal::CaptureStderr();
   call();
   return testing::internal::GetCapturedStderr();
 }
-std::string lines(const vexo_hdr_context& c, int32_t rows) {
+std::string lines(const vexo_hdr_context &c, int32_t rows) {
   const int32_t chunks = (c.width + c.chunk - 1) / c.chunk * rows;
   std::string all;
   for (int32_t i = 0; i < chunks; ++i) {
@@ -46,7 +46,7 @@ TEST_F(Hdr, PixelsWorkedOutByHand) {
                  {4000, 0, 600, 560, 470, {16, 156, 216, 130, 175, 53}},
                  {1000, 3, 502, 512, 512, {119, 119, 119, 119, 128, 128}},
                  {1000, 3, 600, 480, 560, {176, 135, 126, 143, 118, 149}}};
-  for (const auto& k : kPixels) {
+  for (const auto &k : kPixels) {
     make_source(VEXO_FMT_YUV420PLANAR16, 1, 1, Content::kRandom);
     const int32_t codes[] = {k.y, k.u, k.v};
     for (int p = 0; p < 3; ++p) {
@@ -58,7 +58,7 @@ TEST_F(Hdr, PixelsWorkedOutByHand) {
       src_.img.mode = 0;
       src_.img.source_nit = k.nominal;
       ASSERT_NO_FATAL_FAILURE(check(kCalls[k.call], format));
-      uint8_t* const* plane = dst_.img.plane;
+      uint8_t *const *plane = dst_.img.plane;
       if (format == VEXO_FMT_RGB888) {
         actual = {plane[0][0], plane[0][1], plane[0][2], 0, 0, 0};
       } else {
@@ -87,7 +87,7 @@ TEST_F(Hdr, EveryDestinationAndSize) {
 }
 
 TEST_F(Hdr, EveryCode) {
-  for (const Call& call : kCalls) {
+  for (const Call &call : kCalls) {
     for (const int32_t source : {600, 601}) {
       for (const int32_t format : {502, 6}) {
         make_source(source, 64, 64, Content::kSweep);
@@ -141,15 +141,15 @@ TEST_F(Hdr, AnyBandOfAnyContext) {
     dst_.img.format = kDestinations[n % std::size(kDestinations)];
     auto c = model_context(src_.img, dst_.img, 1000, random.between(-1, 2),
                            random.between(0, 1) != 0);
-    const auto& limits = kLimits[random.between(0, 4)];
+    const auto &limits = kLimits[random.between(0, 4)];
     const bool beyond = limits.gain_high > kMaxGain;
-    for (uint16_t* table : {c.pq, c.hlg_linear}) {
+    for (uint16_t *table : {c.pq, c.hlg_linear}) {
       for (int i = 0; i < 1024; ++i) {
         table[i] = static_cast<uint16_t>(
             random.between(limits.linear_low, limits.linear_high));
       }
     }
-    for (uint16_t& g : c.gain) {
+    for (uint16_t &g : c.gain) {
       g = static_cast<uint16_t>(random.between(0, limits.gain_high));
     }
     random.fill(c.gamma, sizeof c.gamma);
@@ -162,7 +162,7 @@ TEST_F(Hdr, AnyBandOfAnyContext) {
     ASSERT_EQ(_vexo_hdr10_to_sdr8(&c, -random.between(1, 8), end), 0);
     ASSERT_TRUE(holds(dst_, blank));
     const int32_t status = _vexo_hdr10_to_sdr8(&c, first, end);
-    for (const Write& w : writes) {
+    for (const Write &w : writes) {
       if (beyond) expected[w.plane][w.at] = dst_.img.plane[w.plane][w.at];
     }
     const auto written = holds(dst_, expected);
@@ -179,7 +179,7 @@ TEST_F(Hdr, UnsupportedDestinationsGetLinesAlone) {
   for (const int32_t format : kUnsupported) {
     for (const int32_t width : {1, 8, 9, 32, 48, 80, 97}) {
       const int32_t height = random.between(1, 9);
-      const Call& call = kCalls[random.between(0, kCallCount - 1)];
+      const Call &call = kCalls[random.between(0, kCallCount - 1)];
       make_source(random.between(600, 601), width, height, Content::kRandom);
       dst_.img.format = format;
       const auto c = model_context(src_.img, dst_.img, 1000, 0, call.hlg);
@@ -196,9 +196,9 @@ TEST_F(Hdr, SizesBelowOneGetNothing) {
   constexpr int32_t kSizes[][2] = {{0, 5},          {5, 0},         {-1, 5},
                                    {5, -3},         {0, 0},         {-7, -7},
                                    {32, INT32_MIN}, {INT32_MIN, 32}};
-  for (const auto& [width, height] : kSizes) {
+  for (const auto &[width, height] : kSizes) {
     for (const int32_t format : {400, 500, 1, 4, 6, 100, 201}) {
-      const Call& call = kCalls[random.between(0, kCallCount - 1)];
+      const Call &call = kCalls[random.between(0, kCallCount - 1)];
       make_source(random.between(600, 601), width, height, Content::kRandom);
       EXPECT_EQ(errors_of([&] { check(call, format); }), "");
       ASSERT_FALSE(HasFailure()) << format << ", " << width << "x" << height;
@@ -209,7 +209,7 @@ TEST_F(Hdr, SizesBelowOneGetNothing) {
 // Their planes are not looked at where the nit is not measured.
 TEST_F(Hdr, OtherSourcesAreZero) {
   for (const int32_t source : {INT32_MIN, -1, 0, 6, 500, 599, 602, 1625}) {
-    for (const Call& call : kCalls) {
+    for (const Call &call : kCalls) {
       make_source(source, random.between(1, 70), random.between(1, 12),
                   Content::kRandom);
       src_.img.mode = 0;

@@ -24,8 +24,8 @@ struct Scheduler : vexo_hdr_scheduler {
     pthread_mutex_init(&mutex, nullptr);
   }
   ~Scheduler() { pthread_mutex_destroy(&mutex); }
-  Scheduler(const Scheduler&) = delete;
-  Scheduler& operator=(const Scheduler&) = delete;
+  Scheduler(const Scheduler &) = delete;
+  Scheduler &operator=(const Scheduler &) = delete;
 };
 
 TEST_F(HdrThreads, DoEveryDestination) {
@@ -53,16 +53,16 @@ TEST_F(HdrThreads, AreHandedEveryBandOnce) {
       Scheduler shared(first, limit);
       std::array<std::vector<int32_t>, 4> got;
       std::vector<std::thread> threads;
-      for (auto& rows : got) {
+      for (auto &rows : got) {
         threads.emplace_back([&] {
           for (int32_t row; (row = getStart(&shared)) >= 0;) {
             rows.push_back(row);
           }
         });
       }
-      for (std::thread& t : threads) t.join();
+      for (std::thread &t : threads) t.join();
       std::vector<int32_t> all;
-      for (const auto& rows : got) {
+      for (const auto &rows : got) {
         EXPECT_TRUE(std::is_sorted(rows.begin(), rows.end()));
         all.insert(all.end(), rows.begin(), rows.end());
       }
@@ -104,7 +104,7 @@ TEST_F(HdrThreads, OfTheCaller) {
                 0);
     }
     for (const pthread_t thread : threads) {
-      void* result = &scheduler;
+      void *result = &scheduler;
       ASSERT_EQ(pthread_join(thread, &result), 0);
       EXPECT_EQ(result, nullptr);
     }
@@ -118,7 +118,7 @@ TEST_F(HdrThreads, OfTheCaller) {
 TEST_F(HdrThreads, OfSeveralCalls) {
   make_source(VEXO_FMT_P010LE, 45, 66, Content::kRandom);
   dst_.img.format = VEXO_FMT_RGBA8888;
-  const auto run = [&](const Call& call, std::vector<uint8_t>& bytes) {
+  const auto run = [&](const Call &call, std::vector<uint8_t> &bytes) {
     bytes.resize(size_t{4} * 45 * 66);
     vexo_img src = src_.img;
     vexo_img dst = dst_.img;
@@ -131,7 +131,7 @@ TEST_F(HdrThreads, OfSeveralCalls) {
   for (int i = 0; i < kCallCount; ++i) {
     threads.emplace_back([&, i] { run(kCalls[i], actual[i]); });
   }
-  for (std::thread& t : threads) t.join();
+  for (std::thread &t : threads) t.join();
   EXPECT_EQ(actual, expected);
 }
 

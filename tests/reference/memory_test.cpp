@@ -14,22 +14,22 @@ namespace lox_test {
 namespace {
 
 struct Allocator {
-  const char* name;
-  void* (*allocate)(uint32_t);
-  void (*release)(void*);
+  const char *name;
+  void *(*allocate)(uint32_t);
+  void (*release)(void *);
 };
 
 class AlignedBlock : public SeededTest,
                      public testing::WithParamInterface<Allocator> {};
 
 TEST_P(AlignedBlock, LiesInAHeapBlockWhoseAddressPrecedesIt) {
-  std::vector<uint8_t*> blocks;
+  std::vector<uint8_t *> blocks;
   for (int i = 0; i < 200; ++i) {
     // All small sizes, zero first, and then larger ones.
     const int32_t size = i < 100 ? i : random.between(100, 100000);
-    auto* block = static_cast<uint8_t*>(GetParam().allocate(size));
+    auto *block = static_cast<uint8_t *>(GetParam().allocate(size));
     ASSERT_NE(block, nullptr) << size;
-    void* raw = nullptr;
+    void *raw = nullptr;
     std::memcpy(&raw, block - sizeof(raw), sizeof(raw));
     // The first multiple of 32 at least 4 bytes into the heap's block.
     EXPECT_EQ(reinterpret_cast<uintptr_t>(block),
@@ -38,7 +38,7 @@ TEST_P(AlignedBlock, LiesInAHeapBlockWhoseAddressPrecedesIt) {
     blocks.push_back(block);
     std::memset(block, 0xFF, size);
   }
-  for (uint8_t* block : blocks) GetParam().release(block);
+  for (uint8_t *block : blocks) GetParam().release(block);
   GetParam().release(nullptr);
 }
 
@@ -50,10 +50,10 @@ TEST_P(AlignedBlock, IsRefusedWhenItsSizeWraps) {
   // Volatile, or the compiler refuses the size, or leaves the allocation out
   // and takes it for granted.
   volatile size_t whole = UINT32_MAX;
-  void* volatile const probe = std::malloc(whole);
+  void *volatile const probe = std::malloc(whole);
   const bool granted = probe != nullptr;
   std::free(probe);
-  void* const block = GetParam().allocate(UINT32_MAX - 36);
+  void *const block = GetParam().allocate(UINT32_MAX - 36);
   EXPECT_EQ(block != nullptr, granted);
   GetParam().release(block);
 }
@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Allocator{"plain", mlox_malloc_align32, mlox_mfree_align32},
                     Allocator{"fast", mlox_malloc_fast_align32,
                               mlox_mfree_fast_align32}),
-    [](const auto& instance) { return instance.param.name; });
+    [](const auto &instance) { return instance.param.name; });
 
 }  // namespace
 }  // namespace lox_test

@@ -22,10 +22,10 @@ struct Yuv {
 struct Weights {
   int32_t y[3], black, u[3], v[3];
 
-  static int32_t sum(const int32_t (&w)[3], const Channels& c) {
+  static int32_t sum(const int32_t (&w)[3], const Channels &c) {
     return w[0] * (c.r >> 8) + w[1] * (c.g >> 8) + w[2] * (c.b >> 8);
   }
-  Yuv convert(const Channels& c) const {
+  Yuv convert(const Channels &c) const {
     return {(sum(y, c) >> 8) + black, ((sum(u, c) + 128) >> 8) + 128,
             ((sum(v, c) + 128) >> 8) + 128};
   }
@@ -49,7 +49,7 @@ class RgbKernels : public SeededTest,
  protected:
   // A random picture. From `first` on, 4096 values of a pixel lie side by side
   // where they give luma and chroma.
-  void check(int32_t width, int32_t height, const Padding& pad, Edge edge,
+  void check(int32_t width, int32_t height, const Padding &pad, Edge edge,
              std::optional<int32_t> first = {}) {
     const int32_t bytes = from_.pixel_bytes;
     const int32_t stride = width * bytes + pad.src;
@@ -57,7 +57,7 @@ class RgbKernels : public SeededTest,
                    plane_size(width * bytes, height, stride), edge);
     src_.fill(random);
     for (int32_t n = 0; first && n < 4096; ++n) {
-      uint8_t* pixel = src_.img.plane[0] + n * (block() * bytes);
+      uint8_t *pixel = src_.img.plane[0] + n * (block() * bytes);
       for (int i = 0; i < std::min(bytes, 3); ++i) {
         pixel[i] = static_cast<uint8_t>((*first + n) >> (8 * i));
       }
@@ -86,19 +86,19 @@ class RgbKernels : public SeededTest,
  private:
   // The source alone decides how much is converted.
   void set_destination(int p, int32_t row_bytes, int32_t rows,
-                       const Padding& pad, Edge edge) {
+                       const Padding &pad, Edge edge) {
     const int32_t stride = std::max(row_bytes, 0) + pad.dst[p];
     dst_.set_plane(p, 8, 8, stride, plane_size(row_bytes, rows, stride), edge);
   }
 
-  void convert(int32_t width, int32_t height, TestImage::Contents& expected) {
+  void convert(int32_t width, int32_t height, TestImage::Contents &expected) {
     const int32_t standard = GetParam().standard;
-    const Weights& weights = standard == VEXO_STD_BT601_FULL ? kBt601Full
+    const Weights &weights = standard == VEXO_STD_BT601_FULL ? kBt601Full
                              : standard == VEXO_STD_BT709    ? kBt709
                                                              : kDefault;
     vexo_img out = dst_.img;
     for (int p = 0; p < 4; ++p) out.plane[p] = expected[p].data();
-    const auto put = [&](const Place& place, int32_t x, int32_t y, int32_t c) {
+    const auto put = [&](const Place &place, int32_t x, int32_t y, int32_t c) {
       *Source::at(place, false, out, x, y) = static_cast<uint8_t>(c);
     };
     for (int32_t y = 0; y < height; ++y) {
@@ -123,9 +123,9 @@ class RgbKernels : public SeededTest,
     }
   }
 
-  const Destination& from_ = *rgb_layout(GetParam().src);
+  const Destination &from_ = *rgb_layout(GetParam().src);
   // The destination's layout is one of these.
-  const Destination* const to_rgb_ = rgb_layout(GetParam().dst);
+  const Destination *const to_rgb_ = rgb_layout(GetParam().dst);
   const Source to_yuv_ = yuv_layout(GetParam().dst);
   TestImage src_{0};
   TestImage dst_{0};
@@ -135,7 +135,7 @@ TEST_P(RgbKernels, ConvertEverySize) {
   for (int32_t width = -1; width <= 1923; width += width == 100 ? 1817 : 1) {
     for (const int32_t height : {-1, 0, 1, 2, 3, 4, 5, 8, 9}) {
       if (width > 100 && height > 3) continue;
-      for (const Padding& pad : kPaddings) {
+      for (const Padding &pad : kPaddings) {
         for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
           ASSERT_NO_FATAL_FAILURE(check(width, height, pad, edge));
         }
@@ -148,7 +148,7 @@ TEST_P(RgbKernels, ConvertEverySize) {
 // each standard. Others differ from them in the order of bytes or planes.
 std::vector<Conversion> distinct_routes() {
   std::vector<Conversion> routes;
-  for (const Conversion& r : rgb_routes()) {
+  for (const Conversion &r : rgb_routes()) {
     const bool pixels =
         r.src == VEXO_FMT_RGB565 || r.src == VEXO_FMT_BGR565 ||
         (r.src == VEXO_FMT_RGBA8888 &&
@@ -171,9 +171,9 @@ TEST_P(RgbRoutes, ConvertEveryValue) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, RgbKernels, testing::ValuesIn(rgb_routes()),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 INSTANTIATE_TEST_SUITE_P(, RgbRoutes, testing::ValuesIn(distinct_routes()),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 }  // namespace
 }  // namespace lox_test

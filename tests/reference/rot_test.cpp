@@ -34,7 +34,7 @@ struct Turn {
     return plane_size(dst_row(), dst_rows(), dst_stride());
   }
 
-  void apply(const uint8_t* src, std::vector<uint8_t>& dst) const {
+  void apply(const uint8_t *src, std::vector<uint8_t> &dst) const {
     // Copies of 16-bit units round their strides down.
     const int32_t odd = code == VEXO_ROT_COPY && unit == 2 ? 1 : 0;
     for (int32_t y = 0; y < height; ++y) {
@@ -43,7 +43,7 @@ struct Turn {
         const int32_t up = height - 1 - y;
         const int32_t places[6][2] = {{x, y},     {y, left}, {up, x},
                                       {left, up}, {left, y}, {x, up}};
-        const int32_t* to = places[code];
+        const int32_t *to = places[code];
         for (int32_t i = 0; i < unit; ++i) {
           dst[to[1] * (dst_stride() & ~odd) + to[0] * unit + i] =
               src[y * (src_stride() & ~odd) + x * unit + i];
@@ -54,8 +54,8 @@ struct Turn {
 };
 
 struct Kernel {
-  const char* name;
-  vexo_rot_kernel* kernel;
+  const char *name;
+  vexo_rot_kernel *kernel;
   int32_t unit;
   uint32_t code;
 };
@@ -64,7 +64,7 @@ class RotKernel : public SeededTest,
                   public testing::WithParamInterface<Kernel> {};
 
 TEST_P(RotKernel, MovesEachUnitWholeAndNothingElse) {
-  const Kernel& k = GetParam();
+  const Kernel &k = GetParam();
   // The largest is beyond the caches, its rows aligned on both sides.
   std::vector<std::array<int32_t, 2>> sizes = {
       {1920, 1088}, {1917, 67}, {67, 1917}, {4099, 1}, {1, 4099},
@@ -74,7 +74,7 @@ TEST_P(RotKernel, MovesEachUnitWholeAndNothingElse) {
   }
   GuardedBuffer src;
   GuardedBuffer dst;
-  for (const auto& [width, height] : sizes) {
+  for (const auto &[width, height] : sizes) {
     for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
       Turn t{k.unit, k.code, width, height, 0, 0};
       if (edge == Edge::kEnd) {
@@ -105,17 +105,17 @@ TEST_P(RotKernel, MovesEachUnitWholeAndNothingElse) {
 constexpr Kernel kKernels[] = {KERNELS(8b, 1), KERNELS(16b, 2), KERNELS(24b, 3),
                                KERNELS(32b, 4)};
 INSTANTIATE_TEST_SUITE_P(, RotKernel, testing::ValuesIn(kKernels),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 TEST(RotTables, HaveTheKernelOfEachCode) {
-  vexo_rot_kernel* const* const tables[] = {
+  vexo_rot_kernel *const *const tables[] = {
       vexo_tbl_fn_rot_8b, vexo_tbl_fn_rot_16b, vexo_tbl_fn_rot_24b,
       vexo_tbl_fn_rot_32b};
   EXPECT_EQ(tables[0][VEXO_ROT_COPY], vexo_cpy_8b);
   EXPECT_EQ(tables[1][VEXO_ROT_COPY], vexo_cpy_16b);
   EXPECT_EQ(tables[2][VEXO_ROT_COPY], vexo_cpy_24b);
   EXPECT_EQ(tables[3][VEXO_ROT_COPY], vexo_cpy_32b);
-  for (const Kernel& k : kKernels) {
+  for (const Kernel &k : kKernels) {
     EXPECT_EQ(tables[k.unit - 1][k.code], k.kernel) << k.name;
   }
 }
@@ -170,7 +170,7 @@ TEST_F(RotImage, TurnsThePlanesOfItsFormatCode) {
 // What the codes mean, by eye: the rows abc and def.
 TEST(RotTables, TurnThreeByTwo) {
   const uint8_t src[] = {'a', 'b', 'c', 'd', 'e', 'f'};
-  const char* const turned[] = {"abcdef", "cfbead", "daebfc",
+  const char *const turned[] = {"abcdef", "cfbead", "daebfc",
                                 "fedcba", "cbafed", "defabc"};
   for (int code = 0; code < 6; ++code) {
     uint8_t dst[6];

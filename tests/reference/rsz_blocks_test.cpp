@@ -28,17 +28,17 @@ constexpr int32_t kInterleaved[4][4] = {
 enum class Form { kAll, kFirst, kRemain, kStrided };
 
 struct Kernel {
-  vexo_rsz_columns_kernel* kernel;
-  const char* name;
+  vexo_rsz_columns_kernel *kernel;
+  const char *name;
   int32_t unit;  // bytes
   int32_t factor;
   Form form;
-  const Weights& weights;
+  const Weights &weights;
   // Of kernels whose pairs are interleaved: the weights of a last run.
-  const Weights* last_run = nullptr;
+  const Weights *last_run = nullptr;
 
   // `last` is the last argument: columns or a stride, in bytes.
-  void model(const uint8_t* src, uint8_t* dst, int32_t width, int32_t height,
+  void model(const uint8_t *src, uint8_t *dst, int32_t width, int32_t height,
              int32_t last) const {
     const int32_t begin = form == Form::kRemain ? last / unit : 0;
     const int32_t end = (form == Form::kFirst ? last : width) / unit;
@@ -47,7 +47,7 @@ struct Kernel {
       for (int32_t x = begin; x < end; ++x) {
         const int32_t run = begin + (x - begin) / 4 * 4;
         const bool whole_run = last_run != nullptr && run + 4 <= end;
-        const Weights& w =
+        const Weights &w =
             last_run == nullptr || whole_run ? weights : *last_run;
         int32_t sum[2] = {};
         int32_t total = 0;
@@ -94,7 +94,7 @@ class RszBlocks : public SeededTest,
                   public testing::WithParamInterface<Kernel> {};
 
 TEST_P(RszBlocks, AverageAndKeepTheRest) {
-  const Kernel& k = GetParam();
+  const Kernel &k = GetParam();
   GuardedBuffer src;
   GuardedBuffer dst;
   std::vector<int32_t> widths = {127, 255, 514};
@@ -121,7 +121,7 @@ TEST_P(RszBlocks, AverageAndKeepTheRest) {
 
 // The destination at the source, before it or anywhere inside.
 TEST_P(RszBlocks, WriteOneOutputAfterTheOther) {
-  const Kernel& k = GetParam();
+  const Kernel &k = GetParam();
   GuardedBuffer both;
   for (int n = 0; n < 3000; ++n) {
     // An output of pairs lies where pairs of the source do: whether a pair is
@@ -154,7 +154,7 @@ TEST_P(RszBlocks, WriteOneOutputAfterTheOther) {
 }
 
 #define WHOLE(name)                                                   \
-  [](const uint8_t* src, uint8_t* dst, int32_t width, int32_t height, \
+  [](const uint8_t *src, uint8_t *dst, int32_t width, int32_t height, \
      int32_t) { vexo_##name(src, dst, width, height); },              \
       #name
 #define NAMED(name) vexo_##name, #name
@@ -178,7 +178,7 @@ constexpr Kernel kKernels[] = {
     {NAMED(8b_rsz_down_4x4_non_dct), 1, 4, Form::kStrided, kFour},
     {NAMED(8b8b_rsz_down_4x4_non_dct), 2, 4, Form::kStrided, kFour}};
 INSTANTIATE_TEST_SUITE_P(, RszBlocks, testing::ValuesIn(kKernels),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 }  // namespace
 }  // namespace lox_test

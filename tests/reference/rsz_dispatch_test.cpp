@@ -18,15 +18,15 @@
 
 // The linker leads the library's calls of malloc here.
 static bool heap_refuses = false;
-extern "C" void* __real_malloc(size_t size);
-extern "C" void* __wrap_malloc(size_t size) {
+extern "C" void *__real_malloc(size_t size);
+extern "C" void *__wrap_malloc(size_t size) {
   return heap_refuses ? nullptr : __real_malloc(size);
 }
 
 namespace lox_test {
 namespace {
 
-using Planes = std::vector<const Type*>;
+using Planes = std::vector<const Type *>;
 
 Planes yuv_planes(int32_t format) {
   if (format < 0 || format > 99 || format == VEXO_FMT_T64X32) return {};
@@ -65,7 +65,7 @@ struct Answer {
   bool scales = false;
   Planes written = {};
 
-  bool wants_scratch(const Call& c) const {
+  bool wants_scratch(const Call &c) const {
     for (size_t p = 0; scales && p < written.size(); ++p) {
       const Size to = turned(c.to[p], rotation);
       if (written[p] != &k16b && written[p] != &k16b16b &&
@@ -77,7 +77,7 @@ struct Answer {
   }
 };
 
-Answer answer(const Call& c) {
+Answer answer(const Call &c) {
   if (c.src != c.dst) return {VEXO_ERR_ARG};
   const uint32_t code = c.rotation.value_or(0);
   const bool keeps_size = turned(c.from[0], code) == c.to[0];
@@ -108,7 +108,7 @@ Answer answer(const Call& c) {
 class RszDispatch : public SeededTest {
  protected:
   // Planes that are neither read nor written have no memory.
-  void check(const Call& c, bool refuse_heap = false) {
+  void check(const Call &c, bool refuse_heap = false) {
     Answer a = answer(c);
     // Which refusal of two comes first is nobody's business.
     if (refuse_heap && a.status != VEXO_OK) return;
@@ -119,7 +119,7 @@ class RszDispatch : public SeededTest {
     dst_.img.mode = c.dst_mode;
     for (int p = 0; p < 3; ++p) {
       const bool used = p < static_cast<int>(a.written.size());
-      const Type& type = used ? *a.written[p] : k8b;
+      const Type &type = used ? *a.written[p] : k8b;
       set_plane(src_, p, type, c.from[p], used ? c.from[p] : Size{});
       const Size written = a.scales ? c.to[p] : turned(c.from[p], a.rotation);
       set_plane(dst_, p, type, c.to[p], used ? written : Size{});
@@ -128,7 +128,7 @@ class RszDispatch : public SeededTest {
     TestImage::Contents expected = dst_.contents();
     for (size_t p = 0; p < a.written.size(); ++p) {
       if (c.from[p].empty()) continue;
-      const Type& type = *a.written[p];
+      const Type &type = *a.written[p];
       Picture picture(type, c.from[p], src_.img.plane[p],
                       type.stride(src_.img.stride[p]));
       if (a.scales) {
@@ -151,7 +151,7 @@ class RszDispatch : public SeededTest {
 
   // Even strides where samples have 16 bits: copies and turns do not all treat
   // odd ones alike.
-  void set_plane(TestImage& image, int p, const Type& type, Size described,
+  void set_plane(TestImage &image, int p, const Type &type, Size described,
                  Size room) {
     const int32_t pad = random.between(0, 9) * (type.bytes % 2 == 0 ? 2 : 1);
     const int32_t width = std::max(room.width, 0);
@@ -161,7 +161,7 @@ class RszDispatch : public SeededTest {
                     random.next() % 2 == 0 ? Edge::kEnd : Edge::kStart);
   }
 
-  static std::string describe(const Call& c) {
+  static std::string describe(const Call &c) {
     std::ostringstream text;
     text << c.src << " to " << c.dst << ", rotation "
          << (c.rotation ? static_cast<int64_t>(*c.rotation) : -1);
@@ -187,7 +187,7 @@ class RszDispatch : public SeededTest {
       }
     }
     if (random.next() % 4 == 0) {
-      Size& size = (heads() ? c.from : c.to)[random.between(0, 2)];
+      Size &size = (heads() ? c.from : c.to)[random.between(0, 2)];
       (heads() ? size.width : size.height) = random.between(-9, 0);
     }
     const int32_t kind = random.between(0, 5);
@@ -256,7 +256,7 @@ TEST_F(RszDispatch, ChosenSizes) {
       {601, 601, {}, {{16, 16}, {8, 8}}, {{8, 8}, {4, 0}}},
       {601, 601, {}, {{16, 16}, {8, 8}}, {{16, 8}, {4, 4}}},
       {601, 601, {}, {{16, 16}, {8, 8}}, {{16, 16}, {4, 9}}}};
-  for (const Call& c : calls) ASSERT_NO_FATAL_FAILURE(check(c));
+  for (const Call &c : calls) ASSERT_NO_FATAL_FAILURE(check(c));
 }
 
 // Nothing is written then; reductions and copies want no memory.

@@ -14,7 +14,7 @@ namespace lox_test {
 // A sample's bytes make a little-endian word, of which each component has some
 // bits.
 struct Type {
-  const char* name;
+  const char *name;
   int32_t bytes;
   int32_t components;
   int32_t shift[4];
@@ -35,21 +35,21 @@ constexpr Type k16b16b{"16b16b", 4, 2, {0, 16}, {16, 16}, true};
 
 struct Size {
   int32_t width, height;
-  bool operator==(const Size&) const = default;
+  bool operator==(const Size &) const = default;
   bool empty() const { return width < 1 || height < 1; }
 };
 
 // A plane taken apart into components.
 struct Picture {
-  Picture(const Type& t, Size s)
+  Picture(const Type &t, Size s)
       : type(&t),
         size(s),
         samples(size_t{1} * s.width * s.height * t.components) {}
-  Picture(const Type& t, Size s, const uint8_t* data, int32_t stride)
+  Picture(const Type &t, Size s, const uint8_t *data, int32_t stride)
       : Picture(t, s) {
     for (int32_t y = 0; y < s.height; ++y) {
       for (int32_t x = 0; x < s.width; ++x) {
-        const uint8_t* sample = &data[place(x, y, stride)];
+        const uint8_t *sample = &data[place(x, y, stride)];
         uint32_t word = 0;
         for (int32_t i = 0; i < t.bytes; ++i) {
           word |= uint32_t{sample[i]} << 8 * i;
@@ -75,7 +75,7 @@ struct Picture {
     samples[index(x, y, c)] = value & ((1 << type->bits[c]) - 1);
   }
 
-  void write(uint8_t* data, int32_t stride) const {
+  void write(uint8_t *data, int32_t stride) const {
     for (int32_t y = 0; y < size.height; ++y) {
       for (int32_t x = 0; x < size.width; ++x) {
         uint32_t word = 0;
@@ -89,7 +89,7 @@ struct Picture {
     }
   }
 
-  const Type* type;
+  const Type *type;
   Size size;
   std::vector<int32_t> samples;
 };
@@ -144,7 +144,7 @@ inline std::vector<Tap> enlargement(int32_t from, int32_t to) {
   return taps;
 }
 
-inline int32_t on_the_way(int32_t a, int32_t b, const Tap& t, bool mode1) {
+inline int32_t on_the_way(int32_t a, int32_t b, const Tap &t, bool mode1) {
   if (!mode1) return (a * (t.n + 1 - t.k) + b * t.k) / (t.n + 1);
   constexpr int32_t kWeights[34] = {0, 0, 32, 21, 16, 13, 11, 9, 8, 7, 6, 6,
                                     5, 5, 4,  4,  4,  3,  3,  3, 3, 3, 3, 2,
@@ -154,14 +154,14 @@ inline int32_t on_the_way(int32_t a, int32_t b, const Tap& t, bool mode1) {
 }
 
 // One direction, across or down.
-inline Picture along(bool across, const Picture& p,
-                     const std::vector<Tap>& taps, bool mode1) {
+inline Picture along(bool across, const Picture &p,
+                     const std::vector<Tap> &taps, bool mode1) {
   const int32_t count = static_cast<int32_t>(taps.size());
   Picture out(*p.type,
               across ? Size{count, p.size.height} : Size{p.size.width, count});
   for (int32_t y = 0; y < out.size.height; ++y) {
     for (int32_t x = 0; x < out.size.width; ++x) {
-      const Tap& t = taps[across ? x : y];
+      const Tap &t = taps[across ? x : y];
       for (int32_t c = 0; c < p.type->components; ++c) {
         const int32_t a = across ? p.at(t.a, y, c) : p.at(x, t.a, c);
         const int32_t b = across ? p.at(t.b, y, c) : p.at(x, t.b, c);
@@ -174,14 +174,14 @@ inline Picture along(bool across, const Picture& p,
 
 // A sample that a direction does not blend counts twice: the mean of four is
 // that of two then, or the sample.
-inline Picture both_ways(const Picture& p, Size to, bool whole_blends) {
+inline Picture both_ways(const Picture &p, Size to, bool whole_blends) {
   const auto columns = reduction(p.size.width, to.width, whole_blends);
   const auto rows = reduction(p.size.height, to.height, whole_blends);
   Picture out(*p.type, to);
   for (int32_t y = 0; y < to.height; ++y) {
     for (int32_t x = 0; x < to.width; ++x) {
-      const Tap& h = columns[x];
-      const Tap& v = rows[y];
+      const Tap &h = columns[x];
+      const Tap &v = rows[y];
       for (int32_t c = 0; c < p.type->components; ++c) {
         const int32_t sum = p.at(h.a, v.a, c) + p.at(h.b, v.a, c) +
                             p.at(h.a, v.b, c) + p.at(h.b, v.b, c);
@@ -231,7 +231,7 @@ inline Roles roles(Size from, Size to, bool mode1) {
 }
 
 // What the kernel of a role makes of a picture, before any turn.
-inline Picture apply(Role role, const Picture& p, Size to) {
+inline Picture apply(Role role, const Picture &p, Size to) {
   const auto [width, height] = p.size;
   switch (role) {
     case Role::down_mult:
@@ -251,7 +251,7 @@ inline Picture apply(Role role, const Picture& p, Size to) {
   }
 }
 
-inline Picture scaled(const Picture& p, Size to, bool mode1) {
+inline Picture scaled(const Picture &p, Size to, bool mode1) {
   const Roles r = roles(p.size, to, mode1);
   const Picture first = apply(r.first, p, to);
   return r.single() ? first : apply(r.second, first, to);
@@ -264,7 +264,7 @@ constexpr bool is_quarter(uint32_t rotation) {
 constexpr Size turned(Size s, uint32_t rotation) {
   return is_quarter(rotation) ? Size{s.height, s.width} : s;
 }
-inline Picture turned(const Picture& p, uint32_t rotation) {
+inline Picture turned(const Picture &p, uint32_t rotation) {
   const auto [w, h] = p.size;
   Picture out(*p.type, turned(p.size, rotation));
   for (int32_t j = 0; j < h; ++j) {

@@ -16,16 +16,16 @@
 
 namespace lox_test {
 
-std::ostream& operator<<(std::ostream& out, Size s) {
+std::ostream &operator<<(std::ostream &out, Size s) {
   return out << s.width << "x" << s.height;
 }
 
 namespace {
 
 struct Scaler {
-  const char* name;
-  vexo_rsz_scaler* scale;
-  const Type& type;
+  const char *name;
+  vexo_rsz_scaler *scale;
+  const Type &type;
   uint32_t rotation = 0;
 
   bool is_16_bit() const { return type.bits[0] == 16; }
@@ -46,9 +46,9 @@ constexpr Scaler kScalers[] = {
     {"8b8b_rot_180", vexo_rsz_8b8b_rot_180, k8b8b, 3}};
 
 struct Kernel {
-  const char* name;
-  vexo_rsz_kernel* call;
-  const Type& type;
+  const char *name;
+  vexo_rsz_kernel *call;
+  const Type &type;
   Role role;
   uint32_t rotation;
 };
@@ -87,16 +87,16 @@ static_assert(std::size(kKernels) == 86);
 struct Job {
   Size from, to;
 };
-std::ostream& operator<<(std::ostream& out, const Job& j) {
+std::ostream &operator<<(std::ostream &out, const Job &j) {
   return out << j.from << " to " << j.to;
 }
 
 // One direction of a job, its sizes not much above the limit: any two, a single
 // sample, or a simple ratio, or one sample off it.
-std::pair<int32_t, int32_t> any_direction(Random& random, int32_t limit) {
+std::pair<int32_t, int32_t> any_direction(Random &random, int32_t limit) {
   constexpr int32_t kRatios[][2] = {{1, 1}, {2, 1}, {3, 1}, {4, 1}, {8, 1},
                                     {3, 2}, {4, 3}, {9, 4}, {16, 1}};
-  const auto& ratio = kRatios[random.between(0, 8)];
+  const auto &ratio = kRatios[random.between(0, 8)];
   const int32_t times = random.between(1, std::max(limit / ratio[0], 1));
   int32_t a = random.between(1, limit);
   int32_t b = random.between(1, limit);
@@ -114,7 +114,7 @@ std::pair<int32_t, int32_t> any_direction(Random& random, int32_t limit) {
   return random.next() % 2 == 0 ? std::pair{a, b} : std::pair{b, a};
 }
 
-Job any_job(Random& random) {
+Job any_job(Random &random) {
   const auto [from_width, to_width] = any_direction(random, 260);
   const auto [from_height, to_height] = any_direction(random, 24);
   return {{from_width, from_height}, {to_width, to_height}};
@@ -123,7 +123,7 @@ Job any_job(Random& random) {
 // A job of whose directions one has a given quotient: every one counts up to
 // where the weights end, and from 65 on they exceed their scale.
 constexpr int32_t kQuotients = 70;
-Job any_job(Random& random, int32_t quotient, bool is_width) {
+Job any_job(Random &random, int32_t quotient, bool is_width) {
   Job job = any_job(random);
   int32_t small = random.between(1, 3);
   int32_t large = small * quotient + random.between(0, small - 1);
@@ -139,7 +139,7 @@ class Rsz : public SeededTest {
  protected:
   // Reads a picture of a size from a plane that has just been filled with all
   // values, with the two extremes, or with runs of them.
-  Picture source(const Type& type, Size size) {
+  Picture source(const Type &type, Size size) {
     src_stride_ = any_stride(type, size.width);
     src_.reset(plane_size(size.width * type.bytes, size.height,
                           type.stride(src_stride_)),
@@ -154,24 +154,24 @@ class Rsz : public SeededTest {
   }
 
   // Makes room for a picture; what that is to hold when it is not written.
-  std::vector<uint8_t> room(const Type& type, Size size) {
+  std::vector<uint8_t> room(const Type &type, Size size) {
     dst_stride_ = any_stride(type, size.width);
     dst_.reset(plane_size(size.width * type.bytes, size.height,
                           type.stride(dst_stride_)),
                any_edge());
     return dst_.copy();
   }
-  void place(const Picture& p, std::vector<uint8_t>& plane) const {
+  void place(const Picture &p, std::vector<uint8_t> &plane) const {
     p.write(plane.data(), p.type->stride(dst_stride_));
   }
 
   Edge any_edge() { return random.next() % 2 == 0 ? Edge::kEnd : Edge::kStart; }
-  int32_t any_stride(const Type& type, int32_t width) {
+  int32_t any_stride(const Type &type, int32_t width) {
     constexpr int32_t kPads[] = {0, 0, 1, 3, 16, 64, 77};
     return width * type.bytes + kPads[random.between(0, 6)];
   }
 
-  void check(const Scaler& s, const Job& job, int32_t mode) {
+  void check(const Scaler &s, const Job &job, int32_t mode) {
     const Picture picture = source(s.type, job.from);
     const Size to = turned(job.to, s.rotation);
     std::vector<uint8_t> expected = room(s.type, to);
@@ -199,7 +199,7 @@ class Rsz : public SeededTest {
 
   // The picture that a kernel reads and the one that it writes have the sizes
   // of its role, and one size is not looked at.
-  void check(const Kernel& k, const Job& job) {
+  void check(const Kernel &k, const Job &job) {
     const Size to = turned(job.to, k.rotation);
     Size read = job.from;
     Size given_from = job.from;
@@ -252,7 +252,7 @@ TEST_P(RszScalers, ScaleEverySize) {
                            {{1917, 33}, {1920, 9}},  {{640, 33}, {1917, 50}},
                            {{1920, 12}, {1280, 8}},  {{1920, 12}, {960, 6}},
                            {{1280, 9}, {1920, 12}},  {{1920, 8}, {240, 2}}};
-  for (const Job& job : kJobs) {
+  for (const Job &job : kJobs) {
     for (const int32_t mode : kModes) {
       ASSERT_NO_FATAL_FAILURE(check(GetParam(), job, mode));
     }
@@ -267,7 +267,7 @@ TEST_P(RszScalers, ScaleLargePictures) {
                            {{640, 360}, {360, 202}},
                            {{640, 360}, {360, 163}},
                            {{640, 290}, {360, 163}}};
-  for (const Job& job : kJobs) {
+  for (const Job &job : kJobs) {
     ASSERT_NO_FATAL_FAILURE(check(GetParam(), job, 0));
   }
   const int32_t bytes = GetParam().type.bytes;
@@ -275,7 +275,7 @@ TEST_P(RszScalers, ScaleLargePictures) {
 }
 
 TEST_P(RszScalers, RefuseSizesBelowOne) {
-  const Scaler& s = GetParam();
+  const Scaler &s = GetParam();
   room(s.type, {8, 8});
   const std::vector<uint8_t> blank = dst_.copy();
   for (const int32_t bad : {0, -1, -8, INT32_MIN}) {
@@ -291,12 +291,12 @@ TEST_P(RszScalers, RefuseSizesBelowOne) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, RszScalers, testing::ValuesIn(kScalers),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 class RszKernels : public Rsz, public testing::WithParamInterface<Kernel> {};
 
 TEST_P(RszKernels, ScaleEverySize) {
-  const Kernel& k = GetParam();
+  const Kernel &k = GetParam();
   // Sizes that call for the role; of one direction the other is free.
   const bool mode1 = k.role == Role::up_mode1 || k.role == Role::up_h_mode1;
   const auto fits = [&](Job job) {
@@ -317,7 +317,7 @@ TEST_P(RszKernels, ScaleEverySize) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, RszKernels, testing::ValuesIn(kKernels),
-                         [](const auto& i) { return i.param.name; });
+                         [](const auto &i) { return i.param.name; });
 
 // Computed by hand.
 TEST(RszByHand, Lines) {
@@ -333,11 +333,11 @@ TEST(RszByHand, Lines) {
       {{7, 0, 200},
        {7, 3, 0, 100, 200, 200, 200},
        {7, 3, 0, 100, 200, 200, 200}}};
-  for (const Line& line : lines) {
+  for (const Line &line : lines) {
     const Size from{static_cast<int32_t>(line.from.size()), 1};
     const Size to{static_cast<int32_t>(line.plain.size()), 1};
     for (const bool mode1 : {false, true}) {
-      const std::vector<uint8_t>& expected = mode1 ? line.mode1 : line.plain;
+      const std::vector<uint8_t> &expected = mode1 ? line.mode1 : line.plain;
       std::vector<uint8_t> modelled(expected.size());
       scaled({k8b, from, line.from.data(), 0}, to, mode1)
           .write(modelled.data(), 0);
@@ -358,7 +358,7 @@ TEST_F(RszSteps, HaveTheirWeights) {
   for (int n = 0; n < 64; ++n) {
     const int px = n / 8;
     const int py = n % 8;
-    const uint8_t* w = vexo_tbl_rsz_weight[n];
+    const uint8_t *w = vexo_tbl_rsz_weight[n];
     EXPECT_EQ(w[0], (8 - px) * (8 - py));
     EXPECT_EQ(w[1], px * (8 - py));
     EXPECT_EQ(w[2], (8 - px) * py);

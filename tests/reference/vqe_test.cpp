@@ -47,7 +47,7 @@ TEST(VqeTables, TheSharedOneIsFilledOnRequest) {
       {0, 1180},       {-5, 1180},   {INT32_MIN, 1180}, {1, 1},
       {1023, 1023},    {1024, 1024}, {32767, 32767},    {66560, 1024},
       {98304, -32768}, {65535, -1},  {65536, 0},        {INT32_MAX, -1}};
-  for (const auto& [strength, counted] : kStrengths) {
+  for (const auto &[strength, counted] : kStrengths) {
     EXPECT_EQ(vexo_vqe_cs_init(strength), VEXO_OK);
     EXPECT_EQ(std::vector<uint8_t>(lut, lut + 256), saturation_table(counted))
         << strength;
@@ -60,7 +60,7 @@ class Vqe : public SeededTest {
 
   // Noise of a range that is often narrow, as in smooth parts, which noise of
   // all values hardly has; and extremes, which may be rare.
-  void paint(const GuardedBuffer& plane) {
+  void paint(const GuardedBuffer &plane) {
     const uint32_t range = (1U << random.between(0, 8)) - 1;
     const uint32_t low = (255 - range) / 2 * random.between(0, 2);
     const uint32_t odds = (1U << random.between(0, 5)) - 1;
@@ -82,7 +82,7 @@ TEST_F(Vqe, ColoursGoThroughTheTable) {
     const int32_t count = n > 0 ? n / 4 : n * 1000;
     table.reset(256, any_edge());
     random.fill(table.data(), 256);
-    GuardedBuffer* to[2];
+    GuardedBuffer *to[2];
     std::vector<uint8_t> expected[2];
     for (int p = 0; p < 2; ++p) {
       planes[p].reset(std::max(count, 0), any_edge());
@@ -120,7 +120,7 @@ TEST_F(Vqe, ColoursOfAPictureBecomeZero) {
   }
 }
 
-std::vector<uint8_t> sharpened(const std::vector<uint8_t>& src, int32_t width,
+std::vector<uint8_t> sharpened(const std::vector<uint8_t> &src, int32_t width,
                                int32_t height) {
   std::vector<uint8_t> dst = src;
   for (int32_t y = 2; y + 2 < height; ++y) {
@@ -144,7 +144,7 @@ TEST_F(Vqe, DetailIsEnhanced) {
                              {5, 0},     {-3, -3},   {5, INT32_MIN}};
   for (int32_t n = 0; n < 81; ++n) sizes.push_back({1 + n % 9, 1 + n / 9});
   for (int32_t n = 0; n < 2400; ++n) sizes.push_back({1 + n % 300, 5 + n % 17});
-  for (const auto& [width, height] : sizes) {
+  for (const auto &[width, height] : sizes) {
     src_.reset(plane_size(width, height, width), any_edge());
     dst_.reset(src_.size(), any_edge());
     paint(src_);
@@ -170,7 +170,7 @@ TEST_F(Vqe, DetailIsEnhanced) {
 }
 
 // The four samples from p on, `step` bytes apart.
-void filter(uint8_t* p, ptrdiff_t step, int64_t strength) {
+void filter(uint8_t *p, ptrdiff_t step, int64_t strength) {
   const int32_t a = p[0], b = p[step], c = p[2 * step], d = p[3 * step];
   const int32_t v = a - 4 * b + 4 * c - d;
   const int64_t size = std::abs(v >> 3);
@@ -185,7 +185,7 @@ void filter(uint8_t* p, ptrdiff_t step, int64_t strength) {
 }
 
 // Passes: 1 the edges between rows, 2 those between columns, 3 both.
-void filter_edges(uint8_t* plane, int passes, int64_t strength, Size size,
+void filter_edges(uint8_t *plane, int passes, int64_t strength, Size size,
                   ptrdiff_t stride) {
   if (strength < 1) return;
   for (int32_t k = 1; passes & 1 && k < size.height / 8; ++k) {
@@ -202,7 +202,7 @@ void filter_edges(uint8_t* plane, int passes, int64_t strength, Size size,
 
 // Kernels of plane 0, by the passes they make; 0 is that of an image, whose
 // planes are unrelated, some of them null. Nobody looks at the fourth.
-constexpr decltype(vexo_dbf8x8)* kKernels[] = {
+constexpr decltype(vexo_dbf8x8) *kKernels[] = {
     nullptr, vexo_dbf8x8_h263_hor, vexo_dbf8x8_h263_ver, vexo_dbf8x8};
 void Vqe::deblock(int kernel, Size size, int32_t stride) {
   constexpr int32_t kExtremes[] = {INT32_MIN, -1, 0, 255, 1000, INT32_MAX};
@@ -248,7 +248,7 @@ TEST_F(Vqe, EdgesAreFilteredSampleBySample) {
                              {-9, -9}, {1920, 24}, {1923, 31}, {22, 300}};
   for (int32_t n = 1; n <= 300; ++n) sizes.push_back({n, 9 + n % 31});
   for (int32_t n = 1; n <= 80; ++n) sizes.push_back({n % 41, n});
-  for (const Size& size : sizes) {
+  for (const Size &size : sizes) {
     const int32_t w = size.width;
     const int32_t more = w + random.between(2, 40), any = random.between(3, 70);
     const int32_t strides[] = {w, w + 1, w - 1, more, any, 0, 1, 2, 7, 8, 9};
@@ -271,8 +271,8 @@ TEST_F(Vqe, ViewsBecomeAnAnaglyph) {
     src_.reset(plane_size(row + pixels, rows, src_pitch), any_edge());
     dst_.reset(plane_size(row, rows, dst_pitch), any_edge());
     random.fill(src_.data(), src_.size());
-    const uint8_t* a = src_.data() + (mode == 2 ? row : 0);
-    const uint8_t* b = src_.data() + (mode == 2 ? 0 : row);
+    const uint8_t *a = src_.data() + (mode == 2 ? row : 0);
+    const uint8_t *b = src_.data() + (mode == 2 ? 0 : row);
     std::vector<uint8_t> expected = dst_.copy();
     for (int32_t y = 0; y < rows; ++y) {
       for (int32_t i = 0; i < pixels; ++i) {
@@ -313,7 +313,7 @@ TEST_F(Vqe, RefusedPicturesStay) {
   constexpr int32_t kFormats[] = {
       VEXO_FMT_YUV420, VEXO_FMT_RGB888, VEXO_FMT_YUV400, VEXO_FMT_YV12, -1,
       VEXO_FMT_NV12,   VEXO_FMT_BGR888, 0x10001,         0x10190};
-  for (const auto& f : kFrames) {
+  for (const auto &f : kFrames) {
     for (int n = 0; n < 81; ++n) {
       const int32_t formats[] = {kFormats[n / 9], kFormats[n % 9]};
       TestImage src(formats[0]), dst(formats[1]);

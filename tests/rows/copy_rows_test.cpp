@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 // The copy kernel of each set, beside inaccessible memory.
+#include "common/copy_rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>
 
-#include "common/copy_rows.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
 using lox_test::Edge;
 using lox_test::GuardedBuffer;
-
-constexpr const lox::CopyRows* kSets[] = LOX_ROW_SETS(copy_rows);
 
 using CopyRowsTest = lox_test::SeededTest;
 
@@ -30,7 +28,8 @@ TEST_F(CopyRowsTest, CopiesTheRunAndNothingElse) {
       for (const size_t n : sizes) {
         src.reset(n + n % 7, edge);
         random.fill(src.data(), src.size());
-        for (const auto copy : {kSets[level]->copy, kSets[level]->copy_far}) {
+        for (const auto copy : {lox::copy_rows_sets[level]->copy,
+                                lox::copy_rows_sets[level]->copy_far}) {
           dst.reset(n + n % 5, edge);
           // Away from the edge only when the padding is, so both touch it.
           std::vector<uint8_t> expected = dst.copy();
@@ -62,9 +61,9 @@ TEST_F(CopyRowsTest, CopiesTheBlockAndNothingElse) {
         expected[i / n * dst_step + i % n] =
             src.data()[i / n * src_step + i % n];
       }
-      kSets[level]->copy_block(dst.data(), static_cast<ptrdiff_t>(dst_step),
-                               src.data(), static_cast<ptrdiff_t>(src_step), n,
-                               kRows);
+      lox::copy_rows_sets[level]->copy_block(
+          dst.data(), static_cast<ptrdiff_t>(dst_step), src.data(),
+          static_cast<ptrdiff_t>(src_step), n, kRows);
       ASSERT_TRUE(lox_test::holds(dst, expected))
           << lox::isa_name(level) << ", " << n << " bytes";
     }

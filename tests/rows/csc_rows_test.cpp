@@ -8,10 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "csc/csc_rows.h"
+#include "csc/yuv_to_rgb_rows.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
@@ -23,7 +22,6 @@ using lox_test::Edge;
 using lox_test::Fill;
 using lox_test::GuardedBuffer;
 
-constexpr const CscRows* kSets[] = LOX_ROW_SETS(csc_rows);
 // The pairs of 16-bit samples, which are no kind of the table.
 constexpr int kWords = lox::kYuvRowKinds;
 constexpr int kWidths[] = {1917, 1918, 1919, 1920, 1921, 1922, 4099};
@@ -74,7 +72,7 @@ class CscRowsTest : public lox_test::SeededTest {
                          stream,
                          width % 3 == 0};
     form(call, width);
-    if (stream) kSets[level]->end_stream();
+    if (stream) lox::yuv_to_rgb_rows_sets[level]->end_stream();
     call.stream = false;
     call.rgb[0] = out_[2].data();
     call.rgb[1] = out_[3].data();
@@ -100,7 +98,7 @@ class CscRowsTest : public lox_test::SeededTest {
         if (HasFatalFailure()) return;
       }
     }
-    if (kSets[level]->stream_alignment == 0) return;
+    if (lox::yuv_to_rgb_rows_sets[level]->stream_alignment == 0) return;
     // A page's start is aligned for streaming, whatever the width.
     for (const int width : {15, 16, 31, 32, 33, 63, 64, 100, 640, 1919}) {
       compare(level, form, portable, rows, kind, layout, width, Edge::kAligned,
@@ -116,9 +114,9 @@ class CscRowsTest : public lox_test::SeededTest {
 
 TEST_F(CscRowsTest, YuvToRgbIsThatOfThePortableForm) {
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    const CscRows& set = *kSets[level];
-    const CscRows& portable = *kSets[0];
-    const auto check = [&](const YuvToRgbForms& form, const YuvToRgbForms& rule,
+    const CscRows &set = *lox::yuv_to_rgb_rows_sets[level];
+    const CscRows &portable = *lox::yuv_to_rgb_rows_sets[0];
+    const auto check = [&](const YuvToRgbForms &form, const YuvToRgbForms &rule,
                            int kind, int layout) {
       // A form that was not compiled for its set proves nothing.
       ASSERT_NE(form.one_row, rule.one_row);
@@ -163,12 +161,12 @@ TEST_F(CscRowsTest, GreyToRgbIsThatOfThePortableForm) {
           }
           out.reset(width * (is_565 ? 2 : 3), edge);
           expected.reset(out.size(), edge);
-          const auto run = [&](const CscRows& set, GuardedBuffer& to) {
+          const auto run = [&](const CscRows &set, GuardedBuffer &to) {
             (is_565 ? set.grey_to_rgb565 : set.grey_to_rgb888)(
                 in.data(), to.data(), static_cast<ptrdiff_t>(width));
           };
-          run(*kSets[level], out);
-          run(*kSets[0], expected);
+          run(*lox::yuv_to_rgb_rows_sets[level], out);
+          run(*lox::yuv_to_rgb_rows_sets[0], expected);
           ASSERT_TRUE(lox_test::holds(out, expected.copy()))
               << lox::isa_name(level) << ", width " << width;
         }
@@ -186,8 +184,8 @@ TEST_F(CscRowsTest, EveryYuvIsThatOfThePortableForm) {
   std::vector<uint8_t> v(kWidth);
   std::vector<uint8_t> got(kWidth * 4);
   std::vector<uint8_t> expected(kWidth * 4);
-  const auto forms = [](const CscRows& set) {
-    const auto& full = set.yuv_to_rgb[lox::kRowFull];
+  const auto forms = [](const CscRows &set) {
+    const auto &full = set.yuv_to_rgb[lox::kRowFull];
     // One of each way of packing: 16, 24 and 32 bits, both orders of colours,
     // alpha before and behind; and the matrices.
     return std::array{full[lox::kRgb565].one_row,
@@ -199,8 +197,8 @@ TEST_F(CscRowsTest, EveryYuvIsThatOfThePortableForm) {
                       set.bt709_full_planar.one_row};
   };
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    const auto set = forms(*kSets[level]);
-    const auto portable = forms(*kSets[0]);
+    const auto set = forms(*lox::yuv_to_rgb_rows_sets[level]);
+    const auto portable = forms(*lox::yuv_to_rgb_rows_sets[0]);
     for (size_t i = 0; i < set.size(); ++i) {
       const size_t shared = i < 4 ? 1 : 2;
       for (int row = 0; row < 256 * 16; ++row) {
@@ -209,7 +207,7 @@ TEST_F(CscRowsTest, EveryYuvIsThatOfThePortableForm) {
           u[x / shared] = static_cast<uint8_t>(x / 256 + row % 16 * 16);
           v[x / shared] = static_cast<uint8_t>(row / 16);
         }
-        const auto run = [&](YuvToRgbFn form, std::vector<uint8_t>& to) {
+        const auto run = [&](YuvToRgbFn form, std::vector<uint8_t> &to) {
           form({{y.data(), nullptr},
                 {u.data(), v.data()},
                 {to.data(), nullptr},

@@ -2,17 +2,17 @@
 // Rows of blocks of the DCT-domain scaler, of each set, against the portable
 // rule: every size of block, whatever the plane lacks, and the samples that
 // drive the inverse furthest.
+#include "dct/dct_rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
-#include "dct/dct_rows.h"
 #include "orumlox/dct.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
@@ -23,7 +23,6 @@ using lox::DctTables;
 using lox_test::Edge;
 using lox_test::GuardedBuffer;
 
-constexpr const DctRows* kSets[] = LOX_ROW_SETS(dct_rows);
 constexpr double kPi = 3.14159265358979323846;
 
 double basis(int u, int i, int points) {
@@ -33,7 +32,7 @@ double basis(int u, int i, int points) {
 
 // Black or white so that the j-th result of row u of the inverse's first
 // direction becomes as large as it can.
-void fill_extreme(uint8_t* data, int width, int height, int u, int j) {
+void fill_extreme(uint8_t *data, int width, int height, int u, int j) {
   constexpr double kInverse[4][4] = {{128, 128, 128, 53},
                                      {128, 53, -128, -128},
                                      {128, -53, -128, 128},
@@ -69,8 +68,8 @@ class Plan {
     }
   }
   ~Plan() { vexo_rsz_new_rgba8888_deinit(nullptr, &context, a, b); }
-  Plan(const Plan&) = delete;
-  Plan& operator=(const Plan&) = delete;
+  Plan(const Plan &) = delete;
+  Plan &operator=(const Plan &) = delete;
 
   vexo_rsz_new_context context;
   vexo_shift_set a, b;
@@ -81,8 +80,8 @@ class DctRowsTest : public lox_test::SeededTest {
  protected:
   // Every level's blocks of row `row` of a plane that has `lacking` columns and
   // rows less than the plan.
-  void compare(const Plan& plan, int row, int lacking, Edge edge) {
-    const vexo_rsz_new_context& c = plan.context;
+  void compare(const Plan &plan, int row, int lacking, Edge edge) {
+    const vexo_rsz_new_context &c = plan.context;
     const int columns = c.narrow_columns[0] + c.wide_columns[0];
     const ptrdiff_t at = ptrdiff_t{row} * columns;
     const auto stride = static_cast<ptrdiff_t>(4 * columns + row % 3);
@@ -103,10 +102,10 @@ class DctRowsTest : public lox_test::SeededTest {
     std::vector<uint8_t> expected;
     for (int level = 0; level <= lox::isa_best(); ++level) {
       DctTables tables;
-      kSets[level]->prepare(&tables, plan.kinds);
+      lox::dct_rows_sets[level]->prepare(&tables, plan.kinds);
       out.reset(static_cast<size_t>(3 * stride + 4 * columns), edge);
       job.dst = out.data();
-      kSets[level]->blocks(&tables, &job);
+      lox::dct_rows_sets[level]->blocks(&tables, &job);
       if (level == 0) expected = out.copy();
       ASSERT_TRUE(holds(out, expected))
           << lox::isa_name(level) << ", blocks of " << c.block_width[0][0]
@@ -115,7 +114,7 @@ class DctRowsTest : public lox_test::SeededTest {
     }
   }
   // The rows of a plan, of a plane that ends where its samples do.
-  void compare_all(const Plan& plan, int lacking, Edge edge) {
+  void compare_all(const Plan &plan, int lacking, Edge edge) {
     const int rows = plan.context.short_rows[0] + plan.context.tall_rows[0];
     for (int row = 0; row < rows; ++row) compare(plan, row, lacking, edge);
   }
@@ -126,7 +125,7 @@ class DctRowsTest : public lox_test::SeededTest {
 
 TEST_F(DctRowsTest, SetsDiffer) {
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    ASSERT_NE(kSets[level]->blocks, kSets[0]->blocks);
+    ASSERT_NE(lox::dct_rows_sets[level]->blocks, lox::dct_rows_sets[0]->blocks);
   }
 }
 

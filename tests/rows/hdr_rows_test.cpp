@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The stages of tone mapping, of each set, against the portable ones: sources
 // and destinations beside inaccessible memory, tables of any contents.
+#include "hdr/hdr_rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,10 +11,8 @@
 #include <memory>
 #include <vector>
 
-#include "hdr/hdr_rows.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
@@ -21,12 +21,11 @@ using lox::HdrRun;
 using lox_test::Edge;
 using lox_test::GuardedBuffer;
 
-constexpr const HdrRows* kSets[] = LOX_ROW_SETS(hdr_rows);
 constexpr int kRun = lox::kHdrRun;
 
 class HdrRowsTest : public lox_test::SeededTest {
  protected:
-  void fill(uint16_t* words, size_t count, int32_t most) {
+  void fill(uint16_t *words, size_t count, int32_t most) {
     std::generate_n(words, count, [&] {
       return static_cast<uint16_t>(random.between(0, most));
     });
@@ -35,15 +34,15 @@ class HdrRowsTest : public lox_test::SeededTest {
 
 // The two stages before the last leave as many pixels as they are asked for.
 template <class T>
-bool same(const T* a, const T* b, int n) {
+bool same(const T *a, const T *b, int n) {
   return std::equal(a, a + n, b);
 }
 
 TEST_F(HdrRowsTest, EverySampleBecomesTheSameCodes) {
   GuardedBuffer luma, u, v;
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    const HdrRows& set = *kSets[level];
-    ASSERT_NE(set.codes_of_p010, kSets[0]->codes_of_p010);
+    const HdrRows &set = *lox::hdr_rows_sets[level];
+    ASSERT_NE(set.codes_of_p010, lox::hdr_rows_sets[0]->codes_of_p010);
     for (int round = 0; round < 40; ++round) {
       const Edge edge = round % 2 == 0 ? Edge::kEnd : Edge::kStart;
       const bool pairs = round % 4 < 2;
@@ -60,7 +59,7 @@ TEST_F(HdrRowsTest, EverySampleBecomesTheSameCodes) {
           const int code = x + kRun * ((round - 8) / 4 % 4);
           const auto word = static_cast<uint16_t>(pairs ? code << 6 : code);
           std::memcpy(luma.data() + 2 * x, &word, 2);
-          uint8_t* const chroma = round < 24 ? u.data()
+          uint8_t *const chroma = round < 24 ? u.data()
                                   : pairs    ? u.data() + 2
                                              : v.data();
           const auto other =
@@ -70,7 +69,7 @@ TEST_F(HdrRowsTest, EverySampleBecomesTheSameCodes) {
       }
       HdrRun expected, run;
       for (int s = 0; s < 2; ++s) {
-        const HdrRows& rows = s == 0 ? *kSets[0] : set;
+        const HdrRows &rows = s == 0 ? *lox::hdr_rows_sets[0] : set;
         (pairs ? rows.codes_of_p010 : rows.codes_of_planar16)(
             s == 0 ? &expected : &run, luma.data(), u.data(), v.data(), n);
       }
@@ -89,13 +88,14 @@ TEST_F(HdrRowsTest, TheLargestSampleIsFound) {
     const int step = round % 2 == 0 ? 2 : 4;
     luma.reset(size_t{2} * columns * rows,
                round % 4 < 2 ? Edge::kEnd : Edge::kAligned);
-    auto* const words = reinterpret_cast<uint16_t*>(luma.data());
+    auto *const words = reinterpret_cast<uint16_t *>(luma.data());
     fill(words, columns * rows, round % 3 == 0 ? 65535 : 1023);
     // Often the largest is one that is not looked at.
     words[random.between(0, columns * rows - 1)] = 65535;
     for (int level = 1; level <= lox::isa_best(); ++level) {
-      ASSERT_EQ(kSets[level]->largest_sample(words, columns, rows, step),
-                kSets[0]->largest_sample(words, columns, rows, step))
+      ASSERT_EQ(
+          lox::hdr_rows_sets[level]->largest_sample(words, columns, rows, step),
+          lox::hdr_rows_sets[0]->largest_sample(words, columns, rows, step))
           << lox::isa_name(level) << ", " << columns << "x" << rows;
     }
   }
@@ -106,7 +106,7 @@ TEST_F(HdrRowsTest, AllTablesGiveTheSamePixels) {
   for (int round = 0; round < 200; ++round) {
     // Of the limits alone, or of everything up to them.
     const bool extreme = round % 5 == 0;
-    const auto table = [&](uint16_t* words, size_t count, int32_t most) {
+    const auto table = [&](uint16_t *words, size_t count, int32_t most) {
       fill(words, count, extreme ? 1 : most);
       if (extreme) {
         for (size_t i = 0; i < count; ++i)
@@ -125,16 +125,17 @@ TEST_F(HdrRowsTest, AllTablesGiveTheSamePixels) {
     if (round % 3 == 1 && !extreme) fill(context->pq, 1024, toe / 2);
     random.fill(context->gamma, sizeof context->gamma);
     HdrRun codes;
-    for (uint16_t* plane : {codes.r, codes.g, codes.b}) {
+    for (uint16_t *plane : {codes.r, codes.g, codes.b}) {
       fill(plane, kRun, 1023);
     }
     for (int kind = 0; kind < 4; ++kind) {
       HdrRun expected = codes;
-      kSets[0]->to_sdr[kind / 2][kind % 2](&expected, context.get(), toe, kRun);
+      lox::hdr_rows_sets[0]->to_sdr[kind / 2][kind % 2](
+          &expected, context.get(), toe, kRun);
       for (int level = 1; level <= lox::isa_best(); ++level) {
-        const HdrRows& set = *kSets[level];
-        ASSERT_NE(set.to_sdr[0][0], kSets[0]->to_sdr[0][0]);
-        for (const auto& to_sdr : {set.to_sdr, set.to_sdr_gathering}) {
+        const HdrRows &set = *lox::hdr_rows_sets[level];
+        ASSERT_NE(set.to_sdr[0][0], lox::hdr_rows_sets[0]->to_sdr[0][0]);
+        for (const auto &to_sdr : {set.to_sdr, set.to_sdr_gathering}) {
           HdrRun run = codes;
           const int n = kRun - round % 4 * set.group;
           to_sdr[kind / 2][kind % 2](&run, context.get(), toe, n);
@@ -151,10 +152,10 @@ TEST_F(HdrRowsTest, AllTablesGiveTheSamePixels) {
 
 TEST_F(HdrRowsTest, EveryDestinationGetsTheSameBytes) {
   struct Kernel {
-    HdrRows::Put* put;
+    HdrRows::Put *put;
     int bytes_per_pixel;
   };
-  const auto kernels = [](const HdrRows& rows) {
+  const auto kernels = [](const HdrRows &rows) {
     return std::array<Kernel, 9>{{{rows.put_rgb888, 3},
                                   {rows.put_rgba8888, 4},
                                   {rows.put_argb8888, 4},
@@ -169,13 +170,13 @@ TEST_F(HdrRowsTest, EveryDestinationGetsTheSameBytes) {
   HdrRun run;
   for (int round = 0; round < 60; ++round) {
     const Edge edge = round % 2 == 0 ? Edge::kEnd : Edge::kStart;
-    for (uint8_t* plane : {run.red, run.green, run.blue}) {
+    for (uint8_t *plane : {run.red, run.green, run.blue}) {
       random.fill(plane, kRun, lox_test::kFills[random.between(0, 3)]);
     }
     for (int level = 1; level <= lox::isa_best(); ++level) {
-      const HdrRows& set = *kSets[level];
+      const HdrRows &set = *lox::hdr_rows_sets[level];
       const int n = kRun - round % 4 * set.group;
-      const auto portable = kernels(*kSets[0]);
+      const auto portable = kernels(*lox::hdr_rows_sets[0]);
       const auto forms = kernels(set);
       for (size_t k = 0; k < forms.size(); ++k) {
         std::vector<uint8_t> expected(n * forms[k].bytes_per_pixel);
@@ -187,7 +188,7 @@ TEST_F(HdrRowsTest, EveryDestinationGetsTheSameBytes) {
       }
       for (int variant = 0; variant < 2; ++variant) {
         std::vector<uint8_t> u(n / 2), v(n / 2);
-        kSets[0]->put_u_v[variant](u.data(), v.data(), &run, n);
+        lox::hdr_rows_sets[0]->put_u_v[variant](u.data(), v.data(), &run, n);
         dst.reset(u.size(), edge);
         second.reset(v.size(), edge);
         set.put_u_v[variant](dst.data(), second.data(), &run, n);

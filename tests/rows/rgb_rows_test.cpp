@@ -2,6 +2,8 @@
 // The kernels from RGB and those that move samples, of each set, against the
 // portable ones: all short widths and some long ones, any alignment, beside
 // inaccessible memory; and every colour.
+#include "csc/rgb_rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,18 +12,13 @@
 #include <vector>
 
 #include "csc/layout_rows.h"
-#include "csc/rgb_rows.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
 using lox_test::Edge;
 using lox_test::GuardedBuffer;
-
-constexpr const lox::RgbRows* kRgbSets[] = LOX_ROW_SETS(rgb_rows);
-constexpr const lox::LayoutRows* kLayoutSets[] = LOX_ROW_SETS(layout_rows);
 
 // Bytes that a row of a width has.
 using Size = size_t (*)(size_t);
@@ -36,24 +33,24 @@ size_t packed_pairs(size_t width) { return (width + 1) / 2 * 4; }
 
 struct Form {
   std::vector<Size> in, out;
-  const void* code;
-  std::function<void(uint8_t* const in[], uint8_t* const out[], ptrdiff_t)> run;
+  const void *code;
+  std::function<void(uint8_t *const in[], uint8_t *const out[], ptrdiff_t)> run;
 };
 
 std::vector<Form> forms(int level) {
-  const lox::RgbRows& rgb = *kRgbSets[level];
-  const lox::LayoutRows& layout = *kLayoutSets[level];
+  const lox::RgbRows &rgb = *lox::rgb_rows_sets[level];
+  const lox::LayoutRows &layout = *lox::layout_rows_sets[level];
   std::vector<Form> list;
-  const auto add = [&](std::vector<Size> in, std::vector<Size> out, auto* code,
+  const auto add = [&](std::vector<Size> in, std::vector<Size> out, auto *code,
                        auto run) {
-    list.push_back({in, out, reinterpret_cast<const void*>(code), run});
+    list.push_back({in, out, reinterpret_cast<const void *>(code), run});
   };
   const auto to_yuv = [&](lox::RgbToYuvFn fn, Size in, std::vector<Size> out) {
-    add({in}, out, fn, [fn](auto* src, auto* dst, ptrdiff_t width) {
+    add({in}, out, fn, [fn](auto *src, auto *dst, ptrdiff_t width) {
       fn({src[0], dst[0], {dst[1], dst[2]}}, width);
     });
   };
-  const auto all_to_yuv = [&](const lox::RgbToYuvForms& f, Size in) {
+  const auto all_to_yuv = [&](const lox::RgbToYuvForms &f, Size in) {
     to_yuv(f.luma, in, {pixels<1>});
     to_yuv(f.luma_and_chroma[lox::kChromaPlanes], in, {pixels<1>, half, half});
     to_yuv(f.luma_and_chroma[lox::kChromaUv], in, {pixels<1>, even});
@@ -71,7 +68,7 @@ std::vector<Form> forms(int level) {
 
   const auto one_to_one = [&](lox::RgbToRgbFn fn, Size in, Size out) {
     add({in}, {out}, fn,
-        [fn](auto* src, auto* dst, ptrdiff_t n) { fn(src[0], dst[0], n); });
+        [fn](auto *src, auto *dst, ptrdiff_t n) { fn(src[0], dst[0], n); });
   };
   one_to_one(rgb.rgba8888_to_rgb565, pixels<4>, pixels<2>);
   one_to_one(rgb.rgb888_to_rgb565, pixels<3>, pixels<2>);
@@ -80,36 +77,36 @@ std::vector<Form> forms(int level) {
   one_to_one(layout.swap, pixels<2>, pixels<2>);
   one_to_one(layout.words_by_4, pixels<2>, pixels<1>);
   add({pixels<2>}, {pixels<2>}, layout.swap,
-      [&](auto* src, auto* dst, ptrdiff_t n) {
+      [&](auto *src, auto *dst, ptrdiff_t n) {
         std::copy_n(src[0], 2 * n, dst[0]);
         layout.swap(dst[0], dst[0], n);
       });
   add({pixels<1>}, {half_up, half}, layout.split,
-      [&](auto* src, auto* dst, ptrdiff_t n) {
+      [&](auto *src, auto *dst, ptrdiff_t n) {
         layout.split(src[0], dst[0], dst[1], n);
       });
   add({pixels<1>, pixels<1>}, {pixels<2>}, layout.merge,
-      [&](auto* src, auto* dst, ptrdiff_t n) {
+      [&](auto *src, auto *dst, ptrdiff_t n) {
         layout.merge(src[0], src[1], dst[0], n);
       });
   // All planes, and only some.
   for (const int skipped : {-1, 0, 3}) {
     add({pixels<4>}, {pixels<1>, pixels<1>, pixels<1>, pixels<1>},
-        layout.split4, [&, skipped](auto* src, auto* dst, ptrdiff_t n) {
-          uint8_t* planes[] = {dst[0], dst[1], dst[2], dst[3]};
+        layout.split4, [&, skipped](auto *src, auto *dst, ptrdiff_t n) {
+          uint8_t *planes[] = {dst[0], dst[1], dst[2], dst[3]};
           if (skipped >= 0) planes[skipped] = nullptr;
           layout.split4(src[0], planes, n);
         });
     add({pixels<1>, pixels<1>, pixels<1>, pixels<1>}, {pixels<4>},
-        layout.merge4, [&, skipped](auto* src, auto* dst, ptrdiff_t n) {
-          const uint8_t* planes[] = {src[0], src[1], src[2], src[3]};
+        layout.merge4, [&, skipped](auto *src, auto *dst, ptrdiff_t n) {
+          const uint8_t *planes[] = {src[0], src[1], src[2], src[3]};
           if (skipped >= 0) planes[skipped] = nullptr;
           layout.merge4(planes, dst[0], n);
         });
   }
   for (const auto fn : {layout.yuyv, layout.yuyv_average}) {
     add({packed_pairs}, {pixels<1>, half_up, half_up}, fn,
-        [fn](auto* src, auto* dst, ptrdiff_t width) {
+        [fn](auto *src, auto *dst, ptrdiff_t width) {
           fn(src[0], dst[0], dst[1], dst[2], width);
         });
   }
@@ -126,7 +123,7 @@ TEST_F(RgbRowsTest, FormsAreThatOfThePortableSet) {
   GuardedBuffer in[4];
   GuardedBuffer got[4];
   GuardedBuffer expected[4];
-  const auto pointers = [](GuardedBuffer* b) {
+  const auto pointers = [](GuardedBuffer *b) {
     return std::array{b[0].data(), b[1].data(), b[2].data(), b[3].data()};
   };
   for (int level = 1; level <= lox::isa_best(); ++level) {
@@ -166,12 +163,12 @@ TEST_F(RgbRowsTest, EveryColourIsThatOfThePortableSet) {
   std::vector<uint8_t> got(kWidth * 2);
   std::vector<uint8_t> expected(kWidth * 2);
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    const auto standards = [](const lox::RgbRows& set) {
+    const auto standards = [](const lox::RgbRows &set) {
       return std::array{&set.to_yuv[lox::kRgba8888], &set.bt601_full,
                         &set.bt709};
     };
-    const auto set = standards(*kRgbSets[level]);
-    const auto portable = standards(*kRgbSets[0]);
+    const auto set = standards(*lox::rgb_rows_sets[level]);
+    const auto portable = standards(*lox::rgb_rows_sets[0]);
     for (int row = 0; row < 256 * 16; ++row) {
       for (size_t x = 0; x < kWidth; ++x) {
         rgb[4 * x] = static_cast<uint8_t>(row / 16);
@@ -180,8 +177,8 @@ TEST_F(RgbRowsTest, EveryColourIsThatOfThePortableSet) {
         rgb[4 * x + 3] = static_cast<uint8_t>(x * 7);
       }
       for (size_t i = 0; i < set.size(); ++i) {
-        const auto run = [&](const lox::RgbToYuvForms& f,
-                             std::vector<uint8_t>& to) {
+        const auto run = [&](const lox::RgbToYuvForms &f,
+                             std::vector<uint8_t> &to) {
           f.luma_and_chroma[lox::kChromaUv](
               {rgb.data(), to.data(), {to.data() + kWidth, nullptr}}, kWidth);
         };

@@ -12,7 +12,6 @@
 
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
@@ -20,8 +19,6 @@ using lox::Axis;
 using lox::Scaling;
 using lox_test::Edge;
 using lox_test::GuardedBuffer;
-
-constexpr const lox::ScaleTables* kSets[] = LOX_ROW_SETS(scale_rows);
 
 struct Type {
   int32_t unit;
@@ -36,8 +33,8 @@ constexpr Type kTypes[] = {{1, &lox::ScaleTables::bytes},
 class ScaleRowsTest : public lox_test::SeededTest {
  protected:
   // A whole row, in the strips that the set asks for.
-  void scale(const lox::ScaleRows& rows, const Type& type, Axis axis,
-             const uint8_t* below, uint8_t* dst) {
+  void scale(const lox::ScaleRows &rows, const Type &type, Axis axis,
+             const uint8_t *below, uint8_t *dst) {
     lox::Columns columns;
     columns.axis = axis;
     columns.unit = type.unit;
@@ -47,7 +44,7 @@ class ScaleRowsTest : public lox_test::SeededTest {
       rows.prepare(&columns);
       ASSERT_GT(columns.count, 0);
       ASSERT_LE(columns.count, axis.dst - columns.first);
-      uint8_t* const to = dst + ptrdiff_t{columns.first} * type.unit;
+      uint8_t *const to = dst + ptrdiff_t{columns.first} * type.unit;
       if (below != nullptr) {
         rows.cells(row_.data(), below, to, &columns);
       } else {
@@ -56,7 +53,7 @@ class ScaleRowsTest : public lox_test::SeededTest {
     }
   }
   void check(Axis axis, Edge edge) {
-    for (const Type& type : kTypes) {
+    for (const Type &type : kTypes) {
       const size_t src = size_t(axis.src) * size_t(type.unit);
       const size_t dst = size_t(axis.dst) * size_t(type.unit);
       const bool reduces = axis.scaling <= Scaling::kReduceWhole;
@@ -64,13 +61,15 @@ class ScaleRowsTest : public lox_test::SeededTest {
       below_.reset(src, edge);
       random.fill(row_.data(), src, lox_test::kFills[axis.src % 4]);
       random.fill(below_.data(), src, lox_test::kFills[axis.dst % 4]);
-      for (const uint8_t* below : {static_cast<uint8_t*>(nullptr),
+      for (const uint8_t *below : {static_cast<uint8_t *>(nullptr),
                                    reduces ? below_.data() : nullptr}) {
         expected_.reset(dst, edge);
-        scale(kSets[0]->*type.rows, type, axis, below, expected_.data());
+        scale(lox::scale_rows_sets[0]->*type.rows, type, axis, below,
+              expected_.data());
         for (int level = 1; level <= lox::isa_best(); ++level) {
           got_.reset(dst, edge);
-          scale(kSets[level]->*type.rows, type, axis, below, got_.data());
+          scale(lox::scale_rows_sets[level]->*type.rows, type, axis, below,
+                got_.data());
           ASSERT_TRUE(lox_test::holds(got_, expected_.copy()))
               << lox::isa_name(level) << ", unit " << type.unit << ", "
               << axis.src << " to " << axis.dst << ", scaling "
@@ -97,7 +96,7 @@ TEST_F(ScaleRowsTest, ColumnsAreThoseOfThePortableSet) {
     sizes.push_back({src * ratio, src});
     sizes.push_back({3 * src, 2 * src});
   }
-  for (const auto& [src, dst] : sizes) {
+  for (const auto &[src, dst] : sizes) {
     const Edge edge = (src + dst) % 2 == 0 ? Edge::kEnd : Edge::kStart;
     if (dst < src) {
       check({src, dst, Scaling::kReduce}, edge);
@@ -117,9 +116,9 @@ TEST_F(ScaleRowsTest, BlendsAreThoseOfThePortableSet) {
         for (const bool mod1 : {false, true}) {
           for (const auto rows :
                {&lox::ScaleTables::bytes, &lox::ScaleTables::rgb565}) {
-            const auto run = [&](int level, GuardedBuffer& to) {
+            const auto run = [&](int level, GuardedBuffer &to) {
               to.reset(n, Edge::kEnd);
-              (kSets[level]->*rows)
+              (lox::scale_rows_sets[level]->*rows)
                   .blend(row_.data(), below_.data(), to.data(),
                          static_cast<ptrdiff_t>(n), {0, part, length}, mod1);
             };
@@ -146,12 +145,13 @@ TEST_F(ScaleRowsTest, WordsAreThoseOfThePortableSet) {
     for (const int32_t factor : {2, 3}) {
       for (size_t count = 1; count < 140; ++count) {
         const size_t bytes = count * static_cast<size_t>(unit);
-        const auto run = [&](int level, GuardedBuffer& to) {
+        const auto run = [&](int level, GuardedBuffer &to) {
           to.reset(bytes, Edge::kEnd);
-          kSets[level]->words(row_.data(), below_.data(), to.data(), unit,
-                              factor, static_cast<ptrdiff_t>(count));
+          lox::scale_rows_sets[level]->words(row_.data(), below_.data(),
+                                             to.data(), unit, factor,
+                                             static_cast<ptrdiff_t>(count));
         };
-        for (GuardedBuffer* row : {&row_, &below_}) {
+        for (GuardedBuffer *row : {&row_, &below_}) {
           row->reset(bytes * static_cast<size_t>(factor), Edge::kEnd);
           random.fill(row->data(), row->size(), lox_test::kFills[count % 4]);
         }

@@ -1,21 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // The search for start codes, of each set, against the plain one: codes at
 // every place, near misses before them, inaccessible memory behind.
+#include "media/scan_rows.h"
+
 #include <gtest/gtest.h>
 
-#include "media/scan_rows.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
-constexpr const lox::ScanRows* kScanSets[] = LOX_ROW_SETS(scan_rows);
 constexpr lox::StartCode kCodes[] = {{255, 1, 255, 1},     {252, 128, 255, 1},
                                      {252, 128, 252, 132}, {255, 0, 255, 0},
                                      {0, 1, 255, 255},     {192, 64, 255, 9}};
 
-ptrdiff_t plain_find(const uint8_t* data, ptrdiff_t n, lox::StartCode code) {
+ptrdiff_t plain_find(const uint8_t *data, ptrdiff_t n, lox::StartCode code) {
   for (ptrdiff_t p = 0; p < n; ++p) {
     const uint8_t c = data[p + 2];
     if (data[p] == 0 && data[p + 1] == 0 &&
@@ -32,8 +31,8 @@ using ScanRowsTest = lox_test::SeededTest;
 TEST_F(ScanRowsTest, FindsTheFirstCode) {
   lox_test::GuardedBuffer data;
   for (int level = 0; level <= lox::isa_best(); ++level) {
-    const auto find = kScanSets[level]->find;
-    ASSERT_TRUE(level == 0 || find != kScanSets[0]->find);
+    const auto find = lox::scan_rows_sets[level]->find;
+    ASSERT_TRUE(level == 0 || find != lox::scan_rows_sets[0]->find);
     for (ptrdiff_t n = 1; n < 2048; n += n < 150 ? 1 : 211) {
       // Those of the last two places lie beyond what is searched.
       for (ptrdiff_t place = -1; place < n + 2; place += n < 150 ? 1 : 37) {
@@ -45,7 +44,7 @@ TEST_F(ScanRowsTest, FindsTheFirstCode) {
           const uint32_t samples[] = {0, x % 3, x % 255 + 1, x % 2 * x};
           data.data()[i] = static_cast<uint8_t>(samples[kind / 2]);
         }
-        const auto& code = kCodes[random.between(0, 5)];
+        const auto &code = kCodes[random.between(0, 5)];
         const uint8_t last = kind % 3 ? code.value : code.other_value;
         for (ptrdiff_t i = 0; i < 3 && place >= 0 && place + i < size; ++i) {
           data.data()[place + i] = i < 2 ? 0 : last;

@@ -2,28 +2,25 @@
 // The kernels that turn, of each set, against the rule, and those that average
 // blocks against the portable ones: beside inaccessible memory, in steps of any
 // size and sign.
+#include "rot/turn_rows.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <vector>
 
 #include "rsz/block_rows.h"
-#include "rsz/turn_rows.h"
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 
 namespace {
 
 using lox_test::Edge;
 using lox_test::GuardedBuffer;
 
-constexpr const lox::TurnRows* kTurnSets[] = LOX_ROW_SETS(turn_rows);
-constexpr const lox::BlockRows* kBlockSets[] = LOX_ROW_SETS(block_rows);
-
 // Rows in a buffer, the first or the last of which comes first in memory.
 struct Rows {
-  Rows(GuardedBuffer& buffer, ptrdiff_t bytes, ptrdiff_t rows,
+  Rows(GuardedBuffer &buffer, ptrdiff_t bytes, ptrdiff_t rows,
        ptrdiff_t padding, bool upwards, Edge edge)
       : step(upwards ? -(bytes + padding) : bytes + padding),
         origin(upwards ? (rows - 1) * (bytes + padding) : 0) {
@@ -48,9 +45,9 @@ class TurnRowsTest : public lox_test::SeededTest {
                     expected.data() + to.origin + x * to.step + y * unit);
       }
     }
-    kTurnSets[level]->transpose[unit - 1](src_.data() + from.origin, from.step,
-                                          dst_.data() + to.origin, to.step,
-                                          width, height);
+    lox::turn_rows_sets[level]->transpose[unit - 1](
+        src_.data() + from.origin, from.step, dst_.data() + to.origin, to.step,
+        width, height);
     ASSERT_TRUE(lox_test::holds(dst_, expected))
         << lox::isa_name(level) << ", unit " << unit << ", " << width << "x"
         << height << ", variant " << variant;
@@ -67,8 +64,8 @@ TEST_F(TurnRowsTest, TransposeMovesUnitsAndNothingElse) {
     for (int unit = 1; unit <= 4; ++unit) {
       if (level > 0) {
         // A form that was not compiled for its set proves nothing.
-        ASSERT_NE(kTurnSets[level]->transpose[unit - 1],
-                  kTurnSets[0]->transpose[unit - 1]);
+        ASSERT_NE(lox::turn_rows_sets[level]->transpose[unit - 1],
+                  lox::turn_rows_sets[0]->transpose[unit - 1]);
       }
       int variant = 0;
       for (int width = 1; width <= 70; ++width) {
@@ -91,9 +88,9 @@ TEST_F(TurnRowsTest, ReverseWritesUnitsBackwards) {
   for (size_t n = 1; n <= 300; ++n) counts.push_back(n);
   for (int level = 0; level <= lox::isa_best(); ++level) {
     for (size_t unit = 1; unit <= 4; ++unit) {
-      const auto reverse = kTurnSets[level]->reverse[unit - 1];
+      const auto reverse = lox::turn_rows_sets[level]->reverse[unit - 1];
       if (level > 0) {
-        ASSERT_NE(reverse, kTurnSets[0]->reverse[unit - 1]);
+        ASSERT_NE(reverse, lox::turn_rows_sets[0]->reverse[unit - 1]);
       }
       for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
         for (const size_t n : counts) {
@@ -133,9 +130,9 @@ TEST_F(TurnRowsTest, BlocksAreThoseOfThePortableSet) {
   for (size_t n = 1; n <= 140; ++n) counts.push_back(n);
   GuardedBuffer portable;
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    for (const BlockForm& form : kBlockForms) {
-      const lox::BlockFn row = kBlockSets[level]->*form.row;
-      const lox::BlockFn rule = kBlockSets[0]->*form.row;
+    for (const BlockForm &form : kBlockForms) {
+      const lox::BlockFn row = lox::block_rows_sets[level]->*form.row;
+      const lox::BlockFn rule = lox::block_rows_sets[0]->*form.row;
       ASSERT_NE(row, rule);
       for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
         for (const size_t n : counts) {

@@ -1,22 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // Sharpening and deblocking of each set against the portable one: beside
 // inaccessible memory, rows in either order.
+#include "vqe/vqe_rows.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
 #include "support/guarded_buffer.h"
 #include "support/random.h"
-#include "tests/rows/row_sets.h"
 #include "vqe/deblock_rule.h"
-#include "vqe/vqe_rows.h"
 
 namespace {
 
-constexpr const lox::VqeRows* kVqeSets[] = LOX_ROW_SETS(vqe_rows);
-
 // Noise of a range that is often narrow, and some of all values.
-void paint(lox_test::Random& random, lox_test::GuardedBuffer& buffer,
+void paint(lox_test::Random &random, lox_test::GuardedBuffer &buffer,
            ptrdiff_t size) {
   buffer.reset(size, lox_test::Edge{random.between(0, 1)});
   const uint32_t bits = random.between(1, 8), wide = random.between(0, 15);
@@ -31,9 +29,9 @@ using VqeRowsTest = lox_test::SeededTest;
 
 TEST_F(VqeRowsTest, AreThoseOfThePortableSet) {
   lox_test::GuardedBuffer src, dst;
-  const lox::VqeRows& rule = *kVqeSets[0];
+  const lox::VqeRows &rule = *lox::vqe_rows_sets[0];
   for (int level = 1; level <= lox::isa_best(); ++level) {
-    const lox::VqeRows& set = *kVqeSets[level];
+    const lox::VqeRows &set = *lox::vqe_rows_sets[level];
     ASSERT_NE(set.sharpen, rule.sharpen);
     ASSERT_NE(set.deblock_horizontal, rule.deblock_horizontal);
     ASSERT_NE(set.deblock_vertical, rule.deblock_vertical);
@@ -44,7 +42,7 @@ TEST_F(VqeRowsTest, AreThoseOfThePortableSet) {
       paint(random, src, (rows + 3) * pitch + n + 4);
       paint(random, dst, (rows - 1) * pitch + n);
       std::vector<uint8_t> expected = dst.copy();
-      const uint8_t* first = src.data() + 2 * pitch + 2;
+      const uint8_t *first = src.data() + 2 * pitch + 2;
       rule.sharpen(first, pitch, expected.data(), n, rows);
       set.sharpen(first, pitch, dst.data(), n, rows);
       ASSERT_TRUE(lox_test::holds(dst, expected))
@@ -58,9 +56,9 @@ TEST_F(VqeRowsTest, AreThoseOfThePortableSet) {
         const ptrdiff_t origin = i % 2 ? 0 : (lines - 1) * pitch;
         paint(random, dst, (lines - 1) * pitch + (columns ? edges * 8 : n));
         expected = dst.copy();
-        uint8_t* const from[] = {expected.data() + origin, dst.data() + origin};
+        uint8_t *const from[] = {expected.data() + origin, dst.data() + origin};
         for (const int by : {0, 1}) {
-          const lox::VqeRows& s = *kVqeSets[by * level];
+          const lox::VqeRows &s = *lox::vqe_rows_sets[by * level];
           if (columns) {
             s.deblock_vertical(from[by], stride, edges, rows, strength);
           } else {

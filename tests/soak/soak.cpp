@@ -22,10 +22,10 @@ namespace {
 
 constexpr int kThreads = 8;
 
-void run_family(const Family& family, int frame, Sink& sink) {
+void run_family(const Family &family, int frame, Sink &sink) {
   Source source(static_cast<uint64_t>(frame));
   for (int32_t i = 0; i < family.count; ++i) {
-    const Function& function = family.functions[i];
+    const Function &function = family.functions[i];
     // The one function that is not for several threads.
     if (std::strcmp(function.name, "vexo_vqe_cs_init") == 0) continue;
     function.run(function, source, sink);
@@ -36,7 +36,7 @@ void run_family(const Family& family, int frame, Sink& sink) {
 std::vector<uint64_t> run(int first, int last) {
   std::vector<uint64_t> digests(kThreads);
   std::vector<std::thread> threads;
-  for (uint64_t& digest : digests) {
+  for (uint64_t &digest : digests) {
     threads.emplace_back([first, last, &digest] {
       Sink sink;
       for (int frame = first; frame < last; ++frame) {
@@ -47,7 +47,7 @@ std::vector<uint64_t> run(int first, int last) {
       digest = sink.digest();
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread &thread : threads) thread.join();
   return digests;
 }
 
@@ -62,7 +62,7 @@ Memory memory() {
   const struct mallinfo2 heap = mallinfo2();
   now.heap = static_cast<long long>(heap.uordblks + heap.hblkhd);
 #endif
-  std::FILE* file = std::fopen("/proc/self/statm", "r");
+  std::FILE *file = std::fopen("/proc/self/statm", "r");
   if (file == nullptr) return now;
   if (std::fscanf(file, "%*d %lld", &now.resident) != 1) now.resident = 0;
   now.resident *= sysconf(_SC_PAGESIZE);
@@ -73,7 +73,7 @@ Memory memory() {
 }  // namespace
 }  // namespace lox_test
 
-int main(int argc, char** argv) {
+int main(int argc, char **argv) {
   const int frames = argc > 1 ? std::atoi(argv[1]) : 1000;
   lox_test::Memory before;
   for (const int part : {0, 1}) {

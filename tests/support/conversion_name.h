@@ -45,7 +45,7 @@ inline int32_t format_of_token(std::string_view text) {
                  {"abgr8888", VEXO_FMT_ABGR8888},
                  {"yuv420Planar16", VEXO_FMT_YUV420PLANAR16},
                  {"p010le", VEXO_FMT_P010LE}};
-  for (const auto& token : kTokens) {
+  for (const auto &token : kTokens) {
     if (token.text == text) return token.format;
   }
   return -1;
@@ -61,7 +61,7 @@ inline ConversionName parse_conversion(std::string_view name) {
                     {"bt709_", VEXO_STD_BT709}};
   name.remove_prefix(std::string_view("vexo_csc_").size());
   int32_t standard = VEXO_STD_DEFAULT;
-  for (const auto& prefix : kStandards) {
+  for (const auto &prefix : kStandards) {
     if (!name.starts_with(prefix.text)) continue;
     standard = prefix.standard;
     name.remove_prefix(prefix.text.size());

@@ -144,8 +144,8 @@ inline ExactCall exact_csc(int32_t from, int32_t to, int32_t standard,
                            int32_t width, int32_t height) {
   ExactCall call = {exact_image(from, width, height),
                     exact_image(to, width, height)};
-  ExactImage& src = call.src;
-  ExactImage& dst = call.dst;
+  ExactImage &src = call.src;
+  ExactImage &dst = call.dst;
   const bool odd = width % 2 != 0 && width > 0;
   if (is_rgb_code(to)) {
     const bool whole_pairs = standard == VEXO_STD_DEFAULT &&
@@ -209,7 +209,7 @@ inline int64_t swapped_bytes(int32_t stride, int32_t rows) {
 }
 
 // Bytes of a source plane of the call.
-inline int64_t csc_source_bytes(const ExactCall& call, int32_t from, int32_t to,
+inline int64_t csc_source_bytes(const ExactCall &call, int32_t from, int32_t to,
                                 int p, const int32_t stride[4]) {
   // From YUV420 to YV12 a chroma plane is read with the stride of the other.
   const bool others = from == VEXO_FMT_YUV420 && to == VEXO_FMT_YV12 && p > 0;
@@ -222,7 +222,7 @@ inline int64_t csc_source_bytes(const ExactCall& call, int32_t from, int32_t to,
 }
 
 // Bytes of a destination plane of the call.
-inline int64_t csc_destination_bytes(const ExactCall& call, int32_t from,
+inline int64_t csc_destination_bytes(const ExactCall &call, int32_t from,
                                      int32_t to, int p,
                                      const int32_t stride[4]) {
   const bool swapped =

@@ -31,7 +31,7 @@ class Random {
     return static_cast<int32_t>(low + static_cast<int64_t>(next() % count));
   }
 
-  void fill(uint8_t* data, size_t size, Fill kind = Fill::kRandom) {
+  void fill(uint8_t *data, size_t size, Fill kind = Fill::kRandom) {
     const auto word = [&]() -> uint64_t {
       return kind == Fill::kRandom ? next()
              : kind == Fill::kLow  ? 0

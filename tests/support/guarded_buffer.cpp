@@ -17,7 +17,7 @@ constexpr size_t kMargin = 256;
 uint8_t canary(size_t i) {
   return static_cast<uint8_t>(static_cast<uint32_t>(i) * 0x9E3779B1 >> 24);
 }
-void fill_canaries(uint8_t* data, size_t size) {
+void fill_canaries(uint8_t *data, size_t size) {
   for (size_t i = 0; i < size; ++i) data[i] = canary(i);
 }
 
@@ -33,10 +33,10 @@ void GuardedBuffer::reset(size_t size, Edge edge) {
   if (usable + 2 * page > mapped_) {
     if (mapping_ != nullptr) munmap(mapping_, mapped_);
     mapped_ = usable + 2 * page;
-    void* p =
+    void *p =
         mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (p == MAP_FAILED) std::abort();
-    mapping_ = static_cast<uint8_t*>(p);
+    mapping_ = static_cast<uint8_t *>(p);
     if (mprotect(mapping_ + page, usable, PROT_READ | PROT_WRITE) != 0) {
       std::abort();
     }
@@ -54,7 +54,7 @@ void GuardedBuffer::reset(size_t size, Edge edge) {
   fill_canaries(margin(), kMargin);
 }
 
-uint8_t* GuardedBuffer::margin() const {
+uint8_t *GuardedBuffer::margin() const {
   return edge_ == Edge::kEnd ? data_ - kMargin : data_ + size_;
 }
 
@@ -69,8 +69,8 @@ bool GuardedBuffer::margin_intact() const {
   return true;
 }
 
-testing::AssertionResult holds(const GuardedBuffer& buffer,
-                               const std::vector<uint8_t>& expected) {
+testing::AssertionResult holds(const GuardedBuffer &buffer,
+                               const std::vector<uint8_t> &expected) {
   if (!buffer.margin_intact()) {
     return testing::AssertionFailure() << "written outside the buffer";
   }

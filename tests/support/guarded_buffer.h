@@ -22,8 +22,8 @@ class GuardedBuffer {
  public:
   GuardedBuffer() = default;
   ~GuardedBuffer();
-  GuardedBuffer(const GuardedBuffer&) = delete;
-  GuardedBuffer& operator=(const GuardedBuffer&) = delete;
+  GuardedBuffer(const GuardedBuffer &) = delete;
+  GuardedBuffer &operator=(const GuardedBuffer &) = delete;
 
   // Gives the buffer another size and place. It and the memory on its open
   // side are filled with canaries: bytes that differ from place to place, so
@@ -31,7 +31,7 @@ class GuardedBuffer {
   // where they are enough: emulated page faults are slow.
   void reset(size_t size, Edge edge = Edge::kEnd);
 
-  uint8_t* data() const { return data_; }
+  uint8_t *data() const { return data_; }
   size_t size() const { return size_; }
   std::vector<uint8_t> copy() const { return {data_, data_ + size_}; }
 
@@ -39,19 +39,19 @@ class GuardedBuffer {
   bool margin_intact() const;
 
  private:
-  uint8_t* margin() const;
+  uint8_t *margin() const;
 
-  uint8_t* mapping_ = nullptr;
+  uint8_t *mapping_ = nullptr;
   size_t mapped_ = 0;
-  uint8_t* data_ = nullptr;
+  uint8_t *data_ = nullptr;
   size_t size_ = 0;
   Edge edge_ = Edge::kEnd;
   size_t gap_ = 0;  // between the page before and the buffer, with kStart
 };
 
 // Whether the buffer holds `expected` and its margin is untouched.
-testing::AssertionResult holds(const GuardedBuffer& buffer,
-                               const std::vector<uint8_t>& expected);
+testing::AssertionResult holds(const GuardedBuffer &buffer,
+                               const std::vector<uint8_t> &expected);
 
 }  // namespace lox_test
 

@@ -22,8 +22,8 @@ inline size_t plane_size(int32_t row_bytes, int32_t rows, int32_t stride) {
   return size_t{1} * (rows - 1) * stride + row_bytes;
 }
 
-inline void copy_rows(const uint8_t* src, int32_t src_stride, int32_t row_bytes,
-                      int32_t rows, int32_t dst_stride, uint8_t* dst) {
+inline void copy_rows(const uint8_t *src, int32_t src_stride, int32_t row_bytes,
+                      int32_t rows, int32_t dst_stride, uint8_t *dst) {
   for (int32_t y = 0; y < rows; ++y) {
     for (int32_t i = 0; i < row_bytes; ++i) {
       dst[y * dst_stride + i] = src[y * src_stride + i];
@@ -52,8 +52,8 @@ struct TestImage {
     img.plane[p] = buffer[p].data();
   }
 
-  void fill(Random& random) {
-    for (GuardedBuffer& b : buffer) random.fill(b.data(), b.size());
+  void fill(Random &random) {
+    for (GuardedBuffer &b : buffer) random.fill(b.data(), b.size());
   }
 
   using Contents = std::array<std::vector<uint8_t>, 4>;
@@ -67,8 +67,8 @@ struct TestImage {
 };
 
 // Whether every plane holds what is expected, its margins included.
-inline testing::AssertionResult holds(const TestImage& image,
-                                      const TestImage::Contents& expected) {
+inline testing::AssertionResult holds(const TestImage &image,
+                                      const TestImage::Contents &expected) {
   for (int p = 0; p < 4; ++p) {
     auto result = holds(image.buffer[p], expected[p]);
     if (!result) return result << ", plane " << p;

@@ -22,16 +22,16 @@ void for_each_kernel(Each each) {
 
 struct Conversion {
   int32_t src, dst;
-  const char* name;
-  vexo_csc_kernel* kernel;
+  const char *name;
+  vexo_csc_kernel *kernel;
   int32_t standard = VEXO_STD_DEFAULT;
 };
 
 // The conversions, an unknown name with formats of -1.
-inline const std::vector<Conversion>& all_conversions() {
+inline const std::vector<Conversion> &all_conversions() {
   static const auto conversions = [] {
     std::vector<Conversion> all;
-    for_each_kernel([&](const char* name, auto* kernel) {
+    for_each_kernel([&](const char *name, auto *kernel) {
       if constexpr (requires(Conversion c) { c.kernel = kernel; }) {
         const auto [src, dst, standard] = parse_conversion(name);
         all.push_back({src, dst, name, kernel, standard});
@@ -43,8 +43,8 @@ inline const std::vector<Conversion>& all_conversions() {
 }
 
 // The kernel from one format to another, null where there is none.
-inline vexo_csc_kernel* conversion(int32_t standard, int32_t src, int32_t dst) {
-  for (const Conversion& c : all_conversions()) {
+inline vexo_csc_kernel *conversion(int32_t standard, int32_t src, int32_t dst) {
+  for (const Conversion &c : all_conversions()) {
     if (c.standard == standard && c.src == src && c.dst == dst) return c.kernel;
   }
   return nullptr;
@@ -53,7 +53,7 @@ inline vexo_csc_kernel* conversion(int32_t standard, int32_t src, int32_t dst) {
 template <typename Wanted>
 std::vector<Conversion> conversions_that(Wanted wanted) {
   std::vector<Conversion> some;
-  for (const Conversion& c : all_conversions()) {
+  for (const Conversion &c : all_conversions()) {
     if (wanted(c.src, c.dst)) some.push_back(c);
   }
   return some;

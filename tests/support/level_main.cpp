@@ -11,7 +11,7 @@
 #include "common/caches.h"
 #include "common/isa.h"
 
-int main(int argc, char** argv) {
+int main(int argc, char **argv) {
   constexpr int kSkipped = 77;
   testing::InitGoogleTest(&argc, argv);
   constexpr char kFlag[] = "--level=";

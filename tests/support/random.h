@@ -22,7 +22,7 @@ class SeededTest : public testing::Test {
   }
 
   static uint64_t chosen_seed() {
-    const char* text = std::getenv("ORUMLOX_TEST_SEED");
+    const char *text = std::getenv("ORUMLOX_TEST_SEED");
     return text != nullptr ? std::strtoull(text, nullptr, 0) : 20240229;
   }
 

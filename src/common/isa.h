@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Which form of the row kernels runs. Every kernel is compiled once for each
+// instruction set of the target; a level is an index into that list, 0 being
+// the portable form. On x86 the level is chosen once, when the library is
+// loaded; on ARM there is nothing to choose.
+#pragma once
+
+// LOX_FOR_EACH_SET(X, ...): X(set, ...) for each set, worst first. Must agree
+// with cmake/rows.cmake.
+#if defined(__x86_64__) || defined(__i386__)
+#define LOX_FOR_EACH_SET(X, ...)         \
+  X(portable __VA_OPT__(, ) __VA_ARGS__) \
+  X(sse41 __VA_OPT__(, ) __VA_ARGS__)    \
+  X(avx2 __VA_OPT__(, ) __VA_ARGS__)     \
+  X(avx512 __VA_OPT__(, ) __VA_ARGS__)
+#elif defined(LOX_TRIM)
+#define LOX_FOR_EACH_SET(X, ...) X(neon __VA_OPT__(, ) __VA_ARGS__)
+#elif defined(__ARM_NEON)
+#define LOX_FOR_EACH_SET(X, ...)         \
+  X(portable __VA_OPT__(, ) __VA_ARGS__) \
+  X(neon __VA_OPT__(, ) __VA_ARGS__)
+#else
+#define LOX_FOR_EACH_SET(X, ...) X(portable __VA_OPT__(, ) __VA_ARGS__)
+#endif
+
+namespace lox {
+
+// The level that runs. Before the library's constructor has run, and so for
+// callers' own constructors, the lowest: slower, never wrong.
+namespace detail {
+extern int isa_level_now;
+}
+#if defined(LOX_TRIM)
+constexpr int isa_level() { return 0; }
+#else
+inline int isa_level() { return detail::isa_level_now; }
+#endif
+
+// The highest level this machine has, and the name of a level.
+int isa_best();
+const char *isa_name(int level);
+
+// Whether AVX-512's gathering loads are faster than as many single ones.
+// Measured: on the first processors with half-precision AVX-512 they are; those
+// before them are known to be slow at it, of AMD's or with the repair of a
+// leak. Chosen when the library is loaded; not before that.
+namespace detail {
+extern bool gathering_now;
+}
+inline bool gathering() { return detail::gathering_now; }
+
+// For tests, on one thread. Not exported.
+void set_gathering(bool on);
+
+// For tests and benchmarks, on one thread: runs `level`, or the best one if the
+// machine has less. Not exported.
+void isa_limit(int level);
+
+}  // namespace lox

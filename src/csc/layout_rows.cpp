@@ -1,0 +1,294 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Samples taken apart, put together and moved, a row at a time.
+#include "csc/layout_rows.h"
+
+#include "common/caches.h"
+#include "simd/simd.h"
+
+#if defined(LOX_SET_neon)
+#include "simd/neon_planes.h"
+#elif LOX_VECTORS
+#include "simd/x86_planes.h"
+#endif
+
+namespace lox::LOX_SET {
+
+namespace {
+
+#if LOX_VECTORS
+// Steps are short: several make a turn of a loop.
+constexpr int kSteps = 2;
+
+// Calls kernel.operator()<V, kFetch>() for n units of kBytes read and as many
+// written: with lines fetched ahead when that is far from the nearer caches.
+template <size_t kBytes, class Kernel>
+LOX_INLINE ptrdiff_t near_or_far(ptrdiff_t n, Kernel kernel) {
+  if (Far::kAhead != 0 && n >= static_cast<ptrdiff_t>(kFar / (2 * kBytes))) {
+    kernel.template operator()<Far, true>();
+    return n;
+  }
+  return with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    kernel.template operator()<V, false>();
+  });
+}
+#endif
+
+void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
+  const ptrdiff_t pairs = n / 2;
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = near_or_far<2>(pairs, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to0 = even;
+    uint8_t *to1 = odd;
+    for_vectors<V, kSteps>(
+        pairs,
+        [&]() LOX_INLINE_LAMBDA {
+          if constexpr (kFetch) {
+            V::fetch_ahead(to0, V::n);
+            V::fetch_ahead(to1, V::n);
+          }
+          const auto two = V::load_unzip(from);
+          V::store_bytes(to0, two.even);
+          V::store_bytes(to1, two.odd);
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+          from += 2 * step;
+          to0 += step;
+          to1 += step;
+          settle(from);
+          settle(to0);
+          settle(to1);
+        });
+  });
+#endif
+  for (; i < pairs; ++i) {
+    even[i] = src[2 * i];
+    odd[i] = src[2 * i + 1];
+  }
+  if (n % 2 != 0) even[pairs] = src[2 * pairs];
+}
+
+void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = near_or_far<2>(n, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
+    const uint8_t *from0 = even;
+    const uint8_t *from1 = odd;
+    uint8_t *to = dst;
+    for_vectors<V, kSteps>(
+        n,
+        [&]() LOX_INLINE_LAMBDA {
+          if constexpr (kFetch) V::fetch_ahead(to, 2 * V::n);
+          V::store_zip(to, V::load_bytes(from0), V::load_bytes(from1));
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+          from0 += step;
+          from1 += step;
+          to += 2 * step;
+          settle(from0);
+          settle(from1);
+          settle(to);
+        });
+  });
+#endif
+  for (; i < n; ++i) {
+    dst[2 * i] = even[i];
+    dst[2 * i + 1] = odd[i];
+  }
+}
+
+#if LOX_VECTORS
+#if defined(LOX_SET_neon)
+template <class V>
+using PlanesOf = NeonPlanes;
+#else
+template <class V>
+using PlanesOf = X86Planes<typename V::R>;
+#endif
+#endif
+
+void split4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  // Rows of large pictures are not long: lines are always fetched ahead, which
+  // pays in the caches, too, where three planes are written.
+  if (n >= Far::n) {
+    using P = PlanesOf<Far>;
+    ptrdiff_t at = 0;
+    const auto put = [&](int k, auto v) LOX_INLINE_LAMBDA {
+      if (planes[k] == nullptr) return;
+      Far::fetch_ahead(planes[k] + at, P::n);
+      P::store_plane(planes[k] + at, v);
+    };
+    for_vectors<Far>(
+        n,
+        [&]() LOX_INLINE_LAMBDA {
+          const auto v = P::load_apart(src + 4 * at);
+          put(0, v.a);
+          put(1, v.b);
+          put(2, v.c);
+          put(3, v.d);
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
+    i = n;
+  }
+#endif
+  for (; i < n; ++i) {
+    for (int k = 0; k < 4; ++k) {
+      if (planes[k] != nullptr) planes[k][i] = src[4 * i + k];
+    }
+  }
+}
+
+void merge4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    using P = PlanesOf<V>;
+    ptrdiff_t at = 0;
+    const auto take = [&](int k) LOX_INLINE_LAMBDA {
+      return planes[k] != nullptr ? P::load_plane(planes[k] + at)
+                                  : P::all_255();
+    };
+    for_vectors<V>(
+        n,
+        [&]() LOX_INLINE_LAMBDA {
+          P::store_together(dst + 4 * at, take(0), take(1), take(2), take(3));
+        },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
+  });
+#endif
+  for (; i < n; ++i) {
+    for (int k = 0; k < 4; ++k) {
+      dst[4 * i + k] = planes[k] != nullptr ? planes[k][i] : uint8_t{255};
+    }
+  }
+}
+
+#if LOX_VECTORS
+// n bytes, each made of the two at its place in src.
+template <class Make>
+LOX_INLINE ptrdiff_t make_bytes(const uint8_t *src, uint8_t *dst, ptrdiff_t n,
+                                Make make) {
+  return with_vectors(n, [&]<class V>(V v) LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    for_vectors<V, kSteps>(
+        n, [&]() LOX_INLINE_LAMBDA { V::store_bytes(to, make(v, from)); },
+        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+          from += 2 * step;
+          to += step;
+          settle(from);
+          settle(to);
+        });
+  });
+}
+#endif
+
+void even(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  const ptrdiff_t pairs = n / 2;
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = make_bytes(src, dst, pairs,
+                 []<class V>(V, const uint8_t *p)
+                     LOX_INLINE_LAMBDA { return V::load_unzip(p).even; });
+#endif
+  for (; i < pairs; ++i) dst[i] = src[2 * i];
+  if (n % 2 != 0) dst[pairs] = src[2 * pairs];
+}
+
+void words_by_4(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  i = make_bytes(src, dst, n,
+                 []<class V>(V, const uint8_t *p)
+                     LOX_INLINE_LAMBDA { return V::load_words_by_4(p); });
+#endif
+  for (; i < n; ++i) {
+    const int word = src[2 * i] | src[2 * i + 1] << 8;
+    dst[i] = static_cast<uint8_t>(word >> 2);
+  }
+}
+
+void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+#if LOX_VECTORS
+  // In place no vector may do pairs again.
+  const auto kernel = [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
+    constexpr ptrdiff_t kPairs = V::kBlock / 2;
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    for (ptrdiff_t turns = n / (2 * kPairs); turns != 0; --turns) {
+      if constexpr (kFetch) V::fetch_ahead(to, 2 * V::kBlock);
+      V::swap_2_blocks(to, from);
+    }
+    if (n / kPairs % 2 != 0) {
+      V::put_block(to, V::swap_pairs(V::take_block(from)));
+    }
+    i = n - n % kPairs;
+  };
+  // As little work as a copy.
+  if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) && 4 * n < ptrdiff_t{kFar}) {
+    kernel.template operator()<Far, false>();
+  } else {
+    near_or_far<1>(2 * n, kernel);
+  }
+#endif
+  for (; i < n; ++i) {
+    const uint8_t first = src[2 * i];
+    dst[2 * i] = src[2 * i + 1];
+    dst[2 * i + 1] = first;
+  }
+}
+
+template <bool kAverage>
+void yuyv(const uint8_t *src, uint8_t *y, uint8_t *u, uint8_t *v,
+          ptrdiff_t width) {
+  const auto put = [](uint8_t &c, uint8_t sample) LOX_INLINE_LAMBDA {
+    c = kAverage ? static_cast<uint8_t>((c + sample) >> 1) : sample;
+  };
+  ptrdiff_t pair = 0;
+#if LOX_VECTORS
+  // Averages are not made twice: no vector may do pairs again.
+  with_vectors(width / 2, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    for (; pair + V::n <= width / 2; pair += V::n) {
+      const auto low = V::load_unzip(src + 4 * pair);
+      const auto high = V::load_unzip(src + 4 * pair + 2 * V::n);
+      V::store_bytes(y + 2 * pair, low.even);
+      V::store_bytes(y + 2 * pair + V::n, high.even);
+      auto chroma = V::unzip(low.odd, high.odd);
+      if constexpr (kAverage) {
+        chroma.even = V::average_down(V::load_bytes(u + pair), chroma.even);
+        chroma.odd = V::average_down(V::load_bytes(v + pair), chroma.odd);
+      }
+      V::store_bytes(u + pair, chroma.even);
+      V::store_bytes(v + pair, chroma.odd);
+    }
+  });
+#endif
+  for (; 2 * pair < width; ++pair) {
+    const uint8_t *const p = src + 4 * pair;
+    y[2 * pair] = p[0];
+    if (2 * pair + 1 < width) y[2 * pair + 1] = p[2];
+    put(u[pair], p[1]);
+    put(v[pair], p[3]);
+  }
+}
+
+}  // namespace
+
+constinit const LayoutRows layout_rows = {
+    .split = split,
+    .even = even,
+    .merge = merge,
+    .split4 = split4,
+    .merge4 = merge4,
+    .swap = swap,
+    .words_by_4 = words_by_4,
+    .yuyv = yuyv<false>,
+    .yuyv_average = yuyv<true>,
+};
+
+}  // namespace lox::LOX_SET

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Tiled 4:2:0 to RGB: the row kernels of U, V pairs on strips of tiles.
+#include <stddef.h>
+#include <stdint.h>
+
+#include "csc/kernel_args.h"
+#include "csc/tiles.h"
+#include "csc/yuv_to_rgb.h"
+#include "csc/yuv_to_rgb_rows.h"
+#include "orumlox/csc.h"
+
+namespace lox::csc {
+
+namespace {
+
+struct Tiled {
+  TilePlane luma, chroma;
+  const YuvToRgbForms &forms;
+  RgbLayout layout;
+  const KernelArgs &args;
+
+  // An odd height's last row shares the chroma row before it.
+  int32_t chroma_row(int32_t y) const {
+    return y / 2 < chroma.height() ? y / 2 : chroma.height() - 1;
+  }
+  uint8_t *rgb(int32_t x, int32_t y) const {
+    return args.dst(0, y) + ptrdiff_t{x} * kPixelBytes[layout];
+  }
+};
+
+void convert_strips(const Tiled &tiled, const TileShape &shape,
+                    const Writing &writing) {
+  StripReader luma_reader(tiled.luma, tiled.args.src_plane[0]);
+  StripReader chroma_reader(tiled.chroma, tiled.args.src_plane[1]);
+  const TilePlane strips(tiled.luma.width(), tiled.luma.height(),
+                         StripReader::width(tiled.luma), shape.luma_rows,
+                         false);
+  strips.for_tiles([&](int32_t x, int32_t y, int32_t width, int32_t rows) {
+    const int32_t first = tiled.chroma_row(y);
+    const int32_t chroma_rows = tiled.chroma_row(y + rows - 1) - first + 1;
+    const StripReader::View luma = luma_reader.view(x, y, width, rows);
+    // Whole pairs: an odd width's last V lies beyond it, in the same tile.
+    const StripReader::View chroma =
+        chroma_reader.view(x, first, width + width % 2, chroma_rows);
+    for (int32_t row = 0; row < rows; row += 2) {
+      const bool two = row + 1 < rows;
+      const int32_t second = two ? row + 1 : row;
+      const YuvToRgbRows pair = {
+          {luma.row(row), luma.row(second)},
+          {chroma.row(tiled.chroma_row(y + row) - first), nullptr},
+          {tiled.rgb(x, y + row), tiled.rgb(x, y + second)},
+          writing.stream,
+          false};
+      (two ? tiled.forms.two_rows : tiled.forms.one_row)(pair, width);
+    }
+  });
+}
+
+void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
+                  const KernelArgs &args) {
+  if (args.empty()) return;
+  const int32_t width = args.src_width[0];
+  const int32_t height = args.src_height[0];
+  // Of a picture of one row the chroma has one, too.
+  const Tiled tiled = {TilePlane::luma(shape, width, height),
+                       TilePlane::chroma(shape, width, height < 2 ? 2 : height),
+                       yuv_to_rgb_rows().yuv_to_rgb[kRowUv][layout], layout,
+                       args};
+  const Writing writing = writing_of(layout, args);
+  convert_strips(tiled, shape, writing);
+  if (writing.stream) yuv_to_rgb_rows().end_stream();
+}
+
+}  // namespace
+
+}  // namespace lox::csc
+
+#define LOX_KERNEL(token, shape, rgb_token, layout)                      \
+  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {               \
+    lox::csc::tiled_to_rgb(lox::csc::shape, lox::layout, LOX_ARGUMENTS); \
+  }
+
+extern "C" {
+
+LOX_KERNEL(t64x32, kT64x32, rgb565, kRgb565)
+LOX_KERNEL(t64x32, kT64x32, bgr565, kBgr565)
+LOX_KERNEL(t64x32, kT64x32, rgb888, kRgb888)
+LOX_KERNEL(t64x32, kT64x32, bgr888, kBgr888)
+LOX_KERNEL(t64x32, kT64x32, rgba8888, kRgba8888)
+LOX_KERNEL(t64x32, kT64x32, bgra8888, kBgra8888)
+LOX_KERNEL(t64x32, kT64x32, argb8888, kArgb8888)
+LOX_KERNEL(t64x32, kT64x32, abgr8888, kAbgr8888)
+LOX_KERNEL(t16x16, kT16x16, rgba8888, kRgba8888)
+LOX_KERNEL(t8x8, kT8x8, rgba8888, kRgba8888)
+LOX_KERNEL(t256x16, kT256x16, rgba8888, kRgba8888)
+
+}  // extern "C"

@@ -1,0 +1,328 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Rows of blocks. The portable form does one block after the other by the rule.
+// The vector forms first sum the columns of as many blocks as the nearest cache
+// holds: bases are symmetric, so the sums and differences of a row and its
+// mirror image are weighed, not the rows; then each block's rows, and the
+// inverse of as many blocks together as a register has parts.
+#include "dct/dct_rows.h"
+
+#include "dct/dct_rule.h"
+#include "simd/simd.h"
+
+#if defined(LOX_SET_neon)
+#include "dct/dct_neon.h"
+#elif LOX_VECTORS
+#include "dct/dct_x86.h"
+#endif
+
+namespace lox::LOX_SET {
+
+namespace {
+
+void plain_blocks(const DctJob *job) {
+  for (ptrdiff_t i = 0; i < job->count; ++i) dct_block(*job, i);
+}
+
+#if LOX_VECTORS
+
+#if defined(LOX_SET_neon)
+template <class V>
+using DctOf = NeonDct;
+#else
+template <class V>
+using DctOf = X86Dct<typename V::R>;
+#endif
+using Layout = DctOf<Narrow>;
+
+// Sums and inverses are proven to fit their lanes for these sides.
+bool has_vector_form(const DctKind &kind) {
+  return kind.width >= 4 && kind.width <= kDctMostSide && kind.height >= 4 &&
+         kind.height <= kDctMostSide;
+}
+
+void prepare_down(int16_t (*rows)[8], const DctKind &kind) {
+  const int32_t pairs = kind.height / 2;
+  const auto entry = [&](int u, int32_t y) {
+    return static_cast<int16_t>(dct_entry(kind.down, u, y));
+  };
+  for (int32_t y = 0; y < pairs + 1; y += 2, ++rows) {
+    for (int u = 1; u < 4; ++u) {
+      int16_t *const two = *rows + ptrdiff_t{2} * (u - 1);
+      two[0] = y < pairs ? entry(u, y) : int16_t{0};
+      // Left over is a row without a mirror image.
+      two[1] = y + 1 < pairs          ? entry(u, y + 1)
+               : kind.height % 2 != 0 ? entry(u, pairs)
+                                      : int16_t{0};
+    }
+  }
+}
+
+void prepare(DctTables *tables, const DctKind *kinds) {
+  tables->usable = true;
+  for (int type = 0; type < 4; ++type) {
+    const DctKind &kind = kinds[type];
+    if (kind.down == nullptr) continue;
+    if (!has_vector_form(kind)) {
+      tables->usable = false;
+      return;
+    }
+    if (type % 2 == 0) prepare_down(tables->down[type / 2], kind);
+    for (int odd = 0; type < 2 && odd < Layout::kColumns; ++odd) {
+      int16_t *const across = tables->across[type][odd];
+      // Of an even number of entries two are taken at a time.
+      constexpr int32_t kTwice = 2 * Layout::kColumns;
+      const int32_t count = (odd + kind.width + kTwice - 1) / kTwice * 2;
+      tables->across_count[type][odd] = count;
+      for (int32_t i = 0; i < count * Layout::kColumns; ++i) {
+        const int32_t x = i - odd;
+        for (int v = 0; v < 4; ++v) {
+          Layout::put_across(
+              across, i, v,
+              x >= 0 && x < kind.width
+                  ? static_cast<int16_t>(dct_entry(kind.across, v, x))
+                  : int16_t{0});
+        }
+      }
+    }
+    tables->row_shift[type] = dct_row_shift(kind.width, kind.height);
+    for (int u = 0; u < 4; ++u) {
+      for (int v = 0; v < 4; ++v) {
+        const int at = Layout::place(u, v);
+        tables->weights[type][at] = kind.weights[4 * u + v];
+        tables->most[type][at] =
+            u + v == 0 ? dct_most_dc(kind.weights[0]) : INT32_MAX;
+      }
+    }
+  }
+}
+
+// What a row of blocks has in common. The rows of the blocks are listed where
+// some are repeated (`rows`), else `stride` apart from `first` on.
+struct Down {
+  const uint8_t *const *rows;
+  const uint8_t *first;
+  ptrdiff_t stride;
+  const int16_t (*weights)[8];
+  const int16_t *const *basis;
+  int32_t height;
+  int shift;
+
+  LOX_INLINE const uint8_t *row(int32_t y) const {
+    return rows != nullptr ? rows[y] : first + y * stride;
+  }
+  // How far the next row of blocks is.
+  LOX_INLINE ptrdiff_t ahead() const { return height * stride; }
+};
+
+// Rows from the top and from the bottom of blocks, to their middle.
+struct MovingRows {
+  const uint8_t *top_row, *bottom_row;
+  ptrdiff_t stride;
+
+  LOX_INLINE MovingRows(const Down &down, ptrdiff_t x)
+      : top_row(down.first + x),
+        bottom_row(down.first + (down.height - 1) * down.stride + x),
+        stride(down.stride) {}
+  LOX_INLINE const uint8_t *top() {
+    const uint8_t *const row = top_row;
+    top_row += stride;
+    settle(top_row);
+    return row;
+  }
+  LOX_INLINE const uint8_t *bottom() {
+    const uint8_t *const row = bottom_row;
+    bottom_row -= stride;
+    settle(bottom_row);
+    return row;
+  }
+};
+struct ListedRows {
+  const uint8_t *const *top_row, *const *bottom_row;
+  ptrdiff_t x;
+
+  LOX_INLINE ListedRows(const Down &down, ptrdiff_t column)
+      : top_row(down.rows),
+        bottom_row(down.rows + down.height - 1),
+        x(column) {}
+  LOX_INLINE const uint8_t *top() { return *top_row++ + x; }
+  LOX_INLINE const uint8_t *bottom() { return *bottom_row-- + x; }
+};
+
+// The sums t of one column, by the rule.
+void sum_column(const Down &down, ptrdiff_t x, int16_t *t, ptrdiff_t i) {
+  for (int u = 0; u < 4; ++u) {
+    int32_t sum = 1 << (down.shift - 1);
+    for (int32_t y = 0; y < down.height; ++y) {
+      sum += dct_entry(down.basis, u, y) * down.row(y)[x];
+    }
+    t[Layout::column(i, u)] = static_cast<int16_t>(sum >> down.shift);
+  }
+}
+
+// One of D::kHalves of the D::n columns from x on, to place i, which is even.
+template <class D, int kHalf, class Rows>
+LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
+                         ptrdiff_t i) {
+  auto sums = D::no_sums(down.shift);
+  Rows rows(down, x);
+  const int16_t(*w)[8] = down.weights;
+  const ptrdiff_t ahead = down.ahead();
+  int32_t left = down.height;
+  for (; left >= 4; left -= 4, ++w) {
+    const uint8_t *const top0 = rows.top();
+    const uint8_t *const bottom0 = rows.bottom();
+    const uint8_t *const top1 = rows.top();
+    const uint8_t *const bottom1 = rows.bottom();
+    if constexpr (kHalf == 0) {
+      D::fetch(top0, ahead);
+      D::fetch(bottom0, ahead);
+      D::fetch(top1, ahead);
+      D::fetch(bottom1, ahead);
+    }
+    D::template add_pairs<kHalf>(sums, top0, bottom0, top1, bottom1, *w);
+  }
+  if (left >= 2) {
+    const uint8_t *const top = rows.top();
+    const uint8_t *const bottom = rows.bottom();
+    if (left == 2) {
+      D::template add_pair<kHalf>(sums, top, bottom, *w);
+    } else {
+      D::template add_pair_and_row<kHalf>(sums, top, bottom, rows.top(), *w);
+    }
+  } else if (left == 1) {
+    D::template add_row<kHalf>(sums, rows.top(), *w);
+  }
+  D::template put<kHalf>(sums, dct_entry(down.basis, 0, 0), down.shift,
+                         t + Layout::column(i, 0));
+}
+template <class D, class Rows>
+LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
+                           ptrdiff_t i) {
+  sum_half<D, 0, Rows>(down, x, t, i);
+  if constexpr (D::kHalves == 2) sum_half<D, 1, Rows>(down, x, t, i);
+}
+
+template <class D, class Rows>
+LOX_INLINE ptrdiff_t sum_vectors_of(const Down &down, ptrdiff_t x, ptrdiff_t n,
+                                    int16_t *t) {
+  ptrdiff_t i = 0;
+  for (; i + D::n <= n; i += D::n) sum_vector<D, Rows>(down, x + i, t, i);
+  // The last vector may do columns again; of an odd number one is left.
+  const ptrdiff_t even = n & ~ptrdiff_t{1};
+  if (i < even && even >= D::n) {
+    sum_vector<D, Rows>(down, x + even - D::n, t, even - D::n);
+    i = even;
+  }
+  return i;
+}
+
+template <class D>
+LOX_INLINE ptrdiff_t sum_vectors(const Down &down, ptrdiff_t x, ptrdiff_t n,
+                                 int16_t *t) {
+  return down.rows == nullptr ? sum_vectors_of<D, MovingRows>(down, x, n, t)
+                              : sum_vectors_of<D, ListedRows>(down, x, n, t);
+}
+
+// The sums of n columns from x on; those beyond the plane's width, and
+// kDctBeyond beyond n, are those of its last column.
+void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
+                 int16_t *t) {
+  ptrdiff_t inside = job.width - x < n ? job.width - x : n;
+  if (inside < 1) {
+    x = job.width - 1;
+    inside = 1;
+  }
+  ptrdiff_t i = sum_vectors<DctOf<Wide>>(down, x, inside, t);
+  if (kNarrower && i == 0) {
+    i = sum_vectors<DctOf<Narrow>>(down, x, inside, t);
+  }
+  for (; i < inside; ++i) sum_column(down, x + i, t, i);
+  for (; i < n + kDctBeyond; ++i) {
+    for (int u = 0; u < 4; ++u) {
+      t[Layout::column(i, u)] = t[Layout::column(inside - 1, u)];
+    }
+  }
+}
+
+// D::blocks blocks, of which the first is at place i; their columns begin at
+// `begin` in t.
+template <class D>
+LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
+                        const int16_t *t, int32_t begin, ptrdiff_t i) {
+  typename D::Group group;
+#pragma GCC unroll 4
+  for (int block = 0; block < D::blocks; ++block) {
+    const int type = job->types[i + block];
+    const int wide = type & 1;
+    const ptrdiff_t x = job->columns[i + block] - begin;
+    const ptrdiff_t odd = x & (D::kColumns - 1);
+    D::sum_rows(group, block, t + Layout::column(x - odd, 0),
+                tables->across[wide][odd], tables->across_count[wide][odd],
+                tables->row_shift[type], tables->most[type],
+                tables->weights[type]);
+  }
+  D::put_blocks(group, job->dst + 4 * i, job->dst_stride);
+}
+
+void vector_blocks(DctTables *tables, const DctJob *job) {
+  const DctKind &kind = job->kinds[job->types[0]];
+  const uint8_t *rows[kDctMostSide];
+  Down down = {nullptr,
+               job->row(0),
+               job->stride,
+               tables->down[job->types[0] / 2],
+               kind.down,
+               kind.height,
+               dct_column_shift(kind.height)};
+  if (int64_t{job->first_row} + kind.height > job->rows) {
+    for (int32_t y = 0; y < kind.height; ++y) rows[y] = job->row(y);
+    down.rows = rows;
+  }
+
+  int16_t *const t = tables->sums;
+  using D = DctOf<Wide>;
+  for (ptrdiff_t i = 0; i < job->count;) {
+    const int32_t begin = job->columns[i];
+    ptrdiff_t last = i;
+    int32_t columns = 0;
+    for (; last < job->count; ++last) {
+      const int32_t end =
+          job->columns[last] - begin + job->kinds[job->types[last]].width;
+      if (end > kDctColumns) break;
+      columns = end;
+    }
+    sum_columns(down, *job, begin, columns, t);
+    const bool whole = last - i >= D::blocks;
+    for (; i + D::blocks <= last; i += D::blocks) {
+      inverse<D>(tables, job, t, begin, i);
+    }
+    if (whole && i < last) {
+      inverse<D>(tables, job, t, begin, last - D::blocks);
+      i = last;
+    }
+    for (; i < last; ++i) inverse<DctOf<Narrow>>(tables, job, t, begin, i);
+  }
+}
+
+#else
+
+void prepare(DctTables *, const DctKind *) {}
+
+#endif
+
+void blocks([[maybe_unused]] DctTables *tables, const DctJob *job) {
+#if LOX_VECTORS
+  if (tables->usable && job->count > 0) {
+    vector_blocks(tables, job);
+    return;
+  }
+#endif
+  plain_blocks(job);
+}
+
+}  // namespace
+
+constinit const DctRows dct_rows = {.prepare = prepare, .blocks = blocks};
+
+}  // namespace lox::LOX_SET

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A plane's rows of blocks: what lies inside the destination is written
+// straight, the rest by way of a small buffer.
+#include "dct/plane.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "common/copy.h"
+
+namespace lox {
+
+namespace {
+
+// Blocks of a row that is cut off.
+constexpr int32_t kCut = 64;
+
+}  // namespace
+
+void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
+                 const DctPlane &plane, uint8_t *work, const uint8_t *src,
+                 uint8_t *dst, vexo_shift_set a, vexo_shift_set b) {
+  const Written size = written(context, plan, plane);
+  if (size.width < 1) return;
+  const int32_t columns =
+      context->narrow_columns[plan] + context->wide_columns[plan];
+
+  DctKind kinds[4] = {};
+  for (int32_t type = 0; type < 4; ++type) {
+    if (!has_type(context, plan, type)) continue;
+    const int32_t entry = set_entry(context, plan, type);
+    kinds[type] = {context->block_width[plan][type],
+                   context->block_height[plan][type], a[entry], b[entry],
+                   context->weights[plan][type]};
+  }
+  const DctRows &kernels = dct_rows();
+  DctTables *const tables = tables_of(work);
+  kernels.prepare(tables, kinds);
+
+  const ptrdiff_t stride = plane.dst_stride;
+  // Blocks across that lie inside, and those that reach inside.
+  const int32_t inside = size.width / 4;
+  const int32_t reaching = inside + (size.width % 4 != 0 ? 1 : 0);
+  const ptrdiff_t first =
+      plan == 0 ? 0 : static_cast<ptrdiff_t>(block_count(context, 0));
+  for (int32_t i = 0; 4 * i < size.height; ++i) {
+    const int32_t left = size.height - 4 * i;
+    const ptrdiff_t at = first + ptrdiff_t{i} * columns;
+    DctJob job = {kinds,
+                  src,
+                  plane.src_stride,
+                  plane.width,
+                  plane.rows,
+                  context->block_rows[at],
+                  context->block_columns + at,
+                  context->block_types + at,
+                  inside,
+                  samples_of(work),
+                  dst + ptrdiff_t{4} * i * stride,
+                  stride};
+    const bool cut_below = left < 4;
+    if (!cut_below) kernels.blocks(tables, &job);
+    uint8_t *const row = job.dst;
+    for (int32_t j = cut_below ? 0 : inside; j < reaching; j += kCut) {
+      uint8_t cut[4 * 4 * kCut];
+      job.columns = context->block_columns + at + j;
+      job.types = context->block_types + at + j;
+      job.count = reaching - j < kCut ? reaching - j : kCut;
+      job.dst = cut;
+      job.dst_stride = ptrdiff_t{4} * kCut;
+      kernels.blocks(tables, &job);
+      const ptrdiff_t x = ptrdiff_t{4} * j;
+      const ptrdiff_t room = stride - x;
+      copy_plane(row + x, stride, cut, job.dst_stride,
+                 room < 4 * job.count ? room : 4 * job.count,
+                 cut_below ? left : 4);
+    }
+  }
+}
+
+}  // namespace lox
+
+void dct_downscaling(const uint8_t *src, uint8_t *dst,
+                     vexo_rsz_new_context *context, vexo_shift_set a,
+                     vexo_shift_set b, int32_t plane) {
+  if (lox::plane_notes(context, plane) == nullptr) return;
+  lox::scale_plane(context, plane, *lox::plane_notes(context, plane),
+                   lox::work_area(context, plane), src, dst, a, b);
+}
+
+void dct_downscaling_rgba8888(const uint8_t *src, uint8_t *dst,
+                              vexo_rsz_new_context *context, vexo_shift_set a,
+                              vexo_shift_set b, int32_t plane) {
+  if (lox::plane_notes(context, plane) == nullptr) return;
+  // One plan for the three.
+  lox::scale_plane(context, 0, *lox::plane_notes(context, plane),
+                   lox::work_area(context, plane), src, dst, a, b);
+}

@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A band: rows in runs of pixels that go through the stages of hdr_rows.h, and
+// the places in the destination that they go to.
+#include "hdr/band.h"
+
+#include <stdio.h>
+#include <string.h>
+
+#include "hdr/hdr_rows.h"
+
+namespace lox {
+
+namespace {
+
+// --- sources ----------------------------------------------------------------
+
+// Where samples are, as HdrRows::ToCodes has them.
+struct Samples {
+  const uint8_t *luma, *u, *v;
+};
+
+// Bytes from pixel to pixel in each; 0 where there is nothing to read.
+struct Steps {
+  int luma, u, v;
+};
+
+constexpr uint8_t kNoSamples[2 * kHdrRun] = {};
+
+class Source {
+ public:
+  explicit Source(const vexo_img &img) : img_(img) {
+    if (img.format == VEXO_FMT_P010LE) {
+      steps_ = {2, 2, 0};
+    } else if (img.format == VEXO_FMT_YUV420PLANAR16) {
+      steps_ = {2, 1, 1};
+    }
+  }
+
+  bool pairs() const { return steps_.u == 2; }
+
+  Samples row(int32_t y) const {
+    if (steps_.luma == 0) return {kNoSamples, kNoSamples, kNoSamples};
+    // An odd byte of a stride does not count.
+    const ptrdiff_t luma = ptrdiff_t{img_.stride[0] / 2} * 2 * y;
+    const ptrdiff_t chroma = ptrdiff_t{img_.stride[1] / 2} * 2 * (y / 2);
+    return {img_.plane[0] + luma, img_.plane[1] + chroma,
+            pairs() ? kNoSamples : img_.plane[2] + chroma};
+  }
+
+  Samples advance(Samples s, int pixels) const {
+    return {s.luma + ptrdiff_t{pixels} * steps_.luma,
+            s.u + ptrdiff_t{pixels} * steps_.u,
+            s.v + ptrdiff_t{pixels} * steps_.v};
+  }
+
+ private:
+  const vexo_img &img_;
+  Steps steps_ = {0, 0, 0};
+};
+
+// Room for a run that is filled up with zeros to whole groups.
+struct PaddedSamples {
+  uint8_t luma[2 * kHdrRun] = {};
+  uint8_t u[2 * kHdrRun] = {};
+  uint8_t v[kHdrRun] = {};
+
+  Samples fill(Samples from, bool pairs, int pixels) {
+    const auto n = static_cast<size_t>(pixels);
+    const size_t chroma = (n + 1) / 2;
+    memcpy(luma, from.luma, 2 * n);
+    memcpy(u, from.u, (pairs ? 4 : 2) * chroma);
+    if (!pairs) memcpy(v, from.v, 2 * chroma);
+    return {luma, u, v};
+  }
+};
+
+// --- destinations -----------------------------------------------------------
+
+// Where pixels go: plane 0 and, in rows that have it, chroma (pairs at u).
+struct Target {
+  uint8_t *plane0, *u, *v;
+};
+
+enum class Layout {
+  kRgb888,
+  kRgba8888,
+  kArgb8888,
+  kPlanar,
+  kUvPairs,
+  kVuPairs,
+  kLuma,
+  kNone
+};
+
+struct Kind {
+  Layout layout;
+  size_t pixel_bytes;  // of plane 0
+  // Whether all bands begin at the start of the planes.
+  bool overlapping;
+};
+
+Kind kind_of(int32_t format) {
+  switch (format) {
+    case VEXO_FMT_RGB888:
+      return {Layout::kRgb888, 3, false};
+    case VEXO_FMT_RGBA8888:
+      return {Layout::kRgba8888, 4, false};
+    case VEXO_FMT_ARGB8888:
+      return {Layout::kArgb8888, 4, false};
+    case VEXO_FMT_YUV420:
+      return {Layout::kPlanar, 1, false};
+    case VEXO_FMT_YV12:
+      return {Layout::kPlanar, 1, true};
+    case VEXO_FMT_NV12:
+      return {Layout::kUvPairs, 1, false};
+    case VEXO_FMT_NV21:
+      return {Layout::kVuPairs, 1, false};
+    default:
+      if (format >= 200 && format < 600) return {Layout::kNone, 0, false};
+      return {Layout::kLuma, 1, true};
+  }
+}
+
+class Destination {
+ public:
+  explicit Destination(const vexo_img &img)
+      : img_(img), kind_(kind_of(img.format)) {}
+
+  Layout layout() const { return kind_.layout; }
+
+  // The target of row y of a band that begins at row `first`.
+  Target row(int32_t y, int32_t first, int32_t width) const {
+    const auto w = static_cast<size_t>(width);
+    const size_t begin = kind_.overlapping ? 0 : first;
+    // RGB888's bands are as far apart as those of four bytes, intentionally.
+    const size_t apart = kind_.pixel_bytes == 3 ? 4 : kind_.pixel_bytes;
+    Target to = {img_.plane[0] + apart * w * begin +
+                     kind_.pixel_bytes * w * static_cast<size_t>(y - first),
+                 nullptr, nullptr};
+    if (!has_chroma() || y % 2 != 0) return to;
+    const size_t even_rows = y / 2 - (first + 1) / 2;
+    const size_t samples = even_rows * w / 2;
+    if (has_pairs()) {
+      to.u = img_.plane[1] + w * begin / 2 + 2 * samples;
+    } else {
+      const bool v_first = img_.format == VEXO_FMT_YV12;
+      to.u = img_.plane[v_first ? 2 : 1] + w * begin / 4 + samples;
+      to.v = img_.plane[v_first ? 1 : 2] + w * begin / 4 + samples;
+    }
+    return to;
+  }
+
+  Target advance(Target t, int pixels) const {
+    t.plane0 += static_cast<size_t>(pixels) * kind_.pixel_bytes;
+    if (t.u != nullptr) t.u += has_pairs() ? pixels : pixels / 2;
+    if (t.v != nullptr) t.v += pixels / 2;
+    return t;
+  }
+
+  void put(const HdrRows &rows, int variant, const HdrRun &run, Target to,
+           int pixels) const {
+    if (layout() == Layout::kRgb888) {
+      rows.put_rgb888(to.plane0, &run, pixels);
+    } else if (layout() == Layout::kRgba8888) {
+      rows.put_rgba8888(to.plane0, &run, pixels);
+    } else if (layout() == Layout::kArgb8888) {
+      rows.put_argb8888(to.plane0, &run, pixels);
+    } else {
+      rows.put_luma[variant](to.plane0, &run, pixels);
+    }
+    if (to.u == nullptr) return;
+    if (layout() == Layout::kPlanar) {
+      rows.put_u_v[variant](to.u, to.v, &run, pixels);
+    } else if (layout() == Layout::kUvPairs) {
+      rows.put_uv[variant](to.u, &run, pixels);
+    } else {
+      rows.put_vu[variant](to.u, &run, pixels);
+    }
+  }
+
+  void copy(Target from, Target to, int pixels) const {
+    const auto n = static_cast<size_t>(pixels);
+    memcpy(to.plane0, from.plane0, n * kind_.pixel_bytes);
+    if (to.u == nullptr) return;
+    const size_t chroma = (n + 1) / 2;
+    memcpy(to.u, from.u, has_pairs() ? 2 * chroma : chroma);
+    if (!has_pairs()) memcpy(to.v, from.v, chroma);
+  }
+
+ private:
+  bool has_chroma() const { return layout() == Layout::kPlanar || has_pairs(); }
+  bool has_pairs() const {
+    return layout() == Layout::kUvPairs || layout() == Layout::kVuPairs;
+  }
+
+  const vexo_img &img_;
+  Kind kind_;
+};
+
+// --- rows -------------------------------------------------------------------
+
+// See HdrRows::ToSdr.
+int toe_of(const vexo_hdr_context &context) {
+  const uint16_t *const gain = context.gain;
+  if (gain[0] != 0) return 0;
+  int last = 1;
+  while (last < 256 && gain[last + 1] == gain[1]) ++last;
+  return last * 128;
+}
+
+class RowMapper {
+ public:
+  explicit RowMapper(const vexo_hdr_context &context)
+      : context_(context),
+        source_(*context.src),
+        destination_(*context.dst),
+        rows_(hdr_rows()),
+        variant_(context.variant != 0 ? 1 : 0),
+        toe_(toe_of(context)),
+        to_sdr_((gathering() ? rows_.to_sdr_gathering
+                             : rows_.to_sdr)[context.hlg != 0][variant_]) {}
+
+  const Destination &destination() const { return destination_; }
+
+  void row(int32_t y, int32_t first) const {
+    Samples from = source_.row(y);
+    Target to = destination_.row(y, first, context_.width);
+    for (int32_t left = context_.width; left > 0; left -= kHdrRun) {
+      const int n = left < kHdrRun ? left : kHdrRun;
+      if (n % rows_.group == 0) {
+        run(from, to, n);
+      } else {
+        last_run(from, to, n);
+      }
+      from = source_.advance(from, n);
+      to = destination_.advance(to, n);
+    }
+  }
+
+ private:
+  void run(Samples from, Target to, int n) const {
+    HdrRun run;
+    (source_.pairs() ? rows_.codes_of_p010 : rows_.codes_of_planar16)(
+        &run, from.luma, from.u, from.v, n);
+    to_sdr_(&run, &context_, toe_, n);
+    destination_.put(rows_, variant_, run, to, n);
+  }
+
+  // Pixels that are not whole groups: in buffers that have room for them.
+  void last_run(Samples from, Target to, int n) const {
+    PaddedSamples samples;
+    uint8_t plane0[4 * kHdrRun];
+    uint8_t u[kHdrRun];
+    uint8_t v[kHdrRun];
+    const Target padded = {plane0, to.u != nullptr ? u : nullptr, v};
+    const int groups = (n + rows_.group - 1) / rows_.group;
+    run(samples.fill(from, source_.pairs(), n), padded, groups * rows_.group);
+    destination_.copy(padded, to, n);
+  }
+
+  const vexo_hdr_context &context_;
+  Source source_;
+  Destination destination_;
+  const HdrRows &rows_;
+  int variant_;
+  int toe_;
+  HdrRows::ToSdr *to_sdr_;
+};
+
+// Once for each chunk of a row; the words are those that callers know.
+void report_unsupported(const vexo_hdr_context &context) {
+  for (int32_t left = context.width; left > 0; left -= context.chunk) {
+    fprintf(stderr, "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [%d]\n",
+            context.dst->format);
+  }
+}
+
+}  // namespace
+
+bool bands_overlap(int32_t dst_format) {
+  return kind_of(dst_format).overlapping;
+}
+
+}  // namespace lox
+
+int32_t _vexo_hdr10_to_sdr8(const vexo_hdr_context *context, int32_t first,
+                            int32_t end) {
+  if (first < 0 || context->width < 1) return 0;
+  const lox::RowMapper mapper(*context);
+  const int32_t last = end < context->height ? end : context->height;
+  for (int32_t y = first; y < last; ++y) {
+    if (mapper.destination().layout() == lox::Layout::kNone) {
+      lox::report_unsupported(*context);
+    } else {
+      mapper.row(y, first);
+    }
+  }
+  return 0;
+}

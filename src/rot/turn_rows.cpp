@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Planes turned by tiles of as many rows and columns as registers hold, and
+// rows written backwards.
+#include "rot/turn_rows.h"
+
+#include "common/caches.h"
+#include "rot/turn_scalar.h"
+#include "simd/simd.h"
+
+#if defined(LOX_SET_neon)
+#include "rot/turn_neon.h"
+#elif LOX_VECTORS
+#include "rot/turn_x86.h"
+#endif
+
+namespace lox::LOX_SET {
+
+namespace {
+
+#if LOX_VECTORS
+
+#if defined(LOX_SET_neon)
+using WideTurn = NeonTurn;
+using NarrowTurn = NeonNarrowTurn;
+#else
+using WideTurn = X86Turn<Far::R>;
+using NarrowTurn = X86Turn<Narrow::R>;
+#endif
+
+LOX_INLINE constexpr ptrdiff_t at_most(ptrdiff_t a, ptrdiff_t b) {
+  return a < b ? a : b;
+}
+
+// A line of tiles of kTile units each, along which the pointers move by a step
+// of their own from unit to unit. The last tile ends at `length` and may do
+// units again.
+template <class V, int kUnit, int kTile>
+LOX_INLINE void turn_line(const uint8_t *src, ptrdiff_t src_step,
+                          ptrdiff_t src_unit, uint8_t *dst, ptrdiff_t dst_step,
+                          ptrdiff_t dst_unit, ptrdiff_t length) {
+  for (;;) {
+    do {
+      V::template turn_tile<kUnit>(src, src_step, dst, dst_step);
+      src += kTile * src_unit;
+      dst += kTile * dst_unit;
+      length -= kTile;
+    } while (length >= kTile);
+    if (length <= 0) return;
+    src -= (kTile - length) * src_unit;
+    dst -= (kTile - length) * dst_unit;
+    length = kTile;
+  }
+}
+
+// A plane of a tile or more in squares of cache lines, downwards, so that the
+// destination is written along its rows: the lines of the next square are
+// fetched before they are written.
+template <class V, int kUnit>
+void turn_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+  constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
+  constexpr ptrdiff_t kRows = V::template kRows<kUnit>;
+  constexpr ptrdiff_t kSquare = V::kLines * (kUnit == 3 ? 32 : 64 / kUnit);
+  // What is smaller is near already.
+  const bool fetch =
+      V::kAhead != 0 && int64_t{width} * height * kUnit > int64_t{kLongCopy};
+  for (ptrdiff_t left = 0; left < width; left += kSquare) {
+    const ptrdiff_t right = at_most(left + kSquare, width);
+    const ptrdiff_t x = at_most(left, width - kCols);
+    for (ptrdiff_t top = 0; top < height; top += kSquare) {
+      const ptrdiff_t bottom = at_most(top + kSquare, height);
+      const ptrdiff_t y = at_most(top, height - kRows);
+      if (fetch && bottom < height) {
+        for (ptrdiff_t i = left; i < right; ++i) {
+          const uint8_t *const next = dst + i * dst_step + bottom * kUnit;
+          for (ptrdiff_t end = 0; end < kSquare * kUnit;) {
+            end = at_most(end + 64, kSquare * kUnit);
+            V::fetch_line(next, end - 1);
+          }
+        }
+      }
+      if constexpr (kUnit == 4) {
+        // Down: a destination line is written at once, which counts where lines
+        // displace each other.
+        for (ptrdiff_t column = left; column < right; column += kCols) {
+          const ptrdiff_t at = at_most(column, width - kCols);
+          turn_line<V, kUnit, kRows>(src + y * src_step + at * kUnit, src_step,
+                                     src_step, dst + at * dst_step + y * kUnit,
+                                     dst_step, kUnit, bottom - y);
+        }
+      } else {
+        for (ptrdiff_t row = top; row < bottom; row += kRows) {
+          const ptrdiff_t at = at_most(row, height - kRows);
+          turn_line<V, kUnit, kCols>(src + at * src_step + x * kUnit, src_step,
+                                     kUnit, dst + x * dst_step + at * kUnit,
+                                     dst_step, dst_step, right - x);
+        }
+      }
+    }
+  }
+}
+
+template <class V, int kUnit>
+constexpr bool holds_tile(ptrdiff_t width, ptrdiff_t height) {
+  return width >= V::template kCols<kUnit> &&
+         height >= V::template kRows<kUnit>;
+}
+
+#endif
+
+template <int kUnit>
+void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+               ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+#if LOX_VECTORS
+  if (holds_tile<WideTurn, kUnit>(width, height)) {
+    return turn_plane<WideTurn, kUnit>(src, src_step, dst, dst_step, width,
+                                       height);
+  }
+  if constexpr (NarrowTurn::kRows<kUnit> < WideTurn::kRows<kUnit>) {
+    if (holds_tile<NarrowTurn, kUnit>(width, height)) {
+      return turn_plane<NarrowTurn, kUnit>(src, src_step, dst, dst_step, width,
+                                           height);
+    }
+  }
+#endif
+  for (ptrdiff_t y = 0; y < height; ++y) {
+    for (ptrdiff_t x = 0; x < width; ++x) {
+      ScalarTurn::turn_tile<kUnit>(src + y * src_step + x * kUnit, src_step,
+                                   dst + x * dst_step + y * kUnit, dst_step);
+    }
+  }
+}
+
+#if LOX_VECTORS
+// n units, a run or more. The last run ends at n and may do units again.
+template <class V, int kUnit>
+LOX_INLINE void reverse_runs(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  constexpr ptrdiff_t kRun = V::template kRun<kUnit>;
+  constexpr ptrdiff_t kRuns = V::kAhead == 0 ? 2 * kRun : 4 * kRun;
+  for (; n >= kRuns; n -= kRuns) {
+    if (V::kAhead != 0 && n * kUnit > V::kAhead) {
+      for (ptrdiff_t i = 0; i < kRuns * kUnit; i += 64) {
+        V::fetch_line(dst, V::kAhead + i);
+      }
+    }
+    for (ptrdiff_t i = 0; i < kRuns; i += kRun) {
+      V::template reverse_run<kUnit>(src, dst);
+    }
+  }
+  for (; n >= kRun; n -= kRun) V::template reverse_run<kUnit>(src, dst);
+  if (n > 0) {
+    src += (kRun - n) * kUnit;
+    dst -= (kRun - n) * kUnit;
+    V::template reverse_run<kUnit>(src, dst);
+  }
+}
+#endif
+
+template <int kUnit>
+void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+  const uint8_t *from = src + n * kUnit;
+#if LOX_VECTORS
+  if (n >= WideTurn::kRun<kUnit>) {
+    return reverse_runs<WideTurn, kUnit>(from, dst, n);
+  }
+  if constexpr (NarrowTurn::kRun<kUnit> < WideTurn::kRun<kUnit>) {
+    if (n >= NarrowTurn::kRun<kUnit>) {
+      return reverse_runs<NarrowTurn, kUnit>(from, dst, n);
+    }
+  }
+#endif
+  for (; n > 0; --n) ScalarTurn::reverse_run<kUnit>(from, dst);
+}
+
+}  // namespace
+
+constinit const TurnRows turn_rows = {
+    .reverse = {reverse<1>, reverse<2>, reverse<3>, reverse<4>},
+    .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
+};
+
+}  // namespace lox::LOX_SET

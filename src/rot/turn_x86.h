@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The operations of turning on the x86 backends. A tile is transposed inside
+// 128-bit parts, each of which has rows of its own: what is stored is rows of
+// all parts beside each other.
+#pragma once
+
+#include "simd/x86.h"
+
+namespace lox::LOX_SET {
+
+// Four units of three bytes, the first or the last of 16, to four bytes each.
+alignas(16) constexpr uint8_t kSpread3[2][16] = {
+    {0, 1, 2, 128, 3, 4, 5, 128, 6, 7, 8, 128, 9, 10, 11, 128},
+    {4, 5, 6, 128, 7, 8, 9, 128, 10, 11, 12, 128, 13, 14, 15, 128}};
+
+template <class R>
+struct X86Turn {
+  using Reg = typename R::Reg;
+  static constexpr int kParts = static_cast<int>(sizeof(Reg)) / 16;
+
+  // Units of three bytes are transposed as four; their parts have columns of
+  // their own.
+  template <int kUnit>
+  static constexpr int kCols = kUnit == 3 ? 8 : 16 / kUnit;
+  template <int kUnit>
+  static constexpr int kRows = kUnit == 3 ? 16 : kParts * 16 / kUnit;
+
+  template <int kUnit>
+  LOX_OP Reg unpack_low(Reg a, Reg b) {
+    return kUnit == 1   ? R::unpack_low8(a, b)
+           : kUnit == 2 ? R::unpack_low16(a, b)
+                        : R::unpack_low32(a, b);
+  }
+  template <int kUnit>
+  LOX_OP Reg unpack_high(Reg a, Reg b) {
+    return kUnit == 1   ? R::unpack_high8(a, b)
+           : kUnit == 2 ? R::unpack_high16(a, b)
+                        : R::unpack_high32(a, b);
+  }
+  // Transposes a square in each part. Zipping the upper half of the rows with
+  // the lower moves each bit of a unit's place up by one, that of its row out
+  // of the top into the column: done for each bit of a row, they have changed
+  // places.
+  template <int kUnit>
+  LOX_OP void transpose(Reg (&v)[16 / kUnit]) {
+    constexpr int kSide = 16 / kUnit;
+    for (int bit = 1; bit < kSide; bit *= 2) {
+      Reg zipped[kSide];
+      for (int i = 0; i < kSide / 2; ++i) {
+        zipped[2 * i] = unpack_low<kUnit>(v[i], v[i + kSide / 2]);
+        zipped[2 * i + 1] = unpack_high<kUnit>(v[i], v[i + kSide / 2]);
+      }
+      for (int i = 0; i < kSide; ++i) v[i] = zipped[i];
+    }
+  }
+
+  template <int kUnit>
+  LOX_OP void turn_tile(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                        ptrdiff_t dst_step) {
+    if constexpr (kUnit == 3) {
+      turn_tile_of_3(src, src_step, dst, dst_step);
+    } else {
+      constexpr int kSide = 16 / kUnit;
+      Reg v[kSide];
+      for (int i = 0; i < kSide; ++i) {
+        v[i] = R::load_apart(src, kSide * src_step);
+        src += src_step;
+      }
+      transpose<kUnit>(v);
+      for (int i = 0; i < kSide; ++i) {
+        R::template store<false>(dst, v[i]);
+        dst += dst_step;
+      }
+    }
+  }
+
+  // 16 rows of eight units, 24 bytes: the first 16 of them and the last. Four
+  // columns lie in each part; one part has first the left ones, then the right.
+  LOX_OP void turn_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
+                             uint8_t *dst, ptrdiff_t dst_step) {
+    constexpr int kPasses = 2 / kParts;
+    for (int pass = 0; pass < kPasses; ++pass) {
+      const Reg spread = R::load_apart(kSpread3[pass], 16);
+      const uint8_t *from = src + 8 * pass;
+      Reg v[4][4];
+      for (auto &rows : v) {
+        for (Reg &row : rows) {
+          row = R::shuffle8(R::load_apart(from, 8), spread);
+          from += src_step;
+        }
+        transpose<4>(rows);
+      }
+      for (int i = 0; i < 4; ++i) {
+        store_48(dst, dst + 4 * dst_step, v[0][i], v[1][i], v[2][i], v[3][i]);
+        dst += dst_step;
+      }
+    }
+  }
+  // Each part's 16 units, of which the fourth bytes are dropped: the first
+  // part's to `first`, the second's to `second`. The shuffles leave the holes
+  // where the joins drop them.
+  LOX_OP void store_48(uint8_t *first, uint8_t *second, Reg a, Reg b, Reg c,
+                       Reg d) {
+    a = R::shuffle8(a, R::in_parts(_mm_setr_epi8(-1, -1, -1, -1, 0, 1, 2, 4, 5,
+                                                 6, 8, 9, 10, 12, 13, 14)));
+    b = R::shuffle8(b, R::in_parts(_mm_setr_epi8(0, 1, 2, 4, -1, -1, -1, -1, 5,
+                                                 6, 8, 9, 10, 12, 13, 14)));
+    c = R::shuffle8(c, R::in_parts(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, -1, -1,
+                                                 -1, -1, 10, 12, 13, 14)));
+    d = R::shuffle8(d, R::in_parts(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12,
+                                                 13, 14, -1, -1, -1, -1)));
+    store_part(first, second, R::template bytes_from<4>(a, b));
+    store_part(first + 16, second + 16, R::template bytes_from<8>(b, c));
+    store_part(first + 32, second + 32, R::template bytes_from<12>(c, d));
+  }
+  LOX_OP void store_part(uint8_t *first, uint8_t *second, Reg v) {
+    if constexpr (kParts == 2) {
+      R::store_halves(first, second, v);
+    } else {
+      R::template store<false>(first, v);
+    }
+  }
+
+  static constexpr int kLines = 1;
+  static constexpr int kAhead = 768;
+  LOX_OP void fetch_line(const uint8_t *p, ptrdiff_t behind) {
+    const uintptr_t at =
+        reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(behind);
+    _mm_prefetch(reinterpret_cast<const char *>(at), _MM_HINT_T0);
+  }
+
+  template <int kUnit>
+  static constexpr int kRun = kUnit == 3
+                                  ? 16
+                                  : static_cast<int>(sizeof(Reg)) / kUnit;
+  template <int kUnit>
+  LOX_OP void reverse_run(const uint8_t *&src, uint8_t *&dst) {
+    if constexpr (kUnit == 3) {
+      // Five units at a time, and the last one.
+      const __m128i backwards =
+          _mm_setr_epi8(13, 14, 15, 10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3, 0);
+      src -= 48;
+      reverse_16(src + 32, dst, backwards);
+      reverse_16(src + 17, dst + 15, backwards);
+      reverse_16(src + 2, dst + 30, backwards);
+      copy_last_unit(src, dst + 45);
+      dst += 48;
+    } else {
+      src -= sizeof(Reg);
+      R::template store<false>(
+          dst, R::shuffle8(R::load_apart(src + 16 * (kParts - 1), -16),
+                           R::in_parts(backwards<kUnit>())));
+      dst += sizeof(Reg);
+    }
+  }
+  template <int kUnit>
+  LOX_OP __m128i backwards() {
+    return kUnit == 1 ? _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4,
+                                      3, 2, 1, 0)
+           : kUnit == 2 ? _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4,
+                                        5, 2, 3, 0, 1)
+                        : _mm_setr_epi8(12, 13, 14, 15, 8, 9, 10, 11, 4, 5, 6,
+                                        7, 0, 1, 2, 3);
+  }
+  LOX_OP void reverse_16(const uint8_t *src, uint8_t *dst, __m128i places) {
+    Sse41Register::store<false>(
+        dst, Sse41Register::shuffle8(Sse41Register::load(src), places));
+  }
+  // The byte that the store before has spoilt is the unit's first.
+  LOX_OP void copy_last_unit(const uint8_t *src, uint8_t *dst) {
+    dst[0] = src[0];
+    dst[1] = src[1];
+    dst[2] = src[2];
+  }
+};
+
+}  // namespace lox::LOX_SET

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The plane scalers: which kernels a job takes, by the whole ratios of its
+// sizes.
+#include "rsz/plane_scalers.h"
+
+#include "orumlox/rsz.h"
+#include "rsz/scale_rows.h"
+
+namespace lox::rsz {
+
+namespace {
+
+// The sizes of a job before the turn.
+struct Sizes {
+  int32_t src_width, src_height, width, height;
+
+  Sizes(Turn turn, const Plane &p)
+      : src_width(p.src_width),
+        src_height(p.src_height),
+        width(is_quarter(turn) ? p.dst_height : p.dst_width),
+        height(is_quarter(turn) ? p.dst_width : p.dst_height) {}
+  bool valid() const {
+    return src_width > 0 && src_height > 0 && width > 0 && height > 0;
+  }
+  bool both_shrink() const { return width < src_width && height < src_height; }
+  bool by_whole_factors() const {
+    return src_width % width == 0 && src_height % height == 0;
+  }
+};
+
+Axis one_direction(int32_t src, int32_t dst, int32_t mode) {
+  if (dst < src) {
+    return {src, dst,
+            src % dst == 0 ? Scaling::kReduceWhole : Scaling::kReduce};
+  }
+  return {src, dst,
+          mode == VEXO_MODE_MOD1 ? Scaling::kEnlargeMod1 : Scaling::kEnlarge};
+}
+
+// Words are two bytes apart, whatever the caller's stride.
+int64_t row_step(SampleType type, int32_t stride) {
+  return type.rgb565 ? stride & ~1 : stride;
+}
+
+}  // namespace
+
+int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
+              uint8_t *scratch) {
+  const Sizes s(turn, p);
+  if (!s.valid()) return VEXO_ERR_ARG;
+  ScaleJob job = {.type = type,
+                  .turn = turn,
+                  .across = one_direction(s.src_width, s.width, mode),
+                  .down = one_direction(s.src_height, s.height, mode),
+                  .at_once = s.both_shrink(),
+                  .src = p.src,
+                  .src_step = row_step(type, p.src_stride),
+                  .dst = p.dst,
+                  .dst_step = row_step(type, p.dst_stride),
+                  .scratch = scratch};
+  // Two samples are averaged in every output only where both directions are by
+  // whole factors; a direction that happens to be is not averaged else.
+  if (job.at_once) {
+    const Scaling scaling =
+        s.by_whole_factors() ? Scaling::kReduceWhole : Scaling::kReduce;
+    job.across.scaling = scaling;
+    job.down.scaling = scaling;
+  }
+  scale_plane(job);
+  return VEXO_OK;
+}
+
+int64_t scratch_for(SampleType type, Turn turn, const Plane &plane) {
+  const Sizes s(turn, plane);
+  if (!s.valid() || s.both_shrink()) return 0;
+  return 2 * int64_t{s.width} * type.unit;
+}
+
+namespace {
+
+// 16-bit components, by whole factors only.
+int32_t reduce_words(int32_t unit, const Plane &p) {
+  const Sizes s(Turn::kNone, p);
+  if (!s.valid()) return VEXO_ERR_ARG;
+  if (!s.both_shrink() || !s.by_whole_factors()) return VEXO_ERR_UNSUPPORTED;
+  const int32_t factor = s.src_width / s.width;
+  const int64_t down = s.src_height / s.height;
+  const int64_t src_step = p.src_stride & ~1;
+  const int64_t dst_step = p.dst_stride & ~1;
+  const auto words = scale_rows().words;
+  for (int64_t y = 0; y < s.height; ++y) {
+    const uint8_t *const row = p.src + src_step * down * y;
+    words(row, row + src_step, p.dst + dst_step * y, unit, factor, s.width);
+  }
+  return VEXO_OK;
+}
+
+}  // namespace
+
+}  // namespace lox::rsz
+
+extern "C" {
+
+#define LOX_SCALER(name)                                                  \
+  int32_t name(const uint8_t *src, int32_t src_width, int32_t src_height, \
+               int32_t dst_width, int32_t dst_height, uint8_t *dst,       \
+               [[maybe_unused]] uint8_t *scratch, int32_t src_stride,     \
+               int32_t dst_stride, [[maybe_unused]] int32_t mode)
+#define LOX_PLANE                                                       \
+  {                                                                     \
+    src, src_width, src_height, src_stride, dst, dst_width, dst_height, \
+        dst_stride                                                      \
+  }
+#define LOX_SCALE(name, type, turn)                                         \
+  LOX_SCALER(name) {                                                        \
+    return lox::rsz::scale(lox::rsz::type, lox::rsz::Turn::turn, LOX_PLANE, \
+                           mode, scratch);                                  \
+  }
+
+LOX_SCALE(vexo_rsz_8b, k8b, kNone)
+LOX_SCALE(vexo_rsz_8b8b, k8b8b, kNone)
+LOX_SCALE(vexo_rsz_8b8b8b, k8b8b8b, kNone)
+LOX_SCALE(vexo_rsz_8b8b8b8b, k8b8b8b8b, kNone)
+LOX_SCALE(vexo_rsz_5b6b5b, k5b6b5b, kNone)
+LOX_SCALE(vexo_rsz_8b_rot_90l, k8b, kLeft)
+LOX_SCALE(vexo_rsz_8b_rot_90r, k8b, kRight)
+LOX_SCALE(vexo_rsz_8b_rot_180, k8b, kHalf)
+LOX_SCALE(vexo_rsz_8b8b_rot_90l, k8b8b, kLeft)
+LOX_SCALE(vexo_rsz_8b8b_rot_90r, k8b8b, kRight)
+LOX_SCALE(vexo_rsz_8b8b_rot_180, k8b8b, kHalf)
+
+LOX_SCALER(vexo_rsz_16b) { return lox::rsz::reduce_words(2, LOX_PLANE); }
+LOX_SCALER(vexo_rsz_16b16b) { return lox::rsz::reduce_words(4, LOX_PLANE); }
+
+}  // extern "C"

@@ -1,0 +1,346 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What vector forms work out about the columns of a strip before its rows:
+// which form serves, and the tables of those that look samples up. Included by
+// rsz/scale_rows.cpp only, into each set's namespace.
+//
+// With a sample a and its neighbour b a value on the way between them is
+// (a (length - part) + b part) / length. Where no length is above 2, and always
+// in reductions, that is a or (a + b) >> 1, so that a neighbour looked up in
+// the place of a itself gives a: the sum of the two, halved, serves both. In
+// reductions of both directions the sum of four serves all four cases so.
+//
+// Longer segments want products of bytes, and the division is the high half of
+// a product with 65536 / length + 1: exact while 255 length^2 < 65536, that is
+// to a length of 16. Weights in 64ths, of which none is above 64 to a length of
+// 65, are divided by a share of 1024.
+#pragma once
+
+#include "rsz/scale_rule.h"
+
+#if LOX_VECTORS
+#if defined(LOX_SET_neon)
+#include "rsz/scale_neon.h"
+#else
+#include "rsz/scale_x86.h"
+#endif
+#endif
+
+namespace lox::LOX_SET {
+
+namespace {
+
+// What prepare() has chosen for a strip.
+enum Form : int32_t {
+  kRule,
+  kGather16,  // looked up in windows of so many bytes
+  kGather32,
+  kGather64,
+  kWeigh,     // looked up in 16 bytes, weighed
+  kHalve,     // 2:1
+  kFirstOf4,  // 4:1 of bytes
+  kDouble     // 1:2
+};
+
+#if LOX_VECTORS
+#if defined(LOX_SET_neon)
+using WideScale = NeonScale;
+using NarrowScale = NeonScale;
+#else
+using WideScale = X86Scale<Wide>;
+using NarrowScale = X86Scale<Narrow>;
+#endif
+
+// As with_vectors.
+template <class Kernel>
+LOX_INLINE void with_scale(ptrdiff_t bytes, Kernel kernel) {
+  if (!kNarrower || bytes >= WideScale::n) {
+    kernel(WideScale());
+  } else {
+    kernel(NarrowScale());
+  }
+}
+
+// Which weights serve as the products' factors and shares.
+constexpr int kMaxLength = 16;
+constexpr int kMaxLength64ths = 65;
+struct Products {
+  int here, next, share;
+};
+LOX_INLINE Products products(Step s, bool mod1) {
+  if (s.part == 0) return {64, 0, 1024};
+  const Shares w = shares(s, mod1);
+  static constexpr uint16_t kShares[kMaxLength + 1] = {
+      0,    0,    32769, 21846, 16385, 13108, 10923, 9363, 8193,
+      7282, 6554, 5958,  5462,  5042,  4682,  4370,  4097};
+  return {static_cast<int>(w.here), static_cast<int>(w.next),
+          mod1 ? 1024 : kShares[s.length <= kMaxLength ? s.length : 0]};
+}
+LOX_INLINE bool has_products(int32_t length, bool mod1) {
+  return length <= (mod1 ? kMaxLength64ths : kMaxLength);
+}
+
+LOX_INLINE bool enlarges(const Axis &axis) {
+  return axis.scaling >= Scaling::kEnlarge;
+}
+
+// The form of a strip. Its 8 bytes of output are of samples `steps` apart at
+// most, those of the source steps * src / dst, rounded up; with the last one's
+// neighbour they have to be in one window.
+LOX_INLINE Form choose_form(const Columns &c, bool words) {
+  const Axis &axis = c.axis;
+  const bool enlarge = enlarges(axis);
+  const int64_t src = axis.src;
+  if (!words && c.unit != 3) {
+    if (enlarge && axis.dst == 2 * src) return kDouble;
+    if (axis.scaling == Scaling::kReduceWhole) {
+      if (src == 2 * int64_t{axis.dst}) return kHalve;
+      if (src == 4 * int64_t{axis.dst} && c.unit == 1) return kFirstOf4;
+    }
+  }
+  const int steps = c.unit == 3 ? 3 : 8 / c.unit - 1;
+  const int64_t samples = (steps * src + axis.dst - 1) / axis.dst + 2;
+  const int64_t span = samples * c.unit;
+  const int64_t row = src * c.unit;
+  if (enlarge && axis.dst > 2 * src) {
+    const int32_t longest =
+        axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
+    return span <= 16 && row >= 16 &&
+                   has_products(longest, axis.scaling == Scaling::kEnlargeMod1)
+               ? kWeigh
+               : kRule;
+  }
+  for (int i = 0; i < 3; ++i) {
+    const int64_t window = int64_t{16} << i;
+    if (span <= window && row >= window)
+      return static_cast<Form>(kGather16 + i);
+  }
+  return kRule;
+}
+constexpr int span_of(Form form) {
+  return form == kGather64 ? 64 : form == kGather32 ? 32 : 16;
+}
+
+// Bytes of table for a vector of outputs.
+template <class V>
+constexpr int places_size(int span) {
+  return V::windows(span) * 2 * V::n;
+}
+template <class V, bool kWords>
+constexpr int table_step(Form form) {
+  return places_size<V>(span_of(form)) + (form != kWeigh ? 0
+                                          : kWords       ? 3 * V::n
+                                                         : 4 * V::n);
+}
+
+template <class V, bool kWords>
+LOX_INLINE void put_places(uint8_t *places, int group, int byte, int span,
+                           int first, int second) {
+  uint8_t *const at = places + V::place(group);
+  const int i = kWords ? V::first_word_place(byte) : V::first_place(byte);
+  const int j = kWords ? V::second_word_place(byte) : V::second_place(byte);
+  for (int w = 0; w < V::windows(span); ++w) {
+    // What is in another window counts as nothing.
+    const auto in_window = [w](int k) LOX_INLINE_LAMBDA {
+      const int k_in = k - w * V::kWindow;
+      return static_cast<uint8_t>(k_in >= 0 && k_in < V::kWindow ? k_in : 128);
+    };
+    at[w * 2 * V::n + i] = in_window(first);
+    at[w * 2 * V::n + j] = in_window(second);
+  }
+}
+
+// Goes through the bytes of a strip's outputs.
+template <int kUnit>
+class ByteWalk {
+ public:
+  LOX_INLINE ByteWalk(const Columns &c, ptrdiff_t byte)
+      : walk_(c.axis, c.first + static_cast<int32_t>(byte / kUnit)),
+        mod1_(is_mod1(&c)),
+        component_(static_cast<int>(byte % kUnit)) {
+    next_sample();
+  }
+  LOX_INLINE void next() {
+    if (++component_ == kUnit) {
+      component_ = 0;
+      next_sample();
+    }
+  }
+  // Byte of the source row, of the sample and of its first component.
+  LOX_INLINE ptrdiff_t sample() const { return ptrdiff_t{step_.at} * kUnit; }
+  LOX_INLINE ptrdiff_t byte() const { return sample() + component_; }
+  // How far away its neighbour is.
+  LOX_INLINE int to_neighbour() const { return step_.part == 0 ? 0 : kUnit; }
+  LOX_INLINE Products weights() const { return weights_; }
+
+ private:
+  LOX_INLINE void next_sample() {
+    step_ = walk_.next();
+    weights_ = products(step_, mod1_);
+  }
+  Walk walk_;
+  bool mod1_;
+  int component_;
+  Step step_;
+  Products weights_;
+};
+
+// Vectors of output after which the places repeat, and how far on in the
+// source; some times as many if they are few, so that they make a loop.
+template <class V, int kUnit>
+LOX_INLINE void set_period(Columns &c) {
+  constexpr int kAtLeast = 512 / V::n;
+  uint32_t a = static_cast<uint32_t>(c.axis.src);
+  uint32_t b = static_cast<uint32_t>(c.axis.dst);
+  while (b != 0) {
+    const uint32_t rest = a % b;
+    a = b;
+    b = rest;
+  }
+  const int64_t outputs = c.axis.dst / static_cast<int32_t>(a);
+  const int64_t inputs = c.axis.src / static_cast<int32_t>(a);
+  int64_t vectors = outputs * kUnit;
+  int64_t periods = V::n;
+  while (vectors % 2 == 0 && periods > 1) {
+    vectors /= 2;
+    periods /= 2;
+  }
+  while (vectors < kAtLeast) {
+    vectors *= 2;
+    periods *= 2;
+  }
+  c.period =
+      static_cast<int32_t>(vectors <= Columns::kBytes / V::n ? vectors : 0);
+  c.advance = static_cast<ptrdiff_t>(periods * inputs * kUnit);
+}
+
+// Fills the tables, one vector of output after the other.
+template <class V, bool kWords, int kUnit>
+class TableFiller {
+ public:
+  LOX_INLINE TableFiller(Columns &c, Form form)
+      : c_(c),
+        form_(form),
+        span_(span_of(form)),
+        end_(ptrdiff_t{c.axis.src} * kUnit - span_of(form)),
+        bytes_(ptrdiff_t{c.count} * kUnit),
+        offset_(c.offsets),
+        table_(c.table) {}
+
+  // Of the outputs from byte `start` to byte `stop`, the last vector ending
+  // with the strip; offsets count from source byte `origin`.
+  LOX_INLINE void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
+    if (start >= stop) return;
+    const ptrdiff_t first = start + V::n <= bytes_ ? start : bytes_ - V::n;
+    ByteWalk<kUnit> walk(c_, first);
+    for (ptrdiff_t at = start; at < stop; at += V::n) {
+      if (at + V::n > bytes_ && at > start) {
+        walk = ByteWalk<kUnit>(c_, bytes_ - V::n);
+      }
+      vector(walk, origin);
+    }
+  }
+
+ private:
+  LOX_INLINE void vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
+    uint8_t *const weights = table_ + places_size<V>(span_);
+    for (int group = 0; group < V::n / 8; ++group) {
+      const ptrdiff_t base = walk.sample() < end_ ? walk.sample() : end_;
+      *offset_++ = static_cast<int16_t>(base - origin);
+      for (int i = 0; i < 8; ++i, walk.next()) {
+        const int first = static_cast<int>(walk.byte() - base);
+        put_places<V, kWords>(table_, group, i, span_, first,
+                              first + walk.to_neighbour());
+        if (form_ == kWeigh) put_weights(weights, group, i, walk.weights());
+      }
+    }
+    table_ += table_step<V, kWords>(form_);
+  }
+  LOX_INLINE void put_weights(uint8_t *weights, int group, int i, Products p) {
+    if constexpr (kWords) {
+      const int at = group * 8 + i;
+      const int shift = at % 2 * 8;
+      weights[at] = static_cast<uint8_t>(p.here >> shift);
+      weights[V::n + at] = static_cast<uint8_t>(p.next >> shift);
+      weights[2 * V::n + at] = static_cast<uint8_t>(p.share >> shift);
+    } else {
+      uint8_t *const w = weights + V::place(group);
+      w[V::first_place(i)] = static_cast<uint8_t>(p.here);
+      w[V::second_place(i)] = static_cast<uint8_t>(p.next);
+      w[2 * V::n + 2 * i] = static_cast<uint8_t>(p.share);
+      w[2 * V::n + 2 * i + 1] = static_cast<uint8_t>(p.share >> 8);
+    }
+  }
+
+  Columns &c_;
+  Form form_;
+  int span_;
+  ptrdiff_t end_;  // where a row's last window begins
+  ptrdiff_t bytes_;
+  int16_t *offset_;
+  uint8_t *table_;
+};
+
+template <class V, bool kWords, int kUnit>
+LOX_INLINE void fill_tables(Columns &c, Form form) {
+  constexpr int kMost = Columns::kBytes / V::n;  // vectors
+  const ptrdiff_t end = ptrdiff_t{c.axis.src} * kUnit - span_of(form);
+  c.origin = ptrdiff_t{Walk(c.axis, c.first).next().at} * kUnit;
+  c.repeats = 0;
+  set_period<V, kUnit>(c);
+  if (c.period > 0) {
+    // All but the vectors whose windows reach the last sample: it may lack a
+    // neighbour, and the windows beyond it are moved.
+    const ptrdiff_t room = end - kUnit - c.origin;
+    const int64_t by_source = room < 0 ? 0 : room / c.advance;
+    const int64_t by_output =
+        int64_t{c.count} * kUnit / (ptrdiff_t{c.period} * V::n);
+    c.repeats =
+        static_cast<int32_t>(by_source < by_output ? by_source : by_output);
+    const int64_t rest =
+        int64_t{c.count} * kUnit - int64_t{c.repeats} * c.period * V::n;
+    if (c.repeats < 2 || c.period + rest / V::n + 1 > kMost) c.repeats = 0;
+  }
+  if (c.repeats == 0) {
+    c.period = 0;
+    if (int64_t{c.count} * kUnit > Columns::kBytes) {
+      // Strips as even as whole vectors allow.
+      constexpr int kSamples = Columns::kBytes / kUnit;
+      const int32_t strips = (c.count - 1) / kSamples + 1;
+      const int32_t even = ((c.count - 1) / strips + 64) / 64 * 64;
+      c.count = even < kSamples ? even : kSamples;
+    }
+  }
+  TableFiller<V, kWords, kUnit> filler(c, form);
+  const ptrdiff_t period = ptrdiff_t{c.period} * V::n;
+  // A loop, or there would be two of a function of 2 KiB.
+#pragma GCC unroll 1
+  for (int part = 0; part < 2; ++part) {
+    const ptrdiff_t times = part == 0 ? 0 : c.repeats;
+    filler.fill(times * period, part == 0 ? period : ptrdiff_t{c.count} * kUnit,
+                c.origin + times * c.advance);
+  }
+}
+
+template <bool kWords>
+LOX_INLINE void prepare_vectors(Columns &c) {
+  const ptrdiff_t bytes = ptrdiff_t{c.count} * c.unit;
+  if (bytes < NarrowScale::n) return;
+  const Form form = choose_form(c, kWords);
+  c.form = form;
+  if (form == kRule || form >= kHalve) return;
+  with_scale(bytes, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    if constexpr (kWords) {
+      fill_tables<V, true, 2>(c, form);
+    } else {
+      for_unit(c.unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
+        fill_tables<V, false, Samples::kBytes>(c, form);
+      });
+    }
+  });
+}
+#endif
+
+}  // namespace
+
+}  // namespace lox::LOX_SET

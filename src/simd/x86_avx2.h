@@ -1,0 +1,371 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The vector layer on AVX2: 32 pixels a step in two registers of 16-bit lanes.
+// Packing and interleaving work inside 128-bit halves; so that what is stored
+// is contiguous, the loads put each pixel where its store wants it (Order).
+// Shuffles are what these kernels have most of, so a load shuffles once for
+// widening, duplicating and ordering together.
+#pragma once
+
+#include "simd/x86.h"
+
+namespace lox::LOX_SET {
+
+struct Avx2Register {
+  using Reg = __m256i;
+
+  LOX_OP Reg load(const uint8_t *p) {
+    return _mm256_loadu_si256(reinterpret_cast<const Reg *>(p));
+  }
+  template <bool kStream>
+  LOX_OP void store(uint8_t *p, Reg v) {
+    if constexpr (kStream) {
+      _mm256_stream_si256(reinterpret_cast<Reg *>(p), v);
+    } else {
+      _mm256_storeu_si256(reinterpret_cast<Reg *>(p), v);
+    }
+  }
+  LOX_OP Reg zero() { return _mm256_setzero_si256(); }
+  LOX_OP Reg fill16(int k) { return _mm256_set1_epi16(static_cast<short>(k)); }
+  LOX_OP Reg in_parts(__m128i v) { return _mm256_broadcastsi128_si256(v); }
+
+  LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
+  LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm256_adds_epi16(a, b); }
+  LOX_OP Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
+  LOX_OP Reg add8(Reg a, Reg b) { return _mm256_add_epi8(a, b); }
+  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm256_adds_epu8(a, b); }
+  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm256_subs_epu8(a, b); }
+  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm256_adds_epi8(a, b); }
+  LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm256_min_epu8(a, b); }
+  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm256_min_epi8(a, b); }
+  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm256_max_epi8(a, b); }
+  LOX_OP Reg abs8(Reg v) { return _mm256_abs_epi8(v); }
+  // All bits of the bytes that are negative.
+  LOX_OP Reg negative8(Reg v) { return _mm256_cmpgt_epi8(zero(), v); }
+  // A bit for each byte: set where it is zero.
+  LOX_OP uint32_t zero_bytes(Reg v) {
+    return static_cast<uint32_t>(
+        _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, zero())));
+  }
+  LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
+  LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm256_maddubs_epi16(a, b); }
+  LOX_OP Reg bit_and(Reg a, Reg b) { return _mm256_and_si256(a, b); }
+  // The bits of b where the mask has none.
+  LOX_OP Reg bit_and_not(Reg mask, Reg b) {
+    return _mm256_andnot_si256(mask, b);
+  }
+  LOX_OP Reg bit_or(Reg a, Reg b) { return _mm256_or_si256(a, b); }
+  LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm256_xor_si256(a, b); }
+  template <int S>
+  LOX_OP Reg shift_left16(Reg v) {
+    return _mm256_slli_epi16(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right16(Reg v) {
+    return _mm256_srli_epi16(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed16(Reg v) {
+    return _mm256_srai_epi16(v, S);
+  }
+  // The units that shift are those that shuffle, and the packing that follows
+  // needs them: one shift of a picture's three channels is left to them, the
+  // others are high halves of products.
+  template <int S>
+  LOX_OP Reg narrowing_shift16(Reg v) {
+    if constexpr (S == 0) {
+      return v;
+    } else {
+      return S == 7 ? _mm256_srai_epi16(v, S)
+                    : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
+    }
+  }
+  LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm256_packus_epi16(a, b); }
+  LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }
+  LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm256_unpackhi_epi8(a, b); }
+  LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm256_unpacklo_epi16(a, b); }
+  LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm256_unpackhi_epi16(a, b); }
+  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm256_unpacklo_epi32(a, b); }
+  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm256_unpackhi_epi32(a, b); }
+  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
+  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
+  LOX_OP Reg shuffle8(Reg v, Reg places) {
+    return _mm256_shuffle_epi8(v, places);
+  }
+  // Bytes of b where the mask has its high bit, else of a.
+  LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
+    return _mm256_blendv_epi8(a, b, mask);
+  }
+
+  LOX_OP Reg fill32(int k) { return _mm256_set1_epi32(k); }
+  LOX_OP Reg add32(Reg a, Reg b) { return _mm256_add_epi32(a, b); }
+  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm256_mullo_epi16(a, b); }
+  template <int S>
+  LOX_OP Reg shift_left32(Reg v) {
+    return _mm256_slli_epi32(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right32(Reg v) {
+    return _mm256_srli_epi32(v, S);
+  }
+  LOX_OP bool any_bit(Reg v) { return _mm256_testz_si256(v, v) == 0; }
+  LOX_OP Reg sub8(Reg a, Reg b) { return _mm256_sub_epi8(a, b); }
+  LOX_OP Reg average8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
+  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
+  LOX_OP Reg min16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
+  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm256_min_epu16(a, b); }
+  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm256_max_epu16(a, b); }
+  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm256_subs_epu16(a, b); }
+  LOX_OP Reg max16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
+  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
+    return _mm256_mulhi_epi16(a, b);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed32(Reg v) {
+    return _mm256_srai_epi32(v, S);
+  }
+  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm256_packs_epi32(a, b); }
+  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm256_packus_epi32(a, b); }
+  // In each half, the even 32-bit lanes of a, then those of b.
+  LOX_OP Reg even32(Reg a, Reg b) {
+    return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
+                                                 _mm256_castsi256_ps(b), 0x88));
+  }
+  LOX_OP Reg odd32(Reg a, Reg b) {
+    return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
+                                                 _mm256_castsi256_ps(b), 0xDD));
+  }
+  LOX_OP Reg sub32(Reg a, Reg b) { return _mm256_sub_epi32(a, b); }
+  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm256_min_epi32(a, b); }
+  // A shift by lane is one operation, by one number for all it is two.
+  using Shift = Reg;
+  LOX_OP Shift shift(int by) { return fill32(by); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
+    return _mm256_srav_epi32(v, by);
+  }
+  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
+  // Even words of a, odd ones of b.
+  LOX_OP Reg select_odd16(Reg a, Reg b) {
+    return _mm256_blend_epi16(a, b, 0xAA);
+  }
+  // 16 bytes in both halves.
+  LOX_OP Reg load_to_parts(const uint8_t *p) {
+    return in_parts(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+  }
+  // The halves of four registers, 64 bytes together, which are 128 apart; and
+  // of halves stored without gaps and loaded again, those of each register.
+  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    store<false>(p, join_low_parts(a, b));
+    store<false>(p + 32, join_low_parts(c, d));
+    store<false>(p + 128, join_high_parts(a, b));
+    store<false>(p + 160, join_high_parts(c, d));
+  }
+  LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
+    const Reg c0 = join_low_parts(a, c);
+    const Reg c1 = join_high_parts(a, c);
+    const Reg c2 = join_low_parts(b, d);
+    const Reg c3 = join_high_parts(b, d);
+    a = c0;
+    b = c1;
+    c = c2;
+    d = c3;
+  }
+  // Four rows that lie one behind the other.
+  LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {
+    const __m128i low = _mm256_castsi256_si128(v);
+    const __m128i high = _mm256_extracti128_si256(v, 1);
+    _mm_storeu_si64(p, low);
+    _mm_storeu_si64(p + stride, _mm_unpackhi_epi64(low, low));
+    _mm_storeu_si64(p + 2 * stride, high);
+    _mm_storeu_si64(p + 3 * stride, _mm_unpackhi_epi64(high, high));
+  }
+  // In each half, 16 of the bytes of low and then high, from byte K on.
+  template <int K>
+  LOX_OP Reg bytes_from(Reg low, Reg high) {
+    return _mm256_alignr_epi8(high, low, K);
+  }
+  // 16 bytes in each half, `step` apart.
+  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t step) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(
+            _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + step)), 1);
+  }
+  // 16 bytes in each part, from every second offset.
+  LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
+    return _mm256_inserti128_si256(
+        _mm256_castsi128_si256(
+            _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + offsets[0]))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + offsets[2])), 1);
+  }
+  // Units of both halves in turn: of 64, of 32, and of 16 bits, these of the
+  // first half of each half and then of the second.
+  LOX_OP Reg order_quads(Reg v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+  // The reverse of order_quads, before what works inside halves.
+  LOX_OP Reg spread_quads(Reg v) { return order_quads(v); }
+  LOX_OP Reg order_dwords(Reg v) {
+    return _mm256_permutevar8x32_epi32(
+        v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+  }
+  // The reverse of order_dwords.
+  LOX_OP Reg spread_dwords(Reg v) {
+    return _mm256_permutevar8x32_epi32(
+        v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+  }
+  LOX_OP Reg order_words(Reg v) {
+    return shuffle8(order_quads(v),
+                    in_parts(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12,
+                                           13, 6, 7, 14, 15)));
+  }
+  LOX_OP Reg join_low_parts(Reg a, Reg b) {
+    return _mm256_permute2x128_si256(a, b, 0x20);
+  }
+  LOX_OP Reg join_high_parts(Reg a, Reg b) {
+    return _mm256_permute2x128_si256(a, b, 0x31);
+  }
+  LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(low),
+                     _mm256_castsi256_si128(v));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(high),
+                     _mm256_extracti128_si256(v, 1));
+  }
+};
+
+// Which pixels are where, by Order:
+//           a, low half   a, high half   b
+//   kBytes  0..7          16..23         8..15, 24..31
+//   kWords  0..7          8..15          as a, 16 further
+//   kQuads  0..3, 8..11   4..7, 12..15   as a, 16 further
+struct Avx2Lanes : X86Lanes<Avx2Register> {
+  using R = Avx2Register;
+
+  LOX_OP __m128i load_16(const uint8_t *p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+  }
+  // The same 16 bytes in both halves.
+  LOX_OP Reg load_twice(const uint8_t *p) { return R::in_parts(load_16(p)); }
+
+  // Of 16 bytes in both halves, those of the half's pixels: to the high bytes
+  // of the lanes, the low ones zero.
+  template <Order O>
+  LOX_OP Reg pick_bytes(Reg twice) {
+    static_assert(O != Order::kBytes);
+    const Reg quads = _mm256_setr_epi8(
+        -1, 0, -1, 1, -1, 2, -1, 3, -1, 8, -1, 9, -1, 10, -1, 11,  //
+        -1, 4, -1, 5, -1, 6, -1, 7, -1, 12, -1, 13, -1, 14, -1, 15);
+    const Reg words = _mm256_setr_epi8(
+        -1, 0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7,  //
+        -1, 8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15);
+    return R::shuffle8(twice, O == Order::kQuads ? quads : words);
+  }
+  // Of 8 pairs in both halves, those of the half's pixels, each twice.
+  template <Order O>
+  LOX_OP Reg pick_pairs(Reg twice) {
+    static_assert(O != Order::kBytes);
+    const Reg quads = _mm256_setr_epi8(
+        0, 1, 0, 1, 2, 3, 2, 3, 8, 9, 8, 9, 10, 11, 10, 11,  //
+        4, 5, 4, 5, 6, 7, 6, 7, 12, 13, 12, 13, 14, 15, 14, 15);
+    const Reg words = _mm256_setr_epi8(
+        0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
+        8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
+    return less_128(R::shuffle8(twice, O == Order::kQuads ? quads : words));
+  }
+
+  template <Order O>
+  LOX_OP U8 load(const uint8_t *p) {
+    if constexpr (O == Order::kBytes) {
+      return widen(R::load(p));
+    } else {
+      return {pick_bytes<O>(load_twice(p)), pick_bytes<O>(load_twice(p + 16))};
+    }
+  }
+  template <Order O>
+  LOX_OP Pairs load_pairs(const uint8_t *p) {
+    if constexpr (O == Order::kBytes) {
+      return double_pairs(R::load(p));
+    } else {
+      return {pick_pairs<O>(load_twice(p)), pick_pairs<O>(load_twice(p + 16))};
+    }
+  }
+  template <Order O>
+  LOX_OP U8 load_words(const uint8_t *p) {
+    const Reg high = R::fill16(0xFF00);
+    Reg a;
+    Reg b;
+    if constexpr (O == Order::kBytes) {
+      a = R::load_apart(p, 32);
+      b = R::load_apart(p + 16, 32);
+    } else {
+      a = R::load(p);
+      b = R::load(p + 32);
+    }
+    if constexpr (O == Order::kQuads) {
+      a = R::spread_quads(a);
+      b = R::spread_quads(b);
+    }
+    return {R::bit_and(a, high), R::bit_and(b, high)};
+  }
+  template <Order O>
+  LOX_OP Pairs load_word_pairs(const uint8_t *p) {
+    const Reg pairs =
+        R::order_quads(pack_high_bytes(R::load(p), R::load(p + 32)));
+    if constexpr (O == Order::kBytes) {
+      return double_pairs(pairs);
+    } else {
+      return {pick_pairs<O>(R::join_low_parts(pairs, pairs)),
+              pick_pairs<O>(R::join_high_parts(pairs, pairs))};
+    }
+  }
+  template <Order O>
+  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
+    const Reg f = load_twice(first);
+    const Reg s = load_twice(second);
+    const Reg low = R::unpack_low8(f, s);
+    const Reg high = R::unpack_high8(f, s);
+    if constexpr (O == Order::kBytes) {
+      return double_pairs(_mm256_blend_epi32(low, high, 0xF0));
+    } else {
+      return {pick_pairs<O>(low), pick_pairs<O>(high)};
+    }
+  }
+  template <Order O>
+  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
+    if constexpr (O == Order::kBytes) {
+      return zip(R::load(first), R::load(second));
+    } else {
+      // The second in the high bytes as it is loaded, the first moved below.
+      const U8 f = load<O>(first);
+      const U8 s = load<O>(second);
+      return {less_128(R::bit_or(R::shift_right16<8>(f.a), s.a)),
+              less_128(R::bit_or(R::shift_right16<8>(f.b), s.b))};
+    }
+  }
+  template <Order O, int kLuma>
+  LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
+    if constexpr (O == Order::kQuads) {
+      split_422<kLuma>(even_and_odd_quarters(p), even_and_odd_quarters(p + 32),
+                       luma, pairs);
+    } else if constexpr (O == Order::kWords) {
+      split_422<kLuma>(R::load(p), R::load(p + 32), luma, pairs);
+    } else {
+      split_422<kLuma>(R::load_apart(p, 32), R::load_apart(p + 16, 32), luma,
+                       pairs);
+    }
+  }
+  // Of 32 bytes, the quarters 0 and 2, then 1 and 3.
+  LOX_OP Reg even_and_odd_quarters(const uint8_t *p) {
+    return _mm256_castpd_si256(
+        _mm256_shuffle_pd(_mm256_castsi256_pd(load_twice(p)),
+                          _mm256_castsi256_pd(load_twice(p + 16)), 0xC));
+  }
+
+  template <bool kStream>
+  LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+    const Three t = interleave3(a.v, b.v, c.v);
+    R::store<kStream>(p, _mm256_permute2x128_si256(t.v0, t.v1, 0x20));
+    R::store<kStream>(p + 32, _mm256_permute2x128_si256(t.v2, t.v0, 0x30));
+    R::store<kStream>(p + 64, _mm256_permute2x128_si256(t.v1, t.v2, 0x31));
+  }
+};
+
+}  // namespace lox::LOX_SET

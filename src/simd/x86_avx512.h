@@ -1,0 +1,362 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The vector layer on AVX-512 (F, BW, DQ and VL): 64 pixels a step in two
+// registers of 16-bit lanes. As on AVX2, packing and interleaving work inside
+// 128-bit parts, of which there are four, and the loads put each pixel where
+// its store wants it (Order).
+#pragma once
+
+#include "simd/x86.h"
+
+namespace lox::LOX_SET {
+
+// Four 16-bit places as one of 64 bits.
+#define LOX_WORDS(a, b, c, d) \
+  (int64_t{a} | int64_t{b} << 16 | int64_t{c} << 32 | int64_t{d} << 48)
+#define LOX_EVERY_8TH_WORD(first) \
+  LOX_WORDS(first, first + 8, first + 16, first + 24)
+
+struct Avx512Register {
+  using Reg = __m512i;
+
+  LOX_OP Reg load(const uint8_t *p) { return _mm512_loadu_si512(p); }
+  template <bool kStream>
+  LOX_OP void store(uint8_t *p, Reg v) {
+    if constexpr (kStream) {
+      _mm512_stream_si512(reinterpret_cast<Reg *>(p), v);
+    } else {
+      _mm512_storeu_si512(p, v);
+    }
+  }
+  LOX_OP Reg zero() { return _mm512_setzero_si512(); }
+  LOX_OP Reg fill16(int k) { return _mm512_set1_epi16(static_cast<short>(k)); }
+  LOX_OP Reg fill32(int k) { return _mm512_set1_epi32(k); }
+  LOX_OP Reg in_parts(__m128i v) { return _mm512_broadcast_i32x4(v); }
+
+  LOX_OP Reg add16(Reg a, Reg b) { return _mm512_add_epi16(a, b); }
+  LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm512_adds_epi16(a, b); }
+  LOX_OP Reg sub16(Reg a, Reg b) { return _mm512_sub_epi16(a, b); }
+  LOX_OP bool any_bit(Reg v) { return _mm512_test_epi32_mask(v, v) != 0; }
+  LOX_OP Reg sub8(Reg a, Reg b) { return _mm512_sub_epi8(a, b); }
+  LOX_OP Reg average8(Reg a, Reg b) { return _mm512_avg_epu8(a, b); }
+  LOX_OP Reg add8(Reg a, Reg b) { return _mm512_add_epi8(a, b); }
+  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm512_adds_epu8(a, b); }
+  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm512_subs_epu8(a, b); }
+  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm512_adds_epi8(a, b); }
+  LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm512_min_epu8(a, b); }
+  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm512_min_epi8(a, b); }
+  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm512_max_epi8(a, b); }
+  LOX_OP Reg abs8(Reg v) { return _mm512_abs_epi8(v); }
+  // All bits of the bytes that are negative.
+  LOX_OP Reg negative8(Reg v) {
+    return _mm512_movm_epi8(_mm512_movepi8_mask(v));
+  }
+  // A bit for each byte: set where it is zero.
+  LOX_OP uint64_t zero_bytes(Reg v) { return _mm512_testn_epi8_mask(v, v); }
+  LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm512_mulhi_epu16(a, b); }
+  LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm512_maddubs_epi16(a, b); }
+  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm512_madd_epi16(a, b); }
+  LOX_OP Reg bit_and(Reg a, Reg b) { return _mm512_and_si512(a, b); }
+  // The bits of b where the mask has none.
+  LOX_OP Reg bit_and_not(Reg mask, Reg b) {
+    return _mm512_andnot_si512(mask, b);
+  }
+  LOX_OP Reg bit_or(Reg a, Reg b) { return _mm512_or_si512(a, b); }
+  LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm512_xor_si512(a, b); }
+  template <int S>
+  LOX_OP Reg shift_left16(Reg v) {
+    return _mm512_slli_epi16(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right16(Reg v) {
+    return _mm512_srli_epi16(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed16(Reg v) {
+    return _mm512_srai_epi16(v, S);
+  }
+  template <int S>
+  LOX_OP Reg narrowing_shift16(Reg v) {
+    return S == 0 ? v : _mm512_srai_epi16(v, S);
+  }
+  LOX_OP Reg add32(Reg a, Reg b) { return _mm512_add_epi32(a, b); }
+  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm512_mullo_epi16(a, b); }
+  template <int S>
+  LOX_OP Reg shift_left32(Reg v) {
+    return _mm512_slli_epi32(v, S);
+  }
+  template <int S>
+  LOX_OP Reg shift_right32(Reg v) {
+    return _mm512_srli_epi32(v, S);
+  }
+  LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm512_packus_epi16(a, b); }
+  LOX_OP Reg min16(Reg a, Reg b) { return _mm512_min_epi16(a, b); }
+  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm512_min_epu16(a, b); }
+  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm512_max_epu16(a, b); }
+  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm512_subs_epu16(a, b); }
+  LOX_OP Reg max16(Reg a, Reg b) { return _mm512_max_epi16(a, b); }
+  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
+    return _mm512_mulhi_epi16(a, b);
+  }
+  template <int S>
+  LOX_OP Reg shift_right_signed32(Reg v) {
+    return _mm512_srai_epi32(v, S);
+  }
+  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm512_packs_epi32(a, b); }
+  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm512_packus_epi32(a, b); }
+  LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm512_unpacklo_epi8(a, b); }
+  LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm512_unpackhi_epi8(a, b); }
+  LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm512_unpacklo_epi16(a, b); }
+  LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm512_unpackhi_epi16(a, b); }
+  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm512_unpacklo_epi32(a, b); }
+  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm512_unpackhi_epi32(a, b); }
+  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm512_unpacklo_epi64(a, b); }
+  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm512_unpackhi_epi64(a, b); }
+  LOX_OP Reg shuffle8(Reg v, Reg places) {
+    return _mm512_shuffle_epi8(v, places);
+  }
+  // Bytes of b where the mask has all bits, of a where it has none.
+  LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
+    return _mm512_ternarylogic_epi32(mask, b, a, 0xCA);
+  }
+  LOX_OP Reg even32(Reg a, Reg b) {
+    return _mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a),
+                                                 _mm512_castsi512_ps(b), 0x88));
+  }
+  LOX_OP Reg odd32(Reg a, Reg b) {
+    return _mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a),
+                                                 _mm512_castsi512_ps(b), 0xDD));
+  }
+  LOX_OP Reg sub32(Reg a, Reg b) { return _mm512_sub_epi32(a, b); }
+  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm512_min_epi32(a, b); }
+  // A shift by lane is one operation, by one number for all it is two.
+  using Shift = Reg;
+  LOX_OP Shift shift(int by) { return fill32(by); }
+  LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
+    return _mm512_srav_epi32(v, by);
+  }
+  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm512_packs_epi16(a, b); }
+  // Even words of a, odd ones of b.
+  LOX_OP Reg select_odd16(Reg a, Reg b) {
+    return _mm512_mask_blend_epi16(0xAAAAAAAA, a, b);
+  }
+  // 16 bytes in every part.
+  LOX_OP Reg load_to_parts(const uint8_t *p) { return in_parts(load_16(p)); }
+  // The parts of four registers, 64 bytes together, which are 128 apart; and of
+  // parts stored without gaps and loaded again, those of each register: both
+  // the same.
+  LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
+    const Reg ab_low = _mm512_shuffle_i32x4(a, b, 0x44);
+    const Reg ab_high = _mm512_shuffle_i32x4(a, b, 0xEE);
+    const Reg cd_low = _mm512_shuffle_i32x4(c, d, 0x44);
+    const Reg cd_high = _mm512_shuffle_i32x4(c, d, 0xEE);
+    a = _mm512_shuffle_i32x4(ab_low, cd_low, 0x88);
+    b = _mm512_shuffle_i32x4(ab_low, cd_low, 0xDD);
+    c = _mm512_shuffle_i32x4(ab_high, cd_high, 0x88);
+    d = _mm512_shuffle_i32x4(ab_high, cd_high, 0xDD);
+  }
+  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    store_each(p, a);
+    store_each(p + 16, b);
+    store_each(p + 32, c);
+    store_each(p + 48, d);
+  }
+  LOX_OP void store_each(uint8_t *p, Reg v) {
+    store_16(p, _mm512_castsi512_si128(v));
+    store_16(p + 128, _mm512_extracti32x4_epi32(v, 1));
+    store_16(p + 256, _mm512_extracti32x4_epi32(v, 2));
+    store_16(p + 384, _mm512_extracti32x4_epi32(v, 3));
+  }
+  // Four rows that lie one behind the other.
+  LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {
+    store_16(p, _mm512_castsi512_si128(v));
+    store_16(p + stride, _mm512_extracti32x4_epi32(v, 1));
+    store_16(p + 2 * stride, _mm512_extracti32x4_epi32(v, 2));
+    store_16(p + 3 * stride, _mm512_extracti32x4_epi32(v, 3));
+  }
+  LOX_OP void store_16(uint8_t *p, __m128i v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
+  }
+  template <int K>
+  LOX_OP Reg bytes_from(Reg low, Reg high) {
+    return _mm512_alignr_epi8(high, low, K);
+  }
+
+  LOX_OP __m128i load_16(const uint8_t *p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+  }
+  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t step) {
+    Reg v = _mm512_castsi128_si512(load_16(p));
+    v = _mm512_inserti32x4(v, load_16(p + step), 1);
+    v = _mm512_inserti32x4(v, load_16(p + 2 * step), 2);
+    return _mm512_inserti32x4(v, load_16(p + 3 * step), 3);
+  }
+  // 16 bytes in each part, from every second offset.
+  LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
+    Reg v = _mm512_castsi128_si512(load_16(p + offsets[0]));
+    v = _mm512_inserti32x4(v, load_16(p + offsets[2]), 1);
+    v = _mm512_inserti32x4(v, load_16(p + offsets[4]), 2);
+    return _mm512_inserti32x4(v, load_16(p + offsets[6]), 3);
+  }
+  LOX_OP Reg spread_quads(Reg v) {
+    return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7),
+                                    v);
+  }
+  LOX_OP Reg order_quads(Reg v) {
+    return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
+                                    v);
+  }
+  // Four parts of four: its own reverse.
+  LOX_OP Reg order_dwords(Reg v) {
+    return _mm512_permutexvar_epi32(
+        _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15),
+        v);
+  }
+  LOX_OP Reg spread_dwords(Reg v) { return order_dwords(v); }
+  // Each part's first four words and then its second four, a word of each part
+  // in turn.
+  LOX_OP Reg order_words(Reg v) {
+    return _mm512_permutexvar_epi16(
+        _mm512_setr_epi64(LOX_EVERY_8TH_WORD(0), LOX_EVERY_8TH_WORD(1),
+                          LOX_EVERY_8TH_WORD(2), LOX_EVERY_8TH_WORD(3),
+                          LOX_EVERY_8TH_WORD(4), LOX_EVERY_8TH_WORD(5),
+                          LOX_EVERY_8TH_WORD(6), LOX_EVERY_8TH_WORD(7)),
+        v);
+  }
+  // The parts of a and b in turn: the lower two of each, the upper two.
+  LOX_OP Reg join_low_parts(Reg a, Reg b) {
+    return _mm512_permutex2var_epi64(
+        a, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), b);
+  }
+  LOX_OP Reg join_high_parts(Reg a, Reg b) {
+    return _mm512_permutex2var_epi64(
+        a, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), b);
+  }
+  LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(low),
+                        _mm512_castsi512_si256(v));
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(high),
+                        _mm512_extracti64x4_epi64(v, 1));
+  }
+};
+
+// Which pixels are where in register a, by Order, for part k of 0..3; with what
+// is added for register b:
+//   kBytes  16k..16k+7               8
+//   kWords  8k..8k+7                 32
+//   kQuads  4k..4k+3, 16+4k..19+4k   32
+struct Avx512Lanes : X86Lanes<Avx512Register> {
+  using R = Avx512Register;
+
+  // Rearranges 64 units' bytes, in their order, so that the low half of each
+  // part is the part's of register a and the high half that of b.
+  template <Order O>
+  LOX_OP Reg spread(Reg v) {
+    if constexpr (O == Order::kBytes) {
+      return v;
+    } else if constexpr (O == Order::kWords) {
+      return R::spread_quads(v);
+    } else {
+      return R::order_dwords(v);
+    }
+  }
+  template <Order O>
+  LOX_OP U8 load(const uint8_t *p) {
+    return widen(spread<O>(R::load(p)));
+  }
+  template <Order O>
+  LOX_OP Pairs load_pairs(const uint8_t *p) {
+    return double_pairs(spread<O>(R::load(p)));
+  }
+  // 32 pairs: the first and second bytes to where `spread` wants them.
+  template <Order O>
+  LOX_OP Reg spread_half(const uint8_t *p) {
+    const Reg v = _mm512_castsi256_si512(
+        _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p)));
+    if constexpr (O == Order::kBytes) {
+      return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 0, 1, 1, 2, 2, 3, 3),
+                                      v);
+    } else if constexpr (O == Order::kWords) {
+      return _mm512_permutexvar_epi32(
+          _mm512_setr_epi32(0, 4, 0, 4, 1, 5, 1, 5, 2, 6, 2, 6, 3, 7, 3, 7), v);
+    } else {
+      constexpr int64_t kPart0 = LOX_WORDS(0, 4, 8, 12);
+      constexpr int64_t kNext = LOX_WORDS(1, 1, 1, 1);
+      return _mm512_permutexvar_epi16(
+          _mm512_setr_epi64(kPart0, 0, kPart0 + kNext, 0, kPart0 + 2 * kNext, 0,
+                            kPart0 + 3 * kNext, 0),
+          v);
+    }
+  }
+  template <Order O>
+  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
+    return double_pairs(
+        R::unpack_low8(spread_half<O>(first), spread_half<O>(second)));
+  }
+  template <Order O>
+  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
+    return zip(spread<O>(R::load(first)), spread<O>(R::load(second)));
+  }
+
+  // 64 words to the 16-bit lanes of two registers.
+  template <Order O>
+  LOX_OP void load_lanes(const uint8_t *p, Reg &a, Reg &b) {
+    const Reg low = R::load(p);
+    const Reg high = R::load(p + 64);
+    if constexpr (O == Order::kBytes) {
+      a = _mm512_shuffle_i32x4(low, high, 0x88);
+      b = _mm512_shuffle_i32x4(low, high, 0xDD);
+    } else if constexpr (O == Order::kWords) {
+      a = low;
+      b = high;
+    } else {
+      a = R::spread_quads(low);
+      b = R::spread_quads(high);
+    }
+  }
+  template <Order O, int kLuma>
+  LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
+    Reg a;
+    Reg b;
+    load_lanes<O>(p, a, b);
+    split_422<kLuma>(a, b, luma, pairs);
+  }
+  template <Order O>
+  LOX_OP U8 load_words(const uint8_t *p) {
+    Reg a;
+    Reg b;
+    load_lanes<O>(p, a, b);
+    const Reg high = R::fill16(0xFF00);
+    return {R::bit_and(a, high), R::bit_and(b, high)};
+  }
+  template <Order O>
+  LOX_OP Pairs load_word_pairs(const uint8_t *p) {
+    return double_pairs(spread<O>(
+        R::order_quads(pack_high_bytes(R::load(p), R::load(p + 64)))));
+  }
+
+  // Of interleave3's registers, each part of the three in turn.
+  template <bool kStream>
+  LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
+    const Three t = interleave3(a.v, b.v, c.v);
+    const Reg v01 = R::join_low_parts(t.v0, t.v1);
+    R::store<kStream>(
+        p, _mm512_permutex2var_epi64(
+               v01, _mm512_setr_epi64(0, 1, 2, 3, 8, 9, 4, 5), t.v2));
+    const Reg v12 = _mm512_permutex2var_epi64(
+        t.v1, _mm512_setr_epi64(2, 3, 10, 11, 4, 5, 12, 13), t.v2);
+    R::store<kStream>(
+        p + 64, _mm512_permutex2var_epi64(
+                    v12, _mm512_setr_epi64(0, 1, 2, 3, 12, 13, 4, 5), t.v0));
+    const Reg v20 = _mm512_permutex2var_epi64(
+        t.v2, _mm512_setr_epi64(4, 5, 14, 15, 6, 7, 6, 7), t.v0);
+    R::store<kStream>(
+        p + 128, _mm512_permutex2var_epi64(
+                     v20, _mm512_setr_epi64(0, 1, 2, 3, 14, 15, 4, 5), t.v1));
+  }
+};
+
+#undef LOX_EVERY_8TH_WORD
+#undef LOX_WORDS
+
+}  // namespace lox::LOX_SET
