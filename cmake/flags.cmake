@@ -32,14 +32,19 @@ if(ORUMLOX_WERROR)
   target_compile_options(orumlox_warnings INTERFACE -Werror)
 endif()
 
-# With these sanitizers row kernels and tests would take minutes to optimise
-# further.
-set(ORUMLOX_OPTIMISATION -O3)
+# With these sanitizers, and where what ran is counted, row kernels and tests
+# would take minutes to optimise further.
+set(optimisation -O3)
 if(ORUMLOX_SANITIZE MATCHES "address|memory")
-  set(ORUMLOX_OPTIMISATION -O1)
+  set(optimisation -O1)
   set(CMAKE_C_FLAGS_RELEASE "-O1 -DNDEBUG")
   set(CMAKE_CXX_FLAGS_RELEASE "-O1 -DNDEBUG")
 endif()
+if(ORUMLOX_COVERAGE)
+  set(optimisation -O1)
+endif()
+set(ORUMLOX_OPTIMISATION ${optimisation} CACHE STRING
+  "The library's level of optimisation; bytes do not depend on it")
 
 # What the library's own units are compiled with. Without contraction a float
 # expression gives the same bytes on every target; i386 would else compute in
@@ -48,9 +53,6 @@ add_library(orumlox_build_flags INTERFACE)
 target_link_libraries(orumlox_build_flags INTERFACE orumlox_warnings)
 target_include_directories(orumlox_build_flags INTERFACE
   ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
-if(ORUMLOX_COVERAGE)
-  set(ORUMLOX_OPTIMISATION -O1)
-endif()
 target_compile_options(orumlox_build_flags INTERFACE
   ${ORUMLOX_OPTIMISATION} -ffp-contract=off -fvisibility=hidden
   -ffunction-sections -fdata-sections
@@ -59,11 +61,6 @@ target_compile_options(orumlox_build_flags INTERFACE
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86)$")
   target_compile_options(orumlox_build_flags INTERFACE -msse2 -mfpmath=sse)
 endif()
-option(ORUMLOX_DEBUG_O0 "Compile the library without optimisation" OFF)
-if(ORUMLOX_DEBUG_O0)
-  target_compile_options(orumlox_build_flags INTERFACE -O0)
-endif()
-
 # The Android log is linked there and nowhere else.
 set(ORUMLOX_ANDROID_LOG "")
 if(ANDROID)

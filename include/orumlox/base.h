@@ -3,8 +3,7 @@
  * What every public header needs: linkage, visibility, fixed-width integers
  * and the status codes.
  */
-#ifndef ORUMLOX_BASE_H
-#define ORUMLOX_BASE_H
+#pragma once
 
 #include <stddef.h>
 #include <stdint.h>
@@ -44,5 +43,3 @@ enum {
   /* A format code, a pair of codes or a size that the call has no route for. */
   VEXO_ERR_UNSUPPORTED = -3
 };
-
-#endif /* ORUMLOX_BASE_H */

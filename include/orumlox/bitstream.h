@@ -7,8 +7,7 @@
  * re-entrant; one record is used by one thread at a time. Buffers stay the
  * caller's and must outlive their records' use. Null pointers are not detected.
  */
-#ifndef ORUMLOX_BITSTREAM_H
-#define ORUMLOX_BITSTREAM_H
+#pragma once
 
 #include "base.h"
 
@@ -180,5 +179,3 @@ VEXO_API uint32_t mlox_floor_log2(uint32_t x);
 VEXO_API uint32_t mlox_bsr_clz_in_code(uint32_t x);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_BITSTREAM_H */

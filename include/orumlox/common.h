@@ -10,8 +10,7 @@
  * Pointers of empty planes may be null. Strides may be negative but for the
  * destination of vexo_padding.
  */
-#ifndef ORUMLOX_COMMON_H
-#define ORUMLOX_COMMON_H
+#pragma once
 
 #include "img.h"
 
@@ -116,5 +115,3 @@ VEXO_API int32_t vexo_crop(const vexo_img *src, const vexo_img *dst);
 VEXO_API int32_t vexo_padding(const vexo_img *src, const vexo_img *dst);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_COMMON_H */

@@ -7,8 +7,7 @@
  * All calls are re-entrant, allocate nothing and keep no state; calls that
  * share a destination are the caller's to serialise.
  */
-#ifndef ORUMLOX_CSC_H
-#define ORUMLOX_CSC_H
+#pragma once
 
 #include "csc_kernels.h"
 #include "csc_layout.h"
@@ -68,5 +67,3 @@ VEXO_API int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst);
 VEXO_API int32_t vexo_csc_bt709_fr(const vexo_img *src, const vexo_img *dst);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_CSC_H */

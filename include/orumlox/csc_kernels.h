@@ -3,8 +3,7 @@
  * The conversion kernels between YUV and RGB, and between RGB layouts. vexo_csc
  * (csc.h) finds the right one; this is for callers who know it.
  */
-#ifndef ORUMLOX_CSC_KERNELS_H
-#define ORUMLOX_CSC_KERNELS_H
+#pragma once
 
 #include "base.h"
 
@@ -297,5 +296,3 @@ VEXO_API vexo_csc_kernel vexo_csc_rgb888_to_rgb565;
 VEXO_API vexo_csc_kernel vexo_csc_rgb565_to_rgba8888;
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_CSC_KERNELS_H */

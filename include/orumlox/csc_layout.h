@@ -9,8 +9,7 @@
  * but for the destination's chroma of vexo_csc_nv21_to_nv12 and
  * vexo_csc_swap_8byte8.
  */
-#ifndef ORUMLOX_CSC_LAYOUT_H
-#define ORUMLOX_CSC_LAYOUT_H
+#pragma once
 
 #include "csc_kernels.h"
 
@@ -216,5 +215,3 @@ VEXO_API vexo_csc_kernel vexo_csc_t16x16_to_nv12;
 VEXO_API vexo_csc_kernel vexo_csc_yuv420_to_t64x32;
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_CSC_LAYOUT_H */

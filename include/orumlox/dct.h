@@ -35,8 +35,7 @@
  * NV12 and NV21 pictures (vexo_rsz_new), RGBA8888 pictures
  * (vexo_rsz_new_rgba8888), and thumbnails (vexo_txc_new), scaled and turned.
  */
-#ifndef ORUMLOX_DCT_H
-#define ORUMLOX_DCT_H
+#pragma once
 
 #include <semaphore.h>
 
@@ -412,5 +411,3 @@ VEXO_API void *vexo_new_rsz_thread_prsz_4_rgba8888(void *worker);
 VEXO_API void *vexo_new_rsz_thread_prsz_4_rgba8888_1(void *worker);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_DCT_H */

@@ -48,8 +48,7 @@
  * Android diagnostic lines go to the log, with the tag "VEXO_HDR" and info
  * priority.
  */
-#ifndef ORUMLOX_HDR_H
-#define ORUMLOX_HDR_H
+#pragma once
 
 #include <pthread.h>
 
@@ -211,5 +210,3 @@ VEXO_API int32_t _vexo_hdr10_to_sdr8(const vexo_hdr_context *context,
 VEXO_API void *thread_vexo_hdr10_to_sdr8(void *worker);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_HDR_H */

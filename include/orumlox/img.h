@@ -2,8 +2,7 @@
 /*
  * The image descriptor and the format codes that every image call shares.
  */
-#ifndef ORUMLOX_IMG_H
-#define ORUMLOX_IMG_H
+#pragma once
 
 #include "base.h"
 
@@ -129,5 +128,3 @@ VEXO_STATIC_ASSERT(offsetof(vexo_img, mode) == 116, "mode");
 VEXO_STATIC_ASSERT(offsetof(vexo_img, source_nit) == 120, "source_nit");
 VEXO_STATIC_ASSERT(sizeof(vexo_img) == 124, "vexo_img");
 #endif
-
-#endif /* ORUMLOX_IMG_H */

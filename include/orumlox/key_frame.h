@@ -2,8 +2,7 @@
 /*
  * Which compressed video frames are key frames.
  */
-#ifndef ORUMLOX_KEY_FRAME_H
-#define ORUMLOX_KEY_FRAME_H
+#pragma once
 
 #include "base.h"
 
@@ -45,5 +44,3 @@ VEXO_API int32_t mlox_is_vkeyfrm(uint32_t type, const uint8_t *data,
                                  int32_t length);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_KEY_FRAME_H */

@@ -7,8 +7,7 @@
  * Matching is exact and case-sensitive. All calls are re-entrant and cannot
  * fail.
  */
-#ifndef ORUMLOX_MEDIA_TYPE_H
-#define ORUMLOX_MEDIA_TYPE_H
+#pragma once
 
 #include "base.h"
 
@@ -131,5 +130,3 @@ VEXO_API int32_t mlox_fcc2mt_sub(int32_t fourcc);
 VEXO_API int32_t mlox_fcc2mt(int32_t fourcc_or_tag);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_MEDIA_TYPE_H */

@@ -1,8 +1,7 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /* Every public header of the library. Names without its prefixes are declared
  * when ORUMLOX_UNPREFIXED is defined before. */
-#ifndef ORUMLOX_ORUMLOX_H
-#define ORUMLOX_ORUMLOX_H
+#pragma once
 
 #include "base.h"
 #include "bitstream.h"
@@ -20,5 +19,3 @@
 #if defined(ORUMLOX_UNPREFIXED)
 #include "unprefixed.h"
 #endif
-
-#endif /* ORUMLOX_ORUMLOX_H */

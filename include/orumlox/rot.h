@@ -7,8 +7,7 @@
  * destination, each plane exactly as large as the source's after the turn.
  * Strides may be negative; planes with a size below 1 may be null.
  */
-#ifndef ORUMLOX_ROT_H
-#define ORUMLOX_ROT_H
+#pragma once
 
 #include "common.h"
 #include "img.h"
@@ -85,5 +84,3 @@ VEXO_API extern vexo_rot_kernel *const vexo_tbl_fn_rot_24b[6];
 VEXO_API extern vexo_rot_kernel *const vexo_tbl_fn_rot_32b[6];
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_ROT_H */

@@ -9,8 +9,7 @@
  * rows, and each plane is as large as its own width and height say. Strides may
  * be negative. Planes whose sizes are refused or below 1 may be null.
  */
-#ifndef ORUMLOX_RSZ_H
-#define ORUMLOX_RSZ_H
+#pragma once
 
 #include "img.h"
 #include "rsz_kernels.h"
@@ -135,5 +134,3 @@ VEXO_API void vexo_rsz_8b_org(const uint8_t *src, int32_t src_stride,
 VEXO_API extern const uint8_t vexo_tbl_rsz_weight[64][4];
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_RSZ_H */

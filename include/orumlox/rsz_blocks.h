@@ -14,8 +14,7 @@
  * overlap, the bytes of the outputs are computed and written one after the
  * other, row by row from the left.
  */
-#ifndef ORUMLOX_RSZ_BLOCKS_H
-#define ORUMLOX_RSZ_BLOCKS_H
+#pragma once
 
 #include "base.h"
 
@@ -84,5 +83,3 @@ VEXO_API vexo_rsz_strided_block_kernel vexo_8b_rsz_down_4x4_non_dct;
 VEXO_API vexo_rsz_strided_block_kernel vexo_8b8b_rsz_down_4x4_non_dct;
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_RSZ_BLOCKS_H */

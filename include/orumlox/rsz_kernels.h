@@ -38,8 +38,7 @@
  *     (no formula gives it: 4 at 14, 3 at 17). k w may exceed 64 in segments
  *     longer than 64; of 5b6b5b the component's own low bits are kept then.
  */
-#ifndef ORUMLOX_RSZ_KERNELS_H
-#define ORUMLOX_RSZ_KERNELS_H
+#pragma once
 
 #include "base.h"
 
@@ -182,5 +181,3 @@ VEXO_API vexo_rsz_kernel vexo_8b8b_rsz_rot_180_up_mode1;
 VEXO_API vexo_rsz_kernel vexo_8b8b_rsz_rot_180_up_h_mode1;
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_RSZ_KERNELS_H */

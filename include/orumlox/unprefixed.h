@@ -7,8 +7,7 @@
  * orumlox.h includes them when ORUMLOX_UNPREFIXED is defined before it. The
  * library works the same whatever a program calls by these names.
  */
-#ifndef ORUMLOX_UNPREFIXED_H
-#define ORUMLOX_UNPREFIXED_H
+#pragma once
 
 #include "dct.h"
 #include "hdr.h"
@@ -145,5 +144,3 @@ VEXO_API void detail_enh(const uint8_t *src, int32_t width, int32_t height,
                          uint8_t *dst, int32_t strength);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_UNPREFIXED_H */

@@ -11,8 +11,7 @@
  * All calls but vexo_vqe_cs_init keep no state and are re-entrant, on planes of
  * their own. Nothing is allocated, no thread started.
  */
-#ifndef ORUMLOX_VQE_H
-#define ORUMLOX_VQE_H
+#pragma once
 
 #include "img.h"
 
@@ -125,5 +124,3 @@ VEXO_API int32_t vexo_fpa(const vexo_img *src, const vexo_img *dst,
                           int32_t mode);
 
 VEXO_END_DECLS
-
-#endif /* ORUMLOX_VQE_H */

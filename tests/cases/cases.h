@@ -2,8 +2,7 @@
 // Cases: one call of an exported function on a picture that a source of numbers
 // makes up. The same cases serve the fuzz targets, whose numbers are an input's
 // bytes, the table of hashes and the soak, whose numbers follow from a seed.
-#ifndef ORUMLOX_TESTS_CASES_CASES_H
-#define ORUMLOX_TESTS_CASES_CASES_H
+#pragma once
 
 #include <orumlox/img.h>
 
@@ -160,5 +159,3 @@ LOX_FOR_EACH_FAMILY(LOX_DECLARE_FAMILY)
 #undef LOX_DECLARE_FAMILY
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_CASES_CASES_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Cases of the conversion kernels, whose names say what they convert.
-#ifndef ORUMLOX_TESTS_CASES_CONVERSION_H
-#define ORUMLOX_TESTS_CASES_CONVERSION_H
+#pragma once
 
 #include "cases/cases.h"
 #include "support/conversion_name.h"
@@ -23,5 +22,3 @@ void set_pictures(const Conversion &conversion, int32_t width, int32_t height,
 void conversion(const Function &function, Source &source, Sink &sink);
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_CASES_CONVERSION_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Colour conversion pixel by pixel and written for plainness: a table of YUV
 // layouts, one of RGB layouts, and the arithmetic from YUV to RGB.
-#ifndef ORUMLOX_TESTS_REFERENCE_CSC_MODEL_H
-#define ORUMLOX_TESTS_REFERENCE_CSC_MODEL_H
+#pragma once
 
 #include <orumlox/csc.h>
 
@@ -272,5 +271,3 @@ inline std::vector<Conversion> layout_routes() {
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_CSC_MODEL_H

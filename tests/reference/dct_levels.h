@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Scaling by the portable form and at the level of the test.
-#ifndef ORUMLOX_TESTS_REFERENCE_DCT_LEVELS_H
-#define ORUMLOX_TESTS_REFERENCE_DCT_LEVELS_H
+#pragma once
 
 #include "common/isa.h"
 #include "dct_pictures.h"
@@ -50,5 +49,3 @@ class Dct : public DctPictures {
 };
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_DCT_LEVELS_H

@@ -2,8 +2,7 @@
 // Scaling in the domain of the cosine transform, written for plainness: how a
 // direction is cut into blocks, what becomes of a block in doubles, block means
 // sample by sample, and the bytes of a destination.
-#ifndef ORUMLOX_TESTS_REFERENCE_DCT_MODEL_H
-#define ORUMLOX_TESTS_REFERENCE_DCT_MODEL_H
+#pragma once
 
 #include <orumlox/dct.h>
 
@@ -345,5 +344,3 @@ inline void draw(const Plan &plan, const vexo_img &src, const vexo_img &dst,
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_DCT_MODEL_H

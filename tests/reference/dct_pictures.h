@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Pictures to scale, their planes beside inaccessible pages and filled beyond
 // the picture too, and how near the model what comes of them is.
-#ifndef ORUMLOX_TESTS_REFERENCE_DCT_PICTURES_H
-#define ORUMLOX_TESTS_REFERENCE_DCT_PICTURES_H
+#pragma once
 
 #include <cstdlib>
 #include <cstring>
@@ -192,5 +191,3 @@ class DctPictures : public SeededTest {
 };
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_DCT_PICTURES_H

@@ -2,8 +2,7 @@
 // Memory and threads that cannot be had, and what is held of them. For one file
 // of a program that the linker is given --wrap for: malloc, calloc, free,
 // pthread_create, pthread_join.
-#ifndef ORUMLOX_TESTS_REFERENCE_FAULTS_H
-#define ORUMLOX_TESTS_REFERENCE_FAULTS_H
+#pragma once
 
 #include <pthread.h>
 
@@ -55,5 +54,3 @@ int __wrap_pthread_join(pthread_t thread, void **result) {
   return __real_pthread_join(thread, result);
 }
 }
-
-#endif  // ORUMLOX_TESTS_REFERENCE_FAULTS_H

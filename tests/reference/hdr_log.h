@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A stand-in for the Android log that keeps all lines. One unit of a program
 // includes it.
-#ifndef ORUMLOX_TESTS_REFERENCE_HDR_LOG_H
-#define ORUMLOX_TESTS_REFERENCE_HDR_LOG_H
+#pragma once
 
 #include <cstdarg>
 #include <cstdio>
@@ -32,5 +31,3 @@ extern "C" __attribute__((format(printf, 3, 4))) int __android_log_print(
   lox_test::log_lines.emplace_back(line);
   return 1;
 }
-
-#endif  // ORUMLOX_TESTS_REFERENCE_HDR_LOG_H

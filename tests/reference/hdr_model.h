@@ -2,8 +2,7 @@
 // Tone mapping pixel by pixel, written for plainness: the context in doubles, a
 // pixel's way through its tables, and every byte of a picture in the order of
 // writing.
-#ifndef ORUMLOX_TESTS_REFERENCE_HDR_MODEL_H
-#define ORUMLOX_TESTS_REFERENCE_HDR_MODEL_H
+#pragma once
 
 #include <orumlox/hdr.h>
 
@@ -244,5 +243,3 @@ inline std::vector<Write> picture(const vexo_hdr_context &c) {
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_HDR_MODEL_H

@@ -2,8 +2,7 @@
 // Pictures to tone map: sources beside inaccessible pages, destinations of
 // exactly the bytes that the model writes, and every call that maps a whole
 // one.
-#ifndef ORUMLOX_TESTS_REFERENCE_HDR_PICTURES_H
-#define ORUMLOX_TESTS_REFERENCE_HDR_PICTURES_H
+#pragma once
 
 #include <algorithm>
 #include <cstring>
@@ -178,5 +177,3 @@ class HdrPictures : public SeededTest {
 };
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_HDR_PICTURES_H

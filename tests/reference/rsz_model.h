@@ -2,8 +2,7 @@
 // Scaling and turning sample by sample, written for plainness: types of samples
 // as runs of bits, where each output comes from along one direction, and the
 // roles that are made of that.
-#ifndef ORUMLOX_TESTS_REFERENCE_RSZ_MODEL_H
-#define ORUMLOX_TESTS_REFERENCE_RSZ_MODEL_H
+#pragma once
 
 #include <algorithm>
 #include <cstdint>
@@ -281,5 +280,3 @@ inline Picture turned(const Picture &p, uint32_t rotation) {
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_REFERENCE_RSZ_MODEL_H

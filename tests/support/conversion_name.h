@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the name of a conversion says: vexo_csc_[STANDARD_]FROM_to_TO.
-#ifndef ORUMLOX_TESTS_SUPPORT_CONVERSION_NAME_H
-#define ORUMLOX_TESTS_SUPPORT_CONVERSION_NAME_H
+#pragma once
 
 #include <orumlox/img.h>
 
@@ -73,5 +72,3 @@ inline ConversionName parse_conversion(std::string_view name) {
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_CONVERSION_NAME_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The least planes of each format, as the public headers state them: buffers of
 // these sizes, and not a byte more, are all that a call may touch.
-#ifndef ORUMLOX_TESTS_SUPPORT_EXACT_SIZES_H
-#define ORUMLOX_TESTS_SUPPORT_EXACT_SIZES_H
+#pragma once
 
 #include <array>
 #include <cstdint>
@@ -279,5 +278,3 @@ inline ExactImage exact_hdr_destination(int32_t format, int32_t width,
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_EXACT_SIZES_H

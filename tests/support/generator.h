@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Numbers that are the same in every run and on every target.
-#ifndef ORUMLOX_TESTS_SUPPORT_GENERATOR_H
-#define ORUMLOX_TESTS_SUPPORT_GENERATOR_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -54,5 +53,3 @@ class Random {
 };
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_GENERATOR_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Memory that touches an inaccessible page, so that one byte read or written
 // beyond it ends the test, and whose other neighbours are watched.
-#ifndef ORUMLOX_TESTS_SUPPORT_GUARDED_BUFFER_H
-#define ORUMLOX_TESTS_SUPPORT_GUARDED_BUFFER_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -54,5 +53,3 @@ testing::AssertionResult holds(const GuardedBuffer &buffer,
                                const std::vector<uint8_t> &expected);
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_GUARDED_BUFFER_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // An image descriptor whose planes lie in guarded buffers, and the plain way
 // to move rows from plane to plane.
-#ifndef ORUMLOX_TESTS_SUPPORT_IMAGE_H
-#define ORUMLOX_TESTS_SUPPORT_IMAGE_H
+#pragma once
 
 #include <orumlox/img.h>
 
@@ -77,5 +76,3 @@ inline testing::AssertionResult holds(const TestImage &image,
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_IMAGE_H

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every exported kernel by name, and what the names of conversions say.
-#ifndef ORUMLOX_TESTS_SUPPORT_KERNELS_H
-#define ORUMLOX_TESTS_SUPPORT_KERNELS_H
+#pragma once
 
 #include <orumlox/orumlox.h>
 
@@ -60,5 +59,3 @@ std::vector<Conversion> conversions_that(Wanted wanted) {
 }
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_KERNELS_H

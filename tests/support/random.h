@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The tests whose data come from a generator.
-#ifndef ORUMLOX_TESTS_SUPPORT_RANDOM_H
-#define ORUMLOX_TESTS_SUPPORT_RANDOM_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -31,5 +30,3 @@ class SeededTest : public testing::Test {
 };
 
 }  // namespace lox_test
-
-#endif  // ORUMLOX_TESTS_SUPPORT_RANDOM_H
