@@ -12,11 +12,11 @@ find_package(Threads REQUIRED)
 
 set(ORUMLOX_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,undefined")
 if(ORUMLOX_SANITIZE)
-  add_compile_options(-fsanitize=${ORUMLOX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${ORUMLOX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${ORUMLOX_SANITIZE})
 endif()
 
-# For scripts/coverage.sh.
+# What scripts/coverage.sh prints.
 option(ORUMLOX_COVERAGE "Count the lines and branches that run, with clang" OFF)
 if(ORUMLOX_COVERAGE)
   add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
@@ -32,16 +32,13 @@ if(ORUMLOX_WERROR)
   target_compile_options(orumlox_warnings INTERFACE -Werror)
 endif()
 
-# With these sanitizers, and where what ran is counted, row kernels and tests
-# would take minutes to optimise further.
+# With these sanitizers row kernels and tests would take minutes to optimise
+# further.
 set(optimisation -O3)
 if(ORUMLOX_SANITIZE MATCHES "address|memory")
   set(optimisation -O1)
   set(CMAKE_C_FLAGS_RELEASE "-O1 -DNDEBUG")
   set(CMAKE_CXX_FLAGS_RELEASE "-O1 -DNDEBUG")
-endif()
-if(ORUMLOX_COVERAGE)
-  set(optimisation -O1)
 endif()
 set(ORUMLOX_OPTIMISATION ${optimisation} CACHE STRING
   "The library's level of optimisation; bytes do not depend on it")

@@ -1,13 +1,17 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 #
-# Checks the formatting of all C and C++ and runs clang-tidy over the library
-# and its tool.
+# Checks the formatting of all C and C++, the library's structure, the documents,
+# what part of the code tests are, and runs clang-tidy over the library and its
+# tool.
 set -eu
 
 cd "$(dirname "$0")/.."
 git ls-files '*.c' '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
 echo "Formatting is clean."
+scripts/structure.py --check
+scripts/documents.sh
+scripts/tests_share.sh
 
 build=build/lint
 mkdir -p "$build"

@@ -5,7 +5,8 @@
 #   scripts/test.sh [PRESET...]
 # without arguments the format and lint checks and these presets:
 #   x86_64             GCC, the tool, every test at each instruction set
-#   x86_64-clang-asan  address and undefined-behaviour sanitizers
+#   x86_64-clang-asan  address and undefined-behaviour sanitizers; then what
+#                      part of the library the tests have run, by file
 #   x86_64-tsan        the thread sanitizer, for the tests that have threads
 #   x86_64-msan        the memory sanitizer, for programs of their own
 #   i386               GCC
@@ -23,7 +24,7 @@ set -eu
 cd "$(dirname "$0")/.."
 # shellcheck source=scripts/packages.sh
 . scripts/packages.sh
-need g++ clang libclang-rt-14-dev clang-format clang-tidy cmake ninja-build \
+need g++ clang llvm-14 libclang-rt-14-dev clang-format clang-tidy cloc python3-minimal cmake ninja-build \
   googletest libcli11-dev libpng-dev zlib1g-dev qemu-user ffmpeg zip unzip \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu
 
@@ -67,7 +68,10 @@ for preset in "$@"; do
       mkdir -p /data/local/tmp
       ;;
   esac
-  ctest --preset "$preset" -j "$jobs"
+  rm -rf "build/$preset/profiles"
+  LLVM_PROFILE_FILE=$PWD/build/$preset/profiles/%4m.profraw \
+    ctest --preset "$preset" -j "$jobs"
+  if [ "$preset" = x86_64-clang-asan ]; then scripts/coverage.sh; fi
 done
 case " $* " in
   *' android-armeabi-v7a android-arm64-v8a android-x86 android-x86_64 '*)
