@@ -27,7 +27,7 @@ void set_streaming(bool on);
 // than the second-level cache: lines are then fetched some way ahead of being
 // written. Measured on Intel: a sixth less time where memory is the limit,
 // nothing lost where the third-level cache is.
-constexpr size_t kFar = size_t{3} << 19;
+constexpr size_t kFetchAheadFrom = size_t{3} << 19;
 
 // From this many bytes on, a copy does not gain from the widest registers.
 constexpr size_t kLongCopy = size_t{16} << 10;

@@ -52,7 +52,7 @@ void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
   const CopyRows &kernels = copy_rows();
   // Longer rows go by their own length, whatever their number.
   const bool far = row_bytes < int64_t{kBeyondCaches} &&
-                   row_bytes * rows >= int64_t{kFar / 2};
+                   row_bytes * rows >= int64_t{kFetchAheadFrom / 2};
   const auto copy = far ? kernels.copy_far : kernels.copy;
   for (;;) {
     copy(dst, src, static_cast<size_t>(row_bytes));

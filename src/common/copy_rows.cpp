@@ -40,7 +40,7 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) {
     copy_vectors<Narrow>(dst, src, n);
   } else if (n < kLongCopy) {
     copy_vectors<Wide>(dst, src, n);
-  } else if (n < kFar / 2) {
+  } else if (n < kFetchAheadFrom / 2) {
     copy_vectors<Far>(dst, src, n);
   } else {
     copy_vectors<Far, true>(dst, src, n);

@@ -24,7 +24,8 @@ constexpr int kSteps = 2;
 // written: with lines fetched ahead when that is far from the nearer caches.
 template <size_t kBytes, class Kernel>
 LOX_INLINE ptrdiff_t near_or_far(ptrdiff_t n, Kernel kernel) {
-  if (Far::kAhead != 0 && n >= static_cast<ptrdiff_t>(kFar / (2 * kBytes))) {
+  if (Far::kAhead != 0 &&
+      n >= static_cast<ptrdiff_t>(kFetchAheadFrom / (2 * kBytes))) {
     kernel.template operator()<Far, true>();
     return n;
   }
@@ -34,7 +35,8 @@ LOX_INLINE ptrdiff_t near_or_far(ptrdiff_t n, Kernel kernel) {
 }
 #endif
 
-void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
+void deinterleave(const uint8_t *src, uint8_t *even, uint8_t *odd,
+                  ptrdiff_t n) {
   const ptrdiff_t pairs = n / 2;
   ptrdiff_t i = 0;
 #if LOX_VECTORS
@@ -70,7 +72,8 @@ void split(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n) {
   if (n % 2 != 0) even[pairs] = src[2 * pairs];
 }
 
-void merge(const uint8_t *even, const uint8_t *odd, uint8_t *dst, ptrdiff_t n) {
+void interleave(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
+                ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   i = near_or_far<2>(n, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
@@ -109,7 +112,7 @@ using PlanesOf = X86Planes<typename V::R>;
 #endif
 #endif
 
-void split4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
+void deinterleave4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   // Rows of large pictures are not long: lines are always fetched ahead, which
@@ -142,7 +145,7 @@ void split4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
   }
 }
 
-void merge4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
+void interleave4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
@@ -199,7 +202,7 @@ void even(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   if (n % 2 != 0) dst[pairs] = src[2 * pairs];
 }
 
-void words_by_4(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
+void narrow_10_to_8(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   i = make_bytes(src, dst, n,
@@ -230,7 +233,8 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
     i = n - n % kPairs;
   };
   // As little work as a copy.
-  if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) && 4 * n < ptrdiff_t{kFar}) {
+  if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) &&
+      4 * n < ptrdiff_t{kFetchAheadFrom}) {
     kernel.template operator()<Far, false>();
   } else {
     near_or_far<1>(2 * n, kernel);
@@ -280,13 +284,13 @@ void yuyv(const uint8_t *src, uint8_t *y, uint8_t *u, uint8_t *v,
 }  // namespace
 
 constinit const LayoutRows layout_rows = {
-    .split = split,
+    .deinterleave = deinterleave,
     .even = even,
-    .merge = merge,
-    .split4 = split4,
-    .merge4 = merge4,
+    .interleave = interleave,
+    .deinterleave4 = deinterleave4,
+    .interleave4 = interleave4,
     .swap = swap,
-    .words_by_4 = words_by_4,
+    .narrow_10_to_8 = narrow_10_to_8,
     .yuyv = yuyv<false>,
     .yuyv_average = yuyv<true>,
 };

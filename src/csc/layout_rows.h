@@ -15,20 +15,22 @@ namespace lox {
 // not overlap unless said.
 struct LayoutRows {
   // The even and the odd ones of n bytes; of an odd n the last is even.
-  void (*split)(const uint8_t *src, uint8_t *even, uint8_t *odd, ptrdiff_t n);
+  void (*deinterleave)(const uint8_t *src, uint8_t *even, uint8_t *odd,
+                       ptrdiff_t n);
   // The even ones of n bytes.
   void (*even)(const uint8_t *src, uint8_t *dst, ptrdiff_t n);
   // n bytes of each in turn.
-  void (*merge)(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
-                ptrdiff_t n);
+  void (*interleave)(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
+                     ptrdiff_t n);
   // Byte k of n groups of four to planes[k], unless that is null; and back,
   // with 255 for a null plane.
-  void (*split4)(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n);
-  void (*merge4)(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n);
+  void (*deinterleave4)(const uint8_t *src, uint8_t *const *planes,
+                        ptrdiff_t n);
+  void (*interleave4)(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n);
   // n pairs with their bytes exchanged; dst may be src.
   void (*swap)(const uint8_t *src, uint8_t *dst, ptrdiff_t n);
   // n little-endian words shifted right by 2; their low bytes.
-  void (*words_by_4)(const uint8_t *src, uint8_t *dst, ptrdiff_t n);
+  void (*narrow_10_to_8)(const uint8_t *src, uint8_t *dst, ptrdiff_t n);
   // Luma, U and V of `width` pixels of packed 4:2:2 with luma first; the U and
   // V of an odd last pixel too.
   void (*yuyv)(const uint8_t *src, uint8_t *y, uint8_t *u, uint8_t *v,

@@ -32,16 +32,16 @@ struct RgbToYuvRow {
 using RgbToYuvFn = void (*)(const RgbToYuvRow &row, ptrdiff_t width);
 using RgbToRgbFn = void (*)(const uint8_t *src, uint8_t *dst, ptrdiff_t width);
 
-struct RgbToYuvForms {
+struct RgbToYuvKernels {
   RgbToYuvFn luma;
   RgbToYuvFn luma_and_chroma[kChromaKinds];
 };
 
 struct RgbRows {
-  RgbToYuvForms to_yuv[kRgbLayouts];
+  RgbToYuvKernels to_yuv[kRgbLayouts];
   // Other standards, from RGBA8888.
-  RgbToYuvForms bt601_full;
-  RgbToYuvForms bt709;
+  RgbToYuvKernels bt601_full;
+  RgbToYuvKernels bt709;
   // A U and a V for each pixel.
   RgbToYuvFn rgba8888_to_yuv444;
   RgbToYuvFn argb8888_to_yuv444;

@@ -23,7 +23,7 @@ constexpr ChromaPlanes kYv12 = {kChromaPlanes, 2, 1};
 constexpr ChromaPlanes kNv12 = {kChromaUv, 1, 1};
 constexpr ChromaPlanes kNv21 = {kChromaVu, 1, 1};
 
-void rgb_to_yuv(const RgbToYuvForms &forms, const ChromaPlanes &chroma,
+void rgb_to_yuv(const RgbToYuvKernels &forms, const ChromaPlanes &chroma,
                 const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];

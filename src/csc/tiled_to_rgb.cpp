@@ -16,7 +16,7 @@ namespace {
 
 struct Tiled {
   TilePlane luma, chroma;
-  const YuvToRgbForms &forms;
+  const YuvToRgbKernels &forms;
   RgbLayout layout;
   const KernelArgs &args;
 

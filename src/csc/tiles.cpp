@@ -46,7 +46,7 @@ void copy_to_tiles(const TilePlane &plane, const uint8_t *src,
 // Pairs taken apart; an odd last byte is a U.
 void split_tiles(const TilePlane &plane, int tile_rows, const uint8_t *src,
                  int32_t stride_u, uint8_t *u, int32_t stride_v, uint8_t *v) {
-  const auto split = layout_rows().split;
+  const auto deinterleave = layout_rows().deinterleave;
   StripReader reader(plane, src);
   // As a plane of tiles as wide as strips.
   const TilePlane strips(plane.width(), plane.height(),
@@ -54,8 +54,8 @@ void split_tiles(const TilePlane &plane, int tile_rows, const uint8_t *src,
   strips.for_tiles([&](int32_t x, int32_t y, int32_t bytes, int32_t rows) {
     const StripReader::View view = reader.view(x, y, bytes, rows);
     for (int32_t row = 0; row < rows; ++row) {
-      split(view.row(row), u + ptrdiff_t{y + row} * stride_u + x / 2,
-            v + ptrdiff_t{y + row} * stride_v + x / 2, bytes);
+      deinterleave(view.row(row), u + ptrdiff_t{y + row} * stride_u + x / 2,
+                   v + ptrdiff_t{y + row} * stride_v + x / 2, bytes);
     }
   });
 }
@@ -163,7 +163,7 @@ void vexo_csc_yuv420_to_t64x32(LOX_PARAMETERS) {
   lox::csc::copy_to_tiles(luma, src_plane[0], src_stride[0], dst_plane[0]);
 
   const TilePlane chroma = lox::csc::chroma_of(lox::csc::kT64x32, args);
-  const auto merge = lox::layout_rows().merge;
+  const auto interleave = lox::layout_rows().interleave;
   // The picture may have more chroma than the source has samples.
   const int64_t samples = int64_t{2} * src_width[1];
   const int32_t width =
@@ -176,7 +176,7 @@ void vexo_csc_yuv420_to_t64x32(LOX_PARAMETERS) {
       const uint8_t *const u = args.src(1, y + row) + x / 2;
       const uint8_t *const v = args.src(2, y + row) + x / 2;
       uint8_t *const to = tile + ptrdiff_t{row} * chroma.tile_width();
-      merge(u, v, to, bytes / 2);
+      interleave(u, v, to, bytes / 2);
       if (bytes % 2 != 0) to[bytes - 1] = u[bytes / 2];
     }
   });

@@ -43,15 +43,15 @@ void split_rows(const uint8_t *src, int64_t bytes, int32_t height,
                 int32_t src_stride, int32_t stride_a, int32_t stride_b,
                 uint8_t *a, uint8_t *b) {
   if (bytes < 1 || height < 1) return;
-  const auto split = layout_rows().split;
+  const auto deinterleave = layout_rows().deinterleave;
   if (bytes % 2 == 0 && src_stride == bytes && stride_a == bytes / 2 &&
       stride_b == bytes / 2) {
-    split(src, a, b, static_cast<ptrdiff_t>(bytes) * height);
+    deinterleave(src, a, b, static_cast<ptrdiff_t>(bytes) * height);
     return;
   }
   for (ptrdiff_t row = 0; row < height; ++row) {
-    split(src + row * src_stride, a + row * stride_a, b + row * stride_b,
-          static_cast<ptrdiff_t>(bytes));
+    deinterleave(src + row * src_stride, a + row * stride_a, b + row * stride_b,
+                 static_cast<ptrdiff_t>(bytes));
   }
 }
 
@@ -190,15 +190,15 @@ void vexo_csc_8b8b_pck(const uint8_t *src_a, const uint8_t *src_b,
                        int32_t width, int32_t height, int32_t src_stride_a,
                        int32_t src_stride_b, int32_t dst_stride, uint8_t *dst) {
   if (width < 1 || height < 1) return;
-  const auto merge = lox::layout_rows().merge;
+  const auto interleave = lox::layout_rows().interleave;
   if (src_stride_a == width && src_stride_b == width &&
       dst_stride == int64_t{2} * width) {
-    merge(src_a, src_b, dst, ptrdiff_t{width} * height);
+    interleave(src_a, src_b, dst, ptrdiff_t{width} * height);
     return;
   }
   for (ptrdiff_t row = 0; row < height; ++row) {
-    merge(src_a + row * src_stride_a, src_b + row * src_stride_b,
-          dst + row * dst_stride, width);
+    interleave(src_a + row * src_stride_a, src_b + row * src_stride_b,
+               dst + row * dst_stride, width);
   }
 }
 
@@ -214,7 +214,7 @@ void vexo_csc_8b8b8b8b_unpack(const uint8_t *src, int32_t width, int32_t height,
   for (ptrdiff_t row = 0; row < height; ++row) {
     uint8_t *rows[4];
     lox::csc::rows_of(planes, strides, row, rows);
-    lox::layout_rows().split4(src + row * src_stride, rows, width);
+    lox::layout_rows().deinterleave4(src + row * src_stride, rows, width);
   }
 }
 
@@ -231,7 +231,7 @@ void vexo_csc_8b8b8b8b_pack(uint8_t *dst, int32_t width, int32_t height,
   for (ptrdiff_t row = 0; row < height; ++row) {
     const uint8_t *rows[4];
     lox::csc::rows_of(planes, strides, row, rows);
-    lox::layout_rows().merge4(rows, dst + row * dst_stride, width);
+    lox::layout_rows().interleave4(rows, dst + row * dst_stride, width);
   }
 }
 
@@ -306,11 +306,12 @@ void vexo_csc_yuyv_to_yuv420(LOX_PARAMETERS) {
 
 void vexo_csc_yuv420Planar16_to_yuv420Planar(LOX_PARAMETERS) {
   const lox::csc::KernelArgs args = LOX_ARGUMENTS;
-  const auto words_by_4 = lox::layout_rows().words_by_4;
+  const auto narrow_10_to_8 = lox::layout_rows().narrow_10_to_8;
   for (int plane = 0; plane < 3; ++plane) {
     if (args.empty(plane)) continue;
     for (int32_t row = 0; row < src_height[plane]; ++row) {
-      words_by_4(args.src(plane, row), args.dst(plane, row), src_width[plane]);
+      narrow_10_to_8(args.src(plane, row), args.dst(plane, row),
+                     src_width[plane]);
     }
   }
 }

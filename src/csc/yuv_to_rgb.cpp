@@ -23,10 +23,10 @@ Writing writing_of(RgbLayout layout, const KernelArgs &args) {
       reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
       static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
   // A YUV pixel has one and a half or two bytes.
-  return {stream, bytes + 2 * pixels >= kFar};
+  return {stream, bytes + 2 * pixels >= kFetchAheadFrom};
 }
 
-void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
+void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
                 RgbLayout layout, const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];

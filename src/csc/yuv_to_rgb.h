@@ -38,7 +38,7 @@ inline constexpr YuvSource kUyvy = {kRowUyvy, 0, 0, 1, false};
 inline constexpr YuvSource kYuyv = {kRowYuyv, 0, 0, 1, false};
 
 // With the forms of the matrix and the destination for the source's kind.
-void yuv_to_rgb(const YuvSource &source, const YuvToRgbForms &forms,
+void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
                 RgbLayout layout, const KernelArgs &args);
 
 // How a picture is written, as YuvToRgbRows has it: of one that no cache would

@@ -45,19 +45,19 @@ using YuvToRgbFn = void (*)(const YuvToRgbRows &rows, ptrdiff_t width);
 using GreyToRgbFn = void (*)(const uint8_t *y, uint8_t *rgb, ptrdiff_t width);
 
 // Two forms of one conversion; the second is null where rows share no chroma.
-struct YuvToRgbForms {
+struct YuvToRgbKernels {
   YuvToRgbFn one_row, two_rows;
 };
 
 struct CscRows {
-  YuvToRgbForms yuv_to_rgb[kYuvRowKinds][kRgbLayouts];
+  YuvToRgbKernels yuv_to_rgb[kYuvRowKinds][kRgbLayouts];
   // 16-bit samples, of which the high byte counts, in U, V pairs; to RGBA8888.
-  YuvToRgbForms words_to_rgba;
+  YuvToRgbKernels words_to_rgba;
   // Other standards, to RGBA8888. That of BT.601 must be given whole rows: its
   // last columns have a rule of their own.
-  YuvToRgbForms bt601_full[kSharedRowKinds];
-  YuvToRgbForms bt709_planar;
-  YuvToRgbForms bt709_full_planar;
+  YuvToRgbKernels bt601_full[kSharedRowKinds];
+  YuvToRgbKernels bt709_planar;
+  YuvToRgbKernels bt709_full_planar;
   GreyToRgbFn grey_to_rgb565;
   GreyToRgbFn grey_to_rgb888;
   // 0 where there are no streaming stores; end_stream ends a picture of them.

@@ -10,7 +10,7 @@
 
 #include "common/copy.h"
 #include "orumlox/common.h"
-#include "rot/turn_rows.h"
+#include "rot/rotate_rows.h"
 
 namespace lox::rsz {
 
@@ -32,20 +32,20 @@ struct PlaneTurns {
   static void left(const uint8_t *src, int32_t width, int32_t height,
                    int32_t src_stride, int32_t dst_stride, uint8_t *dst) {
     if (width < 1 || height < 1) return;
-    turn_rows().transpose[kUnit - 1](src, src_stride,
-                                     last_row(dst, dst_stride, width),
-                                     upwards(dst_stride), width, height);
+    rotate_rows().transpose[kUnit - 1](src, src_stride,
+                                       last_row(dst, dst_stride, width),
+                                       upwards(dst_stride), width, height);
   }
   static void right(const uint8_t *src, int32_t width, int32_t height,
                     int32_t src_stride, int32_t dst_stride, uint8_t *dst) {
     if (width < 1 || height < 1) return;
-    turn_rows().transpose[kUnit - 1](last_row(src, src_stride, height),
-                                     upwards(src_stride), dst, dst_stride,
-                                     width, height);
+    rotate_rows().transpose[kUnit - 1](last_row(src, src_stride, height),
+                                       upwards(src_stride), dst, dst_stride,
+                                       width, height);
   }
   static void reverse_rows(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                            ptrdiff_t dst_step, int32_t width, int32_t height) {
-    const auto reverse = turn_rows().reverse[kUnit - 1];
+    const auto reverse = rotate_rows().reverse[kUnit - 1];
     for (ptrdiff_t row = 0; row < height; ++row) {
       reverse(src + row * src_step, dst + row * dst_step, width);
     }

@@ -88,10 +88,10 @@ int32_t reduce_words(int32_t unit, const Plane &p) {
   const int64_t down = s.src_height / s.height;
   const int64_t src_step = p.src_stride & ~1;
   const int64_t dst_step = p.dst_stride & ~1;
-  const auto words = scale_rows().words;
+  const auto box16 = scale_rows().box16;
   for (int64_t y = 0; y < s.height; ++y) {
     const uint8_t *const row = p.src + src_step * down * y;
-    words(row, row + src_step, p.dst + dst_step * y, unit, factor, s.width);
+    box16(row, row + src_step, p.dst + dst_step * y, unit, factor, s.width);
   }
   return VEXO_OK;
 }

@@ -10,7 +10,7 @@
 #include <type_traits>
 
 #include "common/copy.h"
-#include "rot/turn_rows.h"
+#include "rot/rotate_rows.h"
 #include "rsz/scale_rows.h"
 
 namespace lox::rsz {
@@ -95,7 +95,7 @@ class HalfTurn {
         step_(job.dst_step),
         last_(job.down.dst - 1),
         count_(c.count),
-        reverse_(turn_rows().reverse[job.type.unit - 1]) {}
+        reverse_(rotate_rows().reverse[job.type.unit - 1]) {}
   uint8_t *to(int32_t) { return line_; }
   void done(int32_t row) {
     reverse_(line_, dst_ + step_ * (last_ - row), count_);
@@ -106,7 +106,7 @@ class HalfTurn {
   int64_t step_;
   int32_t last_;
   int32_t count_;
-  std::remove_extent_t<decltype(TurnRows::reverse)> reverse_;
+  std::remove_extent_t<decltype(RotateRows::reverse)> reverse_;
   alignas(64) uint8_t line_[kTurnedLine];
 };
 
@@ -121,7 +121,7 @@ class QuarterTurn {
         dst_(job.dst + job.dst_step * (left_ ? job.across.dst - 1 - c.first
                                              : int64_t{c.first})),
         step_(static_cast<ptrdiff_t>(left_ ? -job.dst_step : job.dst_step)),
-        transpose_(turn_rows().transpose[job.type.unit - 1]) {}
+        transpose_(rotate_rows().transpose[job.type.unit - 1]) {}
   uint8_t *to(int32_t row) { return block_ + row % kTurnedRows * pitch_; }
   void done(int32_t row) {
     const int32_t rows = row % kTurnedRows + 1;
@@ -146,7 +146,7 @@ class QuarterTurn {
   bool left_;
   uint8_t *dst_;
   ptrdiff_t step_;
-  std::remove_extent_t<decltype(TurnRows::transpose)> transpose_;
+  std::remove_extent_t<decltype(RotateRows::transpose)> transpose_;
   alignas(64) uint8_t block_[ptrdiff_t{kTurnedRows} * kTurnedStrip];
 };
 
@@ -163,11 +163,11 @@ void scale_strip(const ScaleJob &job, const ScaleRows &rows,
     if (step.part == 0) {
       across.put(step, to);
     } else if (job.at_once) {
-      rows.cells(across.source(step.at), across.source(step.at + 1), to,
-                 &columns);
+      rows.box(across.source(step.at), across.source(step.at + 1), to,
+               &columns);
     } else {
-      rows.blend(across.get(step.at), across.get(step.at + 1), to,
-                 across.bytes(), step, mod1);
+      rows.lerp(across.get(step.at), across.get(step.at + 1), to,
+                across.bytes(), step, mod1);
     }
     sink.done(y);
   }

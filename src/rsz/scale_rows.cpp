@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Rows scaled across, blended with each other, or both at once: with what
+// Rows scaled across, interpolated between, or both at once: with what
 // rsz/scale_columns.h has worked out, or by the rule of rsz/scale_rule.h.
 #include "rsz/scale_rows.h"
 
@@ -83,7 +83,7 @@ LOX_INLINE void with_pow2_unit(const Columns *c, Kernel kernel) {
 // Each vector of outputs made from kFactor vectors of a row, or of two, which
 // making it moves over.
 template <class V, int kFactor, class Make>
-LOX_INLINE void for_cells(const uint8_t *row, const uint8_t *below,
+LOX_INLINE void for_boxes(const uint8_t *row, const uint8_t *below,
                           uint8_t *dst, const Columns *c, Make make) {
   const ptrdiff_t start = ptrdiff_t{c->first} * c->unit * kFactor;
   row += start;
@@ -251,8 +251,8 @@ LOX_INLINE void gathered_columns(const uint8_t *row, uint8_t *dst,
 }
 
 template <template <class> class As>
-LOX_INLINE void gathered_cells(const uint8_t *row, const uint8_t *below,
-                               uint8_t *dst, const Columns *c) {
+LOX_INLINE void gathered_box(const uint8_t *row, const uint8_t *below,
+                             uint8_t *dst, const Columns *c) {
   with_type<As>(
       ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
         using V = typename T::Lanes;
@@ -273,10 +273,10 @@ LOX_INLINE void gathered_cells(const uint8_t *row, const uint8_t *below,
       });
 }
 
-// Whether a blend is done by vectors, and does it.
+// Does a lerp by vectors; whether it did.
 template <template <class> class As>
-LOX_INLINE bool blended(const uint8_t *a, const uint8_t *b, uint8_t *dst,
-                        ptrdiff_t n, Step step, bool mod1) {
+LOX_INLINE bool lerp_vectors(const uint8_t *a, const uint8_t *b, uint8_t *dst,
+                             ptrdiff_t n, Step step, bool mod1) {
   if (n < NarrowScale::n || !has_products(step.length, mod1)) return false;
   with_type<As>(n, [&]<class T>(T) LOX_INLINE_LAMBDA {
     const auto rows = [&](auto make) LOX_INLINE_LAMBDA {
@@ -309,7 +309,7 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
   switch (c->form) {
     case kHalve:
       return with_pow2_unit(c, [&]<class V, int kUnit>() LOX_INLINE_LAMBDA {
-        for_cells<V, 2>(
+        for_boxes<V, 2>(
             row, row, dst, c,
             [](const uint8_t *&p, const uint8_t *&) LOX_INLINE_LAMBDA {
               return V::average(V::template take_adjacent<kUnit>(p));
@@ -317,7 +317,7 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
       });
     case kFirstOf4:
       return with_scale(c->count, [&]<class V>(V) LOX_INLINE_LAMBDA {
-        for_cells<V, 4>(
+        for_boxes<V, 4>(
             row, row, dst, c,
             [](const uint8_t *&p, const uint8_t *&) LOX_INLINE_LAMBDA {
               return V::average(V::template take_first_two_of_4<>(p));
@@ -332,12 +332,12 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
   }
 }
 
-LOX_INLINE void cells_vectors(const uint8_t *row, const uint8_t *below,
-                              uint8_t *dst, const Columns *c) {
+LOX_INLINE void box_vectors(const uint8_t *row, const uint8_t *below,
+                            uint8_t *dst, const Columns *c) {
   switch (c->form) {
     case kHalve:
       return with_pow2_unit(c, [&]<class V, int kUnit>() LOX_INLINE_LAMBDA {
-        for_cells<V, 2>(
+        for_boxes<V, 2>(
             row, below, dst, c,
             [](const uint8_t *&p, const uint8_t *&q) LOX_INLINE_LAMBDA {
               return V::mean_of_4(V::template take_adjacent<kUnit>(p),
@@ -346,7 +346,7 @@ LOX_INLINE void cells_vectors(const uint8_t *row, const uint8_t *below,
       });
     case kFirstOf4:
       return with_scale(c->count, [&]<class V>(V) LOX_INLINE_LAMBDA {
-        for_cells<V, 4>(
+        for_boxes<V, 4>(
             row, below, dst, c,
             [](const uint8_t *&p, const uint8_t *&q) LOX_INLINE_LAMBDA {
               return V::mean_of_4(V::template take_first_two_of_4<0>(p),
@@ -354,7 +354,7 @@ LOX_INLINE void cells_vectors(const uint8_t *row, const uint8_t *below,
             });
       });
     default:
-      return gathered_cells<AsBytes>(row, below, dst, c);
+      return gathered_box<AsBytes>(row, below, dst, c);
   }
 }
 #endif
@@ -378,22 +378,22 @@ void columns(const uint8_t *row, uint8_t *dst, const Columns *c) {
   });
 }
 
-void cells(const uint8_t *row, const uint8_t *below, uint8_t *dst,
-           const Columns *c) {
+void box(const uint8_t *row, const uint8_t *below, uint8_t *dst,
+         const Columns *c) {
 #if LOX_VECTORS
-  if (c->form != kRule) return cells_vectors(row, below, dst, c);
+  if (c->form != kRule) return box_vectors(row, below, dst, c);
 #endif
   for_unit(c->unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
-    cells_rule<Samples>(row, below, dst, c);
+    box_rule<Samples>(row, below, dst, c);
   });
 }
 
-void blend(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
-           Step step, bool mod1) {
+void lerp(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
+          Step step, bool mod1) {
 #if LOX_VECTORS
-  if (blended<AsBytes>(a, b, dst, n, step, mod1)) return;
+  if (lerp_vectors<AsBytes>(a, b, dst, n, step, mod1)) return;
 #endif
-  blend_rule<ByteSamples<1>>(a, b, dst, n, step, mod1);
+  lerp_rule<ByteSamples<1>>(a, b, dst, n, step, mod1);
 }
 
 void columns565(const uint8_t *row, uint8_t *dst, const Columns *c) {
@@ -403,20 +403,20 @@ void columns565(const uint8_t *row, uint8_t *dst, const Columns *c) {
   columns_rule<Rgb565Samples>(row, dst, c);
 }
 
-void cells565(const uint8_t *row, const uint8_t *below, uint8_t *dst,
-              const Columns *c) {
+void box565(const uint8_t *row, const uint8_t *below, uint8_t *dst,
+            const Columns *c) {
 #if LOX_VECTORS
-  if (c->form != kRule) return gathered_cells<As565>(row, below, dst, c);
+  if (c->form != kRule) return gathered_box<As565>(row, below, dst, c);
 #endif
-  cells_rule<Rgb565Samples>(row, below, dst, c);
+  box_rule<Rgb565Samples>(row, below, dst, c);
 }
 
-void blend565(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
-              Step step, bool mod1) {
+void lerp565(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
+             Step step, bool mod1) {
 #if LOX_VECTORS
-  if (blended<As565>(a, b, dst, n, step, mod1)) return;
+  if (lerp_vectors<As565>(a, b, dst, n, step, mod1)) return;
 #endif
-  blend_rule<Rgb565Samples>(a, b, dst, n, step, mod1);
+  lerp_rule<Rgb565Samples>(a, b, dst, n, step, mod1);
 }
 
 template <int kUnit>
@@ -457,7 +457,7 @@ LOX_INLINE void reduce_words(const uint8_t *row, const uint8_t *below,
   }
 }
 
-void words(const uint8_t *row, const uint8_t *below, uint8_t *dst, int32_t unit,
+void box16(const uint8_t *row, const uint8_t *below, uint8_t *dst, int32_t unit,
            int32_t factor, ptrdiff_t count) {
   if (unit == 2) {
     reduce_words<2>(row, below, dst, factor, count);
@@ -471,13 +471,13 @@ void words(const uint8_t *row, const uint8_t *below, uint8_t *dst, int32_t unit,
 constinit const ScaleTables scale_rows = {
     .bytes = {.prepare = prepare<false>,
               .columns = columns,
-              .cells = cells,
-              .blend = blend},
+              .box = box,
+              .lerp = lerp},
     .rgb565 = {.prepare = prepare<true>,
                .columns = columns565,
-               .cells = cells565,
-               .blend = blend565},
-    .words = words,
+               .box = box565,
+               .lerp = lerp565},
+    .box16 = box16,
 };
 
 }  // namespace lox::LOX_SET

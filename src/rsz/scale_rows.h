@@ -45,21 +45,21 @@ struct ScaleRows {
   // A strip of a row at `dst`, each output by the rule of the axis; `row` is
   // the whole source row.
   void (*columns)(const uint8_t *row, uint8_t *dst, const Columns *columns);
-  // The same of reductions, each output blended with the row below too: the
+  // The same of reductions, each output averaged with the row below too: the
   // mean of two samples or of four.
-  void (*cells)(const uint8_t *row, const uint8_t *below, uint8_t *dst,
-                const Columns *columns);
+  void (*box)(const uint8_t *row, const uint8_t *below, uint8_t *dst,
+              const Columns *columns);
   // n bytes, each `part` of `length` on the way from row `a` to row `b`.
-  void (*blend)(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
-                Step step, bool mod1);
+  void (*lerp)(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
+               Step step, bool mod1);
 };
 
 struct ScaleTables {
   ScaleRows bytes;   // units of 1 to 4 bytes, each byte for itself
   ScaleRows rgb565;  // units of 2 bytes
-  // cells() of 16-bit components, for units of 2 and 4 bytes by whole factors:
+  // box() of 16-bit components, for units of 2 and 4 bytes by whole factors:
   // `count` outputs, each the mean of its first two samples in two rows.
-  void (*words)(const uint8_t *row, const uint8_t *below, uint8_t *dst,
+  void (*box16)(const uint8_t *row, const uint8_t *below, uint8_t *dst,
                 int32_t unit, int32_t factor, ptrdiff_t count);
 };
 

@@ -88,8 +88,8 @@ LOX_INLINE void columns_rule(const uint8_t *row, uint8_t *dst,
 }
 
 template <class Samples>
-LOX_INLINE void cells_rule(const uint8_t *row, const uint8_t *below,
-                           uint8_t *dst, const Columns *c) {
+LOX_INLINE void box_rule(const uint8_t *row, const uint8_t *below, uint8_t *dst,
+                         const Columns *c) {
   Walk walk(c->axis, c->first);
   for (int i = 0; i < c->count; ++i, dst += Samples::kBytes) {
     const Step s = walk.next();
@@ -104,8 +104,8 @@ LOX_INLINE void cells_rule(const uint8_t *row, const uint8_t *below,
 }
 
 template <class Samples>
-LOX_INLINE void blend_rule(const uint8_t *a, const uint8_t *b, uint8_t *dst,
-                           ptrdiff_t n, Step step, bool mod1) {
+LOX_INLINE void lerp_rule(const uint8_t *a, const uint8_t *b, uint8_t *dst,
+                          ptrdiff_t n, Step step, bool mod1) {
   for (ptrdiff_t i = 0; i < n; i += Samples::kBytes) {
     Samples::put(dst + i, [&](auto component) LOX_INLINE_LAMBDA {
       return between(component(a + i), component(b + i), step, mod1);

@@ -16,7 +16,7 @@ namespace {
 
 using lox::CscRows;
 using lox::YuvToRgbFn;
-using lox::YuvToRgbForms;
+using lox::YuvToRgbKernels;
 using lox::YuvToRgbRows;
 using lox_test::Edge;
 using lox_test::Fill;
@@ -116,8 +116,8 @@ TEST_F(CscRowsTest, YuvToRgbIsThatOfThePortableForm) {
   for (int level = 1; level <= lox::isa_best(); ++level) {
     const CscRows &set = *lox::yuv_to_rgb_rows_sets[level];
     const CscRows &portable = *lox::yuv_to_rgb_rows_sets[0];
-    const auto check = [&](const YuvToRgbForms &form, const YuvToRgbForms &rule,
-                           int kind, int layout) {
+    const auto check = [&](const YuvToRgbKernels &form,
+                           const YuvToRgbKernels &rule, int kind, int layout) {
       // A form that was not compiled for its set proves nothing.
       ASSERT_NE(form.one_row, rule.one_row);
       compare_widths(level, form.one_row, rule.one_row, 1, kind, layout);

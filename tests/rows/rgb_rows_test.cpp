@@ -50,7 +50,7 @@ std::vector<Form> forms(int level) {
       fn({src[0], dst[0], {dst[1], dst[2]}}, width);
     });
   };
-  const auto all_to_yuv = [&](const lox::RgbToYuvForms &f, Size in) {
+  const auto all_to_yuv = [&](const lox::RgbToYuvKernels &f, Size in) {
     to_yuv(f.luma, in, {pixels<1>});
     to_yuv(f.luma_and_chroma[lox::kChromaPlanes], in, {pixels<1>, half, half});
     to_yuv(f.luma_and_chroma[lox::kChromaUv], in, {pixels<1>, even});
@@ -75,33 +75,33 @@ std::vector<Form> forms(int level) {
   one_to_one(rgb.rgb565_to_rgba8888, pixels<2>, pixels<4>);
   one_to_one(layout.even, pixels<1>, half_up);
   one_to_one(layout.swap, pixels<2>, pixels<2>);
-  one_to_one(layout.words_by_4, pixels<2>, pixels<1>);
+  one_to_one(layout.narrow_10_to_8, pixels<2>, pixels<1>);
   add({pixels<2>}, {pixels<2>}, layout.swap,
       [&](auto *src, auto *dst, ptrdiff_t n) {
         std::copy_n(src[0], 2 * n, dst[0]);
         layout.swap(dst[0], dst[0], n);
       });
-  add({pixels<1>}, {half_up, half}, layout.split,
+  add({pixels<1>}, {half_up, half}, layout.deinterleave,
       [&](auto *src, auto *dst, ptrdiff_t n) {
-        layout.split(src[0], dst[0], dst[1], n);
+        layout.deinterleave(src[0], dst[0], dst[1], n);
       });
-  add({pixels<1>, pixels<1>}, {pixels<2>}, layout.merge,
+  add({pixels<1>, pixels<1>}, {pixels<2>}, layout.interleave,
       [&](auto *src, auto *dst, ptrdiff_t n) {
-        layout.merge(src[0], src[1], dst[0], n);
+        layout.interleave(src[0], src[1], dst[0], n);
       });
   // All planes, and only some.
   for (const int skipped : {-1, 0, 3}) {
     add({pixels<4>}, {pixels<1>, pixels<1>, pixels<1>, pixels<1>},
-        layout.split4, [&, skipped](auto *src, auto *dst, ptrdiff_t n) {
+        layout.deinterleave4, [&, skipped](auto *src, auto *dst, ptrdiff_t n) {
           uint8_t *planes[] = {dst[0], dst[1], dst[2], dst[3]};
           if (skipped >= 0) planes[skipped] = nullptr;
-          layout.split4(src[0], planes, n);
+          layout.deinterleave4(src[0], planes, n);
         });
     add({pixels<1>, pixels<1>, pixels<1>, pixels<1>}, {pixels<4>},
-        layout.merge4, [&, skipped](auto *src, auto *dst, ptrdiff_t n) {
+        layout.interleave4, [&, skipped](auto *src, auto *dst, ptrdiff_t n) {
           const uint8_t *planes[] = {src[0], src[1], src[2], src[3]};
           if (skipped >= 0) planes[skipped] = nullptr;
-          layout.merge4(planes, dst[0], n);
+          layout.interleave4(planes, dst[0], n);
         });
   }
   for (const auto fn : {layout.yuyv, layout.yuyv_average}) {
@@ -177,7 +177,7 @@ TEST_F(RgbRowsTest, EveryColourIsThatOfThePortableSet) {
         rgb[4 * x + 3] = static_cast<uint8_t>(x * 7);
       }
       for (size_t i = 0; i < set.size(); ++i) {
-        const auto run = [&](const lox::RgbToYuvForms &f,
+        const auto run = [&](const lox::RgbToYuvKernels &f,
                              std::vector<uint8_t> &to) {
           f.luma_and_chroma[lox::kChromaUv](
               {rgb.data(), to.data(), {to.data() + kWidth, nullptr}}, kWidth);

@@ -46,7 +46,7 @@ class ScaleRowsTest : public lox_test::SeededTest {
       ASSERT_LE(columns.count, axis.dst - columns.first);
       uint8_t *const to = dst + ptrdiff_t{columns.first} * type.unit;
       if (below != nullptr) {
-        rows.cells(row_.data(), below, to, &columns);
+        rows.box(row_.data(), below, to, &columns);
       } else {
         rows.columns(row_.data(), to, &columns);
       }
@@ -119,8 +119,8 @@ TEST_F(ScaleRowsTest, BlendsAreThoseOfThePortableSet) {
             const auto run = [&](int level, GuardedBuffer &to) {
               to.reset(n, Edge::kEnd);
               (lox::scale_rows_sets[level]->*rows)
-                  .blend(row_.data(), below_.data(), to.data(),
-                         static_cast<ptrdiff_t>(n), {0, part, length}, mod1);
+                  .lerp(row_.data(), below_.data(), to.data(),
+                        static_cast<ptrdiff_t>(n), {0, part, length}, mod1);
             };
             row_.reset(n, Edge::kEnd);
             below_.reset(n, Edge::kStart);
@@ -147,7 +147,7 @@ TEST_F(ScaleRowsTest, WordsAreThoseOfThePortableSet) {
         const size_t bytes = count * static_cast<size_t>(unit);
         const auto run = [&](int level, GuardedBuffer &to) {
           to.reset(bytes, Edge::kEnd);
-          lox::scale_rows_sets[level]->words(row_.data(), below_.data(),
+          lox::scale_rows_sets[level]->box16(row_.data(), below_.data(),
                                              to.data(), unit, factor,
                                              static_cast<ptrdiff_t>(count));
         };

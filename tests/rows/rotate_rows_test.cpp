@@ -2,7 +2,7 @@
 // The kernels that turn, of each set, against the rule, and those that average
 // blocks against the portable ones: beside inaccessible memory, in steps of any
 // size and sign.
-#include "rot/turn_rows.h"
+#include "rot/rotate_rows.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ struct Rows {
   ptrdiff_t step, origin;
 };
 
-class TurnRowsTest : public lox_test::SeededTest {
+class RotateRowsTest : public lox_test::SeededTest {
  protected:
   // `variant`: directions and the edge.
   void transpose(int level, int unit, ptrdiff_t width, ptrdiff_t height,
@@ -45,7 +45,7 @@ class TurnRowsTest : public lox_test::SeededTest {
                     expected.data() + to.origin + x * to.step + y * unit);
       }
     }
-    lox::turn_rows_sets[level]->transpose[unit - 1](
+    lox::rotate_rows_sets[level]->transpose[unit - 1](
         src_.data() + from.origin, from.step, dst_.data() + to.origin, to.step,
         width, height);
     ASSERT_TRUE(lox_test::holds(dst_, expected))
@@ -57,15 +57,15 @@ class TurnRowsTest : public lox_test::SeededTest {
   GuardedBuffer dst_;
 };
 
-TEST_F(TurnRowsTest, TransposeMovesUnitsAndNothingElse) {
+TEST_F(RotateRowsTest, TransposeMovesUnitsAndNothingElse) {
   constexpr int kHeights[] = {1,  2,  3,  4,  5,  7,  8,  9,  12, 15, 16,
                               17, 23, 24, 31, 32, 33, 47, 63, 64, 65, 70};
   for (int level = 0; level <= lox::isa_best(); ++level) {
     for (int unit = 1; unit <= 4; ++unit) {
       if (level > 0) {
         // A form that was not compiled for its set proves nothing.
-        ASSERT_NE(lox::turn_rows_sets[level]->transpose[unit - 1],
-                  lox::turn_rows_sets[0]->transpose[unit - 1]);
+        ASSERT_NE(lox::rotate_rows_sets[level]->transpose[unit - 1],
+                  lox::rotate_rows_sets[0]->transpose[unit - 1]);
       }
       int variant = 0;
       for (int width = 1; width <= 70; ++width) {
@@ -83,14 +83,14 @@ TEST_F(TurnRowsTest, TransposeMovesUnitsAndNothingElse) {
   }
 }
 
-TEST_F(TurnRowsTest, ReverseWritesUnitsBackwards) {
+TEST_F(RotateRowsTest, ReverseWritesUnitsBackwards) {
   std::vector<size_t> counts = {1917, 1920, 5003};
   for (size_t n = 1; n <= 300; ++n) counts.push_back(n);
   for (int level = 0; level <= lox::isa_best(); ++level) {
     for (size_t unit = 1; unit <= 4; ++unit) {
-      const auto reverse = lox::turn_rows_sets[level]->reverse[unit - 1];
+      const auto reverse = lox::rotate_rows_sets[level]->reverse[unit - 1];
       if (level > 0) {
-        ASSERT_NE(reverse, lox::turn_rows_sets[0]->reverse[unit - 1]);
+        ASSERT_NE(reverse, lox::rotate_rows_sets[0]->reverse[unit - 1]);
       }
       for (const Edge edge : {Edge::kEnd, Edge::kStart}) {
         for (const size_t n : counts) {
@@ -125,7 +125,7 @@ constexpr BlockForm kBlockForms[] = {
     {&lox::BlockRows::quarter_grouped, 2, 4, 4},
 };
 
-TEST_F(TurnRowsTest, BlocksAreThoseOfThePortableSet) {
+TEST_F(RotateRowsTest, BlocksAreThoseOfThePortableSet) {
   std::vector<size_t> counts = {479, 480, 1917};
   for (size_t n = 1; n <= 140; ++n) counts.push_back(n);
   GuardedBuffer portable;

@@ -2,16 +2,16 @@
 //
 // Planes turned by tiles of as many rows and columns as registers hold, and
 // rows written backwards.
-#include "rot/turn_rows.h"
+#include "rot/rotate_rows.h"
 
 #include "common/caches.h"
-#include "rot/turn_scalar.h"
+#include "rot/rotate_scalar.h"
 #include "simd/simd.h"
 
 #if defined(LOX_SET_neon)
-#include "rot/turn_neon.h"
+#include "rot/rotate_neon.h"
 #elif LOX_VECTORS
-#include "rot/turn_x86.h"
+#include "rot/rotate_x86.h"
 #endif
 
 namespace lox::LOX_SET {
@@ -175,7 +175,7 @@ void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
 
 }  // namespace
 
-constinit const TurnRows turn_rows = {
+constinit const RotateRows rotate_rows = {
     .reverse = {reverse<1>, reverse<2>, reverse<3>, reverse<4>},
     .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
 };

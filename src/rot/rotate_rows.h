@@ -12,7 +12,7 @@ namespace lox {
 
 // For each size of a unit, 1 to 4 bytes, at its index less one. Nothing beyond
 // the units is read or written; source and destination do not overlap.
-struct TurnRows {
+struct RotateRows {
   // n units, the last one first.
   void (*reverse[4])(const uint8_t *src, uint8_t *dst, ptrdiff_t n);
   // `height` rows of `width` units become `width` rows of `height`: unit (x, y)
@@ -21,6 +21,6 @@ struct TurnRows {
                        ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height);
 };
 
-LOX_ROW_TABLE(TurnRows, turn_rows)
+LOX_ROW_TABLE(RotateRows, rotate_rows)
 
 }  // namespace lox
