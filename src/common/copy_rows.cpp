@@ -41,17 +41,17 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) {
   } else if (n < kLongCopy) {
     copy_vectors<Wide>(dst, src, n);
   } else if (n < kFetchAheadFrom / 2) {
-    copy_vectors<Far>(dst, src, n);
+    copy_vectors<Bulk>(dst, src, n);
   } else {
-    copy_vectors<Far, true>(dst, src, n);
+    copy_vectors<Bulk, true>(dst, src, n);
   }
 }
 
 void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (Far::kAhead == 0 || n < Far::kBlock || n >= kBeyondCaches) {
+  if (Bulk::kAhead == 0 || n < Bulk::kBlock || n >= kBeyondCaches) {
     return copy(dst, src, n);
   }
-  copy_vectors<Far, true>(dst, src, n);
+  copy_vectors<Bulk, true>(dst, src, n);
 }
 
 #else
@@ -71,9 +71,9 @@ void copy_tile(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
     [[maybe_unused]] const uint8_t *from = src + row * src_step;
     [[maybe_unused]] uint8_t *to = dst + row * dst_step;
 #if LOX_VECTORS
-    if constexpr (kBytes % Far::kBlock == 0) {
-      for (int i = 0; i < kBytes; i += Far::kBlock) {
-        Far::put_block(to, Far::take_block(from));
+    if constexpr (kBytes % Bulk::kBlock == 0) {
+      for (int i = 0; i < kBytes; i += Bulk::kBlock) {
+        Bulk::put_block(to, Bulk::take_block(from));
       }
     } else if constexpr (kBytes == Narrow::n) {
       Narrow::store_bytes(to, Narrow::load_bytes(from));

@@ -23,10 +23,10 @@ constexpr int kSteps = 2;
 // Calls kernel.operator()<V, kFetch>() for n units of kBytes read and as many
 // written: with lines fetched ahead when that is far from the nearer caches.
 template <size_t kBytes, class Kernel>
-LOX_INLINE ptrdiff_t near_or_far(ptrdiff_t n, Kernel kernel) {
-  if (Far::kAhead != 0 &&
+LOX_INLINE ptrdiff_t fetching_if_large(ptrdiff_t n, Kernel kernel) {
+  if (Bulk::kAhead != 0 &&
       n >= static_cast<ptrdiff_t>(kFetchAheadFrom / (2 * kBytes))) {
-    kernel.template operator()<Far, true>();
+    kernel.template operator()<Bulk, true>();
     return n;
   }
   return with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
@@ -40,30 +40,31 @@ void deinterleave(const uint8_t *src, uint8_t *even, uint8_t *odd,
   const ptrdiff_t pairs = n / 2;
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = near_or_far<2>(pairs, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
-    const uint8_t *from = src;
-    uint8_t *to0 = even;
-    uint8_t *to1 = odd;
-    for_vectors<V, kSteps>(
-        pairs,
-        [&]() LOX_INLINE_LAMBDA {
-          if constexpr (kFetch) {
-            V::fetch_ahead(to0, V::n);
-            V::fetch_ahead(to1, V::n);
-          }
-          const auto two = V::load_unzip(from);
-          V::store_bytes(to0, two.even);
-          V::store_bytes(to1, two.odd);
-        },
-        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-          from += 2 * step;
-          to0 += step;
-          to1 += step;
-          settle(from);
-          settle(to0);
-          settle(to1);
-        });
-  });
+  i = fetching_if_large<2>(pairs,
+                           [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
+                             const uint8_t *from = src;
+                             uint8_t *to0 = even;
+                             uint8_t *to1 = odd;
+                             for_vectors<V, kSteps>(
+                                 pairs,
+                                 [&]() LOX_INLINE_LAMBDA {
+                                   if constexpr (kFetch) {
+                                     V::fetch_ahead(to0, V::n);
+                                     V::fetch_ahead(to1, V::n);
+                                   }
+                                   const auto two = V::load_deinterleave(from);
+                                   V::store_bytes(to0, two.even);
+                                   V::store_bytes(to1, two.odd);
+                                 },
+                                 [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
+                                   from += 2 * step;
+                                   to0 += step;
+                                   to1 += step;
+                                   keep_pointer(from);
+                                   keep_pointer(to0);
+                                   keep_pointer(to1);
+                                 });
+                           });
 #endif
   for (; i < pairs; ++i) {
     even[i] = src[2 * i];
@@ -76,7 +77,7 @@ void interleave(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
                 ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = near_or_far<2>(n, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
+  i = fetching_if_large<2>(n, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
     const uint8_t *from0 = even;
     const uint8_t *from1 = odd;
     uint8_t *to = dst;
@@ -84,15 +85,15 @@ void interleave(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
         n,
         [&]() LOX_INLINE_LAMBDA {
           if constexpr (kFetch) V::fetch_ahead(to, 2 * V::n);
-          V::store_zip(to, V::load_bytes(from0), V::load_bytes(from1));
+          V::store_interleave(to, V::load_bytes(from0), V::load_bytes(from1));
         },
         [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
           from0 += step;
           from1 += step;
           to += 2 * step;
-          settle(from0);
-          settle(from1);
-          settle(to);
+          keep_pointer(from0);
+          keep_pointer(from1);
+          keep_pointer(to);
         });
   });
 #endif
@@ -117,18 +118,18 @@ void deinterleave4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
 #if LOX_VECTORS
   // Rows of large pictures are not long: lines are always fetched ahead, which
   // pays in the caches, too, where three planes are written.
-  if (n >= Far::n) {
-    using P = PlanesOf<Far>;
+  if (n >= Bulk::n) {
+    using P = PlanesOf<Bulk>;
     ptrdiff_t at = 0;
     const auto put = [&](int k, auto v) LOX_INLINE_LAMBDA {
       if (planes[k] == nullptr) return;
-      Far::fetch_ahead(planes[k] + at, P::n);
+      Bulk::fetch_ahead(planes[k] + at, P::n);
       P::store_plane(planes[k] + at, v);
     };
-    for_vectors<Far>(
+    for_vectors<Bulk>(
         n,
         [&]() LOX_INLINE_LAMBDA {
-          const auto v = P::load_apart(src + 4 * at);
+          const auto v = P::load_deinterleave4(src + 4 * at);
           put(0, v.a);
           put(1, v.b);
           put(2, v.c);
@@ -158,7 +159,8 @@ void interleave4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
     for_vectors<V>(
         n,
         [&]() LOX_INLINE_LAMBDA {
-          P::store_together(dst + 4 * at, take(0), take(1), take(2), take(3));
+          P::store_interleave4(dst + 4 * at, take(0), take(1), take(2),
+                               take(3));
         },
         [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
   });
@@ -183,8 +185,8 @@ LOX_INLINE ptrdiff_t make_bytes(const uint8_t *src, uint8_t *dst, ptrdiff_t n,
         [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
           from += 2 * step;
           to += step;
-          settle(from);
-          settle(to);
+          keep_pointer(from);
+          keep_pointer(to);
         });
   });
 }
@@ -195,8 +197,9 @@ void even(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   i = make_bytes(src, dst, pairs,
-                 []<class V>(V, const uint8_t *p)
-                     LOX_INLINE_LAMBDA { return V::load_unzip(p).even; });
+                 []<class V>(V, const uint8_t *p) LOX_INLINE_LAMBDA {
+                   return V::load_deinterleave(p).even;
+                 });
 #endif
   for (; i < pairs; ++i) dst[i] = src[2 * i];
   if (n % 2 != 0) dst[pairs] = src[2 * pairs];
@@ -207,7 +210,7 @@ void narrow_10_to_8(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
 #if LOX_VECTORS
   i = make_bytes(src, dst, n,
                  []<class V>(V, const uint8_t *p)
-                     LOX_INLINE_LAMBDA { return V::load_words_by_4(p); });
+                     LOX_INLINE_LAMBDA { return V::load_10_to_8(p); });
 #endif
   for (; i < n; ++i) {
     const int word = src[2 * i] | src[2 * i + 1] << 8;
@@ -235,9 +238,9 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   // As little work as a copy.
   if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) &&
       4 * n < ptrdiff_t{kFetchAheadFrom}) {
-    kernel.template operator()<Far, false>();
+    kernel.template operator()<Bulk, false>();
   } else {
-    near_or_far<1>(2 * n, kernel);
+    fetching_if_large<1>(2 * n, kernel);
   }
 #endif
   for (; i < n; ++i) {
@@ -258,11 +261,11 @@ void yuyv(const uint8_t *src, uint8_t *y, uint8_t *u, uint8_t *v,
   // Averages are not made twice: no vector may do pairs again.
   with_vectors(width / 2, [&]<class V>(V) LOX_INLINE_LAMBDA {
     for (; pair + V::n <= width / 2; pair += V::n) {
-      const auto low = V::load_unzip(src + 4 * pair);
-      const auto high = V::load_unzip(src + 4 * pair + 2 * V::n);
+      const auto low = V::load_deinterleave(src + 4 * pair);
+      const auto high = V::load_deinterleave(src + 4 * pair + 2 * V::n);
       V::store_bytes(y + 2 * pair, low.even);
       V::store_bytes(y + 2 * pair + V::n, high.even);
-      auto chroma = V::unzip(low.odd, high.odd);
+      auto chroma = V::deinterleave(low.odd, high.odd);
       if constexpr (kAverage) {
         chroma.even = V::average_down(V::load_bytes(u + pair), chroma.even);
         chroma.odd = V::average_down(V::load_bytes(v + pair), chroma.odd);

@@ -64,14 +64,14 @@ Rgb get(const uint8_t *p) {
   }
 }
 
-int weigh(Factors k, Rgb p) { return k.r * p.r + k.g * p.g + k.b * p.b; }
+int weighted_sum(Factors k, Rgb p) { return k.r * p.r + k.g * p.g + k.b * p.b; }
 
 template <class M>
 uint8_t luma_of(Rgb p) {
-  return static_cast<uint8_t>((weigh(M::kY, p) >> 8) + M::kOffset);
+  return static_cast<uint8_t>((weighted_sum(M::kY, p) >> 8) + M::kOffset);
 }
 uint8_t chroma_of(Factors k, Rgb p) {
-  return static_cast<uint8_t>(((weigh(k, p) + 128) >> 8) + 128);
+  return static_cast<uint8_t>(((weighted_sum(k, p) + 128) >> 8) + 128);
 }
 
 // --- vectors ----------------------------------------------------------------
@@ -96,7 +96,7 @@ template <class V>
 LOX_INLINE void put(uint8_t *&to, typename V::Bytes bytes) {
   V::store_bytes(to, bytes);
   to += V::n;
-  settle(to);
+  keep_pointer(to);
 }
 
 #endif
@@ -114,7 +114,8 @@ void luma(const RgbToYuvRow &row, ptrdiff_t width) {
     for_moving_vectors<V, 2>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          put<V>(y, V::weigh(V::template take_pixels<F>(rgb), y_weights));
+          put<V>(y,
+                 V::weighted_sum(V::template take_pixels<F>(rgb), y_weights));
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
           rgb -= pixels * F.bytes;
@@ -149,18 +150,18 @@ void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
         whole,
         [&]() LOX_INLINE_LAMBDA {
           const auto pixels = V::template take_pixels<F>(rgb);
-          put<V>(y, V::weigh(pixels, y_weights));
+          put<V>(y, V::weighted_sum(pixels, y_weights));
           const auto pairs =
-              V::weigh_even(pixels, first_weights, second_weights);
+              V::weighted_sums_of_even(pixels, first_weights, second_weights);
           if constexpr (kChroma == kChromaPlanes) {
             V::store_rows(chroma0, chroma1, pairs);
             chroma1 += V::n / 2;
-            settle(chroma1);
+            keep_pointer(chroma1);
           } else {
             V::store_pairs(chroma0, pairs);
           }
           chroma0 += kChromaBytes * V::n / 2;
-          settle(chroma0);
+          keep_pointer(chroma0);
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
           rgb -= pixels * F.bytes;
@@ -203,9 +204,9 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
         width,
         [&]() LOX_INLINE_LAMBDA {
           const auto pixels = V::template take_pixels<F>(rgb);
-          put<V>(y, V::weigh(pixels, y_weights));
-          put<V>(u, V::weigh(pixels, u_weights));
-          put<V>(v, V::weigh(pixels, v_weights));
+          put<V>(y, V::weighted_sum(pixels, y_weights));
+          put<V>(u, V::weighted_sum(pixels, u_weights));
+          put<V>(v, V::weighted_sum(pixels, v_weights));
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
           rgb -= pixels * F.bytes;

@@ -84,8 +84,8 @@ struct Bt601 {
     typename V::W16 whole;
     typename V::W16 half;
     V::scale(luma, k.k149, whole, half);
-    return {V::add_saturate(V::add(whole, k.from_40), chroma.red),
-            V::add(half, chroma.green), V::add_saturate(half, chroma.blue)};
+    return {V::add_saturating(V::add(whole, k.from_40), chroma.red),
+            V::add(half, chroma.green), V::add_saturating(half, chroma.blue)};
   }
 #endif
 };
@@ -156,7 +156,8 @@ struct Bt709 {
     V::scale(luma, k.k149, whole, unused);
     const auto l = V::add(whole, k.from_36);
     const auto blue = V::add(V::add(whole, k.from_128), chroma.blue);
-    return {V::add_saturate(l, chroma.red), V::add_saturate(l, chroma.green),
+    return {V::add_saturating(l, chroma.red),
+            V::add_saturating(l, chroma.green),
             V::add(V::template shift_right<7>(blue), chroma.blue_steps)};
   }
 #endif

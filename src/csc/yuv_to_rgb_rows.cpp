@@ -43,7 +43,7 @@ struct Planar : ByteLuma {
   static constexpr int kU = 0;
   template <class V, Order O>
   LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
-    return V::template load_zip<O>(at.chroma0, at.chroma1);
+    return V::template load_interleave<O>(at.chroma0, at.chroma1);
   }
   LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
     at.chroma0 += pixels / 2;
@@ -110,7 +110,7 @@ struct Full : ByteLuma {
   static constexpr int kU = 0;
   template <class V, Order O>
   LOX_INLINE static typename V::WPairs chroma(const Cursor &at) {
-    return V::template load_zip_wide<O>(at.chroma0, at.chroma1);
+    return V::template load_interleave_wide<O>(at.chroma0, at.chroma1);
   }
   LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
     at.chroma0 += pixels;
@@ -181,20 +181,20 @@ struct Rgb32 {
   LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
     if constexpr (kRedFirst && kAlphaFirst) {
       V::template store4<kStream>(
-          p, V::template join_low_255<M::kRed>(c.red),
-          V::template join<M::kGreen, M::kBlue>(c.green, c.blue));
+          p, V::template pair_255_narrow<M::kRed>(c.red),
+          V::template pair_narrow<M::kGreen, M::kBlue>(c.green, c.blue));
     } else if constexpr (kRedFirst) {
       V::template store4<kStream>(
-          p, V::template join<M::kRed, M::kGreen>(c.red, c.green),
-          V::template join_high_255<M::kBlue>(c.blue));
+          p, V::template pair_narrow<M::kRed, M::kGreen>(c.red, c.green),
+          V::template pair_narrow_255<M::kBlue>(c.blue));
     } else if constexpr (kAlphaFirst) {
       V::template store4<kStream>(
-          p, V::template join_low_255<M::kBlue>(c.blue),
-          V::template join<M::kGreen, M::kRed>(c.green, c.red));
+          p, V::template pair_255_narrow<M::kBlue>(c.blue),
+          V::template pair_narrow<M::kGreen, M::kRed>(c.green, c.red));
     } else {
       V::template store4<kStream>(
-          p, V::template join<M::kBlue, M::kGreen>(c.blue, c.green),
-          V::template join_high_255<M::kRed>(c.red));
+          p, V::template pair_narrow<M::kBlue, M::kGreen>(c.blue, c.green),
+          V::template pair_narrow_255<M::kRed>(c.red));
     }
   }
 #endif
@@ -319,12 +319,12 @@ LOX_INLINE void move(Cursor &at, ptrdiff_t pixels) {
     at.y1 += pixels * Src::kLumaBytes;
     at.rgb1 += pixels * Dst::kBytes;
   }
-  settle(at.y0);
-  settle(at.y1);
-  settle(at.chroma0);
-  settle(at.chroma1);
-  settle(at.rgb0);
-  settle(at.rgb1);
+  keep_pointer(at.y0);
+  keep_pointer(at.y1);
+  keep_pointer(at.chroma0);
+  keep_pointer(at.chroma1);
+  keep_pointer(at.rgb0);
+  keep_pointer(at.rgb1);
 }
 
 template <class V, class Src, class Dst, class M, int kRows, bool kStream>

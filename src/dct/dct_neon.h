@@ -6,7 +6,7 @@
 
 #include <string.h>
 
-#include "simd/neon.h"
+#include "simd/neon_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -98,14 +98,14 @@ struct NeonDct {
     return vcombine_s16(vmovn_s32(vrshlq_s32(low, shift)),
                         vmovn_s32(vrshlq_s32(high, shift)));
   }
-  LOX_OP int32x4_t weigh_sum(uint16x4_t sum, int w0) {
+  LOX_OP int32x4_t weighted_dc(uint16x4_t sum, int w0) {
     return vreinterpretq_s32_u32(vmull_n_u16(sum, static_cast<uint16_t>(w0)));
   }
   template <int>
   LOX_OP void put(const Sums &s, int w0, int shift, int16_t *t) {
     const int32x4_t by = vdupq_n_s32(-shift);
-    const int16x8_t t0 = round(weigh_sum(vget_low_u16(s.u0), w0),
-                               weigh_sum(vget_high_u16(s.u0), w0), by);
+    const int16x8_t t0 = round(weighted_dc(vget_low_u16(s.u0), w0),
+                               weighted_dc(vget_high_u16(s.u0), w0), by);
     const int16x8_t t1 = round(s.u1_low, s.u1_high, by);
     const int16x8_t t2 = round(s.u2_low, s.u2_high, by);
     const int16x8_t t3 = round(s.u3_low, s.u3_high, by);
@@ -128,8 +128,9 @@ struct NeonDct {
   struct Group {
     int16x4_t v0, v1, v2, v3;
   };
-  LOX_OP int16x4_t weigh(int32x4_t sum, int32x4_t shift, const int32_t *most,
-                         const int32_t *weights) {
+  LOX_OP int16x4_t weighted_coefficients(int32x4_t sum, int32x4_t shift,
+                                         const int32_t *most,
+                                         const int32_t *weights) {
     const int32x4_t k = vminq_s32(vshlq_s32(sum, shift), vld1q_s32(most));
     return vshrn_n_s32(vmull_s16(vmovn_s32(k), vmovn_s32(vld1q_s32(weights))),
                        8);
@@ -158,9 +159,10 @@ struct NeonDct {
       v3 = vmlal_lane_s16(v3, column1, w1, 3);
     }
     const int32x4_t by = vdupq_n_s32(-shift);
-    group = {weigh(v0, by, most, weights), weigh(v1, by, most + 4, weights + 4),
-             weigh(v2, by, most + 8, weights + 8),
-             weigh(v3, by, most + 12, weights + 12)};
+    group = {weighted_coefficients(v0, by, most, weights),
+             weighted_coefficients(v1, by, most + 4, weights + 4),
+             weighted_coefficients(v2, by, most + 8, weights + 8),
+             weighted_coefficients(v3, by, most + 12, weights + 12)};
   }
 
   struct Four {

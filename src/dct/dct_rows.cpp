@@ -127,13 +127,13 @@ struct MovingRows {
   LOX_INLINE const uint8_t *top() {
     const uint8_t *const row = top_row;
     top_row += stride;
-    settle(top_row);
+    keep_pointer(top_row);
     return row;
   }
   LOX_INLINE const uint8_t *bottom() {
     const uint8_t *const row = bottom_row;
     bottom_row -= stride;
-    settle(bottom_row);
+    keep_pointer(bottom_row);
     return row;
   }
 };

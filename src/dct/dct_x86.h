@@ -8,7 +8,7 @@
 
 #include <string.h>
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -133,7 +133,7 @@ struct X86Dct {
     const Reg low13 = R::unpack_low32(t1, t3);
     const Reg high02 = R::unpack_high32(t0, t2);
     const Reg high13 = R::unpack_high32(t1, t3);
-    R::store_parts(
+    R::store_lanes(
         reinterpret_cast<uint8_t *>(t) + 64 * kHalf,
         R::unpack_low64(low02, low13), R::unpack_high64(low02, low13),
         R::unpack_low64(high02, high13), R::unpack_high64(high02, high13));
@@ -157,7 +157,7 @@ struct X86Dct {
     for (int i = 0; i < count; i += 2, t += 16, across += 64) {
       for (int k = 0; k < 2; ++k) {
         const Reg columns =
-            R::load_to_parts(reinterpret_cast<const uint8_t *>(t + 8 * k));
+            R::load_broadcast128(reinterpret_cast<const uint8_t *>(t + 8 * k));
         for (int j = 0; j < kRegs; ++j) {
           const Reg w = R::load(
               reinterpret_cast<const uint8_t *>(across + 32 * k) + n * j);
@@ -206,8 +206,8 @@ struct X86Dct {
   // rounding down adds.
   static constexpr int kMiddle = 128 * 128;
   LOX_OP void put_blocks(const Group &group, uint8_t *dst, ptrdiff_t stride) {
-    const Four v = parts_apart(group);
-    const Reg middle = R::in_parts(_mm_setr_epi32(kMiddle, 0, 0, 0));
+    const Four v = transpose_lanes(group);
+    const Reg middle = R::broadcast128(_mm_setr_epi32(kMiddle, 0, 0, 0));
     const Four h =
         butterfly<7>(R::sub16(words(v.a, v.c), middle), words(v.b, v.d));
     const Reg ab = R::pack_signed32(h.a, h.b);
@@ -216,13 +216,13 @@ struct X86Dct {
     const Reg bytes = R::pack_signed16(R::pack_signed32(s.a, s.b),
                                        R::pack_signed32(s.c, s.d));
     R::store_rows(dst, stride,
-                  R::order_dwords(R::exclusive_or(
+                  R::permute_dwords(R::exclusive_or(
                       bytes, R::fill16(static_cast<int16_t>(0x8080)))));
   }
   // Each v's parts, of all blocks.
-  LOX_OP Four parts_apart(const Group &g) {
+  LOX_OP Four transpose_lanes(const Group &g) {
     Four v = {g.v[0], g.v[1], g.v[2], g.v[3]};
-    R::parts_apart(v.a, v.b, v.c, v.d);
+    R::transpose_lanes(v.a, v.b, v.c, v.d);
     return v;
   }
 };

@@ -87,10 +87,10 @@ void to_codes(HdrRun *run, const uint8_t *luma, const uint8_t *u,
     const V::Chroma c = Source::chroma(u, v, x);
     const V::Words cb = V::centre(c.u);
     const V::Words cr = V::centre(c.v);
-    const V::Words r = V::lift(V::template product<kCrToR>(cr));
-    const V::Words g = V::lift(V::add(V::template product<kCbToG>(cb),
-                                      V::template product<kCrToG>(cr)));
-    const V::Words b = V::lift(V::template product<kCbToB>(cb));
+    const V::Words r = V::bias_chroma(V::template product<kCrToR>(cr));
+    const V::Words g = V::bias_chroma(V::add(V::template product<kCbToG>(cb),
+                                             V::template product<kCrToG>(cr)));
+    const V::Words b = V::bias_chroma(V::template product<kCbToB>(cb));
     half_group<Source, 0>(run, luma, x, r, g, b);
     half_group<Source, 1>(run, luma, x + kWords, r, g, b);
   }
@@ -191,7 +191,7 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context,
   alignas(64) uint16_t index[kHdrRun];
   [[maybe_unused]] V::Words most = V::fill(0);
   for (int x = 0; x < n; x += kWords) {
-    const auto c = V::join(V::load(r + x), V::load(g + x), V::load(b + x));
+    const auto c = V::combine(V::load(r + x), V::load(g + x), V::load(b + x));
     const auto red = V::template mix<Matrix::kR>(c);
     const auto green = V::template mix<Matrix::kG>(c);
     const auto blue = V::template mix<Matrix::kB>(c);
@@ -344,7 +344,9 @@ void to_codes(HdrRun *run, const uint8_t *luma, const uint8_t *u,
   }
 }
 
-int weigh(Row3 k, int r, int g, int b) { return k.r * r + k.g * g + k.b * b; }
+int weighted_sum(Row3 k, int r, int g, int b) {
+  return k.r * r + k.g * g + k.b * b;
+}
 
 int gain_of(const uint16_t *table, int m) {
   const int i = m >> 7;
@@ -362,9 +364,12 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context, int, int n) {
     const int r = linear[run->r[x]];
     const int g = linear[run->g[x]];
     const int b = linear[run->b[x]];
-    const int red = clamp(weigh(Matrix::kR, r, g, b) >> 8, 0, kMostLinear);
-    const int green = clamp(weigh(Matrix::kG, r, g, b) >> 8, 0, kMostLinear);
-    const int blue = clamp(weigh(Matrix::kB, r, g, b) >> 8, 0, kMostLinear);
+    const int red =
+        clamp(weighted_sum(Matrix::kR, r, g, b) >> 8, 0, kMostLinear);
+    const int green =
+        clamp(weighted_sum(Matrix::kG, r, g, b) >> 8, 0, kMostLinear);
+    const int blue =
+        clamp(weighted_sum(Matrix::kB, r, g, b) >> 8, 0, kMostLinear);
     // A gain in 1 / 256 for light of 12 bits; HLG has none, which is 256.
     int gain = 256;
     if constexpr (!kHlg) {
@@ -392,7 +397,7 @@ constexpr auto put_argb8888 = put_rgb<4, 1, 2, 3>;
 
 template <Row3 K>
 int sum_at(const HdrRun *run, int x) {
-  return weigh(K, run->red[x], run->green[x], run->blue[x]) >> 12;
+  return weighted_sum(K, run->red[x], run->green[x], run->blue[x]) >> 12;
 }
 
 template <class Matrix>

@@ -79,19 +79,19 @@ struct NeonTone {
   }
   LOX_OP Words add(Words a, Words b) { return vaddq_s16(a, b); }
   // So that the sum of luma and this saturates where codes end.
-  static constexpr int kLift = 32767 - kMostCode;
-  LOX_OP Words lift(Words chroma) {
-    return vaddq_s16(chroma, vdupq_n_s16(kLift));
+  static constexpr int kCodeBias = 32767 - kMostCode;
+  LOX_OP Words bias_chroma(Words chroma) {
+    return vaddq_s16(chroma, vdupq_n_s16(kCodeBias));
   }
-  LOX_OP Words to_code(Words y, Words lifted) {
+  LOX_OP Words to_code(Words y, Words biased) {
     return as_signed(
-        vqsubq_u16(as_unsigned(vqaddq_s16(y, lifted)), vdupq_n_u16(kLift)));
+        vqsubq_u16(as_unsigned(vqaddq_s16(y, biased)), vdupq_n_u16(kCodeBias)));
   }
 
   struct Rgb {
     int16x8_t r, g, b;
   };
-  LOX_OP Rgb join(Words r, Words g, Words b) { return {r, g, b}; }
+  LOX_OP Rgb combine(Words r, Words g, Words b) { return {r, g, b}; }
   template <Row3 K>
   LOX_OP int32x4_t sum(int16x4_t r, int16x4_t g, int16x4_t b) {
     int32x4_t v = vmull_s16(r, vdup_n_s16(K.r));
@@ -158,14 +158,14 @@ struct NeonTone {
     return {vld1q_u8(r), vld1q_u8(g), vld1q_u8(b)};
   }
   LOX_OP void put_rgba(uint8_t *p, Bytes v) {
-    NeonPlanes::store_together(p, v.r, v.g, v.b, NeonPlanes::all_255());
+    NeonPlanes::store_interleave4(p, v.r, v.g, v.b, NeonPlanes::all_255());
   }
   LOX_OP void put_argb(uint8_t *p, Bytes v) {
-    NeonPlanes::store_together(p, NeonPlanes::all_255(), v.r, v.g, v.b);
+    NeonPlanes::store_interleave4(p, NeonPlanes::all_255(), v.r, v.g, v.b);
   }
   // The sums shifted right by 12.
   template <Row3 K>
-  LOX_OP int16x8_t weigh(const Rgb &c) {
+  LOX_OP int16x8_t weighted_sum(const Rgb &c) {
     return vcombine_s16(
         vshrn_n_s32(
             sum<K>(vget_low_s16(c.r), vget_low_s16(c.g), vget_low_s16(c.b)),
@@ -181,8 +181,8 @@ struct NeonTone {
                      widen(vget_low_u8(v.b))};
     const Rgb high = {widen(vget_high_u8(v.r)), widen(vget_high_u8(v.g)),
                       widen(vget_high_u8(v.b))};
-    vst1q_u8(p, vcombine_u8(vqmovun_s16(weigh<K>(low)),
-                            vqmovun_s16(weigh<K>(high))));
+    vst1q_u8(p, vcombine_u8(vqmovun_s16(weighted_sum<K>(low)),
+                            vqmovun_s16(weighted_sum<K>(high))));
   }
   // The even pixels.
   LOX_OP int16x8_t even(uint8x16_t v) {
@@ -191,7 +191,7 @@ struct NeonTone {
   LOX_OP Rgb even(Bytes v) { return {even(v.r), even(v.g), even(v.b)}; }
   template <Row3 K>
   LOX_OP uint8x8_t chroma(const Rgb &c) {
-    return vqmovun_s16(vaddq_s16(weigh<K>(c), vdupq_n_s16(128)));
+    return vqmovun_s16(vaddq_s16(weighted_sum<K>(c), vdupq_n_s16(128)));
   }
   template <Row3 K0, Row3 K1>
   LOX_OP void put_chroma_pairs(uint8_t *p, Bytes v) {

@@ -34,7 +34,8 @@ struct X86Tone {
   }
   // Every second or every fourth lane.
   LOX_OP Words every(int step) {
-    return step == 2 ? R::fill32(0xFFFF) : R::in_parts(_mm_set1_epi64x(0xFFFF));
+    return step == 2 ? R::fill32(0xFFFF)
+                     : R::broadcast128(_mm_set1_epi64x(0xFFFF));
   }
 
   LOX_OP Words low_10(const uint8_t *p) {
@@ -46,7 +47,7 @@ struct X86Tone {
   // Samples lie so that twice<> finds them within 128-bit parts: those of the
   // group's first half in the low half of each part. Packing does as much.
   LOX_OP Chroma chroma_of_planes(const uint8_t *u, const uint8_t *v) {
-    return {R::spread_quads(low_10(u)), R::spread_quads(low_10(v))};
+    return {R::unpermute_quads(low_10(u)), R::unpermute_quads(low_10(v))};
   }
   LOX_OP Chroma chroma_of_pairs(const uint8_t *p) {
     const Reg a = R::load(p);
@@ -65,9 +66,10 @@ struct X86Tone {
   }
 
   LOX_OP Words centre(Words chroma) {
-    return R::sub16(R::min16(R::max16(chroma, R::fill16(kLeastChroma)),
-                             R::fill16(kMostChroma)),
-                    R::fill16(kNoChroma));
+    return R::sub16(
+        R::min_signed16(R::max_signed16(chroma, R::fill16(kLeastChroma)),
+                        R::fill16(kMostChroma)),
+        R::fill16(kNoChroma));
   }
   // A factor of 20 bits is one of 5 for k and one of 15 for 32 k.
   template <Product P>
@@ -85,21 +87,25 @@ struct X86Tone {
             R::multiply_add16(R::unpack_high16(k, k32), factors), half)));
   }
   LOX_OP Words luma(Words y) {
-    return product<kLuma>(R::min16(R::sub_unsigned16(y, R::fill16(kBlack)),
-                                   R::fill16(kWhite - kBlack)));
+    return product<kLuma>(
+        R::min_signed16(R::sub_saturating_unsigned16(y, R::fill16(kBlack)),
+                        R::fill16(kWhite - kBlack)));
   }
   LOX_OP Words add(Words a, Words b) { return R::add16(a, b); }
   // So that the sum of luma and this saturates where codes end.
-  static constexpr int kLift = 32767 - kMostCode;
-  LOX_OP Words lift(Words chroma) { return R::add16(chroma, R::fill16(kLift)); }
-  LOX_OP Words to_code(Words y, Words lifted) {
-    return R::sub_unsigned16(R::add_saturate16(y, lifted), R::fill16(kLift));
+  static constexpr int kCodeBias = 32767 - kMostCode;
+  LOX_OP Words bias_chroma(Words chroma) {
+    return R::add16(chroma, R::fill16(kCodeBias));
+  }
+  LOX_OP Words to_code(Words y, Words biased) {
+    return R::sub_saturating_unsigned16(R::add_saturating_signed16(y, biased),
+                                        R::fill16(kCodeBias));
   }
 
   struct Rgb {
     Reg rg_low, rg_high, b_low, b_high;
   };
-  LOX_OP Rgb join(Words r, Words g, Words b) {
+  LOX_OP Rgb combine(Words r, Words g, Words b) {
     return {R::unpack_low16(r, g), R::unpack_high16(r, g),
             R::unpack_low16(b, R::zero()), R::unpack_high16(b, R::zero())};
   }
@@ -109,7 +115,7 @@ struct X86Tone {
   }
   // The weighted sums, shifted right by S, as signed words.
   template <Row3 K, int S>
-  LOX_OP Words weigh(const Rgb &c) {
+  LOX_OP Words weighted_sum(const Rgb &c) {
     const Reg rg = pair(K.r, K.g);
     const Reg b = pair(K.b, 0);
     return R::pack_signed32(
@@ -121,16 +127,16 @@ struct X86Tone {
   // Packing limits to 32767.
   template <Row3 K>
   LOX_OP Words mix(const Rgb &c) {
-    return R::max16(weigh<K, 8>(c), R::zero());
+    return R::max_signed16(weighted_sum<K, 8>(c), R::zero());
   }
-  LOX_OP Words max(Words a, Words b) { return R::max16(a, b); }
+  LOX_OP Words max(Words a, Words b) { return R::max_signed16(a, b); }
   template <int S>
   LOX_OP Words shift_right(Words v) {
     return R::template shift_right16<S>(v);
   }
   // In the order that gain() takes the entries in: quarters of 128-bit parts.
   LOX_OP void store_gain_index(uint16_t *p, Words m) {
-    store(p, R::order_quads(R::template shift_right16<7>(m)));
+    store(p, R::permute_quads(R::template shift_right16<7>(m)));
   }
   // Between the entries of each pair, by bits 3 to 6 of m; times 16.
   LOX_OP Words gain(const uint16_t *pairs, Words m) {
@@ -143,12 +149,13 @@ struct X86Tone {
   }
   // The same where the entry for 0 is 0 and the others that count are `entry`.
   LOX_OP Words toe_gain(int entry, Words m) {
-    const Reg part = R::min16(R::template shift_right16<3>(m), R::fill16(16));
+    const Reg part =
+        R::min_signed16(R::template shift_right16<3>(m), R::fill16(16));
     return R::bit_and(R::multiply_low16(part, R::fill16(entry)),
                       R::fill16(0xFFF0));
   }
   LOX_OP bool any_above(Words v, int limit) {
-    return R::any_bit(R::sub_unsigned16(v, R::fill16(limit)));
+    return R::any_bit(R::sub_saturating_unsigned16(v, R::fill16(limit)));
   }
   // 2 c * 16 gain >> 16 is c * gain >> 11.
   LOX_OP Words brighten(Words c, Words gain) {
@@ -166,42 +173,42 @@ struct X86Tone {
     return {R::load(r), R::load(g), R::load(b)};
   }
   LOX_OP void put_rgba(uint8_t *p, Bytes v) {
-    Planes::store_together(p, v.r, v.g, v.b, Planes::all_255());
+    Planes::store_interleave4(p, v.r, v.g, v.b, Planes::all_255());
   }
   LOX_OP void put_argb(uint8_t *p, Bytes v) {
-    Planes::store_together(p, Planes::all_255(), v.r, v.g, v.b);
+    Planes::store_interleave4(p, Planes::all_255(), v.r, v.g, v.b);
   }
   template <Row3 K>
   LOX_OP void put_luma(uint8_t *p, Bytes v) {
     const Reg zero = R::zero();
-    const Reg low =
-        weigh<K, 12>(join(R::unpack_low8(v.r, zero), R::unpack_low8(v.g, zero),
-                          R::unpack_low8(v.b, zero)));
-    const Reg high = weigh<K, 12>(join(R::unpack_high8(v.r, zero),
-                                       R::unpack_high8(v.g, zero),
-                                       R::unpack_high8(v.b, zero)));
+    const Reg low = weighted_sum<K, 12>(combine(R::unpack_low8(v.r, zero),
+                                                R::unpack_low8(v.g, zero),
+                                                R::unpack_low8(v.b, zero)));
+    const Reg high = weighted_sum<K, 12>(combine(R::unpack_high8(v.r, zero),
+                                                 R::unpack_high8(v.g, zero),
+                                                 R::unpack_high8(v.b, zero)));
     R::template store<false>(p, R::pack_unsigned16(low, high));
   }
   // Of the even pixels; in each 128-bit part the first sums, then the second.
   template <Row3 K0, Row3 K1>
   LOX_OP Reg chroma(Bytes v) {
     const Reg even = R::fill16(0x00FF);
-    const Rgb c = join(R::bit_and(v.r, even), R::bit_and(v.g, even),
-                       R::bit_and(v.b, even));
+    const Rgb c = combine(R::bit_and(v.r, even), R::bit_and(v.g, even),
+                          R::bit_and(v.b, even));
     const Reg middle = R::fill16(128);
-    return R::pack_unsigned16(R::add16(weigh<K0, 12>(c), middle),
-                              R::add16(weigh<K1, 12>(c), middle));
+    return R::pack_unsigned16(R::add16(weighted_sum<K0, 12>(c), middle),
+                              R::add16(weighted_sum<K1, 12>(c), middle));
   }
   template <Row3 K0, Row3 K1>
   LOX_OP void put_chroma_pairs(uint8_t *p, Bytes v) {
     R::template store<false>(
-        p, R::shuffle8(chroma<K0, K1>(v),
-                       R::in_parts(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4,
-                                                 12, 5, 13, 6, 14, 7, 15))));
+        p, R::shuffle8(chroma<K0, K1>(v), R::broadcast128(_mm_setr_epi8(
+                                              0, 8, 1, 9, 2, 10, 3, 11, 4, 12,
+                                              5, 13, 6, 14, 7, 15))));
   }
   template <Row3 K0, Row3 K1>
   LOX_OP void put_chroma_rows(uint8_t *p0, uint8_t *p1, Bytes v) {
-    R::store_halves(p0, p1, R::order_quads(chroma<K0, K1>(v)));
+    R::store_halves(p0, p1, R::permute_quads(chroma<K0, K1>(v)));
   }
 };
 

@@ -4,12 +4,12 @@
 // has units: its columns are stored from halves.
 #pragma once
 
-#include "simd/neon.h"
+#include "simd/neon_rgb.h"
 
 namespace lox::LOX_SET {
 
-// For rows too short for NeonTurn.
-struct NeonNarrowTurn {
+// For rows too short for NeonRotate.
+struct NeonNarrowRotate {
   template <int kUnit>
   static constexpr int kCols = kUnit == 3 ? 8 : 16 / kUnit;
   template <int kUnit>
@@ -65,17 +65,17 @@ struct NeonNarrowTurn {
   }
 
   template <int kUnit>
-  LOX_OP void turn_tile(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
-                        ptrdiff_t dst_step) {
+  LOX_OP void transpose_tile(const uint8_t *src, ptrdiff_t src_step,
+                             uint8_t *dst, ptrdiff_t dst_step) {
     if constexpr (kUnit == 3) {
-      turn_tile_of_3(src, src_step, dst, dst_step);
+      transpose_tile_of_3(src, src_step, dst, dst_step);
     } else {
       uint8x16_t v[kRows<kUnit>];
       LOX_UNROLL
       for (uint8x16_t &row : v) {
         row = vld1q_u8(src);
         src += src_step;
-        settle(src);
+        keep_pointer(src);
       }
       transpose<kUnit>(v);
       constexpr int kHalves = kUnit == 4 ? 1 : 2;
@@ -90,15 +90,15 @@ struct NeonNarrowTurn {
                     half == 0 ? vget_low_u8(column) : vget_high_u8(column));
           }
           dst += dst_step;
-          settle(dst);
+          keep_pointer(dst);
         }
       }
     }
   }
   // Each byte of the units for itself: the first two share registers, the rows
   // of the third two by two.
-  LOX_OP void turn_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
-                             uint8_t *dst, ptrdiff_t dst_step) {
+  LOX_OP void transpose_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
+                                  uint8_t *dst, ptrdiff_t dst_step) {
     uint8x8x3_t row[8];
     LOX_UNROLL
     for (uint8x8x3_t &r : row) {
@@ -166,13 +166,13 @@ struct NeonNarrowTurn {
   }
 };
 
-struct NeonTurn : NeonNarrowTurn {
+struct NeonRotate : NeonNarrowRotate {
   template <int kUnit>
   static constexpr int kRun = kUnit == 3 ? 16 : 64 / kUnit;
   template <int kUnit>
   LOX_OP void reverse_run(const uint8_t *&src, uint8_t *&dst) {
     if constexpr (kUnit == 3) {
-      NeonNarrowTurn::reverse_run<kUnit>(src, dst);
+      NeonNarrowRotate::reverse_run<kUnit>(src, dst);
     } else {
 #if defined(__arm__)
       // Loads and stores of four registers want those side by side, which
@@ -197,7 +197,7 @@ struct NeonTurn : NeonNarrowTurn {
 #else
       LOX_UNROLL
       for (int i = 0; i < 4; ++i) {
-        NeonNarrowTurn::reverse_run<kUnit>(src, dst);
+        NeonNarrowRotate::reverse_run<kUnit>(src, dst);
       }
 #endif
     }

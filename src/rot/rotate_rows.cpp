@@ -21,11 +21,11 @@ namespace {
 #if LOX_VECTORS
 
 #if defined(LOX_SET_neon)
-using WideTurn = NeonTurn;
-using NarrowTurn = NeonNarrowTurn;
+using WideRotate = NeonRotate;
+using NarrowRotate = NeonNarrowRotate;
 #else
-using WideTurn = X86Turn<Far::R>;
-using NarrowTurn = X86Turn<Narrow::R>;
+using WideRotate = X86Rotate<Bulk::R>;
+using NarrowRotate = X86Rotate<Narrow::R>;
 #endif
 
 LOX_INLINE constexpr ptrdiff_t at_most(ptrdiff_t a, ptrdiff_t b) {
@@ -36,12 +36,13 @@ LOX_INLINE constexpr ptrdiff_t at_most(ptrdiff_t a, ptrdiff_t b) {
 // of their own from unit to unit. The last tile ends at `length` and may do
 // units again.
 template <class V, int kUnit, int kTile>
-LOX_INLINE void turn_line(const uint8_t *src, ptrdiff_t src_step,
-                          ptrdiff_t src_unit, uint8_t *dst, ptrdiff_t dst_step,
-                          ptrdiff_t dst_unit, ptrdiff_t length) {
+LOX_INLINE void transpose_line(const uint8_t *src, ptrdiff_t src_step,
+                               ptrdiff_t src_unit, uint8_t *dst,
+                               ptrdiff_t dst_step, ptrdiff_t dst_unit,
+                               ptrdiff_t length) {
   for (;;) {
     do {
-      V::template turn_tile<kUnit>(src, src_step, dst, dst_step);
+      V::template transpose_tile<kUnit>(src, src_step, dst, dst_step);
       src += kTile * src_unit;
       dst += kTile * dst_unit;
       length -= kTile;
@@ -57,8 +58,8 @@ LOX_INLINE void turn_line(const uint8_t *src, ptrdiff_t src_step,
 // destination is written along its rows: the lines of the next square are
 // fetched before they are written.
 template <class V, int kUnit>
-void turn_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
-                ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                     ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
   constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
   constexpr ptrdiff_t kRows = V::template kRows<kUnit>;
   constexpr ptrdiff_t kSquare = V::kLines * (kUnit == 3 ? 32 : 64 / kUnit);
@@ -85,16 +86,16 @@ void turn_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
         // displace each other.
         for (ptrdiff_t column = left; column < right; column += kCols) {
           const ptrdiff_t at = at_most(column, width - kCols);
-          turn_line<V, kUnit, kRows>(src + y * src_step + at * kUnit, src_step,
-                                     src_step, dst + at * dst_step + y * kUnit,
-                                     dst_step, kUnit, bottom - y);
+          transpose_line<V, kUnit, kRows>(
+              src + y * src_step + at * kUnit, src_step, src_step,
+              dst + at * dst_step + y * kUnit, dst_step, kUnit, bottom - y);
         }
       } else {
         for (ptrdiff_t row = top; row < bottom; row += kRows) {
           const ptrdiff_t at = at_most(row, height - kRows);
-          turn_line<V, kUnit, kCols>(src + at * src_step + x * kUnit, src_step,
-                                     kUnit, dst + x * dst_step + at * kUnit,
-                                     dst_step, dst_step, right - x);
+          transpose_line<V, kUnit, kCols>(
+              src + at * src_step + x * kUnit, src_step, kUnit,
+              dst + x * dst_step + at * kUnit, dst_step, dst_step, right - x);
         }
       }
     }
@@ -113,21 +114,22 @@ template <int kUnit>
 void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
-  if (holds_tile<WideTurn, kUnit>(width, height)) {
-    return turn_plane<WideTurn, kUnit>(src, src_step, dst, dst_step, width,
-                                       height);
+  if (holds_tile<WideRotate, kUnit>(width, height)) {
+    return transpose_plane<WideRotate, kUnit>(src, src_step, dst, dst_step,
+                                              width, height);
   }
-  if constexpr (NarrowTurn::kRows<kUnit> < WideTurn::kRows<kUnit>) {
-    if (holds_tile<NarrowTurn, kUnit>(width, height)) {
-      return turn_plane<NarrowTurn, kUnit>(src, src_step, dst, dst_step, width,
-                                           height);
+  if constexpr (NarrowRotate::kRows<kUnit> < WideRotate::kRows<kUnit>) {
+    if (holds_tile<NarrowRotate, kUnit>(width, height)) {
+      return transpose_plane<NarrowRotate, kUnit>(src, src_step, dst, dst_step,
+                                                  width, height);
     }
   }
 #endif
   for (ptrdiff_t y = 0; y < height; ++y) {
     for (ptrdiff_t x = 0; x < width; ++x) {
-      ScalarTurn::turn_tile<kUnit>(src + y * src_step + x * kUnit, src_step,
-                                   dst + x * dst_step + y * kUnit, dst_step);
+      ScalarRotate::transpose_tile<kUnit>(
+          src + y * src_step + x * kUnit, src_step,
+          dst + x * dst_step + y * kUnit, dst_step);
     }
   }
 }
@@ -161,16 +163,16 @@ template <int kUnit>
 void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   const uint8_t *from = src + n * kUnit;
 #if LOX_VECTORS
-  if (n >= WideTurn::kRun<kUnit>) {
-    return reverse_runs<WideTurn, kUnit>(from, dst, n);
+  if (n >= WideRotate::kRun<kUnit>) {
+    return reverse_runs<WideRotate, kUnit>(from, dst, n);
   }
-  if constexpr (NarrowTurn::kRun<kUnit> < WideTurn::kRun<kUnit>) {
-    if (n >= NarrowTurn::kRun<kUnit>) {
-      return reverse_runs<NarrowTurn, kUnit>(from, dst, n);
+  if constexpr (NarrowRotate::kRun<kUnit> < WideRotate::kRun<kUnit>) {
+    if (n >= NarrowRotate::kRun<kUnit>) {
+      return reverse_runs<NarrowRotate, kUnit>(from, dst, n);
     }
   }
 #endif
-  for (; n > 0; --n) ScalarTurn::reverse_run<kUnit>(from, dst);
+  for (; n > 0; --n) ScalarRotate::reverse_run<kUnit>(from, dst);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 
 namespace lox::LOX_SET {
 
-struct ScalarTurn {
+struct ScalarRotate {
   template <int kUnit>
   LOX_OP void copy_unit(const uint8_t *src, uint8_t *dst) {
     memcpy(dst, src, kUnit);
@@ -24,8 +24,8 @@ struct ScalarTurn {
   template <int kUnit>
   static constexpr int kRows = 1;
   template <int kUnit>
-  LOX_OP void turn_tile(const uint8_t *src, ptrdiff_t, uint8_t *dst,
-                        ptrdiff_t) {
+  LOX_OP void transpose_tile(const uint8_t *src, ptrdiff_t, uint8_t *dst,
+                             ptrdiff_t) {
     copy_unit<kUnit>(src, dst);
   }
   // The side of the squares that planes are best turned in, in cache lines.

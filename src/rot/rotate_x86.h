@@ -5,7 +5,7 @@
 // all parts beside each other.
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -15,16 +15,16 @@ alignas(16) constexpr uint8_t kSpread3[2][16] = {
     {4, 5, 6, 128, 7, 8, 9, 128, 10, 11, 12, 128, 13, 14, 15, 128}};
 
 template <class R>
-struct X86Turn {
+struct X86Rotate {
   using Reg = typename R::Reg;
-  static constexpr int kParts = static_cast<int>(sizeof(Reg)) / 16;
+  static constexpr int kLanes = static_cast<int>(sizeof(Reg)) / 16;
 
   // Units of three bytes are transposed as four; their parts have columns of
   // their own.
   template <int kUnit>
   static constexpr int kCols = kUnit == 3 ? 8 : 16 / kUnit;
   template <int kUnit>
-  static constexpr int kRows = kUnit == 3 ? 16 : kParts * 16 / kUnit;
+  static constexpr int kRows = kUnit == 3 ? 16 : kLanes * 16 / kUnit;
 
   template <int kUnit>
   LOX_OP Reg unpack_low(Reg a, Reg b) {
@@ -56,15 +56,15 @@ struct X86Turn {
   }
 
   template <int kUnit>
-  LOX_OP void turn_tile(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
-                        ptrdiff_t dst_step) {
+  LOX_OP void transpose_tile(const uint8_t *src, ptrdiff_t src_step,
+                             uint8_t *dst, ptrdiff_t dst_step) {
     if constexpr (kUnit == 3) {
-      turn_tile_of_3(src, src_step, dst, dst_step);
+      transpose_tile_of_3(src, src_step, dst, dst_step);
     } else {
       constexpr int kSide = 16 / kUnit;
       Reg v[kSide];
       for (int i = 0; i < kSide; ++i) {
-        v[i] = R::load_apart(src, kSide * src_step);
+        v[i] = R::load_lanes(src, kSide * src_step);
         src += src_step;
       }
       transpose<kUnit>(v);
@@ -77,16 +77,16 @@ struct X86Turn {
 
   // 16 rows of eight units, 24 bytes: the first 16 of them and the last. Four
   // columns lie in each part; one part has first the left ones, then the right.
-  LOX_OP void turn_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
-                             uint8_t *dst, ptrdiff_t dst_step) {
-    constexpr int kPasses = 2 / kParts;
+  LOX_OP void transpose_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
+                                  uint8_t *dst, ptrdiff_t dst_step) {
+    constexpr int kPasses = 2 / kLanes;
     for (int pass = 0; pass < kPasses; ++pass) {
-      const Reg spread = R::load_apart(kSpread3[pass], 16);
+      const Reg spread = R::load_lanes(kSpread3[pass], 16);
       const uint8_t *from = src + 8 * pass;
       Reg v[4][4];
       for (auto &rows : v) {
         for (Reg &row : rows) {
-          row = R::shuffle8(R::load_apart(from, 8), spread);
+          row = R::shuffle8(R::load_lanes(from, 8), spread);
           from += src_step;
         }
         transpose<4>(rows);
@@ -102,20 +102,24 @@ struct X86Turn {
   // where the joins drop them.
   LOX_OP void store_48(uint8_t *first, uint8_t *second, Reg a, Reg b, Reg c,
                        Reg d) {
-    a = R::shuffle8(a, R::in_parts(_mm_setr_epi8(-1, -1, -1, -1, 0, 1, 2, 4, 5,
-                                                 6, 8, 9, 10, 12, 13, 14)));
-    b = R::shuffle8(b, R::in_parts(_mm_setr_epi8(0, 1, 2, 4, -1, -1, -1, -1, 5,
-                                                 6, 8, 9, 10, 12, 13, 14)));
-    c = R::shuffle8(c, R::in_parts(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, -1, -1,
-                                                 -1, -1, 10, 12, 13, 14)));
-    d = R::shuffle8(d, R::in_parts(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12,
-                                                 13, 14, -1, -1, -1, -1)));
-    store_part(first, second, R::template bytes_from<4>(a, b));
-    store_part(first + 16, second + 16, R::template bytes_from<8>(b, c));
-    store_part(first + 32, second + 32, R::template bytes_from<12>(c, d));
+    a = R::shuffle8(
+        a, R::broadcast128(_mm_setr_epi8(-1, -1, -1, -1, 0, 1, 2, 4, 5, 6, 8, 9,
+                                         10, 12, 13, 14)));
+    b = R::shuffle8(
+        b, R::broadcast128(_mm_setr_epi8(0, 1, 2, 4, -1, -1, -1, -1, 5, 6, 8, 9,
+                                         10, 12, 13, 14)));
+    c = R::shuffle8(
+        c, R::broadcast128(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, -1, -1, -1, -1,
+                                         10, 12, 13, 14)));
+    d = R::shuffle8(
+        d, R::broadcast128(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14,
+                                         -1, -1, -1, -1)));
+    store_lane(first, second, R::template bytes_from<4>(a, b));
+    store_lane(first + 16, second + 16, R::template bytes_from<8>(b, c));
+    store_lane(first + 32, second + 32, R::template bytes_from<12>(c, d));
   }
-  LOX_OP void store_part(uint8_t *first, uint8_t *second, Reg v) {
-    if constexpr (kParts == 2) {
+  LOX_OP void store_lane(uint8_t *first, uint8_t *second, Reg v) {
+    if constexpr (kLanes == 2) {
       R::store_halves(first, second, v);
     } else {
       R::template store<false>(first, v);
@@ -149,8 +153,8 @@ struct X86Turn {
     } else {
       src -= sizeof(Reg);
       R::template store<false>(
-          dst, R::shuffle8(R::load_apart(src + 16 * (kParts - 1), -16),
-                           R::in_parts(backwards<kUnit>())));
+          dst, R::shuffle8(R::load_lanes(src + 16 * (kLanes - 1), -16),
+                           R::broadcast128(backwards<kUnit>())));
       dst += sizeof(Reg);
     }
   }

@@ -56,8 +56,8 @@ void row(const uint8_t *src, ptrdiff_t step, uint8_t *dst, ptrdiff_t n) {
                 [&](ptrdiff_t moved) LOX_INLINE_LAMBDA {
                   from += M.side * moved;
                   to += moved;
-                  settle(from);
-                  settle(to);
+                  keep_pointer(from);
+                  keep_pointer(to);
                 });
           }) /
       M.unit;

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "rsz/blocks_scalar.h"
-#include "simd/neon.h"
+#include "simd/neon_rgb.h"
 
 namespace lox::LOX_SET {
 

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "rsz/blocks_scalar.h"
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -22,13 +22,13 @@ struct X86Blocks {
       return v;
     } else {
       return R::shuffle8(
-          v, R::in_parts(M.grouped ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2,
-                                                   6, 10, 14, 3, 7, 11, 15)
-                         : M.side == 4
-                             ? _mm_setr_epi8(0, 2, 4, 6, 1, 3, 5, 7, 8, 10, 12,
-                                             14, 9, 11, 13, 15)
-                             : _mm_setr_epi8(0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9,
-                                             11, 12, 14, 13, 15)));
+          v, R::broadcast128(
+                 M.grouped ? _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10,
+                                           14, 3, 7, 11, 15)
+                 : M.side == 4 ? _mm_setr_epi8(0, 2, 4, 6, 1, 3, 5, 7, 8, 10,
+                                               12, 14, 9, 11, 13, 15)
+                               : _mm_setr_epi8(0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9,
+                                               11, 12, 14, 13, 15)));
     }
   }
   // The sums of two samples and of those below them, in 16-bit lanes.
@@ -60,10 +60,10 @@ struct X86Blocks {
   LOX_OP void put_means(const uint8_t *src, ptrdiff_t step, uint8_t *dst) {
     Reg v;
     if constexpr (M.side == 4) {
-      v = R::order_dwords(R::pack_unsigned16(means_by_4<M>(src, step),
-                                             means_by_4<M>(src + 2 * n, step)));
+      v = R::permute_dwords(R::pack_unsigned16(
+          means_by_4<M>(src, step), means_by_4<M>(src + 2 * n, step)));
     } else {
-      v = R::order_quads(R::pack_unsigned16(
+      v = R::permute_quads(R::pack_unsigned16(
           R::template shift_right16<M.shift>(sums<M>(src, step)),
           R::template shift_right16<M.shift>(sums<M>(src + n, step))));
     }

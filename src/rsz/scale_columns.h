@@ -31,12 +31,12 @@ namespace lox::LOX_SET {
 namespace {
 
 // What prepare() has chosen for a strip.
-enum Form : int32_t {
+enum Method : int32_t {
   kRule,
   kGather16,  // looked up in windows of so many bytes
   kGather32,
   kGather64,
-  kWeigh,     // looked up in 16 bytes, weighed
+  kLerp,      // looked up in 16 bytes, weighed
   kHalve,     // 2:1
   kFirstOf4,  // 4:1 of bytes
   kDouble     // 1:2
@@ -84,10 +84,10 @@ LOX_INLINE bool enlarges(const Axis &axis) {
   return axis.scaling >= Scaling::kEnlarge;
 }
 
-// The form of a strip. Its 8 bytes of output are of samples `steps` apart at
+// The method of a strip. Its 8 bytes of output are of samples `steps` apart at
 // most, those of the source steps * src / dst, rounded up; with the last one's
 // neighbour they have to be in one window.
-LOX_INLINE Form choose_form(const Columns &c, bool words) {
+LOX_INLINE Method choose_method(const Columns &c, bool words) {
   const Axis &axis = c.axis;
   const bool enlarge = enlarges(axis);
   const int64_t src = axis.src;
@@ -107,18 +107,18 @@ LOX_INLINE Form choose_form(const Columns &c, bool words) {
         axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
     return span <= 16 && row >= 16 &&
                    has_products(longest, axis.scaling == Scaling::kEnlargeMod1)
-               ? kWeigh
+               ? kLerp
                : kRule;
   }
   for (int i = 0; i < 3; ++i) {
     const int64_t window = int64_t{16} << i;
     if (span <= window && row >= window)
-      return static_cast<Form>(kGather16 + i);
+      return static_cast<Method>(kGather16 + i);
   }
   return kRule;
 }
-constexpr int span_of(Form form) {
-  return form == kGather64 ? 64 : form == kGather32 ? 32 : 16;
+constexpr int span_of(Method method) {
+  return method == kGather64 ? 64 : method == kGather32 ? 32 : 16;
 }
 
 // Bytes of table for a vector of outputs.
@@ -127,10 +127,10 @@ constexpr int places_size(int span) {
   return V::windows(span) * 2 * V::n;
 }
 template <class V, bool kWords>
-constexpr int table_step(Form form) {
-  return places_size<V>(span_of(form)) + (form != kWeigh ? 0
-                                          : kWords       ? 3 * V::n
-                                                         : 4 * V::n);
+constexpr int table_step(Method method) {
+  return places_size<V>(span_of(method)) + (method != kLerp ? 0
+                                            : kWords        ? 3 * V::n
+                                                            : 4 * V::n);
 }
 
 template <class V, bool kWords>
@@ -218,11 +218,11 @@ LOX_INLINE void set_period(Columns &c) {
 template <class V, bool kWords, int kUnit>
 class TableFiller {
  public:
-  LOX_INLINE TableFiller(Columns &c, Form form)
+  LOX_INLINE TableFiller(Columns &c, Method method)
       : c_(c),
-        form_(form),
-        span_(span_of(form)),
-        end_(ptrdiff_t{c.axis.src} * kUnit - span_of(form)),
+        method_(method),
+        span_(span_of(method)),
+        end_(ptrdiff_t{c.axis.src} * kUnit - span_of(method)),
         bytes_(ptrdiff_t{c.count} * kUnit),
         offset_(c.offsets),
         table_(c.table) {}
@@ -251,10 +251,10 @@ class TableFiller {
         const int first = static_cast<int>(walk.byte() - base);
         put_places<V, kWords>(table_, group, i, span_, first,
                               first + walk.to_neighbour());
-        if (form_ == kWeigh) put_weights(weights, group, i, walk.weights());
+        if (method_ == kLerp) put_weights(weights, group, i, walk.weights());
       }
     }
-    table_ += table_step<V, kWords>(form_);
+    table_ += table_step<V, kWords>(method_);
   }
   LOX_INLINE void put_weights(uint8_t *weights, int group, int i, Products p) {
     if constexpr (kWords) {
@@ -273,7 +273,7 @@ class TableFiller {
   }
 
   Columns &c_;
-  Form form_;
+  Method method_;
   int span_;
   ptrdiff_t end_;  // where a row's last window begins
   ptrdiff_t bytes_;
@@ -282,9 +282,9 @@ class TableFiller {
 };
 
 template <class V, bool kWords, int kUnit>
-LOX_INLINE void fill_tables(Columns &c, Form form) {
+LOX_INLINE void fill_tables(Columns &c, Method method) {
   constexpr int kMost = Columns::kBytes / V::n;  // vectors
-  const ptrdiff_t end = ptrdiff_t{c.axis.src} * kUnit - span_of(form);
+  const ptrdiff_t end = ptrdiff_t{c.axis.src} * kUnit - span_of(method);
   c.origin = ptrdiff_t{Walk(c.axis, c.first).next().at} * kUnit;
   c.repeats = 0;
   set_period<V, kUnit>(c);
@@ -311,7 +311,7 @@ LOX_INLINE void fill_tables(Columns &c, Form form) {
       c.count = even < kSamples ? even : kSamples;
     }
   }
-  TableFiller<V, kWords, kUnit> filler(c, form);
+  TableFiller<V, kWords, kUnit> filler(c, method);
   const ptrdiff_t period = ptrdiff_t{c.period} * V::n;
   // A loop, or there would be two of a function of 2 KiB.
 #pragma GCC unroll 1
@@ -326,15 +326,15 @@ template <bool kWords>
 LOX_INLINE void prepare_vectors(Columns &c) {
   const ptrdiff_t bytes = ptrdiff_t{c.count} * c.unit;
   if (bytes < NarrowScale::n) return;
-  const Form form = choose_form(c, kWords);
-  c.form = form;
-  if (form == kRule || form >= kHalve) return;
+  const Method method = choose_method(c, kWords);
+  c.method = method;
+  if (method == kRule || method >= kHalve) return;
   with_scale(bytes, [&]<class V>(V) LOX_INLINE_LAMBDA {
     if constexpr (kWords) {
-      fill_tables<V, true, 2>(c, form);
+      fill_tables<V, true, 2>(c, method);
     } else {
       for_unit(c.unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
-        fill_tables<V, false, Samples::kBytes>(c, form);
+        fill_tables<V, false, Samples::kBytes>(c, method);
       });
     }
   });

@@ -6,11 +6,11 @@
 
 #include <string.h>
 
-#include "simd/neon.h"
+#include "simd/neon_rgb.h"
 
 namespace lox::LOX_SET {
 
-struct NeonScale : NeonLanes {
+struct NeonScale : Neon {
   // --- tables ---------------------------------------------------------------
 
   static constexpr int kWindow = 32;
@@ -167,7 +167,7 @@ struct NeonScale : NeonLanes {
     }
     return r;
   }
-  LOX_OP Neighbours zip(Bytes a, Bytes b) { return {a.v, b.v}; }
+  LOX_OP Neighbours as_neighbours(Bytes a, Bytes b) { return {a.v, b.v}; }
   LOX_OP Bytes average(Neighbours v) { return {vhaddq_u8(v.first, v.second)}; }
   // Both shifted right and narrowed, in one register.
   template <int S>
@@ -218,17 +218,17 @@ struct NeonScale : NeonLanes {
         vshrn_n_u32(vmull_u16(vget_low_u16(a), vget_low_u16(b)), 16),
         vshrn_n_u32(vmull_u16(vget_high_u16(a), vget_high_u16(b)), 16));
   }
-  LOX_OP uint16x8_t weigh(uint8x8_t a, uint8x8_t b, uint8x16_t weights,
-                          uint16x8_t share) {
+  LOX_OP uint16x8_t lerp(uint8x8_t a, uint8x8_t b, uint8x16_t weights,
+                         uint16x8_t share) {
     return multiply_high(
         vmlal_u8(vmull_u8(a, vget_low_u8(weights)), b, vget_high_u8(weights)),
         share);
   }
-  LOX_OP Bytes weigh(Neighbours v, Weights w) {
+  LOX_OP Bytes lerp(Neighbours v, Weights w) {
     const uint16x8_t low =
-        weigh(vget_low_u8(v.first), vget_low_u8(v.second), w.low, w.share_low);
-    const uint16x8_t high = weigh(vget_high_u8(v.first), vget_high_u8(v.second),
-                                  w.high, w.share_high);
+        lerp(vget_low_u8(v.first), vget_low_u8(v.second), w.low, w.share_low);
+    const uint16x8_t high = lerp(vget_high_u8(v.first), vget_high_u8(v.second),
+                                 w.high, w.share_high);
     return {vcombine_u8(vmovn_u16(low), vmovn_u16(high))};
   }
 
@@ -270,7 +270,8 @@ struct NeonScale : NeonLanes {
       return {narrow_sums<2>(vpadalq_u8(vpaddlq_u8(v.a), w.a),
                              vpadalq_u8(vpaddlq_u8(v.b), w.b))};
     } else {
-      return mean_of_4(zip({v.a}, {v.b}), zip({w.a}, {w.b}));
+      return mean_of_4(as_neighbours({v.a}, {v.b}),
+                       as_neighbours({w.a}, {w.b}));
     }
   }
 
@@ -281,7 +282,7 @@ struct NeonScale : NeonLanes {
   }
 
   template <int kUnit>
-  LOX_OP void store_in_turn(uint8_t *p, Bytes first, Bytes second) {
+  LOX_OP void store_interleave_units(uint8_t *p, Bytes first, Bytes second) {
     if constexpr (kUnit == 1) {
       const uint8x16x2_t v = {{first.v, second.v}};
       vst2q_u8(p, v);
@@ -348,21 +349,21 @@ struct NeonScale : NeonLanes {
             vdupq_n_u16(static_cast<uint16_t>(next)),
             vdupq_n_u16(static_cast<uint16_t>(share))};
   }
-  LOX_OP uint16x8_t weigh_component(uint16x8_t a, uint16x8_t b, WordWeights w) {
+  LOX_OP uint16x8_t lerp_component(uint16x8_t a, uint16x8_t b, WordWeights w) {
     return multiply_high(vmlaq_u16(vmulq_u16(a, w.here), b, w.next), w.share);
   }
-  LOX_OP Words weigh565(WordNeighbours v, WordWeights w) {
+  LOX_OP Words lerp565(WordNeighbours v, WordWeights w) {
     const uint16x8_t a = v.first.v;
     const uint16x8_t b = v.second.v;
     const uint16x8_t six = vdupq_n_u16(63);
     const uint16x8_t five = vdupq_n_u16(31);
     const uint16x8_t top =
-        weigh_component(vshrq_n_u16(a, 11), vshrq_n_u16(b, 11), w);
+        lerp_component(vshrq_n_u16(a, 11), vshrq_n_u16(b, 11), w);
     const uint16x8_t middle =
-        weigh_component(vandq_u16(vshrq_n_u16(a, 5), six),
-                        vandq_u16(vshrq_n_u16(b, 5), six), w);
+        lerp_component(vandq_u16(vshrq_n_u16(a, 5), six),
+                       vandq_u16(vshrq_n_u16(b, 5), six), w);
     const uint16x8_t last =
-        weigh_component(vandq_u16(a, five), vandq_u16(b, five), w);
+        lerp_component(vandq_u16(a, five), vandq_u16(b, five), w);
     return {vsliq_n_u16(vsliq_n_u16(last, middle, 5), top, 11)};
   }
 

@@ -30,12 +30,12 @@ LOX_INLINE void for_groups(const Columns *c, const uint8_t *row,
   Place at = {row + c->origin, below, c->offsets, c->table};
   const auto step = [&]() LOX_INLINE_LAMBDA {
     make(dst, at);
-    settle(at.offsets);
-    settle(at.table);
+    keep_pointer(at.offsets);
+    keep_pointer(at.table);
   };
   const auto move = [&](ptrdiff_t by) LOX_INLINE_LAMBDA {
     dst += by;
-    settle(dst);
+    keep_pointer(dst);
   };
   for (auto i = static_cast<uint32_t>(c->repeats); i != 0; --i) {
     at.offsets = c->offsets;
@@ -52,10 +52,10 @@ LOX_INLINE void for_groups(const Columns *c, const uint8_t *row,
   if (rest > 0) for_vectors<V, 2>(rest, step, move);
 }
 
-// Calls kernel.operator()<form>() for one of the gathering forms.
+// Calls kernel.operator()<method>() for one of the gathering forms.
 template <class Kernel>
-LOX_INLINE void with_span(int32_t form, Kernel kernel) {
-  switch (form) {
+LOX_INLINE void with_span(int32_t method, Kernel kernel) {
+  switch (method) {
     case kGather16:
       return kernel.template operator()<kGather16>();
     case kGather32:
@@ -100,9 +100,9 @@ LOX_INLINE void for_boxes(const uint8_t *row, const uint8_t *below,
         }
         V::store_bytes(dst, make(row, below));
         dst += V::n;
-        settle(row);
-        settle(below);
-        settle(dst);
+        keep_pointer(row);
+        keep_pointer(below);
+        keep_pointer(dst);
       },
       [&](ptrdiff_t by) LOX_INLINE_LAMBDA {
         row -= kFactor * by;
@@ -127,14 +127,14 @@ LOX_INLINE void double_columns(const uint8_t *row, uint8_t *dst,
         inner,
         [&]() LOX_INLINE_LAMBDA {
           const auto here = V::load_bytes(from);
-          V::template store_in_turn<kUnit>(
+          V::template store_interleave_units<kUnit>(
               to, here, V::average_down(here, V::load_bytes(from + kUnit)));
         },
         [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
           from += step;
           to += 2 * step;
-          settle(from);
-          settle(to);
+          keep_pointer(from);
+          keep_pointer(to);
         });
   }
   for (ptrdiff_t i = inner >= V::n ? inner : 0; i < half; i += kUnit) {
@@ -162,7 +162,7 @@ struct AsBytes {
     return V::fill_weights(w.here, w.next, w.share);
   }
   LOX_OP auto neighbours(const uint8_t *p, const uint8_t *q) {
-    return V::zip(V::load_bytes(p), V::load_bytes(q));
+    return V::as_neighbours(V::load_bytes(p), V::load_bytes(q));
   }
   LOX_OP void put_average(uint8_t *dst, const uint8_t *p, const uint8_t *q) {
     V::store_bytes(dst, V::average_down(V::load_bytes(p), V::load_bytes(q)));
@@ -176,8 +176,8 @@ struct AsBytes {
     V::store_bytes(dst, V::mean_of_4(v, w));
   }
   template <class Values, class Weights>
-  LOX_OP void put_weighed(uint8_t *dst, Values v, Weights w) {
-    V::store_bytes(dst, V::weigh(v, w));
+  LOX_OP void put_lerp(uint8_t *dst, Values v, Weights w) {
+    V::store_bytes(dst, V::lerp(v, w));
   }
 };
 template <class V>
@@ -208,8 +208,8 @@ struct As565 {
     V::store_words(dst, V::mean_of_4_565(v, w));
   }
   template <class Values, class Weights>
-  LOX_OP void put_weighed(uint8_t *dst, Values v, Weights w) {
-    V::store_words(dst, V::weigh565(v, w));
+  LOX_OP void put_lerp(uint8_t *dst, Values v, Weights w) {
+    V::store_words(dst, V::lerp565(v, w));
   }
 };
 
@@ -225,21 +225,21 @@ LOX_INLINE void gathered_columns(const uint8_t *row, uint8_t *dst,
   with_type<As>(
       ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
         using V = typename T::Lanes;
-        if (c->form == kWeigh) {
+        if (c->method == kLerp) {
           return for_groups<V>(
               c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
                 typename V::Low p;
                 typename V::High q;
                 V::take_windows(at.src, at.offsets, p, q);
                 const auto places = V::template take_places<16>(at.table);
-                T::put_weighed(to, T::template gather<16>(p, q, places),
-                               T::weights(at.table));
+                T::put_lerp(to, T::template gather<16>(p, q, places),
+                            T::weights(at.table));
               });
         }
-        with_span(c->form, [&]<Form kForm>() LOX_INLINE_LAMBDA {
+        with_span(c->method, [&]<Method kMethod>() LOX_INLINE_LAMBDA {
           for_groups<V>(
               c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
-                constexpr int kSpan = span_of(kForm);
+                constexpr int kSpan = span_of(kMethod);
                 typename V::Low p;
                 typename V::High q;
                 V::take_windows(at.src, at.offsets, p, q);
@@ -256,11 +256,11 @@ LOX_INLINE void gathered_box(const uint8_t *row, const uint8_t *below,
   with_type<As>(
       ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
         using V = typename T::Lanes;
-        with_span(c->form, [&]<Form kForm>() LOX_INLINE_LAMBDA {
+        with_span(c->method, [&]<Method kMethod>() LOX_INLINE_LAMBDA {
           for_groups<V>(
               c, row, below - row, dst,
               [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
-                constexpr int kSpan = span_of(kForm);
+                constexpr int kSpan = span_of(kMethod);
                 typename V::Low p;
                 typename V::High q;
                 V::take_windows(at.src, at.offsets, p, q);
@@ -286,9 +286,9 @@ LOX_INLINE bool lerp_vectors(const uint8_t *a, const uint8_t *b, uint8_t *dst,
             a += by;
             b += by;
             dst += by;
-            settle(a);
-            settle(b);
-            settle(dst);
+            keep_pointer(a);
+            keep_pointer(b);
+            keep_pointer(dst);
           });
     };
     if (step.length == 2) {
@@ -298,7 +298,7 @@ LOX_INLINE bool lerp_vectors(const uint8_t *a, const uint8_t *b, uint8_t *dst,
     const auto weights = T::weights(products(step, mod1));
     rows([&](uint8_t *to, const uint8_t *p, const uint8_t *q)
              LOX_INLINE_LAMBDA {
-               T::put_weighed(to, T::neighbours(p, q), weights);
+               T::put_lerp(to, T::neighbours(p, q), weights);
              });
   });
   return true;
@@ -306,7 +306,7 @@ LOX_INLINE bool lerp_vectors(const uint8_t *a, const uint8_t *b, uint8_t *dst,
 
 LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
                                 const Columns *c) {
-  switch (c->form) {
+  switch (c->method) {
     case kHalve:
       return with_pow2_unit(c, [&]<class V, int kUnit>() LOX_INLINE_LAMBDA {
         for_boxes<V, 2>(
@@ -334,7 +334,7 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
 
 LOX_INLINE void box_vectors(const uint8_t *row, const uint8_t *below,
                             uint8_t *dst, const Columns *c) {
-  switch (c->form) {
+  switch (c->method) {
     case kHalve:
       return with_pow2_unit(c, [&]<class V, int kUnit>() LOX_INLINE_LAMBDA {
         for_boxes<V, 2>(
@@ -363,7 +363,7 @@ LOX_INLINE void box_vectors(const uint8_t *row, const uint8_t *below,
 
 template <bool kWords>
 void prepare(Columns *c) {
-  c->form = kRule;
+  c->method = kRule;
 #if LOX_VECTORS
   prepare_vectors<kWords>(*c);
 #endif
@@ -371,7 +371,7 @@ void prepare(Columns *c) {
 
 void columns(const uint8_t *row, uint8_t *dst, const Columns *c) {
 #if LOX_VECTORS
-  if (c->form != kRule) return columns_vectors(row, dst, c);
+  if (c->method != kRule) return columns_vectors(row, dst, c);
 #endif
   for_unit(c->unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
     columns_rule<Samples>(row, dst, c);
@@ -381,7 +381,7 @@ void columns(const uint8_t *row, uint8_t *dst, const Columns *c) {
 void box(const uint8_t *row, const uint8_t *below, uint8_t *dst,
          const Columns *c) {
 #if LOX_VECTORS
-  if (c->form != kRule) return box_vectors(row, below, dst, c);
+  if (c->method != kRule) return box_vectors(row, below, dst, c);
 #endif
   for_unit(c->unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
     box_rule<Samples>(row, below, dst, c);
@@ -398,7 +398,7 @@ void lerp(const uint8_t *a, const uint8_t *b, uint8_t *dst, ptrdiff_t n,
 
 void columns565(const uint8_t *row, uint8_t *dst, const Columns *c) {
 #if LOX_VECTORS
-  if (c->form != kRule) return gathered_columns<As565>(row, dst, c);
+  if (c->method != kRule) return gathered_columns<As565>(row, dst, c);
 #endif
   columns_rule<Rgb565Samples>(row, dst, c);
 }
@@ -406,7 +406,7 @@ void columns565(const uint8_t *row, uint8_t *dst, const Columns *c) {
 void box565(const uint8_t *row, const uint8_t *below, uint8_t *dst,
             const Columns *c) {
 #if LOX_VECTORS
-  if (c->form != kRule) return gathered_box<As565>(row, below, dst, c);
+  if (c->method != kRule) return gathered_box<As565>(row, below, dst, c);
 #endif
   box_rule<Rgb565Samples>(row, below, dst, c);
 }
@@ -434,9 +434,9 @@ LOX_INLINE void reduce_words(const uint8_t *row, const uint8_t *below,
             row += 2 * step;
             below += 2 * step;
             dst += step;
-            settle(row);
-            settle(below);
-            settle(dst);
+            keep_pointer(row);
+            keep_pointer(below);
+            keep_pointer(dst);
           });
     });
   }

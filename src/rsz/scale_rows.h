@@ -20,7 +20,7 @@ struct Columns {
   int32_t count;
 
   // ---
-  int32_t form;
+  int32_t method;
   // Vectors of output are made in groups of 8 bytes, looked up in a window of
   // source bytes each. The first `period` vectors are done `repeats` times,
   // each time `advance` source bytes further; then come the others, the last

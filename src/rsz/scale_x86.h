@@ -5,7 +5,7 @@
 // weighs them.
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -69,7 +69,7 @@ struct X86Scale : V {
     }
     return v;
   }
-  LOX_OP Neighbours zip(Bytes a, Bytes b) {
+  LOX_OP Neighbours as_neighbours(Bytes a, Bytes b) {
     return {R::unpack_low8(a.v, b.v), R::unpack_high8(a.v, b.v)};
   }
   template <int S>
@@ -101,7 +101,7 @@ struct X86Scale : V {
     const Reg shares = R::fill16(share);
     return {both, both, shares, shares};
   }
-  LOX_OP Bytes weigh(Neighbours v, Weights w) {
+  LOX_OP Bytes lerp(Neighbours v, Weights w) {
     return {R::pack_unsigned16(
         R::multiply_high16(R::multiply_add8(v.a, w.a), w.share_a),
         R::multiply_high16(R::multiply_add8(v.b, w.b), w.share_b))};
@@ -127,8 +127,8 @@ struct X86Scale : V {
       return v;
     } else {
       return R::shuffle8(
-          v,
-          R::in_parts(kUnit == 2 ? _mm_setr_epi8(0, 2, 1, 3, 4, 6, 5, 7, 8, 10,
+          v, R::broadcast128(kUnit == 2
+                                 ? _mm_setr_epi8(0, 2, 1, 3, 4, 6, 5, 7, 8, 10,
                                                  9, 11, 12, 14, 13, 15)
                                  : _mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12,
                                                  9, 13, 10, 14, 11, 15)));
@@ -140,11 +140,11 @@ struct X86Scale : V {
     return {beside<kUnit>(R::load(p - 2 * n)), beside<kUnit>(R::load(p - n))};
   }
   LOX_OP Bytes average(Adjacent v) {
-    return {R::order_quads(pack_sums<1>(sum(v.a), sum(v.b)))};
+    return {R::permute_quads(pack_sums<1>(sum(v.a), sum(v.b)))};
   }
   LOX_OP Bytes mean_of_4(Adjacent v, Adjacent w) {
-    return {R::order_quads(pack_sums<2>(R::add16(sum(v.a), sum(w.a)),
-                                        R::add16(sum(v.b), sum(w.b))))};
+    return {R::permute_quads(pack_sums<2>(R::add16(sum(v.a), sum(w.a)),
+                                          R::add16(sum(v.b), sum(w.b))))};
   }
 
   // The sums of the first two of four bytes, in 32-bit lanes.
@@ -162,8 +162,8 @@ struct X86Scale : V {
   }
   template <int S>
   LOX_OP Bytes pack_dwords(FirstTwoOf4 v) {
-    return {R::order_dwords(pack_sums<S>(R::pack_unsigned32(v.v0, v.v1),
-                                         R::pack_unsigned32(v.v2, v.v3)))};
+    return {R::permute_dwords(pack_sums<S>(R::pack_unsigned32(v.v0, v.v1),
+                                           R::pack_unsigned32(v.v2, v.v3)))};
   }
   LOX_OP Bytes average(FirstTwoOf4 v) { return pack_dwords<1>(v); }
   LOX_OP Bytes mean_of_4(FirstTwoOf4 v, FirstTwoOf4 w) {
@@ -172,9 +172,9 @@ struct X86Scale : V {
   }
 
   template <int kUnit>
-  LOX_OP void store_in_turn(uint8_t *p, Bytes first, Bytes second) {
-    const Reg a = R::spread_quads(first.v);
-    const Reg b = R::spread_quads(second.v);
+  LOX_OP void store_interleave_units(uint8_t *p, Bytes first, Bytes second) {
+    const Reg a = R::unpermute_quads(first.v);
+    const Reg b = R::unpermute_quads(second.v);
     if constexpr (kUnit == 1) {
       R::template store<false>(p, R::unpack_low8(a, b));
       R::template store<false>(p + n, R::unpack_high8(a, b));
@@ -233,23 +233,23 @@ struct X86Scale : V {
   LOX_OP WordWeights fill_word_weights(int here, int next, int share) {
     return {R::fill16(here), R::fill16(next), R::fill16(share)};
   }
-  LOX_OP Reg weigh_component(Reg a, Reg b, WordWeights w) {
+  LOX_OP Reg lerp_component(Reg a, Reg b, WordWeights w) {
     return R::multiply_high16(
         R::add16(R::multiply_low16(a, w.here), R::multiply_low16(b, w.next)),
         w.share);
   }
-  LOX_OP Words weigh565(WordNeighbours v, WordWeights w) {
+  LOX_OP Words lerp565(WordNeighbours v, WordWeights w) {
     const Reg a = v.first.v;
     const Reg b = v.second.v;
     const Reg six = R::fill16(63);
     const Reg five = R::fill16(31);
-    const Reg top = weigh_component(R::template shift_right16<11>(a),
-                                    R::template shift_right16<11>(b), w);
+    const Reg top = lerp_component(R::template shift_right16<11>(a),
+                                   R::template shift_right16<11>(b), w);
     const Reg middle =
-        weigh_component(R::bit_and(R::template shift_right16<5>(a), six),
-                        R::bit_and(R::template shift_right16<5>(b), six), w);
+        lerp_component(R::bit_and(R::template shift_right16<5>(a), six),
+                       R::bit_and(R::template shift_right16<5>(b), six), w);
     const Reg last =
-        weigh_component(R::bit_and(a, five), R::bit_and(b, five), w);
+        lerp_component(R::bit_and(a, five), R::bit_and(b, five), w);
     return {R::bit_or(R::bit_or(R::template shift_left16<11>(top),
                                 R::template shift_left16<5>(middle)),
                       last)};
@@ -262,8 +262,9 @@ struct X86Scale : V {
   LOX_OP Reg sum_words(const uint8_t *p) {
     Reg v = R::load(p);
     if constexpr (kUnit == 4) {
-      v = R::shuffle8(v, R::in_parts(_mm_setr_epi8(0, 1, 4, 5, 2, 3, 6, 7, 8, 9,
-                                                   12, 13, 10, 11, 14, 15)));
+      v = R::shuffle8(
+          v, R::broadcast128(_mm_setr_epi8(0, 1, 4, 5, 2, 3, 6, 7, 8, 9, 12, 13,
+                                           10, 11, 14, 15)));
     }
     return R::multiply_add16(R::exclusive_or(v, R::fill16(0x8000)),
                              R::fill16(1));
@@ -280,7 +281,7 @@ struct X86Scale : V {
   LOX_OP void halve_words(const uint8_t *row, const uint8_t *below,
                           uint8_t *dst) {
     R::template store<false>(dst,
-                             R::order_quads(R::pack_unsigned32(
+                             R::permute_quads(R::pack_unsigned32(
                                  mean_of_4_words<kUnit>(row, below),
                                  mean_of_4_words<kUnit>(row + n, below + n))));
   }

@@ -3,7 +3,7 @@
 // Arithmetic on bytes, as filters and searches do it, on NEON.
 #pragma once
 
-#include "simd/neon.h"
+#include "simd/neon_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -26,14 +26,14 @@ struct NeonBytes {
   LOX_OP Reg exclusive_or(Reg a, Reg b) { return veorq_u8(a, b); }
   LOX_OP Reg add(Reg a, Reg b) { return vaddq_u8(a, b); }
   LOX_OP Reg sub(Reg a, Reg b) { return vsubq_u8(a, b); }
-  LOX_OP Reg add_limited(Reg a, Reg b) { return vqaddq_u8(a, b); }
-  LOX_OP Reg sub_limited(Reg a, Reg b) { return vqsubq_u8(a, b); }
+  LOX_OP Reg add_saturating(Reg a, Reg b) { return vqaddq_u8(a, b); }
+  LOX_OP Reg sub_saturating(Reg a, Reg b) { return vqsubq_u8(a, b); }
   LOX_OP Reg average_up(Reg a, Reg b) { return vrhaddq_u8(a, b); }
   LOX_OP Reg min(Reg a, Reg b) { return vminq_u8(a, b); }
   LOX_OP Reg half(Reg v) { return vshrq_n_u8(v, 1); }
   // Where bit S of a is not bit 0 of b: 1, else 0.
   template <int S>
-  LOX_OP Reg differ(Reg a, Reg b) {
+  LOX_OP Reg xor_bit(Reg a, Reg b) {
     return vandq_u8(veorq_u8(vshrq_n_u8(a, S), b), fill8(1));
   }
 
@@ -42,7 +42,7 @@ struct NeonBytes {
   LOX_OP Reg half_signed(Reg v) {
     return as_bytes(vshrq_n_s8(as_signed(v), 1));
   }
-  LOX_OP Reg add_limited_signed(Reg a, Reg b) {
+  LOX_OP Reg add_saturating_signed(Reg a, Reg b) {
     return as_bytes(vqaddq_s8(as_signed(a), as_signed(b)));
   }
   LOX_OP Reg min_signed(Reg a, Reg b) {
@@ -64,7 +64,7 @@ struct NeonBytes {
 
   // The first four bytes of every eight, of eight rows: first, second, third
   // and fourth ones apart, a register each; and the rows' other bytes.
-  struct Fours {
+  struct FourColumns {
     Reg a, b, c, d;
     uint32x4_t others0, others1, others2, others3;
   };
@@ -72,7 +72,7 @@ struct NeonBytes {
     return vreinterpretq_u32_u8(vld1q_u8(p));
   }
   LOX_OP Reg as_bytes(uint32x4_t v) { return vreinterpretq_u8_u32(v); }
-  LOX_OP Fours take_fours(uint8_t *const (&row)[8]) {
+  LOX_OP FourColumns load_four_columns(uint8_t *const (&row)[8]) {
     const uint32x4x2_t v0 = vuzpq_u32(load32(row[0]), load32(row[4]));
     const uint32x4x2_t v1 = vuzpq_u32(load32(row[1]), load32(row[5]));
     const uint32x4x2_t v2 = vuzpq_u32(load32(row[2]), load32(row[6]));
@@ -92,7 +92,8 @@ struct NeonBytes {
     vst1q_u8(upper, as_bytes(v.val[0]));
     vst1q_u8(lower, as_bytes(v.val[1]));
   }
-  LOX_OP void put_fours(uint8_t *const (&row)[8], const Fours &f) {
+  LOX_OP void store_four_columns(uint8_t *const (&row)[8],
+                                 const FourColumns &f) {
     const uint8x16x2_t ac = vzipq_u8(f.a, f.c);
     const uint8x16x2_t bd = vzipq_u8(f.b, f.d);
     const uint8x16x2_t v01 = vzipq_u8(ac.val[0], bd.val[0]);

@@ -88,11 +88,12 @@ struct NeonYuv {
     return {v.val[1], v.val[3]};
   }
   template <Order>
-  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
+  LOX_OP Pairs load_interleave(const uint8_t *first, const uint8_t *second) {
     return {vld1_u8(first), vld1_u8(second)};
   }
   template <Order>
-  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
+  LOX_OP WPairs load_interleave_wide(const uint8_t *first,
+                                     const uint8_t *second) {
     const uint8x8x2_t f = vld2_u8(first);
     const uint8x8x2_t s = vld2_u8(second);
     return {{f.val[0], s.val[0]}, {f.val[1], s.val[1]}};
@@ -169,7 +170,7 @@ struct NeonYuv {
   LOX_OP W16 add(W16 x, W16 y) {
     return {vaddq_s16(x.even, y.even), vaddq_s16(x.odd, y.odd)};
   }
-  LOX_OP W16 add_saturate(W16 x, W16 y) {
+  LOX_OP W16 add_saturating(W16 x, W16 y) {
     return {vqaddq_s16(x.even, y.even), vqaddq_s16(x.odd, y.odd)};
   }
   template <int S>
@@ -187,15 +188,15 @@ struct NeonYuv {
         vsriq_n_u16(narrow_high<S>(v.odd), narrow_high<S>(v.even), 8))};
   }
   template <int S0, int S1>
-  LOX_OP Words join(W16 low, W16 high) {
+  LOX_OP Words pair_narrow(W16 low, W16 high) {
     return {narrow<S0>(low).v, narrow<S1>(high).v};
   }
   template <int S>
-  LOX_OP Words join_high_255(W16 low) {
+  LOX_OP Words pair_narrow_255(W16 low) {
     return {narrow<S>(low).v, vdupq_n_u8(255)};
   }
   template <int S>
-  LOX_OP Words join_low_255(W16 high) {
+  LOX_OP Words pair_255_narrow(W16 high) {
     return {vdupq_n_u8(255), narrow<S>(high).v};
   }
   template <int S0, int S1, int S2>

@@ -3,7 +3,7 @@
 // The vector layer as kernels see it. A kernel unit is compiled once for each
 // instruction set with LOX_SET naming it and puts everything into lox::LOX_SET.
 // Wide is the set's vector type, Narrow the one for rows too short for it (the
-// same where there is no narrower one), Far the one to move what lies beyond
+// same where there is no narrower one), Bulk the one to move what lies beyond
 // the caches: measured, whole cache lines from one register are slow there; the
 // portable set has neither (LOX_VECTORS is 0) and runs the plain rule.
 //
@@ -19,25 +19,25 @@
 #include "simd/x86_avx2.h"
 #include "simd/x86_avx512.h"
 #include "simd/x86_sse41.h"
-#define LOX_WIDE Avx512Lanes
-#define LOX_NARROW Sse41Lanes
-#define LOX_FAR Avx2Lanes
+#define LOX_WIDE Avx512
+#define LOX_NARROW Sse41
+#define LOX_BULK Avx2
 #elif defined(LOX_SET_avx2)
 #include "simd/x86_avx2.h"
 #include "simd/x86_sse41.h"
-#define LOX_WIDE Avx2Lanes
-#define LOX_NARROW Sse41Lanes
-#define LOX_FAR Avx2Lanes
+#define LOX_WIDE Avx2
+#define LOX_NARROW Sse41
+#define LOX_BULK Avx2
 #elif defined(LOX_SET_sse41)
 #include "simd/x86_sse41.h"
-#define LOX_WIDE Sse41Lanes
-#define LOX_NARROW Sse41Lanes
-#define LOX_FAR Sse41Lanes
+#define LOX_WIDE Sse41
+#define LOX_NARROW Sse41
+#define LOX_BULK Sse41
 #elif defined(LOX_SET_neon)
-#include "simd/neon.h"
-#define LOX_WIDE NeonLanes
-#define LOX_NARROW NeonLanes
-#define LOX_FAR NeonLanes
+#include "simd/neon_rgb.h"
+#define LOX_WIDE Neon
+#define LOX_NARROW Neon
+#define LOX_BULK Neon
 #endif
 
 #if defined(LOX_WIDE)
@@ -45,7 +45,7 @@
 namespace lox::LOX_SET {
 using Wide = LOX_WIDE;
 using Narrow = LOX_NARROW;
-using Far = LOX_FAR;
+using Bulk = LOX_BULK;
 constexpr bool kNarrower = Narrow::n < Wide::n;
 }  // namespace lox::LOX_SET
 #else
@@ -95,7 +95,7 @@ constexpr bool kLoadsMovePointers = false;
 // Holds a pointer to moving by itself where that costs nothing: compilers else
 // compute it from another one.
 template <class T>
-LOX_INLINE void settle([[maybe_unused]] T *&p) {
+LOX_INLINE void keep_pointer([[maybe_unused]] T *&p) {
   if constexpr (kLoadsMovePointers) __asm__("" : "+r"(p));
 }
 

@@ -7,7 +7,7 @@
 // widening, duplicating and ordering together.
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -27,15 +27,23 @@ struct Avx2Register {
   }
   LOX_OP Reg zero() { return _mm256_setzero_si256(); }
   LOX_OP Reg fill16(int k) { return _mm256_set1_epi16(static_cast<short>(k)); }
-  LOX_OP Reg in_parts(__m128i v) { return _mm256_broadcastsi128_si256(v); }
+  LOX_OP Reg broadcast128(__m128i v) { return _mm256_broadcastsi128_si256(v); }
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
-  LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm256_adds_epi16(a, b); }
+  LOX_OP Reg add_saturating_signed16(Reg a, Reg b) {
+    return _mm256_adds_epi16(a, b);
+  }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
   LOX_OP Reg add8(Reg a, Reg b) { return _mm256_add_epi8(a, b); }
-  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm256_adds_epu8(a, b); }
-  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm256_subs_epu8(a, b); }
-  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm256_adds_epi8(a, b); }
+  LOX_OP Reg add_saturating_unsigned8(Reg a, Reg b) {
+    return _mm256_adds_epu8(a, b);
+  }
+  LOX_OP Reg sub_saturating_unsigned8(Reg a, Reg b) {
+    return _mm256_subs_epu8(a, b);
+  }
+  LOX_OP Reg add_saturating_signed8(Reg a, Reg b) {
+    return _mm256_adds_epi8(a, b);
+  }
   LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm256_min_epu8(a, b); }
   LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm256_min_epi8(a, b); }
   LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm256_max_epi8(a, b); }
@@ -112,14 +120,13 @@ struct Avx2Register {
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm256_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
-  LOX_OP Reg min16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
+  LOX_OP Reg min_signed16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
   LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm256_min_epu16(a, b); }
   LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm256_max_epu16(a, b); }
-  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm256_subs_epu16(a, b); }
-  LOX_OP Reg max16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
-  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
-    return _mm256_mulhi_epi16(a, b);
+  LOX_OP Reg sub_saturating_unsigned16(Reg a, Reg b) {
+    return _mm256_subs_epu16(a, b);
   }
+  LOX_OP Reg max_signed16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
   template <int S>
   LOX_OP Reg shift_right_signed32(Reg v) {
     return _mm256_srai_epi32(v, S);
@@ -149,22 +156,22 @@ struct Avx2Register {
     return _mm256_blend_epi16(a, b, 0xAA);
   }
   // 16 bytes in both halves.
-  LOX_OP Reg load_to_parts(const uint8_t *p) {
-    return in_parts(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
+  LOX_OP Reg load_broadcast128(const uint8_t *p) {
+    return broadcast128(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
   }
   // The halves of four registers, 64 bytes together, which are 128 apart; and
   // of halves stored without gaps and loaded again, those of each register.
-  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    store<false>(p, join_low_parts(a, b));
-    store<false>(p + 32, join_low_parts(c, d));
-    store<false>(p + 128, join_high_parts(a, b));
-    store<false>(p + 160, join_high_parts(c, d));
+  LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    store<false>(p, interleave_low_lanes(a, b));
+    store<false>(p + 32, interleave_low_lanes(c, d));
+    store<false>(p + 128, interleave_high_lanes(a, b));
+    store<false>(p + 160, interleave_high_lanes(c, d));
   }
-  LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
-    const Reg c0 = join_low_parts(a, c);
-    const Reg c1 = join_high_parts(a, c);
-    const Reg c2 = join_low_parts(b, d);
-    const Reg c3 = join_high_parts(b, d);
+  LOX_OP void transpose_lanes(Reg &a, Reg &b, Reg &c, Reg &d) {
+    const Reg c0 = interleave_low_lanes(a, c);
+    const Reg c1 = interleave_high_lanes(a, c);
+    const Reg c2 = interleave_low_lanes(b, d);
+    const Reg c3 = interleave_high_lanes(b, d);
     a = c0;
     b = c1;
     c = c2;
@@ -185,7 +192,7 @@ struct Avx2Register {
     return _mm256_alignr_epi8(high, low, K);
   }
   // 16 bytes in each half, `step` apart.
-  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t step) {
+  LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t step) {
     return _mm256_inserti128_si256(
         _mm256_castsi128_si256(
             _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))),
@@ -200,27 +207,27 @@ struct Avx2Register {
   }
   // Units of both halves in turn: of 64, of 32, and of 16 bits, these of the
   // first half of each half and then of the second.
-  LOX_OP Reg order_quads(Reg v) { return _mm256_permute4x64_epi64(v, 0xD8); }
-  // The reverse of order_quads, before what works inside halves.
-  LOX_OP Reg spread_quads(Reg v) { return order_quads(v); }
-  LOX_OP Reg order_dwords(Reg v) {
+  LOX_OP Reg permute_quads(Reg v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+  // The reverse of permute_quads, before what works inside halves.
+  LOX_OP Reg unpermute_quads(Reg v) { return permute_quads(v); }
+  LOX_OP Reg permute_dwords(Reg v) {
     return _mm256_permutevar8x32_epi32(
         v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
   }
-  // The reverse of order_dwords.
-  LOX_OP Reg spread_dwords(Reg v) {
+  // The reverse of permute_dwords.
+  LOX_OP Reg unpermute_dwords(Reg v) {
     return _mm256_permutevar8x32_epi32(
         v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
   }
-  LOX_OP Reg order_words(Reg v) {
-    return shuffle8(order_quads(v),
-                    in_parts(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12,
-                                           13, 6, 7, 14, 15)));
+  LOX_OP Reg permute_words(Reg v) {
+    return shuffle8(permute_quads(v),
+                    broadcast128(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5,
+                                               12, 13, 6, 7, 14, 15)));
   }
-  LOX_OP Reg join_low_parts(Reg a, Reg b) {
+  LOX_OP Reg interleave_low_lanes(Reg a, Reg b) {
     return _mm256_permute2x128_si256(a, b, 0x20);
   }
-  LOX_OP Reg join_high_parts(Reg a, Reg b) {
+  LOX_OP Reg interleave_high_lanes(Reg a, Reg b) {
     return _mm256_permute2x128_si256(a, b, 0x31);
   }
   LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
@@ -236,14 +243,16 @@ struct Avx2Register {
 //   kBytes  0..7          16..23         8..15, 24..31
 //   kWords  0..7          8..15          as a, 16 further
 //   kQuads  0..3, 8..11   4..7, 12..15   as a, 16 further
-struct Avx2Lanes : X86Lanes<Avx2Register> {
+struct Avx2 : X86Rgb<Avx2Register> {
   using R = Avx2Register;
 
   LOX_OP __m128i load_16(const uint8_t *p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
   }
   // The same 16 bytes in both halves.
-  LOX_OP Reg load_twice(const uint8_t *p) { return R::in_parts(load_16(p)); }
+  LOX_OP Reg load_twice(const uint8_t *p) {
+    return R::broadcast128(load_16(p));
+  }
 
   // Of 16 bytes in both halves, those of the half's pixels: to the high bytes
   // of the lanes, the low ones zero.
@@ -293,31 +302,31 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     Reg a;
     Reg b;
     if constexpr (O == Order::kBytes) {
-      a = R::load_apart(p, 32);
-      b = R::load_apart(p + 16, 32);
+      a = R::load_lanes(p, 32);
+      b = R::load_lanes(p + 16, 32);
     } else {
       a = R::load(p);
       b = R::load(p + 32);
     }
     if constexpr (O == Order::kQuads) {
-      a = R::spread_quads(a);
-      b = R::spread_quads(b);
+      a = R::unpermute_quads(a);
+      b = R::unpermute_quads(b);
     }
     return {R::bit_and(a, high), R::bit_and(b, high)};
   }
   template <Order O>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {
     const Reg pairs =
-        R::order_quads(pack_high_bytes(R::load(p), R::load(p + 32)));
+        R::permute_quads(pack_high_bytes(R::load(p), R::load(p + 32)));
     if constexpr (O == Order::kBytes) {
       return double_pairs(pairs);
     } else {
-      return {pick_pairs<O>(R::join_low_parts(pairs, pairs)),
-              pick_pairs<O>(R::join_high_parts(pairs, pairs))};
+      return {pick_pairs<O>(R::interleave_low_lanes(pairs, pairs)),
+              pick_pairs<O>(R::interleave_high_lanes(pairs, pairs))};
     }
   }
   template <Order O>
-  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
+  LOX_OP Pairs load_interleave(const uint8_t *first, const uint8_t *second) {
     const Reg f = load_twice(first);
     const Reg s = load_twice(second);
     const Reg low = R::unpack_low8(f, s);
@@ -329,9 +338,10 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     }
   }
   template <Order O>
-  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
+  LOX_OP WPairs load_interleave_wide(const uint8_t *first,
+                                     const uint8_t *second) {
     if constexpr (O == Order::kBytes) {
-      return zip(R::load(first), R::load(second));
+      return interleave(R::load(first), R::load(second));
     } else {
       // The second in the high bytes as it is loaded, the first moved below.
       const U8 f = load<O>(first);
@@ -348,7 +358,7 @@ struct Avx2Lanes : X86Lanes<Avx2Register> {
     } else if constexpr (O == Order::kWords) {
       split_422<kLuma>(R::load(p), R::load(p + 32), luma, pairs);
     } else {
-      split_422<kLuma>(R::load_apart(p, 32), R::load_apart(p + 16, 32), luma,
+      split_422<kLuma>(R::load_lanes(p, 32), R::load_lanes(p + 16, 32), luma,
                        pairs);
     }
   }

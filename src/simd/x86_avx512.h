@@ -6,7 +6,7 @@
 // its store wants it (Order).
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -31,18 +31,26 @@ struct Avx512Register {
   LOX_OP Reg zero() { return _mm512_setzero_si512(); }
   LOX_OP Reg fill16(int k) { return _mm512_set1_epi16(static_cast<short>(k)); }
   LOX_OP Reg fill32(int k) { return _mm512_set1_epi32(k); }
-  LOX_OP Reg in_parts(__m128i v) { return _mm512_broadcast_i32x4(v); }
+  LOX_OP Reg broadcast128(__m128i v) { return _mm512_broadcast_i32x4(v); }
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm512_add_epi16(a, b); }
-  LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm512_adds_epi16(a, b); }
+  LOX_OP Reg add_saturating_signed16(Reg a, Reg b) {
+    return _mm512_adds_epi16(a, b);
+  }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm512_sub_epi16(a, b); }
   LOX_OP bool any_bit(Reg v) { return _mm512_test_epi32_mask(v, v) != 0; }
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm512_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm512_avg_epu8(a, b); }
   LOX_OP Reg add8(Reg a, Reg b) { return _mm512_add_epi8(a, b); }
-  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm512_adds_epu8(a, b); }
-  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm512_subs_epu8(a, b); }
-  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm512_adds_epi8(a, b); }
+  LOX_OP Reg add_saturating_unsigned8(Reg a, Reg b) {
+    return _mm512_adds_epu8(a, b);
+  }
+  LOX_OP Reg sub_saturating_unsigned8(Reg a, Reg b) {
+    return _mm512_subs_epu8(a, b);
+  }
+  LOX_OP Reg add_saturating_signed8(Reg a, Reg b) {
+    return _mm512_adds_epi8(a, b);
+  }
   LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm512_min_epu8(a, b); }
   LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm512_min_epi8(a, b); }
   LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm512_max_epi8(a, b); }
@@ -90,14 +98,13 @@ struct Avx512Register {
     return _mm512_srli_epi32(v, S);
   }
   LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm512_packus_epi16(a, b); }
-  LOX_OP Reg min16(Reg a, Reg b) { return _mm512_min_epi16(a, b); }
+  LOX_OP Reg min_signed16(Reg a, Reg b) { return _mm512_min_epi16(a, b); }
   LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm512_min_epu16(a, b); }
   LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm512_max_epu16(a, b); }
-  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm512_subs_epu16(a, b); }
-  LOX_OP Reg max16(Reg a, Reg b) { return _mm512_max_epi16(a, b); }
-  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
-    return _mm512_mulhi_epi16(a, b);
+  LOX_OP Reg sub_saturating_unsigned16(Reg a, Reg b) {
+    return _mm512_subs_epu16(a, b);
   }
+  LOX_OP Reg max_signed16(Reg a, Reg b) { return _mm512_max_epi16(a, b); }
   template <int S>
   LOX_OP Reg shift_right_signed32(Reg v) {
     return _mm512_srai_epi32(v, S);
@@ -141,11 +148,13 @@ struct Avx512Register {
     return _mm512_mask_blend_epi16(0xAAAAAAAA, a, b);
   }
   // 16 bytes in every part.
-  LOX_OP Reg load_to_parts(const uint8_t *p) { return in_parts(load_16(p)); }
+  LOX_OP Reg load_broadcast128(const uint8_t *p) {
+    return broadcast128(load_16(p));
+  }
   // The parts of four registers, 64 bytes together, which are 128 apart; and of
   // parts stored without gaps and loaded again, those of each register: both
   // the same.
-  LOX_OP void parts_apart(Reg &a, Reg &b, Reg &c, Reg &d) {
+  LOX_OP void transpose_lanes(Reg &a, Reg &b, Reg &c, Reg &d) {
     const Reg ab_low = _mm512_shuffle_i32x4(a, b, 0x44);
     const Reg ab_high = _mm512_shuffle_i32x4(a, b, 0xEE);
     const Reg cd_low = _mm512_shuffle_i32x4(c, d, 0x44);
@@ -155,7 +164,7 @@ struct Avx512Register {
     c = _mm512_shuffle_i32x4(ab_high, cd_high, 0x88);
     d = _mm512_shuffle_i32x4(ab_high, cd_high, 0xDD);
   }
-  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+  LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store_each(p, a);
     store_each(p + 16, b);
     store_each(p + 32, c);
@@ -185,7 +194,7 @@ struct Avx512Register {
   LOX_OP __m128i load_16(const uint8_t *p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
   }
-  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t step) {
+  LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t step) {
     Reg v = _mm512_castsi128_si512(load_16(p));
     v = _mm512_inserti32x4(v, load_16(p + step), 1);
     v = _mm512_inserti32x4(v, load_16(p + 2 * step), 2);
@@ -198,24 +207,24 @@ struct Avx512Register {
     v = _mm512_inserti32x4(v, load_16(p + offsets[4]), 2);
     return _mm512_inserti32x4(v, load_16(p + offsets[6]), 3);
   }
-  LOX_OP Reg spread_quads(Reg v) {
+  LOX_OP Reg unpermute_quads(Reg v) {
     return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7),
                                     v);
   }
-  LOX_OP Reg order_quads(Reg v) {
+  LOX_OP Reg permute_quads(Reg v) {
     return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
                                     v);
   }
   // Four parts of four: its own reverse.
-  LOX_OP Reg order_dwords(Reg v) {
+  LOX_OP Reg permute_dwords(Reg v) {
     return _mm512_permutexvar_epi32(
         _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15),
         v);
   }
-  LOX_OP Reg spread_dwords(Reg v) { return order_dwords(v); }
+  LOX_OP Reg unpermute_dwords(Reg v) { return permute_dwords(v); }
   // Each part's first four words and then its second four, a word of each part
   // in turn.
-  LOX_OP Reg order_words(Reg v) {
+  LOX_OP Reg permute_words(Reg v) {
     return _mm512_permutexvar_epi16(
         _mm512_setr_epi64(LOX_EVERY_8TH_WORD(0), LOX_EVERY_8TH_WORD(1),
                           LOX_EVERY_8TH_WORD(2), LOX_EVERY_8TH_WORD(3),
@@ -224,11 +233,11 @@ struct Avx512Register {
         v);
   }
   // The parts of a and b in turn: the lower two of each, the upper two.
-  LOX_OP Reg join_low_parts(Reg a, Reg b) {
+  LOX_OP Reg interleave_low_lanes(Reg a, Reg b) {
     return _mm512_permutex2var_epi64(
         a, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), b);
   }
-  LOX_OP Reg join_high_parts(Reg a, Reg b) {
+  LOX_OP Reg interleave_high_lanes(Reg a, Reg b) {
     return _mm512_permutex2var_epi64(
         a, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), b);
   }
@@ -245,7 +254,7 @@ struct Avx512Register {
 //   kBytes  16k..16k+7               8
 //   kWords  8k..8k+7                 32
 //   kQuads  4k..4k+3, 16+4k..19+4k   32
-struct Avx512Lanes : X86Lanes<Avx512Register> {
+struct Avx512 : X86Rgb<Avx512Register> {
   using R = Avx512Register;
 
   // Rearranges 64 units' bytes, in their order, so that the low half of each
@@ -255,9 +264,9 @@ struct Avx512Lanes : X86Lanes<Avx512Register> {
     if constexpr (O == Order::kBytes) {
       return v;
     } else if constexpr (O == Order::kWords) {
-      return R::spread_quads(v);
+      return R::unpermute_quads(v);
     } else {
-      return R::order_dwords(v);
+      return R::permute_dwords(v);
     }
   }
   template <Order O>
@@ -289,18 +298,19 @@ struct Avx512Lanes : X86Lanes<Avx512Register> {
     }
   }
   template <Order O>
-  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
+  LOX_OP Pairs load_interleave(const uint8_t *first, const uint8_t *second) {
     return double_pairs(
         R::unpack_low8(spread_half<O>(first), spread_half<O>(second)));
   }
   template <Order O>
-  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
-    return zip(spread<O>(R::load(first)), spread<O>(R::load(second)));
+  LOX_OP WPairs load_interleave_wide(const uint8_t *first,
+                                     const uint8_t *second) {
+    return interleave(spread<O>(R::load(first)), spread<O>(R::load(second)));
   }
 
   // 64 words to the 16-bit lanes of two registers.
   template <Order O>
-  LOX_OP void load_lanes(const uint8_t *p, Reg &a, Reg &b) {
+  LOX_OP void load_64_words(const uint8_t *p, Reg &a, Reg &b) {
     const Reg low = R::load(p);
     const Reg high = R::load(p + 64);
     if constexpr (O == Order::kBytes) {
@@ -310,36 +320,36 @@ struct Avx512Lanes : X86Lanes<Avx512Register> {
       a = low;
       b = high;
     } else {
-      a = R::spread_quads(low);
-      b = R::spread_quads(high);
+      a = R::unpermute_quads(low);
+      b = R::unpermute_quads(high);
     }
   }
   template <Order O, int kLuma>
   LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
     Reg a;
     Reg b;
-    load_lanes<O>(p, a, b);
+    load_64_words<O>(p, a, b);
     split_422<kLuma>(a, b, luma, pairs);
   }
   template <Order O>
   LOX_OP U8 load_words(const uint8_t *p) {
     Reg a;
     Reg b;
-    load_lanes<O>(p, a, b);
+    load_64_words<O>(p, a, b);
     const Reg high = R::fill16(0xFF00);
     return {R::bit_and(a, high), R::bit_and(b, high)};
   }
   template <Order O>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {
     return double_pairs(spread<O>(
-        R::order_quads(pack_high_bytes(R::load(p), R::load(p + 64)))));
+        R::permute_quads(pack_high_bytes(R::load(p), R::load(p + 64)))));
   }
 
   // Of interleave3's registers, each part of the three in turn.
   template <bool kStream>
   LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
     const Three t = interleave3(a.v, b.v, c.v);
-    const Reg v01 = R::join_low_parts(t.v0, t.v1);
+    const Reg v01 = R::interleave_low_lanes(t.v0, t.v1);
     R::store<kStream>(
         p, _mm512_permutex2var_epi64(
                v01, _mm512_setr_epi64(0, 1, 2, 3, 8, 9, 4, 5), t.v2));

@@ -3,7 +3,7 @@
 // Arithmetic on bytes, as filters and searches do it, on the x86 backends.
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -34,8 +34,12 @@ struct X86Bytes {
   LOX_OP Reg exclusive_or(Reg a, Reg b) { return R::exclusive_or(a, b); }
   LOX_OP Reg add(Reg a, Reg b) { return R::add8(a, b); }
   LOX_OP Reg sub(Reg a, Reg b) { return R::sub8(a, b); }
-  LOX_OP Reg add_limited(Reg a, Reg b) { return R::add_unsigned8(a, b); }
-  LOX_OP Reg sub_limited(Reg a, Reg b) { return R::sub_unsigned8(a, b); }
+  LOX_OP Reg add_saturating(Reg a, Reg b) {
+    return R::add_saturating_unsigned8(a, b);
+  }
+  LOX_OP Reg sub_saturating(Reg a, Reg b) {
+    return R::sub_saturating_unsigned8(a, b);
+  }
   LOX_OP Reg average_up(Reg a, Reg b) { return R::average8(a, b); }
   LOX_OP Reg min(Reg a, Reg b) { return R::min_unsigned8(a, b); }
   LOX_OP Reg half(Reg v) {
@@ -43,7 +47,7 @@ struct X86Bytes {
   }
   // Where bit S of a is not bit 0 of b: 1, else 0.
   template <int S>
-  LOX_OP Reg differ(Reg a, Reg b) {
+  LOX_OP Reg xor_bit(Reg a, Reg b) {
     return R::bit_and(R::exclusive_or(R::template shift_right16<S>(a), b),
                       fill8(1));
   }
@@ -56,7 +60,9 @@ struct X86Bytes {
   LOX_OP Reg half_signed(Reg v) {
     return R::sub8(half(R::exclusive_or(v, fill8(0x80))), fill8(64));
   }
-  LOX_OP Reg add_limited_signed(Reg a, Reg b) { return R::add_signed8(a, b); }
+  LOX_OP Reg add_saturating_signed(Reg a, Reg b) {
+    return R::add_saturating_signed8(a, b);
+  }
   LOX_OP Reg min_signed(Reg a, Reg b) { return R::min_signed8(a, b); }
   LOX_OP Reg max_signed(Reg a, Reg b) { return R::max_signed8(a, b); }
   LOX_OP Reg magnitude(Reg v) { return R::abs8(v); }
@@ -73,16 +79,17 @@ struct X86Bytes {
 
   // The first four bytes of every eight, of eight rows: first, second, third
   // and fourth ones apart, a register each; and the rows' other bytes.
-  struct Fours {
+  struct FourColumns {
     Reg a, b, c, d;
     Reg others[4];
   };
   LOX_OP Reg regroup(Reg v) {
-    return R::shuffle8(v, R::in_parts(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2,
-                                                    6, 10, 14, 3, 7, 11, 15)));
+    return R::shuffle8(
+        v, R::broadcast128(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14,
+                                         3, 7, 11, 15)));
   }
-  LOX_OP Fours take_fours(uint8_t *const (&row)[8]) {
-    Fours f;
+  LOX_OP FourColumns load_four_columns(uint8_t *const (&row)[8]) {
+    FourColumns f;
     Reg v[4];
     for (int i = 0; i < 4; ++i) {
       const Reg upper = R::load(row[i]);
@@ -100,7 +107,8 @@ struct X86Bytes {
     f.d = R::unpack_high64(cd01, cd23);
     return f;
   }
-  LOX_OP void put_fours(uint8_t *const (&row)[8], const Fours &f) {
+  LOX_OP void store_four_columns(uint8_t *const (&row)[8],
+                                 const FourColumns &f) {
     const Reg ab_low = R::unpack_low32(f.a, f.b);
     const Reg ab_high = R::unpack_high32(f.a, f.b);
     const Reg cd_low = R::unpack_low32(f.c, f.d);

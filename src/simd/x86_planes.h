@@ -5,7 +5,7 @@
 // right.
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -23,11 +23,11 @@ struct X86Planes {
 
   // Of four pixels of each part's sixteen bytes 0, then bytes 1, 2 and 3.
   LOX_OP Reg load_by_byte(const uint8_t *p) {
-    return R::shuffle8(R::load_apart(p, 64),
-                       R::in_parts(_mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6,
+    return R::shuffle8(R::load_lanes(p, 64), R::broadcast128(_mm_setr_epi8(
+                                                 0, 4, 8, 12, 1, 5, 9, 13, 2, 6,
                                                  10, 14, 3, 7, 11, 15)));
   }
-  LOX_OP Four load_apart(const uint8_t *p) {
+  LOX_OP Four load_deinterleave4(const uint8_t *p) {
     const Reg v0 = load_by_byte(p);
     const Reg v1 = load_by_byte(p + 16);
     const Reg v2 = load_by_byte(p + 32);
@@ -39,11 +39,11 @@ struct X86Planes {
     return {R::unpack_low64(ab01, ab23), R::unpack_high64(ab01, ab23),
             R::unpack_low64(cd01, cd23), R::unpack_high64(cd01, cd23)};
   }
-  LOX_OP void store_together(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    a = R::spread_dwords(a);
-    b = R::spread_dwords(b);
-    c = R::spread_dwords(c);
-    d = R::spread_dwords(d);
+  LOX_OP void store_interleave4(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    a = R::unpermute_dwords(a);
+    b = R::unpermute_dwords(b);
+    c = R::unpermute_dwords(c);
+    d = R::unpermute_dwords(d);
     const Reg ab_low = R::unpack_low8(a, b);
     const Reg ab_high = R::unpack_high8(a, b);
     const Reg cd_low = R::unpack_low8(c, d);

@@ -4,7 +4,7 @@
 // lanes, pixels 0 to 7 and 8 to 15, whatever the order asked for.
 #pragma once
 
-#include "simd/x86.h"
+#include "simd/x86_rgb.h"
 
 namespace lox::LOX_SET {
 
@@ -24,15 +24,23 @@ struct Sse41Register {
   }
   LOX_OP Reg zero() { return _mm_setzero_si128(); }
   LOX_OP Reg fill16(int k) { return _mm_set1_epi16(static_cast<short>(k)); }
-  LOX_OP Reg in_parts(__m128i v) { return v; }
+  LOX_OP Reg broadcast128(__m128i v) { return v; }
 
   LOX_OP Reg add16(Reg a, Reg b) { return _mm_add_epi16(a, b); }
-  LOX_OP Reg add_saturate16(Reg a, Reg b) { return _mm_adds_epi16(a, b); }
+  LOX_OP Reg add_saturating_signed16(Reg a, Reg b) {
+    return _mm_adds_epi16(a, b);
+  }
   LOX_OP Reg sub16(Reg a, Reg b) { return _mm_sub_epi16(a, b); }
   LOX_OP Reg add8(Reg a, Reg b) { return _mm_add_epi8(a, b); }
-  LOX_OP Reg add_unsigned8(Reg a, Reg b) { return _mm_adds_epu8(a, b); }
-  LOX_OP Reg sub_unsigned8(Reg a, Reg b) { return _mm_subs_epu8(a, b); }
-  LOX_OP Reg add_signed8(Reg a, Reg b) { return _mm_adds_epi8(a, b); }
+  LOX_OP Reg add_saturating_unsigned8(Reg a, Reg b) {
+    return _mm_adds_epu8(a, b);
+  }
+  LOX_OP Reg sub_saturating_unsigned8(Reg a, Reg b) {
+    return _mm_subs_epu8(a, b);
+  }
+  LOX_OP Reg add_saturating_signed8(Reg a, Reg b) {
+    return _mm_adds_epi8(a, b);
+  }
   LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm_min_epu8(a, b); }
   LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm_min_epi8(a, b); }
   LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm_max_epi8(a, b); }
@@ -96,14 +104,13 @@ struct Sse41Register {
   LOX_OP Reg sub8(Reg a, Reg b) { return _mm_sub_epi8(a, b); }
   LOX_OP Reg average8(Reg a, Reg b) { return _mm_avg_epu8(a, b); }
   LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm_madd_epi16(a, b); }
-  LOX_OP Reg min16(Reg a, Reg b) { return _mm_min_epi16(a, b); }
+  LOX_OP Reg min_signed16(Reg a, Reg b) { return _mm_min_epi16(a, b); }
   LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm_min_epu16(a, b); }
   LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm_max_epu16(a, b); }
-  LOX_OP Reg sub_unsigned16(Reg a, Reg b) { return _mm_subs_epu16(a, b); }
-  LOX_OP Reg max16(Reg a, Reg b) { return _mm_max_epi16(a, b); }
-  LOX_OP Reg multiply_high_signed16(Reg a, Reg b) {
-    return _mm_mulhi_epi16(a, b);
+  LOX_OP Reg sub_saturating_unsigned16(Reg a, Reg b) {
+    return _mm_subs_epu16(a, b);
   }
+  LOX_OP Reg max_signed16(Reg a, Reg b) { return _mm_max_epi16(a, b); }
   template <int S>
   LOX_OP Reg shift_right_signed32(Reg v) {
     return _mm_srai_epi32(v, S);
@@ -130,7 +137,7 @@ struct Sse41Register {
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) { return _mm_blend_epi16(a, b, 0xAA); }
   // 16 bytes in every part.
-  LOX_OP Reg load_to_parts(const uint8_t *p) { return load(p); }
+  LOX_OP Reg load_broadcast128(const uint8_t *p) { return load(p); }
   // 16 of the bytes of low and then high, from byte K on.
   template <int K>
   LOX_OP Reg bytes_from(Reg low, Reg high) {
@@ -142,13 +149,13 @@ struct Sse41Register {
   }
   // The parts of four registers, 64 bytes together, which are 128 apart; and of
   // parts stored without gaps and loaded again, those of each register.
-  LOX_OP void store_parts(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+  LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store<false>(p, a);
     store<false>(p + 16, b);
     store<false>(p + 32, c);
     store<false>(p + 48, d);
   }
-  LOX_OP void parts_apart(Reg &, Reg &, Reg &, Reg &) {}
+  LOX_OP void transpose_lanes(Reg &, Reg &, Reg &, Reg &) {}
   // Four rows that lie one behind the other.
   LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {
     _mm_storeu_si32(p, v);
@@ -157,21 +164,21 @@ struct Sse41Register {
     _mm_storeu_si32(p + 3 * stride, _mm_shuffle_epi32(v, 0xFF));
   }
   // One part: nothing to put right.
-  LOX_OP Reg load_apart(const uint8_t *p, ptrdiff_t) { return load(p); }
-  LOX_OP Reg spread_quads(Reg v) { return v; }
-  LOX_OP Reg order_words(Reg v) { return v; }
-  LOX_OP Reg order_dwords(Reg v) { return v; }
-  LOX_OP Reg spread_dwords(Reg v) { return v; }
-  LOX_OP Reg order_quads(Reg v) { return v; }
-  LOX_OP Reg join_low_parts(Reg a, Reg) { return a; }
-  LOX_OP Reg join_high_parts(Reg, Reg b) { return b; }
+  LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t) { return load(p); }
+  LOX_OP Reg unpermute_quads(Reg v) { return v; }
+  LOX_OP Reg permute_words(Reg v) { return v; }
+  LOX_OP Reg permute_dwords(Reg v) { return v; }
+  LOX_OP Reg unpermute_dwords(Reg v) { return v; }
+  LOX_OP Reg permute_quads(Reg v) { return v; }
+  LOX_OP Reg interleave_low_lanes(Reg a, Reg) { return a; }
+  LOX_OP Reg interleave_high_lanes(Reg, Reg b) { return b; }
   LOX_OP void store_halves(uint8_t *low, uint8_t *high, Reg v) {
     _mm_storel_epi64(reinterpret_cast<Reg *>(low), v);
     _mm_storel_epi64(reinterpret_cast<Reg *>(high), _mm_unpackhi_epi64(v, v));
   }
 };
 
-struct Sse41Lanes : X86Lanes<Sse41Register> {
+struct Sse41 : X86Rgb<Sse41Register> {
   using R = Sse41Register;
 
   template <Order>
@@ -195,12 +202,13 @@ struct Sse41Lanes : X86Lanes<Sse41Register> {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(p));
   }
   template <Order>
-  LOX_OP Pairs load_zip(const uint8_t *first, const uint8_t *second) {
+  LOX_OP Pairs load_interleave(const uint8_t *first, const uint8_t *second) {
     return double_pairs(_mm_unpacklo_epi8(load_8(first), load_8(second)));
   }
   template <Order>
-  LOX_OP WPairs load_zip_wide(const uint8_t *first, const uint8_t *second) {
-    return zip(R::load(first), R::load(second));
+  LOX_OP WPairs load_interleave_wide(const uint8_t *first,
+                                     const uint8_t *second) {
+    return interleave(R::load(first), R::load(second));
   }
   template <Order, int kLuma>
   LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {

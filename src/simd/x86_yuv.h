@@ -58,7 +58,7 @@ struct X86Yuv {
   LOX_OP U8 widen(Reg v) {
     return {R::unpack_low8(R::zero(), v), R::unpack_high8(R::zero(), v)};
   }
-  LOX_OP WPairs zip(Reg first, Reg second) {
+  LOX_OP WPairs interleave(Reg first, Reg second) {
     first = less_128(first);
     second = less_128(second);
     return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
@@ -71,7 +71,7 @@ struct X86Yuv {
   LOX_OP void split_422(Reg a, Reg b, U8 &luma, Pairs &pairs) {
     constexpr char c0 = 1 - kLuma;
     constexpr char c1 = 3 - kLuma;
-    const Reg pick = R::in_parts(_mm_setr_epi8(
+    const Reg pick = R::broadcast128(_mm_setr_epi8(
         c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
         c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12));
     pairs = {less_128(R::shuffle8(a, pick)), less_128(R::shuffle8(b, pick))};
@@ -126,8 +126,9 @@ struct X86Yuv {
   LOX_OP W16 add(W16 x, W16 y) {
     return {R::add16(x.a, y.a), R::add16(x.b, y.b)};
   }
-  LOX_OP W16 add_saturate(W16 x, W16 y) {
-    return {R::add_saturate16(x.a, y.a), R::add_saturate16(x.b, y.b)};
+  LOX_OP W16 add_saturating(W16 x, W16 y) {
+    return {R::add_saturating_signed16(x.a, y.a),
+            R::add_saturating_signed16(x.b, y.b)};
   }
   template <int S>
   LOX_OP W16 shift_right(W16 v) {
@@ -140,20 +141,20 @@ struct X86Yuv {
     return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
                                R::template narrowing_shift16<S>(v.b))};
   }
-  LOX_OP Words join_bytes(Reg low, Reg high) {
+  LOX_OP Words interleave_bytes(Reg low, Reg high) {
     return {R::unpack_low8(low, high), R::unpack_high8(low, high)};
   }
   template <int S0, int S1>
-  LOX_OP Words join(W16 low, W16 high) {
-    return join_bytes(narrow<S0>(low).v, narrow<S1>(high).v);
+  LOX_OP Words pair_narrow(W16 low, W16 high) {
+    return interleave_bytes(narrow<S0>(low).v, narrow<S1>(high).v);
   }
   template <int S>
-  LOX_OP Words join_high_255(W16 low) {
-    return join_bytes(narrow<S>(low).v, R::fill16(0xFFFF));
+  LOX_OP Words pair_narrow_255(W16 low) {
+    return interleave_bytes(narrow<S>(low).v, R::fill16(0xFFFF));
   }
   template <int S>
-  LOX_OP Words join_low_255(W16 high) {
-    return join_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
+  LOX_OP Words pair_255_narrow(W16 high) {
+    return interleave_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
   }
   // In bytes, which are half as many registers as words.
   template <int S0, int S1, int S2>
@@ -203,19 +204,19 @@ struct X86Yuv {
     Reg v0, v1, v2;
   };
   LOX_OP Three interleave3(Reg a, Reg b, Reg c) {
-    const Reg x =
-        R::shuffle8(a, R::in_parts(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8,
-                                                 3, 14, 9, 4, 15, 10, 5)));
-    const Reg y =
-        R::shuffle8(b, R::in_parts(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13,
-                                                 8, 3, 14, 9, 4, 15, 10)));
-    const Reg z =
-        R::shuffle8(c, R::in_parts(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2,
-                                                 13, 8, 3, 14, 9, 4, 15)));
+    const Reg x = R::shuffle8(
+        a, R::broadcast128(_mm_setr_epi8(0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14, 9,
+                                         4, 15, 10, 5)));
+    const Reg y = R::shuffle8(
+        b, R::broadcast128(_mm_setr_epi8(5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3, 14,
+                                         9, 4, 15, 10)));
+    const Reg z = R::shuffle8(
+        c, R::broadcast128(_mm_setr_epi8(10, 5, 0, 11, 6, 1, 12, 7, 2, 13, 8, 3,
+                                         14, 9, 4, 15)));
     // Bytes whose place is 1, and 2, modulo 3.
-    const Reg one = R::in_parts(
+    const Reg one = R::broadcast128(
         _mm_setr_epi8(0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0));
-    const Reg two = R::in_parts(
+    const Reg two = R::broadcast128(
         _mm_setr_epi8(0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0, 0, -1, 0));
     return {R::select8(R::select8(x, y, one), z, two),
             R::select8(R::select8(y, z, one), x, two),

@@ -32,15 +32,15 @@ uint8_t sharpened(const uint8_t *at, ptrdiff_t pitch) {
 // Samples together: their mean, rounded up with every two that are joined, and
 // their sum, of which the low bits are enough.
 template <class B>
-struct Joined {
+struct MeanAndSum {
   typename B::Reg mean, sum;
 };
 template <class B>
-LOX_INLINE Joined<B> join(typename B::Reg a, typename B::Reg b) {
+LOX_INLINE MeanAndSum<B> average(typename B::Reg a, typename B::Reg b) {
   return {B::average_up(a, b), B::add(a, b)};
 }
 template <class B>
-LOX_INLINE Joined<B> join(Joined<B> a, Joined<B> b) {
+LOX_INLINE MeanAndSum<B> average(MeanAndSum<B> a, MeanAndSum<B> b) {
   return {B::average_up(a.mean, b.mean), B::add(a.sum, b.sum)};
 }
 
@@ -48,15 +48,15 @@ LOX_INLINE Joined<B> join(Joined<B> a, Joined<B> b) {
 // the neighbours by their weights is m or, with its roundings of 7/4 at most, m
 // + 1: which of them is in the lowest bit of m, bit 4 of s + 15.
 template <class B>
-LOX_INLINE typename B::Reg sharpen(typename B::Reg c, Joined<B> near,
-                                   Joined<B> far) {
+LOX_INLINE typename B::Reg sharpen(typename B::Reg c, MeanAndSum<B> near,
+                                   MeanAndSum<B> far) {
   using Reg = typename B::Reg;
   const Reg mean = B::average_up(near.mean, far.mean);
   const Reg sum =
       B::add(B::add(near.sum, far.sum), B::add(near.sum, B::fill8(15)));
-  const Reg m = B::sub(mean, B::template differ<4>(sum, mean));
-  return B::sub_limited(B::add_limited(c, B::sub_limited(c, m)),
-                        B::sub_limited(m, c));
+  const Reg m = B::sub(mean, B::template xor_bit<4>(sum, mean));
+  return B::sub_saturating(B::add_saturating(c, B::sub_saturating(c, m)),
+                           B::sub_saturating(m, c));
 }
 
 // B::n samples of kRows rows.
@@ -73,17 +73,17 @@ LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
                           }
                           const Reg v = B::load_once(at);
                           at += step;
-                          settle(at);
+                          keep_pointer(at);
                           return v;
                         };
-  Reg row[kRows + 4];           // from two rows above on
-  Joined<B> beside[kRows + 2];  // from the row above on
-  Joined<B> two_away[kRows];
+  Reg row[kRows + 4];               // from two rows above on
+  MeanAndSum<B> beside[kRows + 2];  // from the row above on
+  MeanAndSum<B> two_away[kRows];
   // The three samples around the middle of row i - 1.
   const auto take_3 = [&](int i, ptrdiff_t step) LOX_INLINE_LAMBDA {
     const Reg left = take(i - 1, -1, 1);
     row[i + 1] = take(i - 1, 0, 1);
-    beside[i] = join<B>(left, take(i - 1, 1, step));
+    beside[i] = average<B>(left, take(i - 1, 1, step));
   };
   row[0] = take(-2, 0, pitch - 1);
   take_3(0, pitch - 3);
@@ -91,17 +91,17 @@ LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
   for (int i = 0; i < kRows; ++i) {
     const Reg left = take(i, -2, 1);
     take_3(i + 1, 1);
-    two_away[i] = join<B>(left, take(i, 2, pitch - (i + 1 < kRows ? 4 : 3)));
+    two_away[i] = average<B>(left, take(i, 2, pitch - (i + 1 < kRows ? 4 : 3)));
   }
   take_3(kRows + 1, pitch - 1);
   row[kRows + 3] = take(kRows + 1, 0, 0);
   LOX_UNROLL
   for (int i = 0; i < kRows; ++i) {
-    const Joined<B> near =
-        join<B>(beside[i + 1], join<B>(row[i + 1], row[i + 3]));
-    const Joined<B> far =
-        join<B>(join<B>(beside[i], beside[i + 2]),
-                join<B>(two_away[i], join<B>(row[i], row[i + 4])));
+    const MeanAndSum<B> near =
+        average<B>(beside[i + 1], average<B>(row[i + 1], row[i + 3]));
+    const MeanAndSum<B> far =
+        average<B>(average<B>(beside[i], beside[i + 2]),
+                   average<B>(two_away[i], average<B>(row[i], row[i + 4])));
     B::store(q, sharpen<B>(row[i + 2], near, far));
     q += pitch;
   }
@@ -126,8 +126,8 @@ LOX_INLINE void sharpen_rows(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst,
         sharpen_at<B, kRows>(from, pitch, to);
         from += V::n;
         to += V::n;
-        settle(from);
-        settle(to);
+        keep_pointer(from);
+        keep_pointer(to);
       });
   if (left > 0) sharpen_at<B, kRows>(src + n - V::n, pitch, dst + n - V::n);
 }
@@ -167,16 +167,16 @@ LOX_INLINE void deblock(typename B::Reg &a, typename B::Reg &b,
   const Reg quarter = B::half_signed(B::half_difference(a, d));
   const Reg carry =
       B::bit_and(B::bit_and(quarter, B::exclusive_or(b, c)), B::fill8(1));
-  const Reg eighth = B::add_limited_signed(
+  const Reg eighth = B::add_saturating_signed(
       B::half_difference(c, b), B::add(B::half_signed(quarter), carry));
   const Reg size = B::magnitude(eighth);
-  const Reg excess = B::sub_limited(size, B::fill8(strength));
-  const Reg change = B::sub_limited(size, B::add_limited(excess, excess));
+  const Reg excess = B::sub_saturating(size, B::fill8(strength));
+  const Reg change = B::sub_saturating(size, B::add_saturating(excess, excess));
   const Reg negative = B::negative(eighth);
   const Reg up = B::bit_and_not(negative, change);
   const Reg down = B::bit_and(negative, change);
-  b = B::sub_limited(B::add_limited(b, up), down);
-  c = B::add_limited(B::sub_limited(c, up), down);
+  b = B::sub_saturating(B::add_saturating(b, up), down);
+  c = B::add_saturating(B::sub_saturating(c, up), down);
   const Reg limit = B::half(change);
   const Reg outer =
       B::max_signed(B::min_signed(quarter, limit), B::sub(B::fill8(0), limit));
@@ -200,9 +200,9 @@ LOX_INLINE void deblock_columns(uint8_t *first, ptrdiff_t stride,
 
 template <class B>
 LOX_INLINE void deblock_8_rows(uint8_t *const (&row)[8], int strength) {
-  typename B::Fours v = B::take_fours(row);
+  typename B::FourColumns v = B::load_four_columns(row);
   deblock<B>(v.a, v.b, v.c, v.d, strength);
-  B::put_fours(row, v);
+  B::store_four_columns(row, v);
 }
 
 // Filters `bytes` bytes, fewer than a vector, of each row in a copy: done

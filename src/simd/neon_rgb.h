@@ -21,7 +21,7 @@
 
 namespace lox::LOX_SET {
 
-struct NeonLanes : NeonYuv {
+struct Neon : NeonYuv {
   // What written-out loads and stores touch.
   using Bytes64 = uint8_t[64];
   using Bytes128 = uint8_t[128];
@@ -128,7 +128,8 @@ struct NeonLanes : NeonYuv {
 #endif
   }
   template <PixelFormat F, int KR, int KG, int KB>
-  LOX_OP Bytes weigh(const Pixels<F> &p, const Weights<F, KR, KG, KB> &w) {
+  LOX_OP Bytes weighted_sum(const Pixels<F> &p,
+                            const Weights<F, KR, KG, KB> &w) {
     return {high_bytes(
         sum(vget_low_u8(p.r), vget_low_u8(p.g), vget_low_u8(p.b), w),
         sum(vget_high_u8(p.r), vget_high_u8(p.g), vget_high_u8(p.b), w),
@@ -143,7 +144,8 @@ struct NeonLanes : NeonYuv {
     return vmovn_u16(vreinterpretq_u16_u8(v));
   }
   template <PixelFormat F, class W0, class W1>
-  LOX_OP EvenPairs<F> weigh_even(const Pixels<F> &p, W0 first, W1 second) {
+  LOX_OP EvenPairs<F> weighted_sums_of_even(const Pixels<F> &p, W0 first,
+                                            W1 second) {
     const uint8x8_t r = even(p.r);
     const uint8x8_t g = even(p.g);
     const uint8x8_t b = even(p.b);
@@ -257,15 +259,15 @@ struct NeonLanes : NeonYuv {
   struct TwoBytes {
     Bytes even, odd;
   };
-  LOX_OP TwoBytes load_unzip(const uint8_t *p) {
+  LOX_OP TwoBytes load_deinterleave(const uint8_t *p) {
     const uint8x16x2_t v = vld2q_u8(p);
     return {{v.val[0]}, {v.val[1]}};
   }
-  LOX_OP TwoBytes unzip(Bytes a, Bytes b) {
+  LOX_OP TwoBytes deinterleave(Bytes a, Bytes b) {
     const uint8x16x2_t v = vuzpq_u8(a.v, b.v);
     return {{v.val[0]}, {v.val[1]}};
   }
-  LOX_OP void store_zip(uint8_t *p, Bytes even, Bytes odd) {
+  LOX_OP void store_interleave(uint8_t *p, Bytes even, Bytes odd) {
     const uint8x16x2_t v = {{even.v, odd.v}};
     vst2q_u8(p, v);
   }
@@ -323,7 +325,7 @@ struct NeonLanes : NeonYuv {
 #endif
   }
   LOX_OP Bytes average_down(Bytes a, Bytes b) { return {vhaddq_u8(a.v, b.v)}; }
-  LOX_OP Bytes load_words_by_4(const uint8_t *p) {
+  LOX_OP Bytes load_10_to_8(const uint8_t *p) {
     const uint8x16x2_t v = vld2q_u8(p);
     return {vsliq_n_u8(vshrq_n_u8(v.val[0], 2), v.val[1], 6)};
   }

@@ -11,7 +11,7 @@
 namespace lox::LOX_SET {
 
 template <class R>
-struct X86Lanes : X86Yuv<R> {
+struct X86Rgb : X86Yuv<R> {
   using Yuv = X86Yuv<R>;
   using typename Yuv::Bytes;
   using typename Yuv::Reg;
@@ -32,13 +32,13 @@ struct X86Lanes : X86Yuv<R> {
       return {
           {R::load(p), R::load(p + n), R::load(p + 2 * n), R::load(p + 3 * n)}};
     } else if constexpr (F.bytes == 3) {
-      const Reg v0 = R::load_apart(p, 48);
-      const Reg v1 = R::load_apart(p + 16, 48);
-      const Reg v2 = R::load_apart(p + 32, 48);
-      const Reg spread = R::in_parts(
+      const Reg v0 = R::load_lanes(p, 48);
+      const Reg v1 = R::load_lanes(p + 16, 48);
+      const Reg v2 = R::load_lanes(p + 32, 48);
+      const Reg spread = R::broadcast128(
           _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1));
-      const Reg last = R::in_parts(_mm_setr_epi8(4, 5, 6, -1, 7, 8, 9, -1, 10,
-                                                 11, 12, -1, 13, 14, 15, -1));
+      const Reg last = R::broadcast128(_mm_setr_epi8(
+          4, 5, 6, -1, 7, 8, 9, -1, 10, 11, 12, -1, 13, 14, 15, -1));
       return {{R::shuffle8(v0, spread),
                R::shuffle8(R::template bytes_from<12>(v0, v1), spread),
                R::shuffle8(R::template bytes_from<8>(v1, v2), spread),
@@ -111,22 +111,22 @@ struct X86Lanes : X86Yuv<R> {
         R::multiply_add8(f.last, W::last()));
   }
   template <PixelFormat F>
-  LOX_OP Reg in_order(Reg packed) {
-    return F.bytes == 4   ? R::order_dwords(packed)
+  LOX_OP Reg permute_packed(Reg packed) {
+    return F.bytes == 4   ? R::permute_dwords(packed)
            : F.bytes == 3 ? packed
-                          : R::order_quads(packed);
+                          : R::permute_quads(packed);
   }
   LOX_OP Reg pack_high_bytes(Reg a, Reg b) {
     return R::pack_unsigned16(R::template shift_right16<8>(a),
                               R::template shift_right16<8>(b));
   }
   template <PixelFormat F, int KR, int KG, int KB>
-  LOX_OP Bytes weigh(const Pixels<F> &p, Weights<F, KR, KG, KB> w) {
+  LOX_OP Bytes weighted_sum(const Pixels<F> &p, Weights<F, KR, KG, KB> w) {
     if constexpr (F.bytes == 2) {
-      return {in_order<F>(
+      return {permute_packed<F>(
           pack_high_bytes(sums(fields(p.v[0]), w), sums(fields(p.v[1]), w)))};
     } else {
-      return {in_order<F>(
+      return {permute_packed<F>(
           pack_high_bytes(sums(p.v[0], p.v[1], w), sums(p.v[2], p.v[3], w)))};
     }
   }
@@ -137,7 +137,8 @@ struct X86Lanes : X86Yuv<R> {
     Reg first, second;
   };
   template <PixelFormat F, class W0, class W1>
-  LOX_OP EvenPairs<F> weigh_even(const Pixels<F> &p, W0 first, W1 second) {
+  LOX_OP EvenPairs<F> weighted_sums_of_even(const Pixels<F> &p, W0 first,
+                                            W1 second) {
     static_assert(!W0::kLarge && !W1::kLarge);
     if constexpr (F.bytes == 2) {
       const Reg low = R::fill32(0xFFFF);
@@ -152,17 +153,17 @@ struct X86Lanes : X86Yuv<R> {
   }
   template <PixelFormat F>
   LOX_OP void store_pairs(uint8_t *p, EvenPairs<F> v) {
-    R::template store<false>(
-        p, in_order<F>(R::bit_or(R::template shift_right16<8>(v.first),
-                                 R::bit_and(v.second, R::fill16(0xFF00)))));
+    R::template store<false>(p, permute_packed<F>(R::bit_or(
+                                    R::template shift_right16<8>(v.first),
+                                    R::bit_and(v.second, R::fill16(0xFF00)))));
   }
   template <PixelFormat F>
   LOX_OP void store_rows(uint8_t *first, uint8_t *second, EvenPairs<F> v) {
     const Reg both = pack_high_bytes(v.first, v.second);
     R::store_halves(first, second,
-                    F.bytes == 4   ? R::order_words(both)
-                    : F.bytes == 3 ? R::order_quads(both)
-                                   : R::order_dwords(both));
+                    F.bytes == 4   ? R::permute_words(both)
+                    : F.bytes == 3 ? R::permute_quads(both)
+                                   : R::permute_dwords(both));
   }
 
   LOX_OP Reg to_565(Reg rgb) {
@@ -179,15 +180,15 @@ struct X86Lanes : X86Yuv<R> {
     const Reg b = R::pack_unsigned32(to_565(p.v[2]), to_565(p.v[3]));
     constexpr bool kFour = F.bytes == 4;
     R::template store<false>(
-        to, kFour ? R::order_quads(a) : R::join_low_parts(a, b));
+        to, kFour ? R::permute_quads(a) : R::interleave_low_lanes(a, b));
     R::template store<false>(
-        to + n, kFour ? R::order_quads(b) : R::join_high_parts(a, b));
+        to + n, kFour ? R::permute_quads(b) : R::interleave_high_lanes(a, b));
   }
   template <PixelFormat F>
   LOX_OP void store_rgba(uint8_t *p, const Pixels<F> &v) {
     static_assert(F.bytes == 2 && F.r == 1);
     for (const Reg words : v.v) {
-      const Reg w = R::spread_quads(words);
+      const Reg w = R::unpermute_quads(words);
       const Reg red_green = R::bit_or(
           R::bit_and(R::template shift_right16<8>(w), R::fill16(0x00F8)),
           R::bit_and(R::template shift_left16<5>(w), R::fill16(0xFC00)));
@@ -224,26 +225,28 @@ struct X86Lanes : X86Yuv<R> {
   struct TwoBytes {
     Bytes even, odd;
   };
-  LOX_OP TwoBytes unzip(Reg a, Reg b) {
+  LOX_OP TwoBytes deinterleave(Reg a, Reg b) {
     const Reg low = R::fill16(0x00FF);
-    return {{R::order_quads(
+    return {{R::permute_quads(
                 R::pack_unsigned16(R::bit_and(a, low), R::bit_and(b, low)))},
-            {R::order_quads(pack_high_bytes(a, b))}};
+            {R::permute_quads(pack_high_bytes(a, b))}};
   }
-  LOX_OP TwoBytes unzip(Bytes a, Bytes b) { return unzip(a.v, b.v); }
-  LOX_OP TwoBytes load_unzip(const uint8_t *p) {
-    return unzip(R::load(p), R::load(p + n));
+  LOX_OP TwoBytes deinterleave(Bytes a, Bytes b) {
+    return deinterleave(a.v, b.v);
   }
-  LOX_OP void store_zip(uint8_t *p, Bytes even, Bytes odd) {
-    const Reg e = R::spread_quads(even.v);
-    const Reg o = R::spread_quads(odd.v);
+  LOX_OP TwoBytes load_deinterleave(const uint8_t *p) {
+    return deinterleave(R::load(p), R::load(p + n));
+  }
+  LOX_OP void store_interleave(uint8_t *p, Bytes even, Bytes odd) {
+    const Reg e = R::unpermute_quads(even.v);
+    const Reg o = R::unpermute_quads(odd.v);
     R::template store<false>(p, R::unpack_low8(e, o));
     R::template store<false>(p + n, R::unpack_high8(e, o));
   }
   LOX_OP Block swap_pairs(Block v) {
-    return {
-        R::shuffle8(v.v, R::in_parts(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8,
-                                                   11, 10, 13, 12, 15, 14)))};
+    return {R::shuffle8(
+        v.v, R::broadcast128(_mm_setr_epi8(1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10,
+                                           13, 12, 15, 14)))};
   }
   LOX_OP void swap_2_blocks(uint8_t *&to, const uint8_t *&from) {
     put_block(to, swap_pairs(take_block(from)));
@@ -254,9 +257,9 @@ struct X86Lanes : X86Yuv<R> {
     const Reg odd = R::bit_and(R::exclusive_or(a.v, b.v), R::fill16(0x0101));
     return {R::sub8(R::average8(a.v, b.v), odd)};
   }
-  LOX_OP Bytes load_words_by_4(const uint8_t *p) {
+  LOX_OP Bytes load_10_to_8(const uint8_t *p) {
     const Reg low = R::fill16(0x00FF);
-    return {R::order_quads(R::pack_unsigned16(
+    return {R::permute_quads(R::pack_unsigned16(
         R::bit_and(R::template shift_right16<2>(R::load(p)), low),
         R::bit_and(R::template shift_right16<2>(R::load(p + n)), low)))};
   }
