@@ -45,24 +45,7 @@ struct Bt709 {
   static constexpr int kOffset = 16;
 };
 
-// --- pixels -----------------------------------------------------------------
-
-struct Rgb {
-  int r, g, b;
-};
-
-template <PixelFormat F>
-Rgb get(const uint8_t *p) {
-  if constexpr (F.bytes == 2) {
-    // Channels are shifted up, nothing fills the bits below.
-    const int word = p[0] | p[1] << 8;
-    const int top = (word & 0xF800) >> 8;
-    const int last = (word & 0x001F) << 3;
-    return {F.r == 1 ? top : last, (word & 0x07E0) >> 3, F.r == 1 ? last : top};
-  } else {
-    return {p[F.r], p[F.g], p[F.b]};
-  }
-}
+// --- the rule ---------------------------------------------------------------
 
 int weighted_sum(Factors k, Rgb p) { return k.r * p.r + k.g * p.g + k.b * p.b; }
 
@@ -124,7 +107,7 @@ void luma(const RgbToYuvRow &row, ptrdiff_t width) {
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
-    row.y[x] = luma_of<M>(get<F>(row.rgb + x * F.bytes));
+    row.y[x] = luma_of<M>(get_pixel<F>(row.rgb + x * F.bytes));
   }
 }
 
@@ -172,7 +155,7 @@ void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
-    const Rgb pixel = get<F>(row.rgb + x * F.bytes);
+    const Rgb pixel = get_pixel<F>(row.rgb + x * F.bytes);
     row.y[x] = luma_of<M>(pixel);
     if (x % 2 != 0 || x + 1 == width) continue;
     const uint8_t first = chroma_of(kFirst, pixel);
@@ -217,7 +200,7 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
-    const Rgb pixel = get<F>(row.rgb + x * F.bytes);
+    const Rgb pixel = get_pixel<F>(row.rgb + x * F.bytes);
     row.y[x] = luma_of<M>(pixel);
     row.chroma[0][x] = chroma_of(M::kU, pixel);
     row.chroma[1][x] = chroma_of(M::kV, pixel);
@@ -226,38 +209,7 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
 
 // --- to RGB -----------------------------------------------------------------
 
-struct ToRgb565 {
-  static constexpr int kBytes = 2;
-  static void put(uint8_t *p, Rgb c) {
-    const int word = c.r >> 3 << 11 | c.g >> 2 << 5 | c.b >> 3;
-    p[0] = static_cast<uint8_t>(word);
-    p[1] = static_cast<uint8_t>(word >> 8);
-  }
-#if LOX_VECTORS
-  template <class V, class Pixels>
-  LOX_INLINE static void store(uint8_t *p, const Pixels &pixels) {
-    V::store_565(p, pixels);
-  }
-#endif
-};
-
-struct ToRgba8888 {
-  static constexpr int kBytes = 4;
-  static void put(uint8_t *p, Rgb c) {
-    p[0] = static_cast<uint8_t>(c.r);
-    p[1] = static_cast<uint8_t>(c.g);
-    p[2] = static_cast<uint8_t>(c.b);
-    p[3] = 255;
-  }
-#if LOX_VECTORS
-  template <class V, class Pixels>
-  LOX_INLINE static void store(uint8_t *p, const Pixels &pixels) {
-    V::store_rgba(p, pixels);
-  }
-#endif
-};
-
-template <PixelFormat F, class To>
+template <PixelFormat F, PixelFormat To>
 void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
@@ -267,33 +219,34 @@ void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
     for_moving_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          To::template store<V>(to, V::template take_pixels<F>(from));
-          to += To::kBytes * V::n;
+          const auto pixels = V::template take_pixels<F>(from);
+          if constexpr (To.bytes == 2) {
+            V::store_565(to, pixels);
+          } else {
+            V::store_rgba(to, pixels);
+          }
+          to += To.bytes * V::n;
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
           from -= pixels * F.bytes;
-          to -= pixels * To::kBytes;
+          to -= pixels * To.bytes;
         });
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
-    To::put(dst + x * To::kBytes, get<F>(src + x * F.bytes));
+    put_pixel<To>(dst + x * To.bytes, get_pixel<F>(src + x * F.bytes));
   }
 }
 
-constexpr PixelFormat kFormats[kRgbLayouts] = {
-    {2, 1, 0, 0}, {2, 0, 0, 1}, {3, 0, 1, 2}, {3, 2, 1, 0},
-    {4, 0, 1, 2}, {4, 2, 1, 0}, {4, 1, 2, 3}, {4, 3, 2, 1}};
-
 }  // namespace
 
-#define LOX_TO_YUV(layout, M)                              \
-  {                                                        \
-    luma<kFormats[layout], M>, {                           \
-      luma_and_chroma<kFormats[layout], M, kChromaPlanes>, \
-          luma_and_chroma<kFormats[layout], M, kChromaUv>, \
-          luma_and_chroma<kFormats[layout], M, kChromaVu>  \
-    }                                                      \
+#define LOX_TO_YUV(layout, M)                                   \
+  {                                                             \
+    luma<kPixelFormats[layout], M>, {                           \
+      luma_and_chroma<kPixelFormats[layout], M, kChromaPlanes>, \
+          luma_and_chroma<kPixelFormats[layout], M, kChromaUv>, \
+          luma_and_chroma<kPixelFormats[layout], M, kChromaVu>  \
+    }                                                           \
   }
 
 constinit const RgbRows rgb_rows = {
@@ -303,11 +256,13 @@ constinit const RgbRows rgb_rows = {
                LOX_TO_YUV(kArgb8888, Bt601), LOX_TO_YUV(kAbgr8888, Bt601)},
     .bt601_full = LOX_TO_YUV(kRgba8888, Bt601Full),
     .bt709 = LOX_TO_YUV(kRgba8888, Bt709),
-    .rgba8888_to_yuv444 = full_chroma<kFormats[kRgba8888]>,
-    .argb8888_to_yuv444 = full_chroma<kFormats[kArgb8888]>,
-    .rgba8888_to_rgb565 = to_rgb<kFormats[kRgba8888], ToRgb565>,
-    .rgb888_to_rgb565 = to_rgb<kFormats[kRgb888], ToRgb565>,
-    .rgb565_to_rgba8888 = to_rgb<kFormats[kRgb565], ToRgba8888>,
+    .rgba8888_to_yuv444 = full_chroma<kPixelFormats[kRgba8888]>,
+    .argb8888_to_yuv444 = full_chroma<kPixelFormats[kArgb8888]>,
+    .rgba8888_to_rgb565 =
+        to_rgb<kPixelFormats[kRgba8888], kPixelFormats[kRgb565]>,
+    .rgb888_to_rgb565 = to_rgb<kPixelFormats[kRgb888], kPixelFormats[kRgb565]>,
+    .rgb565_to_rgba8888 =
+        to_rgb<kPixelFormats[kRgb565], kPixelFormats[kRgba8888]>,
 };
 
 }  // namespace lox::LOX_SET

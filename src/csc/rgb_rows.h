@@ -7,7 +7,7 @@
 #include <stdint.h>
 
 #include "common/row_table.h"
-#include "csc/rgb_layout.h"
+#include "simd/pixel_format.h"
 
 namespace lox {
 

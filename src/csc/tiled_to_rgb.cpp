@@ -25,7 +25,7 @@ struct Tiled {
     return y / 2 < chroma.height() ? y / 2 : chroma.height() - 1;
   }
   uint8_t *rgb(int32_t x, int32_t y) const {
-    return args.dst(0, y) + ptrdiff_t{x} * kPixelBytes[layout];
+    return args.dst(0, y) + ptrdiff_t{x} * kPixelFormats[layout].bytes;
   }
 };
 

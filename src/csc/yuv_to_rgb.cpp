@@ -15,7 +15,7 @@ namespace lox::csc {
 Writing writing_of(RgbLayout layout, const KernelArgs &args) {
   const uint64_t pixels = static_cast<uint64_t>(args.src_width[0]) *
                           static_cast<uint64_t>(args.src_height[0]);
-  const uint64_t bytes = pixels * static_cast<uint64_t>(kPixelBytes[layout]);
+  const uint64_t bytes = pixels * static_cast<uint64_t>(kPixelFormats[layout].bytes);
   const uintptr_t alignment =
       static_cast<uintptr_t>(yuv_to_rgb_rows().stream_alignment);
   const bool stream =

@@ -11,9 +11,6 @@
 struct Yuv {
   int y, u, v;
 };
-struct Rgb {
-  int r, g, b;
-};
 
 #if LOX_VECTORS
 template <class V>

@@ -136,97 +136,37 @@ struct Packed {
 #endif
 };
 
-// --- destinations: how a pixel is packed ------------------------------------
+// --- destinations: how pixels are packed
+// --------------------------------------
 
-template <int kR, int kB>
-struct Rgb24 {
-  static constexpr int kBytes = 3;
-
-  static void put(uint8_t *p, int r, int g, int b) {
-    p[kR] = static_cast<uint8_t>(r);
-    p[1] = static_cast<uint8_t>(g);
-    p[kB] = static_cast<uint8_t>(b);
-  }
 #if LOX_VECTORS
-  static constexpr Order kOrder = Order::kBytes;
-  template <class V, class M, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
-    const auto first = V::template narrow<M::kRed>(c.red);
-    const auto mid = V::template narrow<M::kGreen>(c.green);
-    const auto last = V::template narrow<M::kBlue>(c.blue);
-    if constexpr (kR == 0) {
-      V::template store3<kStream>(p, first, mid, last);
-    } else {
-      V::template store3<kStream>(p, last, mid, first);
-    }
+template <PixelFormat F, class V, class M, bool kStream>
+LOX_INLINE void store_pixels(uint8_t *p, const Channels<V> &c) {
+  constexpr bool kRedFirst = red_first(F);
+  constexpr int kFirst = kRedFirst ? M::kRed : M::kBlue;
+  constexpr int kLast = kRedFirst ? M::kBlue : M::kRed;
+  const auto &first = kRedFirst ? c.red : c.blue;
+  const auto &last = kRedFirst ? c.blue : c.red;
+  if constexpr (F.bytes == 2) {
+    V::template store16<kStream>(
+        p, V::template pack565<kFirst, M::kGreen, kLast>(first, c.green, last));
+  } else if constexpr (F.bytes == 3) {
+    const auto red = V::template narrow<M::kRed>(c.red);
+    const auto green = V::template narrow<M::kGreen>(c.green);
+    const auto blue = V::template narrow<M::kBlue>(c.blue);
+    V::template store3<kStream>(p, kRedFirst ? red : blue, green,
+                                kRedFirst ? blue : red);
+  } else if constexpr (alpha_first(F)) {
+    V::template store4<kStream>(
+        p, V::template pair_255_narrow<kFirst>(first),
+        V::template pair_narrow<M::kGreen, kLast>(c.green, last));
+  } else {
+    V::template store4<kStream>(
+        p, V::template pair_narrow<kFirst, M::kGreen>(first, c.green),
+        V::template pair_narrow_255<kLast>(last));
   }
+}
 #endif
-};
-
-// Red first or last of the colours, alpha before or behind them.
-template <bool kRedFirst, bool kAlphaFirst>
-struct Rgb32 {
-  static constexpr int kBytes = 4;
-
-  static void put(uint8_t *p, int r, int g, int b) {
-    uint8_t *const colours = kAlphaFirst ? p + 1 : p;
-    colours[kRedFirst ? 0 : 2] = static_cast<uint8_t>(r);
-    colours[1] = static_cast<uint8_t>(g);
-    colours[kRedFirst ? 2 : 0] = static_cast<uint8_t>(b);
-    p[kAlphaFirst ? 0 : 3] = 255;
-  }
-#if LOX_VECTORS
-  static constexpr Order kOrder = Order::kQuads;
-  template <class V, class M, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
-    if constexpr (kRedFirst && kAlphaFirst) {
-      V::template store4<kStream>(
-          p, V::template pair_255_narrow<M::kRed>(c.red),
-          V::template pair_narrow<M::kGreen, M::kBlue>(c.green, c.blue));
-    } else if constexpr (kRedFirst) {
-      V::template store4<kStream>(
-          p, V::template pair_narrow<M::kRed, M::kGreen>(c.red, c.green),
-          V::template pair_narrow_255<M::kBlue>(c.blue));
-    } else if constexpr (kAlphaFirst) {
-      V::template store4<kStream>(
-          p, V::template pair_255_narrow<M::kBlue>(c.blue),
-          V::template pair_narrow<M::kGreen, M::kRed>(c.green, c.red));
-    } else {
-      V::template store4<kStream>(
-          p, V::template pair_narrow<M::kBlue, M::kGreen>(c.blue, c.green),
-          V::template pair_narrow_255<M::kRed>(c.red));
-    }
-  }
-#endif
-};
-
-template <bool kRedHigh>
-struct Rgb16 {
-  static constexpr int kBytes = 2;
-
-  static void put(uint8_t *p, int r, int g, int b) {
-    const int high = kRedHigh ? r : b;
-    const int low = kRedHigh ? b : r;
-    const int word = high >> 3 << 11 | g >> 2 << 5 | low >> 3;
-    p[0] = static_cast<uint8_t>(word);
-    p[1] = static_cast<uint8_t>(word >> 8);
-  }
-#if LOX_VECTORS
-  static constexpr Order kOrder = Order::kWords;
-  template <class V, class M, bool kStream>
-  LOX_INLINE static void store(uint8_t *p, const Channels<V> &c) {
-    if constexpr (kRedHigh) {
-      V::template store16<kStream>(
-          p, V::template pack565<M::kRed, M::kGreen, M::kBlue>(c.red, c.green,
-                                                               c.blue));
-    } else {
-      V::template store16<kStream>(
-          p, V::template pack565<M::kBlue, M::kGreen, M::kRed>(c.blue, c.green,
-                                                               c.red));
-    }
-  }
-#endif
-};
 
 // --- the rule ---------------------------------------------------------------
 
@@ -257,7 +197,7 @@ LOX_INLINE Rgb convert_pixel(Yuv yuv, [[maybe_unused]] bool tail) {
   return M::pixel(yuv);
 }
 
-template <class Src, class Dst, class M, int kRows>
+template <class Src, PixelFormat F, class M, int kRows>
 void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
   const uint8_t *const chroma[2] = {rows.chroma[0], rows.chroma[1]};
   const ptrdiff_t tail = tail_begin<M>(end);
@@ -266,8 +206,8 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
     uint8_t *const rgb = rows.rgb[row];
     for (ptrdiff_t x = begin; x < end; ++x) {
       const Rgb c = convert_pixel<M>(Src::pixel(y, chroma, x), x >= tail);
-      Dst::put(rgb + x * Dst::kBytes, clamp_to_byte(c.r), clamp_to_byte(c.g),
-               clamp_to_byte(c.b));
+      put_pixel<F>(rgb + x * F.bytes, {clamp_to_byte(c.r), clamp_to_byte(c.g),
+                                       clamp_to_byte(c.b)});
     }
   }
 }
@@ -276,11 +216,10 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
 
 #if LOX_VECTORS
 
-template <class V, class Dst, class M, bool kStream, class Chroma, class C>
+template <class V, PixelFormat F, class M, bool kStream, class Chroma, class C>
 LOX_INLINE void convert_luma(typename V::U8 luma, const Chroma &chroma,
                              const C &k, uint8_t *rgb) {
-  Dst::template store<V, M, kStream>(rgb,
-                                     M::template channels<V>(luma, chroma, k));
+  store_pixels<F, V, M, kStream>(rgb, M::template channels<V>(luma, chroma, k));
 }
 
 template <class S>
@@ -288,36 +227,36 @@ constexpr bool kIsPacked = false;
 template <int kLuma>
 constexpr bool kIsPacked<Packed<kLuma>> = true;
 
-template <class V, class Src, class Dst, class M, int kRows, bool kStream,
+template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream,
           class C>
 LOX_INLINE void step(const Cursor &at, const C &k) {
-  constexpr Order kOrder = Dst::kOrder;
+  constexpr Order kOrder = order_of(F);
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
     typename V::Pairs pairs;
     V::template load_422<kOrder, Src::kLuma>(at.y0, luma, pairs);
-    convert_luma<V, Dst, M, kStream>(luma, M::template chroma<V>(pairs, k), k,
-                                     at.rgb0);
+    convert_luma<V, F, M, kStream>(luma, M::template chroma<V>(pairs, k), k,
+                                   at.rgb0);
   } else {
     const auto chroma =
         M::template chroma<V>(Src::template chroma<V, kOrder>(at), k);
-    convert_luma<V, Dst, M, kStream>(Src::template luma<V, kOrder>(at.y0),
-                                     chroma, k, at.rgb0);
+    convert_luma<V, F, M, kStream>(Src::template luma<V, kOrder>(at.y0), chroma,
+                                   k, at.rgb0);
     if constexpr (kRows == 2) {
-      convert_luma<V, Dst, M, kStream>(Src::template luma<V, kOrder>(at.y1),
-                                       chroma, k, at.rgb1);
+      convert_luma<V, F, M, kStream>(Src::template luma<V, kOrder>(at.y1),
+                                     chroma, k, at.rgb1);
     }
   }
 }
 
-template <class Src, class Dst, int kRows>
+template <class Src, PixelFormat F, int kRows>
 LOX_INLINE void move(Cursor &at, ptrdiff_t pixels) {
   at.y0 += pixels * Src::kLumaBytes;
-  at.rgb0 += pixels * Dst::kBytes;
+  at.rgb0 += pixels * F.bytes;
   Src::move_chroma(at, pixels);
   if constexpr (kRows == 2) {
     at.y1 += pixels * Src::kLumaBytes;
-    at.rgb1 += pixels * Dst::kBytes;
+    at.rgb1 += pixels * F.bytes;
   }
   keep_pointer(at.y0);
   keep_pointer(at.y1);
@@ -327,7 +266,7 @@ LOX_INLINE void move(Cursor &at, ptrdiff_t pixels) {
   keep_pointer(at.rgb1);
 }
 
-template <class V, class Src, class Dst, class M, int kRows, bool kStream>
+template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream>
 LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   const typename M::template Constants<V, Src::kU> constants;
   Cursor at = {rows.y[0],      rows.y[1],   rows.chroma[0],
@@ -338,22 +277,22 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
       [&]() LOX_INLINE_LAMBDA {
         if constexpr (V::kAhead != 0 && !kStream) {
           if (fetch) {
-            V::fetch_ahead(at.rgb0, V::n * Dst::kBytes);
-            if (kRows == 2) V::fetch_ahead(at.rgb1, V::n * Dst::kBytes);
+            V::fetch_ahead(at.rgb0, V::n * F.bytes);
+            if (kRows == 2) V::fetch_ahead(at.rgb1, V::n * F.bytes);
           }
         }
-        step<V, Src, Dst, M, kRows, kStream>(at, constants);
+        step<V, Src, F, M, kRows, kStream>(at, constants);
       },
       [&](ptrdiff_t pixels)
-          LOX_INLINE_LAMBDA { move<Src, Dst, kRows>(at, pixels); },
+          LOX_INLINE_LAMBDA { move<Src, F, kRows>(at, pixels); },
       [&]() LOX_INLINE_LAMBDA {
-        step<V, Src, Dst, M, kRows, false>(at, constants);
+        step<V, Src, F, M, kRows, false>(at, constants);
       });
 }
 
 #endif  // LOX_VECTORS
 
-template <class Src, class Dst, int kRows, class M = Bt601>
+template <class Src, PixelFormat F, int kRows, class M = Bt601>
 void convert(const YuvToRgbRows &rows, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
@@ -363,19 +302,19 @@ void convert(const YuvToRgbRows &rows, ptrdiff_t width) {
   done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
     if constexpr (V::kStreamAlignment != 0) {
       if (rows.stream) {
-        convert_vectors<V, Src, Dst, M, kRows, true>(rows, whole);
+        convert_vectors<V, Src, F, M, kRows, true>(rows, whole);
         return;
       }
     }
-    convert_vectors<V, Src, Dst, M, kRows, false>(rows, whole);
+    convert_vectors<V, Src, F, M, kRows, false>(rows, whole);
   });
 #endif
-  convert_pixels<Src, Dst, M, kRows>(rows, done, width);
+  convert_pixels<Src, F, M, kRows>(rows, done, width);
 }
 
 // --- grey: every channel is Y -----------------------------------------------
 
-template <class Dst>
+template <PixelFormat F>
 void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
@@ -386,10 +325,10 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
     for_vectors<V>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          if constexpr (Dst::kBytes == 2) {
+          if constexpr (F.bytes == 2) {
             typename V::W16 word;
             typename V::W16 unused;
-            V::scale(V::template load<Dst::kOrder>(from), k64, word, unused);
+            V::scale(V::template load<order_of(F)>(from), k64, word, unused);
             V::template store16<false>(
                 to, V::template pack565<6, 6, 6>(word, word, word));
           } else {
@@ -399,12 +338,12 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
         },
         [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
           from += pixels;
-          to += pixels * Dst::kBytes;
+          to += pixels * F.bytes;
         });
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
-    Dst::put(rgb + x * Dst::kBytes, y[x], y[x], y[x]);
+    put_pixel<F>(rgb + x * F.bytes, {y[x], y[x], y[x]});
   }
 }
 
@@ -416,47 +355,41 @@ constexpr int kStreamAlignment = 0;
 void end_stream() {}
 #endif
 
-using Rgb565 = Rgb16<true>;
-using Bgr565 = Rgb16<false>;
-using Rgb888 = Rgb24<0, 2>;
-using Bgr888 = Rgb24<2, 0>;
-using Rgba8888 = Rgb32<true, false>;
-using Bgra8888 = Rgb32<false, false>;
-using Argb8888 = Rgb32<true, true>;
-using Abgr8888 = Rgb32<false, true>;
-
 }  // namespace
 
+#define LOX_CONVERT(Src, layout, rows, ...) \
+  convert<Src, kPixelFormats[layout], rows __VA_OPT__(, ) __VA_ARGS__>
+
 // One source's row of the table, in the order of RgbLayout. A source that
-// shares no chroma has no form for two rows.
-#define LOX_FORMS(Src, Dst) \
-  { convert<Src, Dst, 1>, convert<Src, Dst, 2> }
-#define LOX_FORM(Src, Dst) \
-  { convert<Src, Dst, 1>, nullptr }
-#define LOX_LAYOUTS(FORMS, Src)                                         \
-  {                                                                     \
-    FORMS(Src, Rgb565), FORMS(Src, Bgr565), FORMS(Src, Rgb888),         \
-        FORMS(Src, Bgr888), FORMS(Src, Rgba8888), FORMS(Src, Bgra8888), \
-        FORMS(Src, Argb8888), FORMS(Src, Abgr8888)                      \
+// shares no chroma has no kernel for two rows.
+#define LOX_ONE_OR_TWO(Src, layout) \
+  { LOX_CONVERT(Src, layout, 1), LOX_CONVERT(Src, layout, 2) }
+#define LOX_ONE(Src, layout) \
+  { LOX_CONVERT(Src, layout, 1), nullptr }
+#define LOX_LAYOUTS(KERNELS, Src)                                        \
+  {                                                                      \
+    KERNELS(Src, kRgb565), KERNELS(Src, kBgr565), KERNELS(Src, kRgb888), \
+        KERNELS(Src, kBgr888), KERNELS(Src, kRgba8888),                  \
+        KERNELS(Src, kBgra8888), KERNELS(Src, kArgb8888),                \
+        KERNELS(Src, kAbgr8888)                                          \
   }
-#define LOX_FORMS_OF(Src, M) \
-  { convert<Src, Rgba8888, 1, M>, convert<Src, Rgba8888, 2, M> }
+#define LOX_TO_RGBA(Src, M) \
+  { LOX_CONVERT(Src, kRgba8888, 1, M), LOX_CONVERT(Src, kRgba8888, 2, M) }
 
 constinit const CscRows yuv_to_rgb_rows = {
-    .yuv_to_rgb = {LOX_LAYOUTS(LOX_FORMS, Planar),
-                   LOX_LAYOUTS(LOX_FORMS, SemiPlanar<0>),
-                   LOX_LAYOUTS(LOX_FORMS, SemiPlanar<1>),
-                   LOX_LAYOUTS(LOX_FORM, Full),
-                   LOX_LAYOUTS(LOX_FORM, Packed<0>),
-                   LOX_LAYOUTS(LOX_FORM, Packed<1>)},
-    .words_to_rgba = LOX_FORMS_OF(SemiPlanarWords, Bt601),
-    .bt601_full = {LOX_FORMS_OF(Planar, Bt601Full),
-                   LOX_FORMS_OF(SemiPlanar<0>, Bt601Full),
-                   LOX_FORMS_OF(SemiPlanar<1>, Bt601Full)},
-    .bt709_planar = LOX_FORMS_OF(Planar, Bt709),
-    .bt709_full_planar = LOX_FORMS_OF(Planar, Bt709Full),
-    .grey_to_rgb565 = grey_to_rgb<Rgb565>,
-    .grey_to_rgb888 = grey_to_rgb<Rgb888>,
+    .yuv_to_rgb = {LOX_LAYOUTS(LOX_ONE_OR_TWO, Planar),
+                   LOX_LAYOUTS(LOX_ONE_OR_TWO, SemiPlanar<0>),
+                   LOX_LAYOUTS(LOX_ONE_OR_TWO, SemiPlanar<1>),
+                   LOX_LAYOUTS(LOX_ONE, Full), LOX_LAYOUTS(LOX_ONE, Packed<0>),
+                   LOX_LAYOUTS(LOX_ONE, Packed<1>)},
+    .words_to_rgba = LOX_TO_RGBA(SemiPlanarWords, Bt601),
+    .bt601_full = {LOX_TO_RGBA(Planar, Bt601Full),
+                   LOX_TO_RGBA(SemiPlanar<0>, Bt601Full),
+                   LOX_TO_RGBA(SemiPlanar<1>, Bt601Full)},
+    .bt709_planar = LOX_TO_RGBA(Planar, Bt709),
+    .bt709_full_planar = LOX_TO_RGBA(Planar, Bt709Full),
+    .grey_to_rgb565 = grey_to_rgb<kPixelFormats[kRgb565]>,
+    .grey_to_rgb888 = grey_to_rgb<kPixelFormats[kRgb888]>,
     .stream_alignment = kStreamAlignment,
     .end_stream = end_stream,
 };

@@ -239,23 +239,20 @@ LOX_INLINE V::Bytes bytes_at(const HdrRun *run, int x) {
   return V::load_bytes(run->red + x, run->green + x, run->blue + x);
 }
 
-void put_rgb888(uint8_t *dst, const HdrRun *run, int n) {
+template <RgbLayout kLayout>
+void put_rgb(uint8_t *dst, const HdrRun *run, int n) {
+  constexpr PixelFormat kFormat = kPixelFormats[kLayout];
   for (int x = 0; x < n; x += kGroup) {
-    Wide::store3<false>(dst + 3 * ptrdiff_t{x}, Wide::load_bytes(run->red + x),
-                        Wide::load_bytes(run->green + x),
-                        Wide::load_bytes(run->blue + x));
-  }
-}
-
-void put_rgba8888(uint8_t *dst, const HdrRun *run, int n) {
-  for (int x = 0; x < n; x += kGroup) {
-    V::put_rgba(dst + 4 * ptrdiff_t{x}, bytes_at(run, x));
-  }
-}
-
-void put_argb8888(uint8_t *dst, const HdrRun *run, int n) {
-  for (int x = 0; x < n; x += kGroup) {
-    V::put_argb(dst + 4 * ptrdiff_t{x}, bytes_at(run, x));
+    uint8_t *const to = dst + kFormat.bytes * ptrdiff_t{x};
+    if constexpr (kFormat.bytes == 3) {
+      Wide::store3<false>(to, Wide::load_bytes(run->red + x),
+                          Wide::load_bytes(run->green + x),
+                          Wide::load_bytes(run->blue + x));
+    } else if constexpr (alpha_first(kFormat)) {
+      V::put_argb(to, bytes_at(run, x));
+    } else {
+      V::put_rgba(to, bytes_at(run, x));
+    }
   }
 }
 
@@ -382,18 +379,14 @@ void to_sdr(HdrRun *run, const vexo_hdr_context *context, int, int n) {
   }
 }
 
-template <int kBytes, int kR, int kG, int kB>
+template <RgbLayout kLayout>
 void put_rgb(uint8_t *dst, const HdrRun *run, int n) {
-  for (int x = 0; x < n; ++x, dst += kBytes) {
-    if constexpr (kBytes == 4) dst[kR == 0 ? 3 : 0] = 255;
-    dst[kR] = run->red[x];
-    dst[kG] = run->green[x];
-    dst[kB] = run->blue[x];
+  constexpr PixelFormat kFormat = kPixelFormats[kLayout];
+  for (int x = 0; x < n; ++x) {
+    put_pixel<kFormat>(dst + kFormat.bytes * ptrdiff_t{x},
+                       {run->red[x], run->green[x], run->blue[x]});
   }
 }
-constexpr auto put_rgb888 = put_rgb<3, 0, 1, 2>;
-constexpr auto put_rgba8888 = put_rgb<4, 0, 1, 2>;
-constexpr auto put_argb8888 = put_rgb<4, 1, 2, 3>;
 
 template <Row3 K>
 int sum_at(const HdrRun *run, int x) {
@@ -449,9 +442,9 @@ constinit const HdrRows hdr_rows = {
     .codes_of_p010 = to_codes<P010>,
     .to_sdr = LOX_TO_SDR(ByLoads),
     .to_sdr_gathering = LOX_TO_SDR(ByGathers),
-    .put_rgb888 = put_rgb888,
-    .put_rgba8888 = put_rgba8888,
-    .put_argb8888 = put_argb8888,
+    .put_rgb888 = put_rgb<kRgb888>,
+    .put_rgba8888 = put_rgb<kRgba8888>,
+    .put_argb8888 = put_rgb<kArgb8888>,
     .put_luma = {put_luma<Standard>, put_luma<Mild>},
     .put_uv = {put_pairs<Standard::kU, Standard::kV>,
                put_pairs<Mild::kU, Mild::kV>},

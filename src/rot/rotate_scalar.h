@@ -8,7 +8,7 @@
 #include <stdint.h>
 #include <string.h>
 
-#include "simd/order.h"
+#include "simd/op.h"
 
 namespace lox::LOX_SET {
 

@@ -6,7 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "simd/order.h"
+#include "simd/op.h"
 
 namespace lox {
 

@@ -7,7 +7,7 @@
 
 #include <stdint.h>
 
-#include "simd/order.h"
+#include "simd/op.h"
 
 namespace lox {
 

@@ -9,7 +9,7 @@
 #include <arm_neon.h>
 #include <stdint.h>
 
-#include "simd/order.h"
+#include "simd/pixel_format.h"
 
 namespace lox::LOX_SET {
 

@@ -52,18 +52,8 @@ constexpr bool kNarrower = Narrow::n < Wide::n;
 #define LOX_VECTORS 0
 #endif
 
-#include "simd/order.h"
-
-#define LOX_INLINE [[gnu::always_inline]] inline
-#define LOX_INLINE_LAMBDA __attribute__((always_inline))
-
-// For loops that want to be unrolled whole; clang keeps some of them, and what
-// they go through in memory.
-#if defined(__clang__)
-#define LOX_UNROLL _Pragma("clang loop unroll(full)")
-#else
-#define LOX_UNROLL
-#endif
+#include "simd/op.h"
+#include "simd/pixel_format.h"
 
 #if LOX_VECTORS
 namespace lox::LOX_SET {

@@ -9,7 +9,7 @@
 #include <immintrin.h>
 #include <stdint.h>
 
-#include "simd/order.h"
+#include "simd/pixel_format.h"
 
 namespace lox::LOX_SET {
 

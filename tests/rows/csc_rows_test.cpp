@@ -57,7 +57,7 @@ class CscRowsTest : public lox_test::SeededTest {
     const size_t pixels = static_cast<size_t>(width);
     const RowBytes bytes = row_bytes(kind, pixels);
     const size_t rgb_bytes =
-        pixels * static_cast<size_t>(lox::kPixelBytes[layout]);
+        pixels * static_cast<size_t>(lox::kPixelFormats[layout].bytes);
     const size_t sizes[] = {bytes.luma, bytes.luma, bytes.chroma[0],
                             bytes.chroma[1]};
     const Fill fill = lox_test::kFills[width % 4];

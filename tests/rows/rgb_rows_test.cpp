@@ -59,7 +59,7 @@ std::vector<Form> forms(int level) {
   for (int i = 0; i < lox::kRgbLayouts; ++i) {
     constexpr Size kBytes[] = {nullptr, nullptr, pixels<2>, pixels<3>,
                                pixels<4>};
-    all_to_yuv(rgb.to_yuv[i], kBytes[lox::kPixelBytes[i]]);
+    all_to_yuv(rgb.to_yuv[i], kBytes[lox::kPixelFormats[i].bytes]);
   }
   all_to_yuv(rgb.bt601_full, pixels<4>);
   all_to_yuv(rgb.bt709, pixels<4>);
