@@ -17,7 +17,7 @@ namespace {
 template <class V, bool kFetch = false>
 LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
   for (size_t turns = n / (4 * V::kBlock); turns != 0; --turns) {
-    if constexpr (kFetch) V::fetch_ahead(dst, 4 * V::kBlock);
+    if constexpr (kFetch) prefetch(dst, kAhead, 4 * V::kBlock);
     V::copy_4_blocks(dst, src);
   }
   for (size_t turns = n / V::kBlock % 4; turns != 0; --turns) {
@@ -48,7 +48,7 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) {
 }
 
 void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (Bulk::kAhead == 0 || n < Bulk::kBlock || n >= kBeyondCaches) {
+  if (kAhead == 0 || n < Bulk::kBlock || n >= kBeyondCaches) {
     return copy(dst, src, n);
   }
   copy_vectors<Bulk, true>(dst, src, n);

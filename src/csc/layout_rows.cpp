@@ -6,12 +6,6 @@
 #include "common/caches.h"
 #include "simd/simd.h"
 
-#if defined(LOX_SET_neon)
-#include "simd/neon_planes.h"
-#elif LOX_VECTORS
-#include "simd/x86_planes.h"
-#endif
-
 namespace lox::LOX_SET {
 
 namespace {
@@ -24,7 +18,7 @@ constexpr int kSteps = 2;
 // written: with lines fetched ahead when that is far from the nearer caches.
 template <size_t kBytes, class Kernel>
 LOX_INLINE ptrdiff_t fetching_if_large(ptrdiff_t n, Kernel kernel) {
-  if (Bulk::kAhead != 0 &&
+  if (kAhead != 0 &&
       n >= static_cast<ptrdiff_t>(kFetchAheadFrom / (2 * kBytes))) {
     kernel.template operator()<Bulk, true>();
     return n;
@@ -49,8 +43,8 @@ void deinterleave(const uint8_t *src, uint8_t *even, uint8_t *odd,
                                  pairs,
                                  [&]() LOX_INLINE_LAMBDA {
                                    if constexpr (kFetch) {
-                                     V::fetch_ahead(to0, V::n);
-                                     V::fetch_ahead(to1, V::n);
+                                     prefetch(to0, kAhead, V::n);
+                                     prefetch(to1, kAhead, V::n);
                                    }
                                    const auto two = V::load_deinterleave(from);
                                    V::store_bytes(to0, two.even);
@@ -84,7 +78,7 @@ void interleave(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
     for_vectors<V, kSteps>(
         n,
         [&]() LOX_INLINE_LAMBDA {
-          if constexpr (kFetch) V::fetch_ahead(to, 2 * V::n);
+          if constexpr (kFetch) prefetch(to, kAhead, 2 * V::n);
           V::store_interleave(to, V::load_bytes(from0), V::load_bytes(from1));
         },
         [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
@@ -103,27 +97,17 @@ void interleave(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
   }
 }
 
-#if LOX_VECTORS
-#if defined(LOX_SET_neon)
-template <class V>
-using PlanesOf = NeonPlanes;
-#else
-template <class V>
-using PlanesOf = X86Planes<typename V::R>;
-#endif
-#endif
-
 void deinterleave4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   // Rows of large pictures are not long: lines are always fetched ahead, which
   // pays in the caches, too, where three planes are written.
   if (n >= Bulk::n) {
-    using P = PlanesOf<Bulk>;
+    using P = PlaneOps<Bulk>;
     ptrdiff_t at = 0;
     const auto put = [&](int k, auto v) LOX_INLINE_LAMBDA {
       if (planes[k] == nullptr) return;
-      Bulk::fetch_ahead(planes[k] + at, P::n);
+      prefetch(planes[k] + at, kAhead, P::n);
       P::store_plane(planes[k] + at, v);
     };
     for_vectors<Bulk>(
@@ -150,7 +134,7 @@ void interleave4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
   ptrdiff_t i = 0;
 #if LOX_VECTORS
   i = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    using P = PlanesOf<V>;
+    using P = PlaneOps<V>;
     ptrdiff_t at = 0;
     const auto take = [&](int k) LOX_INLINE_LAMBDA {
       return planes[k] != nullptr ? P::load_plane(planes[k] + at)
@@ -227,7 +211,7 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
     const uint8_t *from = src;
     uint8_t *to = dst;
     for (ptrdiff_t turns = n / (2 * kPairs); turns != 0; --turns) {
-      if constexpr (kFetch) V::fetch_ahead(to, 2 * V::kBlock);
+      if constexpr (kFetch) prefetch(to, kAhead, 2 * V::kBlock);
       V::swap_2_blocks(to, from);
     }
     if (n / kPairs % 2 != 0) {

@@ -275,10 +275,10 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   for_vectors<V>(
       width,
       [&]() LOX_INLINE_LAMBDA {
-        if constexpr (V::kAhead != 0 && !kStream) {
+        if constexpr (kAhead != 0 && !kStream) {
           if (fetch) {
-            V::fetch_ahead(at.rgb0, V::n * F.bytes);
-            if (kRows == 2) V::fetch_ahead(at.rgb1, V::n * F.bytes);
+            prefetch(at.rgb0, kAhead, V::n * F.bytes);
+            if (kRows == 2) prefetch(at.rgb1, kAhead, V::n * F.bytes);
           }
         }
         step<V, Src, F, M, kRows, kStream>(at, constants);

@@ -6,11 +6,12 @@
 
 #include <string.h>
 
-#include "simd/neon_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-struct NeonDct {
+template <class>
+struct DctOps {
   static constexpr int n = 8;  // columns
   static constexpr int blocks = 1;
   static constexpr int kColumns = 1;
@@ -23,8 +24,6 @@ struct NeonDct {
   LOX_OP void put_across(int16_t *across, ptrdiff_t i, int v, int16_t weight) {
     across[4 * i + v] = weight;
   }
-
-  LOX_OP void fetch(const uint8_t *, ptrdiff_t) {}
 
   // --- sums of columns ------------------------------------------------------
 

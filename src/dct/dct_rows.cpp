@@ -26,14 +26,7 @@ void plain_blocks(const DctJob *job) {
 
 #if LOX_VECTORS
 
-#if defined(LOX_SET_neon)
-template <class V>
-using DctOf = NeonDct;
-#else
-template <class V>
-using DctOf = X86Dct<typename V::R>;
-#endif
-using Layout = DctOf<Narrow>;
+using Layout = DctOps<Narrow>;
 
 // Sums and inverses are proven to fit their lanes for these sides.
 bool has_vector_form(const DctKind &kind) {
@@ -175,10 +168,10 @@ LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
     const uint8_t *const top1 = rows.top();
     const uint8_t *const bottom1 = rows.bottom();
     if constexpr (kHalf == 0) {
-      D::fetch(top0, ahead);
-      D::fetch(bottom0, ahead);
-      D::fetch(top1, ahead);
-      D::fetch(bottom1, ahead);
+      prefetch(top0, ahead);
+      prefetch(bottom0, ahead);
+      prefetch(top1, ahead);
+      prefetch(bottom1, ahead);
     }
     D::template add_pairs<kHalf>(sums, top0, bottom0, top1, bottom1, *w);
   }
@@ -233,9 +226,9 @@ void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
     x = job.width - 1;
     inside = 1;
   }
-  ptrdiff_t i = sum_vectors<DctOf<Wide>>(down, x, inside, t);
+  ptrdiff_t i = sum_vectors<DctOps<Wide>>(down, x, inside, t);
   if (kNarrower && i == 0) {
-    i = sum_vectors<DctOf<Narrow>>(down, x, inside, t);
+    i = sum_vectors<DctOps<Narrow>>(down, x, inside, t);
   }
   for (; i < inside; ++i) sum_column(down, x + i, t, i);
   for (; i < n + kDctBeyond; ++i) {
@@ -281,7 +274,7 @@ void vector_blocks(DctTables *tables, const DctJob *job) {
   }
 
   int16_t *const t = tables->sums;
-  using D = DctOf<Wide>;
+  using D = DctOps<Wide>;
   for (ptrdiff_t i = 0; i < job->count;) {
     const int32_t begin = job->columns[i];
     ptrdiff_t last = i;
@@ -301,7 +294,7 @@ void vector_blocks(DctTables *tables, const DctJob *job) {
       inverse<D>(tables, job, t, begin, last - D::blocks);
       i = last;
     }
-    for (; i < last; ++i) inverse<DctOf<Narrow>>(tables, job, t, begin, i);
+    for (; i < last; ++i) inverse<DctOps<Narrow>>(tables, job, t, begin, i);
   }
 }
 

@@ -8,12 +8,13 @@
 
 #include <string.h>
 
-#include "simd/x86_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-template <class R>
-struct X86Dct {
+template <class V>
+struct DctOps {
+  using R = typename V::R;
   using Reg = typename R::Reg;
   static constexpr int n = static_cast<int>(sizeof(Reg));  // columns
   static constexpr int blocks = static_cast<int>(sizeof(Reg)) / 16;
@@ -32,13 +33,6 @@ struct X86Dct {
     for (int u = 0; u < 4; ++u) {
       across[i / 2 * 32 + 8 * v + 2 * u + i % 2] = weight;
     }
-  }
-
-  // Fetches the line of what lies `away` from p, and need not be there.
-  LOX_OP void fetch(const uint8_t *p, ptrdiff_t away) {
-    _mm_prefetch(reinterpret_cast<const char *>(reinterpret_cast<uintptr_t>(p) +
-                                                static_cast<uintptr_t>(away)),
-                 _MM_HINT_T0);
   }
 
   // --- sums of columns ------------------------------------------------------

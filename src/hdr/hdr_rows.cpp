@@ -22,11 +22,7 @@ namespace {
 
 #if LOX_VECTORS
 
-#if defined(LOX_SET_neon)
-using V = NeonTone;
-#else
-using V = X86Tone<Wide::R>;
-#endif
+using V = ToneOps<Wide>;
 constexpr int kGroup = V::n;
 constexpr int kWords = kGroup / 2;
 
@@ -98,15 +94,10 @@ void to_codes(HdrRun *run, const uint8_t *luma, const uint8_t *u,
 
 // --- codes to 8-bit RGB -----------------------------------------------------
 
-// Look-ups in turn. A step does several, all loaded before any is stored, as
-// compilers do not know that tables are not written; more where more registers
-// hold them.
+// Look-ups one by one. A step does several, all loaded before any is stored, as
+// compilers do not know that tables are not written.
 struct ByLoads {
-#if defined(LOX_SET_neon)
-  static constexpr int kStep = 8;
-#else
-  static constexpr int kStep = 4;
-#endif
+  static constexpr int kStep = V::kLookUps;
   template <class T>
   LOX_INLINE static void look_up(const T *table, const uint16_t *index, T *out,
                                  int n) {

@@ -5,13 +5,17 @@
 #pragma once
 
 #include "hdr/tone_rule.h"
-#include "simd/neon_planes.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-struct NeonTone {
+template <class V>
+struct ToneOps {
+  using Planes = PlaneOps<V>;
   // Pixels of a group: two vectors of words, one of bytes.
   static constexpr int n = 16;
+  // Look-ups that registers hold at a time.
+  static constexpr int kLookUps = 8;
   using Words = int16x8_t;
   struct Chroma {
     int16x8_t u, v;
@@ -158,10 +162,10 @@ struct NeonTone {
     return {vld1q_u8(r), vld1q_u8(g), vld1q_u8(b)};
   }
   LOX_OP void put_rgba(uint8_t *p, Bytes v) {
-    NeonPlanes::store_interleave4(p, v.r, v.g, v.b, NeonPlanes::all_255());
+    Planes::store_interleave4(p, v.r, v.g, v.b, Planes::all_255());
   }
   LOX_OP void put_argb(uint8_t *p, Bytes v) {
-    NeonPlanes::store_interleave4(p, NeonPlanes::all_255(), v.r, v.g, v.b);
+    Planes::store_interleave4(p, Planes::all_255(), v.r, v.g, v.b);
   }
   // The sums shifted right by 12.
   template <Row3 K>

@@ -5,16 +5,19 @@
 #pragma once
 
 #include "hdr/tone_rule.h"
-#include "simd/x86_planes.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-template <class R>
-struct X86Tone {
+template <class V>
+struct ToneOps {
+  using R = typename V::R;
   using Reg = typename R::Reg;
-  using Planes = X86Planes<R>;
+  using Planes = PlaneOps<V>;
   // Pixels of a group: two vectors of words, one of bytes.
   static constexpr int n = static_cast<int>(sizeof(Reg));
+  // Look-ups that registers hold at a time.
+  static constexpr int kLookUps = 4;
   using Words = Reg;
   struct Chroma {
     Reg u, v;

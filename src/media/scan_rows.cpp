@@ -6,12 +6,6 @@
 
 #include "simd/simd.h"
 
-#if defined(LOX_SET_neon)
-#include "simd/neon_bytes.h"
-#elif LOX_VECTORS
-#include "simd/x86_bytes.h"
-#endif
-
 namespace lox::LOX_SET {
 
 namespace {
@@ -51,7 +45,7 @@ ptrdiff_t find(const uint8_t *data, ptrdiff_t n, StartCode code) {
 #if LOX_VECTORS
   ptrdiff_t found = n;
   done = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    using B = BytesOf<V>;
+    using B = ByteOps<V>;
     for (ptrdiff_t p = 0; p < n;) {
       if (p <= n - 4 * B::n && none_in_4<B>(data + p)) {
         p += 4 * B::n;

@@ -4,12 +4,12 @@
 // has units: its columns are stored from halves.
 #pragma once
 
-#include "simd/neon_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-// For rows too short for NeonRotate.
-struct NeonNarrowRotate {
+// For rows too short for WideRotate.
+struct NarrowRotate {
   template <int kUnit>
   static constexpr int kCols = kUnit == 3 ? 8 : 16 / kUnit;
   template <int kUnit>
@@ -134,8 +134,6 @@ struct NeonNarrowRotate {
     }
   }
   static constexpr int kLines = 2;
-  static constexpr int kAhead = 0;
-  LOX_OP void fetch_line(const uint8_t *, ptrdiff_t) {}
 
   template <int kUnit>
   LOX_OP uint8x16_t backwards(uint8x16_t v) {
@@ -166,13 +164,13 @@ struct NeonNarrowRotate {
   }
 };
 
-struct NeonRotate : NeonNarrowRotate {
+struct WideRotate : NarrowRotate {
   template <int kUnit>
   static constexpr int kRun = kUnit == 3 ? 16 : 64 / kUnit;
   template <int kUnit>
   LOX_OP void reverse_run(const uint8_t *&src, uint8_t *&dst) {
     if constexpr (kUnit == 3) {
-      NeonNarrowRotate::reverse_run<kUnit>(src, dst);
+      NarrowRotate::reverse_run<kUnit>(src, dst);
     } else {
 #if defined(__arm__)
       // Loads and stores of four registers want those side by side, which
@@ -197,7 +195,7 @@ struct NeonRotate : NeonNarrowRotate {
 #else
       LOX_UNROLL
       for (int i = 0; i < 4; ++i) {
-        NeonNarrowRotate::reverse_run<kUnit>(src, dst);
+        NarrowRotate::reverse_run<kUnit>(src, dst);
       }
 #endif
     }

@@ -4,8 +4,9 @@
 // rows written backwards.
 #include "rot/rotate_rows.h"
 
+#include <string.h>
+
 #include "common/caches.h"
-#include "rot/rotate_scalar.h"
 #include "simd/simd.h"
 
 #if defined(LOX_SET_neon)
@@ -19,14 +20,6 @@ namespace lox::LOX_SET {
 namespace {
 
 #if LOX_VECTORS
-
-#if defined(LOX_SET_neon)
-using WideRotate = NeonRotate;
-using NarrowRotate = NeonNarrowRotate;
-#else
-using WideRotate = X86Rotate<Bulk::R>;
-using NarrowRotate = X86Rotate<Narrow::R>;
-#endif
 
 LOX_INLINE constexpr ptrdiff_t at_most(ptrdiff_t a, ptrdiff_t b) {
   return a < b ? a : b;
@@ -65,7 +58,7 @@ void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
   constexpr ptrdiff_t kSquare = V::kLines * (kUnit == 3 ? 32 : 64 / kUnit);
   // What is smaller is near already.
   const bool fetch =
-      V::kAhead != 0 && int64_t{width} * height * kUnit > int64_t{kLongCopy};
+      kAhead != 0 && int64_t{width} * height * kUnit > int64_t{kLongCopy};
   for (ptrdiff_t left = 0; left < width; left += kSquare) {
     const ptrdiff_t right = at_most(left + kSquare, width);
     const ptrdiff_t x = at_most(left, width - kCols);
@@ -77,7 +70,7 @@ void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
           const uint8_t *const next = dst + i * dst_step + bottom * kUnit;
           for (ptrdiff_t end = 0; end < kSquare * kUnit;) {
             end = at_most(end + 64, kSquare * kUnit);
-            V::fetch_line(next, end - 1);
+            prefetch(next, end - 1);
           }
         }
       }
@@ -127,9 +120,8 @@ void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
 #endif
   for (ptrdiff_t y = 0; y < height; ++y) {
     for (ptrdiff_t x = 0; x < width; ++x) {
-      ScalarRotate::transpose_tile<kUnit>(
-          src + y * src_step + x * kUnit, src_step,
-          dst + x * dst_step + y * kUnit, dst_step);
+      memcpy(dst + x * dst_step + y * kUnit, src + y * src_step + x * kUnit,
+             kUnit);
     }
   }
 }
@@ -139,11 +131,11 @@ void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
 template <class V, int kUnit>
 LOX_INLINE void reverse_runs(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   constexpr ptrdiff_t kRun = V::template kRun<kUnit>;
-  constexpr ptrdiff_t kRuns = V::kAhead == 0 ? 2 * kRun : 4 * kRun;
+  constexpr ptrdiff_t kRuns = kAhead == 0 ? 2 * kRun : 4 * kRun;
   for (; n >= kRuns; n -= kRuns) {
-    if (V::kAhead != 0 && n * kUnit > V::kAhead) {
+    if (kAhead != 0 && n * kUnit > kAhead) {
       for (ptrdiff_t i = 0; i < kRuns * kUnit; i += 64) {
-        V::fetch_line(dst, V::kAhead + i);
+        prefetch(dst, kAhead + i);
       }
     }
     for (ptrdiff_t i = 0; i < kRuns; i += kRun) {
@@ -172,7 +164,10 @@ void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
     }
   }
 #endif
-  for (; n > 0; --n) ScalarRotate::reverse_run<kUnit>(from, dst);
+  for (; n > 0; --n, dst += kUnit) {
+    from -= kUnit;
+    memcpy(dst, from, kUnit);
+  }
 }
 
 }  // namespace

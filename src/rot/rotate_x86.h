@@ -5,7 +5,7 @@
 // all parts beside each other.
 #pragma once
 
-#include "simd/x86_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
@@ -14,8 +14,9 @@ alignas(16) constexpr uint8_t kSpread3[2][16] = {
     {0, 1, 2, 128, 3, 4, 5, 128, 6, 7, 8, 128, 9, 10, 11, 128},
     {4, 5, 6, 128, 7, 8, 9, 128, 10, 11, 12, 128, 13, 14, 15, 128}};
 
-template <class R>
-struct X86Rotate {
+template <class V>
+struct RotateOps {
+  using R = typename V::R;
   using Reg = typename R::Reg;
   static constexpr int kLanes = static_cast<int>(sizeof(Reg)) / 16;
 
@@ -127,13 +128,6 @@ struct X86Rotate {
   }
 
   static constexpr int kLines = 1;
-  static constexpr int kAhead = 768;
-  LOX_OP void fetch_line(const uint8_t *p, ptrdiff_t behind) {
-    const uintptr_t at =
-        reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(behind);
-    _mm_prefetch(reinterpret_cast<const char *>(at), _MM_HINT_T0);
-  }
-
   template <int kUnit>
   static constexpr int kRun = kUnit == 3
                                   ? 16
@@ -178,5 +172,8 @@ struct X86Rotate {
     dst[2] = src[2];
   }
 };
+
+using WideRotate = RotateOps<Bulk>;
+using NarrowRotate = RotateOps<Narrow>;
 
 }  // namespace lox::LOX_SET

@@ -16,16 +16,6 @@ namespace lox::LOX_SET {
 
 namespace {
 
-#if LOX_VECTORS
-#if defined(LOX_SET_neon)
-template <class V>
-using BlocksOf = NeonBlocks;
-#else
-template <class V>
-using BlocksOf = X86Blocks<typename V::R>;
-#endif
-#endif
-
 // What is left over of a mean of grouped pairs.
 constexpr BlockMean ungrouped(BlockMean m) {
   m.grouped = false;
@@ -45,13 +35,13 @@ void row(const uint8_t *src, ptrdiff_t step, uint8_t *dst, ptrdiff_t n) {
   x = with_vectors(
           bytes,
           [&]<class V>(V) LOX_INLINE_LAMBDA {
-            static_assert(V::n >= 8 * M.unit && BlocksOf<V>::n == V::n);
+            static_assert(V::n >= 8 * M.unit && BlockOps<V>::n == V::n);
             const uint8_t *from = src;
             uint8_t *to = dst;
             for_vectors<V>(
                 bytes,
                 [&]() LOX_INLINE_LAMBDA {
-                  BlocksOf<V>::template put_means<M>(from, step, to);
+                  BlockOps<V>::template put_means<M>(from, step, to);
                 },
                 [&](ptrdiff_t moved) LOX_INLINE_LAMBDA {
                   from += M.side * moved;

@@ -5,11 +5,12 @@
 #pragma once
 
 #include "rsz/blocks_scalar.h"
-#include "simd/neon_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-struct NeonBlocks {
+template <class>
+struct BlockOps {
   static constexpr int n = 16;
 
   // What a row has for n bytes of outputs, in as many registers as a block has

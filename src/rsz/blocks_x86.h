@@ -6,12 +6,13 @@
 #pragma once
 
 #include "rsz/blocks_scalar.h"
-#include "simd/x86_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-template <class R>
-struct X86Blocks {
+template <class V>
+struct BlockOps {
+  using R = typename V::R;
   using Reg = typename R::Reg;
   static constexpr int n = static_cast<int>(sizeof(Reg));
 

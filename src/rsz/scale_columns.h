@@ -43,13 +43,8 @@ enum Method : int32_t {
 };
 
 #if LOX_VECTORS
-#if defined(LOX_SET_neon)
-using WideScale = NeonScale;
-using NarrowScale = NeonScale;
-#else
-using WideScale = X86Scale<Wide>;
-using NarrowScale = X86Scale<Narrow>;
-#endif
+using WideScale = ScaleOps<Wide>;
+using NarrowScale = ScaleOps<Narrow>;
 
 // As with_vectors.
 template <class Kernel>

@@ -6,11 +6,12 @@
 
 #include <string.h>
 
-#include "simd/neon_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
-struct NeonScale : Neon {
+template <class>
+struct ScaleOps : Neon {
   // --- tables ---------------------------------------------------------------
 
   static constexpr int kWindow = 32;
@@ -143,9 +144,13 @@ struct NeonScale : Neon {
     return vcombine_u8(look_up_more(vget_low_u8(v), w, p),
                        look_up_more(vget_high_u8(v), x, q));
   }
-  template <int kSpan>
+  template <int kSpan, bool kShort = kSpan == 16>
   struct WindowOf {
     using type = Window32;
+  };
+  template <int kSpan>
+  struct WindowOf<kSpan, true> {
+    using type = Window16;
   };
   template <int kSpan, class P>
   LOX_OP Neighbours gather(Low p, High q, const P &places) {
@@ -231,8 +236,6 @@ struct NeonScale : Neon {
                                  w.high, w.share_high);
     return {vcombine_u8(vmovn_u16(low), vmovn_u16(high))};
   }
-
-  LOX_OP void fetch(const uint8_t *, ptrdiff_t, int) {}
 
   // --- whole factors --------------------------------------------------------
 
@@ -393,11 +396,6 @@ struct NeonScale : Neon {
     const uint16x4_t high = mean_of_4_words<kUnit>(row + n, below + n);
     store_words(dst, {vcombine_u16(low, high)});
   }
-};
-
-template <>
-struct NeonScale::WindowOf<16> {
-  using type = Window16;
 };
 
 }  // namespace lox::LOX_SET

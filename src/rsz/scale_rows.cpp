@@ -95,8 +95,8 @@ LOX_INLINE void for_boxes(const uint8_t *row, const uint8_t *below,
         // The next two rows, if the factor down is the same: they come from
         // further away than the arithmetic takes time.
         if (apart != 0) {
-          V::fetch(row, kFactor * apart, kFactor * V::n);
-          V::fetch(below, kFactor * apart, kFactor * V::n);
+          prefetch(row, kFactor * apart, kFactor * V::n);
+          prefetch(below, kFactor * apart, kFactor * V::n);
         }
         V::store_bytes(dst, make(row, below));
         dst += V::n;

@@ -5,12 +5,12 @@
 // weighs them.
 #pragma once
 
-#include "simd/x86_rgb.h"
+#include "simd/simd.h"
 
 namespace lox::LOX_SET {
 
 template <class V>
-struct X86Scale : V {
+struct ScaleOps : V {
   using typename V::Bytes;
   using typename V::R;
   using typename V::Reg;
@@ -105,15 +105,6 @@ struct X86Scale : V {
     return {R::pack_unsigned16(
         R::multiply_high16(R::multiply_add8(v.a, w.a), w.share_a),
         R::multiply_high16(R::multiply_add8(v.b, w.b), w.share_b))};
-  }
-
-  // Fetches the lines of what lies `away` from p.
-  LOX_OP void fetch(const uint8_t *p, ptrdiff_t away, int bytes) {
-    const uintptr_t at =
-        reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(away);
-    for (int i = 0; i < bytes; i += 64) {
-      _mm_prefetch(reinterpret_cast<const char *>(at + i), _MM_HINT_T0);
-    }
   }
 
   // --- whole factors --------------------------------------------------------

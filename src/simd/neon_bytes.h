@@ -7,7 +7,8 @@
 
 namespace lox::LOX_SET {
 
-struct NeonBytes {
+template <class>
+struct ByteOps {
   using Reg = uint8x16_t;
   static constexpr int n = 16;
 
@@ -17,7 +18,6 @@ struct NeonBytes {
   LOX_OP Reg load(const uint8_t *p) { return vld1q_u8(p); }
   LOX_OP Reg load_once(const uint8_t *p) { return vld1q_u8(p); }
   LOX_OP void store(uint8_t *p, Reg v) { vst1q_u8(p, v); }
-  LOX_OP void fetch(const uint8_t *, ptrdiff_t) {}
   LOX_OP Reg fill8(int k) { return vdupq_n_u8(static_cast<uint8_t>(k)); }
 
   LOX_OP Reg bit_and(Reg a, Reg b) { return vandq_u8(a, b); }
@@ -104,8 +104,5 @@ struct NeonBytes {
     put_pair(row[3], row[7], v23.val[1], f.others3);
   }
 };
-
-template <class V>
-using BytesOf = NeonBytes;
 
 }  // namespace lox::LOX_SET

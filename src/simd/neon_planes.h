@@ -8,7 +8,8 @@
 
 namespace lox::LOX_SET {
 
-struct NeonPlanes {
+template <class>
+struct PlaneOps {
   static constexpr int n = 16;  // pixels
 
   struct Four {

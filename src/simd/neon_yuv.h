@@ -7,11 +7,22 @@
 #pragma once
 
 #include <arm_neon.h>
+#include <stddef.h>
 #include <stdint.h>
 
 #include "simd/pixel_format.h"
 
 namespace lox::LOX_SET {
+
+// Whether vector loads and stores move their pointers for nothing.
+constexpr bool kLoadsMovePointers = true;
+// How far ahead the lines of a row are fetched before they are written; 0 where
+// that does not help.
+constexpr int kAhead = 0;
+
+// Fetches the cache lines of `bytes` bytes that lie `away` bytes behind p. They
+// need not be there.
+LOX_OP void prefetch(const uint8_t *, ptrdiff_t, int = 1) {}
 
 struct NeonYuv {
   static constexpr int n = 16;
@@ -229,8 +240,6 @@ struct NeonYuv {
     vst4q_u8(p, pixels);
   }
   LOX_OP void end_stream() {}
-  static constexpr int kAhead = 0;
-  LOX_OP void fetch_ahead(const uint8_t *, int) {}
 };
 
 }  // namespace lox::LOX_SET

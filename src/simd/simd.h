@@ -48,6 +48,13 @@ using Narrow = LOX_NARROW;
 using Bulk = LOX_BULK;
 constexpr bool kNarrower = Narrow::n < Wide::n;
 }  // namespace lox::LOX_SET
+#if defined(LOX_SET_neon)
+#include "simd/neon_bytes.h"
+#include "simd/neon_planes.h"
+#else
+#include "simd/x86_bytes.h"
+#include "simd/x86_planes.h"
+#endif
 #else
 #define LOX_VECTORS 0
 #endif
@@ -74,13 +81,6 @@ LOX_INLINE ptrdiff_t with_vectors(ptrdiff_t width, Kernel kernel) {
   }
   return 0;
 }
-
-// Whether vector loads and stores move their pointers for nothing, as ARM's do.
-#if defined(LOX_SET_neon)
-constexpr bool kLoadsMovePointers = true;
-#else
-constexpr bool kLoadsMovePointers = false;
-#endif
 
 // Holds a pointer to moving by itself where that costs nothing: compilers else
 // compute it from another one.

@@ -7,8 +7,9 @@
 
 namespace lox::LOX_SET {
 
-template <class R>
-struct X86Bytes {
+template <class V>
+struct ByteOps {
+  using R = typename V::R;
   using Reg = typename R::Reg;
   static constexpr int n = static_cast<int>(sizeof(Reg));
 
@@ -20,12 +21,6 @@ struct X86Bytes {
     return v;
   }
   LOX_OP void store(uint8_t *p, Reg v) { R::template store<false>(p, v); }
-  // The line that lies so far away; there need not be one.
-  LOX_OP void fetch(const uint8_t *p, ptrdiff_t away) {
-    _mm_prefetch(reinterpret_cast<const char *>(reinterpret_cast<uintptr_t>(p) +
-                                                static_cast<uintptr_t>(away)),
-                 _MM_HINT_T0);
-  }
   LOX_OP Reg fill8(int k) { return R::fill16((k & 255) * 0x0101); }
 
   LOX_OP Reg bit_and(Reg a, Reg b) { return R::bit_and(a, b); }
@@ -123,8 +118,5 @@ struct X86Bytes {
     }
   }
 };
-
-template <class V>
-using BytesOf = X86Bytes<typename V::R>;
 
 }  // namespace lox::LOX_SET

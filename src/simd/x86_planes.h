@@ -9,8 +9,9 @@
 
 namespace lox::LOX_SET {
 
-template <class R>
-struct X86Planes {
+template <class V>
+struct PlaneOps {
+  using R = typename V::R;
   using Reg = typename R::Reg;
   static constexpr int n = static_cast<int>(sizeof(Reg));  // pixels
 

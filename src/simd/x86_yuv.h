@@ -7,11 +7,23 @@
 #pragma once
 
 #include <immintrin.h>
+#include <stddef.h>
 #include <stdint.h>
 
 #include "simd/pixel_format.h"
 
 namespace lox::LOX_SET {
+
+constexpr bool kLoadsMovePointers = false;
+constexpr int kAhead = 768;
+
+LOX_OP void prefetch(const uint8_t *p, ptrdiff_t away, int bytes = 1) {
+  const uintptr_t at =
+      reinterpret_cast<uintptr_t>(p) + static_cast<uintptr_t>(away);
+  for (int i = 0; i < bytes; i += 64) {
+    _mm_prefetch(reinterpret_cast<const char *>(at + i), _MM_HINT_T0);
+  }
+}
 
 template <class R>
 struct X86Yuv {
@@ -189,14 +201,6 @@ struct X86Yuv {
     R::template store<kStream>(p + 3 * n, R::unpack_high16(ab.b, cd.b));
   }
   LOX_OP void end_stream() { _mm_sfence(); }
-  static constexpr int kAhead = 768;
-  LOX_OP void fetch_ahead(const uint8_t *p, int bytes) {
-    const uintptr_t ahead = reinterpret_cast<uintptr_t>(p) + kAhead;
-    for (int i = 0; i < bytes; i += 64) {
-      _mm_prefetch(reinterpret_cast<const char *>(ahead + i), _MM_HINT_T0);
-    }
-  }
-
   // The body of store3, within halves: each source byte has a place of its
   // own, modulo 16, among the three output registers. One shuffle puts it
   // there, two selections a register gather the channels.

@@ -9,12 +9,6 @@
 #include "simd/simd.h"
 #include "vqe/deblock_rule.h"
 
-#if defined(LOX_SET_neon)
-#include "simd/neon_bytes.h"
-#elif LOX_VECTORS
-#include "simd/x86_bytes.h"
-#endif
-
 namespace lox::LOX_SET {
 
 namespace {
@@ -109,7 +103,7 @@ LOX_INLINE void sharpen_at(const uint8_t *p, ptrdiff_t pitch, uint8_t *q) {
 template <class V, int kRows>
 LOX_INLINE void sharpen_rows(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst,
                              ptrdiff_t n) {
-  using B = BytesOf<V>;
+  using B = ByteOps<V>;
   // After the first vector those that lie in one line each.
   sharpen_at<B, kRows>(src, pitch, dst);
   const ptrdiff_t first =
@@ -120,8 +114,8 @@ LOX_INLINE void sharpen_rows(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst,
       for_whole_vectors<V, 1>(n - first, [&]() LOX_INLINE_LAMBDA {
         // What the next rows need, or memory would not keep up.
         for (int i = 0; i < kRows; ++i) {
-          B::fetch(from, (kRows + 2 + i) * pitch);
-          B::fetch(to, (kRows + i) * pitch);
+          prefetch(from, (kRows + 2 + i) * pitch);
+          prefetch(to, (kRows + i) * pitch);
         }
         sharpen_at<B, kRows>(from, pitch, to);
         from += V::n;
@@ -224,7 +218,7 @@ LOX_INLINE void in_copy(uint8_t *const (&row)[kRows], ptrdiff_t bytes,
 void deblock_horizontal(uint8_t *first, ptrdiff_t stride, ptrdiff_t n,
                         int strength) {
 #if LOX_VECTORS
-  using B = BytesOf<Wide>;
+  using B = ByteOps<Wide>;
   for (; n >= B::n; n -= B::n) {
     deblock_columns<B>(first, stride, strength);
     first += B::n;
@@ -244,7 +238,7 @@ void deblock_horizontal(uint8_t *first, ptrdiff_t stride, ptrdiff_t n,
 void deblock_vertical(uint8_t *first, ptrdiff_t stride, ptrdiff_t edges,
                       int rows, int strength) {
 #if LOX_VECTORS
-  using B = BytesOf<Wide>;
+  using B = ByteOps<Wide>;
   // Rows that are missing are the last one again: it is read before any is
   // written, and the same is written each time.
   uint8_t *row[8];
@@ -253,7 +247,7 @@ void deblock_vertical(uint8_t *first, ptrdiff_t stride, ptrdiff_t edges,
   }
   ptrdiff_t bytes = 8 * edges;
   for (; bytes >= B::n; bytes -= B::n) {
-    for (int i = 0; i < 8; ++i) B::fetch(row[i], 8 * stride);
+    for (int i = 0; i < 8; ++i) prefetch(row[i], 8 * stride);
     deblock_8_rows<B>(row, strength);
     for (int i = 0; i < 8; ++i) row[i] += B::n;
   }
