@@ -10,7 +10,7 @@
 #include "csc/yuv_layout.h"
 #include "orumlox/common.h"
 
-namespace lox::csc {
+namespace lox {
 
 namespace {
 
@@ -164,12 +164,12 @@ int32_t convert_by_standard(const vexo_img &src, const vexo_img &dst) {
 
 }  // namespace
 
-}  // namespace lox::csc
+}  // namespace lox
 
 extern "C" {
 
 int32_t vexo_csc(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox::csc;
+  using namespace lox;
   if (src->format == dst->format) return VEXO_ERR_ARG;
   if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
   if (standards_count(*src, *dst)) return convert_by_standard(*src, *dst);
@@ -180,14 +180,14 @@ int32_t vexo_csc(const vexo_img *src, const vexo_img *dst) {
 }
 
 int32_t vexo_csc_bt601_fr(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox::csc;
+  using namespace lox;
   if (src->format == dst->format) return VEXO_ERR_ARG;
   if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
   return convert(kBt601FullRoutes, *src, *dst, VEXO_ERR_UNSUPPORTED);
 }
 
 int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox::csc;
+  using namespace lox;
   if (src->format == dst->format || src->width[0] != dst->width[0] ||
       src->height[0] != dst->height[0]) {
     return VEXO_ERR_ARG;
@@ -201,7 +201,7 @@ int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst) {
 }
 
 int32_t vexo_csc_bt709_fr(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox::csc;
+  using namespace lox;
   if (src->format == dst->format) return VEXO_ERR_ARG;
   if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
   if (src->format != VEXO_FMT_YUV420) return VEXO_ERR_UNSUPPORTED;

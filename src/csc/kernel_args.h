@@ -6,7 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-namespace lox::csc {
+namespace lox {
 
 struct KernelArgs {
   uint8_t *const *src_plane;
@@ -29,7 +29,7 @@ struct KernelArgs {
   }
 };
 
-}  // namespace lox::csc
+}  // namespace lox
 
 #define LOX_PARAMETERS                                          \
   uint8_t *const src_plane[4], const int32_t src_width[4],      \

@@ -9,7 +9,7 @@
 #include "csc/rgb_rows.h"
 #include "orumlox/csc.h"
 
-namespace lox::csc {
+namespace lox {
 
 namespace {
 
@@ -62,21 +62,20 @@ void rgb_to_rgb(RgbToRgbFn convert_row, const KernelArgs &args) {
 
 }  // namespace
 
-}  // namespace lox::csc
+}  // namespace lox
 
-#define LOX_KERNEL(name, forms, chroma)                           \
-  void vexo_csc_##name(LOX_PARAMETERS) {                          \
-    lox::csc::rgb_to_yuv(lox::rgb_rows().forms, lox::csc::chroma, \
-                         LOX_ARGUMENTS);                          \
+#define LOX_KERNEL(name, forms, chroma)                                 \
+  void vexo_csc_##name(LOX_PARAMETERS) {                                \
+    lox::rgb_to_yuv(lox::rgb_rows().forms, lox::chroma, LOX_ARGUMENTS); \
   }
 #define LOX_KERNELS(name, forms)               \
   LOX_KERNEL(name##_to_yuv420, forms, kYuv420) \
   LOX_KERNEL(name##_to_yv12, forms, kYv12)     \
   LOX_KERNEL(name##_to_nv12, forms, kNv12)     \
   LOX_KERNEL(name##_to_nv21, forms, kNv21)
-#define LOX_ROW_KERNEL(driver, name)                       \
-  void vexo_csc_##name(LOX_PARAMETERS) {                   \
-    lox::csc::driver(lox::rgb_rows().name, LOX_ARGUMENTS); \
+#define LOX_ROW_KERNEL(driver, name)                  \
+  void vexo_csc_##name(LOX_PARAMETERS) {              \
+    lox::driver(lox::rgb_rows().name, LOX_ARGUMENTS); \
   }
 
 extern "C" {

@@ -10,7 +10,7 @@
 #include "csc/yuv_to_rgb_rows.h"
 #include "orumlox/csc.h"
 
-namespace lox::csc {
+namespace lox {
 
 namespace {
 
@@ -74,11 +74,11 @@ void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
 
 }  // namespace
 
-}  // namespace lox::csc
+}  // namespace lox
 
-#define LOX_KERNEL(token, shape, rgb_token, layout)                      \
-  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {               \
-    lox::csc::tiled_to_rgb(lox::csc::shape, lox::layout, LOX_ARGUMENTS); \
+#define LOX_KERNEL(token, shape, rgb_token, layout)            \
+  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {     \
+    lox::tiled_to_rgb(lox::shape, lox::layout, LOX_ARGUMENTS); \
   }
 
 extern "C" {

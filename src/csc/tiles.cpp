@@ -7,7 +7,7 @@
 #include "csc/layout_rows.h"
 #include "orumlox/csc.h"
 
-namespace lox::csc {
+namespace lox {
 
 int64_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
   // Of the four tiles of a unit; the lower two, and the upper two of every
@@ -92,21 +92,21 @@ void tiles_to_nv12(const TileShape &shape, const KernelArgs &args) {
 
 }  // namespace
 
-}  // namespace lox::csc
+}  // namespace lox
 
 extern "C" {
 
 int32_t vexo_get_tile_offset(int32_t width, int32_t height, int32_t x,
                              int32_t y) {
-  return static_cast<int32_t>(lox::csc::crossed_offset(width, height, x, y));
+  return static_cast<int32_t>(lox::crossed_offset(width, height, x, y));
 }
 
 #define LOX_COPY(columns, tile_rows)                                         \
   void vexo_csc_copy_##columns##x##tile_rows##tiles_to_linear(               \
       const uint8_t *src, int32_t width, int32_t height, int32_t dst_stride, \
       uint8_t *dst) {                                                        \
-    lox::csc::copy_plane_from_tiles(width, height, columns, tile_rows, src,  \
-                                    dst_stride, dst);                        \
+    lox::copy_plane_from_tiles(width, height, columns, tile_rows, src,       \
+                               dst_stride, dst);                             \
   }
 LOX_COPY(16, 16)
 LOX_COPY(16, 8)
@@ -117,31 +117,30 @@ void vexo_csc_unpack_16x8tiles_to_linear(const uint8_t *src, int32_t width,
                                          int32_t height, int32_t dst_stride_u,
                                          uint8_t *dst_u, int32_t dst_stride_v,
                                          uint8_t *dst_v) {
-  lox::csc::split_tiles({width, height, 16, 8, false}, 8, src, dst_stride_u,
-                        dst_u, dst_stride_v, dst_v);
+  lox::split_tiles({width, height, 16, 8, false}, 8, src, dst_stride_u, dst_u,
+                   dst_stride_v, dst_v);
 }
 
 void vexo_csc_t64x32_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::tiles_to_planes(lox::csc::kT64x32, 1, 2, LOX_ARGUMENTS);
+  lox::tiles_to_planes(lox::kT64x32, 1, 2, LOX_ARGUMENTS);
 }
 void vexo_csc_t64x32_to_yv12(LOX_PARAMETERS) {
-  lox::csc::tiles_to_planes(lox::csc::kT64x32, 2, 1, LOX_ARGUMENTS);
+  lox::tiles_to_planes(lox::kT64x32, 2, 1, LOX_ARGUMENTS);
 }
 void vexo_csc_t16x16_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::tiles_to_planes(lox::csc::kT16x16, 1, 2, LOX_ARGUMENTS);
+  lox::tiles_to_planes(lox::kT16x16, 1, 2, LOX_ARGUMENTS);
 }
 void vexo_csc_t64x32_to_nv12(LOX_PARAMETERS) {
-  lox::csc::tiles_to_nv12(lox::csc::kT64x32, LOX_ARGUMENTS);
+  lox::tiles_to_nv12(lox::kT64x32, LOX_ARGUMENTS);
 }
 void vexo_csc_t16x16_to_nv12(LOX_PARAMETERS) {
-  lox::csc::tiles_to_nv12(lox::csc::kT16x16, LOX_ARGUMENTS);
+  lox::tiles_to_nv12(lox::kT16x16, LOX_ARGUMENTS);
 }
 
 void vexo_csc_t64x32_to_nv21(LOX_PARAMETERS) {
-  const lox::csc::KernelArgs args = LOX_ARGUMENTS;
-  lox::csc::copy_luma_from_tiles(lox::csc::kT64x32, args);
-  const lox::csc::TilePlane chroma =
-      lox::csc::chroma_of(lox::csc::kT64x32, args);
+  const lox::KernelArgs args = LOX_ARGUMENTS;
+  lox::copy_luma_from_tiles(lox::kT64x32, args);
+  const lox::TilePlane chroma = lox::chroma_of(lox::kT64x32, args);
   const auto swap = lox::layout_rows().swap;
   chroma.for_tiles([&](int32_t x, int32_t y, int32_t bytes, int32_t rows) {
     const uint8_t *const tile = src_plane[1] + chroma.offset(x, y);
@@ -156,13 +155,13 @@ void vexo_csc_t64x32_to_nv21(LOX_PARAMETERS) {
 }
 
 void vexo_csc_yuv420_to_t64x32(LOX_PARAMETERS) {
-  using lox::csc::TilePlane;
-  const lox::csc::KernelArgs args = LOX_ARGUMENTS;
+  using lox::TilePlane;
+  const lox::KernelArgs args = LOX_ARGUMENTS;
   const TilePlane luma =
-      TilePlane::luma(lox::csc::kT64x32, src_width[0], src_height[0]);
-  lox::csc::copy_to_tiles(luma, src_plane[0], src_stride[0], dst_plane[0]);
+      TilePlane::luma(lox::kT64x32, src_width[0], src_height[0]);
+  lox::copy_to_tiles(luma, src_plane[0], src_stride[0], dst_plane[0]);
 
-  const TilePlane chroma = lox::csc::chroma_of(lox::csc::kT64x32, args);
+  const TilePlane chroma = lox::chroma_of(lox::kT64x32, args);
   const auto interleave = lox::layout_rows().interleave;
   // The picture may have more chroma than the source has samples.
   const int64_t samples = int64_t{2} * src_width[1];

@@ -8,7 +8,7 @@
 
 #include "common/copy.h"
 
-namespace lox::csc {
+namespace lox {
 
 // Tiles of `width` bytes; those of luma and chroma differ in their rows.
 struct TileShape {
@@ -123,4 +123,4 @@ class StripReader {
   uint8_t scratch_[kScratchWidth * kScratchRows];
 };
 
-}  // namespace lox::csc
+}  // namespace lox

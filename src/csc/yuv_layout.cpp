@@ -12,7 +12,7 @@
 #include "csc/layout_rows.h"
 #include "orumlox/common.h"
 
-namespace lox::csc {
+namespace lox {
 
 namespace {
 
@@ -150,7 +150,7 @@ void nv12_to_nv21(LOX_PARAMETERS) {
   vexo_csc_swap_8byte8(dst_plane[1], stride, rows);
 }
 
-}  // namespace lox::csc
+}  // namespace lox
 
 extern "C" {
 
@@ -182,8 +182,8 @@ void vexo_csc_1x1_to_1x2(const uint8_t *src, int32_t width, int32_t height,
 void vexo_csc_8b8b_unpck(const uint8_t *src, int32_t width, int32_t height,
                          int32_t src_stride, int32_t dst_stride_a,
                          int32_t dst_stride_b, uint8_t *dst_a, uint8_t *dst_b) {
-  lox::csc::split_rows(src, width, height, src_stride, dst_stride_a,
-                       dst_stride_b, dst_a, dst_b);
+  lox::split_rows(src, width, height, src_stride, dst_stride_a, dst_stride_b,
+                  dst_a, dst_b);
 }
 
 void vexo_csc_8b8b_pck(const uint8_t *src_a, const uint8_t *src_b,
@@ -213,7 +213,7 @@ void vexo_csc_8b8b8b8b_unpack(const uint8_t *src, int32_t width, int32_t height,
   uint8_t *const planes[] = {dst_0, dst_1, dst_2, dst_3};
   for (ptrdiff_t row = 0; row < height; ++row) {
     uint8_t *rows[4];
-    lox::csc::rows_of(planes, strides, row, rows);
+    lox::rows_of(planes, strides, row, rows);
     lox::layout_rows().deinterleave4(src + row * src_stride, rows, width);
   }
 }
@@ -230,70 +230,70 @@ void vexo_csc_8b8b8b8b_pack(uint8_t *dst, int32_t width, int32_t height,
   const uint8_t *const planes[] = {src_0, src_1, src_2, src_3};
   for (ptrdiff_t row = 0; row < height; ++row) {
     const uint8_t *rows[4];
-    lox::csc::rows_of(planes, strides, row, rows);
+    lox::rows_of(planes, strides, row, rows);
     lox::layout_rows().interleave4(rows, dst + row * dst_stride, width);
   }
 }
 
 void vexo_csc_swap_8byte8(uint8_t *plane, int32_t stride, int32_t rows) {
-  const int64_t bytes = lox::csc::swapped_bytes(stride, rows);
+  const int64_t bytes = lox::swapped_bytes(stride, rows);
   // The first pair always, and one that an odd count ends in whole.
-  lox::csc::swap_in_place(plane, bytes < 1 ? 1 : bytes / 2 + bytes % 2);
+  lox::swap_in_place(plane, bytes < 1 ? 1 : bytes / 2 + bytes % 2);
 }
 
 void vexo_csc_yuv420_to_nv12(LOX_PARAMETERS) {
-  lox::csc::merge_pairs(1, 2, LOX_ARGUMENTS);
+  lox::merge_pairs(1, 2, LOX_ARGUMENTS);
 }
 void vexo_csc_yuv420_to_nv21(LOX_PARAMETERS) {
-  lox::csc::merge_pairs(2, 1, LOX_ARGUMENTS);
+  lox::merge_pairs(2, 1, LOX_ARGUMENTS);
 }
 void vexo_csc_nv12_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::split_pairs(1, 2, LOX_ARGUMENTS);
+  lox::split_pairs(1, 2, LOX_ARGUMENTS);
 }
 void vexo_csc_nv12_to_yv12(LOX_PARAMETERS) {
-  lox::csc::split_pairs(2, 1, LOX_ARGUMENTS);
+  lox::split_pairs(2, 1, LOX_ARGUMENTS);
 }
 void vexo_csc_nv21_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::split_pairs(2, 1, LOX_ARGUMENTS);
+  lox::split_pairs(2, 1, LOX_ARGUMENTS);
 }
 void vexo_csc_nv21_to_yv12(LOX_PARAMETERS) {
-  lox::csc::split_pairs(1, 2, LOX_ARGUMENTS);
+  lox::split_pairs(1, 2, LOX_ARGUMENTS);
 }
 void vexo_csc_nv21_to_nv12(LOX_PARAMETERS) {
-  lox::csc::nv12_to_nv21(src_plane, src_width, src_height, src_stride,
-                         dst_stride, dst_plane);
+  lox::nv12_to_nv21(src_plane, src_width, src_height, src_stride, dst_stride,
+                    dst_plane);
 }
 void vexo_csc_yuv422n_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::halve_chroma_rows(false, LOX_ARGUMENTS);
+  lox::halve_chroma_rows(false, LOX_ARGUMENTS);
 }
 void vexo_csc_yuv422n_to_yv12(LOX_PARAMETERS) {
-  lox::csc::halve_chroma_rows(true, LOX_ARGUMENTS);
+  lox::halve_chroma_rows(true, LOX_ARGUMENTS);
 }
 void vexo_csc_yv16_to_yv12(LOX_PARAMETERS) {
-  lox::csc::halve_chroma_rows(false, LOX_ARGUMENTS);
+  lox::halve_chroma_rows(false, LOX_ARGUMENTS);
 }
 void vexo_csc_yv16_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::halve_chroma_rows(true, LOX_ARGUMENTS);
+  lox::halve_chroma_rows(true, LOX_ARGUMENTS);
 }
 
 void vexo_csc_yuv420_to_yuv422n(LOX_PARAMETERS) {
-  lox::csc::copy_luma(LOX_ARGUMENTS);
-  lox::csc::for_chroma(false, [&](int from, int to) {
+  lox::copy_luma(LOX_ARGUMENTS);
+  lox::for_chroma(false, [&](int from, int to) {
     vexo_csc_1x1_to_1x2(src_plane[from], src_width[from], src_height[from],
                         src_stride[from], dst_stride[to], dst_plane[to]);
   });
 }
 
 void vexo_csc_yuv444_to_yuv420(LOX_PARAMETERS) {
-  lox::csc::copy_luma(LOX_ARGUMENTS);
-  lox::csc::for_chroma(false, [&](int from, int to) {
+  lox::copy_luma(LOX_ARGUMENTS);
+  lox::for_chroma(false, [&](int from, int to) {
     vexo_csc_2x2_to_1x1(src_plane[from], src_width[from], src_height[from],
                         src_stride[from], dst_stride[to], dst_plane[to]);
   });
 }
 
 void vexo_csc_yuyv_to_yuv420(LOX_PARAMETERS) {
-  const lox::csc::KernelArgs args = LOX_ARGUMENTS;
+  const lox::KernelArgs args = LOX_ARGUMENTS;
   const lox::LayoutRows &kernels = lox::layout_rows();
   if (args.empty()) return;
   for (int32_t row = 0; row < src_height[0]; ++row) {
@@ -305,7 +305,7 @@ void vexo_csc_yuyv_to_yuv420(LOX_PARAMETERS) {
 }
 
 void vexo_csc_yuv420Planar16_to_yuv420Planar(LOX_PARAMETERS) {
-  const lox::csc::KernelArgs args = LOX_ARGUMENTS;
+  const lox::KernelArgs args = LOX_ARGUMENTS;
   const auto narrow_10_to_8 = lox::layout_rows().narrow_10_to_8;
   for (int plane = 0; plane < 3; ++plane) {
     if (args.empty(plane)) continue;

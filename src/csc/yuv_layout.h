@@ -5,9 +5,9 @@
 
 #include "orumlox/csc.h"
 
-namespace lox::csc {
+namespace lox {
 
 vexo_csc_kernel yuv420_to_yv12;
 vexo_csc_kernel nv12_to_nv21;
 
-}  // namespace lox::csc
+}  // namespace lox

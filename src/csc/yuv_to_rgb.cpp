@@ -10,7 +10,7 @@
 #include "csc/yuv_to_rgb_rows.h"
 #include "orumlox/csc.h"
 
-namespace lox::csc {
+namespace lox {
 
 Writing writing_of(RgbLayout layout, const KernelArgs &args) {
   const uint64_t pixels = static_cast<uint64_t>(args.src_width[0]) *
@@ -90,11 +90,11 @@ void grey_to_rgb(GreyToRgbFn convert_row, const KernelArgs &args) {
 
 }  // namespace
 
-}  // namespace lox::csc
+}  // namespace lox
 
-#define LOX_KERNEL(token, source, rgb_token, layout)                  \
-  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {            \
-    lox::csc::ordinary(lox::csc::source, lox::layout, LOX_ARGUMENTS); \
+#define LOX_KERNEL(token, source, rgb_token, layout)        \
+  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {  \
+    lox::ordinary(lox::source, lox::layout, LOX_ARGUMENTS); \
   }
 #define LOX_KERNELS_565(token, source)       \
   LOX_KERNEL(token, source, rgb565, kRgb565) \
@@ -121,16 +121,16 @@ LOX_KERNELS(yuyv, kYuyv)
 LOX_KERNELS_565(yuv422w, kYuv422w)
 
 void vexo_csc_yuv400_to_rgb565(LOX_PARAMETERS) {
-  lox::csc::grey_to_rgb(lox::yuv_to_rgb_rows().grey_to_rgb565, LOX_ARGUMENTS);
+  lox::grey_to_rgb(lox::yuv_to_rgb_rows().grey_to_rgb565, LOX_ARGUMENTS);
 }
 void vexo_csc_yuv400_to_rgb888(LOX_PARAMETERS) {
-  lox::csc::grey_to_rgb(lox::yuv_to_rgb_rows().grey_to_rgb888, LOX_ARGUMENTS);
+  lox::grey_to_rgb(lox::yuv_to_rgb_rows().grey_to_rgb888, LOX_ARGUMENTS);
 }
 
-#define LOX_KERNEL_OF(name, source, forms)                               \
-  void vexo_csc_##name##_to_rgba8888(LOX_PARAMETERS) {                   \
-    lox::csc::yuv_to_rgb(lox::csc::source, lox::yuv_to_rgb_rows().forms, \
-                         lox::kRgba8888, LOX_ARGUMENTS);                 \
+#define LOX_KERNEL_OF(name, source, forms)                                     \
+  void vexo_csc_##name##_to_rgba8888(LOX_PARAMETERS) {                         \
+    lox::yuv_to_rgb(lox::source, lox::yuv_to_rgb_rows().forms, lox::kRgba8888, \
+                    LOX_ARGUMENTS);                                            \
   }
 
 LOX_KERNEL_OF(p010le, kNv12, words_to_rgba)

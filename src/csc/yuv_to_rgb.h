@@ -8,7 +8,7 @@
 #include "csc/kernel_args.h"
 #include "csc/yuv_to_rgb_rows.h"
 
-namespace lox::csc {
+namespace lox {
 
 // What distinguishes one YUV source from another, but for the size of a sample.
 struct YuvSource {
@@ -49,4 +49,4 @@ struct Writing {
 };
 Writing writing_of(RgbLayout layout, const KernelArgs &args);
 
-}  // namespace lox::csc
+}  // namespace lox

@@ -18,9 +18,9 @@ constexpr int32_t kCut = 64;
 
 }  // namespace
 
-void scale_plane(const vexo_rsz_new_context *context, int32_t plan,
-                 const DctPlane &plane, uint8_t *work, const uint8_t *src,
-                 uint8_t *dst, vexo_shift_set a, vexo_shift_set b) {
+void transform_plane(const vexo_rsz_new_context *context, int32_t plan,
+                     const DctPlane &plane, uint8_t *work, const uint8_t *src,
+                     uint8_t *dst, vexo_shift_set a, vexo_shift_set b) {
   const Written size = written(context, plan, plane);
   if (size.width < 1) return;
   const int32_t columns =
@@ -85,8 +85,8 @@ void dct_downscaling(const uint8_t *src, uint8_t *dst,
                      vexo_rsz_new_context *context, vexo_shift_set a,
                      vexo_shift_set b, int32_t plane) {
   if (lox::plane_notes(context, plane) == nullptr) return;
-  lox::scale_plane(context, plane, *lox::plane_notes(context, plane),
-                   lox::work_area(context, plane), src, dst, a, b);
+  lox::transform_plane(context, plane, *lox::plane_notes(context, plane),
+                       lox::work_area(context, plane), src, dst, a, b);
 }
 
 void dct_downscaling_rgba8888(const uint8_t *src, uint8_t *dst,
@@ -94,6 +94,6 @@ void dct_downscaling_rgba8888(const uint8_t *src, uint8_t *dst,
                               vexo_shift_set b, int32_t plane) {
   if (lox::plane_notes(context, plane) == nullptr) return;
   // One plan for the three.
-  lox::scale_plane(context, 0, *lox::plane_notes(context, plane),
-                   lox::work_area(context, plane), src, dst, a, b);
+  lox::transform_plane(context, 0, *lox::plane_notes(context, plane),
+                       lox::work_area(context, plane), src, dst, a, b);
 }

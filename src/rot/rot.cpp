@@ -12,7 +12,7 @@
 #include "orumlox/common.h"
 #include "rot/rotate_rows.h"
 
-namespace lox::rsz {
+namespace lox {
 
 namespace {
 
@@ -77,15 +77,15 @@ void turn_plane(vexo_rot_kernel *const *kernels, uint32_t rotation,
 
 }  // namespace
 
-}  // namespace lox::rsz
+}  // namespace lox
 
 extern "C" {
 
-#define LOX_KERNEL(name, unit, turn)                                 \
-  void name(const uint8_t *src, int32_t width, int32_t height,       \
-            int32_t src_stride, int32_t dst_stride, uint8_t *dst) {  \
-    lox::rsz::PlaneTurns<unit>::turn(src, width, height, src_stride, \
-                                     dst_stride, dst);               \
+#define LOX_KERNEL(name, unit, turn)                                        \
+  void name(const uint8_t *src, int32_t width, int32_t height,              \
+            int32_t src_stride, int32_t dst_stride, uint8_t *dst) {         \
+    lox::PlaneTurns<unit>::turn(src, width, height, src_stride, dst_stride, \
+                                dst);                                       \
   }
 // The kernels of a unit and their table.
 #define LOX_KERNELS(tag, unit)                                           \
@@ -104,7 +104,7 @@ LOX_KERNELS(24b, 3)
 LOX_KERNELS(32b, 4)
 
 int32_t vexo_rot(const vexo_img *src, uint32_t rotation, const vexo_img *dst) {
-  using lox::rsz::turn_plane;
+  using lox::turn_plane;
   const int32_t format = src->format;
   if (rotation > VEXO_ROT_VERT || format < 0 || format == VEXO_FMT_T64X32) {
     return VEXO_ERR_UNSUPPORTED;

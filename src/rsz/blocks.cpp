@@ -7,7 +7,7 @@
 #include "orumlox/rsz_blocks.h"
 #include "rsz/block_rows.h"
 
-namespace lox::rsz {
+namespace lox {
 
 namespace {
 
@@ -81,14 +81,13 @@ void reduce(const Kind &kind, const Plane &p, int32_t begin, int32_t end) {
 
 }  // namespace
 
-}  // namespace lox::rsz
+}  // namespace lox
 
 extern "C" {
 
 #define LOX_ALL(name, kind)                                                    \
   void name(const uint8_t *src, uint8_t *dst, int32_t width, int32_t height) { \
-    lox::rsz::reduce(lox::rsz::kind, {src, dst, width, height, width}, 0,      \
-                     width);                                                   \
+    lox::reduce(lox::kind, {src, dst, width, height, width}, 0, width);        \
   }
 LOX_ALL(vexo_8b_rsz_down_2x2, kHalveBytes)
 LOX_ALL(vexo_8b8b_rsz_down_2x2, kHalvePairs)
@@ -98,24 +97,22 @@ LOX_ALL(vexo_8b8b_rsz_down_4x4, kQuarterGroupedOf2Rows)
 #define LOX_COLUMNS(name, kind)                                              \
   void name(const uint8_t *src, uint8_t *dst, int32_t width, int32_t height, \
             int32_t processed) {                                             \
-    lox::rsz::reduce(lox::rsz::kind, {src, dst, width, height, width}, 0,    \
-                     processed);                                             \
+    lox::reduce(lox::kind, {src, dst, width, height, width}, 0, processed);  \
   }                                                                          \
   void name##_remain(const uint8_t *src, uint8_t *dst, int32_t width,        \
                      int32_t height, int32_t processed) {                    \
-    lox::rsz::reduce(lox::rsz::kind, {src, dst, width, height, width},       \
-                     processed, width);                                      \
+    lox::reduce(lox::kind, {src, dst, width, height, width}, processed,      \
+                width);                                                      \
   }
 LOX_COLUMNS(vexo_8b_rsz_down_2x2_non_alignment, kHalveBytes)
 LOX_COLUMNS(vexo_8b8b_rsz_down_2x2_non_alignment, kHalvePairs)
 LOX_COLUMNS(vexo_8b_rsz_down_4x4_non_alignment, kQuarterBytes)
 LOX_COLUMNS(vexo_8b8b_rsz_down_4x4_non_alignment, kQuarterGrouped)
 
-#define LOX_STRIDED(name, kind)                                                \
-  void name(const uint8_t *src, uint8_t *dst, int32_t width, int32_t height,   \
-            int32_t dst_stride) {                                              \
-    lox::rsz::reduce(lox::rsz::kind, {src, dst, width, height, dst_stride}, 0, \
-                     width);                                                   \
+#define LOX_STRIDED(name, kind)                                              \
+  void name(const uint8_t *src, uint8_t *dst, int32_t width, int32_t height, \
+            int32_t dst_stride) {                                            \
+    lox::reduce(lox::kind, {src, dst, width, height, dst_stride}, 0, width); \
   }
 LOX_STRIDED(vexo_8b_rsz_down_2x2_non_dct, kHalveBytes)
 LOX_STRIDED(vexo_8b8b_rsz_down_2x2_non_dct, kHalvePairs)

@@ -7,7 +7,7 @@
 #include "orumlox/rsz.h"
 #include "rsz/scale_plane.h"
 
-namespace lox::rsz {
+namespace lox {
 
 namespace {
 
@@ -63,26 +63,27 @@ void run(SampleType type, Turn turn, Role role, const Arguments &a) {
     return;
   }
   const int64_t odd = type.rgb565 ? 1 : 0;  // strides rounded down to even
-  scale_plane({.type = type,
-               // The passes across leave the turn to those down.
-               .turn = down ? turn : Turn::kNone,
-               .across = across ? Axis{a.src_width, width,
-                                       scaling_of(role, a.src_width, width)}
-                                : unscaled(width),
-               .down = down ? Axis{a.src_height, height,
-                                   scaling_of(role, a.src_height, height)}
-                            : unscaled(a.src_height),
-               .at_once = across && down,
-               .src = a.src,
-               .src_step = a.src_stride & ~odd,
-               .dst = a.dst,
-               .dst_step = a.dst_stride & ~odd,
-               .scratch = nullptr});
+  interpolate_plane({.type = type,
+                     // The passes across leave the turn to those down.
+                     .turn = down ? turn : Turn::kNone,
+                     .across = across
+                                   ? Axis{a.src_width, width,
+                                          scaling_of(role, a.src_width, width)}
+                                   : unscaled(width),
+                     .down = down ? Axis{a.src_height, height,
+                                         scaling_of(role, a.src_height, height)}
+                                  : unscaled(a.src_height),
+                     .at_once = across && down,
+                     .src = a.src,
+                     .src_step = a.src_stride & ~odd,
+                     .dst = a.dst,
+                     .dst_step = a.dst_stride & ~odd,
+                     .scratch = nullptr});
 }
 
 }  // namespace
 
-}  // namespace lox::rsz
+}  // namespace lox
 
 extern "C" {
 
@@ -90,11 +91,11 @@ extern "C" {
   void name(const uint8_t *src, int32_t src_width, int32_t src_height, \
             int32_t dst_width, int32_t dst_height, uint8_t *dst,       \
             int32_t src_stride, int32_t dst_stride)
-#define LOX_RUN(name, type, turn, role)                                       \
-  LOX_KERNEL(name) {                                                          \
-    lox::rsz::run(lox::rsz::type, lox::rsz::Turn::turn, lox::rsz::Role::role, \
-                  {src, src_width, src_height, dst_width, dst_height, dst,    \
-                   src_stride, dst_stride});                                  \
+#define LOX_RUN(name, type, turn, role)                               \
+  LOX_KERNEL(name) {                                                  \
+    lox::run(lox::type, lox::Turn::turn, lox::Role::role,             \
+             {src, src_width, src_height, dst_width, dst_height, dst, \
+              src_stride, dst_stride});                               \
   }
 
 // The roles of a type, of which some have those down and some turns.

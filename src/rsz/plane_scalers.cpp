@@ -7,7 +7,7 @@
 #include "orumlox/rsz.h"
 #include "rsz/scale_rows.h"
 
-namespace lox::rsz {
+namespace lox {
 
 namespace {
 
@@ -67,7 +67,7 @@ int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
     job.across.scaling = scaling;
     job.down.scaling = scaling;
   }
-  scale_plane(job);
+  interpolate_plane(job);
   return VEXO_OK;
 }
 
@@ -98,7 +98,7 @@ int32_t reduce_words(int32_t unit, const Plane &p) {
 
 }  // namespace
 
-}  // namespace lox::rsz
+}  // namespace lox
 
 extern "C" {
 
@@ -112,10 +112,9 @@ extern "C" {
     src, src_width, src_height, src_stride, dst, dst_width, dst_height, \
         dst_stride                                                      \
   }
-#define LOX_SCALE(name, type, turn)                                         \
-  LOX_SCALER(name) {                                                        \
-    return lox::rsz::scale(lox::rsz::type, lox::rsz::Turn::turn, LOX_PLANE, \
-                           mode, scratch);                                  \
+#define LOX_SCALE(name, type, turn)                                          \
+  LOX_SCALER(name) {                                                         \
+    return lox::scale(lox::type, lox::Turn::turn, LOX_PLANE, mode, scratch); \
   }
 
 LOX_SCALE(vexo_rsz_8b, k8b, kNone)
@@ -130,7 +129,7 @@ LOX_SCALE(vexo_rsz_8b8b_rot_90l, k8b8b, kLeft)
 LOX_SCALE(vexo_rsz_8b8b_rot_90r, k8b8b, kRight)
 LOX_SCALE(vexo_rsz_8b8b_rot_180, k8b8b, kHalf)
 
-LOX_SCALER(vexo_rsz_16b) { return lox::rsz::reduce_words(2, LOX_PLANE); }
-LOX_SCALER(vexo_rsz_16b16b) { return lox::rsz::reduce_words(4, LOX_PLANE); }
+LOX_SCALER(vexo_rsz_16b) { return lox::reduce_words(2, LOX_PLANE); }
+LOX_SCALER(vexo_rsz_16b16b) { return lox::reduce_words(4, LOX_PLANE); }
 
 }  // extern "C"

@@ -7,7 +7,7 @@
 
 #include "rsz/scale_plane.h"
 
-namespace lox::rsz {
+namespace lox {
 
 struct Plane {
   const uint8_t *src;
@@ -24,4 +24,4 @@ int32_t scale(SampleType type, Turn turn, const Plane &plane, int32_t mode,
 // Bytes of scratch that scale() wants for this plane; 0 for none.
 int64_t scratch_for(SampleType type, Turn turn, const Plane &plane);
 
-}  // namespace lox::rsz
+}  // namespace lox

@@ -10,7 +10,7 @@
 #include "orumlox/rot.h"
 #include "rsz/plane_scalers.h"
 
-namespace lox::rsz {
+namespace lox {
 
 namespace {
 
@@ -126,14 +126,14 @@ int32_t scale_p010(const vexo_img &src, const vexo_img &dst) {
 
 }  // namespace
 
-}  // namespace lox::rsz
+}  // namespace lox
 
-using lox::rsz::Turn;
+using lox::Turn;
 
 extern "C" {
 
 int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox::rsz;
+  using namespace lox;
   if (src->format != dst->format) return VEXO_ERR_ARG;
   if (src->format == VEXO_FMT_P010LE) return scale_p010(*src, *dst);
   const Layout layout = layout_of(src->format);
@@ -149,7 +149,7 @@ int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst) {
 
 int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst) {
-  using namespace lox::rsz;
+  using namespace lox;
   if (src->format != dst->format) return VEXO_ERR_ARG;
   const Turn turn = rotation == VEXO_ROT_90L   ? Turn::kLeft
                     : rotation == VEXO_ROT_90R ? Turn::kRight

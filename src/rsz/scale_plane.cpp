@@ -13,7 +13,7 @@
 #include "rot/rotate_rows.h"
 #include "rsz/scale_rows.h"
 
-namespace lox::rsz {
+namespace lox {
 
 namespace {
 
@@ -186,7 +186,7 @@ int32_t turned_count(const ScaleJob &job, int32_t left) {
 
 }  // namespace
 
-void scale_plane(const ScaleJob &job) {
+void interpolate_plane(const ScaleJob &job) {
   const ScaleTables &tables = scale_rows();
   const ScaleRows &rows = job.type.rgb565 ? tables.rgb565 : tables.bytes;
   Columns columns;
@@ -212,4 +212,4 @@ void scale_plane(const ScaleJob &job) {
   }
 }
 
-}  // namespace lox::rsz
+}  // namespace lox

@@ -8,7 +8,7 @@
 
 #include "rsz/walk.h"
 
-namespace lox::rsz {
+namespace lox {
 
 // What a plane is made of.
 struct SampleType {
@@ -48,6 +48,6 @@ struct ScaleJob {
 };
 
 // Sizes are 1 or more.
-void scale_plane(const ScaleJob &job);
+void interpolate_plane(const ScaleJob &job);
 
-}  // namespace lox::rsz
+}  // namespace lox
