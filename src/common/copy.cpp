@@ -9,6 +9,7 @@
 
 #include "common/caches.h"
 #include "common/copy_rows.h"
+#include "common/format.h"
 #include "orumlox/common.h"
 
 namespace lox {
@@ -105,13 +106,11 @@ void vexo_cpy_16b(const uint8_t *src, int32_t width, int32_t height,
 int32_t vexo_cpy(const vexo_img *src, const vexo_img *dst) {
   const int32_t format = src->format;
   if (format != dst->format) return VEXO_ERR_ARG;
-  if (format >= 200 && format < 300) {
+  if (lox::rgb_bytes(format) == 2) {
     lox::copy_plane_16b(*src, *dst, 0);
     return VEXO_OK;
   }
-  if (format < 0 || format >= 100 || format == VEXO_FMT_T64X32) {
-    return VEXO_ERR_UNSUPPORTED;
-  }
+  if (!lox::is_planar_yuv(format)) return VEXO_ERR_UNSUPPORTED;
   lox::copy_plane_8b(*src, *dst, 0);
   if (format == VEXO_FMT_NV12) {
     lox::copy_plane_16b(*src, *dst, 1);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "common/copy.h"
+#include "common/format.h"
 #include "orumlox/common.h"
 
 namespace {
@@ -19,9 +20,6 @@ int32_t half_up(int32_t offset) {
 uint8_t *at(uint8_t *plane, int32_t stride, int32_t row, int64_t byte) {
   return plane + ptrdiff_t{row} * stride + static_cast<ptrdiff_t>(byte);
 }
-
-// Bytes of a pixel of the 24-bit and 32-bit RGB formats.
-int packed_bytes(int32_t format) { return format < VEXO_FMT_RGBA8888 ? 3 : 4; }
 
 // One plane's part in a crop: its rows and bytes are the destination's.
 void crop_plane(const vexo_img &src, const vexo_img &dst, int p, int32_t row,
@@ -63,7 +61,7 @@ int32_t vexo_crop(const vexo_img *src, const vexo_img *dst) {
     case VEXO_FMT_BGRA8888:
     case VEXO_FMT_ARGB8888:
     case VEXO_FMT_ABGR8888: {
-      const int bytes = packed_bytes(src->format);
+      const int bytes = lox::rgb_bytes(src->format);
       crop_plane(*src, *dst, 0, y, int64_t{x} * bytes, int64_t{width} * bytes);
       return VEXO_OK;
     }
@@ -97,7 +95,7 @@ int32_t vexo_padding(const vexo_img *src, const vexo_img *dst) {
     case VEXO_FMT_RGBA8888:
     case VEXO_FMT_BGRA8888: {
       // ARGB8888 and ABGR8888 are refused, intentionally unlike in vexo_crop.
-      const int bytes = packed_bytes(src->format);
+      const int bytes = lox::rgb_bytes(src->format);
       pad_plane(*src, *dst, 0, 0, y, int64_t{x} * bytes,
                 int64_t{width} * bytes);
       return VEXO_OK;

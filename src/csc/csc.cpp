@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/format.h"
 #include "csc/yuv_layout.h"
 #include "orumlox/common.h"
 
@@ -137,9 +138,6 @@ constexpr int32_t kT256x16WiderThan = 1280;
 bool too_small(const vexo_img &img) {
   return img.width[0] < kLeastSize || img.height[0] < kLeastSize;
 }
-
-bool is_yuv(int32_t format) { return format < 200; }
-bool is_rgb(int32_t format) { return format >= 200 && format < 600; }
 
 // Standards count only between YUV and RGB, and only when both sides name one.
 bool standards_count(const vexo_img &src, const vexo_img &dst) {

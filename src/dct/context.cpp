@@ -6,23 +6,30 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "common/memory.h"
 #include "dct/plan.h"
 #include "dct/sets.h"
-#include "orumlox/common.h"
 
 namespace lox {
 
 namespace {
 
-size_t note_bytes(bool rgba) { return rgba ? 128 : 64; }
+// Of the blocks that hold a plane's notes.
+constexpr int64_t kNoteBytes = 64;
+constexpr int64_t kRgbaNoteBytes = 128;
+static_assert(sizeof(DctPlane) <= kNoteBytes);
 
-bool allocate(void **block, int64_t size) {
-  if (size < 0 || size > INT32_MAX) return false;
-  *block = mlox_malloc_align32(static_cast<uint32_t>(size));
-  return *block != nullptr;
+// Fills in a pointer of the context; false where it cannot. No buffer takes
+// more than 2^31 - 1 bytes.
+template <class T>
+bool make(T **buffer, int64_t count) {
+  if (count > static_cast<int64_t>(INT32_MAX / sizeof(T))) return false;
+  *buffer = allocate<T>(count);
+  return *buffer != nullptr;
 }
-bool allocate(uint8_t **block, int64_t size) {
-  return allocate(reinterpret_cast<void **>(block), size);
+bool make_notes(void **notes, int64_t bytes) {
+  *notes = allocate<uint8_t>(bytes);
+  return *notes != nullptr;
 }
 
 void release(vexo_rsz_new_context *c, vexo_shift_set a, vexo_shift_set b) {
@@ -54,17 +61,16 @@ int32_t larger(const int32_t *of_planes) {
 int64_t block_bytes(const vexo_rsz_new_context *c) {
   return int64_t{16} * larger(c->horizontal_span) * larger(c->vertical_span);
 }
-bool allocate_work(vexo_rsz_new_context *c, int32_t plane) {
+bool make_work(vexo_rsz_new_context *c, int32_t plane) {
   uint8_t **const area = plane < 2 ? &c->work[plane] : &c->chroma;
   constexpr int64_t kTables = sizeof(DctTables) + alignof(DctTables);
-  return allocate(area, kTables + block_bytes(c));
+  return make(area, kTables + block_bytes(c));
 }
 
-// Everything between the settings and the buffers, in the order that it has
-// always had.
+// Allocates tables in a fixed order; the caller frees all of them on failure.
 bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
                   bool rgba) {
-  if (!allocate_work(c, 0)) return false;
+  if (!make_work(c, 0)) return false;
   const int32_t entries = set_entries(c);
   if (entries > 0 &&
       (get_mem3Dint16(a, entries, larger(c->vertical_span)) != VEXO_OK ||
@@ -72,20 +78,14 @@ bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
     return false;
   }
   const int64_t blocks = block_count(c, 0) + block_count(c, 1);
-  const auto words = static_cast<int64_t>(sizeof(int32_t)) * blocks;
-  if (!allocate(&c->block_types, blocks) ||
-      !allocate(reinterpret_cast<void **>(&c->block_columns), words) ||
-      !allocate(reinterpret_cast<void **>(&c->block_rows), words)) {
+  const int64_t notes = rgba ? kRgbaNoteBytes : kNoteBytes;
+  if (!make(&c->block_types, blocks) || !make(&c->block_columns, blocks) ||
+      !make(&c->block_rows, blocks) || !make_notes(&c->notes[0], notes) ||
+      !make_work(c, 1) || !make_notes(&c->notes[1], notes)) {
     return false;
   }
-  const auto notes = static_cast<int64_t>(note_bytes(rgba));
-  if (!allocate(&c->notes[0], notes) || !allocate_work(c, 1) ||
-      !allocate(&c->notes[1], notes)) {
-    return false;
-  }
-  if (rgba && (!allocate_work(c, 2) || !allocate(&c->dst_chroma, notes))) {
-    return false;
-  }
+  // Component 2 of RGBA8888 has its areas where chroma's buffers would be.
+  if (rgba && (!make_work(c, 2) || !make(&c->dst_chroma, notes))) return false;
   split_settings(c);
   if (entries > 0) make_shiftmatrix(c, *a, *b);
   return true;
@@ -107,7 +107,6 @@ void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
     memcpy(c->notes[plane], &note, sizeof note);
   }
 }
-static_assert(sizeof(DctPlane) <= 64);
 
 // Whether both sides of plane 0 are this many times the destination's.
 bool is_ratio(const vexo_img *pair, float ratio) {
@@ -149,7 +148,7 @@ int32_t vexo_rsz_new_init(const vexo_img *pair, vexo_rsz_new_context *context,
     lox::set_flags(pair, context);
     if (context->exact_ratio != 0) {
       if (pair[1].format == VEXO_FMT_YUV420 &&
-          !lox::allocate(&context->pre_chroma, chroma / prescale)) {
+          !lox::make(&context->pre_chroma, chroma / prescale)) {
         return lox::give_up(context, a, b);
       }
       return VEXO_OK;
@@ -159,10 +158,10 @@ int32_t vexo_rsz_new_init(const vexo_img *pair, vexo_rsz_new_context *context,
   algorithm_settings(pair, context);
   if (!lox::build_tables(context, a, b, false) ||
       (prescale != 0 &&
-       (!lox::allocate(&context->pre_luma, lox::plane_bytes(src, 0) / area) ||
-        !lox::allocate(&context->pre_chroma, chroma / area))) ||
-      !lox::allocate(&context->chroma, prescale == 0 ? chroma : chroma / 4) ||
-      !lox::allocate(&context->dst_chroma, lox::plane_bytes(pair[1], 1))) {
+       (!lox::make(&context->pre_luma, lox::plane_bytes(src, 0) / area) ||
+        !lox::make(&context->pre_chroma, chroma / area))) ||
+      !lox::make(&context->chroma, prescale == 0 ? chroma : chroma / 4) ||
+      !lox::make(&context->dst_chroma, lox::plane_bytes(pair[1], 1))) {
     return lox::give_up(context, a, b);
   }
   lox::write_notes(pair, context);

@@ -4,9 +4,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/format.h"
 #include "dct/block_means.h"
 #include "dct/helper_thread.h"
-#include "dct/plane.h"
+#include "dct/plan.h"
 #include "orumlox/csc_layout.h"
 
 namespace lox {
@@ -155,7 +156,7 @@ void scale(const vexo_rsz_new_worker &w) {
     return;
   }
   const int32_t format = w.dst->format;
-  if (is_pairs_format(format) || format == VEXO_FMT_YUV420) {
+  if (has_chroma_pairs(format) || format == VEXO_FMT_YUV420) {
     scale_luma(w, w.src->plane[0]);
   }
   const MeansSource pairs = pairs_of(*w.src);

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/format.h"
 #include "dct/weights.h"
 
 namespace lox {
@@ -101,8 +102,8 @@ void plan_plane(const vexo_img *pair, vexo_rsz_new_context *c, int32_t plane) {
   const bool pairs = plane == 1;
   c->src_stride[plane] = src.stride[plane] / factor / (pairs ? 2 : 1);
   c->src_rows[plane] = src.height[plane] / factor;
-  if (is_pairs_format(dst.format) || dst.format == VEXO_FMT_YUV420) {
-    const bool halved = pairs && is_pairs_format(dst.format);
+  if (has_chroma_pairs(dst.format) || dst.format == VEXO_FMT_YUV420) {
+    const bool halved = pairs && has_chroma_pairs(dst.format);
     c->dst_stride[plane] = dst.stride[plane] / (halved ? 2 : 1);
     c->dst_rows[plane] = dst.buf_height[plane];
   }
@@ -172,7 +173,7 @@ int32_t vexo_rsz_new_set_img(vexo_img *pair) {
     vexo_img &img = pair[i];
     const int32_t w = img.width[0];
     const int32_t h = img.height[0];
-    if (lox::is_pairs_format(img.format) && (selector == 0 || selector == 1)) {
+    if (lox::has_chroma_pairs(img.format) && (selector == 0 || selector == 1)) {
       img.width[1] = w / 2;
       img.height[1] = h / 2;
       if (selector == 0) {

@@ -86,8 +86,4 @@ void plan_blocks(vexo_rsz_new_context *context, int32_t plane,
 int32_t source_width(const vexo_img &src, int32_t plane, int32_t prescale);
 int64_t block_count(const vexo_rsz_new_context *context, int32_t plane);
 
-inline bool is_pairs_format(int32_t format) {
-  return format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
-}
-
 }  // namespace lox

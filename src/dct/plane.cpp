@@ -2,7 +2,7 @@
 //
 // A plane's rows of blocks: what lies inside the destination is written
 // straight, the rest by way of a small buffer.
-#include "dct/plane.h"
+#include "dct/plan.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,8 +16,7 @@ namespace {
 // Blocks of a row that is cut off.
 constexpr int32_t kCut = 64;
 
-}  // namespace
-
+// Plane `plan` of the context's plan, with the plane's own sizes and work area.
 void transform_plane(const vexo_rsz_new_context *context, int32_t plan,
                      const DctPlane &plane, uint8_t *work, const uint8_t *src,
                      uint8_t *dst, vexo_shift_set a, vexo_shift_set b) {
@@ -78,6 +77,8 @@ void transform_plane(const vexo_rsz_new_context *context, int32_t plan,
     }
   }
 }
+
+}  // namespace
 
 }  // namespace lox
 

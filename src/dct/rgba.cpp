@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "dct/helper_thread.h"
-#include "dct/plane.h"
+#include "dct/plan.h"
 #include "orumlox/csc_layout.h"
 
 namespace lox {

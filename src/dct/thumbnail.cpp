@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "common/memory.h"
 #include "dct/plan.h"
-#include "orumlox/common.h"
 #include "orumlox/rot.h"
 
 namespace lox {
@@ -38,9 +38,8 @@ void allocate_planes(vexo_img *img) {
     bytes += plane_bytes(*img, plane);
   }
   img->plane[0] = nullptr;
-  if (planes == 0 || bytes < 0 || bytes > INT32_MAX) return;
-  img->plane[0] =
-      static_cast<uint8_t *>(mlox_malloc_align32(static_cast<uint32_t>(bytes)));
+  if (planes == 0 || bytes > INT32_MAX) return;
+  img->plane[0] = allocate<uint8_t>(bytes);
   if (img->plane[0] == nullptr) return;
   // What the scaler leaves alone is turned with the rest.
   memset(img->plane[0], 0, static_cast<size_t>(bytes));

@@ -7,6 +7,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include "common/format.h"
 #include "hdr/hdr_rows.h"
 
 namespace lox {
@@ -82,100 +83,84 @@ struct Target {
   uint8_t *plane0, *u, *v;
 };
 
-enum class Layout {
-  kRgb888,
-  kRgba8888,
-  kArgb8888,
-  kPlanar,
-  kUvPairs,
-  kVuPairs,
-  kLuma,
-  kNone
-};
-
+// What a destination's format makes of it. `pixels` is null where nothing is
+// written; of `pairs` and `planes` one at most is not null.
 struct Kind {
-  Layout layout;
-  size_t pixel_bytes;  // of plane 0
+  size_t pixel_bytes = 0;  // of plane 0
+  // Bytes of plane 0 that a band moves on by for a pixel.
+  size_t band_bytes = 0;
   // Whether all bands begin at the start of the planes.
-  bool overlapping;
+  bool overlapping = false;
+  HdrRows::Put *pixels = nullptr;
+  HdrRows::Put *pairs = nullptr;
+  HdrRows::PutPlanes *planes = nullptr;
+  int u_plane = 1, v_plane = 2;
 };
 
-Kind kind_of(int32_t format) {
+Kind kind_of(int32_t format, const HdrRows &rows, int variant) {
+  HdrRows::Put *const luma = rows.put_luma[variant];
   switch (format) {
     case VEXO_FMT_RGB888:
-      return {Layout::kRgb888, 3, false};
+      // Quirk: bands are as far apart as those of four bytes, because callers'
+      // buffers are laid out for that.
+      return {3, 4, false, rows.put_rgb888};
     case VEXO_FMT_RGBA8888:
-      return {Layout::kRgba8888, 4, false};
+      return {4, 4, false, rows.put_rgba8888};
     case VEXO_FMT_ARGB8888:
-      return {Layout::kArgb8888, 4, false};
+      return {4, 4, false, rows.put_argb8888};
     case VEXO_FMT_YUV420:
-      return {Layout::kPlanar, 1, false};
+      return {1, 1, false, luma, nullptr, rows.put_u_v[variant]};
     case VEXO_FMT_YV12:
-      return {Layout::kPlanar, 1, true};
+      return {1, 1, true, luma, nullptr, rows.put_u_v[variant], 2, 1};
     case VEXO_FMT_NV12:
-      return {Layout::kUvPairs, 1, false};
+      return {1, 1, false, luma, rows.put_uv[variant]};
     case VEXO_FMT_NV21:
-      return {Layout::kVuPairs, 1, false};
+      return {1, 1, false, luma, rows.put_vu[variant]};
     default:
-      if (format >= 200 && format < 600) return {Layout::kNone, 0, false};
-      return {Layout::kLuma, 1, true};
+      return is_rgb(format) ? Kind{} : Kind{1, 1, true, luma};
   }
 }
 
 class Destination {
  public:
-  explicit Destination(const vexo_img &img)
-      : img_(img), kind_(kind_of(img.format)) {}
+  Destination(const vexo_img &img, const HdrRows &rows, int variant)
+      : img_(img), kind_(kind_of(img.format, rows, variant)) {}
 
-  Layout layout() const { return kind_.layout; }
+  bool is_written() const { return kind_.pixels != nullptr; }
 
   // The target of row y of a band that begins at row `first`.
   Target row(int32_t y, int32_t first, int32_t width) const {
     const auto w = static_cast<size_t>(width);
     const size_t begin = kind_.overlapping ? 0 : first;
-    // RGB888's bands are as far apart as those of four bytes, intentionally.
-    const size_t apart = kind_.pixel_bytes == 3 ? 4 : kind_.pixel_bytes;
-    Target to = {img_.plane[0] + apart * w * begin +
+    Target to = {img_.plane[0] + kind_.band_bytes * w * begin +
                      kind_.pixel_bytes * w * static_cast<size_t>(y - first),
                  nullptr, nullptr};
-    if (!has_chroma() || y % 2 != 0) return to;
+    if (y % 2 != 0) return to;
     const size_t even_rows = y / 2 - (first + 1) / 2;
     const size_t samples = even_rows * w / 2;
-    if (has_pairs()) {
+    if (kind_.pairs != nullptr) {
       to.u = img_.plane[1] + w * begin / 2 + 2 * samples;
-    } else {
-      const bool v_first = img_.format == VEXO_FMT_YV12;
-      to.u = img_.plane[v_first ? 2 : 1] + w * begin / 4 + samples;
-      to.v = img_.plane[v_first ? 1 : 2] + w * begin / 4 + samples;
+    } else if (kind_.planes != nullptr) {
+      to.u = img_.plane[kind_.u_plane] + w * begin / 4 + samples;
+      to.v = img_.plane[kind_.v_plane] + w * begin / 4 + samples;
     }
     return to;
   }
 
   Target advance(Target t, int pixels) const {
     t.plane0 += static_cast<size_t>(pixels) * kind_.pixel_bytes;
-    if (t.u != nullptr) t.u += has_pairs() ? pixels : pixels / 2;
+    if (t.u != nullptr) t.u += kind_.pairs != nullptr ? pixels : pixels / 2;
     if (t.v != nullptr) t.v += pixels / 2;
     return t;
   }
 
-  void put(const HdrRows &rows, int variant, const HdrRun &run, Target to,
-           int pixels) const {
-    if (layout() == Layout::kRgb888) {
-      rows.put_rgb888(to.plane0, &run, pixels);
-    } else if (layout() == Layout::kRgba8888) {
-      rows.put_rgba8888(to.plane0, &run, pixels);
-    } else if (layout() == Layout::kArgb8888) {
-      rows.put_argb8888(to.plane0, &run, pixels);
-    } else {
-      rows.put_luma[variant](to.plane0, &run, pixels);
-    }
+  void put(const HdrRun &run, Target to, int pixels) const {
+    kind_.pixels(to.plane0, &run, pixels);
     if (to.u == nullptr) return;
-    if (layout() == Layout::kPlanar) {
-      rows.put_u_v[variant](to.u, to.v, &run, pixels);
-    } else if (layout() == Layout::kUvPairs) {
-      rows.put_uv[variant](to.u, &run, pixels);
+    if (kind_.pairs != nullptr) {
+      kind_.pairs(to.u, &run, pixels);
     } else {
-      rows.put_vu[variant](to.u, &run, pixels);
+      kind_.planes(to.u, to.v, &run, pixels);
     }
   }
 
@@ -184,16 +169,11 @@ class Destination {
     memcpy(to.plane0, from.plane0, n * kind_.pixel_bytes);
     if (to.u == nullptr) return;
     const size_t chroma = (n + 1) / 2;
-    memcpy(to.u, from.u, has_pairs() ? 2 * chroma : chroma);
-    if (!has_pairs()) memcpy(to.v, from.v, chroma);
+    memcpy(to.u, from.u, kind_.pairs != nullptr ? 2 * chroma : chroma);
+    if (kind_.pairs == nullptr) memcpy(to.v, from.v, chroma);
   }
 
  private:
-  bool has_chroma() const { return layout() == Layout::kPlanar || has_pairs(); }
-  bool has_pairs() const {
-    return layout() == Layout::kUvPairs || layout() == Layout::kVuPairs;
-  }
-
   const vexo_img &img_;
   Kind kind_;
 };
@@ -209,17 +189,21 @@ int toe_of(const vexo_hdr_context &context) {
   return last * 128;
 }
 
+int variant_of(const vexo_hdr_context &context) {
+  return context.variant != 0 ? 1 : 0;
+}
+
 class RowMapper {
  public:
   explicit RowMapper(const vexo_hdr_context &context)
       : context_(context),
         source_(*context.src),
-        destination_(*context.dst),
         rows_(hdr_rows()),
-        variant_(context.variant != 0 ? 1 : 0),
+        destination_(*context.dst, rows_, variant_of(context)),
         toe_(toe_of(context)),
-        to_sdr_((gathering() ? rows_.to_sdr_gathering
-                             : rows_.to_sdr)[context.hlg != 0][variant_]) {}
+        to_sdr_((gathering()
+                     ? rows_.to_sdr_gathering
+                     : rows_.to_sdr)[context.hlg != 0][variant_of(context)]) {}
 
   const Destination &destination() const { return destination_; }
 
@@ -244,7 +228,7 @@ class RowMapper {
     (source_.pairs() ? rows_.codes_of_p010 : rows_.codes_of_planar16)(
         &run, from.luma, from.u, from.v, n);
     to_sdr_(&run, &context_, toe_, n);
-    destination_.put(rows_, variant_, run, to, n);
+    destination_.put(run, to, n);
   }
 
   // Pixels that are not whole groups: in buffers that have room for them.
@@ -261,9 +245,8 @@ class RowMapper {
 
   const vexo_hdr_context &context_;
   Source source_;
-  Destination destination_;
   const HdrRows &rows_;
-  int variant_;
+  Destination destination_;
   int toe_;
   HdrRows::ToSdr *to_sdr_;
 };
@@ -279,7 +262,7 @@ void report_unsupported(const vexo_hdr_context &context) {
 }  // namespace
 
 bool bands_overlap(int32_t dst_format) {
-  return kind_of(dst_format).overlapping;
+  return kind_of(dst_format, hdr_rows(), 0).overlapping;
 }
 
 }  // namespace lox
@@ -290,10 +273,10 @@ int32_t _vexo_hdr10_to_sdr8(const vexo_hdr_context *context, int32_t first,
   const lox::RowMapper mapper(*context);
   const int32_t last = end < context->height ? end : context->height;
   for (int32_t y = first; y < last; ++y) {
-    if (mapper.destination().layout() == lox::Layout::kNone) {
-      lox::report_unsupported(*context);
-    } else {
+    if (mapper.destination().is_written()) {
       mapper.row(y, first);
+    } else {
+      lox::report_unsupported(*context);
     }
   }
   return 0;

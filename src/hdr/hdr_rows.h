@@ -61,7 +61,8 @@ struct HdrRows {
   Put *put_luma[2];
   Put *put_uv[2];
   Put *put_vu[2];
-  void (*put_u_v[2])(uint8_t *u, uint8_t *v, const HdrRun *run, int n);
+  using PutPlanes = void(uint8_t *u, uint8_t *v, const HdrRun *run, int n);
+  PutPlanes *put_u_v[2];
 };
 
 LOX_ROW_TABLE(HdrRows, hdr_rows)

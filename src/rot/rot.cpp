@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "common/copy.h"
+#include "common/format.h"
 #include "orumlox/common.h"
 #include "rot/rotate_rows.h"
 
@@ -105,22 +106,17 @@ LOX_KERNELS(32b, 4)
 
 int32_t vexo_rot(const vexo_img *src, uint32_t rotation, const vexo_img *dst) {
   using lox::turn_plane;
-  const int32_t format = src->format;
-  if (rotation > VEXO_ROT_VERT || format < 0 || format == VEXO_FMT_T64X32) {
-    return VEXO_ERR_UNSUPPORTED;
-  }
-  // By hundreds.
   static vexo_rot_kernel *const *const kKernels[] = {
-      vexo_tbl_fn_rot_8b,  nullptr,
-      vexo_tbl_fn_rot_16b, nullptr,
-      vexo_tbl_fn_rot_24b, vexo_tbl_fn_rot_32b};
-  if (format >= 600 || kKernels[format / 100] == nullptr) {
-    return VEXO_ERR_UNSUPPORTED;
-  }
-  turn_plane(kKernels[format / 100], rotation, *src, *dst, 0);
-  if (format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21) {
+      vexo_tbl_fn_rot_8b, vexo_tbl_fn_rot_16b, vexo_tbl_fn_rot_24b,
+      vexo_tbl_fn_rot_32b};
+  const int32_t format = src->format;
+  const bool yuv = lox::is_planar_yuv(format);
+  const int unit = yuv ? 1 : lox::rgb_bytes(format);
+  if (rotation > VEXO_ROT_VERT || unit == 0) return VEXO_ERR_UNSUPPORTED;
+  turn_plane(kKernels[unit - 1], rotation, *src, *dst, 0);
+  if (lox::has_chroma_pairs(format)) {
     turn_plane(vexo_tbl_fn_rot_16b, rotation, *src, *dst, 1);
-  } else if (format < 100 && format != VEXO_FMT_YUV400) {
+  } else if (yuv && format != VEXO_FMT_YUV400) {
     turn_plane(vexo_tbl_fn_rot_8b, rotation, *src, *dst, 1);
     turn_plane(vexo_tbl_fn_rot_8b, rotation, *src, *dst, 2);
   }

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "common/format.h"
+#include "common/memory.h"
 #include "orumlox/common.h"
 #include "orumlox/rot.h"
 #include "rsz/plane_scalers.h"
@@ -21,12 +23,9 @@ struct Layout {
 };
 
 Layout yuv_layout(int32_t format) {
-  if (format < 0 || format >= 100 || format == VEXO_FMT_T64X32) return {};
+  if (!is_planar_yuv(format)) return {};
   if (format == VEXO_FMT_YUV400) return {1, {k8b}};
-  if (format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21) {
-    return {2, {k8b, k8b8b}};
-  }
-  // Unassigned codes and other tiles too, intentionally.
+  if (has_chroma_pairs(format)) return {2, {k8b, k8b8b}};
   return {3, {k8b, k8b, k8b}};
 }
 
@@ -82,10 +81,7 @@ int32_t scale_planes(const Layout &layout, Turn turn, const vexo_img &src,
   }
   uint8_t *scratch = nullptr;
   if (size > 0) {
-    if (size <= UINT32_MAX) {
-      scratch = static_cast<uint8_t *>(
-          mlox_malloc_align32(static_cast<uint32_t>(size)));
-    }
+    scratch = allocate<uint8_t>(size);
     if (scratch == nullptr) return VEXO_ERR_ARG;
   }
   int32_t status = VEXO_OK;

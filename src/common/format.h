@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a format code tells by its number alone. A range holds the codes in it
+// that no format has, too: calls treat those as the format's family.
+#pragma once
+
+#include <stdint.h>
+
+#include "orumlox/img.h"
+
+namespace lox {
+
+// 8-bit YUV, in planes, in tiles and packed; every negative code as well.
+constexpr bool is_yuv(int32_t format) { return format < 200; }
+constexpr bool is_rgb(int32_t format) { return format >= 200 && format < 600; }
+
+// 8-bit YUV that is copied, scaled and turned plane by plane: 0 to 99 without
+// the tiles of 64 x 32. Quirk: other tiles and codes without a format count as
+// three planes, because callers pass them as such.
+constexpr bool is_planar_yuv(int32_t format) {
+  return format >= 0 && format < 100 && format != VEXO_FMT_T64X32;
+}
+
+// U and V, in either order, are the pairs of plane 1.
+constexpr bool has_chroma_pairs(int32_t format) {
+  return format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
+}
+
+// Bytes of a pixel of RGB; 0 for everything else.
+constexpr int rgb_bytes(int32_t format) {
+  switch (format / 100) {
+    case 2:
+      return 2;
+    case 4:
+      return 3;
+    case 5:
+      return 4;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace lox
