@@ -28,16 +28,8 @@ constexpr bool has_chroma_pairs(int32_t format) {
 
 // Bytes of a pixel of RGB; 0 for everything else.
 constexpr int rgb_bytes(int32_t format) {
-  switch (format / 100) {
-    case 2:
-      return 2;
-    case 4:
-      return 3;
-    case 5:
-      return 4;
-    default:
-      return 0;
-  }
+  if (!is_rgb(format)) return 0;
+  return format >= 500 ? 4 : format >= 400 ? 3 : format < 300 ? 2 : 0;
 }
 
 }  // namespace lox

@@ -2,6 +2,8 @@
 //
 // Blocks aligned to 32 bytes. The heap's own address is kept in the word below
 // the block and nowhere else.
+#include "common/memory.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -19,7 +21,7 @@ constexpr uint32_t kSlack = kAlignment + 4;
 // of 8 bytes too.
 static_assert(alignof(std::max_align_t) >= sizeof(void *));
 
-void *allocate(uint32_t size) {
+void *allocate_aligned(uint32_t size) {
   if (size > UINT32_MAX - kSlack) return nullptr;
   void *const raw = std::malloc(size_t{size} + kSlack);
   if (raw == nullptr) return nullptr;
@@ -39,11 +41,18 @@ void release(void *block) {
 
 }  // namespace
 
+void *lox::allocate(int64_t count, uint32_t size) {
+  if (count < 0 || count > UINT32_MAX) return nullptr;
+  const uint64_t bytes = static_cast<uint64_t>(count) * size;
+  if (bytes > UINT32_MAX) return nullptr;
+  return mlox_malloc_align32(static_cast<uint32_t>(bytes));
+}
+
 extern "C" {
 
-void *mlox_malloc_align32(uint32_t size) { return allocate(size); }
+void *mlox_malloc_align32(uint32_t size) { return allocate_aligned(size); }
 void mlox_mfree_align32(void *block) { release(block); }
-void *mlox_malloc_fast_align32(uint32_t size) { return allocate(size); }
+void *mlox_malloc_fast_align32(uint32_t size) { return allocate_aligned(size); }
 void mlox_mfree_fast_align32(void *block) { release(block); }
 
 }  // extern "C"

@@ -3,21 +3,18 @@
 // Aligned memory for the library's own use.
 #pragma once
 
-#include <stddef.h>
 #include <stdint.h>
-
-#include "orumlox/common.h"
 
 namespace lox {
 
-// Room for `count` of T, for mlox_mfree_align32. Null when it cannot be had,
-// when the count is negative, or when 32 bits do not count the bytes.
+// Room for `count` things of `size` bytes, for mlox_mfree_align32 to free. Null
+// when it cannot be had, when the count is negative, or when the bytes do not
+// fit 32 bits.
+void *allocate(int64_t count, uint32_t size);
+
 template <class T>
 T *allocate(int64_t count) {
-  constexpr int64_t kMost = int64_t{UINT32_MAX} / sizeof(T);
-  if (count < 0 || count > kMost) return nullptr;
-  return static_cast<T *>(
-      mlox_malloc_align32(static_cast<uint32_t>(count * sizeof(T))));
+  return static_cast<T *>(allocate(count, sizeof(T)));
 }
 
 }  // namespace lox

@@ -9,6 +9,7 @@
 #include "common/memory.h"
 #include "dct/plan.h"
 #include "dct/sets.h"
+#include "orumlox/common.h"
 
 namespace lox {
 

@@ -6,6 +6,7 @@
 
 #include "common/memory.h"
 #include "dct/plan.h"
+#include "orumlox/common.h"
 #include "orumlox/rot.h"
 
 namespace lox {

@@ -110,13 +110,12 @@ int32_t vexo_rot(const vexo_img *src, uint32_t rotation, const vexo_img *dst) {
       vexo_tbl_fn_rot_8b, vexo_tbl_fn_rot_16b, vexo_tbl_fn_rot_24b,
       vexo_tbl_fn_rot_32b};
   const int32_t format = src->format;
-  const bool yuv = lox::is_planar_yuv(format);
-  const int unit = yuv ? 1 : lox::rgb_bytes(format);
+  const int unit = lox::is_planar_yuv(format) ? 1 : lox::rgb_bytes(format);
   if (rotation > VEXO_ROT_VERT || unit == 0) return VEXO_ERR_UNSUPPORTED;
   turn_plane(kKernels[unit - 1], rotation, *src, *dst, 0);
   if (lox::has_chroma_pairs(format)) {
     turn_plane(vexo_tbl_fn_rot_16b, rotation, *src, *dst, 1);
-  } else if (yuv && format != VEXO_FMT_YUV400) {
+  } else if (unit == 1 && format != VEXO_FMT_YUV400) {
     turn_plane(vexo_tbl_fn_rot_8b, rotation, *src, *dst, 1);
     turn_plane(vexo_tbl_fn_rot_8b, rotation, *src, *dst, 2);
   }

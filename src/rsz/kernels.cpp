@@ -5,80 +5,62 @@
 #include <cstdint>
 
 #include "orumlox/rsz.h"
-#include "rsz/scale_plane.h"
+#include "rsz/plane_scalers.h"
 
 namespace lox {
 
 namespace {
 
-enum class Role : uint8_t {
-  kDownMult,
-  kDownNonMult,
-  kDownW,
-  kDownH,
-  kUp,
-  kUpMod1,
-  kUpH,
-  kUpHMod1
+// What a role does with one direction.
+enum class Pass : uint8_t {
+  kNone,  // the source has the destination's samples
+  kReduce,
+  kReduceWhole,
+  kReduceByRatio,  // kReduceWhole where the sizes divide, else kReduce
+  kEnlarge,
+  kEnlargeMod1
 };
 
-Scaling scaling_of(Role role, int32_t src, int32_t dst) {
-  switch (role) {
-    case Role::kDownMult:
-      return Scaling::kReduceWhole;
-    case Role::kDownNonMult:
-      return Scaling::kReduce;
-    case Role::kDownW:
-    case Role::kDownH:
-      return src % dst == 0 ? Scaling::kReduceWhole : Scaling::kReduce;
-    case Role::kUp:
-    case Role::kUpH:
-      return Scaling::kEnlarge;
+struct Role {
+  Pass across : 4, down : 4;
+};
+constexpr Role kDownMult = {Pass::kReduceWhole, Pass::kReduceWhole};
+constexpr Role kDownNonMult = {Pass::kReduce, Pass::kReduce};
+constexpr Role kDownW = {Pass::kReduceByRatio, Pass::kNone};
+constexpr Role kDownH = {Pass::kNone, Pass::kReduceByRatio};
+constexpr Role kUp = {Pass::kEnlarge, Pass::kNone};
+constexpr Role kUpMod1 = {Pass::kEnlargeMod1, Pass::kNone};
+constexpr Role kUpH = {Pass::kNone, Pass::kEnlarge};
+constexpr Role kUpHMod1 = {Pass::kNone, Pass::kEnlargeMod1};
+
+Axis axis_of(Pass pass, int32_t src, int32_t dst) {
+  switch (pass) {
+    case Pass::kReduce:
+      return {src, dst, Scaling::kReduce};
+    case Pass::kReduceWhole:
+      return {src, dst, Scaling::kReduceWhole};
+    case Pass::kReduceByRatio:
+      return reduced(src, dst);
+    case Pass::kEnlargeMod1:
+      return {src, dst, Scaling::kEnlargeMod1};
     default:
-      return Scaling::kEnlargeMod1;
+      return {src, dst, Scaling::kEnlarge};
   }
 }
 
-bool goes_across(Role role) {
-  return role == Role::kDownW || role == Role::kUp || role == Role::kUpMod1;
-}
-bool goes_down(Role role) {
-  return role == Role::kDownH || role == Role::kUpH || role == Role::kUpHMod1;
-}
-
-struct Arguments {
-  const uint8_t *src;
-  int32_t src_width, src_height, dst_width, dst_height;
-  uint8_t *dst;
-  int32_t src_stride, dst_stride;
-};
-
-void run(SampleType type, Turn turn, Role role, const Arguments &a) {
-  const int32_t width = is_quarter(turn) ? a.dst_height : a.dst_width;
-  const int32_t height = is_quarter(turn) ? a.dst_width : a.dst_height;
-  const bool across = !goes_down(role);
-  const bool down = !goes_across(role);
-  if (width < 1 || a.src_height < 1 || (across && a.src_width < 1) ||
-      (down && height < 1)) {
-    return;
-  }
-  const int64_t odd = type.rgb565 ? 1 : 0;  // strides rounded down to even
-  interpolate_plane({.type = type,
-                     // The passes across leave the turn to those down.
-                     .turn = down ? turn : Turn::kNone,
-                     .across = across
-                                   ? Axis{a.src_width, width,
-                                          scaling_of(role, a.src_width, width)}
-                                   : unscaled(width),
-                     .down = down ? Axis{a.src_height, height,
-                                         scaling_of(role, a.src_height, height)}
-                                  : unscaled(a.src_height),
-                     .at_once = across && down,
-                     .src = a.src,
-                     .src_step = a.src_stride & ~odd,
-                     .dst = a.dst,
-                     .dst_step = a.dst_stride & ~odd,
-                     .scratch = nullptr});
+// Sizes of a direction that the role leaves alone are not read: its source has
+// as many samples as its destination.
+void run(SampleType type, Turn turn, Role role, const Plane &p) {
+  const bool down = role.down != Pass::kNone;
+  const int32_t width = p.width(turn);
+  const int32_t src_width = role.across != Pass::kNone ? p.src_width : width;
+  const int32_t height = down ? p.height(turn) : p.src_height;
+  if (src_width < 1 || p.src_height < 1 || width < 1 || height < 1) return;
+  // The passes across leave the turn to those down.
+  interpolate_plane(make_job(type, down ? turn : Turn::kNone, p,
+                             axis_of(role.across, src_width, width),
+                             axis_of(role.down, p.src_height, height),
+                             nullptr));
 }
 
 }  // namespace
@@ -91,11 +73,9 @@ extern "C" {
   void name(const uint8_t *src, int32_t src_width, int32_t src_height, \
             int32_t dst_width, int32_t dst_height, uint8_t *dst,       \
             int32_t src_stride, int32_t dst_stride)
-#define LOX_RUN(name, type, turn, role)                               \
-  LOX_KERNEL(name) {                                                  \
-    lox::run(lox::type, lox::Turn::turn, lox::Role::role,             \
-             {src, src_width, src_height, dst_width, dst_height, dst, \
-              src_stride, dst_stride});                               \
+#define LOX_RUN(name, type, turn, role)                         \
+  LOX_KERNEL(name) {                                            \
+    lox::run(lox::type, lox::Turn::turn, lox::role, LOX_PLANE); \
   }
 
 // The roles of a type, of which some have those down and some turns.

@@ -18,8 +18,8 @@ struct Sizes {
   Sizes(Turn turn, const Plane &p)
       : src_width(p.src_width),
         src_height(p.src_height),
-        width(is_quarter(turn) ? p.dst_height : p.dst_width),
-        height(is_quarter(turn) ? p.dst_width : p.dst_height) {}
+        width(p.width(turn)),
+        height(p.height(turn)) {}
   bool valid() const {
     return src_width > 0 && src_height > 0 && width > 0 && height > 0;
   }
@@ -30,42 +30,41 @@ struct Sizes {
 };
 
 Axis one_direction(int32_t src, int32_t dst, int32_t mode) {
-  if (dst < src) {
-    return {src, dst,
-            src % dst == 0 ? Scaling::kReduceWhole : Scaling::kReduce};
-  }
+  if (dst < src) return reduced(src, dst);
   return {src, dst,
           mode == VEXO_MODE_MOD1 ? Scaling::kEnlargeMod1 : Scaling::kEnlarge};
 }
 
-// Words are two bytes apart, whatever the caller's stride.
-int64_t row_step(SampleType type, int32_t stride) {
-  return type.rgb565 ? stride & ~1 : stride;
-}
-
 }  // namespace
+
+ScaleJob make_job(SampleType type, Turn turn, const Plane &p, Axis across,
+                  Axis down, uint8_t *scratch) {
+  const int64_t even = type.rgb565 ? ~int64_t{1} : ~int64_t{0};
+  return {.type = type,
+          .turn = turn,
+          .across = across,
+          .down = down,
+          .at_once = across.scaling < Scaling::kEnlarge &&
+                     down.scaling < Scaling::kEnlarge,
+          .src = p.src,
+          .src_step = p.src_stride & even,
+          .dst = p.dst,
+          .dst_step = p.dst_stride & even,
+          .scratch = scratch};
+}
 
 int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
               uint8_t *scratch) {
   const Sizes s(turn, p);
   if (!s.valid()) return VEXO_ERR_ARG;
-  ScaleJob job = {.type = type,
-                  .turn = turn,
-                  .across = one_direction(s.src_width, s.width, mode),
-                  .down = one_direction(s.src_height, s.height, mode),
-                  .at_once = s.both_shrink(),
-                  .src = p.src,
-                  .src_step = row_step(type, p.src_stride),
-                  .dst = p.dst,
-                  .dst_step = row_step(type, p.dst_stride),
-                  .scratch = scratch};
-  // Two samples are averaged in every output only where both directions are by
-  // whole factors; a direction that happens to be is not averaged else.
-  if (job.at_once) {
-    const Scaling scaling =
-        s.by_whole_factors() ? Scaling::kReduceWhole : Scaling::kReduce;
-    job.across.scaling = scaling;
-    job.down.scaling = scaling;
+  ScaleJob job =
+      make_job(type, turn, p, one_direction(s.src_width, s.width, mode),
+               one_direction(s.src_height, s.height, mode), scratch);
+  // Where both directions shrink, one of them by a whole factor averages every
+  // output only if the other does so, too.
+  if (job.at_once && !s.by_whole_factors()) {
+    job.across.scaling = Scaling::kReduce;
+    job.down.scaling = Scaling::kReduce;
   }
   interpolate_plane(job);
   return VEXO_OK;
@@ -107,11 +106,6 @@ extern "C" {
                int32_t dst_width, int32_t dst_height, uint8_t *dst,       \
                [[maybe_unused]] uint8_t *scratch, int32_t src_stride,     \
                int32_t dst_stride, [[maybe_unused]] int32_t mode)
-#define LOX_PLANE                                                       \
-  {                                                                     \
-    src, src_width, src_height, src_stride, dst, dst_width, dst_height, \
-        dst_stride                                                      \
-  }
 #define LOX_SCALE(name, type, turn)                                          \
   LOX_SCALER(name) {                                                         \
     return lox::scale(lox::type, lox::Turn::turn, LOX_PLANE, mode, scratch); \

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The plane scalers as the dispatchers call them.
+// The plane scalers as the dispatchers call them, and how a job is made of a
+// plane.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +12,36 @@ namespace lox {
 
 struct Plane {
   const uint8_t *src;
-  int32_t src_width, src_height, src_stride;
+  int32_t src_width, src_height;
+  int32_t dst_width, dst_height;  // after the turn
   uint8_t *dst;
-  int32_t dst_width, dst_height, dst_stride;
+  int32_t src_stride, dst_stride;
+
+  // The destination's sizes before the turn.
+  int32_t width(Turn turn) const {
+    return is_quarter(turn) ? dst_height : dst_width;
+  }
+  int32_t height(Turn turn) const {
+    return is_quarter(turn) ? dst_width : dst_height;
+  }
 };
+
+// The parameters of plane scalers and of kernels as a Plane.
+#define LOX_PLANE                                                       \
+  {                                                                     \
+    src, src_width, src_height, dst_width, dst_height, dst, src_stride, \
+        dst_stride                                                      \
+  }
+
+// A direction that shrinks to 1 sample or more.
+constexpr Axis reduced(int32_t src, int32_t dst) {
+  return {src, dst, src % dst == 0 ? Scaling::kReduceWhole : Scaling::kReduce};
+}
+
+// What to do with a plane once its directions are known. Quirk: an odd stride
+// of 16-bit words is rounded down, because it counts whole words.
+ScaleJob make_job(SampleType type, Turn turn, const Plane &plane, Axis across,
+                  Axis down, uint8_t *scratch);
 
 // Scales and turns; the sizes of the destination are those after the turn.
 // Returns a status.

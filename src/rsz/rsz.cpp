@@ -48,8 +48,8 @@ Layout layout_of(int32_t format) {
 }
 
 Plane plane_of(const vexo_img &src, const vexo_img &dst, int p) {
-  return {src.plane[p], src.width[p], src.height[p], src.stride[p],
-          dst.plane[p], dst.width[p], dst.height[p], dst.stride[p]};
+  return {src.plane[p],  src.width[p], src.height[p], dst.width[p],
+          dst.height[p], dst.plane[p], src.stride[p], dst.stride[p]};
 }
 
 void copy(SampleType type, const Plane &p) {

@@ -26,17 +26,12 @@ constexpr bool is_quarter(Turn turn) {
   return turn == Turn::kLeft || turn == Turn::kRight;
 }
 
-// A direction that is left as it is.
-constexpr Axis unscaled(int32_t samples) {
-  return {samples, samples, Scaling::kEnlarge};
-}
-
 struct ScaleJob {
   SampleType type;
   Turn turn;
   Axis across, down;  // the source's, before the turn
-  // Both directions in one, sums of four; else rows are scaled across first
-  // and rounded to samples before they are blended.
+  // Both directions in one, sums of four: where both shrink. Else rows are
+  // scaled across first and rounded to samples before they are blended.
   bool at_once;
   const uint8_t *src;
   int64_t src_step;
@@ -47,7 +42,7 @@ struct ScaleJob {
   uint8_t *scratch;
 };
 
-// Sizes are 1 or more.
+// Scales the plane, whose sizes are 1 or more.
 void interpolate_plane(const ScaleJob &job);
 
 }  // namespace lox
