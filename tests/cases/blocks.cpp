@@ -17,8 +17,7 @@ void blocks(const Function &function, Source &source, Sink &sink) {
   const bool halves =
       std::string_view(function.name).find("_2x2") != std::string_view::npos;
   const int32_t factor = halves ? 2 : 4;
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+  const auto [width, height] = source.size();
   const int32_t stride = std::max(width, 0) +
                          (kKind == Kind::kStrided ? source.between(0, 40) : 0);
   const bool empty = width < 1 || height < 1;
@@ -44,24 +43,16 @@ void blocks(const Function &function, Source &source, Sink &sink) {
   sink.add(own.data(), own.size());
 }
 
-#define LOX_B(kind, name) LOX_FUNCTION(blocks<Kind::kind>, vexo_##name)
+#define KERNEL(name) LOX_FUNCTION(blocks<LOX_KIND>, name),
 const Function kFunctions[] = {
-    LOX_B(kDense, 8b_rsz_down_2x2),
-    LOX_B(kDense, 8b8b_rsz_down_2x2),
-    LOX_B(kDense, 8b_rsz_down_4x4),
-    LOX_B(kDense, 8b8b_rsz_down_4x4),
-    LOX_B(kColumns, 8b_rsz_down_2x2_non_alignment),
-    LOX_B(kColumns, 8b_rsz_down_2x2_non_alignment_remain),
-    LOX_B(kColumns, 8b8b_rsz_down_2x2_non_alignment),
-    LOX_B(kColumns, 8b8b_rsz_down_2x2_non_alignment_remain),
-    LOX_B(kColumns, 8b_rsz_down_4x4_non_alignment),
-    LOX_B(kColumns, 8b_rsz_down_4x4_non_alignment_remain),
-    LOX_B(kColumns, 8b8b_rsz_down_4x4_non_alignment),
-    LOX_B(kColumns, 8b8b_rsz_down_4x4_non_alignment_remain),
-    LOX_B(kStrided, 8b_rsz_down_2x2_non_dct),
-    LOX_B(kStrided, 8b8b_rsz_down_2x2_non_dct),
-    LOX_B(kStrided, 8b_rsz_down_4x4_non_dct),
-    LOX_B(kStrided, 8b8b_rsz_down_4x4_non_dct),
+#define LOX_KIND Kind::kDense
+#include "vexo_rsz_block_kernel.inc"
+#undef LOX_KIND
+#define LOX_KIND Kind::kColumns
+#include "vexo_rsz_columns_kernel.inc"
+#undef LOX_KIND
+#define LOX_KIND Kind::kStrided
+#include "vexo_rsz_strided_block_kernel.inc"
 };
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -20,7 +22,7 @@
 namespace lox_test {
 namespace {
 
-// What lies around a buffer: as long as a vector, and up to 15 bytes more.
+// What lies around a buffer: as long as a vector, or up to 15 bytes.
 constexpr size_t kMargin = 64;
 constexpr auto kCanaries = [] {
   std::array<uint8_t, kMargin + 15> bytes{};
@@ -29,6 +31,9 @@ constexpr auto kCanaries = [] {
   }
   return bytes;
 }();
+
+// Pages of buffers that are gone.
+thread_local std::vector<Pages> spare_pages;
 
 uint64_t digest_of(const uint8_t *bytes, size_t size) {
   Sink sink;
@@ -73,6 +78,7 @@ int32_t Source::format() {
 }
 
 int32_t Source::width() {
+  if (large_) return between(900, 2100);
   const int32_t kind = between(0, 31);
   return kind == 0   ? between(-1, 0)
          : kind == 1 ? between(65, 700)
@@ -80,8 +86,19 @@ int32_t Source::width() {
 }
 
 int32_t Source::height() {
+  if (large_) return between(500, 1100);
   const int32_t kind = between(0, 31);
   return kind == 0 ? between(-1, 0) : between(1, kind < 8 ? 64 : 12);
+}
+
+Size Source::size() {
+  Size s = {width(), height()};
+  if (!large_ && one_in(64)) s.width = between(701, 4100);
+  if (s.width >= 1 && s.height >= 1) return s;
+  const int32_t other = between(1, INT32_MAX - 1);
+  if (s.width < 1 && one_in(2)) return {one_in(2) ? INT32_MIN : -1, other};
+  if (s.height < 1 && one_in(2)) return {other, one_in(2) ? INT32_MIN : -1};
+  return s;
 }
 
 void Sink::add(const uint8_t *data, size_t size) {
@@ -99,28 +116,34 @@ void Sink::add(const uint8_t *data, size_t size) {
 
 void Buffer::reset(Source &source, size_t size) {
   release();
-  const auto front = kMargin + static_cast<size_t>(source.between(0, 15));
-  block_ = static_cast<uint8_t *>(std::malloc(front + size + kMargin));
-  data_ = block_ + front;
+  if (!spare_pages.empty()) {
+    pages_ = std::move(spare_pages.back());
+    spare_pages.pop_back();
+  }
+  pages_.reserve(size + kCanaries.size());
+  const auto place = static_cast<size_t>(source.between(0, 15));
+  const bool at_end = place % 4 == 0;
+  before_ = at_end ? kMargin : place % 4 == 2 ? place - 2 : place;
+  behind_ = at_end ? 0 : kMargin;
+  data_ = at_end ? pages_.end() - size : pages_.begin() + before_;
   size_ = size;
-  std::memcpy(block_, kCanaries.data(), front);
-  std::memcpy(data_ + size, kCanaries.data(), kMargin);
+  std::memcpy(data_ - before_, kCanaries.data(), before_);
+  std::memcpy(data_ + size, kCanaries.data(), behind_);
   source.fill(data_, size);
-  ASAN_POISON_MEMORY_REGION(block_, front);
-  ASAN_POISON_MEMORY_REGION(data_ + size, kMargin);
+  ASAN_POISON_MEMORY_REGION(data_ - before_, before_);
+  ASAN_POISON_MEMORY_REGION(data_ + size, behind_);
 }
 
 void Buffer::release() {
-  if (block_ == nullptr) return;
-  const auto front = static_cast<size_t>(data_ - block_);
-  ASAN_UNPOISON_MEMORY_REGION(block_, front + size_ + kMargin);
-  if (std::memcmp(block_, kCanaries.data(), front) != 0 ||
-      std::memcmp(data_ + size_, kCanaries.data(), kMargin) != 0) {
+  if (data_ == nullptr) return;
+  ASAN_UNPOISON_MEMORY_REGION(data_ - before_, before_ + size_ + behind_);
+  if (std::memcmp(data_ - before_, kCanaries.data(), before_) != 0 ||
+      std::memcmp(data_ + size_, kCanaries.data(), behind_) != 0) {
     std::fprintf(stderr, "written beyond a plane of %zu bytes\n", size_);
     std::abort();
   }
-  std::free(block_);
-  block_ = data_ = nullptr;
+  spare_pages.push_back(std::move(pages_));
+  data_ = nullptr;
   size_ = 0;
 }
 
@@ -183,7 +206,7 @@ ExactImage planes_by_code(Source &source, int32_t format, int32_t width,
   const bool pairs = format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
   image[1] = exact_plane(w, h, pairs ? 2 : 1);
   // A call that takes pairs for a plane of bytes looks for a third one.
-  image[2] = pairs ? exact_plane(0, 0, 1) : image[1];
+  image[2] = pairs && source.one_in(2) ? exact_plane(0, 0, 1) : image[1];
   return image;
 }
 

@@ -11,14 +11,21 @@
 
 #include "support/exact_sizes.h"
 #include "support/generator.h"
+#include "support/pages.h"
 
 namespace lox_test {
+
+struct Size {
+  int32_t width, height;
+};
 
 // Where a case takes its sizes, codes and samples from. It never runs dry: when
 // the bytes are used up, numbers follow that are the same for the same bytes.
 class Source {
  public:
-  explicit Source(uint64_t seed) : random_(seed) {}
+  // With `large` sizes are those of pictures beyond the caches.
+  explicit Source(uint64_t seed, bool large = false)
+      : random_(seed), large_(large) {}
   Source(const uint8_t *bytes, size_t size);
 
   // A number of low..high, both included.
@@ -44,11 +51,14 @@ class Source {
   int32_t height(int32_t width) {
     return width < 1 && one_in(2) ? between(1, INT32_MAX - 1) : height();
   }
+  // Both; one that is none leaves the other free to be anything.
+  Size size();
 
  private:
   const uint8_t *next_ = nullptr;
   const uint8_t *end_ = nullptr;
   Random random_;
+  bool large_ = false;
 };
 
 // A digest of what calls answer and write.
@@ -65,8 +75,9 @@ class Sink {
   uint64_t state_ = 0x6A09E667F3BCC908;
 };
 
-// Exactly `size` bytes of samples at any address. What lies around them is
-// poisoned where a sanitizer watches, and holds canaries everywhere.
+// Exactly `size` bytes of samples at any address, beside an inaccessible page.
+// What lies around them is poisoned where a sanitizer watches, and holds
+// canaries everywhere.
 class Buffer {
  public:
   Buffer() = default;
@@ -83,9 +94,9 @@ class Buffer {
   size_t size() const { return size_; }
 
  private:
-  uint8_t *block_ = nullptr;
+  Pages pages_;
   uint8_t *data_ = nullptr;
-  size_t size_ = 0;
+  size_t size_ = 0, before_ = 0, behind_ = 0;  // of which canaries
 };
 
 // Which way rows go: on, on or backwards, or on by the next even number of
@@ -129,14 +140,33 @@ struct Function {
   const char *name;
   void (*run)(const Function &function, Source &source, Sink &sink);
   AnyFunction address;
+  // What is called instead, with the function before its arguments.
+  AnyFunction rule = nullptr;
 
   template <class Type>
-  Type *as() const {
-    return reinterpret_cast<Type *>(address);
+  struct Call;
+  template <class Type>
+  Call<Type> as() const {
+    return {*this};
   }
 };
+template <class Result, class... Arguments>
+struct Function::Call<Result(Arguments...)> {
+  const Function &function;
+
+  Result operator()(Arguments... arguments) const {
+    if (function.rule == nullptr) return (*pointer())(arguments...);
+    using Rule = Result (*)(const Function &, Arguments...);
+    return reinterpret_cast<Rule>(function.rule)(function, arguments...);
+  }
+  using Pointer = Result (*)(Arguments...);
+  Pointer pointer() const {
+    return reinterpret_cast<Pointer>(function.address);
+  }
+  operator Pointer() const { return pointer(); }
+};
 #define LOX_FUNCTION(body, name) \
-  { #name, body, reinterpret_cast < lox_test::AnyFunction>(name) }
+  { #name, body, reinterpret_cast < lox_test::AnyFunction>(name), nullptr }
 
 struct Family {
   const char *name;

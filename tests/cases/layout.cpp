@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Conversions between layouts: whole pictures, their planes, tiles.
+// Planes of a picture: picked from, taken apart, put together, out of tiles.
 #include <orumlox/csc.h>
 
-#include "cases/conversion.h"
+#include <algorithm>
+
+#include "cases/cases.h"
 
 namespace lox_test {
 namespace {
@@ -15,8 +17,7 @@ ExactPlane bytes_plane(int32_t row, int32_t rows) {
 using PlaneKernel = decltype(vexo_csc_1x2_to_1x1);
 template <int32_t (*kWidth)(int32_t), int32_t (*kHeight)(int32_t)>
 void plane(const Function &function, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+  const auto [width, height] = source.size();
   Picture src(source);
   Picture dst(source);
   src.set({bytes_plane(width, height)}, Rows::kEitherWay);
@@ -26,41 +27,38 @@ void plane(const Function &function, Source &source, Sink &sink) {
   dst.add_to(sink);
 }
 int32_t same(int32_t n) { return n; }
-int32_t twice(int32_t n) { return n > INT32_MAX / 2 ? n : 2 * n; }
+int32_t twice(int32_t n) { return n < 0 || n > INT32_MAX / 2 ? n : 2 * n; }
 
 // Pairs, apart and together.
-void unpack_pairs(const Function &, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+void unpack_pairs(const Function &function, Source &source, Sink &sink) {
+  const auto [width, height] = source.size();
   Picture src(source);
   Picture dst(source);
   src.set({bytes_plane(width, height)}, Rows::kEitherWay);
   dst.set({bytes_plane(half_up(width), height),
            bytes_plane(half_down(width), height)},
           Rows::kEitherWay);
-  vexo_csc_8b8b_unpck(src.img.plane[0], width, height, src.img.stride[0],
-                      dst.img.stride[0], dst.img.stride[1], dst.img.plane[0],
-                      dst.img.plane[1]);
+  function.as<decltype(vexo_csc_8b8b_unpck)>()(
+      src.img.plane[0], width, height, src.img.stride[0], dst.img.stride[0],
+      dst.img.stride[1], dst.img.plane[0], dst.img.plane[1]);
   dst.add_to(sink);
 }
-void pack_pairs(const Function &, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+void pack_pairs(const Function &function, Source &source, Sink &sink) {
+  const auto [width, height] = source.size();
   Picture src(source);
   Picture dst(source);
   src.set({bytes_plane(width, height), bytes_plane(width, height)},
           Rows::kEitherWay);
-  dst.set({bytes_plane(2 * width, height)}, Rows::kEitherWay);
-  vexo_csc_8b8b_pck(src.img.plane[0], src.img.plane[1], width, height,
-                    src.img.stride[0], src.img.stride[1], dst.img.stride[0],
-                    dst.img.plane[0]);
+  dst.set({bytes_plane(twice(width), height)}, Rows::kEitherWay);
+  function.as<decltype(vexo_csc_8b8b_pck)>()(
+      src.img.plane[0], src.img.plane[1], width, height, src.img.stride[0],
+      src.img.stride[1], dst.img.stride[0], dst.img.plane[0]);
   dst.add_to(sink);
 }
 
 // Pixels of four bytes and four planes, some of which are null.
 void pixels(const Function &function, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+  const auto [width, height] = source.size();
   Picture packed(source);
   Picture apart(source);
   packed.set({exact_plane(width, height, 4)}, Rows::kEitherWay);
@@ -75,43 +73,46 @@ void pixels(const Function &function, Source &source, Sink &sink) {
   }
   uint8_t *const *a = apart.img.plane;
   const int32_t *s = apart.img.stride;
+  // Both have the same arguments, but for what is written.
+  using Pack = decltype(vexo_csc_8b8b8b8b_pack);
+  using Unpack = decltype(vexo_csc_8b8b8b8b_unpack);
+  const auto call = [&](const auto &kernel) {
+    kernel(packed.img.plane[0], width, height, packed.img.stride[0], s[0], s[1],
+           s[2], s[3], a[0], a[1], a[2], a[3]);
+  };
   if (function.address == AnyFunction(vexo_csc_8b8b8b8b_pack)) {
-    vexo_csc_8b8b8b8b_pack(packed.img.plane[0], width, height,
-                           packed.img.stride[0], s[0], s[1], s[2], s[3], a[0],
-                           a[1], a[2], a[3]);
+    call(function.as<Pack>());
   } else {
-    vexo_csc_8b8b8b8b_unpack(packed.img.plane[0], width, height,
-                             packed.img.stride[0], s[0], s[1], s[2], s[3], a[0],
-                             a[1], a[2], a[3]);
+    call(function.as<Unpack>());
   }
   packed.add_to(sink);
   apart.add_to(sink);
 }
 
-void swap(const Function &, Source &source, Sink &sink) {
+void swap(const Function &function, Source &source, Sink &sink) {
   // Also counts that wrap, to a run of a few bytes.
   int32_t stride = source.between(-3, 200);
   stride += 65536 * source.between(-2, 2);
   int32_t rows = source.between(-3, 20);
   rows += 65536 * source.between(-2, 2);
   Buffer plane(source, static_cast<size_t>(swapped_bytes(stride, rows)));
-  vexo_csc_swap_8byte8(plane.data(), stride, rows);
+  function.as<decltype(vexo_csc_swap_8byte8)>()(plane.data(), stride, rows);
   sink.add(plane.data(), plane.size());
 }
 
-void tile_offset(const Function &, Source &source, Sink &sink) {
+void tile_offset(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.between(1, 1000);
   const int32_t height = source.between(1, 1000);
   const int32_t x = source.between(0, width - 1);
   const int32_t y = source.between(0, height - 1);
-  sink.add(static_cast<uint32_t>(vexo_get_tile_offset(width, height, x, y)));
+  sink.add(static_cast<uint32_t>(
+      function.as<decltype(vexo_get_tile_offset)>()(width, height, x, y)));
 }
 
 // Planes of small tiles, whose shape the format and the plane's kind say.
 template <int32_t kFormat, bool kChroma>
 void tiles(const Function &function, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+  const auto [width, height] = source.size();
   const bool empty = width < 1 || height < 1;
   Buffer src(source,
              static_cast<size_t>(
@@ -122,9 +123,8 @@ void tiles(const Function &function, Source &source, Sink &sink) {
       src.data(), width, height, dst.img.stride[0], dst.img.plane[0]);
   dst.add_to(sink);
 }
-void unpack_tiles(const Function &, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+void unpack_tiles(const Function &function, Source &source, Sink &sink) {
+  const auto [width, height] = source.size();
   const bool empty = width < 1 || height < 1;
   Buffer src(
       source,
@@ -134,37 +134,14 @@ void unpack_tiles(const Function &, Source &source, Sink &sink) {
   dst.set({bytes_plane(half_up(width), height),
            bytes_plane(half_down(width), height)},
           Rows::kEitherWay);
-  vexo_csc_unpack_16x8tiles_to_linear(src.data(), width, height,
-                                      dst.img.stride[0], dst.img.plane[0],
-                                      dst.img.stride[1], dst.img.plane[1]);
+  function.as<decltype(vexo_csc_unpack_16x8tiles_to_linear)>()(
+      src.data(), width, height, dst.img.stride[0], dst.img.plane[0],
+      dst.img.stride[1], dst.img.plane[1]);
   dst.add_to(sink);
 }
 
-#define LOX_K(name) LOX_FUNCTION(conversion, vexo_csc_##name)
 #define LOX_P(body, name) LOX_FUNCTION(body, vexo_csc_##name)
 const Function kFunctions[] = {
-    LOX_K(yuv420_to_nv12),
-    LOX_K(yuv420_to_nv21),
-    LOX_K(yuv420_to_yuv422n),
-    LOX_K(yuv422n_to_yuv420),
-    LOX_K(yuv422n_to_yv12),
-    LOX_K(yv16_to_yuv420),
-    LOX_K(yv16_to_yv12),
-    LOX_K(yuv444_to_yuv420),
-    LOX_K(nv12_to_yuv420),
-    LOX_K(nv12_to_yv12),
-    LOX_K(nv21_to_yuv420),
-    LOX_K(nv21_to_yv12),
-    LOX_K(nv21_to_nv12),
-    LOX_K(yuyv_to_yuv420),
-    LOX_K(yuv420Planar16_to_yuv420Planar),
-    LOX_K(t64x32_to_yuv420),
-    LOX_K(t64x32_to_yv12),
-    LOX_K(t64x32_to_nv12),
-    LOX_K(t64x32_to_nv21),
-    LOX_K(t16x16_to_yuv420),
-    LOX_K(t16x16_to_nv12),
-    LOX_K(yuv420_to_t64x32),
     LOX_P((plane<half_up, half_up>), 2x2_to_1x1),
     LOX_P((plane<same, half_down>), 1x2_to_1x1),
     LOX_P((plane<same, twice>), 1x1_to_1x2),

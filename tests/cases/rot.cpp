@@ -17,27 +17,28 @@ void kernel(const Function &function, Source &source, Sink &sink) {
   const int unit = std::atoi(function.name + name.find("_", 5) + 1) / 8;
   // Copies of 16-bit units round strides down.
   const Rows rows = name == "vexo_cpy_16b" ? Rows::kEven : Rows::kEitherWay;
-  const int32_t width = source.width();
-  const ExactImage image = {exact_plane(width, source.height(width), unit)};
+  const auto [width, height] = source.size();
+  const ExactImage image = {exact_plane(width, height, unit)};
   Picture src(source);
   Picture dst(source);
   src.set(image, rows);
   dst.set(name.find("_90") < name.size() ? turned(image) : image, rows);
-  function.as<vexo_rot_kernel>()(src.img.plane[0], image[0].width,
-                                 image[0].height, src.img.stride[0],
-                                 dst.img.stride[0], dst.img.plane[0]);
+  function.as<vexo_rot_kernel>()(src.img.plane[0], width, height,
+                                 src.img.stride[0], dst.img.stride[0],
+                                 dst.img.plane[0]);
   dst.add_to(sink);
 }
 
-void block_copy(const Function &, Source &source, Sink &sink) {
-  const int32_t width = source.width();
-  const ExactImage image = {exact_plane(width, source.height(width), 1)};
+void block_copy(const Function &function, Source &source, Sink &sink) {
+  const auto [width, height] = source.size();
+  const ExactImage image = {exact_plane(width, height, 1)};
   Picture src(source);
   Picture dst(source);
   src.set(image, Rows::kEitherWay);
   dst.set(image, Rows::kEitherWay);
-  mlox_blk_mcpy(dst.img.plane[0], src.img.plane[0], dst.img.stride[0],
-                src.img.stride[0], width, image[0].height);
+  function.as<decltype(mlox_blk_mcpy)>()(dst.img.plane[0], src.img.plane[0],
+                                         dst.img.stride[0], src.img.stride[0],
+                                         width, height);
   dst.add_to(sink);
 }
 
@@ -46,18 +47,18 @@ void picture(const Function &function, Source &source, Sink &sink) {
   const bool copies = std::string_view(function.name) == "vexo_cpy";
   const auto rotation =
       static_cast<uint32_t>(copies ? 0 : source.between(0, 6));
-  const int32_t width = source.width();
+  const auto [width, height] = source.size();
   const int32_t format = source.format();
-  const ExactImage image =
-      planes_by_code(source, format, width, source.height(width));
+  const ExactImage image = planes_by_code(source, format, width, height);
   Picture src(source);
   Picture dst(source);
   src.set(image);
   dst.set(rotation == 1 || rotation == 2 ? turned(image) : image);
   src.img.format = dst.img.format = format;
   if (source.one_in(8)) dst.img.format = source.format();
-  const int32_t status = copies ? vexo_cpy(&src.img, &dst.img)
-                                : vexo_rot(&src.img, rotation, &dst.img);
+  const int32_t status =
+      copies ? function.as<decltype(vexo_cpy)>()(&src.img, &dst.img)
+             : function.as<decltype(vexo_rot)>()(&src.img, rotation, &dst.img);
   sink.add(static_cast<uint32_t>(status));
   dst.add_to(sink);
 }
@@ -126,8 +127,8 @@ void window(const Function &function, Source &source, Sink &sink) {
       offset += source.between(1, INT32_MAX - 20);
     }
   }
-  sink.add(static_cast<uint32_t>(cuts ? vexo_crop(&src, &dst)
-                                      : vexo_padding(&src, &dst)));
+  const auto call = function.as<decltype(vexo_crop)>();
+  sink.add(static_cast<uint32_t>(call(&src, &dst)));
   small.add_to(sink);
   large.add_to(sink);
 }
@@ -152,18 +153,13 @@ void memory(const Function &, Source &source, Sink &sink) {
                mlox_malloc_##tag),                                \
       LOX_FUNCTION((memory<mlox_malloc_##tag, mlox_mfree_##tag>), \
                    mlox_mfree_##tag)
-#define LOX_TURNS(unit)                             \
-  LOX_FUNCTION(kernel, vexo_cpy_##unit),            \
-      LOX_FUNCTION(kernel, vexo_rot_##unit##_90l),  \
-      LOX_FUNCTION(kernel, vexo_rot_##unit##_90r),  \
-      LOX_FUNCTION(kernel, vexo_rot_##unit##_180),  \
-      LOX_FUNCTION(kernel, vexo_rot_##unit##_hori), \
-      LOX_FUNCTION(kernel, vexo_rot_##unit##_vert)
+#define KERNEL(name) LOX_FUNCTION(kernel, name),
 const Function kFunctions[] = {
-    LOX_TURNS(8b),
-    LOX_TURNS(16b),
-    LOX_TURNS(24b),
-    LOX_TURNS(32b),
+#include "vexo_rot_kernel.inc"
+    LOX_FUNCTION(kernel, vexo_cpy_8b),
+    LOX_FUNCTION(kernel, vexo_cpy_16b),
+    LOX_FUNCTION(kernel, vexo_cpy_24b),
+    LOX_FUNCTION(kernel, vexo_cpy_32b),
     LOX_FUNCTION(block_copy, mlox_blk_mcpy),
     LOX_FUNCTION(picture, vexo_cpy),
     LOX_FUNCTION(picture, vexo_rot),

@@ -91,8 +91,7 @@ void kernel(const Function &function, Source &source, Sink &sink) {
 void scaler(const Function &function, Source &source, Sink &sink) {
   const std::string_view name = function.name;
   const int unit = unit_of(name);
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+  const auto [width, height] = source.size();
   const int32_t new_width = other_side(source, width);
   const int32_t new_height = other_side(source, height);
   const ExactImage out = {exact_plane(new_width, new_height, unit)};
@@ -118,8 +117,7 @@ void scaler(const Function &function, Source &source, Sink &sink) {
 void picture(const Function &function, Source &source, Sink &sink) {
   const bool turns = has(function.name, "_rot");
   const int32_t format = source.format();
-  const int32_t width = source.width();
-  const int32_t height = source.height(width);
+  const auto [width, height] = source.size();
   const bool same = source.one_in(8);
   const auto rotation = static_cast<uint32_t>(source.between(0, 6));
   const bool quarter =
@@ -139,8 +137,10 @@ void picture(const Function &function, Source &source, Sink &sink) {
   src.img.format = dst.img.format = format;
   if (source.one_in(16)) dst.img.format = source.format();
   dst.img.mode = source.one_in(2) ? VEXO_MODE_MOD1 : 0;
-  const int32_t status = turns ? vexo_rsz_rot(&src.img, rotation, &dst.img)
-                               : vexo_rsz(&src.img, &dst.img);
+  const int32_t status =
+      turns
+          ? function.as<decltype(vexo_rsz_rot)>()(&src.img, rotation, &dst.img)
+          : function.as<decltype(vexo_rsz)>()(&src.img, &dst.img);
   sink.add(static_cast<uint32_t>(status));
   dst.add_to(sink);
 }
@@ -159,7 +159,7 @@ Walk walk(Source &source, int32_t outputs, int32_t log_distance) {
   return {step << 3 | static_cast<uint32_t>(log_distance),
           ((samples - 1) << log_distance) + 1};
 }
-void bilinear(const Function &, Source &source, Sink &sink) {
+void bilinear(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.between(1, 64);
   const int32_t height = source.between(1, 16);
   const Walk across = walk(source, width, source.between(0, 2));
@@ -168,51 +168,21 @@ void bilinear(const Function &, Source &source, Sink &sink) {
   Picture dst(source);
   src.set({exact_plane(across.count, down.count, 1)}, Rows::kEitherWay);
   dst.set({exact_plane(width, height, 1)}, Rows::kEitherWay);
-  vexo_rsz_8b_org(src.img.plane[0], src.img.stride[0], width, height,
-                  dst.img.stride[0], dst.img.plane[0], across.word, down.word);
+  function.as<decltype(vexo_rsz_8b_org)>()(
+      src.img.plane[0], src.img.stride[0], width, height, dst.img.stride[0],
+      dst.img.plane[0], across.word, down.word);
   dst.add_to(sink);
 }
 
-#define LOX_S(name) LOX_FUNCTION(scaler, vexo_rsz_##name)
-#define LOX_K(name) LOX_FUNCTION(kernel, vexo_##name)
-#define LOX_ACROSS(type)                                                      \
-  LOX_K(type##_down_mult), LOX_K(type##_down_non_mult), LOX_K(type##_down_w), \
-      LOX_K(type##_up), LOX_K(type##_up_mode1)
-#define LOX_ALL(type)                                         \
-  LOX_ACROSS(type), LOX_K(type##_down_h), LOX_K(type##_up_h), \
-      LOX_K(type##_up_h_mode1)
 const Function kFunctions[] = {
     LOX_FUNCTION(picture, vexo_rsz),
     LOX_FUNCTION(picture, vexo_rsz_rot),
     LOX_FUNCTION(bilinear, vexo_rsz_8b_org),
-    LOX_S(8b),
-    LOX_S(8b8b),
-    LOX_S(8b8b8b),
-    LOX_S(8b8b8b8b),
-    LOX_S(5b6b5b),
-    LOX_S(16b),
-    LOX_S(16b16b),
-    LOX_S(8b_rot_90l),
-    LOX_S(8b_rot_90r),
-    LOX_S(8b_rot_180),
-    LOX_S(8b8b_rot_90l),
-    LOX_S(8b8b_rot_90r),
-    LOX_S(8b8b_rot_180),
-    LOX_ALL(8b_rsz),
-    LOX_ALL(8b8b_rsz),
-    LOX_ACROSS(8b8b8b_rsz),
-    LOX_ACROSS(8b8b8b8b_rsz),
-    LOX_ALL(5b6b5b_rsz),
-    LOX_K(16b_rsz_down_mult),
-    LOX_K(16b16b_rsz_down_mult),
-    LOX_K(8b_rsz_down_non_mult_720p_720x404),
-    LOX_K(8b8b_rsz_down_non_mult_720p_720x404),
-    LOX_ALL(8b_rsz_rot_90l),
-    LOX_ALL(8b_rsz_rot_90r),
-    LOX_ALL(8b_rsz_rot_180),
-    LOX_ALL(8b8b_rsz_rot_90l),
-    LOX_ALL(8b8b_rsz_rot_90r),
-    LOX_ALL(8b8b_rsz_rot_180),
+#define KERNEL(name) LOX_FUNCTION(scaler, name),
+#include "vexo_rsz_scaler.inc"
+#undef KERNEL
+#define KERNEL(name) LOX_FUNCTION(kernel, name),
+#include "vexo_rsz_kernel.inc"
 };
 
 }  // namespace

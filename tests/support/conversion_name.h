@@ -50,7 +50,9 @@ inline int32_t format_of_token(std::string_view text) {
   return -1;
 }
 
+// Formats of -1 where a name is none of a conversion.
 inline ConversionName parse_conversion(std::string_view name) {
+  if (name.find("_to_") == name.npos) return {-1, -1, VEXO_STD_DEFAULT};
   // The longest first.
   static constexpr struct {
     std::string_view text;

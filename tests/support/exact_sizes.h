@@ -3,6 +3,7 @@
 // these sizes, and not a byte more, are all that a call may touch.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -93,10 +94,10 @@ inline ExactImage exact_image(int32_t format, int32_t width, int32_t height) {
     case VEXO_FMT_T16X16:
     case VEXO_FMT_T8X8:
     case VEXO_FMT_T256X16: {
-      if (width < 1 || height < 1) return {};
-      const int32_t rows = height < 2 ? 1 : height / 2;
+      const int32_t rows = height == 1 ? 1 : height / 2;
       ExactImage image = {exact_plane(width, height, 1),
                           exact_plane(w2, rows, 2)};
+      if (width < 1 || height < 1) return image;
       image[0].whole = tiled_bytes(format, width, height, false);
       image[1].whole = tiled_bytes(format, width, rows, true);
       return image;
@@ -137,20 +138,44 @@ inline bool is_tiled_code(int32_t format) {
   return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
 }
 
-// The planes of a conversion of width x height pixels; the source's are filled
-// in by exact_image. `standard` is the colour standard that the kernel is of.
+inline bool has_pairs(int32_t format) {
+  return format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
+}
+// Of chroma planes: by how much they are smaller, and which of them has U
+// (kind 0) or V.
+inline int chroma_x_shift(int32_t format) {
+  return format != VEXO_FMT_YUV444 && format != VEXO_FMT_YUV422W;
+}
+inline int chroma_y_shift(int32_t format) {
+  return format != VEXO_FMT_YUV444 && format != VEXO_FMT_YUV422N &&
+         format != VEXO_FMT_YV16;
+}
+inline int chroma_plane(int32_t format, int kind) {
+  if (has_pairs(format)) return 1;
+  const bool v_first = format == VEXO_FMT_YV12 || format == VEXO_FMT_YV16;
+  return kind == (v_first ? 1 : 0) ? 1 : 2;
+}
+// Whether a conversion goes from planes or pairs to planes or pairs: chroma's
+// size is then that of the source's own planes, of pairs that of plane 1.
+inline bool moves_planes(int32_t from, int32_t to) {
+  return (from < VEXO_FMT_T64X32 || from == VEXO_FMT_YUV420PLANAR16) &&
+         to < VEXO_FMT_T64X32;
+}
+
+// The planes of a conversion of width x height pixels. `standard` is the colour
+// standard that the kernel is of.
 inline ExactCall exact_csc(int32_t from, int32_t to, int32_t standard,
-                           int32_t width, int32_t height) {
-  ExactCall call = {exact_image(from, width, height),
-                    exact_image(to, width, height)};
+                           const ExactImage &source, int32_t width,
+                           int32_t height) {
+  ExactCall call = {source, exact_image(to, width, height)};
   ExactImage &src = call.src;
   ExactImage &dst = call.dst;
   const bool odd = width % 2 != 0 && width > 0;
   if (is_rgb_code(to)) {
-    const bool whole_pairs = standard == VEXO_STD_DEFAULT &&
-                             (from == VEXO_FMT_YUV420 ||
-                              from == VEXO_FMT_YV12 || from == VEXO_FMT_NV12 ||
-                              from == VEXO_FMT_NV21 || from == VEXO_FMT_P010LE);
+    const bool whole_pairs =
+        standard == VEXO_STD_DEFAULT &&
+        (from == VEXO_FMT_YUV420 || from == VEXO_FMT_YV12 || has_pairs(from) ||
+         from == VEXO_FMT_P010LE);
     if (whole_pairs && odd) {
       // A last pair is converted whole.
       src[0].beyond = from == VEXO_FMT_P010LE ? 2 : 1;
@@ -160,42 +185,47 @@ inline ExactCall exact_csc(int32_t from, int32_t to, int32_t standard,
     if (from == VEXO_FMT_UYVY && odd) src[0].row_bytes -= 1;
     return call;
   }
-  const int32_t w1 = src[1].width;
-  const int32_t h1 = src[1].height;
-  const auto chroma = [&](int32_t cw, int32_t ch) {
-    dst[1] = exact_plane(cw, ch, 1);
-    dst[2] = exact_plane(cw, ch, 1);
-  };
-  const auto pairs = [&](int32_t cw, int32_t ch) {
-    dst[1] = exact_plane(cw, ch, 2);
-  };
-  const bool planar_420 = to == VEXO_FMT_YUV420 || to == VEXO_FMT_YV12;
+  const int32_t w2 = half_down(width);
+  const int32_t h2 = half_down(height);
   if (is_rgb_code(from)) {
     // Whole blocks only.
-    if (planar_420) chroma(half_down(width), half_down(height));
-    if (to == VEXO_FMT_NV12 || to == VEXO_FMT_NV21) {
-      pairs(half_down(width), half_down(height));
+    if (to == VEXO_FMT_YUV420 || to == VEXO_FMT_YV12) {
+      dst[1] = dst[2] = exact_plane(w2, h2, 1);
     }
+    if (has_pairs(to)) dst[1] = exact_plane(w2, h2, 2);
   } else if (is_tiled_code(from)) {
     // Rows of `width` bytes, an odd last one being a U.
-    if (planar_420) {
-      chroma(half_down(width), half_down(height));
-      const int u = to == VEXO_FMT_YUV420 ? 1 : 2;
-      dst[u] = exact_plane(half_up(width), half_down(height), 1);
+    if (has_pairs(to)) {
+      dst[1] = {half_up(width), h2, width, 0, 0};
     } else {
-      dst[1] = {half_up(width), half_down(height), width, 0, 0};
+      dst[chroma_plane(to, 0)] = exact_plane(half_up(width), h2, 1);
+      dst[chroma_plane(to, 1)] = exact_plane(w2, h2, 1);
     }
-  } else if (from == VEXO_FMT_YUV420 && to == VEXO_FMT_YUV422N) {
-    chroma(w1, 2 * h1);
-  } else if (from == VEXO_FMT_YUV422N || from == VEXO_FMT_YV16) {
-    chroma(w1, half_down(h1));
-  } else if (from == VEXO_FMT_YUV420 && to == VEXO_FMT_T64X32) {
-    dst[1].height = half_down(height);
+  } else if (to == VEXO_FMT_T64X32) {
+    dst[1].height = h2;
     dst[1].row_bytes = 0;
-    dst[1].whole = tiled_bytes(to, width, dst[1].height, true);
+    dst[1].whole =
+        width < 1 ? 0 : tiled_bytes(to, width, std::max(h2, 0), true);
     // What of the source's chroma goes there.
-    src[1] = exact_plane(half_up(width), half_down(height), 1);
-    src[2] = exact_plane(half_down(width), half_down(height), 1);
+    for (int p = 1; p < 3; ++p) {
+      const int32_t most = p == 1 ? half_up(width) : w2;
+      src[p] = exact_plane(std::min(src[p].width, most),
+                           std::min(src[p].height, h2), 1);
+    }
+  } else if (moves_planes(from, to)) {
+    for (const int kind : {0, 1}) {
+      const ExactPlane &plane =
+          src[has_pairs(from) || has_pairs(to) ? 1 : chroma_plane(from, kind)];
+      const bool thinner = chroma_x_shift(to) > chroma_x_shift(from);
+      const int lower = chroma_y_shift(to) - chroma_y_shift(from);
+      dst[chroma_plane(to, kind)] =
+          exact_plane(thinner ? half_up(plane.width) : plane.width,
+                      thinner     ? half_up(plane.height)
+                      : lower > 0 ? half_down(plane.height)
+                      : lower < 0 ? 2 * plane.height
+                                  : plane.height,
+                      has_pairs(to) ? 2 : 1);
+    }
   }
   return call;
 }

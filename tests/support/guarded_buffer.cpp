@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Pages: one inaccessible, the usable ones, one inaccessible.
 #include "support/guarded_buffer.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
 
 namespace lox_test {
 namespace {
@@ -23,31 +18,15 @@ void fill_canaries(uint8_t *data, size_t size) {
 
 }  // namespace
 
-GuardedBuffer::~GuardedBuffer() {
-  if (mapping_ != nullptr) munmap(mapping_, mapped_);
-}
-
 void GuardedBuffer::reset(size_t size, Edge edge) {
-  static const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-  const size_t usable = (size + 1 + kMargin + page - 1) / page * page;
-  if (usable + 2 * page > mapped_) {
-    if (mapping_ != nullptr) munmap(mapping_, mapped_);
-    mapped_ = usable + 2 * page;
-    void *p =
-        mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (p == MAP_FAILED) std::abort();
-    mapping_ = static_cast<uint8_t *>(p);
-    if (mprotect(mapping_ + page, usable, PROT_READ | PROT_WRITE) != 0) {
-      std::abort();
-    }
-  }
+  pages_.reserve(size + 1 + kMargin);
   size_ = size;
   edge_ = edge;
   if (edge == Edge::kEnd) {
-    data_ = mapping_ + mapped_ - page - size;
+    data_ = pages_.end() - size;
   } else {
     gap_ = edge == Edge::kAligned ? 0 : 1 - gap_;
-    data_ = mapping_ + page + gap_;
+    data_ = pages_.begin() + gap_;
     fill_canaries(data_ - gap_, gap_);
   }
   fill_canaries(data_, size_);
@@ -59,7 +38,7 @@ uint8_t *GuardedBuffer::margin() const {
 }
 
 bool GuardedBuffer::margin_intact() const {
-  if (mapping_ == nullptr) return true;
+  if (data_ == nullptr) return true;
   if (edge_ != Edge::kEnd && gap_ != 0 && data_[-1] != canary(0)) {
     return false;
   }

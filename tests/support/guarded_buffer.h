@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "support/pages.h"
+
 namespace lox_test {
 
 // Which end of the memory lies at the inaccessible page. With kStart every
@@ -19,15 +21,9 @@ enum class Edge { kEnd, kStart, kAligned };
 
 class GuardedBuffer {
  public:
-  GuardedBuffer() = default;
-  ~GuardedBuffer();
-  GuardedBuffer(const GuardedBuffer &) = delete;
-  GuardedBuffer &operator=(const GuardedBuffer &) = delete;
-
   // Gives the buffer another size and place. It and the memory on its open
   // side are filled with canaries: bytes that differ from place to place, so
-  // that neither a missing write nor a shifted one goes unseen. Pages are kept
-  // where they are enough: emulated page faults are slow.
+  // that neither a missing write nor a shifted one goes unseen.
   void reset(size_t size, Edge edge = Edge::kEnd);
 
   uint8_t *data() const { return data_; }
@@ -40,8 +36,7 @@ class GuardedBuffer {
  private:
   uint8_t *margin() const;
 
-  uint8_t *mapping_ = nullptr;
-  size_t mapped_ = 0;
+  Pages pages_;
   uint8_t *data_ = nullptr;
   size_t size_ = 0;
   Edge edge_ = Edge::kEnd;

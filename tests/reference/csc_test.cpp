@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+// Conversions of every value of (Y, U, V) and of every pixel, at each level,
+// against the rule; where tiles lie. LOX_STEP leaves values out.
+#include <gtest/gtest.h>
+#include <orumlox/csc.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/isa.h"
+#include "rules/rules.h"
+#include "support/conversion_name.h"
+
+namespace lox_test {
+namespace {
+
+struct Planes {
+  Planes(const ExactImage &image) {
+    for (int p = 0; p < 4; ++p) {
+      width[p] = image[p].width;
+      height[p] = image[p].height;
+      stride[p] = static_cast<int32_t>(image[p].row_bytes);
+      memory[p].resize(static_cast<size_t>(image[p].bytes(stride[p])));
+      plane[p] = memory[p].data();
+    }
+  }
+  std::vector<uint8_t> memory[4];
+  uint8_t *plane[4];
+  int32_t width[4], height[4], stride[4];
+};
+
+class EveryValue : public testing::TestWithParam<Function> {
+ protected:
+  // Conversions of a picture that changes from frame to frame.
+  template <class Fill>
+  void check(int32_t width, int32_t height, int frames, Fill fill) {
+    const auto [from, to, standard] = parse_conversion(GetParam().name);
+    const ExactCall call = exact_csc(
+        from, to, standard, exact_image(from, width, height), width, height);
+    Planes src(call.src);
+    Planes dst(call.dst);
+    const auto run = [&](const Function &function) {
+      for (auto &memory : dst.memory) memory.assign(memory.size(), 0x5A);
+      function.as<vexo_csc_kernel>()(src.plane, src.width, src.height,
+                                     src.stride, dst.stride, dst.plane);
+    };
+    for (int frame = 0; frame < frames; frame += LOX_STEP) {
+      fill(src, frame);
+      run(by_rule(GetParam()));
+      const auto expected = std::to_array(dst.memory);
+      for (int level = 0; level <= lox::isa_best(); ++level) {
+        lox::isa_limit(level);
+        run(GetParam());
+        ASSERT_EQ(std::to_array(dst.memory), expected)
+            << lox::isa_name(level) << ", frame " << frame;
+      }
+    }
+  }
+};
+
+// A chroma sample serves a block of 2 by 2 pixels: frame k has all 65536 pairs
+// (U, V), and the lumas 4k to 4k + 3 in each block.
+TEST_P(EveryValue, OfYuv) {
+  const auto [from, to, standard] = parse_conversion(GetParam().name);
+  if (is_rgb_code(from)) return;
+  const auto fill = [&, from = from](Planes &src, int frame) {
+    const int32_t width = src.width[0];
+    for (int32_t i = 0; i < 512 * 512; ++i) {
+      const int32_t x = i % width;
+      const int32_t y = i / width;
+      const int32_t block = y / 2 * (width / 2) + x / 2;
+      set_yuv(from, src.plane, src.stride, x, y,
+              {static_cast<uint8_t>(4 * frame + x % 2 + y % 2 * 2),
+               static_cast<uint8_t>(block & 255),
+               static_cast<uint8_t>(block >> 8)});
+    }
+  };
+  ASSERT_NO_FATAL_FAILURE(check(512, 512, 64, fill));
+  // Rows too short for a vector, or for the steps of eight beyond which one of
+  // the standards has another rule.
+  if (from == VEXO_FMT_YUV420) check(2, 131072, 64, fill);
+}
+
+// 4096 pixels side by side where they give luma and chroma.
+TEST_P(EveryValue, OfPixels) {
+  const auto [from, to, standard] = parse_conversion(GetParam().name);
+  if (!is_rgb_code(from)) return;
+  const int side = is_rgb_code(to) ? 1 : 1 << chroma_x_shift(to);
+  const int bytes = from == VEXO_FMT_RGB565 ? 2 : 4;
+  check(4096 * side, side, bytes == 2 ? 16 : 4096, [&](Planes &src, int frame) {
+    for (int32_t n = 0; n < 4096; ++n) {
+      for (int i = 0; i < bytes; ++i) {
+        src.plane[0][n * side * bytes + i] =
+            static_cast<uint8_t>((4096 * frame + n) >> (8 * i));
+      }
+    }
+  });
+}
+
+// The ways to compute that differ: each layout and standard to 32 bits, planes
+// of full size to all; pixels of 16 and 32 bits by each standard. Others differ
+// in the order of bytes or planes.
+std::vector<Function> chosen() {
+  std::vector<Function> some;
+  for (int32_t i = 0; i < csc_family.count; ++i) {
+    const Function &f = csc_family.functions[i];
+    const auto [from, to, standard] = parse_conversion(f.name);
+    const bool yuv = !is_tiled_code(from) && is_rgb_code(to) &&
+                     (to == VEXO_FMT_RGBA8888 || from == VEXO_FMT_YUV444 ||
+                      from == VEXO_FMT_YUV422W || from == VEXO_FMT_YUV400);
+    const bool pixels =
+        (from == VEXO_FMT_RGBA8888 || from == VEXO_FMT_RGB565) &&
+        to != VEXO_FMT_YV12 && to != VEXO_FMT_NV21 &&
+        (standard != VEXO_STD_BT601_FULL || to == VEXO_FMT_YUV420);
+    if (is_rgb_code(from) ? pixels : yuv) some.push_back(f);
+  }
+  return some;
+}
+INSTANTIATE_TEST_SUITE_P(, EveryValue, testing::ValuesIn(chosen()),
+                         [](const auto &i) { return i.param.name; });
+
+TEST(Tiles, LieWhereTheySay) {
+  EXPECT_EQ(vexo_get_tile_offset(128, 64, 0, 0), 0);
+  EXPECT_EQ(vexo_get_tile_offset(128, 64, 64, 0), 2048);
+  EXPECT_EQ(vexo_get_tile_offset(128, 64, 0, 32), 4096);
+  EXPECT_EQ(vexo_get_tile_offset(128, 64, 64, 32), 6144);
+  EXPECT_EQ(vexo_get_tile_offset(256, 64, 128, 0), 12288);
+  EXPECT_EQ(vexo_get_tile_offset(256, 32, 128, 0), 4096);
+  EXPECT_EQ(vexo_get_tile_offset(256, 32, 256, 0), 8192);
+  EXPECT_EQ(vexo_get_tile_offset(256, 96, 128, 64), 20480);
+}
+
+}  // namespace
+}  // namespace lox_test
