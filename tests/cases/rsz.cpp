@@ -30,14 +30,15 @@ Rows rows_of(std::string_view name) {
                                                  : Rows::kEitherWay;
 }
 
-// What a side may be scaled to: near, by whole numbers, far.
+// What a side may be scaled to: near, by whole numbers, far; small ones by more
+// than the weights of 64ths are made for.
 int32_t smaller_side(Source &source, int32_t side) {
   return source.one_in(2) ? std::max(side / source.between(2, 9), 1)
                           : source.between(1, side - 1);
 }
 int32_t larger_side(Source &source, int32_t side) {
   const int32_t kind = source.between(0, 3);
-  return kind == 0   ? side * source.between(1, 5)
+  return kind == 0   ? side * source.between(1, side < 8 ? 70 : 5)
          : kind == 1 ? side + source.between(0, source.one_in(8) ? 400 : 40)
                      : side + source.between(0, side);
 }
@@ -82,6 +83,7 @@ void kernel(const Function &function, Source &source, Sink &sink) {
   src.set(in, rows_of(name));
   dst.set(quarter && (both || down) ? turned(out) : out, rows_of(name));
   if (quarter) std::swap(new_width, new_height);
+  if (source.one_in(32)) height = source.between(-1, 0);
   function.as<vexo_rsz_kernel>()(src.img.plane[0], width, height, new_width,
                                  new_height, dst.img.plane[0],
                                  src.img.stride[0], dst.img.stride[0]);

@@ -47,18 +47,20 @@ struct Type {
 
 // A plane taken apart into components.
 struct Plane {
+  const Type &type;
   Size size;
   std::vector<std::array<int32_t, 4>> samples;
 
-  explicit Plane(Size s) : size(s), samples(size_t{1} * s.width * s.height) {}
-  Plane(const Type &type, Size s, const uint8_t *src, int32_t stride)
-      : Plane(s) {
+  Plane(const Type &t, Size s)
+      : type(t), size(s), samples(size_t{1} * s.width * s.height) {}
+  Plane(const Type &t, Size s, const uint8_t *src, int32_t stride)
+      : Plane(t, s) {
     for_samples([&](int32_t x, int32_t y) {
       const uint8_t *from = src + y * type.stride(stride) + x * type.bytes();
       uint32_t word = 0;
       for (int i = 0; i < type.bytes(); ++i) word |= uint32_t{from[i]} << 8 * i;
       for (size_t c = 0; c < type.bits.size(); ++c) {
-        at(x, y)[c] = static_cast<int32_t>(word & ((1U << type.bits[c]) - 1));
+        set(x, y, c, static_cast<int32_t>(word));
         word >>= type.bits[c];
       }
     });
@@ -73,20 +75,18 @@ struct Plane {
   const std::array<int32_t, 4> &at(int32_t x, int32_t y) const {
     return samples[size_t{1} * y * size.width + x];
   }
-  std::array<int32_t, 4> &at(int32_t x, int32_t y) {
-    return samples[size_t{1} * y * size.width + x];
-  }
   // A component keeps its own low bits.
-  void write(const Type &type, uint32_t rotation, int32_t stride,
-             uint8_t *dst) const {
+  void set(int32_t x, int32_t y, size_t c, int32_t value) {
+    samples[size_t{1} * y * size.width + x][c] =
+        value & ((1 << type.bits[c]) - 1);
+  }
+  void write(uint32_t rotation, int32_t stride, uint8_t *dst) const {
     for_samples([&](int32_t x, int32_t y) {
       const Point to = rotated(rotation, size, x, y);
       uint32_t word = 0;
       int shift = 0;
       for (size_t c = 0; c < type.bits.size(); ++c) {
-        word |=
-            (static_cast<uint32_t>(at(x, y)[c]) & ((1U << type.bits[c]) - 1))
-            << shift;
+        word |= static_cast<uint32_t>(at(x, y)[c]) << shift;
         shift += type.bits[c];
       }
       uint8_t *sample = dst + to.y * type.stride(stride) + to.x * type.bytes();
@@ -158,13 +158,13 @@ Plane along(bool across, const Plane &p, int32_t to, bool mode1) {
   const int32_t from = across ? p.size.width : p.size.height;
   const std::vector<Tap> taps =
       to < from ? reduction(from, to, true) : enlargement(from, to);
-  Plane out(across ? Size{to, p.size.height} : Size{p.size.width, to});
+  Plane out(p.type, across ? Size{to, p.size.height} : Size{p.size.width, to});
   out.for_samples([&](int32_t x, int32_t y) {
     const Tap &t = taps[across ? x : y];
     const auto &a = across ? p.at(t.a, y) : p.at(x, t.a);
     const auto &b = across ? p.at(t.b, y) : p.at(x, t.b);
-    for (int c = 0; c < 4; ++c) {
-      out.at(x, y)[c] = on_the_way(a[c], b[c], t, mode1 && to >= from);
+    for (size_t c = 0; c < p.type.bits.size(); ++c) {
+      out.set(x, y, c, on_the_way(a[c], b[c], t, mode1 && to >= from));
     }
   });
   return out;
@@ -175,14 +175,14 @@ Plane along(bool across, const Plane &p, int32_t to, bool mode1) {
 Plane both_ways(const Plane &p, Size to, bool whole_blends) {
   const auto columns = reduction(p.size.width, to.width, whole_blends);
   const auto rows = reduction(p.size.height, to.height, whole_blends);
-  Plane out(to);
+  Plane out(p.type, to);
   out.for_samples([&](int32_t x, int32_t y) {
     const Tap &h = columns[x];
     const Tap &v = rows[y];
-    for (int c = 0; c < 4; ++c) {
-      out.at(x, y)[c] = (p.at(h.a, v.a)[c] + p.at(h.b, v.a)[c] +
-                         p.at(h.a, v.b)[c] + p.at(h.b, v.b)[c]) >>
-                        2;
+    for (size_t c = 0; c < p.type.bits.size(); ++c) {
+      const int32_t sum = p.at(h.a, v.a)[c] + p.at(h.b, v.a)[c] +
+                          p.at(h.a, v.b)[c] + p.at(h.b, v.b)[c];
+      out.set(x, y, c, sum >> 2);
     }
   });
   return out;
@@ -223,10 +223,10 @@ void kernel(const Function &function, const uint8_t *src, int32_t width,
   const Plane plane(type, {down ? new_width : width, height}, src, src_stride);
   if (both) {
     both_ways(plane, {new_width, new_height}, whole)
-        .write(type, rotation, dst_stride, dst);
+        .write(rotation, dst_stride, dst);
   } else {
     along(!down, plane, down ? new_height : new_width, mode1)
-        .write(type, down ? rotation : 0, dst_stride, dst);
+        .write(down ? rotation : 0, dst_stride, dst);
   }
 }
 
@@ -241,7 +241,7 @@ int32_t scale(const Type &type, uint32_t rotation, const uint8_t *src,
     return VEXO_ERR_UNSUPPORTED;
   }
   scaled({type, from, src, src_stride}, to, mode == VEXO_MODE_MOD1)
-      .write(type, rotation, dst_stride, dst);
+      .write(rotation, dst_stride, dst);
   return VEXO_OK;
 }
 int32_t scaler(const Function &function, const uint8_t *src, int32_t width,
