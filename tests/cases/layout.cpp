@@ -58,14 +58,14 @@ void pack_pairs(const Function &function, Source &source, Sink &sink) {
 
 // Pixels of four bytes and four planes, some of which are null.
 void pixels(const Function &function, Source &source, Sink &sink) {
-  const auto [width, height] = source.size();
+  const Size size = source.size();
   Picture packed(source);
   Picture apart(source);
-  packed.set({exact_plane(width, height, 4)}, Rows::kEitherWay);
+  packed.set({exact_plane(size.width, size.height, 4)}, Rows::kEitherWay);
   ExactImage image;
   const int32_t set = source.between(0, 15);
   for (int p = 0; p < 4; ++p) {
-    if ((set >> p & 1) != 0) image[p] = bytes_plane(width, height);
+    if ((set >> p & 1) != 0) image[p] = bytes_plane(size.width, size.height);
   }
   apart.set(image, Rows::kEitherWay);
   for (int p = 0; p < 4; ++p) {
@@ -77,8 +77,8 @@ void pixels(const Function &function, Source &source, Sink &sink) {
   using Pack = decltype(vexo_csc_8b8b8b8b_pack);
   using Unpack = decltype(vexo_csc_8b8b8b8b_unpack);
   const auto call = [&](const auto &kernel) {
-    kernel(packed.img.plane[0], width, height, packed.img.stride[0], s[0], s[1],
-           s[2], s[3], a[0], a[1], a[2], a[3]);
+    kernel(packed.img.plane[0], size.width, size.height, packed.img.stride[0],
+           s[0], s[1], s[2], s[3], a[0], a[1], a[2], a[3]);
   };
   if (function.address == AnyFunction(vexo_csc_8b8b8b8b_pack)) {
     call(function.as<Pack>());

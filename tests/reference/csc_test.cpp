@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <orumlox/csc.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -119,6 +121,54 @@ std::vector<Function> chosen() {
 }
 INSTANTIATE_TEST_SUITE_P(, EveryValue, testing::ValuesIn(chosen()),
                          [](const auto &i) { return i.param.name; });
+
+// The last bytes of every plane receive something, or have an effect: buffers
+// of the cases would else hide what is read beyond.
+TEST(ExactSizes, AreTheLeast) {
+  for (int32_t i = 0; i < csc_family.count; ++i) {
+    const Function &f = csc_family.functions[i];
+    const auto [from, to, standard] = parse_conversion(f.name);
+    if (from < 0) continue;
+    // Every second row is dropped, or every second column too.
+    const bool thinned = (from == VEXO_FMT_YUV422N || from == VEXO_FMT_YV16 ||
+                          from == VEXO_FMT_YUV444) &&
+                         !is_rgb_code(to);
+    for (int32_t size = 0; size < 48; ++size) {
+      const int32_t width = size / 6 * size / 6 + 1;
+      const int32_t height = size % 6 + 1;
+      const ExactCall call = exact_csc(
+          from, to, standard, exact_image(from, width, height), width, height);
+      Planes src(call.src);
+      Planes dst(call.dst);
+      for (auto &memory : src.memory)
+        std::fill(memory.begin(), memory.end(), 128);
+      const auto run = [&](uint8_t canary) {
+        for (auto &m : dst.memory) std::fill(m.begin(), m.end(), canary);
+        f.as<vexo_csc_kernel>()(src.plane, src.width, src.height, src.stride,
+                                dst.stride, dst.plane);
+        return std::to_array(dst.memory);
+      };
+      const auto written = run(0x5A);
+      const auto again = run(0xA5);
+      for (int p = 0; p < 4; ++p) {
+        if (call.dst[p].whole == 0 && !written[p].empty()) {
+          ASSERT_EQ(written[p].back(), again[p].back())
+              << f.name << " writes " << width << "x" << height << ", " << p;
+        }
+        auto &memory = src.memory[p];
+        if (call.src[p].whole > 0 || memory.empty() || (thinned && p > 0)) {
+          continue;
+        }
+        // Alpha has no effect.
+        const auto unit = is_rgb_code(from) ? memory.size() : 1;
+        std::fill(memory.end() - unit, memory.end(), 193);
+        ASSERT_NE(run(0x5A), written)
+            << f.name << " reads " << width << "x" << height << ", " << p;
+        std::fill(memory.end() - unit, memory.end(), 128);
+      }
+    }
+  }
+}
 
 TEST(Tiles, LieWhereTheySay) {
   EXPECT_EQ(vexo_get_tile_offset(128, 64, 0, 0), 0);
