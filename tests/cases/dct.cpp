@@ -8,11 +8,19 @@
 #include <cstring>
 
 #include "cases/cases.h"
+#include "cases/dct_geometry.h"
 
 namespace lox_test {
 namespace {
 
 constexpr int32_t kFactors[] = {0, 0, 2, 4};
+
+// The function that the case is about, or one that it takes along.
+template <class Type>
+Type *either(const Function &function, const char *name, Type *other) {
+  const bool own = std::strcmp(function.name, name) == 0;
+  return own ? reinterpret_cast<Type *>(function.address) : other;
+}
 
 // A side of the destination, and one of the source that is mostly larger.
 int32_t new_side(Source &source) {
@@ -49,75 +57,11 @@ void describe(Source &source, vexo_img &img, int32_t width, int32_t height) {
                     (source.one_in(2) ? source.between(0, 40) : 0);
     img.buf_height[p] = std::max(img.height[p], 0) + source.between(0, 5);
   }
+  if (source.one_in(16)) img.width[1] = 0;
   // What plane 2 is written with.
   for (int32_t *sizes : {img.width, img.height, img.stride, img.buf_height}) {
     sizes[2] = sizes[1];
   }
-}
-
-// A source and a destination and what is planned for them.
-struct Plan {
-  Plan(Source &source, int32_t prescale)
-      : src(source), dst(source), factor(prescale) {
-    const int32_t width = new_side(source);
-    const int32_t height = new_side(source);
-    const int32_t from_width = old_side(source, width, factor);
-    const int32_t from_height = old_side(source, height, factor);
-    constexpr int32_t kKinds[] = {VEXO_FMT_NV12, VEXO_FMT_NV12, VEXO_FMT_NV21,
-                                  VEXO_FMT_YUV420, VEXO_FMT_YUV420};
-    src.img.format = source.between(VEXO_FMT_NV12, VEXO_FMT_NV21);
-    dst.img.format =
-        source.one_in(16) ? source.format() : source.one_of(kKinds);
-    dst.img.color_std = source.between(0, 2);
-    describe(source, src.img, from_width, from_height);
-    describe(source, dst.img, width, height);
-    pair[0] = src.img;
-    pair[1] = dst.img;
-    if (source.one_in(2)) vexo_rsz_new_set_img(pair);
-    src.img = pair[0];
-    dst.img = pair[1];
-    for (int p = 0; p < 3; ++p) {
-      if (p < 2) give_memory(src, p);
-      give_memory(dst, p);
-    }
-    pair[0] = src.img;
-    pair[1] = dst.img;
-    std::memset(static_cast<void *>(&context), 0, sizeof context);
-  }
-  ~Plan() { deinit(); }
-
-  void init() {
-    std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
-    status = vexo_rsz_new_init(pair, &context, &a, &b, factor);
-  }
-  void deinit() {
-    status |= vexo_rsz_new_deinit(pair, &context, a, b);
-    a = b = nullptr;
-  }
-  bool has_blocks() const {
-    return status == VEXO_OK && context.exact_ratio == 0;
-  }
-
-  Picture src, dst;
-  int32_t factor;
-  vexo_img pair[2];
-  vexo_rsz_new_context context;
-  vexo_shift_set a = nullptr;
-  vexo_shift_set b = nullptr;
-  int32_t status = 0;
-};
-
-int32_t larger(const int32_t (&n)[2]) { return std::max(n[0], n[1]); }
-int32_t entries(const vexo_rsz_new_context &c) {
-  return c.types[0] + c.types[1];
-}
-int32_t blocks(const vexo_rsz_new_context &c) {
-  int32_t count = 0;
-  for (int p = 0; p < 2; ++p) {
-    count += (c.short_rows[p] + c.tall_rows[p]) *
-             (c.narrow_columns[p] + c.wide_columns[p]);
-  }
-  return count;
 }
 
 template <class Type>
@@ -130,43 +74,177 @@ void add_set(vexo_shift_set set, int32_t count, int32_t n, Sink &sink) {
     add(set[i][0], 16 * n, sink);
   }
 }
-void add_numbers(const vexo_rsz_new_context &c, Sink &sink) {
-  sink.add(reinterpret_cast<const uint8_t *>(&c),
-           offsetof(vexo_rsz_new_context, chroma));
-  add(&c.prescale, 5, sink);
+
+void require(bool condition) {
+  if (!condition) std::abort();
 }
-void add_plan(const vexo_rsz_new_context &c, vexo_shift_set a, vexo_shift_set b,
-              Sink &sink) {
-  add_numbers(c, sink);
-  const int32_t count = c.block_types != nullptr ? blocks(c) : 0;
-  add(c.block_types, count, sink);
-  add(c.block_columns, count, sink);
-  add(c.block_rows, count, sink);
-  add_set(a, entries(c), larger(c.vertical_span), sink);
-  add_set(b, entries(c), larger(c.horizontal_span), sink);
-}
+
+// Planned of garbage, and released at last.
+struct Plan {
+  Plan() = default;
+  Plan(const Plan &) = delete;
+  Plan &operator=(const Plan &) = delete;
+  ~Plan() { vexo_rsz_new_deinit(nullptr, &context, a, b); }
+
+  // Before and behind a call that plans: one that cannot leaves nothing.
+  void begin() {
+    std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
+    a = b = &not_null;
+  }
+  void end() const {
+    const vexo_rsz_new_context clear = {};
+    const bool none = std::memcmp(&context, &clear, sizeof clear) == 0;
+    require((status != VEXO_OK) == none);
+    require(!none || (a == nullptr && b == nullptr));
+  }
+  bool has_blocks() const { return context.block_types != nullptr; }
+  int32_t entries() const { return context.types[0] + context.types[1]; }
+  int32_t rows_of_a() const {
+    return std::max(context.vertical_span[0], context.vertical_span[1]);
+  }
+  int32_t rows_of_b() const {
+    return std::max(context.horizontal_span[0], context.horizontal_span[1]);
+  }
+  int32_t blocks() const {
+    const vexo_rsz_new_context &c = context;
+    int32_t count = 0;
+    for (int p = 0; p < 2 && has_blocks(); ++p) {
+      count += (c.short_rows[p] + c.tall_rows[p]) *
+               (c.narrow_columns[p] + c.wide_columns[p]);
+    }
+    return count;
+  }
+
+  // All that a caller may read of it.
+  void add_to(Sink &sink) const {
+    const vexo_rsz_new_context &c = context;
+    sink.add(static_cast<uint32_t>(status));
+    sink.add(reinterpret_cast<const uint8_t *>(&c),
+             offsetof(vexo_rsz_new_context, chroma));
+    add(&c.prescale, 5, sink);
+    add(c.block_types, blocks(), sink);
+    add(c.block_columns, blocks(), sink);
+    add(c.block_rows, blocks(), sink);
+    add_set(a, entries(), rows_of_a(), sink);
+    add_set(b, entries(), rows_of_b(), sink);
+  }
+
+  int16_t **not_null = nullptr;
+  vexo_rsz_new_context context = {};
+  vexo_shift_set a = nullptr;
+  vexo_shift_set b = nullptr;
+  int32_t status = 0;
+};
+
+struct Pair : Plan {
+  Pair(Source &source, int32_t prescale)
+      : src(source), dst(source), factor(prescale) {
+    const int32_t width = new_side(source);
+    const int32_t height = new_side(source);
+    constexpr int32_t kKinds[] = {VEXO_FMT_NV12, VEXO_FMT_NV12, VEXO_FMT_NV21,
+                                  VEXO_FMT_YUV420, VEXO_FMT_YUV420};
+    src.img.format = source.between(VEXO_FMT_NV12, VEXO_FMT_NV21);
+    dst.img.format =
+        source.one_in(16) ? source.format() : source.one_of(kKinds);
+    dst.img.color_std = source.between(0, 2);
+    const int32_t from_width = old_side(source, width, factor);
+    describe(source, src.img, from_width, old_side(source, height, factor));
+    describe(source, dst.img, width, height);
+    copy();
+    if (source.one_in(2)) vexo_rsz_new_set_img(pair);
+    src.img = pair[0];
+    dst.img = pair[1];
+    for (int p = 0; p < 3; ++p) {
+      if (p < 2) give_memory(src, p);
+      give_memory(dst, p);
+    }
+    copy();
+  }
+  void copy() {
+    pair[0] = src.img;
+    pair[1] = dst.img;
+  }
+  void init() {
+    begin();
+    status = vexo_rsz_new_init(pair, &context, &a, &b, factor);
+    end();
+  }
+  // What is left of all.
+  void deinit(Sink &sink) {
+    status |= vexo_rsz_new_deinit(pair, &context, a, b);
+    a = b = nullptr;
+    add_to(sink);
+    src.add_to(sink);
+    dst.add_to(sink);
+  }
+
+  Picture src, dst;
+  int32_t factor;
+  vexo_img pair[2];
+};
+
+// Pictures of pixels and of planes.
+struct Quartet : Plan {
+  explicit Quartet(Source &source)
+      : pictures{Picture(source), Picture(source), Picture(source),
+                 Picture(source)} {
+    const int32_t to[] = {new_side(source), new_side(source)};
+    const int32_t from[] = {old_side(source, to[0], 0),
+                            old_side(source, to[1], 0)};
+    for (int i = 0; i < 4; ++i) {
+      const int32_t *const size = i % 2 == 0 ? from : to;
+      const int32_t rows = std::max(size[1], 0) + source.between(0, 3);
+      vexo_img &described = pictures[i].img;
+      for (int p = 0; p < (i < 2 ? 1 : 3); ++p) {
+        described.width[p] = size[0];
+        described.height[p] = size[1];
+        described.stride[p] = std::max(size[0], 0) * (i < 2 ? 4 : 1) +
+                              (source.one_in(2) ? source.between(0, 40) : 0);
+        described.buf_height[p] = rows;
+        give_memory(pictures[i], p);
+      }
+      img[i] = described;
+    }
+    begin();
+    status = vexo_rsz_new_rgba8888_init(img, &context, &a, &b);
+    end();
+  }
+
+  Picture pictures[4];
+  vexo_img img[4];
+};
 
 // --- plans -------------------------------------------------------------------
 
-// Tables of a plan, made once more.
+// Tables of a plan, made once more, are the same.
 void tables(const Function &, Source &source, Sink &sink) {
-  Plan plan(source, source.one_of(kFactors));
-  plan.init();
-  if (!plan.has_blocks()) return;
-  vexo_rsz_new_context &c = plan.context;
-  const auto count = static_cast<size_t>(blocks(c));
+  Pair p(source, source.one_of(kFactors));
+  p.init();
+  p.add_to(sink);
+  if (!p.has_blocks()) return;
+  Sink before, after;
+  p.add_to(before);
+  vexo_rsz_new_context &c = p.context;
+  const auto count = static_cast<size_t>(p.blocks());
   std::memset(c.block_types, 0xA5, count);
   std::memset(c.block_columns, 0xA5, count * sizeof(int32_t));
   std::memset(c.block_rows, 0xA5, count * sizeof(int32_t));
+  for (int32_t i = 0; i < p.entries(); ++i) {
+    std::memset(p.a[i][0], 0, size_t{32} * p.rows_of_a());
+    std::memset(p.b[i][0], 0, size_t{32} * p.rows_of_b());
+  }
   split_settings(&c);
-  make_shiftmatrix(&c, plan.a, plan.b);
-  add_plan(c, plan.a, plan.b, sink);
+  make_shiftmatrix(&c, p.a, p.b);
+  p.add_to(after);
+  require(before.digest() == after.digest());
 }
 void memory(const Function &, Source &source, Sink &sink) {
   const int32_t count = source.between(-1, 8);
   const int32_t n = source.between(-1, 20);
   vexo_shift_set set = nullptr;
-  sink.add(static_cast<uint32_t>(get_mem3Dint16(&set, count, n)));
+  const int32_t status = get_mem3Dint16(&set, count, n);
+  require(status == VEXO_OK || set == nullptr);
+  sink.add(static_cast<uint32_t>(status));
   add_set(set, count, n, sink);
   for (int32_t i = 0; set != nullptr && i < count; ++i) {
     std::free(set[i][0]);
@@ -185,172 +263,117 @@ int32_t any_side(Source &source, bool planned) {
 
 // Along one axis where a plan is made.
 void sizes(const Function &function, Source &source, Sink &sink) {
-  Plan plan(source, source.one_of(kFactors));
+  Pair p(source, source.one_of(kFactors));
   const bool init = function.address == AnyFunction(vexo_rsz_new_init);
   const int32_t axis = init ? source.between(0, 1) : 2;
-  for (vexo_img &img : plan.pair) {
-    for (int p = 0; p < 2; ++p) {
+  for (vexo_img &img : p.pair) {
+    for (int i = 0; i < 2; ++i) {
       const int32_t width = any_side(source, init);
       const int32_t height = any_side(source, init);
-      if (axis != 0) img.width[p] = width;
-      if (axis != 1) img.height[p] = height;
+      if (axis != 0) img.width[i] = width;
+      if (axis != 1) img.height[i] = height;
     }
   }
-  vexo_rsz_new_context settings = {};
-  settings.prescale = plan.factor;
   if (init) {
-    plan.init();
+    p.init();
   } else if (function.address == AnyFunction(algorithm_settings)) {
-    plan.status = algorithm_settings(plan.pair, &settings);
+    p.context.prescale = p.factor;
+    p.status = algorithm_settings(p.pair, &p.context);
   } else {
-    plan.status = vexo_rsz_new_set_img(plan.pair);
+    p.status = vexo_rsz_new_set_img(p.pair);
   }
-  sink.add(static_cast<uint32_t>(plan.status));
-  add_plan(plan.context, plan.a, plan.b, sink);
-  add_numbers(settings, sink);
-  for (const vexo_img &img : plan.pair) add(img.width, 16, sink);
+  if (init) {
+    p.add_to(sink);
+  } else {
+    add(&p.context, 1, sink);
+    p.context = {};
+  }
+  for (const vexo_img &img : p.pair) add(img.width, 16, sink);
 }
 
 // --- whole pictures ----------------------------------------------------------
 
-void add_result(const Plan &plan, Sink &sink) {
-  sink.add(static_cast<uint32_t>(plan.status));
-  plan.dst.add_to(sink);
-  // Nothing is left of the plan.
-  add_numbers(plan.context, sink);
+void scale(const Function &function, Source &source, Sink &sink) {
+  Pair p(source, source.one_of(kFactors));
+  p.init();
+  p.add_to(sink);
+  if (source.one_in(16)) p.pair[1].format = VEXO_FMT_RGB888;
+  p.status |= either(function, "vexo_rsz_new", vexo_rsz_new)(
+      &p.pair[0], &p.pair[1], &p.context, p.a, p.b);
+  p.deinit(sink);
 }
 
-void scale(const Function &, Source &source, Sink &sink) {
-  Plan plan(source, source.one_of(kFactors));
-  plan.init();
-  add_plan(plan.context, plan.a, plan.b, sink);
-  plan.status |=
-      vexo_rsz_new(&plan.pair[0], &plan.pair[1], &plan.context, plan.a, plan.b);
-  plan.deinit();
-  add_result(plan, sink);
-}
-
-// The planes of a turned picture, of the geometry that a thumbnail is given;
-// false where its rows would lie over each other.
+// The planes of a turned picture; false where its rows would lie over each
+// other.
 bool make_room(const vexo_img &scaled, int32_t rotation, Picture &result) {
-  const bool quarter = rotation == 1 || rotation == 2;
-  const int32_t selector = result.img.color_std;
-  const bool pairs = scaled.format == VEXO_FMT_NV12;
   for (int p = 0; p < 3; ++p) {
-    if (rotation == 0) {
+    if (rotation == VEXO_ROT_COPY) {
       give_memory(result, p);
       continue;
     }
     ExactPlane plane =
-        exact_plane(scaled.width[p], scaled.height[p], pairs && p == 1 ? 2 : 1);
-    if (quarter) plane = turned({plane})[0];
+        exact_plane(scaled.width[p], scaled.height[p],
+                    scaled.format == VEXO_FMT_NV12 && p == 1 ? 2 : 1);
+    if (rotation < 3) plane = turned({plane})[0];
     const auto row = static_cast<int32_t>(plane.row_bytes);
     const int32_t own = std::max(result.img.stride[p], row);
-    int32_t stride = own;
-    if (scaled.format == VEXO_FMT_YUV420 && quarter) {
-      stride = scaled.buf_height[0] / (p == 0 ? 1 : 2);
-    } else if (scaled.format == VEXO_FMT_YUV420 && rotation == 3) {
-      stride = scaled.stride[p == 0 ? 0 : 1];
-    } else if (pairs && selector < 2 && quarter) {
-      const int32_t unit = selector == 0 ? 128 : 16;
-      stride = (scaled.height[0] + unit - 1) / unit * unit;
-    } else if (pairs && selector < 2 && rotation == 3) {
-      stride = scaled.stride[p];
-    }
+    result.img.stride[p] = own;
+    const int32_t stride =
+        turned_geometry(scaled, result.img, rotation).stride[p];
     if (stride < row) return false;
     result.set_plane(p, plane, plane.bytes(stride));
-    result.img.stride[p] = own;
   }
   return true;
 }
 
-void thumbnail(const Function &, Source &source, Sink &sink) {
-  Plan plan(source, source.one_of(kFactors));
+void thumbnail(const Function &function, Source &source, Sink &sink) {
+  Pair p(source, source.one_of(kFactors));
   const int32_t rotation = source.between(0, 6);
-  Picture intermediate(source);
+  vexo_img intermediate = Picture(source).img;
   Picture result(source);
-  result.img = plan.dst.img;
+  result.img = p.dst.img;
   for (uint8_t *&plane : result.img.plane) plane = nullptr;
   result.img.color_std = source.between(0, 2);
-  if (!make_room(plan.pair[1], rotation, result)) return;
-  plan.status = vexo_txc_new_init(plan.pair, &intermediate.img, &plan.context,
-                                  &plan.a, &plan.b, plan.factor, rotation);
-  plan.status |= vexo_txc_new(plan.pair, &result.img, &intermediate.img,
-                              &plan.context, plan.a, plan.b, rotation);
-  plan.status |= vexo_txc_new_deinit(plan.pair, &intermediate.img,
-                                     &plan.context, plan.a, plan.b, rotation);
-  plan.a = plan.b = nullptr;
-  add_result(plan, sink);
+  if (!make_room(p.pair[1], rotation, result)) return;
+  p.begin();
+  p.status = vexo_txc_new_init(p.pair, &intermediate, &p.context, &p.a, &p.b,
+                               p.factor, rotation);
+  p.status |= either(function, "vexo_txc_new", vexo_txc_new)(
+      p.pair, &result.img, &intermediate, &p.context, p.a, p.b, rotation);
+  p.status |= vexo_txc_new_deinit(p.pair, &intermediate, &p.context, p.a, p.b,
+                                  rotation);
+  p.deinit(sink);
   add(result.img.width, 16, sink);
   result.add_to(sink);
 }
 
-// Pictures of pixels and of planes, and what is planned for them.
-struct Quartet {
-  explicit Quartet(Source &source)
-      : pictures{Picture(source), Picture(source), Picture(source),
-                 Picture(source)} {
-    const int32_t width = new_side(source);
-    const int32_t height = new_side(source);
-    const int32_t from_width = old_side(source, width, 0);
-    const int32_t from_height = old_side(source, height, 0);
-    for (int i = 0; i < 4; ++i) {
-      Picture &picture = pictures[i];
-      const int32_t rows =
-          std::max(i % 2 == 0 ? from_height : height, 0) + source.between(0, 3);
-      for (int p = 0; p < (i < 2 ? 1 : 3); ++p) {
-        vexo_img &described = picture.img;
-        described.width[p] = i % 2 == 0 ? from_width : width;
-        described.height[p] = i % 2 == 0 ? from_height : height;
-        described.stride[p] =
-            std::max(described.width[p], 0) * (i < 2 ? 4 : 1) +
-            (source.one_in(2) ? source.between(0, 40) : 0);
-        described.buf_height[p] = rows;
-        give_memory(picture, p);
-      }
-      img[i] = picture.img;
-    }
-    std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
-    status = vexo_rsz_new_rgba8888_init(img, &context, &a, &b);
-  }
-  ~Quartet() { vexo_rsz_new_rgba8888_deinit(img, &context, a, b); }
-
-  Picture pictures[4];
-  vexo_img img[4];
-  vexo_rsz_new_context context;
-  vexo_shift_set a = nullptr;
-  vexo_shift_set b = nullptr;
-  int32_t status;
-};
-
-void pixels(const Function &, Source &source, Sink &sink) {
+void pixels(const Function &function, Source &source, Sink &sink) {
   Quartet q(source);
-  add_plan(q.context, q.a, q.b, sink);
-  q.status |= vexo_rsz_new_rgba8888(q.img, &q.context, q.a, q.b);
+  q.add_to(sink);
+  q.status |= either(function, "vexo_rsz_new_rgba8888", vexo_rsz_new_rgba8888)(
+      q.img, &q.context, q.a, q.b);
   q.status |= vexo_rsz_new_rgba8888_deinit(q.img, &q.context, q.a, q.b);
   q.a = q.b = nullptr;
-  sink.add(static_cast<uint32_t>(q.status));
-  add_numbers(q.context, sink);
+  q.add_to(sink);
   for (const Picture &picture : q.pictures) picture.add_to(sink);
 }
 
 // --- planes ------------------------------------------------------------------
 
 void plane(const Function &, Source &source, Sink &sink) {
-  Plan plan(source, source.one_of(kFactors));
-  plan.init();
+  Pair pair(source, source.one_of(kFactors));
+  pair.init();
   const int32_t p = source.between(0, 1);
-  const vexo_rsz_new_context &c = plan.context;
-  if (plan.has_blocks()) {
-    const auto size = [](int32_t stride, int32_t rows) {
-      return static_cast<size_t>(std::max(stride, 0)) *
-             static_cast<size_t>(std::max(rows, 0));
-    };
-    Buffer src(source, size(c.src_stride[p], c.src_rows[p]));
-    Buffer dst(source, size(c.dst_stride[p], c.dst_rows[p]));
-    dct_downscaling(src.data(), dst.data(), &plan.context, plan.a, plan.b, p);
-    sink.add(dst.data(), dst.size());
-  }
+  const vexo_rsz_new_context &c = pair.context;
+  if (!pair.has_blocks()) return;
+  const auto size = [](int32_t stride, int32_t rows) {
+    return static_cast<size_t>(std::max(stride, 0)) *
+           static_cast<size_t>(std::max(rows, 0));
+  };
+  Buffer src(source, size(c.src_stride[p], c.src_rows[p]));
+  Buffer dst(source, size(c.dst_stride[p], c.dst_rows[p]));
+  dct_downscaling(src.data(), dst.data(), &pair.context, pair.a, pair.b, p);
+  sink.add(dst.data(), dst.size());
 }
 void component(const Function &, Source &source, Sink &sink) {
   Quartet q(source);
@@ -376,20 +399,20 @@ void run(const Function &function, Worker worker, Sink &sink) {
   }
   pthread_join(thread, &result);
   sink.add(result == nullptr);
+  sink.add(sem_trywait(&start) != 0);
   sem_destroy(&start);
   sem_destroy(&done);
 }
 template <int32_t kFactor>
 void chroma(const Function &function, Source &source, Sink &sink) {
-  Plan plan(source, kFactor);
-  plan.init();
-  if (plan.has_blocks()) {
-    run<vexo_rsz_new_worker>(function,
-                             {&plan.pair[0], &plan.pair[1], &plan.context,
-                              plan.a, plan.b, nullptr, nullptr},
-                             sink);
+  Pair p(source, kFactor);
+  p.init();
+  if (p.has_blocks()) {
+    run<vexo_rsz_new_worker>(
+        function,
+        {&p.pair[0], &p.pair[1], &p.context, p.a, p.b, nullptr, nullptr}, sink);
   }
-  plan.dst.add_to(sink);
+  p.deinit(sink);
 }
 template <int kPlane>
 void component_thread(const Function &function, Source &source, Sink &sink) {
@@ -404,62 +427,66 @@ void component_thread(const Function &function, Source &source, Sink &sink) {
 
 // --- blocks ------------------------------------------------------------------
 
-void coefficients(const Function &, Source &source, Sink &sink) {
+void coefficients(const Function &function, Source &source, Sink &sink) {
   const int32_t width = source.between(1, 40);
   const int32_t height = source.between(1, 40);
   Buffer block(source, static_cast<size_t>(width) * height);
   float out[16];
-  FDCT_BlockXYFn(block.data(), out, height, width);
+  function.as<decltype(FDCT_BlockXYFn)>()(block.data(), out, height, width);
   add(out, 16, sink);
 }
-void product(const Function &, Source &source, Sink &sink) {
-  float m[3][64] = {};
-  for (int i = 0; i < 128; ++i) {
-    m[i / 64][i % 64] = static_cast<float>(source.between(-999, 999)) / 7;
+void product(const Function &function, Source &source, Sink &sink) {
+  float m[3][81] = {};
+  for (int i = 0; i < 162; ++i) {
+    m[i / 81][i % 81] = static_cast<float>(source.between(-999, 999)) / 7;
   }
-  MatNxN_float_compute(m[0], m[1], m[2], source.between(0, 8));
-  add(m[2], 64, sink);
+  function.as<decltype(MatNxN_float_compute)>()(m[0], m[1], m[2],
+                                                source.between(0, 9));
+  add(m[2], 81, sink);
 }
 
-void transform(const Function &, Source &source, Sink &sink) {
-  Plan plan(source, source.one_of(kFactors));
-  plan.init();
-  const vexo_rsz_new_context &c = plan.context;
+void transform(const Function &function, Source &source, Sink &sink) {
+  Pair pair(source, source.one_of(kFactors));
+  pair.init();
+  const vexo_rsz_new_context &c = pair.context;
   const int32_t p = source.between(0, 1);
   const int32_t type = source.between(0, 3);
   const int32_t width = c.block_width[p][type];
   const int32_t height = c.block_height[p][type];
   // With three types there are no wider blocks.
   const bool made = type < c.types[p] && (c.types[p] != 3 || type != 1);
-  if (plan.has_blocks() && made && width > 0 && height > 0) {
-    const int32_t entry = (p == 0 ? 0 : c.types[0]) + type;
-    Buffer block(source, static_cast<size_t>(width) * height);
-    int32_t out[16];
-    vexo_fdct_blocknxn_full_compute(block.data(), width, height, plan.a[entry],
-                                    plan.b[entry], out);
-    add(out, 16, sink);
-  }
+  if (!pair.has_blocks() || !made || width < 1 || height < 1) return;
+  const int32_t entry = (p == 0 ? 0 : c.types[0]) + type;
+  Buffer block(source, static_cast<size_t>(width) * height);
+  int32_t out[16];
+  function.as<decltype(vexo_fdct_blocknxn_full_compute)>()(
+      block.data(), width, height, pair.a[entry], pair.b[entry], out);
+  add(out, 16, sink);
 }
 
-template <bool kCut>
-void inverse(const Function &, Source &source, Sink &sink) {
+template <class Type>
+void inverse(const Function &function, Source &source, Sink &sink) {
+  constexpr bool kCut =
+      std::is_same_v<Type, decltype(vexo_idct_blocknxn_float)>;
   const int32_t row = source.between(0, 9);
   const int32_t column = source.between(0, 9);
   const int32_t rows = kCut ? source.between(0, 14) : row + 4;
   const int32_t stride = kCut ? source.between(0, 14) : column + 4;
   Buffer dst(source, static_cast<size_t>(stride) * rows);
+  // Of real blocks or any.
+  const int32_t shift = source.one_in(2) ? 0 : 7;
   int32_t c[16];
   int32_t weights[16];
   int16_t weighted[16];
   for (int i = 0; i < 16; ++i) {
-    c[i] = source.any();
+    c[i] = source.any() >> shift;
     weights[i] = source.between(0, 53000);
-    weighted[i] = static_cast<int16_t>(c[i]);
+    weighted[i] = static_cast<int16_t>(c[i] >> shift);
   }
-  if (kCut) {
-    vexo_idct_blocknxn_float(dst.data(), row, column, weighted, stride, rows);
+  if constexpr (kCut) {
+    function.as<Type>()(dst.data(), row, column, weighted, stride, rows);
   } else {
-    vexo_idct_block4x4(dst.data(), row, column, stride, c, weights);
+    function.as<Type>()(dst.data(), row, column, stride, c, weights);
   }
   sink.add(dst.data(), dst.size());
 }
@@ -488,8 +515,9 @@ const Function kFunctions[] = {
     LOX_FUNCTION(coefficients, FDCT_BlockXYFn),
     LOX_FUNCTION(product, MatNxN_float_compute),
     LOX_FUNCTION(transform, vexo_fdct_blocknxn_full_compute),
-    LOX_FUNCTION(inverse<false>, vexo_idct_block4x4),
-    LOX_FUNCTION(inverse<true>, vexo_idct_blocknxn_float),
+    LOX_FUNCTION(inverse<decltype(vexo_idct_block4x4)>, vexo_idct_block4x4),
+    LOX_FUNCTION(inverse<decltype(vexo_idct_blocknxn_float)>,
+                 vexo_idct_blocknxn_float),
 };
 
 }  // namespace

@@ -31,6 +31,8 @@ constexpr int32_t kDestinations[] = {VEXO_FMT_RGB888,
                                      VEXO_FMT_P010LE,
                                      -1};
 
+constexpr int32_t kModes[] = {0, 1, 1, 257};
+
 // Luma that chooses each nit, or codes beyond 10 bits.
 void darken(Source &source, uint8_t *luma, size_t size) {
   constexpr int32_t kMost[] = {750, 751, 810, 811, 1023, 0xFFFF};
@@ -47,12 +49,14 @@ bool is_aligned(const uint8_t *luma) {
 }
 
 struct Pictures {
-  explicit Pictures(Source &source) : src(source), dst(source) {
+  // The destination has room for so many more rows.
+  explicit Pictures(Source &source, int32_t more = 0)
+      : src(source), dst(source) {
     const int32_t width = source.width();
     const int32_t height = source.height();
     const int32_t format = source.one_of(kSources);
     src.img.format = format;
-    src.img.mode = source.between(0, 2);
+    src.img.mode = source.one_of(kModes);
     src.img.source_nit =
         source.one_in(4) ? source.any() : source.between(1400, 1600);
     const bool measured = src.img.mode == VEXO_HDR_MODE_MEASURE;
@@ -75,30 +79,26 @@ struct Pictures {
     src.img.width[0] = width;
     src.img.height[0] = height;
     dst.img.format = source.one_of(kDestinations);
-    dst.set(exact_hdr_destination(dst.img.format, width, height));
+    dst.set(exact_hdr_destination(dst.img.format, width, height + more));
   }
 
   Picture src, dst;
 };
 
+template <class... More>
 void picture(const Function &function, Source &source, Sink &sink) {
   Pictures p(source);
-  const int32_t kind = source.between(0, 5);
-  const auto call = [&](auto *entry, auto... more) {
-    return reinterpret_cast<AnyFunction>(entry) == function.address
-               ? entry(&p.src.img, &p.dst.img, more...)
-               : 0;
-  };
-  sink.add(static_cast<uint32_t>(call(vexo_hdr_to_sdr, kind) +
-                                 call(vexo_hdr10_to_sdr8, kind - 2) +
-                                 call(vexo_hlg_to_sdr8)));
+  const auto call =
+      function.as<int32_t(vexo_img *, const vexo_img *, More...)>();
+  sink.add(static_cast<uint32_t>(
+      call(&p.src.img, &p.dst.img, More{source.between(-2, 5)}...)));
   sink.add(static_cast<uint32_t>(p.src.img.source_nit));
   p.dst.add_to(sink);
 }
 
 // Tables of any contents within their limits.
 struct Context {
-  explicit Context(Source &source) : pictures(source) {
+  explicit Context(Source &source, int32_t more = 0) : pictures(source, more) {
     std::memset(static_cast<void *>(&context), 0xA5, sizeof context);
     const vexo_img &img = pictures.src.img;
     context.width = img.width[0];
@@ -125,12 +125,11 @@ struct Context {
   vexo_hdr_context context;
 };
 
-void band(const Function &, Source &source, Sink &sink) {
-  Context c(source);
-  const int32_t rows = std::max(c.context.height, 0);
-  const int32_t first = 4 * source.between(-1, rows / 4 + 1);
-  sink.add(static_cast<uint32_t>(
-      _vexo_hdr10_to_sdr8(&c.context, first, first + source.between(0, 4))));
+void band(const Function &function, Source &source, Sink &sink) {
+  Context c(source, 4);  // whatever row a band begins at
+  const int32_t first = source.between(-4, std::max(c.context.height, 0) + 1);
+  sink.add(static_cast<uint32_t>(function.as<decltype(_vexo_hdr10_to_sdr8)>()(
+      &c.context, first, first + source.between(-1, 4))));
   c.pictures.dst.add_to(sink);
 }
 
@@ -169,17 +168,17 @@ void start(const Function &, Source &source, Sink &sink) {
 }
 
 // C libraries differ in a power's last bits.
-void curve(const Function &, Source &source, Sink &sink) {
+void curve(const Function &function, Source &source, Sink &sink) {
   const double x = source.between(0, 1000) / 1000.0;
   const double s = source.between(0, 100) / 10.0;
   const double t = source.between(0, 100) / 1000.0;
   const int32_t n = source.between(0, 40);
   const double a = source.between(-100, 100) / 100.0;
-  const double y = TMO_VD_Norm(x, s, t, s * t, n, a);
+  const double y = function.as<decltype(TMO_VD_Norm)>()(x, s, t, s * t, n, a);
   sink.add(static_cast<uint64_t>(std::llround(y * 1e9)));
 }
 
-void analysis(const Function &, Source &source, Sink &sink) {
+void analysis(const Function &function, Source &source, Sink &sink) {
   const int32_t width =
       source.one_in(4) ? source.between(1998, 2003) : source.width();
   const int32_t height = source.height();
@@ -190,14 +189,14 @@ void analysis(const Function &, Source &source, Sink &sink) {
   } while (!is_aligned(memory.data()));
   darken(source, memory.data(), memory.size());
   const void *const luma = memory.data();
-  sink.add(static_cast<uint32_t>(
-      Analyze_SrcLuma(width, height, static_cast<const uint16_t *>(luma))));
+  sink.add(static_cast<uint32_t>(function.as<decltype(Analyze_SrcLuma)>()(
+      width, height, static_cast<const uint16_t *>(luma))));
 }
 
 const Function kFunctions[] = {
-    LOX_FUNCTION(picture, vexo_hdr_to_sdr),
-    LOX_FUNCTION(picture, vexo_hdr10_to_sdr8),
-    LOX_FUNCTION(picture, vexo_hlg_to_sdr8),
+    LOX_FUNCTION(picture<int32_t>, vexo_hdr_to_sdr),
+    LOX_FUNCTION(picture<int32_t>, vexo_hdr10_to_sdr8),
+    LOX_FUNCTION(picture<>, vexo_hlg_to_sdr8),
     LOX_FUNCTION(band, _vexo_hdr10_to_sdr8),
     LOX_FUNCTION(thread, thread_vexo_hdr10_to_sdr8),
     LOX_FUNCTION(start, getStart),

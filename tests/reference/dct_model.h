@@ -14,8 +14,6 @@
 #include <map>
 #include <vector>
 
-#include "support/image.h"
-
 namespace lox_test {
 
 constexpr int32_t kAny = 255;
@@ -263,7 +261,6 @@ struct Plan {
         across[p] = down[p] = Axis();
       }
     }
-    format = dst.format;
     not_aligned = dst.color_std == 1 && factor != 0 && src.stride[0] % 32 != 0;
   }
 
@@ -271,15 +268,30 @@ struct Plan {
   int32_t exact = 0;  // or the ratio
   int32_t width[2], height[2];
   Axis across[2], down[2];
-  int32_t format;  // planned of the destination
+  bool planned = true;  // of a destination of a kind that is served
   bool not_aligned;
 };
 
-// The bytes of a destination, and which of them are written.
+// The bytes of planes before a call, and what it is to leave there.
 struct Canvas {
-  explicit Canvas(const TestImage::Contents &blank) : bytes(blank) {
-    for (int p = 0; p < 4; ++p) written[p].resize(bytes[p].size());
+  Canvas(const vexo_img &img, const std::array<int64_t, 3> &sizes) {
+    for (int p = 0; p < 3; ++p) {
+      const auto size = static_cast<size_t>(img.plane[p] ? sizes[p] : 0);
+      bytes[p].assign(img.plane[p], img.plane[p] + size);
+      written[p].resize(size);
+    }
   }
+  // Planes of all their rows.
+  explicit Canvas(const vexo_img &img)
+      : Canvas(img, [&img] {
+          std::array<int64_t, 3> sizes;
+          for (int p = 0; p < 3; ++p) {
+            sizes[p] = int64_t{std::max(img.stride[p], 0)} *
+                       std::max(img.buf_height[p], 0);
+          }
+          return sizes;
+        }()) {}
+
   // As far as it reaches.
   void put(const Plane &plane, int p, int32_t stride, int32_t rows,
            int32_t step = 1, int32_t first = 0) {
@@ -292,9 +304,10 @@ struct Canvas {
       }
     }
   }
-  TestImage::Contents bytes;
-  std::array<std::vector<bool>, 4> written;
-  std::array<int32_t, 4> tolerance{};  // of what is written
+
+  std::vector<uint8_t> bytes[3];
+  std::vector<bool> written[3];
+  std::array<int32_t, 3> tolerance{};  // of what is written
 };
 
 // The planes of a picture, scaled: luma and the components of the pairs.
@@ -303,8 +316,9 @@ inline std::array<Plane, 3> scaled(const Plan &plan, const vexo_img &src,
   std::array<Plane, 3> planes;
   for (int i = 0; i < 3; ++i) {
     const int p = i == 0 ? 0 : 1;
-    const Plane all(src.plane[p], src.stride[p], src.width[p], src.height[p],
-                    p + 1, i == 2 ? 1 : 0);
+    const int32_t columns = std::min(src.width[p], src.stride[p] / (p + 1));
+    const Plane all(src.plane[p], src.stride[p], columns, src.height[p], p + 1,
+                    i == 2 ? 1 : 0);
     if (all.samples.empty()) continue;
     if (plan.exact != 0) {
       planes[i] = means(all, {plan.exact}, dst.width[p], dst.height[p]);
@@ -325,13 +339,10 @@ inline void draw(const Plan &plan, const vexo_img &src, const vexo_img &dst,
                  bool chroma_alone, Canvas &canvas) {
   const int32_t format = dst.format;
   const bool served = format == VEXO_FMT_NV12 || format == VEXO_FMT_YUV420;
-  const bool planned = plan.format == VEXO_FMT_NV12 ||
-                       plan.format == VEXO_FMT_NV21 ||
-                       plan.format == VEXO_FMT_YUV420;
   const bool nv21 = format == VEXO_FMT_NV21;
   const bool chroma = served || (nv21 && plan.prescale == 0);
   const bool luma =
-      chroma || (plan.prescale != 0 && plan.exact == 0 && planned);
+      chroma || (plan.prescale != 0 && plan.exact == 0 && plan.planned);
   const auto planes = scaled(plan, src, dst);
   if (luma && !chroma_alone) {
     canvas.put(planes[0], 0, dst.stride[0], dst.buf_height[0]);

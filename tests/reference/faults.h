@@ -15,6 +15,7 @@ static std::atomic<int> failing_allocation;  // how many allocations later; or 0
 static std::atomic<int> held;                // blocks
 static std::atomic<unsigned> failing_starts;  // a bit for each, the next lowest
 static std::atomic<int> starts, joins;        // of threads, those that succeed
+static std::atomic<int> failed_starts;
 
 static void *allocated(void *block) {
   if (block != nullptr) ++held;
@@ -44,6 +45,7 @@ int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
                           void *(*entry)(void *), void *argument) {
   const bool fails = (failing_starts & 1) != 0;
   failing_starts = failing_starts >> 1;
+  if (fails) ++failed_starts;
   if (fails) return EAGAIN;
   ++starts;
   return __real_pthread_create(thread, attributes, entry, argument);

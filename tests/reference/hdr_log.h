@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A stand-in for the Android log that keeps all lines. One unit of a program
-// includes it.
+// A stand-in for the Android log that keeps each thread's lines. One unit of a
+// program includes it.
 #pragma once
 
 #include <cstdarg>
@@ -11,7 +11,7 @@
 
 namespace lox_test {
 
-inline std::vector<std::string> log_lines;
+inline thread_local std::vector<std::string> log_lines;
 
 // The lines since the last time.
 inline std::vector<std::string> take_log() {

@@ -12,19 +12,13 @@
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
-#include <iterator>
 #include <map>
-#include <utility>
-#include <vector>
 
 namespace lox_test {
 
 // The nit by measurement and by the source's word.
-inline int32_t measured_nit(int32_t largest) {
-  return largest <= 750 ? 1000 : largest <= 810 ? 2000 : 4001;
-}
-inline int32_t largest_luma(int32_t width, int32_t height,
-                            const uint16_t *luma) {
+inline int32_t analysis_model(int32_t width, int32_t height,
+                              const uint16_t *luma) {
   const int32_t step = width > 2000 ? 4 : 2;
   int32_t largest = 0;
   for (int32_t y = 0; y < height; y += step) {
@@ -32,16 +26,17 @@ inline int32_t largest_luma(int32_t width, int32_t height,
       largest = std::max<int32_t>(largest, luma[ptrdiff_t{y} * width + x]);
     }
   }
-  return largest;
+  return largest <= 750 ? 1000 : largest <= 810 ? 2000 : 4001;
 }
 inline int32_t final_nit(const vexo_img &src) {
   if (src.mode != 1) return src.source_nit <= 1500 ? 1000 : 4000;
   const void *luma = src.plane[0];
-  return measured_nit(largest_luma(src.width[0], src.height[0],
-                                   static_cast<const uint16_t *>(luma)));
+  return analysis_model(src.width[0], src.height[0],
+                        static_cast<const uint16_t *>(luma));
 }
 
-inline double tone_curve(double x, double s, double t, int32_t n, double a) {
+inline double curve_model(double x, double s, double t, double, int32_t n,
+                          double a) {
   return x <= t ? s * x : a * (1 - std::pow(1 - x, n)) + (1 - a) * x;
 }
 
@@ -66,7 +61,7 @@ inline vexo_hdr_context fill_tables(int32_t nit, bool hlg) {
   }
   for (int i = 1; i < 257; ++i) {
     const float x = static_cast<float>(std::min(i, 255)) / 255;
-    const double g = tone_curve(x, c.s, c.t, c.n, c.a) / x;
+    const double g = curve_model(x, c.s, c.t, 0, c.n, c.a) / x;
     c.gain[i] = static_cast<uint16_t>(g * 256 + 0.5);
   }
   for (int i = 0; i < 4096; ++i) {
@@ -79,27 +74,29 @@ inline vexo_hdr_context fill_tables(int32_t nit, bool hlg) {
   return c;
 }
 
-inline vexo_hdr_context model_context(const vexo_img &src, const vexo_img &dst,
+inline vexo_hdr_context model_context(const vexo_img *src, const vexo_img *dst,
                                       int32_t nit, int32_t variant, bool hlg) {
-  static std::map<std::pair<int32_t, bool>, vexo_hdr_context> tables;
-  const auto found = tables.find({nit, hlg});
-  vexo_hdr_context c =
-      found != tables.end()
-          ? found->second
-          : tables.insert({{nit, hlg}, fill_tables(nit, hlg)}).first->second;
-  c.width = src.width[0];
-  c.height = src.height[0];
+  static const auto tables = [] {
+    std::map<int32_t, vexo_hdr_context> all;
+    for (const int32_t n : {1000, 2000, 4000, 4001}) {
+      all[n] = fill_tables(n, false);
+      all[-n] = fill_tables(n, true);
+    }
+    return all;
+  }();
+  vexo_hdr_context c = tables.at(hlg ? -nit : nit);
+  c.width = src->width[0];
+  c.height = src->height[0];
   c.chunk = c.width % 32 == 0 ? 32 : c.width % 16 == 0 ? 16 : 8;
   c.variant = variant;
   c.hlg = hlg ? 1 : 0;
-  c.src = &src;
-  c.dst = &dst;
+  c.src = src;
+  c.dst = dst;
   return c;
 }
 
 struct Pixel {
   int32_t r, g, b, y, u, v;
-  bool operator==(const Pixel &) const = default;
 };
 
 inline Pixel tone_map(const vexo_hdr_context &c, int32_t y_code, int32_t u_code,
@@ -171,27 +168,15 @@ inline Pixel pixel_at(const vexo_hdr_context &c, int32_t x, int32_t row) {
                            code(1, 2 * i + 1, row / 2));
 }
 
-struct Write {
-  int plane;
-  size_t at;
-  uint8_t value;
-};
-
-inline bool unsupported(int32_t format) {
-  return format >= 200 && format <= 599 && format != VEXO_FMT_RGB888 &&
-         format != VEXO_FMT_RGBA8888 && format != VEXO_FMT_ARGB8888;
-}
-
 // The rows first to end - 1 as one band.
-inline std::vector<Write> band(const vexo_hdr_context &c, int32_t first,
-                               int32_t end) {
+inline int32_t band_model(const vexo_hdr_context *context, int32_t first,
+                          int32_t end) {
+  const vexo_hdr_context &c = *context;
   const int32_t format = c.dst->format;
-  if (unsupported(format)) return {};
-  std::vector<Write> writes;
   const auto put = [&](int p, ptrdiff_t at,
                        std::initializer_list<int32_t> bytes) {
     for (const int32_t b : bytes) {
-      writes.push_back({p, static_cast<size_t>(at++), static_cast<uint8_t>(b)});
+      c.dst->plane[p][at++] = static_cast<uint8_t>(b);
     }
   };
   // Others than these have every band at the start of their planes.
@@ -200,7 +185,8 @@ inline std::vector<Write> band(const vexo_hdr_context &c, int32_t first,
   const ptrdiff_t width = c.width;
   const ptrdiff_t start = width * first;
   ptrdiff_t even_rows = 0;
-  for (int32_t row = first; row < std::min(end, c.height); ++row) {
+  for (int32_t row = first; first >= 0 && row < std::min(end, c.height);
+       ++row) {
     for (int32_t x = 0; x < c.width; ++x) {
       const Pixel q = pixel_at(c, x, row);
       const ptrdiff_t i = width * (row - first) + x;
@@ -210,7 +196,7 @@ inline std::vector<Write> band(const vexo_hdr_context &c, int32_t first,
         put(0, 4 * (start + i), {q.r, q.g, q.b, 255});
       } else if (format == VEXO_FMT_ARGB8888) {
         put(0, 4 * (start + i), {255, q.r, q.g, q.b});
-      } else {
+      } else if (format < 200 || format > 599) {
         put(0, (dense ? start : 0) + i, {q.y});
       }
       if (row % 2 != 0 || x % 2 != 0) continue;
@@ -229,17 +215,42 @@ inline std::vector<Write> band(const vexo_hdr_context &c, int32_t first,
     }
     if (row % 2 == 0) ++even_rows;
   }
-  return writes;
+  return 0;
 }
 
 // A whole picture is its bands of four rows, one after the other.
-inline std::vector<Write> picture(const vexo_hdr_context &c) {
-  std::vector<Write> writes;
+inline int32_t picture_model(vexo_img *src, const vexo_img *dst,
+                             int32_t variant, bool hlg) {
+  src->source_nit = final_nit(*src);
+  const auto c = model_context(src, dst, src->source_nit, variant, hlg);
   for (int32_t first = 0; first < c.height; first += 4) {
-    const auto more = band(c, first, first + 4);
-    writes.insert(writes.end(), more.begin(), more.end());
+    band_model(&c, first, first + 4);
   }
-  return writes;
+  return VEXO_OK;
+}
+inline int32_t hdr10_model(vexo_img *src, const vexo_img *dst,
+                           int32_t variant) {
+  return picture_model(src, dst, variant, false);
+}
+inline int32_t hlg_model(vexo_img *src, const vexo_img *dst) {
+  return picture_model(src, dst, 0, true);
+}
+inline int32_t kind_model(vexo_img *src, const vexo_img *dst, int32_t kind) {
+  return kind == 1   ? hdr10_model(src, dst, 0)
+         : kind == 2 ? hdr10_model(src, dst, 1)
+         : kind == 4 ? hlg_model(src, dst)
+                     : VEXO_ERR_ARG;
+}
+
+// All bands that nobody else was given, on one thread.
+inline void *thread_model(void *argument) {
+  const auto *worker = static_cast<const vexo_hdr_worker *>(argument);
+  band_model(worker->context, worker->first, worker->first + 4);
+  int32_t &next = worker->scheduler->next;
+  for (; next < worker->scheduler->limit; next += 4) {
+    band_model(worker->context, next, next + 4);
+  }
+  return nullptr;
 }
 
 }  // namespace lox_test

@@ -1,235 +1,258 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole pictures and bands of every kind against the model: sources,
-// destinations, sizes, strides, codes that get nothing, calls that are refused.
-#include <orumlox/hdr.h>
-
+// Tone mapping against its rule: every call of the cases and every code; pixels
+// and curves worked out by hand; the lines that are logged.
+#include <cmath>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "common/isa.h"
+#include "hdr/context.h"
 #include "hdr_log.h"
-#include "hdr_pictures.h"
+#include "hdr_model.h"
+#include "models.h"
+#include "orumlox/unprefixed.h"
+#include "support/image.h"
 
 namespace lox_test {
 namespace {
 
-using Hdr = HdrPictures;
-
-// What the standard error stream gets of a call.
-template <typename Call>
-std::string errors_of(const Call &call) {
-  testing::internal::CaptureStderr();
-  call();
-  return testing::internal::GetCapturedStderr();
-}
-std::string lines(const vexo_hdr_context &c, int32_t rows) {
-  const int32_t chunks = (c.width + c.chunk - 1) / c.chunk * rows;
-  std::string all;
-  for (int32_t i = 0; i < chunks; ++i) {
-    all += "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [" +
-           std::to_string(c.dst->format) + "]\n";
-  }
-  return all;
-}
-
-// Worked out apart from the model, with 40 digits.
-TEST_F(Hdr, PixelsWorkedOutByHand) {
-  const struct {
-    int32_t nominal, call, y, u, v;
-    Pixel pixel;
-  } kPixels[] = {{1000, 0, 64, 512, 512, {16, 16, 16, 16, 128, 128}},
-                 {1000, 0, 940, 512, 512, {235, 235, 235, 235, 128, 128}},
-                 {1000, 0, 0, 0, 0, {16, 72, 16, 56, 105, 101}},
-                 {1000, 0, 500, 480, 560, {176, 92, 82, 109, 113, 171}},
-                 {1000, 1, 500, 480, 560, {168, 97, 86, 111, 114, 163}},
-                 {4000, 0, 600, 560, 470, {16, 156, 216, 130, 175, 53}},
-                 {1000, 3, 502, 512, 512, {119, 119, 119, 119, 128, 128}},
-                 {1000, 3, 600, 480, 560, {176, 135, 126, 143, 118, 149}}};
-  for (const auto &k : kPixels) {
-    make_source(VEXO_FMT_YUV420PLANAR16, 1, 1, Content::kRandom);
-    const int32_t codes[] = {k.y, k.u, k.v};
-    for (int p = 0; p < 3; ++p) {
-      const uint16_t word = static_cast<uint16_t>(codes[p]);
-      std::memcpy(src_.img.plane[p], &word, sizeof word);
-    }
-    Pixel actual{};
-    for (const int32_t format : {VEXO_FMT_RGB888, VEXO_FMT_YUV420}) {
-      src_.img.mode = 0;
-      src_.img.source_nit = k.nominal;
-      ASSERT_NO_FATAL_FAILURE(check(kCalls[k.call], format));
-      uint8_t *const *plane = dst_.img.plane;
-      if (format == VEXO_FMT_RGB888) {
-        actual = {plane[0][0], plane[0][1], plane[0][2], 0, 0, 0};
-      } else {
-        actual.y = plane[0][0];
-        actual.u = plane[1][0];
-        actual.v = plane[2][0];
-      }
-    }
-    EXPECT_TRUE(actual == k.pixel) << k.y << " " << k.u << " " << k.v;
-  }
-}
-
-TEST_F(Hdr, EveryDestinationAndSize) {
-  std::vector<int32_t> widths = {72, 80, 96, 127, 160, 333, 2003};
-  for (int32_t width = 1; width <= 70; ++width) widths.push_back(width);
-  int n = 0;
-  for (const int32_t format : kDestinations) {
-    for (const int32_t width : widths) {
-      const int32_t height = n % 22 == 21 ? 40 : 1 + n % 22;
-      const Content content = static_cast<Content>(random.between(0, 4));
-      make_source(n / kCallCount % 2 == 0 ? 600 : 601, width, height, content);
-      ASSERT_NO_FATAL_FAILURE(check(kCalls[n % kCallCount], format));
-      ++n;
-    }
-  }
-}
-
-TEST_F(Hdr, EveryCode) {
-  for (const Call &call : kCalls) {
-    for (const int32_t source : {600, 601}) {
-      for (const int32_t format : {502, 6}) {
-        make_source(source, 64, 64, Content::kSweep);
-        ASSERT_NO_FATAL_FAILURE(check(call, format));
-      }
-    }
-  }
-}
-
-// Every U with every V, and four lumas for each of these.
-TEST_F(Hdr, EveryValueOfChroma) {
-  constexpr int32_t kWidth = 2048, kHeight = 16;
-  make_source(VEXO_FMT_P010LE, kWidth, kHeight, Content::kRandom);
-  dst_.img.format = VEXO_FMT_RGBA8888;
-  for (int32_t call = 0; call < 4; ++call) {
-    const auto c = model_context(src_.img, dst_.img, 4001, kCalls[call].variant,
-                                 kCalls[call].hlg);
-    for (int32_t v = 0; v < 1024; v += kHeight / 2) {
-      for (int32_t i = 0; i < kWidth / 2 * kHeight / 2; ++i) {
-        const int32_t row = i / (kWidth / 2);
-        const uint16_t pair[] = {static_cast<uint16_t>(i << 6),
-                                 static_cast<uint16_t>((v + row) << 6)};
-        std::memcpy(src_.img.plane[1] + 2 * (row * (src_.img.stride[1] / 2) +
-                                             i % (kWidth / 2) * 2),
-                    pair, sizeof pair);
-      }
-      const auto expected = make_room(band(c, 0, kHeight));
-      ASSERT_EQ(_vexo_hdr10_to_sdr8(&c, 0, kHeight), 0);
-      ASSERT_TRUE(holds(dst_, expected)) << kCalls[call].name << ", V " << v;
-    }
-  }
-}
-
-// Bands of any length, odd first rows and ends beyond the height among them,
-// with tables that hold anything within the limits, or beyond them, where only
-// the bytes around the pixels count. By either way to look tables up.
-TEST_F(Hdr, AnyBandOfAnyContext) {
+// By either way to look tables up.
+TEST(Hdr, IsTheModels) {
   const bool gathers = lox::gathering();
-  constexpr int32_t kMaxGain = 4095;
-  constexpr struct {
-    int32_t linear_low, linear_high, gain_high;
-  } kLimits[] = {{32700, 32767, 700},
-                 {0, 32767, 700},
-                 {0, 32767, kMaxGain},
-                 {32767, 32767, kMaxGain},
-                 {0, 65535, 65535}};
-  for (int n = 0; n < 1800; ++n) {
-    make_source(random.between(600, 601), random.between(1, 100),
-                random.between(1, 30),
-                static_cast<Content>(random.between(0, 3)));
-    dst_.img.format = kDestinations[n % std::size(kDestinations)];
-    auto c = model_context(src_.img, dst_.img, 1000, random.between(-1, 2),
-                           random.between(0, 1) != 0);
-    const auto &limits = kLimits[random.between(0, 4)];
-    const bool beyond = limits.gain_high > kMaxGain;
-    for (uint16_t *table : {c.pq, c.hlg_linear}) {
-      for (int i = 0; i < 1024; ++i) {
-        table[i] = static_cast<uint16_t>(
-            random.between(limits.linear_low, limits.linear_high));
-      }
-    }
-    for (uint16_t &g : c.gain) {
-      g = static_cast<uint16_t>(random.between(0, limits.gain_high));
-    }
-    random.fill(c.gamma, sizeof c.gamma);
-    const int32_t first = random.between(0, c.height + 1);
-    const int32_t end = random.between(first - 1, c.height + 5);
-    const auto writes = band(c, first, end);
-    auto expected = make_room(writes);
-    lox::set_gathering(n % 2 == 0);
-    const auto blank = dst_.contents();
-    ASSERT_EQ(_vexo_hdr10_to_sdr8(&c, -random.between(1, 8), end), 0);
-    ASSERT_TRUE(holds(dst_, blank));
-    const int32_t status = _vexo_hdr10_to_sdr8(&c, first, end);
-    for (const Write &w : writes) {
-      if (beyond) expected[w.plane][w.at] = dst_.img.plane[w.plane][w.at];
-    }
-    const auto written = holds(dst_, expected);
-    ASSERT_TRUE(status == 0 && written)
-        << src_.img.format << " to " << dst_.img.format << ", " << c.width
-        << "x" << c.height << ", HLG " << c.hlg << ", variant " << c.variant
-        << ", rows " << first << " to " << end << ", gains to "
-        << limits.gain_high << ": " << status << " " << written.message();
+  for (const bool gathering : {false, true}) {
+    lox::set_gathering(gathering);
+    expect_models(hdr_family,
+                  {LOX_MODEL(vexo_hdr_to_sdr, kind_model),
+                   LOX_MODEL(vexo_hdr10_to_sdr8, hdr10_model),
+                   LOX_MODEL(vexo_hlg_to_sdr8, hlg_model),
+                   LOX_MODEL(_vexo_hdr10_to_sdr8, band_model),
+                   LOX_MODEL(thread_vexo_hdr10_to_sdr8, thread_model),
+                   LOX_MODEL(TMO_VD_Norm, curve_model),
+                   LOX_MODEL(Analyze_SrcLuma, analysis_model)},
+                  400);
   }
   lox::set_gathering(gathers);
 }
 
-TEST_F(Hdr, UnsupportedDestinationsGetLinesAlone) {
-  for (const int32_t format : kUnsupported) {
+// Entries beyond the limits give any pixels, but no bytes around them.
+int32_t hostile_band(const vexo_hdr_context *context, int32_t first,
+                     int32_t end) {
+  vexo_hdr_context c = *context;
+  std::fill_n(c.gain, std::size(c.gain), uint16_t{65535});
+  for (size_t i = 0; i < std::size(c.pq); ++i) {
+    c.pq[i] = c.hlg_linear[i] = static_cast<uint16_t>(~i);
+  }
+  return _vexo_hdr10_to_sdr8(&c, first, end);
+}
+TEST(Hdr, AnyTablesStayInside) {
+  Function band = find(hdr_family, "_vexo_hdr10_to_sdr8");
+  band.address = AnyFunction(hostile_band);
+  for (uint64_t seed = 0; seed < 300; ++seed) digest_of_case(band, seed);
+}
+
+// One row of 10-bit pixels, and room for what they become.
+struct Row {
+  explicit Row(std::vector<uint16_t> luma, std::vector<uint16_t> pairs)
+      : words{std::move(luma), std::move(pairs)} {
+    src.format = VEXO_FMT_P010LE;
+    src.width[0] = static_cast<int32_t>(words[0].size());
+    src.height[0] = 1;
+    for (int p = 0; p < 3; ++p) {
+      room[p].resize(4 * words[0].size());
+      dst.plane[p] = room[p].data();
+      for (uint16_t &word : words[p % 2]) word = word << (p == 2 ? 0 : 6);
+      void *const plane = words[p % 2].data();
+      src.plane[p] = static_cast<uint8_t *>(plane);
+    }
+  }
+  std::vector<uint16_t> words[2];
+  std::vector<uint8_t> room[3];
+  vexo_img src = {}, dst = {};
+};
+
+// Worked out apart from the model, with 40 digits.
+TEST(Hdr, PixelsWorkedOutByHand) {
+  const struct {
+    int32_t nominal, kind;
+    uint16_t y, u, v;
+    std::vector<uint8_t> rgb, yuv;
+  } kPixels[] = {{1000, 1, 64, 512, 512, {16, 16, 16}, {16, 128, 128}},
+                 {1000, 1, 940, 512, 512, {235, 235, 235}, {235, 128, 128}},
+                 {1000, 1, 0, 0, 0, {16, 72, 16}, {56, 105, 101}},
+                 {1000, 1, 500, 480, 560, {176, 92, 82}, {109, 113, 171}},
+                 {1000, 2, 500, 480, 560, {168, 97, 86}, {111, 114, 163}},
+                 {4000, 1, 600, 560, 470, {16, 156, 216}, {130, 175, 53}},
+                 {1000, 4, 502, 512, 512, {119, 119, 119}, {119, 128, 128}},
+                 {1000, 4, 600, 480, 560, {176, 135, 126}, {143, 118, 149}}};
+  for (const auto &k : kPixels) {
+    Row row({k.y}, {k.u, k.v});
+    row.src.source_nit = k.nominal;
+    row.dst.format = VEXO_FMT_RGB888;
+    ASSERT_EQ(vexo_hdr_to_sdr(&row.src, &row.dst, k.kind), VEXO_OK);
+    row.room[0].resize(3);
+    EXPECT_EQ(row.room[0], k.rgb) << k.y << " " << k.u << " " << k.v;
+    row.dst.format = VEXO_FMT_YUV420;
+    ASSERT_EQ(vexo_hdr_to_sdr(&row.src, &row.dst, k.kind), VEXO_OK);
+    for (int p = 0; p < 3; ++p) EXPECT_EQ(row.room[p][0], k.yuv[p]) << p;
+  }
+}
+
+// Every U with every V, and two lumas for each of these.
+TEST(Hdr, EveryValueOfChroma) {
+  Random random(1);
+  for (const auto &[nit, variant, hlg] :
+       {std::tuple{4001, 0, false}, {1000, 1, false}, {4000, 0, true}}) {
+    for (uint16_t v = 0; v < 1024; ++v) {
+      std::vector<uint16_t> luma(2048), pairs(2048);
+      for (uint16_t x = 0; x < 2048; ++x) {
+        luma[x] = static_cast<uint16_t>(random.next() % 1024);
+        pairs[x] = x % 2 == 0 ? x / 2 : v;
+      }
+      Row row(luma, pairs), same(luma, pairs);
+      row.dst.format = same.dst.format = VEXO_FMT_RGBA8888;
+      auto c = model_context(&row.src, &row.dst, nit, variant, hlg);
+      _vexo_hdr10_to_sdr8(&c, 0, 1);
+      c.dst = &same.dst;
+      band_model(&c, 0, 1);
+      ASSERT_EQ(row.room[0], same.room[0]) << nit << ", V " << v;
+    }
+  }
+}
+
+// Of every chunk of every row a line.
+TEST(Hdr, UnsupportedDestinationsGetLinesAlone) {
+  for (const int32_t format : {200, 201, 399, 401, 499, 501, 503, 599}) {
     for (const int32_t width : {1, 8, 9, 32, 48, 80, 97}) {
-      const int32_t height = random.between(1, 9);
-      const Call &call = kCalls[random.between(0, kCallCount - 1)];
-      make_source(random.between(600, 601), width, height, Content::kRandom);
-      dst_.img.format = format;
-      const auto c = model_context(src_.img, dst_.img, 1000, 0, call.hlg);
-      EXPECT_EQ(errors_of([&] { check(call, format); }), lines(c, height));
-      const int32_t first = random.between(0, height - 1);
-      EXPECT_EQ(errors_of([&] { _vexo_hdr10_to_sdr8(&c, first, height + 1); }),
-                lines(c, height - first));
-      ASSERT_FALSE(HasFailure()) << format << ", " << width << "x" << height;
+      vexo_img src = {}, dst = {};
+      src.format = VEXO_FMT_NV12;
+      src.width[0] = width;
+      src.height[0] = 5;
+      dst.format = format;
+      testing::internal::CaptureStderr();
+      EXPECT_EQ(vexo_hlg_to_sdr8(&src, &dst), VEXO_OK);
+      const auto c = model_context(&src, &dst, 1000, 0, true);
+      _vexo_hdr10_to_sdr8(&c, 3, 6);
+      std::string expected;
+      for (int32_t i = 0; i < (width + c.chunk - 1) / c.chunk * 7; ++i) {
+        expected += "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [" +
+                    std::to_string(format) + "]\n";
+      }
+      EXPECT_EQ(testing::internal::GetCapturedStderr(), expected) << width;
     }
   }
 }
 
-TEST_F(Hdr, SizesBelowOneGetNothing) {
-  constexpr int32_t kSizes[][2] = {{0, 5},          {5, 0},         {-1, 5},
-                                   {5, -3},         {0, 0},         {-7, -7},
-                                   {32, INT32_MIN}, {INT32_MIN, 32}};
-  for (const auto &[width, height] : kSizes) {
-    for (const int32_t format : {400, 500, 1, 4, 6, 100, 201}) {
-      const Call &call = kCalls[random.between(0, kCallCount - 1)];
-      make_source(random.between(600, 601), width, height, Content::kRandom);
-      EXPECT_EQ(errors_of([&] { check(call, format); }), "");
-      ASSERT_FALSE(HasFailure()) << format << ", " << width << "x" << height;
+// Every member is filled whatever the memory holds.
+TEST(HdrContext, HasEveryMember) {
+  for (const int32_t nit : {1000, 2000, 4000, 4001}) {
+    for (const int32_t width : {1, 7, 8, 16, 40, 48, 64, 1920, 2000}) {
+      vexo_img src = {}, dst = {};
+      src.width[0] = width;
+      src.height[0] = 17 + width;
+      const int32_t variant = width % 3, hlg = width % 16 != 0;
+      auto c = std::make_unique<vexo_hdr_context>();
+      std::memset(c.get(), 0xA5, sizeof *c);
+      lox::build_hdr_context(c.get(), &src, &dst, nit, variant, hlg);
+      vexo_hdr_context expected =
+          model_context(&src, &dst, nit, variant, hlg != 0);
+      EXPECT_NEAR(c->a, expected.a, 1e-15 * expected.a);
+      expected.a = c->a;
+      const auto members = [](const vexo_hdr_context &m) {
+        return std::tuple(
+            std::tuple(m.width, m.height, m.scale, m.chunk, m.variant, m.hlg),
+            std::tuple(m.s, m.t, m.knee, m.n, m.src, m.dst),
+            std::vector(m.pq, std::end(m.pq)),
+            std::vector(m.gain, std::end(m.gain)),
+            std::vector(m.hlg_linear, std::end(m.hlg_linear)),
+            std::vector(m.gamma, std::end(m.gamma)));
+      };
+      EXPECT_TRUE(members(*c) == members(expected)) << nit << ", " << width;
     }
   }
 }
 
-// Their planes are not looked at where the nit is not measured.
-TEST_F(Hdr, OtherSourcesAreZero) {
-  for (const int32_t source : {INT32_MIN, -1, 0, 6, 500, 599, 602, 1625}) {
-    for (const Call &call : kCalls) {
-      make_source(source, random.between(1, 70), random.between(1, 12),
-                  Content::kRandom);
-      src_.img.mode = 0;
-      ASSERT_NO_FATAL_FAILURE(check(call, kDestinations[random.between(0, 7)]));
+// Worked out apart from the model, with 40 digits.
+TEST(HdrContext, HasCurvesWorkedOutByHand) {
+  const std::tuple<int32_t, int32_t, double> kCurves[] = {
+      {1000, 2, 1.1111111111111111},
+      {2000, 4, 1.0387583836457881},
+      {4000, 9, 0.96129337316600758},
+      {4001, 13, 0.96826606685080509}};
+  for (const auto &[nit, n, a] : kCurves) {
+    const vexo_img img{};
+    vexo_hdr_context c;
+    lox::build_hdr_context(&c, &img, &img, nit, 0, 0);
+    EXPECT_EQ(c.n, n);
+    EXPECT_NEAR(c.a, a, 2e-15);
+    EXPECT_EQ(c.gain[256], 256) << "1 is mapped to 1";
+  }
+  const double huge = 1e300;  // the knee is not needed
+  EXPECT_NEAR(TMO_VD_Norm(0.5, 2, 0.1, huge, 2, 10.0 / 9), 7.0 / 9, 1e-15);
+  // With a step at t, so that its side shows.
+  EXPECT_EQ(TMO_VD_Norm(0.25, 3, 0.25, huge, 2, 0.5), 0.75);
+  EXPECT_NEAR(TMO_VD_Norm(std::nextafter(0.25, 1.0), 3, 0.25, -huge, 2, 0.5),
+              0.34375, 1e-15);
+}
+
+// A bright sample counts where it is looked at, to the last row and column.
+TEST(HdrNit, IsMeasuredAndLogged) {
+  take_log();
+  const std::pair<uint16_t, int32_t> kNits[] = {
+      {750, 1000}, {751, 2000}, {810, 2000}, {811, 4001}, {65535, 4001}};
+  for (const int32_t width : {1, 3, 17, 2000, 2001, 2004}) {
+    const int32_t step = width > 2000 ? 4 : 2;
+    GuardedBuffer luma;
+    luma.reset(size_t{2} * width * (step + 1));
+    void *const data = luma.data();
+    auto *const samples = static_cast<uint16_t *>(data);
+    for (const auto &[bright, nit] : kNits) {
+      const int32_t last = (width - 1) / step * step;
+      for (const int32_t i : {0, 1, 2, width - 1, last, width, width * step - 1,
+                              width * step, width * step + last}) {
+        std::fill_n(samples, width * (step + 1), uint16_t{9});
+        samples[i] = bright;
+        const bool seen = i % width % step == 0 && i / width % step == 0;
+        ASSERT_EQ(Analyze_SrcLuma(width, 2 * step, samples), seen ? nit : 1000);
+        ASSERT_EQ(take_log(), std::vector<std::string>{
+                                  "4 VEXO_HDR: maxY = " +
+                                  std::to_string(seen ? bright : 9) + ", \n"});
+      }
     }
+  }
+  for (const int32_t none : {0, -1, INT32_MIN}) {
+    EXPECT_EQ(Analyze_SrcLuma(64, none, nullptr), 1000);
+    EXPECT_EQ(Analyze_SrcLuma(none, 64, nullptr), 1000);
   }
 }
 
-TEST_F(Hdr, OtherKindsAreRefused) {
-  for (const int32_t kind : {INT32_MIN, -1, 0, 3, 5, 6, 7, 8, 257, INT32_MAX}) {
-    make_source(601, 16, 16, Content::kRandom);
-    dst_.img.format = VEXO_FMT_NV12;
-    make_room(picture(model_context(src_.img, dst_.img, 1000, 0, false)));
-    const auto source = src_.contents();
-    const auto blank = dst_.contents();
-    const vexo_img described = src_.img;
-    EXPECT_EQ(vexo_hdr_to_sdr(&src_.img, &dst_.img, kind), VEXO_ERR_ARG);
-    EXPECT_TRUE(describes(described)) << kind;
-    EXPECT_TRUE(holds(src_, source)) << kind;
-    EXPECT_TRUE(holds(dst_, blank)) << kind;
+// By every kind of call; nothing is logged of one that is refused.
+TEST(HdrNit, IsChosenWrittenAndLogged) {
+  const std::tuple<int32_t, int32_t, int32_t> kChoices[] = {
+      {0, INT32_MIN, 1000}, {2, 1500, 1000}, {-1, 1501, 4000},
+      {257, 65636, 4000},   {1, 1501, 2000}, {1, INT32_MAX, 2000}};
+  for (const auto &[mode, nominal, nit] : kChoices) {
+    for (const int32_t kind : {1, 2, 3, 4, 5, 257}) {
+      take_log();
+      Row row({751 >> 6, 11}, {512, 512});
+      row.words[0][0] = 751;
+      row.src.mode = mode;
+      row.src.source_nit = nominal;
+      const bool refused = kind == 3 || kind > 4;
+      EXPECT_EQ(vexo_hdr_to_sdr(&row.src, &row.dst, kind),
+                refused ? VEXO_ERR_ARG : VEXO_OK);
+      std::vector<std::string> expected = {
+          "source : " + std::to_string(mode) +
+              ", source_nit : " + std::to_string(nominal) + "\n",
+          "maxY = 751, \n", "final nit : " + std::to_string(nit) + "\n"};
+      if (mode != 1) expected.erase(expected.begin() + 1);
+      if (refused) expected.clear();
+      for (std::string &line : expected) line = "4 VEXO_HDR: " + line;
+      EXPECT_EQ(take_log(), expected);
+      EXPECT_EQ(row.src.source_nit, refused ? nominal : nit);
+      EXPECT_EQ(row.room[0], refused ? std::vector<uint8_t>(8) : row.room[0]);
+    }
   }
 }
 

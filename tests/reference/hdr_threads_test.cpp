@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Threads: pictures of enough rows for all of them to every destination, the
-// parts that callers with threads of their own use, several calls at once.
+// Tone mapping by several threads, by fewer than it wants, and without memory.
 // Built with ThreadSanitizer too.
 #include <orumlox/unprefixed.h>
 
@@ -10,129 +9,125 @@
 #include <thread>
 #include <vector>
 
-#include "hdr_pictures.h"
+#include "faults.h"
+#include "hdr_log.h"
+#include "hdr_model.h"
+#include "models.h"
 
 namespace lox_test {
 namespace {
 
-using HdrThreads = HdrPictures;
+constexpr int32_t kWidth = 45, kHeight = 66;
 
-struct Scheduler : vexo_hdr_scheduler {
-  Scheduler(int32_t first, int32_t end) : vexo_hdr_scheduler{} {
-    next = first;
-    limit = end;
-    pthread_mutex_init(&mutex, nullptr);
+// A picture that all threads have a part of.
+struct Pictures {
+  Pictures() {
+    src.format = VEXO_FMT_P010LE;
+    dst.format = VEXO_FMT_RGBA8888;
+    src.width[0] = kWidth;
+    src.height[0] = kHeight;
+    src.stride[0] = src.stride[1] = 2 * kWidth + 2;
+    for (int p = 0; p < 2; ++p) src.plane[p] = words.data();
+    Random(1).fill(words.data(), words.size());
+    dst.plane[0] = pixels.data();
   }
-  ~Scheduler() { pthread_mutex_destroy(&mutex); }
-  Scheduler(const Scheduler &) = delete;
-  Scheduler &operator=(const Scheduler &) = delete;
+  vexo_img src = {}, dst = {};
+  std::vector<uint8_t> words = std::vector<uint8_t>(92 * kHeight);
+  std::vector<uint8_t> pixels = std::vector<uint8_t>(4 * kWidth * kHeight);
 };
 
-TEST_F(HdrThreads, DoEveryDestination) {
-  for (const int32_t source : {600, 601}) {
-    for (const int32_t format : kDestinations) {
-      for (const int call : {0, 3}) {
-        make_source(source, 2 * random.between(16, 40) - 1,
-                    random.between(64, 75), Content::kRandom);
-        ASSERT_NO_FATAL_FAILURE(check(kCalls[call], format));
-      }
+// Bands are handed out once each.
+TEST(HdrThreads, OfTheCaller) {
+  for (const int32_t limit : {-1, 0, 1, 4, 5, 9, kHeight}) {
+    vexo_hdr_scheduler scheduler = {0, limit, PTHREAD_MUTEX_INITIALIZER};
+    for (int32_t row = 0; row < limit; row += 4) {
+      EXPECT_EQ(getStart(&scheduler), row);
     }
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(getStart(&scheduler), -1);
   }
-}
-
-TEST_F(HdrThreads, AreHandedEveryBandOnce) {
-  for (const int32_t limit : {-1, 0, 1, 4, 5, 8, 10, 400}) {
-    for (const int32_t first : {0, 4}) {
-      Scheduler alone(first, limit);
-      for (int32_t row = first; row < limit; row += 4) {
-        ASSERT_EQ(getStart(&alone), row) << limit;
-      }
-      EXPECT_EQ(getStart(&alone), -1) << limit;
-      EXPECT_EQ(getStart(&alone), -1) << limit;
-
-      Scheduler shared(first, limit);
-      std::array<std::vector<int32_t>, 4> got;
-      std::vector<std::thread> threads;
-      for (auto &rows : got) {
-        threads.emplace_back([&] {
-          for (int32_t row; (row = getStart(&shared)) >= 0;) {
-            rows.push_back(row);
-          }
-        });
-      }
-      for (std::thread &t : threads) t.join();
-      std::vector<int32_t> all;
-      for (const auto &rows : got) {
-        EXPECT_TRUE(std::is_sorted(rows.begin(), rows.end()));
-        all.insert(all.end(), rows.begin(), rows.end());
-      }
-      std::sort(all.begin(), all.end());
-      std::vector<int32_t> expected;
-      for (int32_t row = first; row < limit; row += 4) expected.push_back(row);
-      EXPECT_EQ(all, expected) << limit;
-    }
+  Pictures expected, actual;
+  const auto c = std::make_unique<vexo_hdr_context>(
+      model_context(&actual.src, &actual.dst, 2000, 1, false));
+  hdr10_model(&expected.src, &expected.dst, 1);
+  // The tables are another nit's.
+  auto plain = *c;
+  plain.src = &expected.src;
+  plain.dst = &expected.dst;
+  for (int32_t row = 0; row < kHeight; row += 4) {
+    band_model(&plain, row, row + 4);
   }
-}
-
-// One thread does the band it begins with and the rest of the picture, several
-// share it. The rows that nobody was given stay.
-TEST_F(HdrThreads, OfTheCaller) {
-  for (int n = 0; n < 60; ++n) {
-    const int32_t count = random.between(1, 5);
-    const int32_t height = random.between(1, 80);
-    const int32_t width = random.between(1, 70);
-    const int32_t skipped = n % 3 == 0 ? 4 : 0;
-    make_source(600 + n % 2, width, height, Content::kRandom);
-    dst_.img.format = std::array{400, 500, 502, 1, 6, 7}[n % 6];
-    const auto context = std::make_unique<vexo_hdr_context>(
-        model_context(src_.img, dst_.img, 2000, n % 3, n % 4 == 0));
-    std::vector<Write> writes;
-    for (int32_t first = skipped; first < height; first += 4) {
-      const auto more = band(*context, first, first + 4);
-      writes.insert(writes.end(), more.begin(), more.end());
-    }
-    const auto expected = make_room(writes);
-    Scheduler scheduler(skipped + 4 * count, height);
+  for (const size_t count : {1, 2, 5}) {
+    std::fill(actual.pixels.begin(), actual.pixels.end(), uint8_t{0xA5});
+    vexo_hdr_scheduler scheduler = {static_cast<int32_t>(4 * count), kHeight,
+                                    PTHREAD_MUTEX_INITIALIZER};
     std::vector<vexo_hdr_worker> workers;
-    for (int32_t i = 0; i < count; ++i) {
-      workers.push_back({context.get(), &scheduler, skipped + 4 * i});
+    std::vector<pthread_t> threads(count);
+    for (size_t i = 0; i < count; ++i) {
+      workers.push_back({c.get(), &scheduler, static_cast<int32_t>(4 * i)});
     }
-    std::vector<pthread_t> threads(workers.size());
-    for (size_t i = 0; i < workers.size(); ++i) {
-      ASSERT_EQ(pthread_create(&threads[i], nullptr, thread_vexo_hdr10_to_sdr8,
-                               &workers[i]),
-                0);
+    for (size_t i = 0; i < count; ++i) {
+      pthread_create(&threads[i], nullptr, thread_vexo_hdr10_to_sdr8,
+                     &workers[i]);
     }
     for (const pthread_t thread : threads) {
       void *result = &scheduler;
-      ASSERT_EQ(pthread_join(thread, &result), 0);
+      pthread_join(thread, &result);
       EXPECT_EQ(result, nullptr);
     }
     EXPECT_EQ(getStart(&scheduler), -1);
-    ASSERT_TRUE(holds(dst_, expected))
-        << dst_.img.format << ", " << width << "x" << height << ", " << count;
+    EXPECT_EQ(actual.pixels, expected.pixels) << count;
   }
 }
 
-// Calls at the same time leave what they leave one after the other.
-TEST_F(HdrThreads, OfSeveralCalls) {
-  make_source(VEXO_FMT_P010LE, 45, 66, Content::kRandom);
-  dst_.img.format = VEXO_FMT_RGBA8888;
-  const auto run = [&](const Call &call, std::vector<uint8_t> &bytes) {
-    bytes.resize(size_t{4} * 45 * 66);
-    vexo_img src = src_.img;
-    vexo_img dst = dst_.img;
-    dst.plane[0] = bytes.data();
-    call.run(&src, &dst);
-  };
-  std::array<std::vector<uint8_t>, kCallCount> expected, actual;
-  for (int i = 0; i < kCallCount; ++i) run(kCalls[i], expected[i]);
+// Calls at the same time, any of whose threads may be missing.
+TEST(HdrThreads, OfSeveralCallsAndMissing) {
   std::vector<std::thread> threads;
-  for (int i = 0; i < kCallCount; ++i) {
-    threads.emplace_back([&, i] { run(kCalls[i], actual[i]); });
+  for (int i = 0; i < 3; ++i) {
+    threads.emplace_back([] {
+      expect_models(hdr_family,
+                    {LOX_MODEL(vexo_hdr10_to_sdr8, hdr10_model),
+                     LOX_MODEL(vexo_hlg_to_sdr8, hlg_model)},
+                    40);
+    });
   }
   for (std::thread &t : threads) t.join();
-  EXPECT_EQ(actual, expected);
+  Pictures expected, actual;
+  hlg_model(&expected.src, &expected.dst);
+  for (unsigned mask = 0; mask < 8; ++mask) {
+    std::fill(actual.pixels.begin(), actual.pixels.end(), uint8_t{0xA5});
+    starts = joins = 0;
+    failing_starts = mask;
+    EXPECT_EQ(vexo_hlg_to_sdr8(&actual.src, &actual.dst), VEXO_OK);
+    EXPECT_EQ(starts, 3 - __builtin_popcount(mask)) << "without " << mask;
+    EXPECT_EQ(joins, starts) << "without " << mask;
+    EXPECT_EQ(actual.pixels, expected.pixels) << "without " << mask;
+  }
+}
+
+TEST(HdrThreads, WithoutMemoryNothingIsDone) {
+  for (const int32_t kind : {1, 2, 4}) {
+    bool done = false;
+    for (int n = 1; !done; ++n) {
+      Pictures p;
+      p.src.source_nit = 7;
+      const Pictures blank = p;
+      take_log();
+      const int held_before = held;
+      failing_allocation = n;
+      const int32_t status = kind == 1 ? vexo_hdr10_to_sdr8(&p.src, &p.dst, 0)
+                             : kind == 2
+                                 ? vexo_hlg_to_sdr8(&p.src, &p.dst)
+                                 : vexo_hdr_to_sdr(&p.src, &p.dst, kind);
+      done = failing_allocation != 0;
+      failing_allocation = 0;
+      EXPECT_EQ(held, held_before);
+      EXPECT_EQ(status, done || kind == 4 ? VEXO_OK : VEXO_ERR_ARG);
+      EXPECT_EQ(p.pixels != blank.pixels, done) << n;
+      EXPECT_EQ(p.src.source_nit, done ? 1000 : 7);
+      EXPECT_EQ(take_log().empty(), !done);
+      ASSERT_FALSE(done && n == 1) << "the context needs memory";
+    }
+  }
 }
 
 }  // namespace
