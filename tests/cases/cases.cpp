@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cases/cases.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -218,6 +220,22 @@ ExactImage turned(const ExactImage &image) {
         plane.row_bytes < 1 ? 0 : plane.row_bytes / plane.width);
     result[p] = exact_plane(plane.height, plane.width, unit);
   }
+  return result;
+}
+
+void *on_thread(const Function &entry, void *argument) {
+  struct Start {
+    Function::Call<void *(void *)> call;
+    void *argument;
+  } start = {entry.as<void *(void *)>(), argument};
+  pthread_t thread;
+  void *result = &start;
+  const auto run = [](void *given) {
+    const auto &s = *static_cast<const Start *>(given);
+    return s.call(s.argument);
+  };
+  if (pthread_create(&thread, nullptr, run, &start) != 0) std::abort();
+  pthread_join(thread, &result);
   return result;
 }
 

@@ -168,6 +168,9 @@ struct Function::Call<Result(Arguments...)> {
 #define LOX_FUNCTION(body, name) \
   { #name, body, reinterpret_cast < lox_test::AnyFunction>(name), nullptr }
 
+// Runs the entry of a thread as one. Its result.
+void *on_thread(const Function &entry, void *argument);
+
 struct Family {
   const char *name;
   // How many cases of each function the table of hashes is made of.

@@ -2,7 +2,6 @@
 // The DCT scaler of pairs and of pixels, thumbnails, and the parts of them that
 // are exported.
 #include <orumlox/unprefixed.h>
-#include <pthread.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -15,12 +14,8 @@ namespace {
 
 constexpr int32_t kFactors[] = {0, 0, 2, 4};
 
-// The function that the case is about, or one that it takes along.
-template <class Type>
-Type *either(const Function &function, const char *name, Type *other) {
-  const bool own = std::strcmp(function.name, name) == 0;
-  return own ? reinterpret_cast<Type *>(function.address) : other;
-}
+// The function that the case is about, or another that it takes along.
+const Function &either(const Function &function, const char *name);
 
 // A side of the destination, and one of the source that is mostly larger.
 int32_t new_side(Source &source) {
@@ -298,8 +293,9 @@ void scale(const Function &function, Source &source, Sink &sink) {
   p.init();
   p.add_to(sink);
   if (source.one_in(16)) p.pair[1].format = VEXO_FMT_RGB888;
-  p.status |= either(function, "vexo_rsz_new", vexo_rsz_new)(
-      &p.pair[0], &p.pair[1], &p.context, p.a, p.b);
+  p.status |= either(function, "vexo_rsz_new")
+                  .as<decltype(vexo_rsz_new)>()(&p.pair[0], &p.pair[1],
+                                                &p.context, p.a, p.b);
   p.deinit(sink);
 }
 
@@ -338,8 +334,10 @@ void thumbnail(const Function &function, Source &source, Sink &sink) {
   p.begin();
   p.status = vexo_txc_new_init(p.pair, &intermediate, &p.context, &p.a, &p.b,
                                p.factor, rotation);
-  p.status |= either(function, "vexo_txc_new", vexo_txc_new)(
-      p.pair, &result.img, &intermediate, &p.context, p.a, p.b, rotation);
+  p.status |=
+      either(function, "vexo_txc_new")
+          .as<decltype(vexo_txc_new)>()(p.pair, &result.img, &intermediate,
+                                        &p.context, p.a, p.b, rotation);
   p.status |= vexo_txc_new_deinit(p.pair, &intermediate, &p.context, p.a, p.b,
                                   rotation);
   p.deinit(sink);
@@ -350,8 +348,9 @@ void thumbnail(const Function &function, Source &source, Sink &sink) {
 void pixels(const Function &function, Source &source, Sink &sink) {
   Quartet q(source);
   q.add_to(sink);
-  q.status |= either(function, "vexo_rsz_new_rgba8888", vexo_rsz_new_rgba8888)(
-      q.img, &q.context, q.a, q.b);
+  q.status |=
+      either(function, "vexo_rsz_new_rgba8888")
+          .as<decltype(vexo_rsz_new_rgba8888)>()(q.img, &q.context, q.a, q.b);
   q.status |= vexo_rsz_new_rgba8888_deinit(q.img, &q.context, q.a, q.b);
   q.a = q.b = nullptr;
   q.add_to(sink);
@@ -387,19 +386,13 @@ template <class Worker>
 void run(const Function &function, Worker worker, Sink &sink) {
   sem_t start;
   sem_t done;
-  sem_init(&start, 0, 0);
+  sem_init(&start, 0, 1);
   sem_init(&done, 0, 0);
   worker.start = &start;
   worker.done = &done;
-  pthread_t thread;
-  void *result = &worker;
-  pthread_create(&thread, nullptr, function.as<void *(void *)>(), &worker);
-  sem_post(&start);
-  while (sem_wait(&done) != 0) {
-  }
-  pthread_join(thread, &result);
-  sink.add(result == nullptr);
-  sink.add(sem_trywait(&start) != 0);
+  sink.add(on_thread(function, &worker) == nullptr);
+  sink.add(sem_trywait(&start) == 0);
+  sink.add(sem_trywait(&done) == 0);
   sem_destroy(&start);
   sem_destroy(&done);
 }
@@ -519,6 +512,13 @@ const Function kFunctions[] = {
     LOX_FUNCTION(inverse<decltype(vexo_idct_blocknxn_float)>,
                  vexo_idct_blocknxn_float),
 };
+
+const Function &either(const Function &function, const char *name) {
+  if (std::strcmp(function.name, name) == 0) return function;
+  return *std::find_if(
+      std::begin(kFunctions), std::end(kFunctions),
+      [&](const Function &f) { return std::strcmp(f.name, name) == 0; });
+}
 
 }  // namespace
 

@@ -141,11 +141,7 @@ void thread(const Function &function, Source &source, Sink &sink) {
   scheduler.limit = c.context.height;
   pthread_mutex_init(&scheduler.mutex, nullptr);
   vexo_hdr_worker worker = {&c.context, &scheduler, 0};
-  pthread_t started;
-  void *result = &worker;
-  pthread_create(&started, nullptr,
-                 function.as<decltype(thread_vexo_hdr10_to_sdr8)>(), &worker);
-  pthread_join(started, &result);
+  const void *const result = on_thread(function, &worker);
   pthread_mutex_destroy(&scheduler.mutex);
   sink.add(result == nullptr);
   sink.add(static_cast<uint32_t>(scheduler.next));

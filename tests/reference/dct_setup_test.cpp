@@ -8,9 +8,9 @@
 #include <sstream>
 #include <vector>
 
-#include "dct_model.h"
-#include "models.h"
+#include "rules/dct_rule.h"
 #include "support/guarded_buffer.h"
+#include "support/random.h"
 
 namespace lox_test {
 namespace {
@@ -232,56 +232,6 @@ TEST(DctSetup, BuffersOfTwoGigabytesAreRefused) {
   EXPECT_EQ(p.b, nullptr);
   const vexo_rsz_new_context clear{};
   EXPECT_EQ(std::memcmp(&p.c, &clear, sizeof clear), 0);
-}
-
-// 1024 times the orthonormal DCT-II, in single precision.
-void near_coefficients(const uint8_t *block, float *out, int32_t height,
-                       int32_t width) {
-  FDCT_BlockXYFn(block, out, height, width);
-  const Plane plane(block, width, width, height);
-  const Coefficients expected = transform(plane, 0, 0, width, height);
-  for (int i = 0; i < 16; ++i) {
-    const bool none = (i % 4 > 0 && width == 1) || (i / 4 > 0 && height == 1);
-    ASSERT_NEAR(out[i], none ? out[i] : 1024 * expected[i],
-                0.1 * std::sqrt(width * height) * 255)
-        << width << "x" << height << ", " << i;
-  }
-}
-void product_model(const float *a, const float *b, float *out, int32_t n) {
-  for (int32_t i = 0; i < n * n; ++i) {
-    out[i] = 0;
-    for (int32_t k = 0; k < n; ++k)
-      out[i] += a[i / n * n + k] * b[k * n + i % n];
-  }
-}
-void whole_block_model(uint8_t *dst, int32_t row, int32_t column,
-                       int32_t stride, const int32_t *c,
-                       const int32_t *weights) {
-  std::array<int16_t, 16> w;
-  for (int i = 0; i < 16; ++i) w[i] = weighted(c[i] >> 16, weights[i]);
-  const Block block = inverse(w);
-  for (int32_t i = 0; i < 16; ++i) {
-    dst[(row + i / 4) * stride + column + i % 4] = block[i];
-  }
-}
-void cut_block_model(uint8_t *dst, int32_t row, int32_t column,
-                     const int16_t *w, int32_t stride, int32_t rows) {
-  std::array<int16_t, 16> all;
-  std::copy_n(w, 16, all.begin());
-  const Block block = inverse(all);
-  for (int32_t i = 0; i < 16; ++i) {
-    const int32_t x = column + i % 4, y = row + i / 4;
-    if (x < stride && y < rows) dst[y * stride + x] = block[i];
-  }
-}
-
-TEST(DctBlocks, AreTheModels) {
-  expect_checked(dct_family, "FDCT_BlockXYFn", near_coefficients, 400);
-  expect_models(dct_family,
-                {LOX_MODEL(MatNxN_float_compute, product_model),
-                 LOX_MODEL(vexo_idct_block4x4, whole_block_model),
-                 LOX_MODEL(vexo_idct_blocknxn_float, cut_block_model)},
-                4000);
 }
 
 // What an entry of either set for blocks of this many points counts in.

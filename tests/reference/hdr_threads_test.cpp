@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tone mapping by several threads, by fewer than it wants, and without memory.
 // Built with ThreadSanitizer too.
+#include <gtest/gtest.h>
 #include <orumlox/unprefixed.h>
 
 #include <array>
@@ -11,8 +12,8 @@
 
 #include "faults.h"
 #include "hdr_log.h"
-#include "hdr_model.h"
-#include "models.h"
+#include "rules/hdr_rule.h"
+#include "rules/rules.h"
 
 namespace lox_test {
 namespace {
@@ -48,13 +49,11 @@ TEST(HdrThreads, OfTheCaller) {
   Pictures expected, actual;
   const auto c = std::make_unique<vexo_hdr_context>(
       model_context(&actual.src, &actual.dst, 2000, 1, false));
-  hdr10_model(&expected.src, &expected.dst, 1);
-  // The tables are another nit's.
   auto plain = *c;
   plain.src = &expected.src;
   plain.dst = &expected.dst;
   for (int32_t row = 0; row < kHeight; row += 4) {
-    band_model(&plain, row, row + 4);
+    tone_map_band({}, &plain, row, row + 4);
   }
   for (const size_t count : {1, 2, 5}) {
     std::fill(actual.pixels.begin(), actual.pixels.end(), uint8_t{0xA5});
@@ -84,15 +83,17 @@ TEST(HdrThreads, OfSeveralCallsAndMissing) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([] {
-      expect_models(hdr_family,
-                    {LOX_MODEL(vexo_hdr10_to_sdr8, hdr10_model),
-                     LOX_MODEL(vexo_hlg_to_sdr8, hlg_model)},
-                    40);
+      for (uint64_t seed = 0; seed < 80; ++seed) {
+        const Function &f = find(
+            hdr_family, seed % 2 ? "vexo_hlg_to_sdr8" : "vexo_hdr10_to_sdr8");
+        EXPECT_EQ(digest_of_case(f, seed), digest_of_case(by_rule(f), seed));
+      }
     });
   }
   for (std::thread &t : threads) t.join();
   Pictures expected, actual;
-  hlg_model(&expected.src, &expected.dst);
+  by_rule(find(hdr_family, "vexo_hlg_to_sdr8"))
+      .as<decltype(vexo_hlg_to_sdr8)>()(&expected.src, &expected.dst);
   for (unsigned mask = 0; mask < 8; ++mask) {
     std::fill(actual.pixels.begin(), actual.pixels.end(), uint8_t{0xA5});
     starts = joins = 0;

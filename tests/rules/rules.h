@@ -6,6 +6,7 @@
 #include <orumlox/img.h>
 
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "cases/cases.h"
@@ -27,6 +28,9 @@ std::vector<Rule> layout_rules();
 std::vector<Rule> rot_rules();
 std::vector<Rule> rsz_rules();
 std::vector<Rule> blocks_rules();
+std::vector<Rule> vqe_rules();
+std::vector<Rule> hdr_rules();
+std::vector<Rule> dct_rules();
 
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
@@ -39,8 +43,9 @@ void set_yuv(int32_t format, uint8_t *const *planes, const int32_t *strides,
 inline Function by_rule(const Function &function) {
   static const std::vector<Rule> all = [] {
     std::vector<Rule> rules;
-    for (const auto &some : {csc_rules(), layout_rules(), rot_rules(),
-                             rsz_rules(), blocks_rules()}) {
+    for (const auto &some :
+         {csc_rules(), layout_rules(), rot_rules(), rsz_rules(), blocks_rules(),
+          vqe_rules(), hdr_rules(), dct_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;
@@ -50,6 +55,19 @@ inline Function by_rule(const Function &function) {
     if (r.function == function.address) result.rule = r.rule;
   }
   return result;
+}
+
+inline const Function &find(const Family &family, const char *name) {
+  int32_t i = 0;
+  while (std::strcmp(family.functions[i].name, name) != 0) ++i;
+  return family.functions[i];
+}
+
+inline uint64_t digest_of_case(const Function &function, uint64_t seed) {
+  Source source(seed);
+  Sink sink;
+  function.run(function, source, sink);
+  return sink.digest();
 }
 
 inline void move_rows(const uint8_t *src, int64_t src_stride, int64_t bytes,

@@ -3,7 +3,7 @@
 // The commands that the README shows, and the examples in C that show a frame.
 #include <algorithm>
 
-#include "reference/hdr_model.h"
+#include "rules/hdr_rule.h"
 #include "tool_runner.h"
 
 namespace tool {

@@ -14,11 +14,13 @@
 #include <initializer_list>
 #include <map>
 
+#include "cases/cases.h"
+
 namespace lox_test {
 
 // The nit by measurement and by the source's word.
-inline int32_t analysis_model(int32_t width, int32_t height,
-                              const uint16_t *luma) {
+inline int32_t measured_nit(const Function &, int32_t width, int32_t height,
+                            const uint16_t *luma) {
   const int32_t step = width > 2000 ? 4 : 2;
   int32_t largest = 0;
   for (int32_t y = 0; y < height; y += step) {
@@ -31,12 +33,12 @@ inline int32_t analysis_model(int32_t width, int32_t height,
 inline int32_t final_nit(const vexo_img &src) {
   if (src.mode != 1) return src.source_nit <= 1500 ? 1000 : 4000;
   const void *luma = src.plane[0];
-  return analysis_model(src.width[0], src.height[0],
-                        static_cast<const uint16_t *>(luma));
+  return measured_nit({}, src.width[0], src.height[0],
+                      static_cast<const uint16_t *>(luma));
 }
 
-inline double curve_model(double x, double s, double t, double, int32_t n,
-                          double a) {
+inline double tone_curve(const Function &, double x, double s, double t, double,
+                         int32_t n, double a) {
   return x <= t ? s * x : a * (1 - std::pow(1 - x, n)) + (1 - a) * x;
 }
 
@@ -61,7 +63,7 @@ inline vexo_hdr_context fill_tables(int32_t nit, bool hlg) {
   }
   for (int i = 1; i < 257; ++i) {
     const float x = static_cast<float>(std::min(i, 255)) / 255;
-    const double g = curve_model(x, c.s, c.t, 0, c.n, c.a) / x;
+    const double g = tone_curve({}, x, c.s, c.t, 0, c.n, c.a) / x;
     c.gain[i] = static_cast<uint16_t>(g * 256 + 0.5);
   }
   for (int i = 0; i < 4096; ++i) {
@@ -169,88 +171,7 @@ inline Pixel pixel_at(const vexo_hdr_context &c, int32_t x, int32_t row) {
 }
 
 // The rows first to end - 1 as one band.
-inline int32_t band_model(const vexo_hdr_context *context, int32_t first,
-                          int32_t end) {
-  const vexo_hdr_context &c = *context;
-  const int32_t format = c.dst->format;
-  const auto put = [&](int p, ptrdiff_t at,
-                       std::initializer_list<int32_t> bytes) {
-    for (const int32_t b : bytes) {
-      c.dst->plane[p][at++] = static_cast<uint8_t>(b);
-    }
-  };
-  // Others than these have every band at the start of their planes.
-  const bool dense = format == VEXO_FMT_YUV420 || format == VEXO_FMT_NV12 ||
-                     format == VEXO_FMT_NV21;
-  const ptrdiff_t width = c.width;
-  const ptrdiff_t start = width * first;
-  ptrdiff_t even_rows = 0;
-  for (int32_t row = first; first >= 0 && row < std::min(end, c.height);
-       ++row) {
-    for (int32_t x = 0; x < c.width; ++x) {
-      const Pixel q = pixel_at(c, x, row);
-      const ptrdiff_t i = width * (row - first) + x;
-      if (format == VEXO_FMT_RGB888) {
-        put(0, 4 * start + 3 * i, {q.r, q.g, q.b});
-      } else if (format == VEXO_FMT_RGBA8888) {
-        put(0, 4 * (start + i), {q.r, q.g, q.b, 255});
-      } else if (format == VEXO_FMT_ARGB8888) {
-        put(0, 4 * (start + i), {255, q.r, q.g, q.b});
-      } else if (format < 200 || format > 599) {
-        put(0, (dense ? start : 0) + i, {q.y});
-      }
-      if (row % 2 != 0 || x % 2 != 0) continue;
-      const ptrdiff_t k = even_rows * width / 2 + x / 2;
-      if (format == VEXO_FMT_YUV420) {
-        put(1, start / 4 + k, {q.u});
-        put(2, start / 4 + k, {q.v});
-      } else if (format == VEXO_FMT_YV12) {
-        put(1, k, {q.v});
-        put(2, k, {q.u});
-      } else if (format == VEXO_FMT_NV12) {
-        put(1, start / 2 + 2 * k, {q.u, q.v});
-      } else if (format == VEXO_FMT_NV21) {
-        put(1, start / 2 + 2 * k, {q.v, q.u});
-      }
-    }
-    if (row % 2 == 0) ++even_rows;
-  }
-  return 0;
-}
-
-// A whole picture is its bands of four rows, one after the other.
-inline int32_t picture_model(vexo_img *src, const vexo_img *dst,
-                             int32_t variant, bool hlg) {
-  src->source_nit = final_nit(*src);
-  const auto c = model_context(src, dst, src->source_nit, variant, hlg);
-  for (int32_t first = 0; first < c.height; first += 4) {
-    band_model(&c, first, first + 4);
-  }
-  return VEXO_OK;
-}
-inline int32_t hdr10_model(vexo_img *src, const vexo_img *dst,
-                           int32_t variant) {
-  return picture_model(src, dst, variant, false);
-}
-inline int32_t hlg_model(vexo_img *src, const vexo_img *dst) {
-  return picture_model(src, dst, 0, true);
-}
-inline int32_t kind_model(vexo_img *src, const vexo_img *dst, int32_t kind) {
-  return kind == 1   ? hdr10_model(src, dst, 0)
-         : kind == 2 ? hdr10_model(src, dst, 1)
-         : kind == 4 ? hlg_model(src, dst)
-                     : VEXO_ERR_ARG;
-}
-
-// All bands that nobody else was given, on one thread.
-inline void *thread_model(void *argument) {
-  const auto *worker = static_cast<const vexo_hdr_worker *>(argument);
-  band_model(worker->context, worker->first, worker->first + 4);
-  int32_t &next = worker->scheduler->next;
-  for (; next < worker->scheduler->limit; next += 4) {
-    band_model(worker->context, next, next + 4);
-  }
-  return nullptr;
-}
+int32_t tone_map_band(const Function &, const vexo_hdr_context *context,
+                      int32_t first, int32_t end);
 
 }  // namespace lox_test
