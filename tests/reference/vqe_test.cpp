@@ -12,6 +12,10 @@ const std::vector<uint8_t> kLutAtLoad(lut, lut + 256);
 
 TEST(Vqe, TheSharedTableIsFilledOnRequest) {
   EXPECT_EQ(kLutAtLoad, std::vector<uint8_t>(256));
+  EXPECT_EQ(vexo_vqe_cs_init(1024), VEXO_OK);
+  // Entry 2 k of strength 1024 is k; the odd ones are that of k = 0.
+  EXPECT_EQ(lut[254], 127);
+  EXPECT_EQ(lut[255], 0);
 }
 
 // Only the low 32 bits of a stride that would fit do.
