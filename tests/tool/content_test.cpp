@@ -46,10 +46,9 @@ TEST_F(ContentTest, EveryPair) {
         if (code != VEXO_STD_DEFAULT && from.rgb() == to.rgb()) continue;
         if (!library_converts(from, to, code)) continue;
         const std::vector<std::string> steps = {from.token, to.token};
-        expect_raw(
-            "in.yuv --size " + std::to_string(w) + "x" + std::to_string(h) +
-                " --from " + from.token + " --to " + to.token + " --std " +
-                standard,
+        expect(
+            "convert in.yuv --size " + size_text(w, h) + " --from " +
+                from.token + " --to " + to.token + " --std " + standard,
             converted(a, w, h, steps, code) + converted(b, w, h, steps, code));
       }
     }
@@ -60,13 +59,13 @@ TEST_F(ContentTest, EveryPair) {
 // Steps between YUV layouts go unchanged through a standard.
 TEST_F(ContentTest, ThroughLayouts) {
   put("in.yuv", noise(187, 14));
-  expect_raw(
-      "in.yuv --size 13x9 --from yuv420 --to yuv420 --via "
+  expect(
+      "convert in.yuv --size 13x9 --from yuv420 --to yuv420 --via "
       "yuv422n,yuv420,t64x32,nv21,nv12",
       noise(187, 14));
   put("in.raw", noise(37 * 9 * 4, 11));
-  expect_raw(
-      "in.raw --size 37x9 --from rgba8888 --to yv12 --via nv21,nv12 "
+  expect(
+      "convert in.raw --size 37x9 --from rgba8888 --to yv12 --via nv21,nv12 "
       "--standard bt709",
       converted(noise(37 * 9 * 4, 11), 37, 9,
                 {"rgba8888", "nv21", "nv12", "yv12"}, VEXO_STD_BT709));
@@ -90,10 +89,10 @@ TEST_F(ContentTest, Y4mToPictures) {
   for (const Layout &to : kLayouts) {
     if (!to.rgb()) continue;
     vexo_ok("convert in.y4m out.png --to " + to.token);
-    expect_raw("out.png", to.code < 300   ? coarse
-                          : to.code < 500 ? rgb
-                                          : converted(frame, 24, 16,
-                                                      {"yuv420", "rgba8888"}));
+    expect("convert out.png",
+           to.code < 300   ? coarse
+           : to.code < 500 ? rgb
+                           : converted(frame, 24, 16, {"yuv420", "rgba8888"}));
   }
 }
 
@@ -110,11 +109,11 @@ TEST_F(ContentTest, Y4mThroughPipes) {
     put("in.y4m", head + " XYSCSS=ANY XNOTE=A\nFRAME Ip\n" + a + b);
     const Outcome y4m = shell("cat in.y4m | vexo convert - - | cat");
     EXPECT_TRUE(y4m.out == head + " XNOTE=A\nFRAME\n" + a + b) << y4m.err;
-    expect_raw("- <in.y4m", noise(bytes, 3) + b);
+    expect("convert - <in.y4m", noise(bytes, 3) + b);
   }
   // 4:2:0 is what no chroma word means, and written unless --to asks for more.
   put("in.y4m", "YUV4MPEG2 W13 H9\nFRAME\n" + noise(187, 5));
-  expect_raw("in.y4m", noise(187, 5));
+  expect("convert in.y4m", noise(187, 5));
   put("in.raw", std::string(252, 'y'));
   vexo_ok("convert in.raw out.y4m --size 13x9 --from yuyv");
   EXPECT_EQ(get("out.y4m"), "YUV4MPEG2 W13 H9 F25:1 Ip A0:0 C420jpeg\nFRAME\n" +
@@ -126,9 +125,9 @@ TEST_F(ContentTest, PicturesAsTheyAre) {
   const std::string rgb = noise(99 * 3, 8);
   const std::string rgba = noise(99 * 4, 9);
   put("in.pnm", "P5 # a comment\n11\n9 255\n" + grey);
-  expect_raw("in.pnm", grey);
+  expect("convert in.pnm", grey);
   put("in.pnm", "P6\n11 9\n255\n" + rgb + "P6\n11 9\n255\n" + rgb);
-  expect_raw("in.pnm", rgb + rgb);
+  expect("convert in.pnm", rgb + rgb);
 
   const std::string palette = noise(4 * 256, 6);
   std::string deep, grey_alpha, spread, looked_up;
@@ -155,11 +154,11 @@ TEST_F(ContentTest, PicturesAsTheyAre) {
     image.colormap_entries = 256;
     ASSERT_TRUE(png_image_write_to_file(&image, path("in.png").c_str(), 0,
                                         pixels.data(), 0, palette.data()));
-    expect_raw("in.png", expected);
+    expect("convert in.png", expected);
   }
   // Onto its own input.
   vexo_ok("convert in.png in.png");
-  expect_raw("in.png", grey);
+  expect("convert in.png", grey);
 }
 
 TEST_F(ContentTest, NumberedPictures) {

@@ -3,6 +3,7 @@
 // Input that cannot be converted and output that cannot be written: one line on
 // standard error, a status that says so, and a folder that looks as before.
 #include <algorithm>
+#include <sstream>
 
 #include "tool_runner.h"
 
@@ -11,6 +12,105 @@ namespace {
 
 const std::string kY4m = "YUV4MPEG2 W8 H8 F25:1\nFRAME\n" + noise(96, 1);
 const std::string kPpm = "P6\n8 8\n255\n" + noise(192, 1);
+
+// Arguments and what is said of them.
+constexpr char kRefused[] = R"( | subcommand
+convrt one.y4m o.png | 'convrt'
+--frames one.y4m | '--frames'
+convert none.y4m o.png | none.y4m
+convert f.raw o.png | --size
+convert one.y4m o.bmp | --out-kind
+convert one.y4m nowhere/o.png | nowhere/o.png
+convert one.y4m o.png --to nv99 | 'nv99'
+convert one.y4m o.png --from nv12 | holds yuv420
+convert one.y4m o.png --to nv12 | cannot hold nv12
+convert c.ppm o.png --to rgba8888 | library: rgb888 to rgba8888
+convert one.y4m o.png --via yv12,nv12 | library: yv12 to nv12
+convert one.y4m o.png --standard bt470 | 'bt470'
+convert one.y4m o.raw --to rgb565 --standard bt709-full | library: yuv420 to rgb565 (bt709-full)
+convert one.y4m o.raw --via rgba8888,yuv420 --standard bt709 | library: rgba8888 to yuv420 (bt709)
+convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888 | t256x16 to rgba8888 at 1280x8
+convert wide.raw o.raw --size 32700x8 --from nv12 --to nv21 | 32700 columns
+convert f.raw o.png --size 8x6 --from yuv420 | 8x8
+convert two.y4m o.png | more than one frame
+convert two.y4m %d%d.png | pattern
+convert one.y4m a%n.y4m | 'a%n.y4m'
+convert one.y4m a%.raw | 'a%.raw'
+convert one.y4m a%02d.y4m | holds all frames
+convert f.raw o.png --size 8x8x --from yuv420 | WIDTHxHEIGHT
+convert f.raw o.png --size 32768x8 --from yuv420 | 32768x8
+convert f.raw o.raw --size 32767x32767 --from rgba8888 | 2 GiB
+convert /dev/null o.raw --size 8x8 --from yuv420 | no frame
+scale one.y4m o.png | --size
+scale one.y4m o.png --size 16 | --size '16'
+scale one.y4m o.png --size 0x8 | 0x8
+scale one.y4m o.png --size 16x4 | 8x8
+scale one.y4m o.png --size 16x16 --from-size 8x8 | --from-size is for
+scale f.raw o.raw --size 16x16 | need --from-size and --from
+scale one.y4m o.png --size 16x16 --rotate up | --rotate 'up'
+scale one.y4m o.png --size 16x16 --rotate 6 | --rotate '6'
+scale one.y4m o.png --size 16x16 --rotate 4 | mirrors only
+scale c.ppm o.png --size 16x16 --rotate left | scale and turn rgb888 from 8x8 to 16x16 (status -3)
+scale f.raw o.raw --size 16x16 --from-size 4x4 --from p010le | scale p010le from 4x4 to 16x16 (status -3)
+scale f.raw o.raw --size 2x2 --from-size 8x2 --from yuv420Planar16 | scale yuv420Planar16 from 8x2 to 2x2 (status -3)
+scale f.raw o.raw --size 4x4 --from-size 8x8 --from t8x8 | t8x8 is neither
+rotate one.y4m o.png | --turn
+rotate one.y4m o.png --turn up | --turn 'up'
+rotate f.raw o.raw --size 4x4 --from p010le --turn left | turn p010le from 4x4 to 4x4 (status -3)
+rotate f.raw o.raw --size 4x4 --from uyvy --turn half | turn uyvy from 4x4 to 4x4 (status -3)
+rotate f.raw o.raw --size 4x4 --from yv16 --turn left | yv16 after
+thumbnail one.y4m o.png | --size
+thumbnail one.y4m o.png --size 8 | --size '8'
+thumbnail one.y4m o.png --size 9x8 | 9x8 is larger than the picture
+thumbnail one.y4m o.png --size 8x9 | which is 8x8
+thumbnail f.raw o.raw --size 4x4 | need --from-size and --from
+thumbnail one.y4m o.png --size 8x8 --turn up | --turn 'up'
+thumbnail one.y4m o.png --size 8x8 --turn 6 | --turn '6'
+thumbnail one.y4m o.raw --size 8x8 --prescale 3 | --prescale
+thumbnail one.y4m o.raw --size 5x4 --prescale 2 | 4x4 of the picture
+thumbnail f.raw o.raw --size 1x1 --prescale 4 --from-size 8x4 --from nv12 | leaves 2x1
+thumbnail one.y4m o.png --size 4x4 | 8x8
+thumbnail c.ppm o.png --size 4x4 --prescale 2 | --prescale is for yuv420 and nv12
+thumbnail f.raw o.raw --size 4x4 --from-size 8x8 --from nv21 | holds nv21
+tonemap one.y4m o.png | holds yuv420: only
+tonemap full.y4m o.png | full range
+tonemap one.y4m o.png --via nv12 | --via
+tonemap one.y4m o.png --kind pq | --kind 'pq'
+tonemap one.y4m o.png --nit 0 | --nit
+tonemap one.y4m o.png --nit 10001 | --nit
+tonemap one.y4m o.png --nit 1e3 | --nit
+tonemap one.y4m o.png --nit 1000 --measure | --measure
+tonemap f.raw o.raw --size 8x4 --from p010le --to bgr888 | library: rgba8888 to bgr888
+tonemap f.raw o.pgm --size 8x4 --from p010le | library: yuv420 to yuv400
+sharpen c.ppm o.png --strength 1 | --strength
+sharpen f.raw o.raw --size 4x8 --from rgb888 | 8x8
+deblock one.y4m o.png --strength 16 | --strength
+deblock one.y4m o.png --strength -1 | --strength
+deblock f.raw o.raw --size 8x4 --from p010le | library: p010le to yuv420
+saturate one.y4m o.png --strength 0 | --strength
+saturate f.raw o.raw --size 8x8 --from yuv400 | library: yuv400 to yuv420
+anaglyph c.ppm o.png | --mode
+anaglyph c.ppm o.png --mode 3 | --mode
+anaglyph f.raw o.raw --size 3x8 --from rgb888 --mode 1 | not 3
+anaglyph one.y4m o.y4m --mode 1 | 4x8
+keyframes none.h264 | none.h264
+keyframes /dev/null | is empty
+keyframes one.y4m | --codec
+keyframes one.y4m --codec av1 | 'av1'
+keyframes one.y4m --codec vp8 | no IVF
+keyframes one.y4m --codec h264 | not a raw stream
+keyframes sets.h264 | no frame
+keyframes none.ivf | has no frame
+keyframes av1.ivf | another codec
+keyframes vp9.ivf --codec vp8 | holds vp9
+keyframes cut.ivf | truncated
+keyframes cut2.ivf | truncated
+keyframes cut3.ivf | truncated
+fourcc | CODE
+fourcc '' | four characters
+fourcc h264x | 'h264x'
+fourcc 4294967296 | 32 bits
+)";
 
 class FailureTest : public ToolTest {
  protected:
@@ -47,125 +147,10 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
   put("cut.ivf", ivf + "VP90" + rest + std::string(11, '\0'));
   put("cut2.ivf", ivf + "VP90" + rest + '\2' + std::string(12, '\0'));
   put("cut3.ivf", ivf + "VP90" + std::string(19, '\0'));
-  const std::pair<const char *, const char *> cases[] = {
-      {"", "subcommand"},
-      {"convrt one.y4m o.png", "'convrt'"},
-      {"--frames one.y4m", "'--frames'"},
-      {"convert none.y4m o.png", "none.y4m"},
-      {"convert f.raw o.png", "--size"},
-      {"convert one.y4m o.bmp", "--out-kind"},
-      {"convert one.y4m nowhere/o.png", "nowhere/o.png"},
-      {"convert one.y4m o.png --to nv99", "'nv99'"},
-      {"convert one.y4m o.png --from nv12", "holds yuv420"},
-      {"convert one.y4m o.png --to nv12", "cannot hold nv12"},
-      {"convert c.ppm o.png --to rgba8888", "library: rgb888 to rgba8888"},
-      {"convert one.y4m o.png --via yv12,nv12", "library: yv12 to nv12"},
-      {"convert one.y4m o.png --standard bt470", "'bt470'"},
-      // The library would answer these with success and write nothing.
-      {"convert one.y4m o.raw --to rgb565 --standard bt709-full",
-       "library: yuv420 to rgb565 (bt709-full)"},
-      {"convert one.y4m o.raw --via rgba8888,yuv420 --standard bt709",
-       "library: rgba8888 to yuv420 (bt709)"},
-      {"convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888",
-       "t256x16 to rgba8888 at 1280x8"},
-      {"convert wide.raw o.raw --size 32700x8 --from nv12 --to nv21",
-       "32700 columns"},
-      {"convert f.raw o.png --size 8x6 --from yuv420", "8x8"},
-      {"convert two.y4m o.png", "more than one frame"},
-      {"convert two.y4m %d%d.png", "pattern"},
-      {"convert one.y4m a%n.y4m", "'a%n.y4m'"},
-      {"convert one.y4m a%.raw", "'a%.raw'"},
-      {"convert one.y4m a%02d.y4m", "holds all frames"},
-      {"convert f.raw o.png --size 8x8x --from yuv420", "WIDTHxHEIGHT"},
-      {"convert f.raw o.png --size 32768x8 --from yuv420", "32768x8"},
-      {"convert f.raw o.raw --size 32767x32767 --from rgba8888", "2 GiB"},
-      {"convert /dev/null o.raw --size 8x8 --from yuv420", "no frame"},
-      {"scale one.y4m o.png", "--size"},
-      {"scale one.y4m o.png --size 16", "--size '16'"},
-      {"scale one.y4m o.png --size 0x8", "0x8"},
-      {"scale one.y4m o.png --size 16x4", "8x8"},
-      {"scale one.y4m o.png --size 16x16 --from-size 8x8",
-       "--from-size is for"},
-      {"scale f.raw o.raw --size 16x16", "need --from-size and --from"},
-      {"scale one.y4m o.png --size 16x16 --rotate up", "--rotate 'up'"},
-      {"scale one.y4m o.png --size 16x16 --rotate 6", "--rotate '6'"},
-      {"scale one.y4m o.png --size 16x16 --rotate 4", "mirrors only"},
-      {"scale c.ppm o.png --size 16x16 --rotate left",
-       "scale and turn rgb888 from 8x8 to 16x16 (status -3)"},
-      {"scale f.raw o.raw --size 16x16 --from-size 4x4 --from p010le",
-       "scale p010le from 4x4 to 16x16 (status -3)"},
-      {"scale f.raw o.raw --size 2x2 --from-size 8x2 --from yuv420Planar16",
-       "scale yuv420Planar16 from 8x2 to 2x2 (status -3)"},
-      {"scale f.raw o.raw --size 4x4 --from-size 8x8 --from t8x8",
-       "t8x8 is neither"},
-      {"rotate one.y4m o.png", "--turn"},
-      {"rotate one.y4m o.png --turn up", "--turn 'up'"},
-      {"rotate f.raw o.raw --size 4x4 --from p010le --turn left",
-       "turn p010le from 4x4 to 4x4 (status -3)"},
-      {"rotate f.raw o.raw --size 4x4 --from uyvy --turn half",
-       "turn uyvy from 4x4 to 4x4 (status -3)"},
-      {"rotate f.raw o.raw --size 4x4 --from yv16 --turn left", "yv16 after"},
-      {"thumbnail one.y4m o.png", "--size"},
-      {"thumbnail one.y4m o.png --size 8", "--size '8'"},
-      {"thumbnail one.y4m o.png --size 9x8", "9x8 is larger than the picture"},
-      {"thumbnail one.y4m o.png --size 8x9", "which is 8x8"},
-      {"thumbnail f.raw o.raw --size 4x4", "need --from-size and --from"},
-      {"thumbnail one.y4m o.png --size 8x8 --turn up", "--turn 'up'"},
-      {"thumbnail one.y4m o.png --size 8x8 --turn 6", "--turn '6'"},
-      {"thumbnail one.y4m o.raw --size 8x8 --prescale 3", "--prescale"},
-      {"thumbnail one.y4m o.raw --size 5x4 --prescale 2", "4x4 of the picture"},
-      {"thumbnail f.raw o.raw --size 1x1 --prescale 4 --from-size 8x4 "
-       "--from nv12",
-       "leaves 2x1"},
-      {"thumbnail one.y4m o.png --size 4x4", "8x8"},
-      {"thumbnail c.ppm o.png --size 4x4 --prescale 2",
-       "--prescale is for yuv420 and nv12"},
-      {"thumbnail f.raw o.raw --size 4x4 --from-size 8x8 --from nv21",
-       "holds nv21"},
-      {"tonemap one.y4m o.png", "holds yuv420: only"},
-      {"tonemap full.y4m o.png", "full range"},
-      {"tonemap one.y4m o.png --via nv12", "--via"},
-      {"tonemap one.y4m o.png --kind pq", "--kind 'pq'"},
-      {"tonemap one.y4m o.png --nit 0", "--nit"},
-      {"tonemap one.y4m o.png --nit 10001", "--nit"},
-      {"tonemap one.y4m o.png --nit 1e3", "--nit"},
-      {"tonemap one.y4m o.png --nit 1000 --measure", "--measure"},
-      {"tonemap f.raw o.raw --size 8x4 --from p010le --to bgr888",
-       "library: rgba8888 to bgr888"},
-      {"tonemap f.raw o.pgm --size 8x4 --from p010le",
-       "library: yuv420 to yuv400"},
-      {"sharpen c.ppm o.png --strength 1", "--strength"},
-      {"sharpen f.raw o.raw --size 4x8 --from rgb888", "8x8"},
-      {"deblock one.y4m o.png --strength 16", "--strength"},
-      {"deblock one.y4m o.png --strength -1", "--strength"},
-      {"deblock f.raw o.raw --size 8x4 --from p010le",
-       "library: p010le to yuv420"},
-      {"saturate one.y4m o.png --strength 0", "--strength"},
-      {"saturate f.raw o.raw --size 8x8 --from yuv400",
-       "library: yuv400 to yuv420"},
-      {"anaglyph c.ppm o.png", "--mode"},
-      {"anaglyph c.ppm o.png --mode 3", "--mode"},
-      {"anaglyph f.raw o.raw --size 3x8 --from rgb888 --mode 1", "not 3"},
-      {"anaglyph one.y4m o.y4m --mode 1", "4x8"},
-      {"keyframes none.h264", "none.h264"},
-      {"keyframes /dev/null", "is empty"},
-      {"keyframes one.y4m", "--codec"},
-      {"keyframes one.y4m --codec av1", "'av1'"},
-      {"keyframes one.y4m --codec vp8", "no IVF"},
-      {"keyframes one.y4m --codec h264", "not a raw stream"},
-      {"keyframes sets.h264", "no frame"},
-      {"keyframes none.ivf", "has no frame"},
-      {"keyframes av1.ivf", "another codec"},
-      {"keyframes vp9.ivf --codec vp8", "holds vp9"},
-      {"keyframes cut.ivf", "truncated"},
-      {"keyframes cut2.ivf", "truncated"},
-      {"keyframes cut3.ivf", "truncated"},
-      {"fourcc", "CODE"},
-      {"fourcc ''", "four characters"},
-      {"fourcc h264x", "'h264x'"},
-      {"fourcc 4294967296", "32 bits"}};
-  for (const auto &[arguments, phrase] : cases) {
-    expect_failure(arguments, phrase);
+  std::istringstream cases(kRefused);
+  for (std::string line; std::getline(cases, line);) {
+    const size_t bar = line.find(" | ");
+    expect_failure(line.substr(0, bar), line.substr(bar + 3));
   }
 }
 
@@ -178,12 +163,12 @@ TEST_F(FailureTest, TruncatedAndDamagedFiles) {
   for (const std::string name : {"ppm", "y4m", "png"}) {
     const std::string whole = get(name);
     put("out.png", "older");
-    for (size_t i = 0; i < whole.size(); i += i < 48 ? 1 : 7) {
+    for (size_t i = 0; i < whole.size(); i += i < 24 ? 1 : 11) {
       put("bad", whole.substr(0, i));
       expect_failure("convert bad out.png", "");
       EXPECT_EQ(get("out.png"), "older") << name << " " << i;
     }
-    for (size_t i = 0; i < 60; ++i) {
+    for (size_t i = 0; i < 40; ++i) {
       std::string damaged = whole;
       damaged[i] = static_cast<char>(~damaged[i]);
       put("bad", damaged);

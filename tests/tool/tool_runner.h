@@ -47,10 +47,9 @@ class ToolTest : public testing::Test {
     EXPECT_EQ(outcome.status, 0) << arguments;
     EXPECT_EQ(outcome.err, "") << arguments;
   }
-  // The same for vexo convert into a file of this content.
-  void expect_raw(const std::string &arguments,
-                  const std::string &expected) const {
-    vexo_ok("convert " + arguments + " got.raw");
+  // The same for vexo with a raw file as the last argument.
+  void expect(const std::string &arguments, const std::string &expected) const {
+    vexo_ok(arguments + " got.raw");
     EXPECT_TRUE(get("got.raw") == expected) << arguments;
   }
 
@@ -70,6 +69,10 @@ class ToolTest : public testing::Test {
  private:
   std::string folder_ = testing::TempDir() + "/vexo.XXXXXX";
 };
+
+inline std::string size_text(int width, int height) {
+  return std::to_string(width) + "x" + std::to_string(height);
+}
 
 // Bytes that look random, the same in every run.
 inline std::string noise(size_t count, uint64_t seed) {
