@@ -8,7 +8,7 @@
 #   x86_64-clang-asan  address and undefined-behaviour sanitizers; then what
 #                      part of the library the tests have run, by file
 #   x86_64-tsan        the thread sanitizer, for the tests that have threads
-#   x86_64-msan        the memory sanitizer, for programs of their own
+#   x86_64-msan        the memory sanitizer, for the fuzz targets
 #   i386               GCC
 #   armhf, arm64       Debian's GCC, emulated: the row kernels and the table of hashes
 #   android-*          with ANDROID_NDK_HOME set, the libraries as they are

@@ -199,7 +199,8 @@ void key_frame(const Function &function, Source &source, Sink &sink) {
   constexpr uint8_t kCodes[] = {0,    0,    0,    0,    1,    0x05, 0x01, 0x26,
                                 0xB6, 0x80, 0x81, 0x84, 0x02, 0x1C, 0x9D, 0x2A};
   const auto tail = static_cast<size_t>(source.between(0, 20));
-  const size_t head = source.one_in(2) ? 0 : source.between(0, 200);
+  const size_t head =
+      source.one_in(2) ? 0 : source.between(0, source.one_in(4) ? 1500 : 200);
   Buffer data(source, head + tail);
   for (size_t i = head; i < head + tail; ++i) {
     const int32_t byte = source.between(-128, 255);

@@ -8,56 +8,33 @@
 
 #include <algorithm>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "orumlox/csc.h"
+#include "support/exact_sizes.h"
 
 namespace tool {
-
-// Units of so many bytes, each for so many pixels across and down. Rows are
-// filled up to whole tiles, and so is the plane.
-struct Plane {
-  int bytes, across, down;
-  int tile_bytes = 1, tile_rows = 1;
-};
 
 struct Layout {
   int32_t code;
   std::string token;
-  std::vector<Plane> planes;
 
-  bool tiled() const { return code >= 11 && code <= 14; }
-  bool rgb() const { return code >= 200 && code < 600; }
+  bool tiled() const { return lox_test::is_tiled_code(code); }
+  bool rgb() const { return lox_test::is_rgb_code(code); }
 };
 
-// Tiles of 64 x 32 come in pairs of columns.
-inline const Layout kLayouts[] = {
-    {0, "yuv400", {{1, 1, 1}}},
-    {1, "yuv420", {{1, 1, 1}, {1, 2, 2}, {1, 2, 2}}},
-    {2, "yuv422n", {{1, 1, 1}, {1, 2, 1}, {1, 2, 1}}},
-    {3, "yuv444", {{1, 1, 1}, {1, 1, 1}, {1, 1, 1}}},
-    {4, "yv12", {{1, 1, 1}, {1, 2, 2}, {1, 2, 2}}},
-    {5, "yv16", {{1, 1, 1}, {1, 2, 1}, {1, 2, 1}}},
-    {6, "nv12", {{1, 1, 1}, {2, 2, 2}}},
-    {7, "nv21", {{1, 1, 1}, {2, 2, 2}}},
-    {8, "yuv422w", {{1, 1, 1}, {1, 1, 2}, {1, 1, 2}}},
-    {11, "t64x32", {{1, 1, 1, 128, 32}, {2, 2, 2, 128, 32}}},
-    {12, "t16x16", {{1, 1, 1, 16, 16}, {2, 2, 2, 16, 8}}},
-    {13, "t8x8", {{1, 1, 1, 8, 8}, {2, 2, 2, 8, 4}}},
-    {14, "t256x16", {{1, 1, 1, 256, 16}, {2, 2, 2, 256, 8}}},
-    {100, "uyvy", {{4, 2, 1}}},
-    {101, "yuyv", {{4, 2, 1}}},
-    {200, "rgb565", {{2, 1, 1}}},
-    {201, "bgr565", {{2, 1, 1}}},
-    {400, "rgb888", {{3, 1, 1}}},
-    {401, "bgr888", {{3, 1, 1}}},
-    {500, "rgba8888", {{4, 1, 1}}},
-    {501, "bgra8888", {{4, 1, 1}}},
-    {502, "argb8888", {{4, 1, 1}}},
-    {503, "abgr8888", {{4, 1, 1}}},
-    {600, "yuv420Planar16", {{2, 1, 1}, {2, 2, 2}, {2, 2, 2}}},
-    {601, "p010le", {{2, 1, 1}, {4, 2, 2}}}};
+inline const std::vector<Layout> kLayouts = [] {
+  std::istringstream words(
+      "0 yuv400 1 yuv420 2 yuv422n 3 yuv444 4 yv12 5 yv16 6 nv12 7 nv21 "
+      "8 yuv422w 11 t64x32 12 t16x16 13 t8x8 14 t256x16 100 uyvy 101 yuyv "
+      "200 rgb565 201 bgr565 400 rgb888 401 bgr888 500 rgba8888 501 bgra8888 "
+      "502 argb8888 503 abgr8888 600 yuv420Planar16 601 p010le");
+  std::vector<Layout> all;
+  for (Layout entry; words >> entry.code >> entry.token;) all.push_back(entry);
+  return all;
+}();
 
 inline const Layout &layout(const std::string &token) {
   return *std::find_if(
@@ -71,7 +48,7 @@ class RawFrame {
   RawFrame(const Layout &layout, int width, int height, int32_t standard = 0)
       : layout_(layout), img_(describe(width, height, standard)) {
     even_img_ = describe((width + 1) / 2 * 2, (height + 1) / 2 * 2, standard);
-    for (size_t p = 0; p < layout.planes.size(); ++p) {
+    for (int p = 0; p < 4 && even_img_.stride[p] > 0; ++p) {
       memory_.emplace_back(even_img_.stride[p] * even_img_.buf_height[p]);
     }
   }
@@ -94,20 +71,26 @@ class RawFrame {
   vexo_img even_img() { return placed(even_img_); }
 
  private:
-  static int whole(int value, int unit) { return (value + unit - 1) / unit; }
-
+  // Of tiled planes rows are filled up to whole tiles, and so is the plane.
+  // Tiles of 64 x 32 come in pairs of columns.
   vexo_img describe(int width, int height, int32_t standard) const {
+    constexpr int kTiles[4][3] = {
+        {128, 32, 32}, {16, 16, 8}, {8, 8, 4}, {256, 16, 8}};
     vexo_img img = {};
     img.format = layout_.code;
     img.color_std = standard;
-    for (size_t p = 0; p < layout_.planes.size(); ++p) {
-      const auto [bytes, across, down, tile, rows] = layout_.planes[p];
-      const int units = whole(width, across);
-      // Packed YUV counts in pixels.
-      img.width[p] = bytes == 4 && across == 2 && !p ? width : units;
-      img.height[p] = whole(height, down);
-      img.stride[p] = whole(units * bytes, tile) * tile;
-      img.buf_height[p] = whole(img.height[p], rows) * rows;
+    const auto planes = lox_test::exact_image(layout_.code, width, height);
+    for (int p = 0; p < 4; ++p) {
+      img.width[p] = planes[p].width;
+      img.height[p] = planes[p].height;
+      img.stride[p] = static_cast<int32_t>(planes[p].row_bytes);
+      if (layout_.tiled() && p == 1) img.height[p] = (height + 1) / 2;
+      img.buf_height[p] = img.height[p];
+      if (!layout_.tiled()) continue;
+      const int *const tile = kTiles[layout_.code - VEXO_FMT_T64X32];
+      const int rows = tile[1 + p % 2];
+      img.stride[p] = (img.stride[p] + tile[0] - 1) / tile[0] * tile[0];
+      img.buf_height[p] = (img.height[p] + rows - 1) / rows * rows;
     }
     return img;
   }
