@@ -16,20 +16,15 @@ namespace {
 
 template <class V, bool kFetch = false>
 LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
-  for (size_t turns = n / (4 * V::kBlock); turns != 0; --turns) {
-    if constexpr (kFetch) prefetch(dst, kAhead, 4 * V::kBlock);
-    V::copy_4_blocks(dst, src);
-  }
-  for (size_t turns = n / V::kBlock % 4; turns != 0; --turns) {
-    V::put_block(dst, V::take_block(src));
-  }
-  const size_t left = n % V::kBlock;
-  if (left > 0) {
-    // The last vector ends with the run.
-    dst -= V::kBlock - left;
-    src -= V::kBlock - left;
-    V::put_block(dst, V::take_block(src));
-  }
+  const size_t left =
+      for_whole_units<4 * V::kBlock, 1>(n, [&]() LOX_INLINE_LAMBDA {
+        if constexpr (kFetch) prefetch(dst, kAhead, 4 * V::kBlock);
+        V::copy_4_blocks(dst, src);
+      });
+  for_units<V::kBlock, 1>(
+      static_cast<ptrdiff_t>(left),
+      [&]() LOX_INLINE_LAMBDA { V::put_block(dst, V::take_block(src)); },
+      taken<1>(dst), taken<1>(src));
 }
 
 void copy(uint8_t *dst, const uint8_t *src, size_t n) {

@@ -34,31 +34,24 @@ void deinterleave(const uint8_t *src, uint8_t *even, uint8_t *odd,
   const ptrdiff_t pairs = n / 2;
   ptrdiff_t i = 0;
 #if LOX_VECTORS
-  i = fetching_if_large<2>(pairs,
-                           [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
-                             const uint8_t *from = src;
-                             uint8_t *to0 = even;
-                             uint8_t *to1 = odd;
-                             for_vectors<V, kSteps>(
-                                 pairs,
-                                 [&]() LOX_INLINE_LAMBDA {
-                                   if constexpr (kFetch) {
-                                     prefetch(to0, kAhead, V::n);
-                                     prefetch(to1, kAhead, V::n);
-                                   }
-                                   const auto two = V::load_deinterleave(from);
-                                   V::store_bytes(to0, two.even);
-                                   V::store_bytes(to1, two.odd);
-                                 },
-                                 [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-                                   from += 2 * step;
-                                   to0 += step;
-                                   to1 += step;
-                                   keep_pointer(from);
-                                   keep_pointer(to0);
-                                   keep_pointer(to1);
-                                 });
-                           });
+  i = fetching_if_large<2>(
+      pairs, [&]<class V, bool kFetch>() LOX_INLINE_LAMBDA {
+        const uint8_t *from = src;
+        uint8_t *to0 = even;
+        uint8_t *to1 = odd;
+        for_vectors<V, kSteps>(
+            pairs,
+            [&]() LOX_INLINE_LAMBDA {
+              if constexpr (kFetch) {
+                prefetch(to0, kAhead, V::n);
+                prefetch(to1, kAhead, V::n);
+              }
+              const auto two = V::load_deinterleave(from);
+              V::store_bytes(to0, two.even);
+              V::store_bytes(to1, two.odd);
+            },
+            moving<2>(from), moving<1>(to0), moving<1>(to1));
+      });
 #endif
   for (; i < pairs; ++i) {
     even[i] = src[2 * i];
@@ -81,14 +74,7 @@ void interleave(const uint8_t *even, const uint8_t *odd, uint8_t *dst,
           if constexpr (kFetch) prefetch(to, kAhead, 2 * V::n);
           V::store_interleave(to, V::load_bytes(from0), V::load_bytes(from1));
         },
-        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-          from0 += step;
-          from1 += step;
-          to += 2 * step;
-          keep_pointer(from0);
-          keep_pointer(from1);
-          keep_pointer(to);
-        });
+        moving<1>(from0), moving<1>(from1), moving<2>(to));
   });
 #endif
   for (; i < n; ++i) {
@@ -110,7 +96,7 @@ void deinterleave4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
       prefetch(planes[k] + at, kAhead, P::n);
       P::store_plane(planes[k] + at, v);
     };
-    for_vectors<Bulk>(
+    for_vectors<Bulk, 1>(
         n,
         [&]() LOX_INLINE_LAMBDA {
           const auto v = P::load_deinterleave4(src + 4 * at);
@@ -119,7 +105,7 @@ void deinterleave4(const uint8_t *src, uint8_t *const *planes, ptrdiff_t n) {
           put(2, v.c);
           put(3, v.d);
         },
-        [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
+        moving<1>(at));
     i = n;
   }
 #endif
@@ -140,13 +126,13 @@ void interleave4(const uint8_t *const *planes, uint8_t *dst, ptrdiff_t n) {
       return planes[k] != nullptr ? P::load_plane(planes[k] + at)
                                   : P::all_255();
     };
-    for_vectors<V>(
+    for_vectors<V, 1>(
         n,
         [&]() LOX_INLINE_LAMBDA {
           P::store_interleave4(dst + 4 * at, take(0), take(1), take(2),
                                take(3));
         },
-        [&](ptrdiff_t step) LOX_INLINE_LAMBDA { at += step; });
+        moving<1>(at));
   });
 #endif
   for (; i < n; ++i) {
@@ -166,12 +152,7 @@ LOX_INLINE ptrdiff_t make_bytes(const uint8_t *src, uint8_t *dst, ptrdiff_t n,
     uint8_t *to = dst;
     for_vectors<V, kSteps>(
         n, [&]() LOX_INLINE_LAMBDA { V::store_bytes(to, make(v, from)); },
-        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-          from += 2 * step;
-          to += step;
-          keep_pointer(from);
-          keep_pointer(to);
-        });
+        moving<2>(from), moving<1>(to));
   });
 }
 #endif
@@ -210,13 +191,12 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
     constexpr ptrdiff_t kPairs = V::kBlock / 2;
     const uint8_t *from = src;
     uint8_t *to = dst;
-    for (ptrdiff_t turns = n / (2 * kPairs); turns != 0; --turns) {
-      if constexpr (kFetch) prefetch(to, kAhead, 2 * V::kBlock);
-      V::swap_2_blocks(to, from);
-    }
-    if (n / kPairs % 2 != 0) {
-      V::put_block(to, V::swap_pairs(V::take_block(from)));
-    }
+    const size_t left = for_whole_units<2 * kPairs, 1>(
+        static_cast<size_t>(n), [&]() LOX_INLINE_LAMBDA {
+          if constexpr (kFetch) prefetch(to, kAhead, 2 * V::kBlock);
+          V::swap_2_blocks(to, from);
+        });
+    if (left >= kPairs) V::put_block(to, V::swap_pairs(V::take_block(from)));
     i = n - n % kPairs;
   };
   // As little work as a copy.
@@ -244,7 +224,7 @@ void yuyv(const uint8_t *src, uint8_t *y, uint8_t *u, uint8_t *v,
 #if LOX_VECTORS
   // Averages are not made twice: no vector may do pairs again.
   with_vectors(width / 2, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    for (; pair + V::n <= width / 2; pair += V::n) {
+    const auto step = [&]() LOX_INLINE_LAMBDA {
       const auto low = V::load_deinterleave(src + 4 * pair);
       const auto high = V::load_deinterleave(src + 4 * pair + 2 * V::n);
       V::store_bytes(y + 2 * pair, low.even);
@@ -256,7 +236,9 @@ void yuyv(const uint8_t *src, uint8_t *y, uint8_t *u, uint8_t *v,
       }
       V::store_bytes(u + pair, chroma.even);
       V::store_bytes(v + pair, chroma.odd);
-    }
+    };
+    for_whole_units<V::n, 1>(static_cast<size_t>(width / 2), step,
+                             moving<1>(pair));
   });
 #endif
   for (; 2 * pair < width; ++pair) {

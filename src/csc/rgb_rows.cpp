@@ -74,14 +74,6 @@ LOX_INLINE auto chroma_weights() {
   return weights<V, F, K>(128 + 128 * 256);
 }
 
-// Stores a vector of bytes and moves behind it.
-template <class V>
-LOX_INLINE void put(uint8_t *&to, typename V::Bytes bytes) {
-  V::store_bytes(to, bytes);
-  to += V::n;
-  keep_pointer(to);
-}
-
 #endif
 
 // --- to YUV -----------------------------------------------------------------
@@ -94,16 +86,13 @@ void luma(const RgbToYuvRow &row, ptrdiff_t width) {
     const auto y_weights = luma_weights<V, F, M>();
     const uint8_t *rgb = row.rgb;
     uint8_t *y = row.y;
-    for_moving_vectors<V, 2>(
+    for_vectors<V, 2>(
         width,
         [&]() LOX_INLINE_LAMBDA {
-          put<V>(y,
-                 V::weighted_sum(V::template take_pixels<F>(rgb), y_weights));
+          V::store_bytes(
+              y, V::weighted_sum(V::template take_pixels<F>(rgb), y_weights));
         },
-        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          rgb -= pixels * F.bytes;
-          y -= pixels;
-        });
+        taken<F.bytes>(rgb), moving<1>(y));
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
@@ -127,31 +116,24 @@ void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     uint8_t *y = row.y;
     uint8_t *chroma0 = row.chroma[0];
     uint8_t *chroma1 = row.chroma[1];
-    // Chroma bytes that a row has for a pixel, times two.
-    constexpr int kChromaBytes = kChroma == kChromaPlanes ? 1 : 2;
-    for_moving_vectors<V, 1>(
+    // Chroma bytes of two pixels.
+    constexpr int kBytes0 = kChroma == kChromaPlanes ? 1 : 2;
+    constexpr int kBytes1 = kChroma == kChromaPlanes ? 1 : 0;
+    for_vectors<V, 1>(
         whole,
         [&]() LOX_INLINE_LAMBDA {
           const auto pixels = V::template take_pixels<F>(rgb);
-          put<V>(y, V::weighted_sum(pixels, y_weights));
+          V::store_bytes(y, V::weighted_sum(pixels, y_weights));
           const auto pairs =
               V::weighted_sums_of_even(pixels, first_weights, second_weights);
           if constexpr (kChroma == kChromaPlanes) {
             V::store_rows(chroma0, chroma1, pairs);
-            chroma1 += V::n / 2;
-            keep_pointer(chroma1);
           } else {
             V::store_pairs(chroma0, pairs);
           }
-          chroma0 += kChromaBytes * V::n / 2;
-          keep_pointer(chroma0);
         },
-        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          rgb -= pixels * F.bytes;
-          y -= pixels;
-          chroma0 -= kChromaBytes * pixels / 2;
-          if constexpr (kChroma == kChromaPlanes) chroma1 -= pixels / 2;
-        });
+        taken<F.bytes>(rgb), moving<1>(y), moving<kBytes0, 2>(chroma0),
+        moving<kBytes1, 2>(chroma1));
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
@@ -183,20 +165,15 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     uint8_t *y = row.y;
     uint8_t *u = row.chroma[0];
     uint8_t *v = row.chroma[1];
-    for_moving_vectors<V, 1>(
+    for_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
           const auto pixels = V::template take_pixels<F>(rgb);
-          put<V>(y, V::weighted_sum(pixels, y_weights));
-          put<V>(u, V::weighted_sum(pixels, u_weights));
-          put<V>(v, V::weighted_sum(pixels, v_weights));
+          V::store_bytes(y, V::weighted_sum(pixels, y_weights));
+          V::store_bytes(u, V::weighted_sum(pixels, u_weights));
+          V::store_bytes(v, V::weighted_sum(pixels, v_weights));
         },
-        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          rgb -= pixels * F.bytes;
-          y -= pixels;
-          u -= pixels;
-          v -= pixels;
-        });
+        taken<F.bytes>(rgb), moving<1>(y), moving<1>(u), moving<1>(v));
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
@@ -216,7 +193,7 @@ void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
     const uint8_t *from = src;
     uint8_t *to = dst;
-    for_moving_vectors<V, 1>(
+    for_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
           const auto pixels = V::template take_pixels<F>(from);
@@ -225,12 +202,8 @@ void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
           } else {
             V::store_rgba(to, pixels);
           }
-          to += To.bytes * V::n;
         },
-        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          from -= pixels * F.bytes;
-          to -= pixels * To.bytes;
-        });
+        taken<F.bytes>(from), moving<To.bytes>(to));
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {

@@ -13,7 +13,7 @@ namespace {
 #include "csc/yuv_to_rgb_matrices.h"
 
 // Where the vector form stands in the rows.
-struct Cursor {
+struct Place {
   const uint8_t *y0, *y1;
   const uint8_t *chroma0, *chroma1;
   uint8_t *rgb0, *rgb1;
@@ -42,10 +42,10 @@ struct Planar : ByteLuma {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = 0;
   template <class V, Order O>
-  LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
+  LOX_INLINE static typename V::Pairs chroma(const Place &at) {
     return V::template load_interleave<O>(at.chroma0, at.chroma1);
   }
-  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+  LOX_INLINE static void move_chroma(Place &at, ptrdiff_t pixels) {
     at.chroma0 += pixels / 2;
     at.chroma1 += pixels / 2;
   }
@@ -64,10 +64,10 @@ struct SemiPlanar : ByteLuma {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = I;
   template <class V, Order O>
-  LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
+  LOX_INLINE static typename V::Pairs chroma(const Place &at) {
     return V::template load_pairs<O>(at.chroma0);
   }
-  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+  LOX_INLINE static void move_chroma(Place &at, ptrdiff_t pixels) {
     at.chroma0 += pixels;
   }
 #endif
@@ -90,10 +90,10 @@ struct SemiPlanarWords {
     return V::template load_words<O>(y);
   }
   template <class V, Order O>
-  LOX_INLINE static typename V::Pairs chroma(const Cursor &at) {
+  LOX_INLINE static typename V::Pairs chroma(const Place &at) {
     return V::template load_word_pairs<O>(at.chroma0);
   }
-  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+  LOX_INLINE static void move_chroma(Place &at, ptrdiff_t pixels) {
     at.chroma0 += 2 * pixels;
   }
 #endif
@@ -109,10 +109,10 @@ struct Full : ByteLuma {
   static constexpr bool kTwoPixels = false;
   static constexpr int kU = 0;
   template <class V, Order O>
-  LOX_INLINE static typename V::WPairs chroma(const Cursor &at) {
+  LOX_INLINE static typename V::WPairs chroma(const Place &at) {
     return V::template load_interleave_wide<O>(at.chroma0, at.chroma1);
   }
-  LOX_INLINE static void move_chroma(Cursor &at, ptrdiff_t pixels) {
+  LOX_INLINE static void move_chroma(Place &at, ptrdiff_t pixels) {
     at.chroma0 += pixels;
     at.chroma1 += pixels;
   }
@@ -132,7 +132,7 @@ struct Packed {
   static constexpr bool kTwoPixels = true;
   static constexpr int kU = 0;
   static constexpr int kLumaBytes = 2;
-  LOX_INLINE static void move_chroma(Cursor &, ptrdiff_t) {}
+  LOX_INLINE static void move_chroma(Place &, ptrdiff_t) {}
 #endif
 };
 
@@ -229,7 +229,7 @@ constexpr bool kIsPacked<Packed<kLuma>> = true;
 
 template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream,
           class C>
-LOX_INLINE void step(const Cursor &at, const C &k) {
+LOX_INLINE void step(const Place &at, const C &k) {
   constexpr Order kOrder = order_of(F);
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
@@ -249,30 +249,37 @@ LOX_INLINE void step(const Cursor &at, const C &k) {
   }
 }
 
+// The pointers of one row or two, as one that for_vectors moves.
 template <class Src, PixelFormat F, int kRows>
-LOX_INLINE void move(Cursor &at, ptrdiff_t pixels) {
-  at.y0 += pixels * Src::kLumaBytes;
-  at.rgb0 += pixels * F.bytes;
-  Src::move_chroma(at, pixels);
-  if constexpr (kRows == 2) {
-    at.y1 += pixels * Src::kLumaBytes;
-    at.rgb1 += pixels * F.bytes;
+struct RowCursor {
+  Place &at;
+  LOX_INLINE void move(ptrdiff_t pixels) const {
+    at.y0 += pixels * Src::kLumaBytes;
+    at.rgb0 += pixels * F.bytes;
+    Src::move_chroma(at, pixels);
+    if constexpr (kRows == 2) {
+      at.y1 += pixels * Src::kLumaBytes;
+      at.rgb1 += pixels * F.bytes;
+    }
   }
-  keep_pointer(at.y0);
-  keep_pointer(at.y1);
-  keep_pointer(at.chroma0);
-  keep_pointer(at.chroma1);
-  keep_pointer(at.rgb0);
-  keep_pointer(at.rgb1);
-}
+  LOX_INLINE void advance(ptrdiff_t pixels) const {
+    move(pixels);
+    keep_pointer(at.y0);
+    keep_pointer(at.y1);
+    keep_pointer(at.chroma0);
+    keep_pointer(at.chroma1);
+    keep_pointer(at.rgb0);
+    keep_pointer(at.rgb1);
+  }
+};
 
 template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream>
 LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   const typename M::template Constants<V, Src::kU> constants;
-  Cursor at = {rows.y[0],      rows.y[1],   rows.chroma[0],
-               rows.chroma[1], rows.rgb[0], rows.rgb[1]};
+  Place at = {rows.y[0],      rows.y[1],   rows.chroma[0],
+              rows.chroma[1], rows.rgb[0], rows.rgb[1]};
   [[maybe_unused]] const bool fetch = rows.fetch;
-  for_vectors<V>(
+  for_units_and_last<V::n, 1>(
       width,
       [&]() LOX_INLINE_LAMBDA {
         if constexpr (kAhead != 0 && !kStream) {
@@ -283,11 +290,10 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
         }
         step<V, Src, F, M, kRows, kStream>(at, constants);
       },
-      [&](ptrdiff_t pixels)
-          LOX_INLINE_LAMBDA { move<Src, F, kRows>(at, pixels); },
       [&]() LOX_INLINE_LAMBDA {
         step<V, Src, F, M, kRows, false>(at, constants);
-      });
+      },
+      RowCursor<Src, F, kRows>{at});
 }
 
 #endif  // LOX_VECTORS
@@ -322,7 +328,7 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
     const auto k64 = V::make_factor(64);
     const uint8_t *from = y;
     uint8_t *to = rgb;
-    for_vectors<V>(
+    for_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
           if constexpr (F.bytes == 2) {
@@ -336,10 +342,7 @@ void grey_to_rgb(const uint8_t *y, uint8_t *rgb, ptrdiff_t width) {
             V::template store3<false>(to, bytes, bytes, bytes);
           }
         },
-        [&](ptrdiff_t pixels) LOX_INLINE_LAMBDA {
-          from += pixels;
-          to += pixels * F.bytes;
-        });
+        moving<1>(from), moving<F.bytes>(to));
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {

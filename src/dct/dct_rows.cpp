@@ -199,13 +199,17 @@ LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
 template <class D, class Rows>
 LOX_INLINE ptrdiff_t sum_vectors_of(const Down &down, ptrdiff_t x, ptrdiff_t n,
                                     int16_t *t) {
-  ptrdiff_t i = 0;
-  for (; i + D::n <= n; i += D::n) sum_vector<D, Rows>(down, x + i, t, i);
-  // The last vector may do columns again; of an odd number one is left.
+  // Places are even: of an odd number of columns the last one is left.
   const ptrdiff_t even = n & ~ptrdiff_t{1};
-  if (i < even && even >= D::n) {
-    sum_vector<D, Rows>(down, x + even - D::n, t, even - D::n);
-    i = even;
+  ptrdiff_t i = 0;
+  if (even >= D::n) {
+    for_units<D::n, 1>(
+        even,
+        [&]() LOX_INLINE_LAMBDA {
+          sum_vector<D, Rows>(down, x + i, t, i);
+          i += D::n;
+        },
+        taken<1>(i));
   }
   return i;
 }

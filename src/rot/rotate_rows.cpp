@@ -132,22 +132,20 @@ template <class V, int kUnit>
 LOX_INLINE void reverse_runs(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   constexpr ptrdiff_t kRun = V::template kRun<kUnit>;
   constexpr ptrdiff_t kRuns = kAhead == 0 ? 2 * kRun : 4 * kRun;
-  for (; n >= kRuns; n -= kRuns) {
-    if (kAhead != 0 && n * kUnit > kAhead) {
-      for (ptrdiff_t i = 0; i < kRuns * kUnit; i += 64) {
-        prefetch(dst, kAhead + i);
-      }
-    }
-    for (ptrdiff_t i = 0; i < kRuns; i += kRun) {
-      V::template reverse_run<kUnit>(src, dst);
-    }
-  }
-  for (; n >= kRun; n -= kRun) V::template reverse_run<kUnit>(src, dst);
-  if (n > 0) {
-    src += (kRun - n) * kUnit;
-    dst -= (kRun - n) * kUnit;
-    V::template reverse_run<kUnit>(src, dst);
-  }
+  const uint8_t *const end = dst + n * kUnit;
+  const size_t left = for_whole_units<kRuns, 1>(
+      static_cast<size_t>(n), [&]() LOX_INLINE_LAMBDA {
+        if (kAhead != 0 && end - dst > kAhead) {
+          prefetch(dst, kAhead, kRuns * kUnit);
+        }
+        for (ptrdiff_t i = 0; i < kRuns; i += kRun) {
+          V::template reverse_run<kUnit>(src, dst);
+        }
+      });
+  for_units<kRun, 1>(
+      static_cast<ptrdiff_t>(left),
+      [&]() LOX_INLINE_LAMBDA { V::template reverse_run<kUnit>(src, dst); },
+      taken<-kUnit>(src), taken<kUnit>(dst));
 }
 #endif
 

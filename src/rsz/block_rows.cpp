@@ -38,17 +38,12 @@ void row(const uint8_t *src, ptrdiff_t step, uint8_t *dst, ptrdiff_t n) {
             static_assert(V::n >= 8 * M.unit && BlockOps<V>::n == V::n);
             const uint8_t *from = src;
             uint8_t *to = dst;
-            for_vectors<V>(
+            for_vectors<V, 1>(
                 bytes,
                 [&]() LOX_INLINE_LAMBDA {
                   BlockOps<V>::template put_means<M>(from, step, to);
                 },
-                [&](ptrdiff_t moved) LOX_INLINE_LAMBDA {
-                  from += M.side * moved;
-                  to += moved;
-                  keep_pointer(from);
-                  keep_pointer(to);
-                });
+                moving<M.side>(from), moving<1>(to));
           }) /
       M.unit;
 #endif

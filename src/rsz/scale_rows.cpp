@@ -33,23 +33,20 @@ LOX_INLINE void for_groups(const Columns *c, const uint8_t *row,
     keep_pointer(at.offsets);
     keep_pointer(at.table);
   };
-  const auto move = [&](ptrdiff_t by) LOX_INLINE_LAMBDA {
-    dst += by;
-    keep_pointer(dst);
-  };
   for (auto i = static_cast<uint32_t>(c->repeats); i != 0; --i) {
     at.offsets = c->offsets;
     at.table = c->table;
     auto left = static_cast<uint32_t>(c->period);  // not 0 here
     do {
       step();
-      move(V::n);
+      dst += V::n;
+      keep_pointer(dst);
     } while (--left != 0);
     at.src += c->advance;
   }
   const ptrdiff_t rest =
       ptrdiff_t{c->count} * c->unit - ptrdiff_t{c->repeats} * c->period * V::n;
-  if (rest > 0) for_vectors<V, 2>(rest, step, move);
+  if (rest > 0) for_vectors<V, 2>(rest, step, moving<1>(dst));
 }
 
 // Calls kernel.operator()<method>() for one of the gathering forms.
@@ -89,7 +86,7 @@ LOX_INLINE void for_boxes(const uint8_t *row, const uint8_t *below,
   row += start;
   below += start;
   const ptrdiff_t apart = below - row;
-  for_moving_vectors<V, 4>(
+  for_vectors<V, 4>(
       ptrdiff_t{c->count} * c->unit,
       [&]() LOX_INLINE_LAMBDA {
         // The next two rows, if the factor down is the same: they come from
@@ -104,11 +101,7 @@ LOX_INLINE void for_boxes(const uint8_t *row, const uint8_t *below,
         keep_pointer(below);
         keep_pointer(dst);
       },
-      [&](ptrdiff_t by) LOX_INLINE_LAMBDA {
-        row -= kFactor * by;
-        below -= kFactor * by;
-        dst -= by;
-      });
+      taken<kFactor>(row), taken<kFactor>(below), taken<1>(dst));
 }
 
 // Each sample and the value half way to the next.
@@ -130,12 +123,7 @@ LOX_INLINE void double_columns(const uint8_t *row, uint8_t *dst,
           V::template store_interleave_units<kUnit>(
               to, here, V::average_down(here, V::load_bytes(from + kUnit)));
         },
-        [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-          from += step;
-          to += 2 * step;
-          keep_pointer(from);
-          keep_pointer(to);
-        });
+        moving<1>(from), moving<2>(to));
   }
   for (ptrdiff_t i = inner >= V::n ? inner : 0; i < half; i += kUnit) {
     for (int k = 0; k < kUnit; ++k) {
@@ -281,15 +269,8 @@ LOX_INLINE bool lerp_vectors(const uint8_t *a, const uint8_t *b, uint8_t *dst,
   with_type<As>(n, [&]<class T>(T) LOX_INLINE_LAMBDA {
     const auto rows = [&](auto make) LOX_INLINE_LAMBDA {
       for_vectors<typename T::Lanes, 2>(
-          n, [&]() LOX_INLINE_LAMBDA { make(dst, a, b); },
-          [&](ptrdiff_t by) LOX_INLINE_LAMBDA {
-            a += by;
-            b += by;
-            dst += by;
-            keep_pointer(a);
-            keep_pointer(b);
-            keep_pointer(dst);
-          });
+          n, [&]() LOX_INLINE_LAMBDA { make(dst, a, b); }, moving<1>(a),
+          moving<1>(b), moving<1>(dst));
     };
     if (step.length == 2) {
       return rows([](uint8_t *to, const uint8_t *p, const uint8_t *q)
@@ -430,14 +411,7 @@ LOX_INLINE void reduce_words(const uint8_t *row, const uint8_t *below,
           [&]() LOX_INLINE_LAMBDA {
             V::template halve_words<kUnit>(row, below, dst);
           },
-          [&](ptrdiff_t step) LOX_INLINE_LAMBDA {
-            row += 2 * step;
-            below += 2 * step;
-            dst += step;
-            keep_pointer(row);
-            keep_pointer(below);
-            keep_pointer(dst);
-          });
+          moving<2>(row), moving<2>(below), moving<1>(dst));
     });
   }
 #endif

@@ -82,64 +82,76 @@ LOX_INLINE ptrdiff_t with_vectors(ptrdiff_t width, Kernel kernel) {
   return 0;
 }
 
-// Holds a pointer to moving by itself where that costs nothing: compilers else
-// compute it from another one.
+// Makes a pointer that moves a register of its own where that costs nothing:
+// compilers else compute it from another one in every step.
 template <class T>
-LOX_INLINE void keep_pointer([[maybe_unused]] T *&p) {
+LOX_INLINE void keep_pointer([[maybe_unused]] T &p) {
   if constexpr (kLoadsMovePointers) __asm__("" : "+r"(p));
 }
 
-// Calls step() for every whole kUnits of n units, kSteps times in a turn of the
-// loop where so many are left. Returns the units left. Turns are counted down
-// to zero: a comparison less than counting units.
-template <size_t kUnits, int kSteps, class Step>
-LOX_INLINE size_t for_turns(size_t n, Step step) {
-  for (size_t turns = n / (kSteps * kUnits); turns != 0; --turns) {
+// A pointer, or an index, of a loop below: it goes kNum / kDen further for each
+// unit. One that is `taken` is moved by the step itself.
+template <int kNum, int kDen, bool kTaken, class T>
+struct Cursor {
+  T &at;
+  LOX_INLINE void move(ptrdiff_t units) const { at += units * kNum / kDen; }
+  LOX_INLINE void advance(ptrdiff_t units) const {
+    if constexpr (kTaken) return;
+    move(units);
+    keep_pointer(at);
+  }
+};
+template <int kNum, int kDen = 1, class T>
+LOX_INLINE Cursor<kNum, kDen, false, T> moving(T &at) {
+  return {at};
+}
+template <int kNum, int kDen = 1, class T>
+LOX_INLINE Cursor<kNum, kDen, true, T> taken(T &at) {
+  return {at};
+}
+
+// Calls step() for every whole kUnits of n units, kSteps times in an iteration
+// where so many are left, and has the cursors follow. Returns the units left.
+// Iterations are counted down to zero: a comparison less than counting units.
+template <size_t kUnits, int kSteps, class Step, class... Cursors>
+LOX_INLINE size_t for_whole_units(size_t n, Step step, Cursors... cursors) {
+  const auto move_on = [&]() LOX_INLINE_LAMBDA {
+    step();
+    (cursors.advance(kUnits), ...);
+  };
+  for (size_t left = n / (kSteps * kUnits); left != 0; --left) {
     LOX_UNROLL
-    for (int i = 0; i < kSteps; ++i) step();
+    for (int i = 0; i < kSteps; ++i) move_on();
   }
   if constexpr (kSteps > 1) {
-    for (size_t turns = n / kUnits % kSteps; turns != 0; --turns) step();
+    for (size_t left = n / kUnits % kSteps; left != 0; --left) move_on();
   }
   return n % kUnits;
 }
-template <class V, int kSteps, class Step>
-LOX_INLINE ptrdiff_t for_whole_vectors(ptrdiff_t width, Step step) {
-  return static_cast<ptrdiff_t>(
-      for_turns<V::n, kSteps>(static_cast<size_t>(width), step));
-}
 
-// Does a row of `width` pixels, V::n or more, in whole vectors, kSteps of them
-// in a turn of the loop where so many are left. step() does the vector that the
-// kernel's pointers stand on, move(pixels) moves them. The last vector ends at
-// `width` and may do pixels again, which is cheaper than doing them one by one;
-// it is done by last(), as its address may be any.
-template <class V, int kSteps = 1, class Step, class Move, class Last>
-LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move, Last last) {
-  const ptrdiff_t left =
-      for_whole_vectors<V, kSteps>(width, [&]() LOX_INLINE_LAMBDA {
-        step();
-        move(V::n);
-      });
+// Does n units in whole steps. The last one ends with the row and may do units
+// again, which is cheaper than doing them one by one: there must be kUnits of
+// them before the row's end. It is done by last(), as its address may be any.
+template <size_t kUnits, int kSteps, class Step, class Last, class... Cursors>
+LOX_INLINE void for_units_and_last(ptrdiff_t n, Step step, Last last,
+                                   Cursors... cursors) {
+  const size_t left =
+      for_whole_units<kUnits, kSteps>(static_cast<size_t>(n), step, cursors...);
   if (left > 0) {
-    move(left - V::n);
+    (cursors.move(static_cast<ptrdiff_t>(left) -
+                  static_cast<ptrdiff_t>(kUnits)),
+     ...);
     last();
   }
 }
-template <class V, int kSteps = 1, class Step, class Move>
-LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Move move) {
-  for_vectors<V, kSteps>(width, step, move, step);
+template <size_t kUnits, int kSteps, class Step, class... Cursors>
+LOX_INLINE void for_units(ptrdiff_t n, Step step, Cursors... cursors) {
+  for_units_and_last<kUnits, kSteps>(n, step, step, cursors...);
 }
-
-// The same for a step() that moves the kernel's pointers itself; back(pixels)
-// moves them back to where the last vector begins.
-template <class V, int kSteps, class Step, class Back>
-LOX_INLINE void for_moving_vectors(ptrdiff_t width, Step step, Back back) {
-  const ptrdiff_t left = for_whole_vectors<V, kSteps>(width, step);
-  if (left > 0) {
-    back(V::n - left);
-    step();
-  }
+// The same of vectors of pixels.
+template <class V, int kSteps, class Step, class... Cursors>
+LOX_INLINE void for_vectors(ptrdiff_t width, Step step, Cursors... cursors) {
+  for_units<V::n, kSteps>(width, step, cursors...);
 }
 
 }  // namespace lox::LOX_SET

@@ -110,20 +110,17 @@ LOX_INLINE void sharpen_rows(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst,
       V::n - (reinterpret_cast<uintptr_t>(src) & (V::n - 1));
   const uint8_t *from = src + first;
   uint8_t *to = dst + first;
-  const ptrdiff_t left =
-      for_whole_vectors<V, 1>(n - first, [&]() LOX_INLINE_LAMBDA {
+  for_vectors<V, 1>(
+      n - first,
+      [&]() LOX_INLINE_LAMBDA {
         // What the next rows need, or memory would not keep up.
         for (int i = 0; i < kRows; ++i) {
           prefetch(from, (kRows + 2 + i) * pitch);
           prefetch(to, (kRows + i) * pitch);
         }
         sharpen_at<B, kRows>(from, pitch, to);
-        from += V::n;
-        to += V::n;
-        keep_pointer(from);
-        keep_pointer(to);
-      });
-  if (left > 0) sharpen_at<B, kRows>(src + n - V::n, pitch, dst + n - V::n);
+      },
+      moving<1>(from), moving<1>(to));
 }
 #endif
 
