@@ -9,6 +9,7 @@
 #include <limits>
 #include <vector>
 
+#include "commands.h"
 #include "error.h"
 #include "formats.h"
 #include "orumlox/csc.h"
@@ -16,6 +17,26 @@
 
 namespace vexo {
 namespace {
+
+constexpr const char *kConvertHelp =
+    R"(Converts pictures and clips between pixel layouts.
+
+IN is PNG, PGM (P5), PPM (P6), Y4M or raw frames; OUT is PNG, PGM, PPM, Y4M or
+raw frames by the ending of its name (.png .pgm .ppm .y4m; .raw .yuv .rgb) or
+--out-kind. - is standard input or output; standard output is Y4M by default.
+Several frames become numbered pictures with a name such as frame%03d.png; %% is
+a percent sign.
+
+Each step from a layout to the next is one conversion of the library. Without
+--to the layout is one that OUT can hold and the library converts to. The
+standard counts in every step between YUV and RGB, but p010le is always bt601;
+the library takes bt709-full for bt601-full.
+
+Raw frames are planes without gaps, their chroma sizes rounded up: the last
+column and row of an odd picture have chroma of their own. Tiled ones are whole
+tiles of luma, then of U, V pairs; those of an odd picture have the next even
+size, those of t64x32 an even number of tiles across. t256x16 is converted only
+when wider than 1280.)";
 
 // The library refuses anything smaller.
 constexpr int kMinConvertedSide = 8;
@@ -81,7 +102,8 @@ const Layout &choose_layout(Kind kind, const Layout &source,
 // All layouts from the source's to the output's. Frames that left their home
 // for a change go back to it if nobody says where to.
 std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
-                                 const Layout &source, const Layout &home) {
+                                 const Layout &source, const Layout &home,
+                                 int32_t color_std) {
   std::vector<const Layout *> chain = {&source};
   if (!options.via.empty()) {
     size_t start = 0;
@@ -106,9 +128,9 @@ std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
   if (options.to.empty()) {
     const bool returns = &home != &source && options.via.empty() &&
                          kind_carries(kind, home) &&
-                         library_converts(source, home, options.color_std);
+                         library_converts(source, home, color_std);
     const Layout &last =
-        returns ? home : choose_layout(kind, *chain.back(), options.color_std);
+        returns ? home : choose_layout(kind, *chain.back(), color_std);
     if (&last != chain.back()) chain.push_back(&last);
   }
   if (!kind_carries(kind, *chain.back())) {
@@ -116,7 +138,7 @@ std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
                 chain.back()->token);
   }
   for (size_t i = 1; i < chain.size(); ++i) {
-    check_route(*chain[i - 1], *chain[i], options.color_std);
+    check_route(*chain[i - 1], *chain[i], color_std);
   }
   return chain;
 }
@@ -161,12 +183,13 @@ void convert_step(const Frame &src, const Frame &dst) {
 }  // namespace
 
 void convert(const StreamOptions &options, Reshape *reshape) {
+  const int32_t color_std = standard_named(options.standard);
   const Kind kind = output_kind(options);
   const std::unique_ptr<FrameReader> reader = open_reader(options);
   const StreamInfo &source = reader->info();
   std::deque<Frame> frames;
   const auto add_frame = [&](const Layout &layout, const StreamInfo &size) {
-    frames.emplace_back(layout, size.width, size.height, options.color_std);
+    frames.emplace_back(layout, size.width, size.height, color_std);
   };
   StreamInfo info = source;
   // Which frame the change makes; 0: none.
@@ -174,7 +197,7 @@ void convert(const StreamOptions &options, Reshape *reshape) {
   if (reshape != nullptr) {
     const Layout &taken = reshape->takes(*source.layout);
     if (&taken != source.layout) {
-      check_route(*source.layout, taken, options.color_std);
+      check_route(*source.layout, taken, color_std);
       check_convertible(source);
       add_frame(*source.layout, source);
     }
@@ -185,7 +208,7 @@ void convert(const StreamOptions &options, Reshape *reshape) {
   }
   const Layout &home = reshaped > 1 ? *source.layout : *info.layout;
   const std::vector<const Layout *> chain =
-      plan(options, kind, *info.layout, home);
+      plan(options, kind, *info.layout, home, color_std);
   if (chain.size() > 1) check_convertible(info);
   for (const Layout *layout : chain) add_frame(*layout, info);
   const auto convert_next = [&frames, &reader, reshape, reshaped] {
@@ -212,6 +235,14 @@ void convert(const StreamOptions &options, Reshape *reshape) {
     progress.frame_done();
   } while (convert_next());
   writer->finish();
+}
+
+void add_convert(CLI::App &app) {
+  const auto options = std::make_shared<StreamOptions>();
+  CLI::App *const command =
+      add_stream_command(app, "convert", kConvertHelp, "--size", options.get());
+  add_step_options(command, options.get());
+  command->callback([options] { convert(*options); });
 }
 
 }  // namespace vexo

@@ -2,12 +2,11 @@
 //
 // vexo sharpen, deblock, saturate and anaglyph: frames as the library's calls
 // want them, planes without gaps among them, and what they make of these.
-#include "enhance.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <vector>
 
+#include "commands.h"
 #include "convert.h"
 #include "error.h"
 #include "orumlox/common.h"
@@ -18,6 +17,51 @@
 
 namespace vexo {
 namespace {
+
+constexpr const char *kSharpenHelp =
+    R"(Sharpens the luma of pictures and clips.
+
+IN and OUT are those of vexo convert. Frames are sharpened in their own layout
+if luma is a plane of 8 bits in it, else as yuv420, and go back to their own
+where the library converts to it and OUT holds it. Chroma is copied, and so are
+the two outermost rows and columns and a picture less than 5 wide or high. There
+is one strength.)";
+
+constexpr const char *kDeblockHelp =
+    R"(Smooths the edges of the 8x8 blocks of decoded pictures and clips.
+
+IN and OUT are those of vexo convert. All planes are filtered, each by itself,
+in the frames' own layout if its planes are of 8 bits without pairs, else as
+yuv420; frames go back to their own layout where the library converts to it and
+OUT holds it.
+
+N is how large an edge may be to pass for one that compression has made: flat
+blocks that differ by up to 8/3 N are joined by a slope, those that differ by
+more less and less, from 16/3 N on not at all. 0 changes nothing.)";
+
+constexpr const char *kSaturateHelp =
+    R"(Maps the chroma of pictures and clips through the library's saturation table.
+
+This is not what a saturation would give. The table is made of 32-bit words read
+as 16-bit ones: an even sample 2k of chroma becomes what N makes of k, that is
+((k - 128) N >> 10) + 128, limited to 0..255, and an odd one what N makes of 0.
+Pictures turn green. One line on standard error says so, unless --quiet.
+
+IN and OUT are those of vexo convert. Frames are worked on in their own layout
+if it has planes of U and V of 8 bits, else as yuv420, and go back to their own
+where the library converts to it and OUT holds it.)";
+
+constexpr const char *kAnaglyphHelp =
+    R"(Makes red-cyan anaglyphs of pictures and clips of two views side by side.
+
+IN and OUT are those of vexo convert. What is not RGB is converted to rgb888
+first, and goes back to what it was where the library converts to it and OUT
+holds it. Alpha is dropped. The anaglyph is half as wide as IN.)";
+
+// `level` is the strength or the mode, of those that have one.
+struct EnhanceOptions : StreamOptions {
+  int level = 0;
+};
 
 // 8 bits a sample and every component in a plane of its own.
 bool has_planes(const Layout &layout) {
@@ -165,31 +209,70 @@ class Anaglyph : public Reshape {
   std::vector<uint8_t> result_;
 };
 
+// The size of raw input alone is wanted, under either name.
+CLI::App *add_enhancement(CLI::App &app, const char *name, const char *help,
+                          EnhanceOptions *options) {
+  CLI::App *const command =
+      add_stream_command(app, name, help, "--size,--from-size", options);
+  add_step_options(command, options);
+  return command;
+}
+
 }  // namespace
 
-void sharpen(const StreamOptions &streams) {
-  Sharpen filter;
-  convert(streams, &filter);
+void add_sharpen(CLI::App &app) {
+  const auto options = std::make_shared<EnhanceOptions>();
+  add_enhancement(app, "sharpen", kSharpenHelp, options.get())
+      ->callback([options] {
+        Sharpen filter;
+        convert(*options, &filter);
+      });
 }
 
-void deblock(const StreamOptions &streams, int strength) {
-  Deblock filter(strength);
-  convert(streams, &filter);
+void add_deblock(CLI::App &app) {
+  const auto options = std::make_shared<EnhanceOptions>();
+  options->level = 8;
+  CLI::App *const command =
+      add_enhancement(app, "deblock", kDeblockHelp, options.get());
+  command->add_option("--strength", options->level, "N, 0 to 15 (8)")
+      ->check(CLI::Range(0, 15));
+  command->callback([options] {
+    Deblock filter(options->level);
+    convert(*options, &filter);
+  });
 }
 
-void saturate(const StreamOptions &streams, int strength) {
-  Saturate filter(strength);
-  convert(streams, &filter);
-  if (streams.quiet) return;
-  std::fputs(
-      "vexo: the library's table is made of 32-bit words read as 16-bit ones: "
-      "these are not the colours that a saturation would give\n",
-      stderr);
+void add_saturate(CLI::App &app) {
+  const auto options = std::make_shared<EnhanceOptions>();
+  options->level = 1180;
+  CLI::App *const command =
+      add_enhancement(app, "saturate", kSaturateHelp, options.get());
+  command->add_option("--strength", options->level, "N, 1 to 32767 (1180)")
+      ->check(CLI::Range(1, 32767));
+  command->callback([options] {
+    Saturate filter(options->level);
+    convert(*options, &filter);
+    if (options->quiet) return;
+    std::fputs(
+        "vexo: the library's table is made of 32-bit words read as 16-bit "
+        "ones: these are not the colours that a saturation would give\n",
+        stderr);
+  });
 }
 
-void anaglyph(const StreamOptions &streams, int mode) {
-  Anaglyph reshape(mode);
-  convert(streams, &reshape);
+void add_anaglyph(CLI::App &app) {
+  const auto options = std::make_shared<EnhanceOptions>();
+  CLI::App *const command =
+      add_enhancement(app, "anaglyph", kAnaglyphHelp, options.get());
+  command
+      ->add_option("--mode", options->level,
+                   "1: red of the left view, 2: of the right one")
+      ->required()
+      ->check(CLI::Range(1, 2));
+  command->callback([options] {
+    Anaglyph reshape(options->level);
+    convert(*options, &reshape);
+  });
 }
 
 }  // namespace vexo

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "commands.h"
 #include "error.h"
 #include "io.h"
 #include "orumlox/csc.h"
@@ -18,8 +19,19 @@ namespace {
 constexpr int kTrialWidth = 1344;
 constexpr int kTrialHeight = 64;
 
-constexpr int32_t kStandardValues[] = {VEXO_STD_DEFAULT, VEXO_STD_BT601_FULL,
-                                       VEXO_STD_BT709, VEXO_STD_BT709_FULL};
+struct Standard {
+  const char *name;
+  int32_t value;
+};
+constexpr Standard kStandards[] = {{"bt601", VEXO_STD_DEFAULT},
+                                   {"bt601-full", VEXO_STD_BT601_FULL},
+                                   {"bt709", VEXO_STD_BT709},
+                                   {"bt709-full", VEXO_STD_BT709_FULL}};
+
+struct FormatsOptions {
+  std::string standard = "bt601";
+  bool json = false;
+};
 
 void fill(const Frame &frame, int value) {
   for (int p = 0; p < frame.layout().planes; ++p) {
@@ -101,16 +113,16 @@ void print_table(int32_t color_std) {
 }  // namespace
 
 int32_t standard_named(const std::string &name) {
-  for (size_t i = 0; i < std::size(kStandards); ++i) {
-    if (name == kStandards[i]) return kStandardValues[i];
+  for (const Standard &standard : kStandards) {
+    if (name == standard.name) return standard.value;
   }
   throw Error("unknown standard '" + name +
               "': one of bt601, bt601-full, bt709, bt709-full");
 }
 
 const char *standard_name(int32_t color_std) {
-  for (size_t i = 0; i < std::size(kStandards); ++i) {
-    if (color_std == kStandardValues[i]) return kStandards[i];
+  for (const Standard &standard : kStandards) {
+    if (color_std == standard.value) return standard.name;
   }
   return "";
 }
@@ -121,12 +133,16 @@ bool library_converts(const Layout &from, const Layout &to, int32_t color_std) {
   return converts(src, dst);
 }
 
-void print_formats(int32_t color_std, bool json) {
-  if (json) {
-    print_json(color_std);
-  } else {
-    print_table(color_std);
-  }
+void add_formats(CLI::App &app) {
+  const auto options = std::make_shared<FormatsOptions>();
+  CLI::App *const command = app.add_subcommand(
+      "formats", "Prints which conversions the library has.");
+  command->add_flag("--json", options->json, "As JSON");
+  command->add_option("--standard,--std", options->standard, "As for convert");
+  command->callback([options] {
+    const int32_t color_std = standard_named(options->standard);
+    (options->json ? print_json : print_table)(color_std);
+  });
 }
 
 }  // namespace vexo

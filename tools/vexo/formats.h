@@ -10,17 +10,13 @@
 
 namespace vexo {
 
-constexpr const char *kStandards[] = {"bt601", "bt601-full", "bt709",
-                                      "bt709-full"};
-// The library's value for one of kStandards, and back. Unknown: Error.
+// The library's value for bt601, bt601-full, bt709 or bt709-full, and back.
+// Unknown: Error.
 int32_t standard_named(const std::string &name);
 const char *standard_name(int32_t color_std);
 
 // Whether vexo_csc converts between the layouts. Asked with real frames: some
 // calls for which the library has no kernel succeed without writing anything.
 bool library_converts(const Layout &from, const Layout &to, int32_t color_std);
-
-// Prints every pair to standard output.
-void print_formats(int32_t color_std, bool json);
 
 }  // namespace vexo

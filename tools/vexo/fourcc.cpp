@@ -2,19 +2,31 @@
 //
 // vexo fourcc: container identifiers as the library's media types, with the
 // names that these have in C.
-#include "fourcc.h"
-
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 
+#include "commands.h"
 #include "error.h"
 #include "io.h"
 #include "orumlox/media_type.h"
 
 namespace vexo {
 namespace {
+
+constexpr const char *kFourccHelp =
+    R"(Prints the media types that a FourCC or a WAVE format tag stands for.
+
+CODE is a number, decimal or with 0x, or else one to four characters, filled up
+with spaces: aac is "aac ". 8192 is a number; --text makes characters of it.
+One line a class: its name, the code of the type and the code's name; then the
+same of all classes combined.)";
+
+struct FourccOptions {
+  std::string code;
+  bool text = false;
+};
 
 struct Name {
   int32_t code;
@@ -53,7 +65,7 @@ constexpr Name kNames[] = {
 };
 #undef NAMED
 
-void print(const char *kind, int32_t code) {
+void print_type(const char *kind, int32_t code) {
   const char *name = "";
   for (const Name &entry : kNames) {
     if (entry.code == code) name = entry.name;
@@ -89,18 +101,27 @@ uint32_t fourcc_of(const std::string &text) {
   return value;
 }
 
+void print_media_types(const FourccOptions &options) {
+  const std::optional<uint32_t> number =
+      options.text ? std::nullopt : number_of(options.code);
+  const uint32_t value = number ? *number : fourcc_of(options.code);
+  const int32_t signed_value = static_cast<int32_t>(value);
+  print_type("video", mlox_fcc2mt_vid(signed_value));
+  print_type("audio", mlox_fcc2mt_aud(signed_value));
+  print_type("drm", mlox_fcc2mt_drm(value));
+  print_type("subtitle", mlox_fcc2mt_sub(signed_value));
+  print_type("combined", mlox_fcc2mt(signed_value));
+}
+
 }  // namespace
 
-void print_media_types(const std::string &code, bool is_text) {
-  const std::optional<uint32_t> number =
-      is_text ? std::nullopt : number_of(code);
-  const uint32_t value = number ? *number : fourcc_of(code);
-  const int32_t signed_value = static_cast<int32_t>(value);
-  print("video", mlox_fcc2mt_vid(signed_value));
-  print("audio", mlox_fcc2mt_aud(signed_value));
-  print("drm", mlox_fcc2mt_drm(value));
-  print("subtitle", mlox_fcc2mt_sub(signed_value));
-  print("combined", mlox_fcc2mt(signed_value));
+void add_fourcc(CLI::App &app) {
+  const auto options = std::make_shared<FourccOptions>();
+  CLI::App *const command = app.add_subcommand("fourcc", kFourccHelp);
+  command->add_option("CODE", options->code, "FourCC or number")->required();
+  command->add_flag("--text", options->text,
+                    "CODE is characters, whatever it looks like");
+  command->callback([options] { print_media_types(*options); });
 }
 
 }  // namespace vexo

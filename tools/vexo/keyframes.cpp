@@ -2,14 +2,13 @@
 //
 // vexo keyframes: finds out what a stream is, splits it into frames and prints
 // what the library says of each.
-#include "keyframes.h"
-
 #include <array>
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
 
 #include "access_units.h"
+#include "commands.h"
 #include "error.h"
 #include "io.h"
 #include "orumlox/key_frame.h"
@@ -17,6 +16,26 @@
 
 namespace vexo {
 namespace {
+
+constexpr const char *kKeyframesHelp =
+    R"(Lists the frames of a compressed video stream and which are key frames.
+
+FILE is IVF (vp8, vp9, or another of the codecs below), or a raw stream: Annex B
+of h264 (.h264 .264 .avc) or hevc (.hevc .265 .h265), mpeg4 (.m4v .mpeg4 .mp4v)
+or h263 (.h263 .263); - is standard input. Nothing is decoded. Lines come as
+frames do; none may be longer than 64 MiB.
+
+One line a frame: its number from 0, the offset of its first byte, its size and
+key or -; then the codec and how many there are. Headers belong to the frame
+that they precede; in IVF, those of the frames do not count. Fields of h264 that
+are coded apart are listed apart.)";
+
+struct KeyframesOptions {
+  std::string path;
+  // Empty: the name's ending tells it.
+  std::string codec;
+  bool json = false;
+};
 
 struct Codec {
   const char *name;
@@ -67,7 +86,8 @@ bool is_key(const Codec &codec, Bytes frame) {
 }
 
 // The first frame and all after it.
-void print(const Codec &codec, UnitReader &reader, AccessUnit unit, bool json) {
+void print_frames(const Codec &codec, UnitReader &reader, AccessUnit unit,
+                  bool json) {
   std::FILE *const out = standard_output();
   if (json) {
     std::fprintf(out, "{\n  \"codec\": \"%s\",\n  \"frames\": [", codec.name);
@@ -98,12 +118,10 @@ void print(const Codec &codec, UnitReader &reader, AccessUnit unit, bool json) {
   }
 }
 
-}  // namespace
-
-void print_key_frames(const std::string &path, const std::string &codec,
-                      bool json) {
-  const Codec *asked = codec.empty() ? nullptr : &codec_named(codec);
-  ByteSource source(path);
+void list_frames(const KeyframesOptions &options) {
+  const Codec *asked =
+      options.codec.empty() ? nullptr : &codec_named(options.codec);
+  ByteSource source(options.path);
   if (source.peek(1).empty()) throw Error(source.name() + " is empty");
   std::unique_ptr<UnitReader> reader;
   AccessUnit first;
@@ -118,7 +136,7 @@ void print_key_frames(const std::string &path, const std::string &codec,
     asked = &held;
     if (!reader->next(&first)) throw Error(source.name() + " has no frame");
   } else {
-    if (asked == nullptr) asked = &codec_of_path(path);
+    if (asked == nullptr) asked = &codec_of_path(options.path);
     if (asked->endings[0] == nullptr) {
       throw Error(source.name() + " is no IVF, the only file that " +
                   asked->name + " is read from");
@@ -129,7 +147,19 @@ void print_key_frames(const std::string &path, const std::string &codec,
                   ", or it has no frame");
     }
   }
-  print(*asked, *reader, first, json);
+  print_frames(*asked, *reader, first, options.json);
+}
+
+}  // namespace
+
+void add_keyframes(CLI::App &app) {
+  const auto options = std::make_shared<KeyframesOptions>();
+  CLI::App *const command = app.add_subcommand("keyframes", kKeyframesHelp);
+  command->add_option("FILE", options->path, "Input file or -")->required();
+  command->add_option("--codec", options->codec,
+                      "h264, hevc, mpeg4, h263; vp8 or vp9 of IVF");
+  command->add_flag("--json", options->json, "As JSON");
+  command->callback([options] { list_frames(*options); });
 }
 
 }  // namespace vexo

@@ -3,10 +3,9 @@
 // vexo scale and vexo rotate: pictures of another size or another way up, in
 // the layout that they come in. Only then are they converted to what the output
 // holds.
-#include "scale.h"
-
 #include <utility>
 
+#include "commands.h"
 #include "convert.h"
 #include "error.h"
 #include "orumlox/rot.h"
@@ -15,6 +14,32 @@
 
 namespace vexo {
 namespace {
+
+constexpr const char *kScaleHelp =
+    R"(Scales pictures and clips, and turns them on the way if asked to.
+
+IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
+holds, each plane for itself, and then converted to what OUT holds or --to says.
+With --rotate only YUV is scaled. p010le is only reduced, by whole factors.)";
+
+constexpr const char *kRotateHelp =
+    R"(Turns or mirrors pictures and clips.
+
+IN and OUT are those of vexo convert. Frames are turned in the layout that IN
+holds, each plane for itself, and then converted to what OUT holds or --to says.
+4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
+becomes yuv422w.)";
+
+struct ScaleOptions : StreamOptions {
+  std::string size;
+  // Empty: no turn.
+  std::string rotate;
+  bool mode1 = false;
+};
+
+struct RotateOptions : StreamOptions {
+  std::string turn;
+};
 
 void check_status(int32_t status, const char *what, const Frame &src,
                   const Frame &dst) {
@@ -91,14 +116,36 @@ class Rotate : public Reshape {
 
 }  // namespace
 
-void scale(const StreamOptions &streams, const ScaleOptions &options) {
-  Scale reshape(options);
-  convert(streams, &reshape);
+void add_scale(CLI::App &app) {
+  const auto options = std::make_shared<ScaleOptions>();
+  CLI::App *const command = add_stream_command(app, "scale", kScaleHelp,
+                                               "--from-size", options.get());
+  add_step_options(command, options.get());
+  command->add_option("--size", options->size, "WxH of the output")->required();
+  command->add_flag("--mode1", options->mode1,
+                    "The second kind of enlargement");
+  command->add_option(
+      "--rotate", options->rotate,
+      "left, right or half; the library's codes 0 to 5, of which "
+      "4 and 5 (mirror, flip) need an unchanged size");
+  command->callback([options] {
+    Scale reshape(*options);
+    convert(*options, &reshape);
+  });
 }
 
-void rotate(const StreamOptions &streams, const std::string &turn) {
-  Rotate reshape(turn);
-  convert(streams, &reshape);
+void add_rotate(CLI::App &app) {
+  const auto options = std::make_shared<RotateOptions>();
+  CLI::App *const command =
+      add_stream_command(app, "rotate", kRotateHelp, "--size", options.get());
+  add_step_options(command, options.get());
+  command
+      ->add_option("--turn", options->turn, "left, right, half, mirror or flip")
+      ->required();
+  command->callback([options] {
+    Rotate reshape(options->turn);
+    convert(*options, &reshape);
+  });
 }
 
 }  // namespace vexo

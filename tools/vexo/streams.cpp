@@ -25,7 +25,7 @@ void parse_size(const std::string &text, const std::string &option, int *width,
 
 std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
   auto source = std::make_unique<ByteSource>(options.in);
-  const std::string size_name = options.from_size_name;
+  const std::string &size_name = options.size_name;
   const bool described = !options.from_size.empty() && !options.from.empty();
   // A name that says raw outweighs bytes that happen to look like a header.
   std::optional<Kind> kind;

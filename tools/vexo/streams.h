@@ -3,7 +3,6 @@
 // What the command line says of the input and the output, and both as it says.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -22,8 +21,8 @@ struct StreamOptions {
   std::string to;
   std::string via;
   // What from_size is called, for messages.
-  const char *from_size_name = "--size";
-  int32_t color_std = 0;
+  std::string size_name = "--size";
+  std::string standard = "bt601";
   bool quiet = false;
 };
 

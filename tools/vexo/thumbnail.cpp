@@ -3,8 +3,6 @@
 // vexo thumbnail: pictures reduced in the domain of the cosine transform and
 // turned, 4:2:0 by the library's thumbnail calls, the others as RGBA. The plan
 // is made of the first frame and serves all.
-#include "thumbnail.h"
-
 #include <algorithm>
 #include <memory>
 #include <new>
@@ -12,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "commands.h"
 #include "convert.h"
 #include "error.h"
 #include "orumlox/csc_layout.h"
@@ -21,6 +20,22 @@
 
 namespace vexo {
 namespace {
+
+constexpr const char *kThumbnailHelp =
+    R"(Makes thumbnails of pictures and clips, and turns them if asked to.
+
+IN and OUT are those of vexo convert. IN holds yuv420 or nv12, scaled as nv12,
+or yuv400, rgb888 or rgba8888, scaled as rgba8888, whose alpha becomes 255.
+--size is that before the turn, no larger than the picture. The thumbnail has
+the layout of IN and is then converted to what OUT holds or --to says.
+
+--prescale halves or quarters 4:2:0 by block means first: faster and coarser.)";
+
+struct ThumbnailOptions : StreamOptions {
+  std::string size;
+  std::string turn = "0";
+  int prescale = 0;
+};
 
 // Of a thumbnail before it is turned.
 struct Shape {
@@ -282,9 +297,24 @@ class Thumbnail : public Reshape {
 
 }  // namespace
 
-void thumbnail(const StreamOptions &streams, const ThumbnailOptions &options) {
-  Thumbnail reshape(options);
-  convert(streams, &reshape);
+void add_thumbnail(CLI::App &app) {
+  const auto options = std::make_shared<ThumbnailOptions>();
+  CLI::App *const command = add_stream_command(app, "thumbnail", kThumbnailHelp,
+                                               "--from-size", options.get());
+  add_step_options(command, options.get());
+  command
+      ->add_option("--size", options->size,
+                   "WxH of the thumbnail before it is turned")
+      ->required();
+  command->add_option("--turn", options->turn,
+                      "left, right, half, mirror, flip or the library's "
+                      "codes 0 to 5");
+  command->add_option("--prescale", options->prescale, "0, 2 or 4 (0)")
+      ->check(CLI::IsMember({0, 2, 4}));
+  command->callback([options] {
+    Thumbnail reshape(*options);
+    convert(*options, &reshape);
+  });
 }
 
 }  // namespace vexo

@@ -2,19 +2,39 @@
 //
 // vexo tonemap: HDR pictures as SDR ones, in a layout that the library's tone
 // mapping writes. From there they are converted to what the output holds.
-#include "tonemap.h"
-
 #include <algorithm>
 #include <cstring>
 #include <optional>
 #include <utility>
 
+#include "commands.h"
 #include "convert.h"
 #include "error.h"
 #include "orumlox/hdr.h"
 
 namespace vexo {
 namespace {
+
+constexpr const char *kTonemapHelp =
+    R"(Tone maps HDR pictures and clips (BT.2020, PQ or HLG) to SDR (BT.709).
+
+IN is a Y4M of 10-bit 4:2:0 (C420p10) or raw frames of yuv420Planar16 or p010le,
+of video range; OUT is as for vexo convert. The library writes rgb888, rgba8888,
+argb8888, yuv420, nv12 and nv21; what it converts those to without a change of
+colours is written too.
+
+YUV is BT.709 of video range, 16 to 235, and so is raw RGB, as the library gives
+it. In PNG and PPM, which have no such range, RGB is expanded to 0 to 255.
+
+The tone curve is that of a source of 1000 nits for a peak up to 1500, else that
+of 4000. With --measure each frame's brightest luma chooses the curve of 1000,
+of 2000 or of more than 4000. hlg has none: neither option changes anything.)";
+
+struct TonemapOptions : StreamOptions {
+  std::string kind = "hdr10";
+  int nit = 1000;
+  bool measure = false;
+};
 
 int32_t kind_code(const std::string &name) {
   constexpr std::pair<const char *, int32_t> kKinds[] = {
@@ -63,11 +83,10 @@ uint8_t to_full_range(int value) {
 
 class Tonemap : public Reshape {
  public:
-  Tonemap(const StreamOptions &streams, const TonemapOptions &options)
-      : streams_(streams),
-        options_(options),
+  explicit Tonemap(const TonemapOptions &options)
+      : options_(options),
         kind_(kind_code(options.kind)),
-        full_range_(is_picture(output_kind(streams))) {}
+        full_range_(is_picture(output_kind(options))) {}
 
   void announce(StreamInfo *info) const override {
     const Layout &source = *info->layout;
@@ -87,7 +106,7 @@ class Tonemap : public Reshape {
     }
     // Chroma stays where the source has it: in video, with the left pixel.
     info->y4m_chroma = "420mpeg2";
-    info->layout = &mapped_layout(streams_, source);
+    info->layout = &mapped_layout(options_, source);
   }
 
   void apply(const Frame &src, const Frame &dst) override {
@@ -171,7 +190,6 @@ class Tonemap : public Reshape {
     return img;
   }
 
-  const StreamOptions &streams_;
   const TonemapOptions &options_;
   int32_t kind_;
   bool full_range_;
@@ -182,9 +200,26 @@ class Tonemap : public Reshape {
 
 }  // namespace
 
-void tonemap(const StreamOptions &streams, const TonemapOptions &options) {
-  Tonemap reshape(streams, options);
-  convert(streams, &reshape);
+void add_tonemap(CLI::App &app) {
+  const auto options = std::make_shared<TonemapOptions>();
+  CLI::App *const command =
+      add_stream_command(app, "tonemap", kTonemapHelp, "--size", options.get());
+  command->add_option("--kind", options->kind,
+                      "hdr10 (default: PQ), hdr10-mild (PQ, milder colours) or "
+                      "hlg");
+  CLI::Option *const nit =
+      command
+          ->add_option("--nit", options->nit,
+                       "Peak of the source in nits, 1 to 10000 (1000)")
+          ->check(CLI::Range(1, 10000));
+  command
+      ->add_flag("--measure", options->measure,
+                 "Choose the curve by each frame's brightest luma")
+      ->excludes(nit);
+  command->callback([options] {
+    Tonemap reshape(*options);
+    convert(*options, &reshape);
+  });
 }
 
 }  // namespace vexo
