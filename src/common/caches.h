@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// From which sizes on the caches are left alone.
+// From which sizes on memory is written past the caches or fetched ahead.
 #pragma once
 
 #include <stddef.h>
 
 namespace lox {
 
-// From this many bytes on, what a call writes is taken not to stay in the
-// caches until somebody reads it, so that it may as well be written past them.
-// Measured: below, a picture that is written again and again gains from them.
+// From this many bytes on, a destination is taken to leave the caches before it
+// is read, so it may be written past them. Measured: below, a picture that is
+// written again and again gains from the caches.
 constexpr size_t kBeyondCaches = size_t{4} << 20;
 
-// Whether writing past the caches gains on this processor: on those of AMD it
-// does, on Intel's it costs more than it saves, even where memory is the limit.
-// Chosen when the library is loaded; not before that.
+// Whether writing past the caches gains on this processor. On AMD's it does; on
+// Intel's it costs more than it saves, even where memory is the limit. Chosen
+// when the library is loaded; false until then.
 namespace detail {
 extern bool streaming_now;
 }

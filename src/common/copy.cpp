@@ -51,7 +51,7 @@ void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
                 int64_t src_step, int64_t row_bytes, int32_t rows) {
   if (row_bytes < 1 || rows < 1) return;
   const CopyRows &kernels = copy_rows();
-  // Longer rows go by their own length, whatever their number.
+  // Of rows as long as kBeyondCaches copy() itself chooses by the length.
   const bool far = row_bytes < int64_t{kBeyondCaches} &&
                    row_bytes * rows >= int64_t{kFetchAheadFrom / 2};
   const auto copy = far ? kernels.copy_far : kernels.copy;
@@ -97,8 +97,8 @@ void vexo_cpy_32b(const uint8_t *src, int32_t width, int32_t height,
 
 void vexo_cpy_16b(const uint8_t *src, int32_t width, int32_t height,
                   int32_t src_stride, int32_t dst_stride, uint8_t *dst) {
-  // Strides count whole samples, so an odd one is rounded down, intentionally
-  // before it is compared with the width.
+  // Quirk: an odd stride is rounded down before it is compared with the width,
+  // because strides count whole samples.
   lox::copy_samples<2>(src, width, height, src_stride & ~1, dst_stride & ~1,
                        dst);
 }
@@ -115,7 +115,7 @@ int32_t vexo_cpy(const vexo_img *src, const vexo_img *dst) {
   if (format == VEXO_FMT_NV12) {
     lox::copy_plane_16b(*src, *dst, 1);
   } else if (format != VEXO_FMT_YUV400) {
-    // NV21 too, intentionally: only NV12 is copied as pairs.
+    // Quirk: NV21 too is copied as three planes, because callers pass it so.
     lox::copy_plane_8b(*src, *dst, 1);
     lox::copy_plane_8b(*src, *dst, 2);
   }

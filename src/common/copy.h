@@ -13,7 +13,7 @@ namespace lox {
 void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
                 int64_t src_step, int64_t row_bytes, int32_t rows);
 
-// The same of few rows, as of a tile.
+// The same for few rows, such as those of a tile.
 void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
                 ptrdiff_t src_step, int32_t row_bytes, int32_t rows);
 

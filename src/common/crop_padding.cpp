@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Cuts a window out of an image, or places an image in a larger black one. In
-// both the source's format decides and the source's offset is the origin.
+// Cuts a window out of an image, or places an image in a larger black one. The
+// source's format decides in both, and the source's offset is the origin.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -68,7 +68,8 @@ int32_t vexo_crop(const vexo_img *src, const vexo_img *dst) {
     case VEXO_FMT_NV12:
     case VEXO_FMT_NV21:
       crop_plane(*src, *dst, 0, y, x, width);
-      // An odd x starts in the middle of a pair, which is not corrected.
+      // Quirk: an odd x starts in the middle of a pair, because chroma begins
+      // at the same byte as luma.
       crop_plane(*src, *dst, 1, half_up(y), x, width);
       return VEXO_OK;
     case VEXO_FMT_YUV420:
@@ -94,7 +95,8 @@ int32_t vexo_padding(const vexo_img *src, const vexo_img *dst) {
     case VEXO_FMT_BGR888:
     case VEXO_FMT_RGBA8888:
     case VEXO_FMT_BGRA8888: {
-      // ARGB8888 and ABGR8888 are refused, intentionally unlike in vexo_crop.
+      // Quirk: ARGB8888 and ABGR8888, which vexo_crop takes, are refused,
+      // because callers rely on the refusal.
       const int bytes = lox::rgb_bytes(src->format);
       pad_plane(*src, *dst, 0, 0, y, int64_t{x} * bytes,
                 int64_t{width} * bytes);

@@ -25,7 +25,7 @@ void set_gathering(bool on) { detail::gathering_now = on; }
 
 int isa_best() {
 #if defined(__x86_64__) || defined(__i386__)
-  // These look at what the system saves of a thread's registers, too.
+  // These also ask whether the system saves the registers of threads.
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx512bw") &&
       __builtin_cpu_supports("avx512dq") &&
@@ -51,8 +51,8 @@ void isa_limit(int level) {
 
 namespace {
 
-// At load time: a processor's identification traps in a virtual machine and is
-// far too slow to ask for in a call.
+// Runs at load time: CPUID traps in a virtual machine, which is far too slow
+// for a call.
 [[gnu::constructor]] void choose_level() {
   isa_limit(isa_best());
 #if defined(__x86_64__) || defined(__i386__)

@@ -26,8 +26,9 @@
 
 namespace lox {
 
-// The level that runs. Before the library's constructor has run, and so for
-// callers' own constructors, the lowest: slower, never wrong.
+// The level that runs. Until the library's constructor has run it is the
+// lowest, which is slower and never wrong; callers' own constructors may see
+// it.
 namespace detail {
 extern int isa_level_now;
 }
@@ -37,14 +38,14 @@ constexpr int isa_level() { return 0; }
 inline int isa_level() { return detail::isa_level_now; }
 #endif
 
-// The highest level this machine has, and the name of a level.
+// The highest level that this machine has, and the name of a level.
 int isa_best();
 const char *isa_name(int level);
 
-// Whether AVX-512's gathering loads are faster than as many single ones.
-// Measured: on the first processors with half-precision AVX-512 they are; those
-// before them are known to be slow at it, of AMD's or with the repair of a
-// leak. Chosen when the library is loaded; not before that.
+// Whether AVX-512's gathering loads are faster than as many single ones. Chosen
+// when the library is loaded; false until then. Measured: they are on
+// processors with half-precision AVX-512. Those without it gather slowly:
+// AMD's, and Intel's, whose microcode slows gathers down to close a leak.
 namespace detail {
 extern bool gathering_now;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The Android log. Elsewhere nobody defines the function, so that a host build
-// needs no liblog and logs nothing; a program that brings its own gets the
-// lines.
+// The Android log. The function is weak: a host build needs no liblog and logs
+// nothing, unless the program defines the function itself.
 #pragma once
 
 extern "C" __attribute__((weak, format(printf, 3, 4))) int __android_log_print(

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Blocks aligned to 32 bytes. The heap's own address is kept in the word below
-// the block and nowhere else.
+// Blocks aligned to 32 bytes. The word below a block holds the address that the
+// heap gave.
 #include "common/memory.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The conversion dispatcher: checks, then a table of format pairs. A new route
-// is a new row of its table.
+// The conversion entry points: checks, then a look-up of the two formats in a
+// table of routes. A new route is a new row of its table.
 #include "orumlox/csc.h"
 
 #include <cstddef>
@@ -110,8 +110,8 @@ constexpr Route kBt709Routes[] = {
     {VEXO_FMT_RGBA8888, VEXO_FMT_NV12, vexo_csc_bt709_rgba8888_to_nv12},
 };
 
-// Its kernel is intentionally that of BT.601, full range, not
-// vexo_csc_bt709_fr_yuv420_to_rgba8888.
+// Quirk: the kernel is that of BT.601, full range, and not
+// vexo_csc_bt709_fr_yuv420_to_rgba8888, because callers know these colours.
 constexpr Route kBt709FullRoutes[] = {
     {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_yuv420_to_rgba8888},
 };
@@ -132,7 +132,7 @@ int32_t convert(const Route (&routes)[kCount], const vexo_img &src,
 }
 
 constexpr int32_t kLeastSize = 8;
-// 256 x 16 tiles are taken from wider pictures only.
+// Pictures in 256 x 16 tiles are converted only if they are wider than this.
 constexpr int32_t kT256x16WiderThan = 1280;
 
 bool too_small(const vexo_img &img) {
@@ -194,7 +194,8 @@ int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst) {
   if (src->format != VEXO_FMT_YUV420 && src->format != VEXO_FMT_RGBA8888) {
     return VEXO_ERR_UNSUPPORTED;
   }
-  // Any other destination is a success without work, intentionally.
+  // Quirk: any other destination is a success without work, because callers
+  // take it for one.
   return convert(kBt709Routes, *src, *dst, VEXO_OK);
 }
 

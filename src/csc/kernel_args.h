@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The six parameters that every conversion kernel has, as one thing to pass on.
+// The six parameters of every conversion kernel, as one thing to pass on.
 #pragma once
 
 #include <stddef.h>
@@ -16,8 +16,8 @@ struct KernelArgs {
   const int32_t *dst_stride;
   uint8_t *const *dst_plane;
 
-  // Whether a plane of the source has nothing to convert. Every driver asks
-  // before it walks a plane: a plane without width may claim 2^31 rows.
+  // Whether a plane of the source has nothing to convert. Drivers ask before
+  // they walk a plane, because one without width may claim 2^31 rows.
   bool empty(int plane = 0) const {
     return src_width[plane] < 1 || src_height[plane] < 1;
   }

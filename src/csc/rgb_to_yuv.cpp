@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Walks the planes of an RGB source: rows of luma, and of every even row but an
-// unpaired last one the chroma too.
+// Walks the rows of an RGB source. Each gives a row of luma, and each even row
+// with a partner a row of chroma.
 #include <stddef.h>
 #include <stdint.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 struct ChromaPlanes {
   ChromaKind kind;
-  // The planes of U and V; of pairs the one that holds both.
+  // The planes of U and V; the same one for pairs.
   int u, v;
 };
 constexpr ChromaPlanes kYuv420 = {kChromaPlanes, 1, 2};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Tiled 4:2:0 to RGB: the row kernels of U, V pairs on strips of tiles.
+// Tiled 4:2:0 to RGB, by the row kernels of U, V pairs on strips of tiles.
 #include <stddef.h>
 #include <stdint.h>
 
@@ -40,7 +40,7 @@ void convert_strips(const Tiled &tiled, const TileShape &shape,
     const int32_t first = tiled.chroma_row(y);
     const int32_t chroma_rows = tiled.chroma_row(y + rows - 1) - first + 1;
     const StripReader::View luma = luma_reader.view(x, y, width, rows);
-    // Whole pairs: an odd width's last V lies beyond it, in the same tile.
+    // Whole pairs: the last V of an odd width lies beyond it, in the same tile.
     const StripReader::View chroma =
         chroma_reader.view(x, first, width + width % 2, chroma_rows);
     for (int32_t row = 0; row < rows; row += 2) {
@@ -62,7 +62,7 @@ void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
   if (args.empty()) return;
   const int32_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
-  // Of a picture of one row the chroma has one, too.
+  // A picture of one row has one row of chroma, too.
   const Tiled tiled = {TilePlane::luma(shape, width, height),
                        TilePlane::chroma(shape, width, height < 2 ? 2 : height),
                        yuv_to_rgb_rows().yuv_to_rgb[kRowUv][layout], layout,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Tiled pictures from and to rows, tile by tile.
+// Copies tiled pictures from and to rows, tile by tile.
 #include "csc/tiles.h"
 
 #include "csc/kernel_args.h"
@@ -10,8 +10,8 @@
 namespace lox {
 
 int64_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
-  // Of the four tiles of a unit; the lower two, and the upper two of every
-  // second unit column, come last.
+  // Which of its unit's four tiles: the lower two come last, and in every
+  // second unit column the upper two.
   const int32_t column = x >> 6 & 1;
   const bool last = (x >> 7 & 1) != (y >> 5 & 1);
   const int32_t tile = column | (last ? 2 : 0);
@@ -43,12 +43,12 @@ void copy_to_tiles(const TilePlane &plane, const uint8_t *src,
   });
 }
 
-// Pairs taken apart; an odd last byte is a U.
+// Takes pairs apart; an odd last byte is a U.
 void split_tiles(const TilePlane &plane, int tile_rows, const uint8_t *src,
                  int32_t stride_u, uint8_t *u, int32_t stride_v, uint8_t *v) {
   const auto deinterleave = layout_rows().deinterleave;
   StripReader reader(plane, src);
-  // As a plane of tiles as wide as strips.
+  // The plane as if its tiles were as wide as strips.
   const TilePlane strips(plane.width(), plane.height(),
                          StripReader::width(plane), tile_rows, false);
   strips.for_tiles([&](int32_t x, int32_t y, int32_t bytes, int32_t rows) {
@@ -148,7 +148,7 @@ void vexo_csc_t64x32_to_nv21(LOX_PARAMETERS) {
       const uint8_t *const from = tile + ptrdiff_t{row} * chroma.tile_width();
       uint8_t *const to = args.dst(1, y + row) + x;
       swap(from, to, bytes / 2);
-      // A U without a V keeps its place.
+      // A U without a V to change places with keeps its own.
       if (bytes % 2 != 0) to[bytes - 1] = from[bytes - 1];
     }
   });
@@ -163,7 +163,7 @@ void vexo_csc_yuv420_to_t64x32(LOX_PARAMETERS) {
 
   const TilePlane chroma = lox::chroma_of(lox::kT64x32, args);
   const auto interleave = lox::layout_rows().interleave;
-  // The picture may have more chroma than the source has samples.
+  // The picture's chroma may be wider than the source's.
   const int64_t samples = int64_t{2} * src_width[1];
   const int32_t width =
       samples < chroma.width() ? static_cast<int32_t>(samples) : chroma.width();

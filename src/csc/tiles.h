@@ -13,8 +13,8 @@ namespace lox {
 // Tiles of `width` bytes; those of luma and chroma differ in their rows.
 struct TileShape {
   int width, luma_rows, chroma_rows;
-  // Two tiles by two make a unit, crossed in every second unit column; else
-  // tiles follow each other from left to right, row by row.
+  // Two tiles by two make a unit, whose halves change places in every second
+  // unit column. Else tiles follow each other from left to right, row by row.
   bool crossed;
 };
 inline constexpr TileShape kT64x32 = {64, 32, 32, true};
@@ -57,7 +57,8 @@ class TilePlane {
     return (tile * tile_rows_ + y % tile_rows_) * tile_width_ + x % tile_width_;
   }
 
-  // Calls each(x, y, bytes, rows) for what the plane has of every tile.
+  // Calls each(x, y, bytes, rows) for the part of every tile that lies in the
+  // plane.
   template <class Each>
   void for_tiles(Each each) const {
     if (width_ < 1) return;
@@ -80,8 +81,8 @@ class TilePlane {
   bool crossed_;
 };
 
-// Strips of a tiled plane, wide enough for row kernels: a wide tile as it is,
-// several narrow ones laid out beside each other.
+// Reads a tiled plane in strips that are wide enough for row kernels: a wide
+// tile as it is, narrow ones copied beside each other.
 class StripReader {
  public:
   struct View {
@@ -97,7 +98,8 @@ class StripReader {
     return is_wide(plane) ? plane.tile_width() : kScratchWidth;
   }
 
-  // Of byte x, a multiple of the width, and row y on; all in one row of tiles.
+  // The strip from byte x, a multiple of the width, and row y on. It lies in
+  // one row of tiles.
   View view(int32_t x, int32_t y, int32_t bytes, int32_t rows) {
     if (is_wide(plane_)) {
       return {bytes_ + plane_.offset(x, y), plane_.tile_width()};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Conversions between YUV layouts: whole pictures as chains of the plane copies
-// and of the plane helpers, which are exported too.
+// Conversions between YUV layouts. Whole pictures are made of plane copies and
+// of the plane helpers, which are exported too.
 #include "csc/yuv_layout.h"
 
 #include <cstddef>
@@ -21,8 +21,8 @@ void copy_luma(const KernelArgs &args) {
               args.src_stride[0], args.dst_stride[0], args.dst_plane[0]);
 }
 
-// Calls plane(from, to) with the chroma planes of a planar source and where
-// they go: to the same places, or crossed.
+// Calls plane(from, to) for both chroma planes of a planar source. They keep
+// their places, or change them (`crossed`).
 template <class Plane>
 void for_chroma(bool crossed, Plane plane) {
   plane(1, crossed ? 2 : 1);
@@ -38,7 +38,7 @@ void halve_chroma_rows(bool crossed, const KernelArgs &args) {
   });
 }
 
-// Rows of `bytes` bytes taken apart; without padding, as one run.
+// Takes rows of `bytes` bytes apart; without padding as one run.
 void split_rows(const uint8_t *src, int64_t bytes, int32_t height,
                 int32_t src_stride, int32_t stride_a, int32_t stride_b,
                 uint8_t *a, uint8_t *b) {
@@ -55,7 +55,8 @@ void split_rows(const uint8_t *src, int64_t bytes, int32_t height,
   }
 }
 
-// The planes that the first and the second byte of a pair go to.
+// Takes pairs apart; `first` and `second` are the planes that their bytes go
+// to.
 void split_pairs(int first, int second, const KernelArgs &args) {
   copy_luma(args);
   split_rows(args.src_plane[1], int64_t{2} * args.src_width[1],
@@ -72,7 +73,7 @@ void merge_pairs(int first, int second, const KernelArgs &args) {
                     args.dst_stride[1], args.dst_plane[1]);
 }
 
-// Where a row of four planes is, some of which may be null.
+// Finds a row of four planes, of which some may be null.
 template <class Byte>
 void rows_of(Byte *const (&planes)[4], const int32_t (&strides)[4],
              ptrdiff_t row, Byte *(&rows)[4]) {
@@ -89,14 +90,14 @@ void swap_in_place(uint8_t *plane, int64_t pairs) {
   layout_rows().swap(plane, plane, static_cast<ptrdiff_t>(pairs));
 }
 
-// What copying the pairs and then swapping stride x rows bytes in place gives,
-// in one pass: for strides that keep rows apart and pairs in phase, and a count
-// that is not wrapped.
+// The same as copying the pairs and then swapping stride x rows bytes in place,
+// in one pass. The stride must keep rows apart and pairs in phase, and the
+// count must not wrap.
 void swap_pairs_in_one_pass(const KernelArgs &args, int32_t rows) {
   const int32_t stride = args.dst_stride[1];
   const int32_t pairs = args.src_width[1];
   const int32_t copied = args.src_height[1];
-  // Strides of pairs are rounded down to whole ones.
+  // The copy rounds strides down to whole pairs.
   const ptrdiff_t src_stride = args.src_stride[1] & ~1;
   const auto swap = layout_rows().swap;
   if (2 * pairs == stride && src_stride == stride && copied == rows) {
@@ -124,8 +125,8 @@ void swap_pairs_in_one_pass(const KernelArgs &args, int32_t rows) {
 void yuv420_to_yv12(LOX_PARAMETERS) {
   const KernelArgs args = LOX_ARGUMENTS;
   copy_luma(args);
-  // Each chroma plane is read with the other's stride, intentionally; with
-  // equal strides, the usual case, this is the plain exchange.
+  // Quirk: each chroma plane is read with the other's stride, because callers
+  // know it so. With equal strides this is the plain exchange.
   for_chroma(true, [&](int from, int to) {
     vexo_cpy_8b(src_plane[from], src_width[from], src_height[from],
                 src_stride[to], dst_stride[to], dst_plane[to]);
@@ -237,7 +238,8 @@ void vexo_csc_8b8b8b8b_pack(uint8_t *dst, int32_t width, int32_t height,
 
 void vexo_csc_swap_8byte8(uint8_t *plane, int32_t stride, int32_t rows) {
   const int64_t bytes = lox::swapped_bytes(stride, rows);
-  // The first pair always, and one that an odd count ends in whole.
+  // Quirk: the first pair always, because the end is looked for behind each
+  // pair; for the same reason an odd count's last pair is exchanged whole.
   lox::swap_in_place(plane, bytes < 1 ? 1 : bytes / 2 + bytes % 2);
 }
 
@@ -297,7 +299,8 @@ void vexo_csc_yuyv_to_yuv420(LOX_PARAMETERS) {
   const lox::LayoutRows &kernels = lox::layout_rows();
   if (args.empty()) return;
   for (int32_t row = 0; row < src_height[0]; ++row) {
-    // The first row of two puts its chroma down, the second averages.
+    // The first row of two stores its chroma, the second averages it with its
+    // own.
     const auto convert = row % 2 == 0 ? kernels.yuyv : kernels.yuyv_average;
     convert(args.src(0, row), args.dst(0, row), args.dst(1, row / 2),
             args.dst(2, row / 2), src_width[0]);

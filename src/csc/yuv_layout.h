@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Conversions between YUV layouts that have no exported kernel.
+// The conversions between YUV layouts that are routes without an exported
+// kernel.
 #pragma once
 
 #include "orumlox/csc.h"

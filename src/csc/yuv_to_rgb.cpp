@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Walks the planes of a YUV source and keeps the rules of odd sizes; the
-// exported kernels stand at the end.
+// Walks the planes of a YUV source and keeps the rules of odd sizes. The
+// exported kernels, at the end, are one-line calls.
 #include "csc/yuv_to_rgb.h"
 
 #include <stddef.h>
@@ -15,7 +15,8 @@ namespace lox {
 Writing writing_of(RgbLayout layout, const KernelArgs &args) {
   const uint64_t pixels = static_cast<uint64_t>(args.src_width[0]) *
                           static_cast<uint64_t>(args.src_height[0]);
-  const uint64_t bytes = pixels * static_cast<uint64_t>(kPixelFormats[layout].bytes);
+  const uint64_t bytes =
+      pixels * static_cast<uint64_t>(kPixelFormats[layout].bytes);
   const uintptr_t alignment =
       static_cast<uintptr_t>(yuv_to_rgb_rows().stream_alignment);
   const bool stream =
@@ -31,14 +32,15 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
   if (args.empty()) return;
-  // The pair that an odd width ends with is converted whole: one luma byte is
-  // read and one pixel written beyond the row, intentionally. A row with such a
-  // pixel must be finished before the next begins, which may start there.
+  // Quirk: the pair that an odd width ends with is converted whole, because
+  // rows go in pairs to the end: one luma byte is read and one pixel written
+  // beyond the row. The next row may begin at that pixel, so rows are done one
+  // by one.
   const bool beyond = source.whole_pairs && width % 2 != 0;
   const ptrdiff_t row_pixels = beyond ? width + 1 : width;
-  // Rows whose width is no multiple of 4 share chroma from the bottom up, so of
-  // an odd number of rows it is the first that has a chroma row to itself; this
-  // phase is intended. Otherwise it is the last.
+  // Quirk: rows share chroma from the bottom up where the width is no multiple
+  // of 4, because callers know these pictures. Of an odd number of rows the
+  // first then has a chroma row to itself, otherwise the last.
   const bool first_alone =
       source.whole_pairs && width % 4 != 0 && height % 2 != 0;
 

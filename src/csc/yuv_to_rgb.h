@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The drivers of the YUV to RGB conversions: they walk planes and rows.
+// The driver of the YUV to RGB conversions, which walks planes and rows.
 #pragma once
 
 #include <stdint.h>
@@ -10,7 +10,7 @@
 
 namespace lox {
 
-// What distinguishes one YUV source from another, but for the size of a sample.
+// What the driver needs to know of a YUV source.
 struct YuvSource {
   YuvRowKind kind;
   // The planes that hold U and V; for pairs and packed rows the first is the
@@ -18,8 +18,8 @@ struct YuvSource {
   int u_plane, v_plane;
   // Luma rows that share a chroma row: 1 or 2.
   int rows_per_chroma;
-  // Rows are converted in pairs of pixels to the end, and of widths that are no
-  // multiple of four the chroma is in a phase of its own.
+  // Rows are converted in pairs of pixels to the end, and widths that are no
+  // multiple of 4 share their chroma rows differently: see yuv_to_rgb().
   bool whole_pairs;
 };
 
@@ -37,13 +37,14 @@ inline constexpr YuvSource kYuv444 = {kRowFull, 1, 2, 1, false};
 inline constexpr YuvSource kUyvy = {kRowUyvy, 0, 0, 1, false};
 inline constexpr YuvSource kYuyv = {kRowYuyv, 0, 0, 1, false};
 
-// With the forms of the matrix and the destination for the source's kind.
+// Converts a picture by the forms for the source's kind, the matrix and the
+// destination.
 void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
                 RgbLayout layout, const KernelArgs &args);
 
-// How a picture is written, as YuvToRgbRows has it: of one that no cache would
-// keep, past them, if its rows lie so that whole vectors can be and the
-// processor gains by it, else with its lines fetched ahead.
+// How a picture is written. One that no cache would keep is streamed past them
+// where the processor gains by that and rows are aligned for it; else its lines
+// are fetched ahead. Both are members of YuvToRgbRows.
 struct Writing {
   bool stream, fetch;
 };

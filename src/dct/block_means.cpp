@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What lies inside the source goes straight through the row kernels; the rest
-// by way of a buffer that the source is repeated into.
+// Block means of planes. Blocks inside the source go straight through the row
+// kernels; for the others the last column and row are repeated into a buffer.
 #include "dct/block_means.h"
 
 #include <cstring>
@@ -10,7 +10,8 @@ namespace lox {
 
 namespace {
 
-// Outputs make their blocks together in fours, so the buffer begins at one.
+// Outputs make their blocks together in fours, so the buffer begins with a
+// four.
 constexpr int kTogether = 4;
 constexpr int32_t kOutputs = 16;
 constexpr int kMostSide = 4;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Contexts: what set-up allocates, and how it is freed.
+// Contexts: what set-up allocates, in which order, and how it is freed.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -92,8 +92,8 @@ bool build_tables(vexo_rsz_new_context *c, vexo_shift_set *a, vexo_shift_set *b,
   return true;
 }
 
-// What there is of the planes that blocks are taken from: planned columns that
-// a row has room for.
+// Notes on the planes that blocks are taken from. They have the planned
+// columns, as far as a row has room for them.
 void write_notes(const vexo_img *pair, vexo_rsz_new_context *c) {
   for (int32_t plane = 0; plane < 2; ++plane) {
     const int32_t columns = pair[0].width[plane] < 1

@@ -27,7 +27,7 @@ constexpr MeansKind kQuarterGroupedOf2Rows = {
 MeansSource luma_of(const vexo_img &img) {
   return {img.plane[0], img.stride[0], img.width[0], img.height[0]};
 }
-// No more pairs than a row has room for, whatever the format.
+// No more pairs than a row has room for; other formats may claim more.
 MeansSource pairs_of(const vexo_img &img) {
   return {img.plane[1], img.stride[1], smaller(img.width[1], img.stride[1] / 2),
           img.height[1]};
@@ -38,7 +38,7 @@ uint8_t *second_half(uint8_t *buffer, int64_t bytes) {
   return buffer + static_cast<ptrdiff_t>(bytes / 2);
 }
 
-// Pairs taken apart and both components scaled.
+// Takes pairs apart and scales both components.
 void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
                  int32_t width, int32_t rows, int32_t stride) {
   vexo_rsz_new_context *const c = w.context;
@@ -53,14 +53,15 @@ void scale_pairs(const vexo_rsz_new_worker &w, const uint8_t *pairs,
                       second);
   const vexo_img &dst = *w.dst;
   const bool planar = dst.format == VEXO_FMT_YUV420;
-  // The buffers are of the planned kind.
+  // The plan's buffers serve the planned kind alone.
   if (planar != notes.planar) return;
   if (planar) {
     dct_downscaling(c->chroma, dst.plane[1], c, w.a, w.b, 1);
     dct_downscaling(second, dst.plane[2], c, w.a, w.b, 1);
     return;
   }
-  // With a pre-scale factor NV21 gets no chroma, intentionally.
+  // Quirk: with a pre-scale factor NV21 gets no chroma, because callers know
+  // its plane 1 to be left alone.
   if (dst.format != VEXO_FMT_NV12 &&
       (dst.format != VEXO_FMT_NV21 || c->prescale != 0)) {
     return;
@@ -97,8 +98,8 @@ void pre_scale_chroma(const vexo_rsz_new_worker &w) {
   const MeansKind &kind = c->prescale == 2             ? kHalvePairs
                           : c->stride_not_aligned != 0 ? kQuarterGrouped
                                                        : kQuarterGroupedOf2Rows;
-  // Fours that make their blocks together are made whole where the row has
-  // room for them: which they are does not depend on what is needed.
+  // Outputs make their blocks together in fours from column 0 on. A last four
+  // that is needed in part is made whole where the row has room for it.
   const int32_t count = smaller((notes.width + 3) / 4 * 4, c->src_stride[1]);
   const ptrdiff_t stride = 2 * ptrdiff_t{c->src_stride[1]};
   block_means(kind, pairs_of(*w.src), c->pre_chroma, stride, count,
@@ -107,12 +108,12 @@ void pre_scale_chroma(const vexo_rsz_new_worker &w) {
               static_cast<int32_t>(stride));
 }
 
-// The whole job by block means.
+// Scales by exactly 2 or 4: block means do the whole job.
 void average(const vexo_rsz_new_worker &w) {
   const vexo_img &dst = *w.dst;
   const bool planar = dst.format == VEXO_FMT_YUV420;
   if (!planar && dst.format != VEXO_FMT_NV12) return;
-  // Whatever factor was planned, it is the ratio that counts.
+  // The ratio decides, not the planned factor.
   const bool by_2 = w.src->width[0] / 2 == dst.width[0];
   block_means(by_2 ? kHalveBytes : kQuarterBytes, luma_of(*w.src), dst.plane[0],
               dst.stride[0], dst.width[0], dst.height[0], 0);

@@ -14,9 +14,9 @@ namespace lox {
 template <class Worker, void (*Work)(const Worker &)>
 class HelperThread {
  public:
-  // The record that the thread gets is a copy with semaphores of its own. A
-  // thread that cannot be started is told of on standard output and nowhere
-  // else, intentionally.
+  // Starts the thread on a copy of the record with semaphores of its own.
+  // Quirk: a thread that cannot be started is reported on standard output and
+  // by no status, because the work is done all the same.
   void start(const Worker &what) {
     what_ = what;
     worker_ = static_cast<Worker *>(malloc(sizeof *worker_));

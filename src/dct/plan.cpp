@@ -28,8 +28,9 @@ struct Side {
   int64_t span() const { return whole(ratio + 0.999); }
 };
 
-// Pads a destination size to whole blocks and the source with it. Fractions
-// below 0.01 of a sample are ignored on purpose.
+// Pads a destination size to whole blocks and the source with it. Quirk:
+// fractions below 0.01 of a sample are dropped, so that ratios that are not
+// exact in floating point add no sample.
 Side pad(int32_t src, int32_t dst) {
   Side s = {src, dst, static_cast<float>(src) / static_cast<float>(dst)};
   if (dst % 4 != 0) {
@@ -59,11 +60,10 @@ Counts count_blocks(const Side &side) {
   return {smaller, larger};
 }
 
-// Enlarged a thousand times a side has no span. Sizes are numbers of 32 bits,
-// starts of the last blocks' last samples too. Bases of more points than
-// kMostPoints would not fit their words. The weights of blocks whose first one
-// is 0 would make any picture black. The tables of kMostBlocks blocks are made
-// in some milliseconds.
+// What is served. A side enlarged a thousand times has no span. Sizes and the
+// starts of all samples are numbers of 32 bits. Bases of kMostPoints points and
+// more do not fit their words. Blocks whose first weight is 0 would make any
+// picture black. Tables of kMostBlocks blocks take some milliseconds to make.
 constexpr int64_t kMostSize = INT32_MAX - 8;
 constexpr int64_t kMostPoints = 65536;
 constexpr int64_t kMostBlocks = int64_t{1} << 21;
@@ -86,7 +86,8 @@ struct Size {
 };
 Size source_size(const vexo_img &src, int32_t plane, int32_t prescale) {
   if (prescale == 0) return {src.width[plane], src.height[plane]};
-  // One factor rounds down to even, the other up, intentionally.
+  // Quirk: factor 2 rounds down to even, factor 4 up, because callers read
+  // these sizes in the context.
   const int32_t width = prescale == 2
                             ? src.width[0] / 2 / 2 * 2
                             : (src.width[0] / 4 + src.width[0] / 4 % 2);
@@ -167,7 +168,8 @@ int64_t block_count(const vexo_rsz_new_context *c, int32_t plane) {
 
 int32_t vexo_rsz_new_set_img(vexo_img *pair) {
   using lox::round_up;
-  // Of both, the destination's, intentionally.
+  // Quirk: the destination's selector counts for both, because callers set it
+  // there alone.
   const int32_t selector = pair[1].color_std;
   for (int i = 0; i < 2; ++i) {
     vexo_img &img = pair[i];

@@ -8,8 +8,8 @@
 
 namespace lox {
 
-// A plane as blocks are taken from it and written to; what the context cannot
-// tell of it. Kept where the context has its notes.
+// What scaling needs to know of a plane and the context has no field for. Kept
+// in the blocks that the context calls notes.
 struct DctPlane {
   int32_t width, rows;  // of the source, before padding
   int32_t src_stride;
@@ -17,7 +17,8 @@ struct DctPlane {
   bool planar;  // the destination: no pairs
 };
 
-// Planes 0 and 1; and plane 2 of RGBA8888, which has no chroma buffers.
+// Of planes 0 and 1, and of plane 2 of RGBA8888, which keeps its notes where
+// chroma's buffers would be.
 inline const DctPlane *plane_notes(const vexo_rsz_new_context *context,
                                    int32_t plane) {
   return static_cast<const DctPlane *>(plane < 2 ? context->notes[plane]
@@ -44,7 +45,7 @@ inline bool has_type(const vexo_rsz_new_context *context, int32_t plane,
   const int32_t types = context->types[plane];
   return type < types && !(types == 3 && type == 1);
 }
-// Its entry in the sets.
+// Where the sets have the bases of a plane's type.
 inline int32_t set_entry(const vexo_rsz_new_context *context, int32_t plane,
                          int32_t type) {
   return plane == 0 ? type : context->types[0] + type;
@@ -52,8 +53,8 @@ inline int32_t set_entry(const vexo_rsz_new_context *context, int32_t plane,
 
 inline int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
 
-// How far the plan's blocks are written: as the destination's rows reach.
-// Nothing is where there are no blocks or no samples to take them from.
+// What the plan's blocks write: as much as the destination's rows have room
+// for. Nothing where there are no blocks, or no samples to take them from.
 struct Written {
   int32_t width, height;
 };
@@ -82,7 +83,7 @@ inline int64_t plane_bytes(const vexo_img &img, int32_t plane) {
 void plan_blocks(vexo_rsz_new_context *context, int32_t plane,
                  int32_t src_width, int32_t src_height, int32_t dst_width,
                  int32_t dst_height);
-// Of a plane of the source that blocks are taken from, before padding.
+// Columns of the plane that blocks are taken from, before padding.
 int32_t source_width(const vexo_img &src, int32_t plane, int32_t prescale);
 int64_t block_count(const vexo_rsz_new_context *context, int32_t plane);
 

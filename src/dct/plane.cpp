@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A plane's rows of blocks: what lies inside the destination is written
-// straight, the rest by way of a small buffer.
+// Scales a plane in rows of blocks. Blocks inside the destination are written
+// straight; those that its edges cut off go through a small buffer.
 #include "dct/plan.h"
 
 #include <cstddef>
@@ -13,10 +13,11 @@ namespace lox {
 
 namespace {
 
-// Blocks of a row that is cut off.
+// Blocks that the buffer holds.
 constexpr int32_t kCut = 64;
 
-// Plane `plan` of the context's plan, with the plane's own sizes and work area.
+// By plane `plan` of the context's plan, with the plane's own sizes and work
+// area.
 void transform_plane(const vexo_rsz_new_context *context, int32_t plan,
                      const DctPlane &plane, uint8_t *work, const uint8_t *src,
                      uint8_t *dst, vexo_shift_set a, vexo_shift_set b) {
@@ -94,7 +95,7 @@ void dct_downscaling_rgba8888(const uint8_t *src, uint8_t *dst,
                               vexo_rsz_new_context *context, vexo_shift_set a,
                               vexo_shift_set b, int32_t plane) {
   if (lox::plane_notes(context, plane) == nullptr) return;
-  // One plan for the three.
+  // One plan serves all three planes.
   lox::transform_plane(context, 0, *lox::plane_notes(context, plane),
                        lox::work_area(context, plane), src, dst, a, b);
 }

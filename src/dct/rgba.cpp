@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Scaling one RGBA8888 picture by its plan: three planes, three threads.
+// Scales an RGBA8888 picture by its plan: three planes on three threads.
 #include <cstdint>
 
 #include "dct/helper_thread.h"
@@ -49,7 +49,7 @@ int32_t vexo_rsz_new_rgba8888(const vexo_img *quartet,
   lox::scale_component<0>(worker(0));
   second.finish();
   third.finish();
-  // Pixels of which all three bytes were scaled.
+  // Pixels of which all three bytes have been scaled.
   lox::Written size = {to.width[0], to.height[0]};
   for (int plane = 0; plane < 3; ++plane) {
     const lox::Written of_plane =

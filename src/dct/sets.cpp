@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The shift-matrix sets: integer bases, a strip of four samples in a row.
+// The shift-matrix sets: the integer bases of all block types. A row of a set
+// holds a strip, four neighbouring samples of a basis.
 #include "dct/sets.h"
 
 #include <cmath>
@@ -22,9 +23,9 @@ constexpr float kFour[16] = {
     -0.27059805F, -0.6532815F, 0.5F,       -0.5F,       -0.5F,      0.5F,
     0.27059805F,  -0.6532815F, 0.6532815F, -0.27059805F};
 
-// The basis of so many points for the strip's four samples, row by row. Ones on
-// the diagonal of the strip give its product with the reverse of kFour, which
-// is undone.
+// The basis of `points` points for a strip's four samples, row by row. Samples
+// that are ones on the strip's diagonal transform to the basis times the
+// inverse of kFour; multiplying by kFour leaves the basis.
 void strip_basis(int32_t points, int32_t strip, const ColumnCosines &columns,
                  float *out) {
   constexpr uint8_t kDiagonal[16] = {1, 0, 0, 0, 0, 1, 0, 0,
@@ -35,8 +36,8 @@ void strip_basis(int32_t points, int32_t strip, const ColumnCosines &columns,
   MatNxN_float_compute(product, kFour, out, 4);
 }
 
-// Rounds the entries of a symmetric row by their partial sums, so that they add
-// up to what they should.
+// Rounds entries so that their partial sums are as near as can be. So the
+// halves of a symmetric row, and the row, add up to what they should.
 class PartialSums {
  public:
   int32_t next(double entry) {
@@ -56,10 +57,10 @@ class PartialSums {
   int32_t sum_ = 0;
 };
 
-// Half of a basis is worked out and mirrored, so that it is symmetric. Row 2
-// adds up to 0, as 1 and 3 do by themselves: flat blocks have no other
-// coefficient than the first. Row 0 is one number where it weighs sums of
-// samples (`flat`); else it adds up to what it should, for the brightness.
+// Works out half of a basis and mirrors it. Row 2 is made to add up to 0, as
+// the antisymmetric rows 1 and 3 do, so that a flat block has no coefficient
+// but the first. Row 0 is one number everywhere (`flat`, for columns, whose
+// sums it multiplies), or adds up to the exact sum, which keeps the brightness.
 void fill_basis(int16_t *const *rows, int32_t points, int bits, bool flat) {
   // FDCT_BlockXYFn's results are 1024 times the orthonormal ones.
   const double scale = std::ldexp(1.0, bits - 10);

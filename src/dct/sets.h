@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The memory of shift-matrix sets.
+// The shift-matrix sets: their memory and what their bases are made of.
 #pragma once
 
 #include "orumlox/unprefixed.h"
 
 namespace lox {
 
-// Entries of the sets of a context.
+// How many entries the sets of a context have.
 int32_t set_entries(const vexo_rsz_new_context *context);
 
-// What columns take of the lowest four frequencies; of the first ones it is
-// known once for all rows.
+// The cosines of the lowest four frequencies at each column of a block. The
+// first kKnown columns' are kept for all rows.
 struct ColumnCosines {
   static constexpr int32_t kKnown = 16;
   explicit ColumnCosines(int32_t width);
@@ -19,8 +19,8 @@ struct ColumnCosines {
   double known[kKnown][4];
 };
 
-// FDCT_BlockXYFn of a block of which `count` rows from `first` on are given,
-// all others being 0. Takes the time of the rows given.
+// FDCT_BlockXYFn of a block that is 0 but for the `count` rows from `first` on,
+// which are given. Takes the time of those alone.
 void transform_rows(const uint8_t *samples, int32_t first, int32_t count,
                     int32_t height, const ColumnCosines &columns, float *out);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Thumbnails: scaled, then turned.
+// Thumbnails: pictures scaled, then turned.
 #include <cstdint>
 #include <cstring>
 
@@ -27,7 +27,7 @@ void set_geometry(vexo_img *img, int plane, const Geometry &g) {
   img->buf_height[plane] = g.buf_height;
 }
 
-// The intermediate's planes that have memory: none for other formats.
+// How many of the intermediate's planes get memory: none of other formats.
 int planes_of(int32_t format) {
   return format == VEXO_FMT_YUV420 ? 3 : format == VEXO_FMT_NV12 ? 2 : 0;
 }
@@ -42,7 +42,7 @@ void allocate_planes(vexo_img *img) {
   if (planes == 0 || bytes > INT32_MAX) return;
   img->plane[0] = allocate<uint8_t>(bytes);
   if (img->plane[0] == nullptr) return;
-  // What the scaler leaves alone is turned with the rest.
+  // What the scaler leaves unwritten is turned with the rest.
   memset(img->plane[0], 0, static_cast<size_t>(bytes));
   for (int plane = 1; plane < planes; ++plane) {
     img->plane[plane] = img->plane[plane - 1] +
@@ -50,7 +50,8 @@ void allocate_planes(vexo_img *img) {
   }
 }
 
-// What the turned picture's geometry becomes; all else stays the caller's.
+// Sets the turned picture's geometry where the call defines it; all else stays
+// the caller's.
 void turn_geometry(const vexo_img &from, uint32_t rotation, vexo_img *to) {
   const bool quarter = rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
   if (!quarter && rotation != VEXO_ROT_180) return;
@@ -59,7 +60,8 @@ void turn_geometry(const vexo_img &from, uint32_t rotation, vexo_img *to) {
   if (from.format == VEXO_FMT_YUV420) {
     for (int plane = 0; plane < 3; ++plane) {
       const int part = plane == 0 ? 1 : 2;
-      // Stride and rows trade places, so that the buffer's size stays.
+      // Quirk: stride and rows trade places, so that a buffer of the same size
+      // holds the turned picture.
       set_geometry(to, plane,
                    quarter
                        ? Geometry{luma.height / part, luma.width / part,
@@ -90,7 +92,7 @@ int32_t vexo_txc_new_init(const vexo_img *pair, vexo_img *intermediate,
                           vexo_rsz_new_context *context, vexo_shift_set *a,
                           vexo_shift_set *b, int32_t prescale,
                           int32_t rotation) {
-  // Without a plan nothing is scaled later.
+  // Quirk: the status is dropped. Without a plan nothing is scaled later.
   vexo_rsz_new_init(pair, context, a, b, prescale);
   if (rotation == VEXO_ROT_COPY) return VEXO_OK;
   const vexo_img &scaled = pair[1];

@@ -8,8 +8,9 @@
 
 namespace lox {
 
-// int(s x factor x 2048 x 64) in single precision, with s for a block of
-// width x height samples; 0 for none.
+// The weight of a coefficient: int(s x factor x 2048 x 64) in single precision,
+// with s = 1.004 / sqrt(width x height) of the source block; 0 for an empty
+// one.
 inline int32_t dct_weight(int32_t width, int32_t height, float factor) {
   if (width < 1 || height < 1) return 0;
   const auto s =

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A band: rows in runs of pixels that go through the stages of hdr_rows.h, and
-// the places in the destination that they go to.
+// Tone maps a band: its rows go in runs of pixels through the stages of
+// hdr_rows.h, to where the destination's format has them.
 #include "hdr/band.h"
 
 #include <stdio.h>
@@ -16,12 +16,12 @@ namespace {
 
 // --- sources ----------------------------------------------------------------
 
-// Where samples are, as HdrRows::ToCodes has them.
+// Where the next samples are, as HdrRows::ToCodes takes them.
 struct Samples {
   const uint8_t *luma, *u, *v;
 };
 
-// Bytes from pixel to pixel in each; 0 where there is nothing to read.
+// Bytes from pixel to pixel in each plane; 0 where there is nothing to read.
 struct Steps {
   int luma, u, v;
 };
@@ -60,7 +60,7 @@ class Source {
   Steps steps_ = {0, 0, 0};
 };
 
-// Room for a run that is filled up with zeros to whole groups.
+// A copy of a run, filled up with zeros to whole groups.
 struct PaddedSamples {
   uint8_t luma[2 * kHdrRun] = {};
   uint8_t u[2 * kHdrRun] = {};
@@ -78,7 +78,8 @@ struct PaddedSamples {
 
 // --- destinations -----------------------------------------------------------
 
-// Where pixels go: plane 0 and, in rows that have it, chroma (pairs at u).
+// Where the next pixels go: plane 0 and, in rows with chroma, u and v (pairs at
+// u).
 struct Target {
   uint8_t *plane0, *u, *v;
 };
@@ -180,7 +181,7 @@ class Destination {
 
 // --- rows -------------------------------------------------------------------
 
-// See HdrRows::ToSdr.
+// Up to which light the gain does not change; see HdrRows::ToSdr.
 int toe_of(const vexo_hdr_context &context) {
   const uint16_t *const gain = context.gain;
   if (gain[0] != 0) return 0;
@@ -231,7 +232,7 @@ class RowMapper {
     destination_.put(run, to, n);
   }
 
-  // Pixels that are not whole groups: in buffers that have room for them.
+  // Pixels that are no whole groups go through buffers with room for those.
   void last_run(Samples from, Target to, int n) const {
     PaddedSamples samples;
     uint8_t plane0[4 * kHdrRun];
@@ -251,7 +252,8 @@ class RowMapper {
   HdrRows::ToSdr *to_sdr_;
 };
 
-// Once for each chunk of a row; the words are those that callers know.
+// Quirk: once for each chunk of a row, in these words, because callers look for
+// them.
 void report_unsupported(const vexo_hdr_context &context) {
   for (int32_t left = context.width; left > 0; left -= context.chunk) {
     fprintf(stderr, "_vexo_hdr10_to_sdr8(438): Unsupported Color Space [%d]\n",

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+//
+// The final nit, and the tables and tone curve that a call works with.
 #include "hdr/context.h"
 
 #include <math.h>
@@ -15,12 +17,13 @@ namespace {
 
 constexpr char kTag[] = "VEXO_HDR";
 
-// The tables' rounding. Their values are not negative.
+// To nearest, of values that are not negative.
 int32_t rounded(double x) {
   const double raised = x + 0.5;
   return static_cast<int32_t>(raised);
 }
 
+// The straight beginning of the tone curve.
 struct Toe {
   double slope, end;
 };
@@ -38,7 +41,7 @@ Toe toe_for(int32_t nit) {
   }
 }
 
-// The exponent and the coefficient make the curve go on where the toe ends.
+// The exponent and the coefficient let the curve continue where the toe ends.
 void fill_tone_curve(vexo_hdr_context *c, Toe toe) {
   c->s = toe.slope;
   c->t = toe.end;
@@ -115,7 +118,8 @@ double TMO_VD_Norm(double x, double s, double t, double /*knee*/, int32_t n,
 }
 
 int32_t Analyze_SrcLuma(int32_t width, int32_t height, const uint16_t *luma) {
-  // By the width and not by the stride, intentionally.
+  // Quirk: rows are taken to be `width` samples apart, because the call knows
+  // no stride.
   const int largest = lox::hdr_rows().largest_sample(luma, width, height,
                                                      width <= 2000 ? 2 : 4);
   LOX_LOG_INFO(lox::kTag, "maxY = %d, \n", largest);

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The context of one tone mapping.
+// The context of one tone mapping: how it is chosen and filled.
 #pragma once
 
 #include "orumlox/hdr.h"
 
 namespace lox {
 
-// What white is, chosen as vexo_hdr10_to_sdr8 says, logged and written to the
-// source.
+// Chooses the luminance of white as vexo_hdr10_to_sdr8 says, logs it and writes
+// it to the source.
 int32_t choose_final_nit(vexo_img *src);
 
 // Fills every member. `nit` is one of 1000, 2000, 4000 and 4001; `variant` and

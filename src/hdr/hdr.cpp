@@ -15,12 +15,13 @@ namespace {
 constexpr int kBandRows = 4;
 constexpr int kWorkers = 3;
 
-// The row behind a band, without overflow.
+// The first row behind a band, without overflow.
 int32_t behind(int32_t band) {
   return band > INT32_MAX - kBandRows ? INT32_MAX : band + kBandRows;
 }
 
-// Everything a call allocates, before it touches anything.
+// A call's threads and records. All memory is allocated before anything is
+// written.
 class Job {
  public:
   Job()
@@ -71,8 +72,8 @@ class Job {
     pthread_mutex_destroy(&scheduler_->mutex);
   }
 
-  // Does on this thread what is left to see of bands that lie over each other:
-  // the last whole one and what follows it.
+  // Where bands lie over each other, does those whose pixels remain: the last
+  // whole band and what follows it, on this thread.
   void run_last_bands() {
     const int32_t height = context_->height;
     const int32_t whole = height - height % kBandRows;

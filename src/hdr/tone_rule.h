@@ -33,8 +33,9 @@ struct Product {
   }
 };
 
-// BT.2020 of limited range to R'G'B', with 1024, and not 1023, for white,
-// intentionally: 1024 / 876 for luma, 1024 / 896 times the matrix for chroma.
+// BT.2020 of limited range to R'G'B': 1024 / 876 for luma, 1024 / 896 times the
+// matrix for chroma. Quirk: white is 1024, so that scales are shifts, and not
+// the largest code, 1023.
 constexpr Product kLuma = {256, 219, 19, 876};
 constexpr Product kCrToR = {8 * 14746, 7 * 10000, 19, 448};
 constexpr Product kCbToG = {-8 * 16455, 7 * 100000, 21, 448};
@@ -67,8 +68,8 @@ struct Standard {
   static constexpr Row3 kV = {2095, -1903, -192};
 };
 
-// Milder colours. The rows of blue and luma have one more in sum than the
-// others, intentionally.
+// Milder colours. Quirk: the rows of blue and luma add up to one more than the
+// others, because callers know these colours.
 struct Mild {
   static constexpr Row3 kR = {344, -72, -16};
   static constexpr Row3 kG = {-17, 276, -3};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Bit readers of both orders, the writer, and logarithms. Shifts are by 0 to 32
-// bits here, and 32 of them leave nothing.
+// Bit readers of both orders, the writer, and logarithms. Shifts here are by 0
+// to 32 bits; 32 leave nothing, which C++ does not define.
 #include "orumlox/bitstream.h"
 
 #include <bit>
@@ -28,8 +28,8 @@ struct Taken {
 };
 constexpr bool kWideRegisters = sizeof(size_t) > sizeof(uint32_t);
 
-// From a byte to the buffer's last one, which is before the first one of an
-// empty buffer: hence as numbers.
+// From a byte to the buffer's last one. Addresses are numbers here because an
+// empty buffer's last byte lies before its first.
 ptrdiff_t bytes_between(const uint8_t *next, const uint8_t *last) {
   return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(last) -
                                 reinterpret_cast<uintptr_t>(next));
@@ -40,7 +40,8 @@ T *last_byte(T *buffer, int32_t size) {
                                static_cast<uintptr_t>(size > 0 ? size : 0) - 1);
 }
 
-// The two bit orders: where the bits are that come first.
+// The two bit orders: FromTop begins with the most significant bit, FromBottom
+// with the least significant one.
 struct FromTop {
   static constexpr mlox_bsr_refill *kRefill = mlox_bsr_flush;
 
@@ -131,8 +132,8 @@ int32_t load(mlox_bsr *reader, int32_t bytes) {
   return 0;
 }
 
-// Asks for more. What counts is what the record has then: a refill that leaves
-// nothing there has come to its end, whatever it says.
+// Asks for more bits. A refill that leaves none is at its end, whatever it
+// returns.
 int32_t refill(mlox_bsr *reader, int32_t bytes) {
   const int32_t code = reader->refill(reader, bytes);
   if (code != 0) return code;
@@ -167,8 +168,8 @@ int32_t take_slowly(mlox_bsr *reader, int32_t n, uint32_t *value) {
   return 0;
 }
 
-// Whether take_ahead is for this: n is 1 to 32, the cache is not full, the
-// refill is this order's own and has a whole word.
+// Whether take_ahead can do this: n is 1 to 32, the cache is not full, the
+// refill is this order's own and a whole word is left.
 template <class Order>
 inline bool is_ahead(const mlox_bsr *reader, int32_t n) {
   const uint32_t lengths =
@@ -177,9 +178,9 @@ inline bool is_ahead(const mlox_bsr *reader, int32_t n) {
          bytes_between(reader->next, reader->last) >= kWordBytes - 1;
 }
 
-// Consumes n bits and returns them. There are no branches that depend on the
-// lengths of fields, which nobody could foresee: the next word is at hand in
-// any case, and counts for nothing where the cache has enough.
+// Consumes n bits and returns them. No branch depends on the lengths of fields,
+// which a processor cannot predict: the next word is always loaded, and masked
+// off where the cache has enough.
 template <class Order>
 inline uint32_t take_ahead(mlox_bsr *reader, int32_t n) {
   const int32_t had = reader->bits;
@@ -214,7 +215,7 @@ inline int32_t take(mlox_bsr *reader, int32_t n, uint32_t *value) {
   return 0;
 }
 
-// The next bit: when the cache is empty is easily foreseen.
+// The next bit. When the cache is empty is easily predicted.
 inline uint32_t read_bit(mlox_bsr *reader) {
   if (reader->bits < 1 && refill(reader, kWordBytes) != 0) return MLOX_BSR_END;
   const uint32_t bit = reader->cache >> (kWordBits - 1);
@@ -227,7 +228,7 @@ void align(mlox_bsr *reader, uint32_t (*drop)(uint32_t, int32_t)) {
   reader->bits &= ~7;
 }
 
-// A byte is complete: whoever drains it may have moved `current`.
+// A byte is complete. on_byte may move `current` when it drains the byte.
 void next_byte(mlox_bsw *writer) {
   if (writer->on_byte != nullptr) writer->on_byte(writer);
   ++writer->current;
@@ -317,7 +318,7 @@ uint32_t mlox_bsr_le_read(mlox_bsr *reader, int32_t n) {
 }
 
 int32_t mlox_bsr_le_skip(mlox_bsr *reader, int32_t n) {
-  // Never refills: the caller skips what it has looked at, intentionally.
+  // Quirk: never refills, because callers skip bits that they have looked at.
   if (n == kWordBits) {
     reader->cache = 0;
     reader->bits = 0;
@@ -348,7 +349,7 @@ int32_t mlox_bsw_write1(mlox_bsw *writer, uint32_t bit) {
 
 int32_t mlox_bsw_write(mlox_bsw *writer, uint32_t value, int32_t n) {
   if (is_full(writer)) return kEnd;
-  // The end is not looked at again, intentionally: what starts in the last byte
+  // Quirk: the end is tested once, because a value that starts in the last byte
   // is written whole.
   int32_t left = n < kWordBits ? n : kWordBits;
   while (left > 0) {

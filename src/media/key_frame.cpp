@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Key frames by their codecs' headers.
+// Tells key frames by the headers of their codecs.
 #include "orumlox/key_frame.h"
 
 #include <cstddef>
@@ -20,8 +20,8 @@ constexpr lox::StartCode kNalUnit = {0xFF, 1, 0xFF, 1};
 constexpr lox::StartCode kVopOrShortHeader = {0xFF, 1, 0xFC, 0x80};
 constexpr lox::StartCode kH263OrSorenson = {0xFC, 0x80, 0xFC, 0x84};
 
-// The verdict on the first start code that has one; `least` bytes are there for
-// each that is judged.
+// The verdict on the first start code that has one. A start code is judged only
+// where at least `least` bytes are left from it on.
 template <class Judge>
 int32_t scan(const uint8_t *data, int32_t length, int32_t least,
              lox::StartCode code, Judge judge) {

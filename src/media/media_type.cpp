@@ -83,7 +83,7 @@ int32_t mlox_fcc2mt_vid(int32_t fourcc) {
     case tag("hvc1"):
     case tag("hev1"):
     case tag("hvcC"):
-    case tag("smhC"):  // intended
+    case tag("smhC"):  // Quirk: no box of HEVC's, but taken for one
       return MLOX_MT_VIDEO_HEVC;
     case tag("VP90"):
       return MLOX_MT_VIDEO_VP9;
@@ -192,8 +192,8 @@ int32_t mlox_fcc2mt(int32_t fourcc_or_tag) {
   if (audio != MLOX_MT_AUDIO_UNKNOWN) return audio;
   const int32_t video = mlox_fcc2mt_vid(fourcc_or_tag);
   if (video != MLOX_MT_VIDEO_UNKNOWN) return video;
-  // DRM's FourCCs come last and are all of them video's: never returned,
-  // intended.
+  // Quirk: DRM types are never returned, because all of their FourCCs are those
+  // of video, too, which goes first.
   return mlox_fcc2mt_sub(fourcc_or_tag);
 }
 

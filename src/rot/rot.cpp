@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Turning and mirroring of planes and images. A quarter turn is a transpose
-// with the source or the destination walked upwards, a half turn rows written
-// backwards from the last one on.
+// Turns and mirrors planes and images. A quarter turn is a transpose that walks
+// the source or the destination upwards. A half turn reverses every row and
+// writes the rows from the last one on.
 #include "orumlox/rot.h"
 
 #include <cstddef>
@@ -17,8 +17,7 @@ namespace lox {
 
 namespace {
 
-// The last of `count` rows; walked upwards from there the step is the
-// negative stride.
+// The last of `count` rows, and the step from there to the row above.
 template <class Byte>
 Byte *last_row(Byte *first, int32_t stride, int32_t count) {
   return first + static_cast<ptrdiff_t>(int64_t{stride} * (count - 1));

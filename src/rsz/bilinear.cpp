@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The scaler by steps of the caller's: four weights of eighths by eighths.
+// The bilinear scaler by the caller's steps, in eighths of a sample.
 #include <cstdint>
 
 #include "orumlox/rsz.h"
@@ -16,7 +16,7 @@ class Position {
     return static_cast<int64_t>(value_ >> 18) << log2_distance_;
   }
   int phase() const { return static_cast<int>(value_ >> 15 & 7); }
-  // To the next sample, or none when it has no weight.
+  // How far the next sample is; 0 where it has no weight.
   int64_t to_next() const {
     return phase() == 0 ? 0 : int64_t{1} << log2_distance_;
   }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The block downscalers: which columns of a plane, by which rows.
+// The block downscalers: which columns of a plane they make, by which row
+// kernel.
 #include <cstddef>
 #include <cstdint>
 
@@ -18,8 +19,8 @@ struct Plane {
   int64_t dst_step;
 };
 
-// Outputs are `unit` bytes and take blocks of `side` rows; `together` outputs
-// make their blocks out of the same columns.
+// Outputs are `unit` bytes, each of a block of `side` x `side` units.
+// `together` outputs share the columns of their blocks.
 struct Kind {
   BlockFn BlockRows::*row;
   int unit, side, together;
@@ -34,7 +35,7 @@ constexpr Kind kQuarterGroupedOf2Rows = {&BlockRows::quarter_grouped_of_2_rows,
                                          2, 4, 4};
 constexpr Kind kQuarterGrouped = {&BlockRows::quarter_grouped, 2, 4, 4};
 
-// Whether the source and the destination of whole rows have bytes in common.
+// Whether source and destination have bytes in common, as whole rows.
 bool overlap(const Plane &p, int side) {
   const auto bytes = [&](int64_t step, int64_t row_bytes, int64_t rows) {
     return static_cast<uintptr_t>((rows - 1) * step + row_bytes);
@@ -69,8 +70,8 @@ void reduce(const Kind &kind, const Plane &p, int32_t begin, int32_t end) {
         p.src + y * kind.side * src_step + first * kind.side * kind.unit;
     uint8_t *const dst =
         p.dst + static_cast<ptrdiff_t>(y * p.dst_step) + first * kind.unit;
-    // Where there is no telling what is written before it is read, so few
-    // outputs in a call that they are made one after the other.
+    // Where the planes overlap, so few outputs a call that the kernel makes one
+    // after the other: what is read then is what the rule's order leaves.
     for (ptrdiff_t x = 0; x < count; x += together) {
       const ptrdiff_t left = count - x;
       row(src + x * kind.side * kind.unit, src_step, dst + x * kind.unit,

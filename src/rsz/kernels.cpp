@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The exported kernels of scaling: for each type of sample, role and turn the
-// job that the plane scalers would do in that step.
+// The exported kernels of scaling. Each is the job that a plane scaler would do
+// for one type of sample, role and turn.
 #include <cstdint>
 
 #include "orumlox/rsz.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The plane scalers: which kernels a job takes, by the whole ratios of its
-// sizes.
+// The plane scalers: how each direction is scaled, by the ratio of its sizes.
 #include "rsz/plane_scalers.h"
 
 #include "orumlox/rsz.h"
@@ -78,7 +77,7 @@ int64_t scratch_for(SampleType type, Turn turn, const Plane &plane) {
 
 namespace {
 
-// 16-bit components, by whole factors only.
+// Reduces 16-bit components, by whole factors only.
 int32_t reduce_words(int32_t unit, const Plane &p) {
   const Sizes s(Turn::kNone, p);
   if (!s.valid()) return VEXO_ERR_ARG;

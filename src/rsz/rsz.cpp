@@ -16,9 +16,9 @@ namespace lox {
 
 namespace {
 
-// The planes of a format and what they are made of.
+// How many planes a format has, and of which samples.
 struct Layout {
-  int planes = 0;  // none: the format is not scaled
+  int planes = 0;  // 0: the format is not scaled
   SampleType type[3] = {};
 };
 
@@ -60,8 +60,8 @@ void copy(SampleType type, const Plane &p) {
   if (type.rgb565) {
     by(vexo_cpy_16b, p.src_width);
   } else if (type.unit == 2) {
-    // Pairs as bytes: their strides are not rounded to even. More of them than
-    // that cannot be in memory.
+    // Pairs go as bytes, whose strides are not rounded to even. A row of more
+    // pairs than that is in no memory.
     if (p.src_width <= INT32_MAX / 2) by(vexo_cpy_8b, 2 * p.src_width);
   } else {
     by(type.unit == 1   ? vexo_cpy_8b
@@ -97,8 +97,9 @@ bool same_size(const vexo_img &a, const vexo_img &b) {
   return a.width[0] == b.width[0] && a.height[0] == b.height[0];
 }
 
-// Plane 0 and plane 1, of samples and of pairs of 16 bits. Plane 0 is written
-// before plane 1 is checked, intentionally.
+// 16-bit samples in plane 0, pairs of them in plane 1. Quirk: plane 0 is
+// written before plane 1 is checked, because planes are scaled one after the
+// other.
 int32_t scale_p010(const vexo_img &src, const vexo_img &dst) {
   const Plane luma = plane_of(src, dst, 0);
   const Plane chroma = plane_of(src, dst, 1);
@@ -154,7 +155,7 @@ int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
   const bool unscaled = is_quarter(turn) ? src->width[0] == dst->height[0] &&
                                                src->height[0] == dst->width[0]
                                          : same_size(*src, *dst);
-  // Before any look at the format: a turn alone takes more of them.
+  // Before the format is looked at, because vexo_rot takes more formats.
   if (unscaled) return vexo_rot(src, rotation, dst);
   const Layout layout = yuv_layout(src->format);
   if (layout.planes == 0) return VEXO_ERR_UNSUPPORTED;

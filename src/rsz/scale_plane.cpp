@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A plane is scaled from top to bottom, wide ones in strips of columns: what is
-// worked out about the columns is on the stack, the rows between the passes,
-// never more than two, stay in the nearest cache, and the destination is only
-// ever written.
+// Scales a plane from top to bottom, a wide one in strips of columns. What is
+// worked out about a strip's columns is on the stack. The rows between the
+// passes are two at most and stay in the nearest cache. The destination is
+// never read.
 #include "rsz/scale_plane.h"
 
 #include <cstddef>
@@ -67,8 +67,8 @@ class AcrossRows {
   int32_t kept_[2] = {-1, -1};
 };
 
-// Where a strip's rows go: each has a place to be computed at, to() of its
-// number, and is done() before the next.
+// Sinks say where a strip's rows go. A row is computed at to() of its number,
+// and reported by done() before the next one is computed.
 class Straight {
  public:
   Straight(const ScaleJob &job, const Columns &c)
@@ -81,8 +81,9 @@ class Straight {
   int64_t step_;
 };
 
-// Bytes of a row to be turned by 180 degrees, and of a block of rows for a
-// quarter turn, of which each gives a cache line of a destination row.
+// Bytes of a strip's row that is turned by 180 degrees, and of one for a
+// quarter turn, of which 64 rows are turned at once: a cache line of each
+// destination row.
 constexpr int32_t kTurnedLine = 4096;
 constexpr int32_t kTurnedStrip = 640;
 constexpr int32_t kTurnedRows = 64;
@@ -173,8 +174,8 @@ void scale_strip(const ScaleJob &job, const ScaleRows &rows,
   }
 }
 
-// Columns that are turned at once: of `left`, strips as even as whole vectors
-// allow.
+// How many of the `left` columns the next strip takes: strips of nearly the
+// same width, of whole vectors.
 int32_t turned_count(const ScaleJob &job, int32_t left) {
   if (job.turn == Turn::kNone) return left;
   const int32_t bytes = is_quarter(job.turn) ? kTurnedStrip : kTurnedLine;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Frame packing: two views to one red-cyan picture.
+// Anaglyphs: two views packed into one red-cyan picture.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -10,10 +10,10 @@
 namespace {
 
 constexpr int kPixel = 3;
-// Eight pixels: the fewest that are whole 64-bit words.
+// Bytes of eight pixels, the fewest that are whole 64-bit words.
 constexpr ptrdiff_t kStep = 24;
 
-// The reds of eight pixels.
+// A mask of the reds of eight pixels.
 constexpr uint8_t kRed[kStep] = {255, 0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0,
                                  255, 0, 0, 255, 0, 0, 255, 0, 0, 255, 0, 0};
 

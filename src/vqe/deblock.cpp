@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Deblocking of planes: the order of their edges.
+// Deblocking of planes: which edges are filtered, and in which order.
 #include <cstddef>
 #include <cstdint>
 
@@ -11,10 +11,10 @@
 namespace {
 
 constexpr ptrdiff_t kBlock = 8;
-// The samples before an edge that it changes.
+// Samples before an edge that its filter changes.
 constexpr ptrdiff_t kBefore = 2;
 
-// No step across an edge is larger, so that more strength changes nothing more.
+// No step across an edge is larger, so more strength changes nothing more.
 constexpr int32_t kMaxStrength = 160;
 
 struct Plane {
@@ -33,8 +33,8 @@ Plane plane_of(uint8_t *first, int32_t strength, int32_t stride, int32_t width,
           strength < kMaxStrength ? strength : kMaxStrength};
 }
 
-// Whether rows have no bytes in common, so that it does not matter in which
-// order their samples are filtered.
+// Whether rows have no bytes in common. The order of their samples does not
+// matter then.
 bool rows_apart(const Plane &p) {
   return p.stride >= p.width || p.stride <= -p.width;
 }
@@ -62,9 +62,10 @@ void across(const Plane &p, ptrdiff_t first_row, ptrdiff_t rows) {
                                    static_cast<int>(rows), p.strength);
 }
 
-// The horizontal edges, the vertical ones or both of a plane. A row of blocks
-// is done with once the edge below it is: its vertical edges follow at once,
-// while it is in the caches.
+// The horizontal edges, the vertical ones or both of a plane. The rule filters
+// all horizontal edges first. Here the vertical edges of a row of blocks follow
+// as soon as the edge below it is done, while the row is in the caches: results
+// equal the rule's order because rows do not overlap.
 void deblock(const Plane &p, bool down, bool sideways) {
   if (p.strength < 1 || p.width < 1 || p.height < 1) return;
   if (!rows_apart(p) || p.strength > lox::kMaxByteStrength) {
@@ -108,7 +109,7 @@ void vexo_dbf8x8(uint8_t *plane, int32_t strength, int32_t stride,
 }
 
 int32_t vexo_dbf8x8_yuv(const vexo_img *img, uint32_t strength) {
-  // Not the limit of a single plane: intended.
+  // Quirk: not the 12 of a single plane, because callers pass up to 15.
   constexpr uint32_t kLimit = 15;
   if (strength > kLimit) return VEXO_ERR_ARG;
   for (int p = 0; p < 3; ++p) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The deblocking filter of one sample's edge: the rule of the row kernels, and
-// of planes whose rows lie over each other.
+// The deblocking filter of one sample's edge: what the row kernels compute, and
+// what planes with overlapping rows are filtered by.
 #pragma once
 
 #include <stddef.h>
@@ -9,8 +9,8 @@
 
 namespace lox {
 
-// Up to this strength the filter is the same in bytes: what it takes for 127 or
-// 128 there may be more, but leaves the samples alone in any case.
+// Up to this strength the filter can work in bytes. Steps above 127 saturate
+// there, but are so large that either way the samples are left alone.
 constexpr int kMaxByteStrength = 63;
 
 namespace detail {
@@ -29,7 +29,7 @@ namespace detail {
   uint8_t *const c = b + step;
   uint8_t *const d = c + step;
   const int v = *a - 4 * *b + 4 * *c - *d;
-  // Rounded down, so that a negative one is larger than its opposite: intended.
+  // Quirk: an arithmetic shift rounds down, so negative steps count as larger.
   const int eighth = v >> 3;
   const int size = eighth < 0 ? -eighth : eighth;
   const int excess = size > strength ? 2 * (size - strength) : 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Detail enhancement: which samples are sharpened, which are copied.
+// Detail enhancement: which samples are sharpened and which are copied.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -10,15 +10,14 @@
 
 namespace {
 
-// The samples that are copied on each side of the plane: the filter reaches as
-// far.
+// Samples copied on each side of the plane, because the filter reaches as far.
 constexpr ptrdiff_t kBorder = 2;
 
 }  // namespace
 
 extern "C" {
 
-// The strength has no effect: the filter is one for all. Intended.
+// Quirk: the strength has no effect, because there is one filter.
 void detail_enh(const uint8_t *src, int32_t width, int32_t height, uint8_t *dst,
                 int32_t) {
   if (width < 1 || height < 1) return;
@@ -27,7 +26,7 @@ void detail_enh(const uint8_t *src, int32_t width, int32_t height, uint8_t *dst,
     std::memcpy(dst, src, static_cast<size_t>(int64_t{width} * height));
     return;
   }
-  // Up to the first sharpened sample and from behind the last one on.
+  // The first sharpened sample, and the end of the last one.
   const ptrdiff_t begin = kBorder * pitch + kBorder;
   const ptrdiff_t end = (height - kBorder) * pitch - kBorder;
   std::memcpy(dst, src, static_cast<size_t>(begin));
