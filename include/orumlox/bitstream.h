@@ -1,7 +1,10 @@
 /* SPDX-License-Identifier: Apache-2.0 */
 /*
  * Reading bit fields from a buffer in either bit order, writing them, and
- * base-2 logarithms.
+ * base-2 logarithms:
+ *     mlox_bsr reader;
+ *     mlox_bsr_init(&reader, bytes, size, mlox_bsr_flush);
+ *     uint32_t field = mlox_bsr_read(&reader, 5);
  *
  * All state is in records that the caller owns; nothing is allocated. Calls are
  * re-entrant; one record is used by one thread at a time. Buffers stay the
@@ -143,16 +146,18 @@ VEXO_API mlox_bsr_refill mlox_bsr_le_flush;
 /* The next n bits, the first one the least significant. */
 VEXO_API uint32_t mlox_bsr_le_read(mlox_bsr *reader, int32_t n);
 
-/* Drops n bits of the cache, which the caller knows to be there: never refills,
- * intentionally. 32 clears cache and count. Returns how many bits are left. */
+/* Drops n bits of the cache, which the caller knows to be there. 32 clears
+ * cache and count. Returns how many bits are left. Quirk: never refills,
+ * because callers skip bits that they have looked at. */
 VEXO_API int32_t mlox_bsr_le_skip(mlox_bsr *reader, int32_t n);
 
+/* As mlox_bsr_skip_to_align8. */
 VEXO_API void mlox_bsr_le_skip_to_align8(mlox_bsr *reader);
 
-/* Begins at the first byte of `size` bytes at `buffer`, which need not be
- * cleared: 8 writes replace all of a byte, and until then its low bits are what
- * has been written, its high ones what it held. on_byte may be null. Returns
- * the address of the writer's field `start`. */
+/* Writing. Begins at the first byte of `size` bytes at `buffer`, which need not
+ * be cleared: 8 writes replace all of a byte, and until then its low bits are
+ * what has been written, its high ones what it held. on_byte may be null.
+ * Returns the address of the writer's field `start`. */
 VEXO_API uint8_t **mlox_bsw_init(mlox_bsw *writer, uint8_t *buffer,
                                  int32_t size,
                                  void (*on_byte)(mlox_bsw *writer));
@@ -164,14 +169,16 @@ VEXO_API int32_t mlox_bsw_write1(mlox_bsw *writer, uint32_t bit);
 /*
  * Writes the low n bits of a value, at most 32 (more count as 32), the most
  * significant first; nothing for n below 1. Returns 0; -1, writing nothing,
- * when `current` is beyond the last byte. That is tested at the beginning only,
- * intentionally: a value that starts in the last byte goes on behind it, so
- * buffers need 4 bytes more than their size, or an on_byte that moves
- * `current`.
+ * when `current` is beyond the last byte.
+ *
+ * Quirk: the end is tested once, because a value that starts in the last byte
+ * is written whole. So buffers need 4 bytes more than their size, or an on_byte
+ * that moves `current`.
  */
 VEXO_API int32_t mlox_bsw_write(mlox_bsw *writer, uint32_t value, int32_t n);
 
-/* The smallest k with 2^k >= x, the largest with 2^k <= x; 0xFFFFFFFF for 0. */
+/* The smallest k with 2^k >= x (ceil), and the largest with 2^k <= x (floor);
+ * 0xFFFFFFFF for 0. */
 VEXO_API uint32_t mlox_ceil_log2(uint32_t x);
 VEXO_API uint32_t mlox_floor_log2(uint32_t x);
 

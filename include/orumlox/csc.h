@@ -16,20 +16,15 @@
 VEXO_BEGIN_DECLS
 
 /*
- * Converts a whole image to another format. The destination must hold the
- * source's size: the kernels convert the source's plane 0 width by plane 0
- * height and are not told the destination's. How large each plane must be, of
- * odd sizes too, is said with the kernels: csc_kernels.h for RGB, where a 4:2:0
- * source of odd width reads and writes one pixel more a row, csc_layout.h for
- * YUV to YUV.
+ * Converts a whole image to another format: vexo_csc(&nv12, &rgba).
  *
- * Two routes have no kernel of their own:
- *   YUV420 to YV12 copies the planes, plane 1 to plane 2 and plane 2 to plane
- *     1. Quirk: each chroma plane is READ WITH THE OTHER'S STRIDE, as callers
- *     know it: plane 1 spans (height[1] - 1) * stride[2] + width[1] bytes,
- *     plane 2 (height[2] - 1) * stride[1] + width[2]. With unequal strides give
- *     both planes room for the larger one.
- *   NV12 to NV21 is vexo_csc_nv21_to_nv12 (csc_layout.h), padding included.
+ * The size is that of the source's plane 0, width by height, and the
+ * destination must hold it: its own is checked only to be 8 x 8 or more. How
+ * large each plane must be, of odd sizes too, is said with the kernels. They
+ * are in csc_kernels.h for RGB, where a 4:2:0 source of odd width reads and
+ * writes one pixel more a row, and in csc_layout.h for YUV to YUV. Two routes
+ * have no kernel of their own: NV12 to NV21 is vexo_csc_nv21_to_nv12
+ * (csc_layout.h), padding included; YUV420 to YV12 is below.
  *
  * The checks, in order:
  *   1. equal format codes: VEXO_ERR_ARG;
@@ -43,24 +38,32 @@ VEXO_BEGIN_DECLS
  *      1280 wide or less: VEXO_ERR_UNSUPPORTED.
  *
  * Returns VEXO_OK when converted.
+ *
+ * Quirk: YUV420 to YV12 copies plane 1 to plane 2 and plane 2 to plane 1, each
+ * READ WITH THE OTHER'S STRIDE, because callers know it so: plane 1 spans
+ * (height[1] - 1) * stride[2] + width[1] bytes, plane 2 (height[2] - 1) *
+ * stride[1] + width[2]. With unequal strides give both planes room for the
+ * larger one.
  */
 VEXO_API int32_t vexo_csc(const vexo_img *src, const vexo_img *dst);
 
 /*
- * The siblings for the other standards, reached from vexo_csc and callable
- * directly. They check formats and sizes themselves, in an order of their own:
+ * Convert by the other standards. vexo_csc calls them, and so may anybody. Each
+ * checks formats and sizes itself, in this order:
  *
  * vexo_csc_bt601_fr: equal formats VEXO_ERR_ARG; sizes below 8, and pairs
  * without a route, VEXO_ERR_UNSUPPORTED.
  *
  * vexo_csc_bt709: equal formats, or unequal plane 0 widths or heights,
  * VEXO_ERR_ARG; sizes below 8, or a source other than YUV420 and RGBA8888,
- * VEXO_ERR_UNSUPPORTED; a destination without a route returns VEXO_OK with
- * nothing written.
+ * VEXO_ERR_UNSUPPORTED.
  *
  * vexo_csc_bt709_fr: equal formats VEXO_ERR_ARG; sizes below 8, or a source
- * other than YUV420, VEXO_ERR_UNSUPPORTED; a destination other than RGBA8888
- * returns VEXO_OK with nothing written.
+ * other than YUV420, VEXO_ERR_UNSUPPORTED. Quirk: RGBA8888 is converted by the
+ * kernel of bt601_fr, because callers know these colours.
+ *
+ * Quirk: in the last two a destination without a route returns VEXO_OK with
+ * nothing written, because callers take it for a success.
  */
 VEXO_API int32_t vexo_csc_bt601_fr(const vexo_img *src, const vexo_img *dst);
 VEXO_API int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst);

@@ -10,8 +10,12 @@
 VEXO_BEGIN_DECLS
 
 /*
- * The kernels. Each converts src_width[0] by src_height[0] pixels, W x H below;
- * sizes and strides are in the units of vexo_img, four of each, of which a
+ * A kernel converts src_width[0] by src_height[0] pixels, W x H below. With
+ * vexo_img's src and dst that is
+ *     kernel(src.plane, src.width, src.height, src.stride, dst.stride,
+ *            dst.plane);
+ *
+ * Sizes and strides are in the units of vexo_img, four of each, of which a
  * kernel reads those of the planes that its formats have. Kernels check nothing
  * and trust their caller. Rows are written top to bottom. The source is only
  * read, though its type does not say so: C would not take a vexo_img's planes
@@ -19,7 +23,7 @@ VEXO_BEGIN_DECLS
  *
  * A width or height below 1 converts nothing, at once, and all pointers may be
  * null. Strides may be negative; where a kernel writes one pixel beyond the
- * width, a negative stride must have room for it, for the row above begins
+ * width, a negative stride must have room for it, because the row above begins
  * there.
  *
  * Planes have at least the sizes said with each group of kernels; a plane's
@@ -200,7 +204,7 @@ VEXO_API vexo_csc_kernel vexo_csc_p010le_to_rgba8888;
  * The constants are the matrices 1.402, 0.344, 0.714, 1.772 (times 128), 1.164,
  * 1.793, 0.213, 0.534, 2.115 and 1.54, 0.183, 0.459, 1.816 (times 256). Quirk:
  * they differ slightly from the published BT.709, and vexo_csc never reaches
- * vexo_csc_bt709_fr_yuv420_to_rgba8888; pictures are to look as they always do.
+ * vexo_csc_bt709_fr_yuv420_to_rgba8888, because callers know these colours.
  */
 VEXO_API vexo_csc_kernel vexo_csc_bt601_fr_yuv420_to_rgba8888;
 VEXO_API vexo_csc_kernel vexo_csc_bt601_fr_nv12_to_rgba8888;

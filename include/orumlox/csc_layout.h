@@ -104,8 +104,8 @@ VEXO_API void vexo_csc_8b8b_unpck(const uint8_t *src, int32_t width,
                                   int32_t dst_stride_a, int32_t dst_stride_b,
                                   uint8_t *dst_a, uint8_t *dst_b);
 
-/* Makes pairs of two planes of `width` samples: rows of 2 x width bytes, the
- * byte of src_a first. */
+/* Makes pairs of two planes of `width` samples: rows of 2 x width bytes, in
+ * pairs the byte of src_a first. */
 VEXO_API void vexo_csc_8b8b_pck(const uint8_t *src_a, const uint8_t *src_b,
                                 int32_t width, int32_t height,
                                 int32_t src_stride_a, int32_t src_stride_b,

@@ -55,9 +55,10 @@ VEXO_BEGIN_DECLS
 typedef struct vexo_rsz_new_context {
   /* Sizes in samples after padding to whole blocks: a destination size D that
    * is no multiple of 4 grows by p = 4 - D mod 4, the source by
-   * int(ratio x p), and 1 more when int(100 x ratio x p) is no multiple of 100
-   * (fractions below 0.01 are ignored on purpose). What the source lacks is
-   * repeated from its last column or row. */
+   * int(ratio x p), and 1 more when int(100 x ratio x p) is no multiple of 100.
+   * What the source lacks is repeated from its last column or row. Quirk:
+   * fractions below 0.01 are dropped, so that ratios that are not exact in
+   * floating point add no sample. */
   int32_t src_width[2];
   int32_t src_height[2];
   int32_t dst_width[2];
@@ -97,7 +98,8 @@ typedef struct vexo_rsz_new_context {
    *   A B A B   with s = 1.004 / sqrt(block width x block height):
    *   B C B C   A = int(s x 0.25 x 2048 x 64), B of 0.3162, C of 0.4,
    *   A B A B   single precision, from the left. They hold the scale of the
-   *   B C B C   4-point transform; 1.004 is an intentional slight boost. */
+   *   B C B C   4-point transform.
+   * Quirk: 1.004 instead of 1, a slight boost. */
   int32_t weights[2][4][16];
   /* Chroma components of the source, the second one half the buffer further. */
   uint8_t *chroma;
@@ -144,19 +146,24 @@ VEXO_STATIC_ASSERT(sizeof(vexo_rsz_new_context) == 840, "context");
  * that of the block's width. With e the least number for which 4^e >= points,
  * entries of A are in 1 / 2^min(13 + e, 23 - e), those of B in
  * 1 / 2^min(13 + e, 16 - e), each within 1.5 of the exact ones, those in the
- * middle within 4: rows 1 to 3 add
- * up to 0, so that flat blocks have no other coefficient than the first, and
- * B's row 0 to within 1 of the exact sum.
+ * middle within 4. Rows 1 to 3 add up to 0, so that flat blocks have no other
+ * coefficient than the first; B's row 0 adds up to within 1 of the exact sum.
  */
 typedef int16_t ***vexo_shift_set;
 
 /*
- * `pair` is everywhere two descriptors, the source and right behind it the
- * destination.
- *
- * Fills in the geometry that the others go by. For NV12 and NV21, from the
- * width W and height H of plane 0, by the layout selector, which is the
- * destination's color_std for both descriptors, intentionally:
+ * A picture is scaled in four steps, `pair` being two descriptors everywhere,
+ * the source and right behind it the destination:
+ *     vexo_rsz_new_set_img(pair);
+ *     vexo_rsz_new_init(pair, &context, &a, &b, 0);
+ *     vexo_rsz_new(&pair[0], &pair[1], &context, a, b);
+ *     vexo_rsz_new_deinit(pair, &context, a, b);
+ */
+
+/*
+ * Fills in the geometry that the other calls go by: strides, buf_heights and
+ * chroma sizes. For NV12 and NV21 they come from the width W and height H of
+ * plane 0, by the layout selector, the destination's color_std:
  *   0: strides W rounded up to 128, buf_height H rounded up to 32, and H / 2
  *      rounded up to 16 for plane 1;
  *   1, source: strides W, and W rounded up to even; buf_height H and H / 2;
@@ -168,6 +175,9 @@ typedef int16_t ***vexo_shift_set;
  * are left alone.
  *
  * Returns VEXO_OK.
+ *
+ * Quirk: the destination's selector counts for both descriptors, because
+ * callers set it there alone.
  */
 VEXO_API int32_t vexo_rsz_new_set_img(vexo_img *pair);
 
@@ -178,9 +188,9 @@ VEXO_API int32_t vexo_rsz_new_set_img(vexo_img *pair);
  * caller's pointers; both are null when the exact ratio flag is set.
  *
  * With a pre-scale factor the source counts as W / 2 rounded down to even by
- * H / 2, or W / 4 rounded UP to even by H / 4, intentionally; plane 1 as half
- * of that width by H / 4, or H / 8. What plane 1 lacks of that is repeated
- * from its last column or row. The smallest sources that are scaled are
+ * H / 2, or W / 4 rounded UP to even by H / 4; plane 1 as half of that width by
+ * H / 4, or H / 8. What plane 1 lacks of that is repeated from its last column
+ * or row. The smallest sources that are scaled are
  *   factor 0: 1 sample, or pair;
  *   factor 2: W x H of 4 x 2; chroma 4 x 4, plane 1 of stride 4 and height 2;
  *   factor 4: W x H of 4 x 4; chroma 4 x 8, plane 1 of stride 8 and height 4.
@@ -189,6 +199,9 @@ VEXO_API int32_t vexo_rsz_new_set_img(vexo_img *pair);
  * would need more than 2^31 bytes): everything allocated is freed, the context
  * is clear, the sets are null, and scaling with them and releasing them do
  * nothing.
+ *
+ * Quirk: the two factors round differently, because callers read the sizes in
+ * the context.
  */
 VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
                                    vexo_rsz_new_context *context,
@@ -200,8 +213,7 @@ VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
  * or NV21 (plane 1 gets pairs in the source's order) or YUV420 (plane 1 gets
  * the first component, plane 2 the second, with the stride and rows of plane
  * 1, so its buffer is as large). Any other destination is left alone but for
- * luma, which it gets with a pre-scale factor when its planned stride is not 0
- * (NV21, whose chroma is then left alone, intentionally).
+ * luma, which it gets with a pre-scale factor when its planned stride is not 0.
  *
  * Without a pre-scale factor this thread does everything. With one, and no
  * exact ratio, this thread does plane 0 and one that it starts and joins does
@@ -211,7 +223,7 @@ VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
  *
  * Pre-scaling means by rows: all of the block for 2, for 4 rows 0 and 2 when
  * the context's stride_not_aligned is 0 (vexo_8b_rsz_down_4x4 and
- * vexo_8b8b_rsz_down_4x4, whose pairs are grouped intentionally), else what
+ * vexo_8b8b_rsz_down_4x4, whose pairs are grouped), else what
  * vexo_8b_rsz_down_4x4_non_alignment and vexo_8b8b_rsz_down_4x4_non_alignment
  * do; runs of pairs begin at column 0, and what a plane 1 stride leaves of a
  * last run takes neighbours. With the exact ratio flag the destination, NV12 or
@@ -230,6 +242,9 @@ VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
  * below 1.5 a few in a million are 2 off. Uses 4 KiB of stack at most.
  *
  * Returns VEXO_OK.
+ *
+ * Quirk: with a pre-scale factor NV21 gets luma and no chroma, because callers
+ * know its plane 1 to be left alone.
  */
 VEXO_API int32_t vexo_rsz_new(const vexo_img *src, const vexo_img *dst,
                               vexo_rsz_new_context *context, vexo_shift_set a,
@@ -261,11 +276,12 @@ VEXO_API int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
                                             vexo_shift_set *b);
 
 /*
- * Takes the source apart into the planar source, scales its three planes into
- * the planar destination, plane 0 on this thread, planes 1 and 2 each on one
- * that it starts and joins, and puts that together in the destination with an
- * alpha of 255, as far as blocks are written. Threads that cannot be started:
- * as in vexo_rsz_new. Returns VEXO_OK.
+ * Scales the source into the destination, by way of the planar forms. The
+ * source is taken apart into the planar source; its three planes are scaled
+ * into the planar destination, plane 0 on this thread, planes 1 and 2 each on
+ * one that it starts and joins; and these are put together in the destination
+ * with an alpha of 255, as far as blocks are written. Threads that cannot be
+ * started: as in vexo_rsz_new. Returns VEXO_OK.
  */
 VEXO_API int32_t vexo_rsz_new_rgba8888(const vexo_img *quartet,
                                        vexo_rsz_new_context *context,
@@ -307,9 +323,9 @@ VEXO_API int32_t vexo_txc_new_init(const vexo_img *pair, vexo_img *intermediate,
  * Otherwise the geometry of `result` is set first, its plane pointers kept.
  * With W and H, stride S and buf_height T of the intermediate's plane 0:
  *   YUV420, codes 1 and 2: plane 0 is H by W, stride T, buf_height S; planes 1
- *     and 2 are H / 2 by W / 2, stride T / 2, buf_height S / 2: stride and rows
- *     trade places, intentionally, so that the turned picture fits a buffer of
- *     the same size;
+ *     and 2 are H / 2 by W / 2, stride T / 2, buf_height S / 2. Quirk: stride
+ *     and rows trade places, so that the turned picture fits a buffer of the
+ *     same size;
  *   YUV420, code 3: plane 0 as the intermediate's, planes 1 and 2 both as its
  *     plane 1;
  *   NV12, codes 1 and 2, by the layout selector, result->color_std: H by W, and
@@ -343,13 +359,15 @@ VEXO_API int32_t vexo_txc_new_deinit(const vexo_img *pair,
  */
 
 /*
- * c[4 u + v] = 65536 times the orthonormal DCT-II coefficients of a dense block
- * of `width` x `height` samples, by an entry of set A and one of set B of these
- * sizes; u is the vertical frequency. From 16512 samples on (129 x 128), where
- * 32 bits would not hold those of the brightest blocks, c is limited to
- * -2^31 .. 2^31 - 1; the scaler itself, which needs only c >> 16, is not.
- * c[0] is limited, too, so that the weighted coefficient of white stays below
- * 2^15: c[0] >> 16 is at most 8388607 / A, A being the block's weight.
+ * The forward transform of one dense block of `width` x `height` samples, by an
+ * entry of set A and one of set B of these sizes: c[4 u + v] is 65536 times the
+ * orthonormal DCT-II coefficient, u being the vertical frequency.
+ *
+ * From 16512 samples on (129 x 128), where 32 bits would not hold those of the
+ * brightest blocks, c is limited to -2^31 .. 2^31 - 1; the scaler itself, which
+ * needs only c >> 16, is not. c[0] is limited, too, so that the weighted
+ * coefficient of white stays below 2^15: c[0] >> 16 is at most 8388607 / A, A
+ * being the block's weight.
  */
 VEXO_API void vexo_fdct_blocknxn_full_compute(const uint8_t *block,
                                               int32_t width, int32_t height,
@@ -357,9 +375,9 @@ VEXO_API void vexo_fdct_blocknxn_full_compute(const uint8_t *block,
                                               int16_t *const *b, int32_t *c);
 
 /*
- * One 4 x 4 block at dst + row * stride + column. Coefficients become
- * w = ((c >> 16) x weight) >> 8, cut to 16 bits. Then for each row of
- * coefficients C0..C3
+ * The inverse transform: weights coefficients and writes one 4 x 4 block at
+ * dst + row * stride + column. Coefficients become w = ((c >> 16) x weight)
+ * >> 8, cut to 16 bits. Then for each row of coefficients C0..C3
  *   e0 = 128 (C0 + C2), e1 = 128 (C0 - C2),
  *   oa = 53 C1 - 128 C3, ob = 128 C1 + 53 C3,
  *   (e0 + ob, e1 + oa, e1 - oa, e0 - ob) >> 7
@@ -370,9 +388,9 @@ VEXO_API void vexo_idct_block4x4(uint8_t *dst, int32_t row, int32_t column,
                                  int32_t stride, const int32_t *c,
                                  const int32_t *weights);
 
-/* The same arithmetic, for the float of its name, from weighted coefficients;
- * of the block at (row, column) only the pixels left of `stride` and above
- * `rows` are written. */
+/* The same from weighted coefficients w. Of the block at (row, column) only the
+ * pixels left of `stride` and above `rows` are written. Quirk: it computes in
+ * integers, whatever its name says, so that both give the same samples. */
 VEXO_API void vexo_idct_blocknxn_float(uint8_t *dst, int32_t row,
                                        int32_t column, const int16_t *w,
                                        int32_t stride, int32_t rows);

@@ -68,11 +68,13 @@ enum {
 #define VEXO_HDR_MODE_MEASURE 1
 
 /*
- * Tone maps the source into the destination by vexo_hdr10_to_sdr8 or
- * vexo_hlg_to_sdr8, whose status is dropped.
+ * Tone maps the source into the destination:
+ * vexo_hdr_to_sdr(&p010, &rgba, VEXO_HDR_HDR10). vexo_hdr10_to_sdr8 or
+ * vexo_hlg_to_sdr8 do it.
  *
  * Returns VEXO_OK; VEXO_ERR_ARG, with nothing touched, for a kind that is none
- * of the three.
+ * of the three. Quirk: the status of the two is dropped, so use them where it
+ * matters whether memory could be had.
  */
 VEXO_API int32_t vexo_hdr_to_sdr(vexo_img *src, const vexo_img *dst,
                                  int32_t kind);
@@ -100,10 +102,12 @@ VEXO_API int32_t vexo_hdr10_to_sdr8(vexo_img *src, const vexo_img *dst,
                                     int32_t variant);
 
 /*
- * The same for an HLG picture. The signal is made linear by a plain power of
- * 2.4 and no tone curve is applied (Quirk: not the inverse of the HLG curve; it
- * is the look that pictures have always had); the matrix is that of variant 0.
- * The final nit is chosen and written all the same.
+ * Tone maps an HLG picture, with the matrix of variant 0 and without a tone
+ * curve. The final nit is chosen and written as for PQ. Status and threads as
+ * above.
+ *
+ * Quirk: the signal is made linear by a plain power of 2.4 and not by the
+ * inverse of the HLG curve, because callers know that look.
  */
 VEXO_API int32_t vexo_hlg_to_sdr8(vexo_img *src, const vexo_img *dst);
 

@@ -58,6 +58,10 @@ enum {
 
 /*
  * The image descriptor: what the planes of one picture are and where they lie.
+ * NV12 of 1920 x 1080 without padding, for instance, is
+ *     vexo_img img = {{1920, 960}, {1080, 540}, {1920, 1920}, {1080, 540},
+ *                     {luma, pairs}};
+ *     img.format = VEXO_FMT_NV12;
  *
  * The caller owns the record and the memory its planes point to; no call keeps
  * either. The order and the widths of the fields are part of the interface, the

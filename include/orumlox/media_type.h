@@ -85,7 +85,7 @@ enum {
 };
 
 /*
- * Video, MLOX_MT_VIDEO_UNKNOWN for everything else:
+ * The video type of a FourCC, MLOX_MT_VIDEO_UNKNOWN for everything else:
  *
  *   MPEG4          M4S2 m4s2 DX50 dx50 FMP4 DIV4 div4 XVID xvid DIVX divx
  *                  MP4V mp4v
@@ -98,14 +98,16 @@ enum {
  *   MP43           MP43 mp43
  *   VC1            WVC1 wvc1 vc-1
  *   VP8, VP9       VP80; VP90
- *   HEVC           hvc1 hev1 hvcC smhC (the last one intentionally)
+ *   HEVC           hvc1 hev1 hvcC smhC
  *   AV1            av01 av1C
+ *
+ * Quirk: smhC is HEVC, because callers rely on it.
  */
 VEXO_API int32_t mlox_fcc2mt_vid(int32_t fourcc);
 
 /*
- * Audio, by WAVE format tag or FourCC, MLOX_MT_AUDIO_UNKNOWN for everything
- * else:
+ * The audio type of a WAVE format tag or FourCC, MLOX_MT_AUDIO_UNKNOWN for
+ * everything else:
  *
  *   PCM 1           MPEG 80            AAC 255, "aac ", mp4a     EVRC evrc
  *   ADPCM 2         MP3 85             AC3 8192, ac-3            SIPR sipr
@@ -117,16 +119,17 @@ VEXO_API int32_t mlox_fcc2mt_vid(int32_t fourcc);
  */
 VEXO_API int32_t mlox_fcc2mt_aud(int32_t fourcc_or_tag);
 
-/* DIVX and divx: MLOX_MT_DRM_DIVX; everything else MLOX_MT_DRM_UNKNOWN. */
+/* The DRM type: MLOX_MT_DRM_DIVX for DIVX and divx, MLOX_MT_DRM_UNKNOWN for
+ * everything else. */
 VEXO_API int32_t mlox_fcc2mt_drm(uint32_t fourcc);
 
-/* SSRT: SRT; TX3G, tx3g, SBTL and sbtl: TIMED_TEXT; SASS: ASS; SSSA: SSA;
- * everything else MLOX_MT_SUBTITLE_UNKNOWN. */
+/* The subtitle type: SRT for SSRT, TIMED_TEXT for TX3G, tx3g, SBTL and sbtl,
+ * ASS for SASS, SSA for SSSA, MLOX_MT_SUBTITLE_UNKNOWN for everything else. */
 VEXO_API int32_t mlox_fcc2mt_sub(int32_t fourcc);
 
-/* The first of audio, video, subtitles and DRM that knows it, else
- * MLOX_MT_SUBTITLE_UNKNOWN. DIVX and divx are video here, intentionally, so
- * MLOX_MT_DRM_DIVX is never returned. */
+/* The first of audio, video, subtitles and DRM that knows the identifier, else
+ * MLOX_MT_SUBTITLE_UNKNOWN. Quirk: MLOX_MT_DRM_DIVX is never returned, because
+ * DIVX and divx are video first. */
 VEXO_API int32_t mlox_fcc2mt(int32_t fourcc_or_tag);
 
 VEXO_END_DECLS

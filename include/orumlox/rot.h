@@ -28,10 +28,9 @@ enum {
 /*
  * Turns or mirrors an image. The source's format decides, the destination's is
  * not read:
- *   0 to 99 but 11: plane 0 for YUV400; plane 0 and plane 1's pairs, kept
+ *   0 to 99 but T64X32: plane 0 for YUV400; plane 0 and plane 1's pairs, kept
  *     together and in order, for NV12 and NV21; planes 0, 1 and 2 as bytes for
- *     every other code. Quirk: those of other tiles, too, as if they were
- *     planes; there is no further check.
+ *     every other code;
  *   200 to 299, 400 to 499, 500 to 599: plane 0 in units of 2, 3, 4 bytes.
  * Each plane is turned as it is: a quarter turn of chroma with half the width
  * and all the height has all the width and half the height.
@@ -39,6 +38,9 @@ enum {
  * Returns VEXO_OK, also when a size is below 1 (that plane is left alone), or
  * VEXO_ERR_UNSUPPORTED for any other format, negative ones included, and for a
  * rotation code above 5.
+ *
+ * Quirk: tiles other than T64X32 and unassigned codes below 100 are turned as
+ * three planes, because callers pass them as such.
  */
 VEXO_API int32_t vexo_rot(const vexo_img *src, uint32_t rotation,
                           const vexo_img *dst);
@@ -76,8 +78,9 @@ VEXO_API vexo_rot_kernel vexo_rot_32b_180;
 VEXO_API vexo_rot_kernel vexo_rot_32b_hori;
 VEXO_API vexo_rot_kernel vexo_rot_32b_vert;
 
-/* The kernels by rotation code; entry 0 is the plane copy of common.h
- * (vexo_cpy_16b among them, which rounds odd strides down). */
+/* The kernels by rotation code: vexo_tbl_fn_rot_8b[VEXO_ROT_90L] is
+ * vexo_rot_8b_90l. Entry 0 is the plane copy of common.h; of 16 bits that is
+ * vexo_cpy_16b, which rounds odd strides down. */
 VEXO_API extern vexo_rot_kernel *const vexo_tbl_fn_rot_8b[6];
 VEXO_API extern vexo_rot_kernel *const vexo_tbl_fn_rot_16b[6];
 VEXO_API extern vexo_rot_kernel *const vexo_tbl_fn_rot_24b[6];

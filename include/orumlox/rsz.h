@@ -17,17 +17,20 @@
 VEXO_BEGIN_DECLS
 
 /*
- * Scales an image into another of the same format and of any size; each plane
- * by its own sizes. The destination's `mode` chooses the kind of enlargement
- * (VEXO_MODE_MOD1 or the plain one); the source's is not read.
+ * Scales an image into another of the same format and of any size:
+ * vexo_rsz(&src, &dst). Each plane is scaled by its own sizes. The
+ * destination's `mode` chooses the kind of enlargement (VEXO_MODE_MOD1 or the
+ * plain one); the source's is not read.
  *
  * Images whose plane 0 sizes agree are copied, all planes with the source's
  * sizes, whatever those of the other planes; a plane with a size below 1 is
- * left alone. 16-bit samples are copied as vexo_cpy_16b does. Formats: 0 to 99
- * but 11: one 8-bit plane for YUV400; plane 0 and plane 1's pairs for NV12 and
- * NV21; three 8-bit planes for every other code. 200, 201; 400, 401; 500 to
- * 503: plane 0. P010LE: reduction by whole factors in both directions only, or
- * a copy.
+ * left alone. 16-bit samples are copied as vexo_cpy_16b does.
+ *
+ * Formats:
+ *   0 to 99 but T64X32: one 8-bit plane for YUV400; plane 0 and plane 1's pairs
+ *     for NV12 and NV21; three 8-bit planes for every other code;
+ *   200, 201; 400, 401; 500 to 503: plane 0;
+ *   P010LE: reduction by whole factors in both directions only, or a copy.
  *
  * Returns VEXO_OK. VEXO_ERR_ARG when the format codes differ, when a size of a
  * plane to be scaled is below 1, or when two rows of scratch memory cannot be
@@ -48,12 +51,14 @@ VEXO_API int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst);
  *
  * The two format codes are compared first. Then, when nothing is to be scaled
  * (the plane 0 sizes agree, exchanged for codes 1 and 2), this is vexo_rot,
- * with every format and code it takes. Quirk: otherwise codes other than 1, 2
- * and 3 scale and do not turn or mirror; only a turn alone knows them.
+ * with every format and code it takes.
  *
  * Returns VEXO_OK, or vexo_rot's status. VEXO_ERR_ARG as vexo_rsz does;
  * VEXO_ERR_UNSUPPORTED for codes other than 0 to 99 and for T64X32. Planes as
  * in vexo_rsz.
+ *
+ * Quirk: where sizes differ, rotation codes other than 1, 2 and 3 scale and do
+ * not turn or mirror, because only a turn alone knows them.
  */
 VEXO_API int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
                               const vexo_img *dst);
@@ -72,8 +77,9 @@ VEXO_API int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
  * the same of heights, as whole quotients:
  *   rw and rh below 1: down_mult when both sizes divide without a remainder,
  *     else down_non_mult.
- *   otherwise every row by down_w (rw below 1) or up, and of the rows that
- * gives down_h (rh below 1) or up_h; up and up_h in their mode1 form on demand.
+ *   otherwise: every row by down_w (rw below 1) or up, and the rows that this
+ *     gives by down_h (rh below 1) or up_h. The mode chooses between up and
+ *     up_mode1, up_h and up_h_mode1.
  *
  * Returns VEXO_OK, or VEXO_ERR_ARG when a size is below 1, with nothing
  * written.

@@ -23,12 +23,12 @@ VEXO_BEGIN_DECLS
 typedef void vexo_rsz_block_kernel(const uint8_t *src, uint8_t *dst,
                                    int32_t width, int32_t height);
 
-/* The four samples of a 2 x 2 block, >> 2. */
+/* The sum of the four samples of a 2 x 2 block, >> 2. */
 VEXO_API vexo_rsz_block_kernel vexo_8b_rsz_down_2x2;
 VEXO_API vexo_rsz_block_kernel vexo_8b8b_rsz_down_2x2;
 
-/* The eight samples of rows 0 and 2 of a 4 x 4 block, >> 3. Quirk: rows 1 and 3
- * are skipped, which halves the reads. */
+/* The sum of the eight samples in rows 0 and 2 of a 4 x 4 block, >> 3. Quirk:
+ * rows 1 and 3 are skipped, which halves the reads. */
 VEXO_API vexo_rsz_block_kernel vexo_8b_rsz_down_4x4;
 
 /*
@@ -56,7 +56,7 @@ VEXO_API vexo_rsz_columns_kernel vexo_8b_rsz_down_2x2_non_alignment_remain;
 VEXO_API vexo_rsz_columns_kernel vexo_8b8b_rsz_down_2x2_non_alignment;
 VEXO_API vexo_rsz_columns_kernel vexo_8b8b_rsz_down_2x2_non_alignment_remain;
 
-/* All 16 samples of a block, >> 4. */
+/* The sum of all 16 samples of a block, >> 4. */
 VEXO_API vexo_rsz_columns_kernel vexo_8b_rsz_down_4x4_non_alignment;
 VEXO_API vexo_rsz_columns_kernel vexo_8b_rsz_down_4x4_non_alignment_remain;
 
@@ -72,8 +72,8 @@ VEXO_API vexo_rsz_columns_kernel vexo_8b_rsz_down_4x4_non_alignment_remain;
 VEXO_API vexo_rsz_columns_kernel vexo_8b8b_rsz_down_4x4_non_alignment;
 VEXO_API vexo_rsz_columns_kernel vexo_8b8b_rsz_down_4x4_non_alignment_remain;
 
-/* All samples of each block of neighbours, >> 2 or >> 4; destination rows are
- * `dst_stride` bytes apart. */
+/* The sum of all samples of each block, >> 2 or >> 4, pairs taking neighbours;
+ * destination rows are `dst_stride` bytes apart. */
 typedef void vexo_rsz_strided_block_kernel(const uint8_t *src, uint8_t *dst,
                                            int32_t width, int32_t height,
                                            int32_t dst_stride);

@@ -35,8 +35,9 @@
  *   up_mode1, up_h_mode1: the low byte of (b k w + a (64 - k w)) >> 6, with w
  *     the entry at min(n + 1, 33) of the fixed list
  *     0 0 32 21 16 13 11 9 8 7 6 6 5 5 4 4 4 3 3 3 3 3 3 2 2 2 2 2 2 2 2 2 2 1
- *     (no formula gives it: 4 at 14, 3 at 17). k w may exceed 64 in segments
- *     longer than 64; of 5b6b5b the component's own low bits are kept then.
+ *     (Quirk: no formula gives it, 4 at 14 and 3 at 17, because callers know
+ *     these samples). k w may exceed 64 in segments longer than 64; of 5b6b5b
+ *     the component's own low bits are kept then.
  */
 #pragma once
 
@@ -100,17 +101,16 @@ VEXO_API vexo_rsz_kernel vexo_5b6b5b_rsz_down_h;
 VEXO_API vexo_rsz_kernel vexo_5b6b5b_rsz_up_h;
 VEXO_API vexo_rsz_kernel vexo_5b6b5b_rsz_up_h_mode1;
 
-/* 8b8b8b and 8b8b8b8b go down by the kernels of 8b, with rows of 3 and 4 times
- * the width: bytes of a column know nothing of each other. */
+/* 8b8b8b and 8b8b8b8b have no kernels down: those of 8b serve, with rows of 3
+ * and 4 times the width. */
 
 VEXO_API vexo_rsz_kernel vexo_16b_rsz_down_mult;
 VEXO_API vexo_rsz_kernel vexo_16b16b_rsz_down_mult;
 
-/* The kernels of down_non_mult for four sizes, which they give the same samples
- * of: of 8b 1280 x 720 to 720 x 404 and 1280 x 580 to 720 x 326; of 8b8b
- * 640 x 360 to 360 x 202 and 640 x 360 to 360 x 163 (Quirk: the latter is not
- * the chroma of the second 8b case; its height is that of the first). Any other
- * sizes do as well. */
+/* down_non_mult under other names, meant for four sizes; any other sizes do as
+ * well. Of 8b they are 1280 x 720 to 720 x 404 and 1280 x 580 to 720 x 326; of
+ * 8b8b 640 x 360 to 360 x 202 and 640 x 360 to 360 x 163. Quirk: the last one
+ * is not the chroma of the second 8b case; its height is that of the first. */
 VEXO_API vexo_rsz_kernel vexo_8b_rsz_down_non_mult_720p_720x404;
 VEXO_API vexo_rsz_kernel vexo_8b8b_rsz_down_non_mult_720p_720x404;
 

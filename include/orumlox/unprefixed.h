@@ -30,29 +30,30 @@ VEXO_BEGIN_DECLS
 
 /* --- tone mapping -------------------------------------------------------- */
 
-/* The first row of the next band, which is the caller's now, or -1 when none is
- * left. Thread-safe. */
+/* Hands out the next band: returns its first row, or -1 when none is left.
+ * Thread-safe. */
 VEXO_API int32_t getStart(vexo_hdr_scheduler *scheduler);
 
 /*
- * The tone curve: s * x up to t, then a * (1 - (1 - x)^n) + (1 - a) * x. `x` is
- * 0..1, the others are the context's members of these names; `knee` is not
- * needed.
+ * The tone curve at x: s * x up to t, then a * (1 - (1 - x)^n) + (1 - a) * x.
+ * `x` is 0..1, the others are the context's members of these names; `knee` is
+ * not needed.
  */
 VEXO_API double TMO_VD_Norm(double x, double s, double t, double knee,
                             int32_t n, double a);
 
 /*
- * The final nit for a picture by the largest of its luma samples, as they are
- * (P010LE's are not shifted): 1000 up to 750, 2000 from 751 to 810, 4001 from
- * 811 (Quirk: not 4000, so that it has a curve of its own). Looks at every 2nd
- * sample of every 2nd row, or every 4th of every 4th when `width` is above
- * 2000. Quirk: the rows are taken to be `width` samples apart, since the call
- * knows no stride: of padded rows it looks at other samples, and at padding.
- * Logs "maxY = %d, \n".
+ * Chooses the final nit for a picture by the largest of its luma samples, as
+ * they are (P010LE's are not shifted): 1000 up to 750, 2000 from 751 to 810,
+ * 4001 from 811. Looks at every 2nd sample of every 2nd row, or every 4th of
+ * every 4th when `width` is above 2000. Logs "maxY = %d, \n".
  *
  * `luma` is aligned as 16-bit samples are; with a width or height below 1
  * nothing is read and the largest is 0.
+ *
+ * Quirk: rows are taken to be `width` samples apart, because the call knows no
+ * stride: of padded rows it looks at other samples, and at padding. Quirk: 4001
+ * and not 4000, so that it has a curve of its own.
  */
 VEXO_API int32_t Analyze_SrcLuma(int32_t width, int32_t height,
                                  const uint16_t *luma);
@@ -64,8 +65,8 @@ VEXO_API int32_t Analyze_SrcLuma(int32_t width, int32_t height,
 VEXO_API int32_t algorithm_settings(const vexo_img *pair,
                                     vexo_rsz_new_context *context);
 
-/* Fills in the three tables of blocks: starts are contiguous and cover the
- * padded source. */
+/* Fills in a planned context's three tables of blocks: starts are contiguous
+ * and cover the padded source. */
 VEXO_API void split_settings(vexo_rsz_new_context *context);
 
 /* Allocates a set of `count` entries of n rows, all 0, from the heap: free()
@@ -113,17 +114,18 @@ VEXO_API void dct_downscaling_rgba8888(const uint8_t *src, uint8_t *dst,
 VEXO_TABLE_API extern uint8_t lut[256];
 
 /*
- * Fills a table of 256 bytes. Entry 2 k, k from 0 to 127, is
+ * Fills a saturation table of 256 bytes. Entry 2 k, k from 0 to 127, is
  * ((k - 128) * strength >> 10) + 128, an arithmetic shift, limited to 0..255;
- * every odd entry is the value for k = 0. Quirk: the samples that entries are
- * made for are 32-bit words read as 16-bit ones.
+ * every odd entry is the value for k = 0. Quirk: so because the samples that
+ * entries are made for are 32-bit words read as 16-bit ones.
  */
 VEXO_API void color_sat_lut(uint8_t *table, int16_t strength);
 
 /*
- * dst_u[i] = table[src_u[i]] and dst_v[i] = table[src_v[i]] for i from 0 to
- * count - 1; nothing for a count below 1. Planes are dense. A destination may
- * be its own source; other overlaps are the caller's fault.
+ * Maps chroma through a saturation table: dst_u[i] = table[src_u[i]] and
+ * dst_v[i] = table[src_v[i]] for i from 0 to count - 1; nothing for a count
+ * below 1. Planes are dense. A destination may be its own source; other
+ * overlaps are the caller's fault.
  */
 VEXO_API void color_sat(const uint8_t *table, int32_t count,
                         const uint8_t *src_u, const uint8_t *src_v,
@@ -136,9 +138,9 @@ VEXO_API void color_sat(const uint8_t *table, int32_t count,
  * sample c becomes c + ((16 c - (2 N + D)) >> 4) limited to 0..255, an
  * arithmetic shift, where N is the sum of the four samples at distance 1 in its
  * row and column, and D that of the four at distance 2 and the four diagonal
- * neighbours. Quirk: the strength has no effect; there is one filter. The
- * planes must not overlap. A width or height below 1 does nothing, and pointers
- * may be null.
+ * neighbours. The planes must not overlap. A width or height below 1 does
+ * nothing, and pointers may be null. Quirk: the strength has no effect, because
+ * there is one filter.
  */
 VEXO_API void detail_enh(const uint8_t *src, int32_t width, int32_t height,
                          uint8_t *dst, int32_t strength);

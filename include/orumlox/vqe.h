@@ -22,17 +22,20 @@ VEXO_BEGIN_DECLS
 /*
  * Fills `lut` by color_sat_lut. The strength counts 1/1024: 1024 leaves
  * saturation as it is; below 1 it is 1180, about 1.15. Of others the low 16
- * bits count, as a signed value. Returns VEXO_OK. Not thread-safe: nobody may
- * read or fill `lut` meanwhile.
+ * bits count, as a signed value. Returns VEXO_OK. Not thread-safe: `lut` must
+ * not be read or filled meanwhile.
  */
 VEXO_API int32_t vexo_vqe_cs_init(int32_t strength);
 
 /*
- * Quirk: maps the chroma of a YUV420 picture through a table of zeros that
- * nothing fills, not through `lut`: plane 1's width * height bytes of planes 1
- * and 2 of the destination become 0, dense, whatever the strides. Plane 1's
- * size is the source's. Luma is neither read nor written. Returns VEXO_OK, or
+ * Clears the chroma of a YUV420 picture: width * height bytes of planes 1 and 2
+ * of the destination become 0, dense, whatever the strides. The size is that of
+ * the source's plane 1. Luma is neither read nor written. Returns VEXO_OK, or
  * VEXO_ERR_ARG unless both formats are VEXO_FMT_YUV420.
+ *
+ * Quirk: the call is meant to map chroma through a saturation table, but its
+ * table is one of zeros that nothing fills, not `lut`. color_sat maps chroma
+ * through `lut`.
  */
 VEXO_API int32_t vexo_vqe_cs(const vexo_img *src, const vexo_img *dst);
 
@@ -47,7 +50,8 @@ VEXO_API int32_t vexo_vqe_cs(const vexo_img *src, const vexo_img *dst);
 VEXO_API int32_t vexo_vqe_de(const vexo_img *src, const vexo_img *dst,
                              int32_t strength);
 
-/* Does nothing and returns VEXO_OK. */
+/* Quirk: does nothing and returns VEXO_OK; the name is there for its callers.
+ */
 VEXO_API int32_t vexo_vqe_dejagging(void);
 
 /* --- deblocking ---------------------------------------------------------- */
@@ -84,18 +88,19 @@ VEXO_API void vexo_dbf8x8_h263_ver(uint8_t *plane, int32_t strength,
                                    int32_t stride, int32_t width,
                                    int32_t height);
 
-/* Both, the horizontal edges first, with a strength of at most 12. */
+/* Deblocks a plane: the horizontal edges first, then the vertical ones, with a
+ * strength of at most 12. */
 VEXO_API void vexo_dbf8x8(uint8_t *plane, int32_t strength, int32_t stride,
                           int32_t width, int32_t height);
 
 /*
- * Both, with this strength, on each of the planes 0, 1 and 2 whose pointer is
- * not null, with its width, height and stride, whatever the format. Callers
- * with fewer planes set the pointers of the others to null (for NV12 plane 2;
- * its chroma is then filtered as `width` bytes a row, pairs as if they were
- * neighbours: set plane 1 to null as well to leave it alone). Returns VEXO_OK,
- * or VEXO_ERR_ARG for a strength above 15. Quirk: a single plane takes any, and
- * limits it to 12.
+ * Deblocks an image: both kinds of edges, with this strength, of each of the
+ * planes 0, 1 and 2 whose pointer is not null, with its width, height and
+ * stride, whatever the format. Callers with fewer planes set the pointers of
+ * the others to null (for NV12 plane 2; its chroma is then filtered as `width`
+ * bytes a row, pairs as if they were neighbours: set plane 1 to null as well to
+ * leave it alone). Returns VEXO_OK, or VEXO_ERR_ARG for a strength above 15.
+ * Quirk: a single plane takes any, and limits it to 12.
  */
 VEXO_API int32_t vexo_dbf8x8_yuv(const vexo_img *img, uint32_t strength);
 
