@@ -45,7 +45,8 @@ void set_pictures(Source &source, const Conversion &conversion, Size size,
                      : from == VEXO_FMT_YUV420PLANAR16 ? 2
                                                        : 1;
     for (int p = 1; p < 3 && image[p].row_bytes != 0; ++p) {
-      image[p] = exact_plane(source.width(), source.height(), unit);
+      const Size chroma = {source.width(), source.height()};
+      image[p] = exact_plane(chroma.width, chroma.height, unit);
     }
     if (tiles || has_pairs(to)) image[2] = image[1];
     if (has_pairs(from)) image[2] = {};
