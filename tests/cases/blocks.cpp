@@ -21,15 +21,15 @@ void blocks(const Function &function, Source &source, Sink &sink) {
   const int32_t stride = std::max(width, 0) +
                          (kKind == Kind::kStrided ? source.between(0, 40) : 0);
   const bool empty = width < 1 || height < 1;
-  const int64_t taken = int64_t{factor} * width * factor * height;
-  const int64_t made = int64_t{stride} * (height - 1) + width;
+  const int64_t taken = empty ? 0 : int64_t{factor} * width * factor * height;
+  const int64_t made = empty ? 0 : int64_t{stride} * (height - 1) + width;
   // In memory of its own or over the source.
   const bool apart = kKind == Kind::kStrided || !source.one_in(4);
   const int32_t shift =
       apart || empty ? 0
                      : source.between(0, static_cast<int32_t>(taken - made));
-  Buffer src(source, static_cast<size_t>(empty ? 0 : taken));
-  Buffer own(source, static_cast<size_t>(empty || !apart ? 0 : made));
+  Buffer src(source, static_cast<size_t>(taken));
+  Buffer own(source, static_cast<size_t>(apart ? made : 0));
   uint8_t *const dst = apart || empty ? own.data() : src.data() + shift;
   if constexpr (kKind == Kind::kDense) {
     function.as<vexo_rsz_block_kernel>()(src.data(), dst, width, height);
