@@ -110,13 +110,16 @@ struct Plan {
     return count;
   }
 
+  void add_numbers(Sink &sink) const {
+    sink.add(static_cast<uint32_t>(status));
+    sink.add(reinterpret_cast<const uint8_t *>(&context),
+             offsetof(vexo_rsz_new_context, chroma));
+    add(&context.prescale, 5, sink);
+  }
   // All that a caller may read of it.
   void add_to(Sink &sink) const {
     const vexo_rsz_new_context &c = context;
-    sink.add(static_cast<uint32_t>(status));
-    sink.add(reinterpret_cast<const uint8_t *>(&c),
-             offsetof(vexo_rsz_new_context, chroma));
-    add(&c.prescale, 5, sink);
+    add_numbers(sink);
     add(c.block_types, blocks(), sink);
     add(c.block_columns, blocks(), sink);
     add(c.block_rows, blocks(), sink);
@@ -280,7 +283,7 @@ void sizes(const Function &function, Source &source, Sink &sink) {
   if (init) {
     p.add_to(sink);
   } else {
-    add(&p.context, 1, sink);
+    p.add_numbers(sink);
     p.context = {};
   }
   for (const vexo_img &img : p.pair) add(img.width, 16, sink);
