@@ -9,8 +9,6 @@
 #include <vector>
 
 #include "rules/dct_rule.h"
-#include "support/guarded_buffer.h"
-#include "support/random.h"
 
 namespace lox_test {
 namespace {
@@ -287,8 +285,7 @@ TEST(DctBlocks, FullTransform) {
     const bool large = int64_t{width} * height >= 16512;
     const int64_t limit = 8388607 / weights(width, height)[0];
     for (const Fill fill : kFills) {
-      GuardedBuffer block;
-      block.reset(size_t{1} * width * height);
+      std::vector<uint8_t> block(size_t{1} * width * height);
       random.fill(block.data(), block.size(), fill);
       const bool flat = fill == Fill::kLow || fill == Fill::kHigh;
       const Plane plane(block.data(), width, width, height);

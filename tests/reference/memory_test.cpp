@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "support/random.h"
+#include "support/generator.h"
 
 namespace lox_test {
 namespace {
@@ -19,10 +19,11 @@ struct Allocator {
   void (*release)(void *);
 };
 
-class AlignedBlock : public SeededTest,
+class AlignedBlock : public testing::Test,
                      public testing::WithParamInterface<Allocator> {};
 
 TEST_P(AlignedBlock, LiesInAHeapBlockWhoseAddressPrecedesIt) {
+  Random random(1);
   std::vector<uint8_t *> blocks;
   for (int i = 0; i < 200; ++i) {
     // All small sizes, zero first, and then larger ones.

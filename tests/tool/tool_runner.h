@@ -12,7 +12,7 @@
 #include <iterator>
 #include <string>
 
-#include "support/random.h"
+#include "support/generator.h"
 
 namespace tool {
 
