@@ -6,7 +6,11 @@
 # The first argument is the source of a QEMU plug-in that counts instructions
 # between marks. clang is the NDK's (ANDROID_NDK_HOME), its guest runs on
 # Android's libraries ($ANDROID_RUNTIME/runtime); gcc is Debian's for armhf.
-# Prints a Markdown table, of the workloads with these names or of all.
+# Prints a Markdown table, of the workloads with these names or of all; README.md
+# says what the counts are of. libyuv's are those of its version 1857 built with
+# NEON, at the large sizes, counted in the same way elsewhere: of scaling its
+# bilinear filter, at 4:1 its box filter, which takes fewer there; of NV12 turned
+# through two planes.
 set -eu
 counter=${1:-}
 compilers=${2:-both}
@@ -81,32 +85,25 @@ count() {
        }' "$scratch/pixels" "$scratch/log"
 }
 
-# row WORKLOAD TITLE THEIRS: THEIRS is libyuv's count to compare with, or "-";
-# it holds for the large size only. The portable form and the comparison are
-# of the first compiler.
+# row WORKLOAD [THEIRS]: THEIRS is libyuv's count. The portable form is that of
+# the first compiler.
 row() {
   case $wanted in
     *" $1 "* | '  ') ;;
     *) return 0 ;;
   esac
-  theirs=$3
-  # Small frames have more of their rows' ends in the mean.
-  [ "$size" = large ] || theirs=-
-  line="| $2"
-  own=
+  line="| $1"
   for compiler in $compilers; do
-    counted=$(count "$compiler" "$1")
-    line="$line | $counted"
-    : "${own:=$counted}"
+    line="$line | $(count "$compiler" "$1")"
   done
   case $1 in
-    memcpy | media_bits*) portable=– ;;
+    memcpy | media_bits* | hdr_context) portable=– ;;
     *) portable=$(count "${compilers%% *}" "$1" portable) ;;
   esac
-  times=–
-  [ "$theirs" = - ] || times=$(echo "$theirs $own" | awk '{ printf "%.2f", $1 / $2 }')
-  [ "$theirs" != - ] || theirs=–
-  echo "$line | $portable | $theirs | $times |"
+  theirs=${2:-–}
+  # Small frames have more of their rows' ends in the mean.
+  [ "$size" = large ] || theirs=–
+  echo "$line | $portable | $theirs |"
 }
 
 name_of() {
@@ -119,85 +116,66 @@ name_of() {
   esac
 }
 
-echo 'Executed instructions per output pixel (per byte for the plane copy and memcpy)'
-echo "of one frame of the $size sizes after a warm-up, $(qemu-arm --version | head -n 1)."
-rule='|---|'
+echo "Executed instructions a pixel, $size sizes, $(qemu-arm --version | head -n 1)"
 titles='| workload |'
+rule='|---|'
 for compiler in $compilers; do
-  echo "$compiler: $(name_of "$compiler")."
+  echo "$compiler: $(name_of "$compiler")"
   titles="$titles $compiler |"
   rule="$rule---:|"
 done
 echo
-echo "$titles portable form | libyuv | × libyuv |"
-echo "$rule---:|---:|---:|"
-row nv12_rgba8888 'NV12 → RGBA8888' 3.389
-row yuv420_rgba8888 'I420 → RGBA8888' 3.393
-row yuv420_rgb565 'I420 → RGB565' 4.018
-row nv21_rgb888 'NV21 → RGB888' 3.389
-row yuyv_rgba8888 'YUYV → RGBA8888' -
-row yuv420_rgba8888_bt709 'I420 → RGBA8888, BT.709' -
-row yuv420_rgba8888_bt601fr 'I420 → RGBA8888, full range' -
-row rgba8888_nv12 'RGBA8888 → NV12' 1.689
-row rgba8888_yuv420 'RGBA8888 → I420' 1.609
-row rgb565_nv12 'RGB565 → NV12' -
-row yuv420_nv12 'I420 → NV12' 0.203
-row nv12_yuv420 'NV12 → I420' 0.203
-row nv12_nv21 'NV12 → NV21' 0.219
-row t64x32_nv12 '64x32 tiles → NV12' -
-row copy_8b 'plane copy' 0.125
-row grey_2to1 'plane 2:1' 0.701
-row grey_4to1 'plane 4:1' 3.535
-row grey_3to2 'plane 3:2' 7.586
-row grey_720p_404 'plane 720p to 720x404, or that ratio' -
-row grey_1to2 'plane 1:2' 0.914
-row grey_2to3 'plane 2:3' 5.057
-row grey_1to3 'plane 1:3' -
-row grey_1to2_mode1 'plane 1:2, mode 1' 0.914
-row grey_2to3_mode1 'plane 2:3, mode 1' 5.057
-row grey_1to3_mode1 'plane 1:3, mode 1' -
-row rgba8888_3to2 'RGBA8888 3:2' 13.430
-row rgb888_3to2 'RGB888 3:2' -
-row rgb565_3to2 'RGB565 3:2' -
-row nv12_3to2 'NV12 3:2' -
-row rgba8888_90l 'RGBA8888 to the left' 1.763
-row rgba8888_90r 'RGBA8888 to the right' 1.763
-row rgba8888_180 'RGBA8888 half turn' 1.259
-row rgba8888_hori 'RGBA8888 mirror' 1.007
-row rgba8888_vert 'RGBA8888 flip' 0.505
-row nv12_90r 'NV12 to the right' 0.893
-row nv12_2to1_90l 'NV12 2:1, to the left' -
-row dct_nv12_480x270 'NV12 4:1, DCT domain' -
-row dct_rgba8888_480x270 'RGBA8888 4:1, DCT domain' -
-row hdr_p010_nv12 'P010 PQ → NV12' -
-row hdr_p010_rgba8888 'P010 PQ → RGBA8888' -
-row vqe_sharpen 'sharpening' -
-row vqe_deblock 'deblocking, I420' -
-row media_bits 'bit field' -
-row media_bits_inlined 'bit field, plain reader inlined' -
-row media_bits_called 'bit field, plain reader called' -
-row media_keyframe_h264 'H.264 scanned' -
-row memcpy 'C library memcpy' 0.269
-[ "$wanted" = '  ' ] || exit 0
-context=$(count "${compilers%% *}" hdr_context)
-context=${context%.*}
-cat <<END
-
-DCT domain: 1920x1080 to 480x270, planned before; RGBA8888 by the parts of the
-call, on one thread.
-
-Bit fields are of random lengths, most significant bit first; counts are those
-of a field, beside a reader with 64 bits of cache, inlined or called. Of the
-H.264 frame, random bytes without a key frame, they are those of a byte. Of
-deblocking they are those of a luma pixel, all three planes included.
-
-PQ is the bands of a tone mapping on one thread; the context that they read,
-which every call builds once, takes $context instructions more.
-
-The portable form and what is compared with libyuv are of the first compiler. ×
-libyuv: libyuv's count over this one, above 1 is fewer here. libyuv's figures are
-those of its version 1857 built with NEON, at the large sizes, counted in the same
-way elsewhere: of scaling its bilinear filter, at 4:1 its box filter, which takes
-fewer there; of NV12 turned through two planes. Its row for memcpy is glibc's, as
-GCC's is, and shows that the two ways of counting agree; clang's is Android's.
+echo "$titles portable | libyuv |"
+echo "$rule---:|---:|"
+while read -r id theirs; do
+  row "$id" "$theirs" </dev/null
+done <<END
+nv12_rgba8888 3.389
+yuv420_rgba8888 3.393
+yuv420_rgb565 4.018
+nv21_rgb888 3.389
+yuyv_rgba8888
+yuv420_rgba8888_bt709
+yuv420_rgba8888_bt601fr
+rgba8888_nv12 1.689
+rgba8888_yuv420 1.609
+rgb565_nv12
+yuv420_nv12 0.203
+nv12_yuv420 0.203
+nv12_nv21 0.219
+t64x32_nv12
+copy_8b 0.125
+grey_2to1 0.701
+grey_4to1 3.535
+grey_3to2 7.586
+grey_720p_404
+grey_1to2 0.914
+grey_2to3 5.057
+grey_1to3
+grey_1to2_mode1 0.914
+grey_2to3_mode1 5.057
+grey_1to3_mode1
+rgba8888_3to2 13.430
+rgb888_3to2
+rgb565_3to2
+nv12_3to2
+rgba8888_90l 1.763
+rgba8888_90r 1.763
+rgba8888_180 1.259
+rgba8888_hori 1.007
+rgba8888_vert 0.505
+nv12_90r 0.893
+nv12_2to1_90l
+dct_nv12_480x270
+dct_rgba8888_480x270
+hdr_p010_nv12
+hdr_p010_rgba8888
+vqe_sharpen
+vqe_deblock
+media_bits
+media_bits_inlined
+media_bits_called
+media_keyframe_h264
+hdr_context
+memcpy 0.269
 END

@@ -1,92 +1,115 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What is timed: this library's forms, its peers and the stream bounds, all as
-// one kind of thing, a function from a frame to a frame. A peer's name is in
-// parentheses when it does less than is asked for; it does not count as one to
-// be compared with.
+// one kind of thing, a function from a frame to a frame.
 #pragma once
 
-#include <cstdint>
-#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "bench/workloads.h"
+#include "workloads.h"
 
 namespace bench {
 
-struct Contender {
-  enum class Kind {
-    kOwn,
-    kPeer,
-    // A copy of as many bytes, where no peer does the work.
-    kCopy,
-    kBound
-  };
+// Outputs that nobody compares.
+inline constexpr double kAny = 1e9;
 
+struct Contender {
+  // This library's begin with "orumlox", bounds with "bound"; what does less
+  // than is asked for is in parentheses and does not count as a peer.
   std::string name;
-  Kind kind;
-  std::function<void(uint8_t *src, uint8_t *dst)> run;
-  // What it writes: a peer without the very format writes another of the same
-  // size, which is the same work.
-  int32_t dst_format;
+  // How far its output may be from this library's: levels of 255 that the
+  // channel which differs most is off on average. Of sharpening, deblocking and
+  // tone mapping, where filters differ on purpose, 1 less the correlation of
+  // what they change. This library's own forms are equal to the byte.
+  double tolerance = 0;
+  // Called when its turn comes, for what a peer keeps may be large. With
+  // `fetch` what it leaves in memory of its own is copied to the destination.
+  std::function<Run(bool fetch)> make;
+  // What it reads and writes, when not the workload's own formats.
+  int32_t src_format = -1, dst_format = -1;
   // The form of the library's kernels that runs; -1 for the best.
   int level = -1;
-  // Copies to the destination what a peer leaves in memory of its own.
-  std::function<void(uint8_t *dst)> fetch = nullptr;
-  // What it reads, when it cannot take the workload's own format: planes of the
-  // same picture.
-  int32_t src_format = -1;
   // Has threads of its own: kept on one processor, so that its forms can be
-  // compared, or let alone and timed by the clock.
+  // compared, or let alone and timed by the clock. The time of others is that
+  // of the process: a thread that a peer started would count.
   enum class Threads { kNone, kOnOneCore, kByTheClock };
   Threads threads = Threads::kNone;
+
+  bool is_own() const { return name.starts_with("orumlox"); }
 };
 
 using Contenders = std::vector<Contender>;
 
-// Each adds those of its kind that can do the workload at the sizes.
-void add_own_forms(const Workload &workload, const Sizes &sizes,
-                   Contenders *out);
-void add_libyuv(const Workload &workload, const Sizes &sizes, Contenders *out);
-void add_libyuv_scaling(const Workload &workload, const Sizes &sizes,
-                        Contenders *out);
-void add_opencv(const Workload &workload, const Sizes &sizes, Contenders *out);
-void add_opencv_scaling(const Workload &workload, const Sizes &sizes,
-                        Contenders *out);
-void add_opencv_sharpening(const Workload &workload, const Sizes &sizes,
-                           Contenders *out);
-void add_swscale(const Workload &workload, const Sizes &sizes, Contenders *out);
-void add_avfilter(const Workload &workload, const Sizes &sizes,
-                  Contenders *out);
-void add_avfilter_sharpening(const Workload &workload, const Sizes &sizes,
-                             Contenders *out);
-void add_zimg(const Workload &workload, const Sizes &sizes, Contenders *out);
-// Of reductions.
-void add_own_reduction(const Workload &workload, const Sizes &sizes,
+inline void add(Contenders *out, std::string name, double tolerance, Run run,
+                int32_t dst_format = -1) {
+  out->push_back({std::move(name), tolerance,
+                  [run = std::move(run)](bool) { return run; }, -1,
+                  dst_format});
+}
+
+// How far peers may be that do the same with other arithmetic.
+inline double near(const Workload &workload) {
+  if (workload.is_layout() || workload.task == Task::kTurn) return 0;
+  if (workload.task == Task::kReduce) return 1;
+  // Scalers also take samples elsewhere: this library from the top left, peers
+  // around the middle.
+  if (workload.task != Task::kConvert) return 3.5;
+  // A 16-bit pixel has steps of 8 and 4, which a dithering peer rounds to
+  // either side. Of a 16-bit source, channels get zeros as their low bits here
+  // and may get a copy of their high ones from a peer.
+  if (workload.dst_format == VEXO_FMT_RGB565) return 4;
+  if (workload.src_format == VEXO_FMT_RGB565) return 3.5;
+  // Peers round the matrix otherwise, of BT.709 most; those of the other
+  // standards are further away.
+  return workload.option == VEXO_STD_BT709 ? 3.5 : 2;
+}
+
+// Peers have no mode 1, whose row is set beside what they do without.
+inline bool scales_plainly(const Workload &workload) {
+  return workload.task == Task::kScale && workload.option == 0;
+}
+
+// Whether the reduction is that of block means.
+inline bool is_means(const Workload &workload) {
+  return workload.task == Task::kReduce && !has_workers(workload) &&
+         workload.option != 0;
+}
+
+// Adds what can do the workload at the sizes.
+using Adder = void (*)(const Workload &workload, const Sizes &sizes,
                        Contenders *out);
-void add_zimg_reduction(const Workload &workload, const Sizes &sizes,
-                        Contenders *out);
-void add_stream_bounds(const Workload &workload, const Sizes &sizes,
-                       Contenders *out);
+void add_own(const Workload &workload, const Sizes &sizes, Contenders *out);
+void add_bounds(const Workload &workload, const Sizes &sizes, Contenders *out);
 
-// All of them; this library's best form is the first.
-Contenders contenders_for(const Workload &workload, const Sizes &sizes);
+// A library that is measured beside this one. Each is one unit, which is left
+// out of the build when it is not installed.
+struct Library {
+  const char *name;
+  std::string version;
+  Adder add;
+};
+inline std::vector<Library> &libraries() {
+  static std::vector<Library> list;
+  return list;
+}
+struct Registered {
+  explicit Registered(const Library &library) {
+    libraries().push_back(library);
+  }
+};
 
-// The peers' versions, as they tell them at run time.
-std::string libyuv_version();
-std::string opencv_version();
-std::string swscale_version_text();
-std::string avfilter_version_text();
-std::string zimg_version();
+inline std::string version_text(unsigned major, unsigned minor,
+                                unsigned micro) {
+  return std::to_string(major) + "." + std::to_string(minor) + "." +
+         std::to_string(micro);
+}
 
-// Runs every library's contender on one smooth picture and prints how far
-// its output is from this library's. False when one is so far off that it does
-// not do the same work.
+// Runs every contender on one picture and prints how far its output is from
+// this library's. False when one is so far off that it does not do the same
+// work.
 bool check_same_work(const Workload &workload, const Sizes &sizes,
                      const Contenders &contenders);
-// The same of reductions.
-bool check_same_reduction(const Workload &workload, const Sizes &sizes,
-                          const Contenders &contenders);
 
 }  // namespace bench

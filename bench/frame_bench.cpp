@@ -4,68 +4,175 @@
 // one process and, unless a row says otherwise, on one thread. README.md says
 // how to run it and what the figures are.
 #include <benchmark/benchmark.h>
+#include <sched.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
+#include <map>
 #include <optional>
-#include <string>
-#include <vector>
+#include <regex>
 
-#include "bench/contender.h"
-#include "bench/dct_bench.h"
-#include "bench/frames.h"
-#include "bench/hdr_contender.h"
-#include "bench/media_bench.h"
-#include "bench/one_core.h"
-#include "bench/vqe_bench.h"
 #include "common/isa.h"
+#include "contender.h"
 
 namespace bench {
 
 namespace {
 
+// Keeps this thread, and those that it starts meanwhile, on the processor where
+// it is.
+class OneCore {
+ public:
+  OneCore() {
+    sched_getaffinity(0, sizeof(before_), &before_);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(sched_getcpu(), &one);
+    sched_setaffinity(0, sizeof(one), &one);
+  }
+  ~OneCore() { sched_setaffinity(0, sizeof(before_), &before_); }
+  OneCore(const OneCore &) = delete;
+  OneCore &operator=(const OneCore &) = delete;
+
+ private:
+  cpu_set_t before_;
+};
+
 struct Setting {
   const char *id;
-  bool large, ring;
+  bool large;
+  // Of frames; 0 is a ring that no cache holds.
+  size_t count;
 };
 
-constexpr Setting kSettings[] = {
-    {"640x360", false, false},
-    {"1080p_hot", true, false},
-    {"1080p_ring", true, true},
-};
+std::vector<Setting> settings_of(const Workload &workload) {
+  if (workload.is_setup()) return {{"any", true, 1}};
+  switch (workload.task) {
+    case Task::kReduce:
+      return {{"1080p_hot", true, 1}, {"1080p_ring", true, 0}};
+    case Task::kToneMap:
+      return {{"1080p", false, 2}, {"2160p", true, 2}};
+    case Task::kReadBits:
+      return {{"1MiB", true, 1}};
+    case Task::kFindKey:
+      return {{"1MiB", true, 1}, {"64MiB", true, 64}};
+    default:
+      return {{"640x360", false, 1},
+              {"1080p_hot", true, 1},
+              {"1080p_ring", true, 0}};
+  }
+}
 
-size_t aligned(size_t bytes) { return (bytes + 63) / 64 * 64; }
+// Twice the largest cache that the machine says it has, and at least 96 MiB,
+// for a virtual machine may not see all of the cache it shares.
+size_t ring_bytes() {
+  size_t largest = 0;
+  for (const auto &cache : benchmark::CPUInfo::Get().caches) {
+    largest = std::max(largest, static_cast<size_t>(cache.size));
+  }
+  return std::max(2 * largest, size_t{96} << 20);
+}
 
-struct Plan {
+// One workload at one setting.
+struct Row {
+  const Workload *workload;
+  Sizes sizes;
+  Setting setting;
   size_t src_step, dst_step, count;
+  // The next frame. It outlives a repetition: the next one goes on where the
+  // last one left the caches.
+  std::shared_ptr<size_t> at = std::make_shared<size_t>(0);
 
-  Plan(const Workload &workload, const Setting &s)
-      : src_step(aligned(src_room(workload, sizes_of(workload, s.large)))),
-        dst_step(aligned(dst_room(workload, sizes_of(workload, s.large)))),
-        count(s.ring ? ring_bytes() / (src_step + dst_step) + 1 : 1) {}
+  Row(const Workload &w, const Setting &s)
+      : workload(&w),
+        sizes(sizes_of(w, s.large)),
+        setting(s),
+        src_step((src_room(w, sizes) + 63) / 64 * 64),
+        dst_step((dst_room(w, sizes) + 63) / 64 * 64),
+        count(s.count > 0 ? s.count
+                          : ring_bytes() / (src_step + dst_step) + 1) {}
 };
 
-void time_frames(benchmark::State &state, const Contender &contender,
-                 Frames *frames, double pixels) {
+Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
+  Contenders list;
+  add_own(workload, sizes, &list);
+  for (const Library &library : libraries()) {
+    library.add(workload, sizes, &list);
+  }
+  add_bounds(workload, sizes, &list);
+  return list;
+}
+
+// All rows share the memory, so that the run fits small machines.
+struct Memory {
+  Block src, dst;
+};
+
+// What the frames of a row have to hold; other work does not depend on it.
+const std::vector<uint8_t> &content_of(const Row &row, int32_t format) {
+  static std::map<std::tuple<const Workload *, int32_t, int32_t>,
+                  std::vector<uint8_t>>
+      contents;
+  auto &content = contents[{row.workload, format, row.sizes.src.width}];
+  const Task task = row.workload->task;
+  if (content.empty() && (task == Task::kToneMap || task == Task::kDeblock ||
+                          row.workload->is_media())) {
+    content.resize(row.src_step);
+    fill_src(*row.workload, row.sizes, content.data(), format);
+  }
+  return content;
+}
+
+void time_frames(benchmark::State &state, const Row &row,
+                 const Contender &contender, const Memory &memory) {
   lox::isa_limit(contender.level >= 0 ? contender.level : lox::isa_best());
   std::optional<OneCore> one_core;
   if (contender.threads == Contender::Threads::kOnOneCore) one_core.emplace();
-  for (auto _ : state) frames->next(contender.run);
+  const std::vector<uint8_t> &content = content_of(row, contender.src_format);
+  size_t &at = *row.at;
+  const auto src = [&] { return memory.src.data() + at * row.src_step; };
+  const auto restore = [&] {
+    std::copy(content.begin(), content.end(), src());
+  };
+  const auto advance = [&] { at = (at + 1) % row.count; };
+  if (!content.empty()) {
+    for (at = 0; at < row.count; ++at) restore();
+    at = 0;
+  }
+  const Run run = contender.make(false);
+  const auto next = [&] { run(src(), memory.dst.data() + at * row.dst_step); };
+  const bool in_place = row.workload->task == Task::kDeblock;
+  // Once before it counts: peers get their memory with the first frame.
+  next();
+  if (in_place) restore();
+  advance();
+  for (auto _ : state) {
+    next();
+    if (in_place) {
+      // Every call finds the same work.
+      state.PauseTiming();
+      restore();
+      state.ResumeTiming();
+    }
+    advance();
+  }
   lox::isa_limit(lox::isa_best());
-  state.counters["pixels"] = pixels;
+  state.counters["units"] = units_of(*row.workload, row.sizes);
 }
 
 std::string processor() {
+  std::map<std::string, std::string> fields;
   std::ifstream file("/proc/cpuinfo");
-  for (std::string line; std::getline(file, line);) {
-    const size_t colon = line.find(": ");
-    if (line.rfind("model name", 0) == 0 && colon != std::string::npos) {
-      return line.substr(colon + 2);
-    }
+  for (std::string line; std::getline(file, line) && !line.empty();) {
+    const size_t colon = line.find(':');
+    const std::string key =
+        line.substr(0, line.find_last_not_of("\t ", colon - 1) + 1);
+    fields[key] = line.substr(std::min(colon + 2, line.size()));
   }
-  return "unknown";
+  return fields["model name"] + ", family " + fields["cpu family"] +
+         ", model " + fields["model"];
 }
 
 void record_versions() {
@@ -75,66 +182,51 @@ void record_versions() {
 #else
   benchmark::AddCustomContext("compiler", "GCC " __VERSION__);
 #endif
-  benchmark::AddCustomContext("orumlox_form", lox::isa_name(lox::isa_best()));
+  benchmark::AddCustomContext("form", lox::isa_name(lox::isa_best()));
   benchmark::AddCustomContext("ring_bytes", std::to_string(ring_bytes()));
-#if defined(BENCH_HAS_LIBYUV)
-  benchmark::AddCustomContext("libyuv", libyuv_version());
-#endif
-#if defined(BENCH_HAS_OPENCV)
-  benchmark::AddCustomContext("OpenCV", opencv_version());
-#endif
-#if defined(BENCH_HAS_SWSCALE)
-  benchmark::AddCustomContext("swscale", swscale_version_text());
-#endif
-#if defined(BENCH_HAS_ZIMG)
-  benchmark::AddCustomContext("zimg", zimg_version());
-#endif
-#if defined(BENCH_HAS_AVFILTER)
-  benchmark::AddCustomContext("avfilter", avfilter_version_text());
-#endif
-}
-
-bool check(const Workload &workload, const Sizes &sizes,
-           const Contenders &list) {
-  switch (workload.task) {
-    case Task::kReduce:
-      return check_same_reduction(workload, sizes, list);
-    case Task::kSharpen:
-      return check_same_enhancement(workload, sizes, list);
-    default:
-      return check_same_work(workload, sizes, list);
+  for (const Library &library : libraries()) {
+    benchmark::AddCustomContext(library.name, library.version);
   }
 }
 
-}  // namespace
-
-Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
-  Contenders list;
-  add_own_forms(workload, sizes, &list);
-  add_own_reduction(workload, sizes, &list);
-#if defined(BENCH_HAS_LIBYUV)
-  add_libyuv(workload, sizes, &list);
-  add_libyuv_scaling(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_OPENCV)
-  add_opencv(workload, sizes, &list);
-  add_opencv_scaling(workload, sizes, &list);
-  add_opencv_sharpening(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_SWSCALE)
-  add_swscale(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_ZIMG)
-  add_zimg(workload, sizes, &list);
-  add_zimg_reduction(workload, sizes, &list);
-#endif
-#if defined(BENCH_HAS_AVFILTER)
-  add_avfilter(workload, sizes, &list);
-  add_avfilter_sharpening(workload, sizes, &list);
-#endif
-  add_stream_bounds(workload, sizes, &list);
-  return list;
+void register_row(const Row &row, const Contender &contender,
+                  const std::string &name, const Memory &memory) {
+  auto *registered = benchmark::RegisterBenchmark(
+      name.c_str(), [=, &memory](benchmark::State &state) {
+        time_frames(state, row, contender, memory);
+      });
+  registered->MeasureProcessCPUTime()->Unit(benchmark::kMicrosecond);
+  if (contender.threads == Contender::Threads::kByTheClock) {
+    registered->UseRealTime();
+  }
 }
+
+// Registers what the filter asks for; false when outputs differ.
+bool prepare(const std::vector<Row> &rows, const Memory &memory) {
+  std::string wanted = benchmark::GetBenchmarkFilter();
+  const bool inverted = wanted.starts_with("-");
+  const std::regex filter(inverted ? wanted.substr(1) : wanted);
+  bool same = true;
+  for (const Row &row : rows) {
+    const Contenders list = contenders_for(*row.workload, row.sizes);
+    bool is_wanted = false;
+    for (const Contender &contender : list) {
+      const std::string name = std::string(row.workload->id) + "/" +
+                               row.setting.id + "/" + contender.name;
+      if (std::regex_search(name, filter) == inverted) continue;
+      register_row(row, contender, name, memory);
+      is_wanted = true;
+    }
+    // A ring has the sizes that another setting has.
+    const bool is_again = row.setting.count == 0 || row.setting.count == 64;
+    if (is_wanted && !is_again && !row.workload->is_setup()) {
+      same &= check_same_work(*row.workload, row.sizes, list);
+    }
+  }
+  return same;
+}
+
+}  // namespace
 
 }  // namespace bench
 
@@ -143,62 +235,20 @@ int main(int argc, char **argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   record_versions();
-
-  // All workloads share the memory, so that the run fits small machines.
+  std::vector<Row> rows;
   size_t src_bytes = 0, dst_bytes = 0;
   for (const Workload &workload : kWorkloads) {
-    for (const Setting &setting : kSettings) {
-      const Plan plan(workload, setting);
-      src_bytes = std::max(src_bytes, plan.src_step * plan.count);
-      dst_bytes = std::max(dst_bytes, plan.dst_step * plan.count);
+    for (const Setting &setting : settings_of(workload)) {
+      const Row &row = rows.emplace_back(workload, setting);
+      src_bytes = std::max(src_bytes, row.src_step * row.count);
+      dst_bytes = std::max(dst_bytes, row.dst_step * row.count);
     }
   }
-  const Block src(src_bytes), dst(dst_bytes);
-
-  // Reserved: the registered benchmarks keep pointers into it.
-  std::vector<Frames> frames;
-  frames.reserve(std::size(kWorkloads) * std::size(kSettings));
-  bool same = true;
-  for (const Workload &workload : kWorkloads) {
-    for (const Setting &setting : kSettings) {
-      if (workload.task == Task::kReduce && !setting.large) continue;
-      const Sizes sizes = sizes_of(workload, setting.large);
-      const Contenders list = contenders_for(workload, sizes);
-      if (!setting.ring) {
-        same &= check(workload, sizes, list);
-      }
-      const Plan plan(workload, setting);
-      frames.emplace_back(src.data(), plan.src_step, dst.data(), plan.dst_step,
-                          plan.count);
-      const double pixels = 1.0 * sizes.dst.width * sizes.dst.height;
-      for (const Contender &contender : list) {
-        const std::string name =
-            std::string(workload.id) + "/" + setting.id + "/" + contender.name;
-        // The time of the whole process: a thread that a peer starts counts.
-        auto *row = benchmark::RegisterBenchmark(
-            name.c_str(),
-            [contender, at = &frames.back(), pixels](benchmark::State &state) {
-              time_frames(state, contender, at, pixels);
-            });
-        row->MeasureProcessCPUTime()->Unit(benchmark::kMicrosecond);
-        if (contender.threads == Contender::Threads::kByTheClock) {
-          row->UseRealTime();
-        }
-      }
-    }
-  }
-  register_dct_setup();
-  same &= check_deblocking();
-  register_deblocking();
-  same &= check_media();
-  register_media();
-  same &= check_tone_mapping();
-  register_tone_mapping();
-  if (!same) {
+  const Memory memory = {Block(src_bytes), Block(dst_bytes)};
+  if (!prepare(rows, memory)) {
     std::fputs("not timed: outputs differ\n", stderr);
     return 1;
   }
-  record_dct_quality();
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();
   return 0;

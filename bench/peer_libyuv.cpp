@@ -3,103 +3,226 @@
 // libyuv. It names a pixel by its word, so R, G, B, A in memory is its "ABGR"
 // and R, G, B its "RAW".
 #include <libyuv.h>
+#include <libyuv/scale_rgb.h>
 
-#include <string>
+#include <tuple>
+#include <utility>
 
-#include "bench/contender.h"
+#include "contender.h"
 
 namespace bench {
 
 namespace {
 
-using Kind = Contender::Kind;
+using libyuv::FilterMode;
+using libyuv::RotationMode;
+using Img = const vexo_img &;
+using Scratch = std::shared_ptr<std::vector<uint8_t>>;
 
-}  // namespace
+// Calls a converter with its planes and strides and the size.
+template <auto convert, size_t... s, size_t... d>
+void call(Img src, Img dst, std::index_sequence<s...>,
+          std::index_sequence<d...>) {
+  std::apply(convert, std::tuple_cat(std::tuple(src.plane[s], src.stride[s])...,
+                                     std::tuple(dst.plane[d], dst.stride[d])...,
+                                     std::tuple(src.width[0], src.height[0])));
+}
+template <auto convert, size_t src_planes, size_t dst_planes>
+void call(Img src, Img dst) {
+  call<convert>(src, dst, std::make_index_sequence<src_planes>(),
+                std::make_index_sequence<dst_planes>());
+}
 
-void add_libyuv(const Workload &workload, const Sizes &sizes, Contenders *out) {
-  const int w = sizes.src.width, h = sizes.src.height;
-  const size_t luma = static_cast<size_t>(w) * static_cast<size_t>(h);
-  const size_t chroma = luma / 4;
-  const auto add = [&](const char *name, auto run) {
-    out->push_back({name, Kind::kPeer, run, workload.dst_format});
-  };
-  const std::string id = workload.id;
-  if (id == "nv12_rgba8888") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::NV12ToABGR(s, w, s + luma, w, d, w * 4, w, h);
-    });
-  } else if (id == "yuv420_rgba8888") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::I420ToABGR(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
-                         w * 4, w, h);
-    });
-  } else if (id == "yuv420_rgba8888_bt709") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::H420ToABGR(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
-                         w * 4, w, h);
-    });
-  } else if (id == "yuv420_rgba8888_bt601fr") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::J420ToABGR(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
-                         w * 4, w, h);
-    });
-  } else if (id == "yuv420_rgb565") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::I420ToRGB565(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d,
-                           w * 2, w, h);
-    });
+void dither(Img s, Img d) {
+  libyuv::I420ToRGB565Dither(s.plane[0], s.stride[0], s.plane[1], s.stride[1],
+                             s.plane[2], s.stride[2], d.plane[0], d.stride[0],
+                             nullptr, s.width[0], s.height[0]);
+}
+
+constexpr struct {
+  const char *id;
+  void (*convert)(Img src, Img dst);
+  // Where there is not the very converter: R and B exchanged, or U and V in
+  // planes, which is the same work.
+  int32_t dst_format = -1;
+  const char *name = "libyuv";
+} kConverters[] = {
+    {"nv12_rgba8888", call<libyuv::NV12ToABGR, 2, 1>},
+    {"yuv420_rgba8888", call<libyuv::I420ToABGR, 3, 1>},
+    {"yuv420_rgba8888_bt709", call<libyuv::H420ToABGR, 3, 1>},
+    {"yuv420_rgba8888_bt601fr", call<libyuv::J420ToABGR, 3, 1>},
+    {"yuv420_rgb565", call<libyuv::I420ToRGB565, 3, 1>},
     // More work than asked for, and yet the faster of the two on x86.
-    add("libyuv dither", [=](uint8_t *s, uint8_t *d) {
-      libyuv::I420ToRGB565Dither(s, w, s + luma, w / 2, s + luma + chroma,
-                                 w / 2, d, w * 2, nullptr, w, h);
-    });
-  } else if (id == "nv21_rgb888") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::NV21ToRAW(s, w, s + luma, w, d, w * 3, w, h);
-    });
-  } else if (id == "yuyv_rgba8888") {
-    // There is no YUY2ToABGR; the same work with R and B the other way round.
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::YUY2ToARGB(s, w * 2, d, w * 4, w, h);
-    });
-    out->back().dst_format = VEXO_FMT_BGRA8888;
-  } else if (id == "rgba8888_nv12") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::ABGRToNV12(s, w * 4, d, w, d + luma, w, w, h);
-    });
-  } else if (id == "rgba8888_yuv420") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::ABGRToI420(s, w * 4, d, w, d + luma, w / 2, d + luma + chroma,
-                         w / 2, w, h);
-    });
-  } else if (id == "rgb565_nv12") {
-    // There is no RGB565ToNV12; the nearest writes as much, U and V in planes.
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::RGB565ToI420(s, w * 2, d, w, d + luma, w / 2, d + luma + chroma,
-                           w / 2, w, h);
-    });
-    out->back().dst_format = VEXO_FMT_YUV420;
-  } else if (id == "yuv420_nv12") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::I420ToNV12(s, w, s + luma, w / 2, s + luma + chroma, w / 2, d, w,
-                         d + luma, w, w, h);
-    });
-  } else if (id == "nv12_yuv420") {
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::NV12ToI420(s, w, s + luma, w, d, w, d + luma, w / 2,
-                         d + luma + chroma, w / 2, w, h);
-    });
-  } else if (id == "nv12_nv21") {
+    {"yuv420_rgb565", dither, -1, "libyuv dither"},
+    {"nv21_rgb888", call<libyuv::NV21ToRAW, 2, 1>},
+    {"yuyv_rgba8888", call<libyuv::YUY2ToARGB, 1, 1>, VEXO_FMT_BGRA8888},
+    {"rgba8888_nv12", call<libyuv::ABGRToNV12, 1, 2>},
+    {"rgba8888_yuv420", call<libyuv::ABGRToI420, 1, 3>},
+    {"rgb565_nv12", call<libyuv::RGB565ToI420, 1, 3>, VEXO_FMT_YUV420},
+    {"yuv420_nv12", call<libyuv::I420ToNV12, 3, 2>},
+    {"nv12_yuv420", call<libyuv::NV12ToI420, 2, 3>},
     // The exchange is the same in both directions.
-    add("libyuv", [=](uint8_t *s, uint8_t *d) {
-      libyuv::NV21ToNV12(s, w, s + luma, w, d, w, d + luma, w, w, h);
-    });
-  } else if (id == "copy_8b") {
-    add("libyuv",
-        [=](uint8_t *s, uint8_t *d) { libyuv::CopyPlane(s, w, d, w, w, h); });
+    {"nv12_nv21", call<libyuv::NV21ToNV12, 2, 2>},
+    {"copy_8b", call<libyuv::CopyPlane, 1, 1>},
+};
+
+constexpr struct {
+  const char *name;
+  FilterMode mode;
+} kFilters[] = {
+    {"libyuv Bilinear", libyuv::kFilterBilinear},
+    {"libyuv Box", libyuv::kFilterBox},
+};
+
+Scratch scratch(size_t bytes) {
+  return std::make_shared<std::vector<uint8_t>>(bytes);
+}
+
+// Calls one of its scalers of a single plane.
+template <typename Scaler>
+void scale_plane(Scaler scaler, Img src, Img dst, FilterMode mode) {
+  scaler(src.plane[0], src.stride[0], src.width[0], src.height[0], dst.plane[0],
+         dst.stride[0], dst.width[0], dst.height[0], mode);
+}
+
+// RGB565 goes through its ARGB, for which `between` has room twice.
+void scale(Img src, Img dst, FilterMode mode, uint8_t *between) {
+  if (src.format == VEXO_FMT_NV12) {
+    libyuv::NV12Scale(src.plane[0], src.stride[0], src.plane[1], src.stride[1],
+                      src.width[0], src.height[0], dst.plane[0], dst.stride[0],
+                      dst.plane[1], dst.stride[1], dst.width[0], dst.height[0],
+                      mode);
+  } else if (src.format == VEXO_FMT_RGB888) {
+    scale_plane(libyuv::RGBScale, src, dst, mode);
+  } else if (src.format == VEXO_FMT_RGBA8888) {
+    scale_plane(libyuv::ARGBScale, src, dst, mode);
+  } else if (src.format == VEXO_FMT_RGB565) {
+    const vexo_img wide_src =
+        describe(VEXO_FMT_BGRA8888, {src.width[0], src.height[0]}, between);
+    const vexo_img wide_dst =
+        describe(VEXO_FMT_BGRA8888, {dst.width[0], dst.height[0]},
+                 between + frame_bytes(wide_src));
+    call<libyuv::RGB565ToARGB, 1, 1>(src, wide_src);
+    scale_plane(libyuv::ARGBScale, wide_src, wide_dst, mode);
+    call<libyuv::ARGBToRGB565, 1, 1>(wide_dst, dst);
+  } else {
+    scale_plane(libyuv::ScalePlane, src, dst, mode);
   }
 }
 
-std::string libyuv_version() { return std::to_string(LIBYUV_VERSION); }
+void turn_rgba(Img src, uint32_t rotation, Img dst) {
+  const auto rotate = [&](RotationMode mode) {
+    libyuv::ARGBRotate(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
+                       src.width[0], src.height[0], mode);
+  };
+  switch (rotation) {
+    case VEXO_ROT_90L:
+      return rotate(libyuv::kRotate270);
+    case VEXO_ROT_90R:
+      return rotate(libyuv::kRotate90);
+    case VEXO_ROT_180:
+      return rotate(libyuv::kRotate180);
+    case VEXO_ROT_HORI:
+      return call<libyuv::ARGBMirror, 1, 1>(src, dst);
+    default:
+      libyuv::ARGBCopy(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
+                       src.width[0], -src.height[0]);
+  }
+}
+
+// A quarter turn of NV12 or of its luma alone. It turns no NV12 into NV12: the
+// pairs go as words of 16 bits, or into two planes, for which `apart` has room,
+// that are merged again. Which is the faster depends on the machine.
+void turn_yuv(Img src, uint32_t rotation, bool merges, uint8_t *apart,
+              Img dst) {
+  const RotationMode mode =
+      rotation == VEXO_ROT_90L ? libyuv::kRotate270 : libyuv::kRotate90;
+  libyuv::RotatePlane(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
+                      src.width[0], src.height[0], mode);
+  if (src.format != VEXO_FMT_NV12) return;
+  const int width = src.width[1], height = src.height[1];
+  if (!merges) {
+    libyuv::RotatePlane_16(reinterpret_cast<const uint16_t *>(src.plane[1]),
+                           src.stride[1] / 2,
+                           reinterpret_cast<uint16_t *>(dst.plane[1]),
+                           dst.stride[1] / 2, width, height, mode);
+    return;
+  }
+  uint8_t *const v = apart + ptrdiff_t{width} * height;
+  libyuv::SplitRotateUV(src.plane[1], src.stride[1], apart, height, v, height,
+                        width, height, mode);
+  libyuv::MergeUVPlane(apart, height, v, height, dst.plane[1], dst.stride[1],
+                       height, width);
+}
+
+void add_turning(const Workload &workload, const Sizes &sizes,
+                 Contenders *out) {
+  const bool is_rgba = workload.src_format == VEXO_FMT_RGBA8888;
+  const bool scales = workload.task == Task::kScaleAndTurn;
+  const bool has_pairs = workload.src_format == VEXO_FMT_NV12;
+  const Size upright =
+      scales ? Size{sizes.dst.height, sizes.dst.width} : sizes.src;
+  const size_t bytes =
+      frame_bytes(describe(workload.src_format, upright, nullptr, 64));
+  for (const auto &filter : kFilters) {
+    for (const bool merges : {false, true}) {
+      if (merges && !has_pairs) continue;
+      const Scratch scaled = scratch(bytes), apart = scratch(bytes);
+      std::string name = merges ? "Rotate+Merge" : "Rotate";
+      name = scales    ? std::string(filter.name) + "+" + name
+             : is_rgba ? "libyuv"
+                       : "libyuv " + name;
+      add(out, name, near(workload), [=](uint8_t *s, uint8_t *d) {
+        vexo_img src = describe_src(workload, sizes, s);
+        const vexo_img dst = describe_dst(workload, sizes, d);
+        if (is_rgba) return turn_rgba(src, workload.rotation(), dst);
+        if (scales) {
+          const vexo_img between =
+              describe(workload.src_format, upright, scaled->data(), 64);
+          scale(src, between, filter.mode, nullptr);
+          src = between;
+        }
+        turn_yuv(src, workload.rotation(), merges, apart->data(), dst);
+      });
+    }
+    if (!scales) return;
+  }
+}
+
+void add_libyuv(const Workload &workload, const Sizes &sizes, Contenders *out) {
+  for (const auto &c : kConverters) {
+    if (std::string(c.id) != workload.id) continue;
+    add(
+        out, c.name, near(workload),
+        [=](uint8_t *s, uint8_t *d) {
+          c.convert(describe_src(workload, sizes, s),
+                    describe_dst(workload, sizes, d, c.dst_format));
+        },
+        c.dst_format);
+  }
+  if (workload.task == Task::kTurn || workload.task == Task::kScaleAndTurn) {
+    add_turning(workload, sizes, out);
+  }
+  // Its box filter alone regards every sample of a reduction.
+  const bool means = is_means(workload);
+  if (!scales_plainly(workload) && !means) return;
+  for (const auto &filter : kFilters) {
+    if (means && filter.mode != libyuv::kFilterBox) continue;
+    const bool wide = workload.src_format == VEXO_FMT_RGB565;
+    const Scratch between =
+        scratch(wide ? size_t{2} * (src_room(workload, sizes) +
+                                    dst_room(workload, sizes))
+                     : 0);
+    add(out, filter.name, near(workload), [=](uint8_t *s, uint8_t *d) {
+      scale(describe_src(workload, sizes, s), describe_dst(workload, sizes, d),
+            filter.mode, between->data());
+    });
+  }
+}
+
+const Registered kLibyuv({"libyuv", std::to_string(LIBYUV_VERSION),
+                          add_libyuv});
+
+}  // namespace
 
 }  // namespace bench

@@ -1,64 +1,142 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// OpenCV's cvtColor, on one thread. It converts no 16-bit format to or from
-// YUV, and knows one standard.
+// OpenCV, on one thread. It converts no 16-bit format to or from YUV, knows one
+// standard, and takes NV12 as two pictures where it scales and turns.
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
-#include <string>
 
-#include "bench/contender.h"
+#include "contender.h"
 
 namespace bench {
 
 namespace {
 
-struct Route {
-  int src_format, dst_format, code;
+constexpr struct {
+  const char *id;
+  int code;
+} kConversions[] = {
+    {"nv12_rgba8888", cv::COLOR_YUV2RGBA_NV12},
+    {"yuv420_rgba8888", cv::COLOR_YUV2RGBA_I420},
+    {"nv21_rgb888", cv::COLOR_YUV2RGB_NV21},
+    {"yuyv_rgba8888", cv::COLOR_YUV2RGBA_YUY2},
+    {"rgba8888_yuv420", cv::COLOR_RGBA2YUV_I420},
 };
 
-constexpr Route kRoutes[] = {
-    {VEXO_FMT_NV12, VEXO_FMT_RGBA8888, cv::COLOR_YUV2RGBA_NV12},
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, cv::COLOR_YUV2RGBA_I420},
-    {VEXO_FMT_NV21, VEXO_FMT_RGB888, cv::COLOR_YUV2RGB_NV21},
-    {VEXO_FMT_YUYV, VEXO_FMT_RGBA8888, cv::COLOR_YUV2RGBA_YUY2},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_YUV420, cv::COLOR_RGBA2YUV_I420},
-};
-
-cv::Mat matrix(int format, int w, int h, uint8_t *bytes) {
-  switch (format) {
-    case VEXO_FMT_YUYV:
-      return {h, w, CV_8UC2, bytes};
-    case VEXO_FMT_RGB888:
-      return {h, w, CV_8UC3, bytes};
-    case VEXO_FMT_RGBA8888:
-      return {h, w, CV_8UC4, bytes};
-    default:
-      // A 4:2:0 picture is one, the chroma in the rows below the luma.
-      return {h + h / 2, w, CV_8UC1, bytes};
-  }
+// One plane, or a dense 4:2:0 picture with the chroma in the rows below.
+cv::Mat matrix(const vexo_img &img, int plane, bool whole = false) {
+  const int channels = row_bytes(img, plane) / img.width[plane];
+  const int rows = img.height[plane];
+  return {whole && img.height[1] > 0 ? rows + rows / 2 : rows, img.width[plane],
+          CV_8UC(channels), img.plane[plane],
+          static_cast<size_t>(img.stride[plane])};
 }
 
-}  // namespace
+using Filter = std::function<void(const cv::Mat &src, cv::Mat dst)>;
+
+// Filters every plane.
+void add_filter(const Workload &workload, const Sizes &sizes, const char *name,
+                double tolerance, const Filter &filter, Contenders *out) {
+  add(out, name, tolerance, [=](uint8_t *s, uint8_t *d) {
+    const vexo_img src = describe_src(workload, sizes, s);
+    const vexo_img dst = describe_dst(workload, sizes, d);
+    for (int p = 0; p < 3 && src.width[p] > 0; ++p) {
+      filter(matrix(src, p), matrix(dst, p));
+    }
+  });
+}
+
+Filter turn(uint32_t rotation) {
+  return [=](const cv::Mat &src, cv::Mat dst) {
+    switch (rotation) {
+      case VEXO_ROT_90L:
+        return cv::rotate(src, dst, cv::ROTATE_90_COUNTERCLOCKWISE);
+      case VEXO_ROT_90R:
+        return cv::rotate(src, dst, cv::ROTATE_90_CLOCKWISE);
+      case VEXO_ROT_180:
+        return cv::rotate(src, dst, cv::ROTATE_180);
+      default:
+        return cv::flip(src, dst, rotation == VEXO_ROT_HORI ? 1 : 0);
+    }
+  };
+}
+
+Filter resize(int interpolation) {
+  return [=](const cv::Mat &src, cv::Mat dst) {
+    cv::resize(src, dst, dst.size(), 0, 0, interpolation);
+  };
+}
+
+// Twice the picture less a blurred one, which is kept between frames.
+Filter mask(const Filter &blur) {
+  const auto blurred = std::make_shared<cv::Mat>();
+  return [=](const cv::Mat &src, cv::Mat dst) {
+    blurred->create(src.size(), CV_8UC1);
+    blur(src, *blurred);
+    cv::addWeighted(src, 2, *blurred, -1, 0, dst);
+  };
+}
+
+// The very kernel, in floating point, and masks whose blurs of 5 x 5 weigh
+// otherwise, which is what its users write.
+void add_sharpening(const Workload &workload, const Sizes &sizes,
+                    Contenders *out) {
+  const cv::Mat kernel = (cv::Mat_<float>(5, 5) << 0, 0, -1, 0, 0,  //
+                          0, -1, -2, -1, 0,                         //
+                          -1, -2, 32, -2, -1,                       //
+                          0, -1, -2, -1, 0,                         //
+                          0, 0, -1, 0, 0) /
+                         16;
+  const cv::Mat binomial = (cv::Mat_<float>(1, 5) << 1, 4, 6, 4, 1) / 16;
+  constexpr double kAlike = 0.05;
+  add_filter(
+      workload, sizes, "OpenCV filter2D", kAlike,
+      [=](const cv::Mat &src, cv::Mat dst) {
+        cv::filter2D(src, dst, -1, kernel);
+      },
+      out);
+  add_filter(workload, sizes, "OpenCV sepFilter2D mask", kAlike,
+             mask([=](const cv::Mat &src, cv::Mat dst) {
+               cv::sepFilter2D(src, dst, -1, binomial, binomial);
+             }),
+             out);
+  add_filter(workload, sizes, "OpenCV GaussianBlur mask", kAlike,
+             mask([](const cv::Mat &src, cv::Mat dst) {
+               cv::GaussianBlur(src, dst, {5, 5}, 0);
+             }),
+             out);
+}
 
 void add_opencv(const Workload &workload, const Sizes &sizes, Contenders *out) {
-  if (workload.color_std != VEXO_STD_DEFAULT) return;
   cv::setNumThreads(0);
-  const int w = sizes.src.width, h = sizes.src.height;
-  for (const Route &route : kRoutes) {
-    if (route.src_format != workload.src_format ||
-        route.dst_format != workload.dst_format) {
-      continue;
-    }
-    const Route r = route;
-    out->push_back({"OpenCV", Contender::Kind::kPeer,
-                    [=](uint8_t *s, uint8_t *d) {
-                      cv::Mat dst = matrix(r.dst_format, w, h, d);
-                      cv::cvtColor(matrix(r.src_format, w, h, s), dst, r.code);
-                    },
-                    workload.dst_format});
+  for (const auto &conversion : kConversions) {
+    if (std::string(conversion.id) != workload.id) continue;
+    add(out, "OpenCV", near(workload), [=](uint8_t *s, uint8_t *d) {
+      cv::Mat dst = matrix(describe_dst(workload, sizes, d), 0, true);
+      cv::cvtColor(matrix(describe_src(workload, sizes, s), 0, true), dst,
+                   conversion.code);
+    });
+  }
+  if (workload.task == Task::kTurn) {
+    add_filter(workload, sizes, "OpenCV", near(workload),
+               turn(workload.rotation()), out);
+  } else if (workload.task == Task::kSharpen) {
+    add_sharpening(workload, sizes, out);
+  }
+  // 16-bit pixels it would scale as numbers.
+  const bool scales =
+      workload.task == Task::kScale && workload.src_format != VEXO_FMT_RGB565;
+  if (scales) {
+    add_filter(workload, sizes, "OpenCV LINEAR", near(workload),
+               resize(cv::INTER_LINEAR), out);
+  }
+  if (scales || is_means(workload)) {
+    add_filter(workload, sizes, "OpenCV AREA", near(workload),
+               resize(cv::INTER_AREA), out);
   }
 }
 
-std::string opencv_version() { return cv::getVersionString(); }
+const Registered kOpenCv({"OpenCV", cv::getVersionString(), add_opencv});
+
+}  // namespace
 
 }  // namespace bench

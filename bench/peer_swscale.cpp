@@ -1,43 +1,34 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // FFmpeg's swscale: at equal sizes with its two fastest settings, else with
-// those that weigh samples.
+// those that weigh samples as this library does or widen their filters.
 extern "C" {
 #include <libavutil/log.h>
 #include <libswscale/swscale.h>
 }
 
-#include <memory>
-#include <span>
-#include <string>
+#include <utility>
 
-#include "bench/contender.h"
+#include "contender.h"
 
 namespace bench {
 
 namespace {
 
 AVPixelFormat name_of(int32_t format) {
-  switch (format) {
-    case VEXO_FMT_YUV400:
-      return AV_PIX_FMT_GRAY8;
-    case VEXO_FMT_YUV420:
-      return AV_PIX_FMT_YUV420P;
-    case VEXO_FMT_NV12:
-      return AV_PIX_FMT_NV12;
-    case VEXO_FMT_NV21:
-      return AV_PIX_FMT_NV21;
-    case VEXO_FMT_YUYV:
-      return AV_PIX_FMT_YUYV422;
-    case VEXO_FMT_RGB565:
-      return AV_PIX_FMT_RGB565LE;
-    case VEXO_FMT_RGB888:
-      return AV_PIX_FMT_RGB24;
-    case VEXO_FMT_RGBA8888:
-      return AV_PIX_FMT_RGBA;
-    default:
-      return AV_PIX_FMT_NONE;
+  constexpr std::pair<int32_t, AVPixelFormat> kNames[] = {
+      {VEXO_FMT_YUV400, AV_PIX_FMT_GRAY8},
+      {VEXO_FMT_YUV420, AV_PIX_FMT_YUV420P},
+      {VEXO_FMT_NV12, AV_PIX_FMT_NV12},
+      {VEXO_FMT_NV21, AV_PIX_FMT_NV21},
+      {VEXO_FMT_YUYV, AV_PIX_FMT_YUYV422},
+      {VEXO_FMT_RGB565, AV_PIX_FMT_RGB565LE},
+      {VEXO_FMT_RGB888, AV_PIX_FMT_RGB24},
+      {VEXO_FMT_RGBA8888, AV_PIX_FMT_RGBA}};
+  for (const auto &[format_, name] : kNames) {
+    if (format_ == format) return name;
   }
+  return AV_PIX_FMT_NONE;
 }
 
 // Its own default is the library's.
@@ -56,66 +47,60 @@ struct Setting {
   int flags;
 };
 
-constexpr Setting kConverting[] = {
-    {"swscale POINT", SWS_POINT},
-    {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
-};
-constexpr Setting kScaling[] = {
-    {"swscale BILINEAR", SWS_BILINEAR},
-    {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
-    {"swscale AREA", SWS_AREA},
-};
-constexpr Setting kReducing[] = {
-    {"swscale LANCZOS", SWS_LANCZOS},
-    {"swscale AREA", SWS_AREA},
-};
-
-std::span<const Setting> settings_for(Task task) {
-  switch (task) {
+std::vector<Setting> settings_for(const Workload &workload) {
+  switch (workload.task) {
     case Task::kConvert:
-      return kConverting;
+      return {{"swscale POINT", SWS_POINT},
+              {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
     case Task::kScale:
-      return kScaling;
+      if (!scales_plainly(workload)) return {};
+      return {{"swscale BILINEAR", SWS_BILINEAR},
+              {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
+              {"swscale AREA", SWS_AREA}};
     case Task::kReduce:
-      return kReducing;
+      if (is_means(workload)) return {{"swscale AREA", SWS_AREA}};
+      return {{"swscale LANCZOS", SWS_LANCZOS}};
     default:
       return {};
   }
 }
 
-}  // namespace
-
 void add_swscale(const Workload &workload, const Sizes &sizes,
                  Contenders *out) {
   const AVPixelFormat from = name_of(workload.src_format);
   const AVPixelFormat to = name_of(workload.dst_format);
-  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE || workload.is_copy()) {
+  const bool converts = workload.task == Task::kConvert;
+  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE ||
+      (converts && from == to)) {
     return;
   }
   // It warns about every pair that it has no special form for.
   av_log_set_level(AV_LOG_ERROR);
-  for (const Setting &setting : settings_for(workload.task)) {
+  for (const Setting &setting : settings_for(workload)) {
     const std::shared_ptr<SwsContext> context(
         sws_getContext(sizes.src.width, sizes.src.height, from, sizes.dst.width,
                        sizes.dst.height, to, setting.flags, nullptr, nullptr,
                        nullptr),
         sws_freeContext);
-    if (!context || !set_standard(context.get(), workload.color_std)) continue;
-    out->push_back({setting.name, Contender::Kind::kPeer,
-                    [=](uint8_t *s, uint8_t *d) {
-                      const vexo_img src = describe_src(workload, sizes, s);
-                      const vexo_img dst = describe_dst(workload, sizes, d);
-                      sws_scale(context.get(), src.plane, src.stride, 0,
-                                src.height[0], dst.plane, dst.stride);
-                    },
-                    workload.dst_format});
+    if (!context ||
+        (converts && !set_standard(context.get(), workload.option))) {
+      continue;
+    }
+    add(out, setting.name, near(workload), [=](uint8_t *s, uint8_t *d) {
+      const vexo_img src = describe_src(workload, sizes, s);
+      const vexo_img dst = describe_dst(workload, sizes, d);
+      sws_scale(context.get(), src.plane, src.stride, 0, src.height[0],
+                dst.plane, dst.stride);
+    });
   }
 }
 
-std::string swscale_version_text() {
-  const unsigned v = swscale_version();
-  return std::to_string(v >> 16) + "." + std::to_string(v >> 8 & 255) + "." +
-         std::to_string(v & 255);
-}
+const Registered kSwscale({"swscale",
+                           version_text(LIBSWSCALE_VERSION_MAJOR,
+                                        LIBSWSCALE_VERSION_MINOR,
+                                        LIBSWSCALE_VERSION_MICRO),
+                           add_swscale});
+
+}  // namespace
 
 }  // namespace bench

@@ -1,216 +1,184 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A comparison of times means something only when the same picture comes out.
-// Peers round the matrix differently, so they are near and not equal; a wrong
-// channel order, matrix, standard or layout is further away than the limits.
-// Where only the places of samples change, all are equal.
+// The forms of this library are equal to the byte, padding too; peers are as
+// near as their tolerance says.
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
+#include <cstring>
+#include <map>
 
-#include "bench/contender.h"
-#include "bench/frames.h"
 #include "common/isa.h"
+#include "contender.h"
 
 namespace bench {
 
 namespace {
 
-// Levels of 255; the nearest of the other standards are 4 levels off. A 16-bit
-// pixel has steps of 8 and 4, which a dithering peer rounds to either side. Of
-// a 16-bit source, channels get zeros as their low bits here and may get a copy
-// of their high ones from a peer.
-constexpr double kNear = 2.5;
-constexpr double kNearTo565 = 5.0;
-constexpr double kNearFrom565 = 3.5;
-
-// Scalers differ in where they take samples: this library's from the top left,
-// peers' around the middle, by up to half a sample of the smaller picture. Some
-// weigh in few bits, and one halves the chroma of RGB pictures.
-constexpr double kNearScaled = 3.5;
-
-double limit_of(const Workload &workload) {
-  const int32_t src_format = workload.src_format;
-  const int32_t dst_format = workload.dst_format;
-  if (workload.task != Task::kConvert) return kNearScaled;
-  if (dst_format == VEXO_FMT_RGB565) return kNearTo565;
-  return src_format == VEXO_FMT_RGB565 ? kNearFrom565 : kNear;
+bool filters_differ(Task task) {
+  return task == Task::kSharpen || task == Task::kDeblock ||
+         task == Task::kToneMap;
 }
 
-// Slow waves in every channel, so that a peer which interpolates chroma or
-// averages it stays near; their phases differ, so that exchanged channels do
-// not. The amplitudes in YUV keep nearly all of it inside the RGB cube, for a
-// clamped channel would hide a difference, and are wide enough in chroma that
-// another standard's matrix is not near.
-struct Wave {
-  double mean, amplitude;
-};
-constexpr Wave kYuv[] = {{126, 30}, {128, 45}, {128, 45}};
-constexpr Wave kRgb[] = {{128, 100}, {128, 100}, {128, 100}};
-
-uint8_t sample(const Wave (&waves)[3], int channel, double x, double y) {
-  constexpr double kPhase[] = {0, 1, 2.5};
-  const double wave = std::sin(7 * x + 3 * y * (channel + 1) + kPhase[channel]);
-  return static_cast<uint8_t>(
-      std::lround(waves[channel].mean + waves[channel].amplitude * wave));
-}
-
-void draw_rgb(const vexo_img &img) {
-  const double w = img.width[0], h = img.height[0];
-  for (int y = 0; y < img.height[0]; ++y) {
-    uint8_t *p = img.plane[0] + static_cast<ptrdiff_t>(img.stride[0]) * y;
-    for (int x = 0; x < img.width[0]; ++x) {
-      const int r = sample(kRgb, 0, x / w, y / h);
-      const int g = sample(kRgb, 1, x / w, y / h);
-      const int b = sample(kRgb, 2, x / w, y / h);
-      if (img.format == VEXO_FMT_RGB565) {
-        const int word = r >> 3 << 11 | g >> 2 << 5 | b >> 3;
-        *p++ = static_cast<uint8_t>(word);
-        *p++ = static_cast<uint8_t>(word >> 8);
-      } else {
-        for (const int c : {r, g, b}) *p++ = static_cast<uint8_t>(c);
-        if (img.format != VEXO_FMT_RGB888) *p++ = 255;
-      }
-    }
-  }
-}
-
-void draw_yuv(const vexo_img &img) {
-  const double w = img.width[0], h = img.height[0];
-  const int32_t f = img.format;
-  const int32_t stride = img.stride[0];
-  for (int y = 0; y < img.height[0]; ++y) {
-    uint8_t *row = img.plane[0] + static_cast<ptrdiff_t>(stride) * y;
-    for (int x = 0; x < img.width[0]; ++x) {
-      const bool packed = f == VEXO_FMT_YUYV;
-      row[packed ? 2 * x : x] = sample(kYuv, 0, x / w, y / h);
-      if (packed) {
-        row[2 * x + 1] = sample(kYuv, 1 + x % 2, (x & ~1) / w, y / h);
-      }
-    }
-  }
-  if (f == VEXO_FMT_YUYV || f == VEXO_FMT_YUV400) return;
-  const bool pairs = f == VEXO_FMT_NV12 || f == VEXO_FMT_NV21;
-  for (int y = 0; y < img.height[1]; ++y) {
-    for (int x = 0; x < img.width[1]; ++x) {
-      for (int c = 0; c < 2; ++c) {
-        const int place = f == VEXO_FMT_NV21 ? 1 - c : c;
-        const int p = pairs ? 1 : 1 + c;
-        img.plane[p][static_cast<ptrdiff_t>(img.stride[p]) * y +
-                     (pairs ? 2 * x + place : x)] =
-            sample(kYuv, 1 + c, 2 * x / w, 2 * y / h);
-      }
-    }
-  }
-}
-
-// Draws NV12, puts it into tiles byte by byte, and returns it.
-std::vector<uint8_t> draw_tiles(const vexo_img &tiles) {
-  const Size size = {tiles.width[0], tiles.height[0]};
-  std::vector<uint8_t> nv12(
-      frame_bytes(describe(VEXO_FMT_NV12, size, nullptr)));
-  const vexo_img img = describe(VEXO_FMT_NV12, size, nv12.data());
-  draw_yuv(img);
-  const uint8_t *from = nv12.data();
-  for (int p = 0; p < 2; ++p) {
-    const int width = img.stride[p], height = img.height[p];
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) {
-        tiles.plane[p][vexo_get_tile_offset(width, height, x, y)] = *from++;
-      }
-    }
-  }
-  return nv12;
-}
-
-// Mean absolute difference of `size` bytes, in levels of 255 of a channel.
-double difference(int32_t format, const uint8_t *a, const uint8_t *b,
-                  size_t size) {
+double mean_difference(const Channel &a, const Channel &b) {
   int64_t sum = 0;
-  if (format != VEXO_FMT_RGB565) {
-    for (size_t i = 0; i < size; ++i) sum += std::abs(a[i] - b[i]);
-    // Equal alpha bytes are no reason to call the colours nearer.
-    const bool has_alpha =
-        format == VEXO_FMT_RGBA8888 || format == VEXO_FMT_BGRA8888;
-    return static_cast<double>(sum) /
-           (static_cast<double>(size) * (has_alpha ? 0.75 : 1));
+  // Of fewer bits those that both have.
+  for (int32_t y = 0; y < a.height; ++y) {
+    for (int32_t x = 0; x < a.width; ++x) {
+      sum += std::abs(a.level(x, y) - b.level(x, y));
+    }
   }
-  for (size_t i = 0; i + 1 < size; i += 2) {
-    const int p = a[i] | a[i + 1] << 8, q = b[i] | b[i + 1] << 8;
-    sum += std::abs((p >> 11) - (q >> 11)) * 8;
-    sum += std::abs((p >> 5 & 63) - (q >> 5 & 63)) * 4;
-    sum += std::abs((p & 31) - (q & 31)) * 8;
-  }
-  return static_cast<double>(sum) / (1.5 * static_cast<double>(size));
+  return static_cast<double>(sum) / a.width / a.height;
 }
 
-// Of two frames of one format: that of the plane that differs most, for chroma
-// planes are small.
-double distance(const vexo_img &a, const vexo_img &b) {
-  double largest = 0;
-  for (int p = 0; p < 3 && a.height[p] > 0; ++p) {
-    double sum = 0;
-    for (int y = 0; y < a.height[p]; ++y) {
-      const ptrdiff_t at = ptrdiff_t{a.stride[p]} * y;
-      sum += difference(a.format, a.plane[p] + at, b.plane[p] + at,
-                        static_cast<size_t>(row_bytes(a, p)));
+// Of what two outputs change of the source, or without one of the outputs: 1
+// where one goes up as the other does, 0 where they have nothing to do with
+// each other or one does nothing.
+double correlation(const Channel *src, const Channel &a, const Channel &b) {
+  // The borders of a picture are everybody's own.
+  constexpr int32_t kMargin = 8;
+  double n = 0, sa = 0, sb = 0, saa = 0, sbb = 0, sab = 0;
+  for (int32_t y = kMargin; y < a.height - kMargin; ++y) {
+    for (int32_t x = kMargin; x < a.width - kMargin; ++x) {
+      const int32_t before = src ? src->level(x, y) : 0;
+      const double p = a.level(x, y) - before, q = b.level(x, y) - before;
+      n += 1;
+      sa += p;
+      sb += q;
+      saa += p * p;
+      sbb += q * q;
+      sab += p * q;
     }
-    largest = std::max(largest, sum / a.height[p]);
+  }
+  const double spread = (n * saa - sa * sa) * (n * sbb - sb * sb);
+  return spread > 0 ? (n * sab - sa * sb) / std::sqrt(spread) : 0;
+}
+
+// In the terms of a contender's tolerance; that of the channel which differs
+// most.
+double distance(const Workload &workload, const vexo_img &src,
+                const vexo_img &own, const vexo_img &theirs) {
+  const std::vector<Channel> from = channels(src), a = channels(own),
+                             b = channels(theirs);
+  // Channels that are of another kind than the source's have not changed them.
+  const bool rgb = workload.dst_format >= VEXO_FMT_RGB565;
+  double largest = 0;
+  for (size_t c = 0; c < a.size(); ++c) {
+    largest = std::max(
+        largest, filters_differ(workload.task)
+                     ? 1 - correlation(rgb ? nullptr : &from[c], a[c], b[c])
+                     : mean_difference(a[c], b[c]));
   }
   return largest;
 }
+
+class Check {
+ public:
+  Check(const Workload &workload, const Sizes &sizes, bool with_key)
+      : workload_(workload),
+        sizes_(sizes),
+        with_key_(with_key),
+        size_(dst_room(workload, sizes)),
+        expected_(size_),
+        found_(size_) {}
+
+  bool run(const Contenders &contenders) {
+    bool same = true;
+    // The first is this library's best form.
+    for (const Contender &contender : contenders) {
+      if (contender.tolerance == kAny) continue;
+      const bool first = &contender == contenders.data();
+      uint8_t *dst = (first ? expected_ : found_).data();
+      uint8_t *src = source(contender.src_format);
+      std::fill_n(dst, size_, uint8_t{1});
+      lox::isa_limit(contender.level >= 0 ? contender.level : lox::isa_best());
+      if (workload_.task == Task::kDeblock && contender.is_own()) {
+        // In place, and there the result is looked for.
+        std::memcpy(dst, src,
+                    frame_bytes(describe_dst(workload_, sizes_, dst)));
+        src = dst;
+      }
+      contender.make(true)(src, dst);
+      lox::isa_limit(lox::isa_best());
+      if (first) {
+        same &= is_what_it_must_be();
+      } else {
+        same &= compare(contender);
+      }
+    }
+    return same;
+  }
+
+ private:
+  // One picture for all of a format.
+  uint8_t *source(int32_t format) {
+    std::unique_ptr<Block> &src = sources_[format];
+    if (!src) {
+      src = std::make_unique<Block>(std::max(
+          src_room(workload_, sizes_),
+          frame_bytes(describe_src(workload_, sizes_, nullptr, format))));
+      fill_src(workload_, sizes_, src->data(), format, with_key_);
+    }
+    return src->data();
+  }
+
+  // What can be told without another implementation: where samples only move,
+  // tiles among them, the result is the picture drawn; of a scan it is whether
+  // there is a key frame.
+  bool is_what_it_must_be() {
+    bool good = true;
+    if (workload_.task == Task::kFindKey) {
+      good = expected_.data()[0] == (with_key_ ? 1 : 0);
+    } else if (workload_.is_layout()) {
+      draw(workload_.picture(), describe_dst(workload_, sizes_, found_.data()));
+      good = std::memcmp(
+                 expected_.data(), found_.data(),
+                 frame_bytes(describe_dst(workload_, sizes_, nullptr))) == 0;
+    }
+    if (!good) std::fprintf(stderr, "%s: wrong result\n", workload_.id);
+    return good;
+  }
+
+  bool compare(const Contender &contender) {
+    const bool exact = contender.is_own() || workload_.is_media();
+    double d = 0;
+    bool good;
+    if (exact) {
+      good = std::memcmp(expected_.data(), found_.data(), size_) == 0;
+    } else {
+      d = distance(
+          workload_, describe_src(workload_, sizes_, source(-1)),
+          describe_dst(workload_, sizes_, expected_.data()),
+          describe_dst(workload_, sizes_, found_.data(), contender.dst_format));
+      good = d <= contender.tolerance;
+    }
+    char figures[32];
+    std::snprintf(figures, sizeof(figures), "%.3f of %.1f", d,
+                  contender.tolerance);
+    std::fprintf(good ? stdout : stderr, "%-24s %4dx%-4d %-30s %s%s\n",
+                 workload_.id, sizes_.dst.width, sizes_.dst.height,
+                 contender.name.c_str(),
+                 exact ? good ? "equal" : "not equal" : figures,
+                 good ? "" : "  NOT THE SAME WORK");
+    return good;
+  }
+
+  const Workload &workload_;
+  const Sizes &sizes_;
+  bool with_key_;
+  size_t size_;
+  Block expected_, found_;
+  std::map<int32_t, std::unique_ptr<Block>> sources_;
+};
 
 }  // namespace
 
 bool check_same_work(const Workload &workload, const Sizes &sizes,
                      const Contenders &contenders) {
-  const Block src(frame_bytes(describe_src(workload, sizes, nullptr)));
-  const vexo_img img = describe_src(workload, sizes, src.data());
-  // No peer can tell what tiles must give; the picture drawn into them does.
-  std::vector<uint8_t> drawn;
-  if (img.format == VEXO_FMT_T64X32) {
-    drawn = draw_tiles(img);
-  } else if (img.format >= VEXO_FMT_RGB565) {
-    draw_rgb(img);
-  } else {
-    draw_yuv(img);
-  }
-  bool same = true;
-  for (const Contender &contender : contenders) {
-    if (contender.kind == Contender::Kind::kCopy ||
-        contender.kind == Contender::Kind::kBound) {
-      continue;
-    }
-    Workload order = workload;
-    order.dst_format = contender.dst_format;
-    const size_t size = frame_bytes(describe_dst(order, sizes, nullptr));
-    const Block expected(size), found(size);
-    // Different fillings, so that pixels left unwritten differ.
-    std::fill_n(expected.data(), size, uint8_t{1});
-    std::fill_n(found.data(), size, uint8_t{254});
-    lox::isa_limit(lox::isa_best());
-    if (run_library(order, sizes, src.data(), expected.data()) != VEXO_OK) {
-      std::fprintf(stderr, "%s: refused by the library\n", workload.id);
-      return false;
-    }
-    std::copy(drawn.begin(), drawn.end(), expected.data());
-    if (contender.level >= 0) lox::isa_limit(contender.level);
-    contender.run(src.data(), found.data());
-    if (contender.fetch) contender.fetch(found.data());
-    lox::isa_limit(lox::isa_best());
-    const double d = distance(describe_dst(order, sizes, expected.data()),
-                              describe_dst(order, sizes, found.data()));
-    // The forms of one library are equal to the byte.
-    const bool exact =
-        contender.kind == Contender::Kind::kOwn || workload.keeps_samples();
-    const double limit = exact ? 0 : limit_of(order);
-    const bool near = d <= limit;
-    std::fprintf(near ? stdout : stderr,
-                 "%-24s %4dx%-4d %-30s mean difference %.3f%s\n", workload.id,
-                 sizes.dst.width, sizes.dst.height, contender.name.c_str(), d,
-                 near ? "" : "  NOT THE SAME WORK");
-    same &= near;
+  bool same = Check(workload, sizes, false).run(contenders);
+  if (workload.task == Task::kFindKey) {
+    same &= Check(workload, sizes, true).run(contenders);
   }
   return same;
 }

@@ -1,22 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The workloads that are measured, on the host and in the ARM guest alike, and
-// how a frame of one lies in memory: all planes in one block, which every peer
-// can be given as well. Tiles, which are whole, have padding, and the rows of
-// frames that are scaled or turned, which begin at multiples of 64 bytes as
-// decoders' do: one peer takes no others.
+// What is measured, on the host and in the ARM guest alike, and how this
+// library does it.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <functional>
+#include <iterator>
 
-#include "orumlox/orumlox.h"
+#include "orumlox/media_type.h"
+#include "picture.h"
 
 namespace bench {
-
-struct Size {
-  int32_t width, height;
-};
 
 struct Sizes {
   Size src, dst;
@@ -30,6 +24,7 @@ struct Ratio {
 
 inline constexpr Ratio kEqual = {{{640, 360}, {640, 360}},
                                  {{1920, 1080}, {1920, 1080}}};
+inline constexpr Ratio kHdrSizes = {kEqual.large, {{3840, 2160}, {3840, 2160}}};
 inline constexpr Ratio k2To1 = {{{1280, 720}, {640, 360}},
                                 {{1920, 1080}, {960, 540}}};
 inline constexpr Ratio k3To2 = {{{960, 540}, {640, 360}},
@@ -46,97 +41,122 @@ inline constexpr Ratio k2To3 = {{{428, 240}, {642, 360}},
 inline constexpr Ratio k1To3 = {{{214, 120}, {642, 360}},
                                 {{640, 360}, {1920, 1080}}};
 
+// Reductions are large only.
+constexpr Ratio from_1080p(int32_t width, int32_t height) {
+  return {{}, {{1920, 1080}, {width, height}}};
+}
+
 enum class Task {
+  // Between equal formats a plane copy, of which a pixel is a byte.
   kConvert,
   kScale,
-  kTurn,
+  // A quarter turn to the left after scaling.
   kScaleAndTurn,
-  // Of luma.
+  kTurn,
   kSharpen,
-  // Scaled down with regard to every sample, here in the domain of the discrete
-  // cosine transform. Large frames only.
-  kReduce
+  // In place: it is the source that is worked on.
+  kDeblock,
+  // Scaled down in the domain of the cosine transform, from a plan that stands.
+  kReduce,
+  // Such a plan made and released.
+  kPlan,
+  kToneMap,
+  // What every tone mapping builds first.
+  kContext,
+  // 1 MiB of bit fields.
+  kReadBits,
+  // 1 MiB scanned for a key frame to its end.
+  kFindKey
+};
+
+// Of kReadBits a length from 1 to 32, or one of these.
+enum Fields : int32_t {
+  // 1 to 32 bits, from a list.
+  kRandom = 0,
+  kRandomLsbFirst = -1,
+  // By the call for a single bit.
+  kSingle = -2
 };
 
 struct Workload {
   const char *id;
-  // Different for a conversion; the plane copy, of which a pixel is a byte, is
-  // one between equal formats.
-  int32_t src_format;
-  int32_t dst_format;
-  // One of VEXO_STD_, of both sides.
-  int32_t color_std = VEXO_STD_DEFAULT;
-  Task task = Task::kConvert;
+  Task task;
+  int32_t src_format = 0, dst_format = 0;
   Ratio ratio = kEqual;
-  // The destination's.
-  int32_t mode = 0;
-  // One of VEXO_ROT_.
-  uint32_t rotation = VEXO_ROT_COPY;
-  // Of a reduction.
-  int32_t prescale = 0;
+  // By task: the colour standard, the destination's mode, the rotation, the
+  // pre-scale factor, the kind of HDR, the Fields or the media type.
+  int32_t option = 0;
 
-  bool is_copy() const {
-    return task == Task::kConvert && src_format == dst_format;
-  }
   bool is_quarter_turn() const {
-    return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
+    return task == Task::kScaleAndTurn ||
+           (task == Task::kTurn &&
+            (option == VEXO_ROT_90L || option == VEXO_ROT_90R));
   }
-  // Only the places of the samples change.
-  bool keeps_samples() const {
-    if (task != Task::kConvert) return task == Task::kTurn;
-    return src_format < VEXO_FMT_UYVY && dst_format < VEXO_FMT_UYVY;
+  // Scaling turns to the left.
+  uint32_t rotation() const {
+    return static_cast<uint32_t>(task == Task::kTurn ? option
+                                                     : int32_t{VEXO_ROT_90L});
+  }
+  bool is_media() const { return task >= Task::kReadBits; }
+  bool is_setup() const {
+    return task == Task::kPlan || task == Task::kContext;
+  }
+  // Of conversions: only the places of the samples change.
+  bool is_layout() const {
+    return task == Task::kConvert && src_format < VEXO_FMT_UYVY &&
+           dst_format < VEXO_FMT_UYVY;
+  }
+  Picture picture() const {
+    return task == Task::kToneMap                             ? Picture::kHdr
+           : task == Task::kSharpen || task == Task::kDeblock ? Picture::kBlocks
+           : src_format >= VEXO_FMT_RGB565 ? Picture::kRgbWaves
+                                           : Picture::kYuvWaves;
   }
 };
 
 constexpr Workload scale(const char *id, int32_t format, const Ratio &ratio,
                          int32_t mode = 0) {
-  return {id, format, format, VEXO_STD_DEFAULT, Task::kScale, ratio, mode};
+  return {id, Task::kScale, format, format, ratio, mode};
 }
-
-constexpr Workload turn(const char *id, int32_t format, uint32_t rotation) {
-  return {id,          format, format, VEXO_STD_DEFAULT,
-          Task::kTurn, kEqual, 0,      rotation};
+constexpr Workload turn(const char *id, int32_t format, int32_t rotation) {
+  return {id, Task::kTurn, format, format, kEqual, rotation};
 }
-
-constexpr Workload scale_and_turn(const char *id, int32_t format,
-                                  const Ratio &ratio) {
-  return {id,    format, format,      VEXO_STD_DEFAULT, Task::kScaleAndTurn,
-          ratio, 0,      VEXO_ROT_90L};
+constexpr Workload both(const char *id, int32_t format, const Ratio &ratio) {
+  return {id, Task::kScaleAndTurn, format, format, ratio};
 }
-
-constexpr Workload reduce(const char *id, int32_t format, const Sizes &sizes,
+constexpr Workload reduce(const char *id, int32_t format, const Ratio &ratio,
                           int32_t prescale = 0) {
-  return {id,
-          format,
-          format,
-          VEXO_STD_DEFAULT,
-          Task::kReduce,
-          {sizes, sizes},
-          0,
-          VEXO_ROT_COPY,
-          prescale};
+  return {id, Task::kReduce, format, format, ratio, prescale};
+}
+constexpr Workload tone_map(const char *id, int32_t src_format,
+                            int32_t dst_format, int32_t kind = VEXO_HDR_HDR10) {
+  return {id, Task::kToneMap, src_format, dst_format, kHdrSizes, kind};
+}
+constexpr Workload bits(const char *id, int32_t fields) {
+  return {id, Task::kReadBits, 0, 0, kEqual, fields};
+}
+constexpr Workload scan(const char *id, int32_t type) {
+  return {id, Task::kFindKey, 0, 0, kEqual, type};
 }
 
 inline constexpr Workload kWorkloads[] = {
-    {"nv12_rgba8888", VEXO_FMT_NV12, VEXO_FMT_RGBA8888},
-    {"yuv420_rgba8888", VEXO_FMT_YUV420, VEXO_FMT_RGBA8888},
-    {"yuv420_rgb565", VEXO_FMT_YUV420, VEXO_FMT_RGB565},
-    {"nv21_rgb888", VEXO_FMT_NV21, VEXO_FMT_RGB888},
-    {"yuyv_rgba8888", VEXO_FMT_YUYV, VEXO_FMT_RGBA8888},
-    {"yuv420_rgba8888_bt709", VEXO_FMT_YUV420, VEXO_FMT_RGBA8888,
-     VEXO_STD_BT709},
-    {"yuv420_rgba8888_bt601fr", VEXO_FMT_YUV420, VEXO_FMT_RGBA8888,
-     VEXO_STD_BT601_FULL},
-    {"rgba8888_nv12", VEXO_FMT_RGBA8888, VEXO_FMT_NV12},
-    {"rgba8888_yuv420", VEXO_FMT_RGBA8888, VEXO_FMT_YUV420},
-    {"rgb565_nv12", VEXO_FMT_RGB565, VEXO_FMT_NV12},
-    {"yuv420_nv12", VEXO_FMT_YUV420, VEXO_FMT_NV12},
-    {"nv12_yuv420", VEXO_FMT_NV12, VEXO_FMT_YUV420},
-    {"nv12_nv21", VEXO_FMT_NV12, VEXO_FMT_NV21},
-    {"t64x32_nv12", VEXO_FMT_T64X32, VEXO_FMT_NV12},
-    {"copy_8b", VEXO_FMT_YUV400, VEXO_FMT_YUV400},
-    {"vqe_sharpen", VEXO_FMT_YUV400, VEXO_FMT_YUV400, VEXO_STD_DEFAULT,
-     Task::kSharpen},
+    {"nv12_rgba8888", Task::kConvert, VEXO_FMT_NV12, VEXO_FMT_RGBA8888},
+    {"yuv420_rgba8888", Task::kConvert, VEXO_FMT_YUV420, VEXO_FMT_RGBA8888},
+    {"yuv420_rgb565", Task::kConvert, VEXO_FMT_YUV420, VEXO_FMT_RGB565},
+    {"nv21_rgb888", Task::kConvert, VEXO_FMT_NV21, VEXO_FMT_RGB888},
+    {"yuyv_rgba8888", Task::kConvert, VEXO_FMT_YUYV, VEXO_FMT_RGBA8888},
+    {"yuv420_rgba8888_bt709", Task::kConvert, VEXO_FMT_YUV420,
+     VEXO_FMT_RGBA8888, kEqual, VEXO_STD_BT709},
+    {"yuv420_rgba8888_bt601fr", Task::kConvert, VEXO_FMT_YUV420,
+     VEXO_FMT_RGBA8888, kEqual, VEXO_STD_BT601_FULL},
+    {"rgba8888_nv12", Task::kConvert, VEXO_FMT_RGBA8888, VEXO_FMT_NV12},
+    {"rgba8888_yuv420", Task::kConvert, VEXO_FMT_RGBA8888, VEXO_FMT_YUV420},
+    {"rgb565_nv12", Task::kConvert, VEXO_FMT_RGB565, VEXO_FMT_NV12},
+    {"yuv420_nv12", Task::kConvert, VEXO_FMT_YUV420, VEXO_FMT_NV12},
+    {"nv12_yuv420", Task::kConvert, VEXO_FMT_NV12, VEXO_FMT_YUV420},
+    {"nv12_nv21", Task::kConvert, VEXO_FMT_NV12, VEXO_FMT_NV21},
+    {"t64x32_nv12", Task::kConvert, VEXO_FMT_T64X32, VEXO_FMT_NV12},
+    {"copy_8b", Task::kConvert, VEXO_FMT_YUV400, VEXO_FMT_YUV400},
     scale("grey_2to1", VEXO_FMT_YUV400, k2To1),
     scale("grey_3to2", VEXO_FMT_YUV400, k3To2),
     scale("grey_4to1", VEXO_FMT_YUV400, k4To1),
@@ -160,51 +180,82 @@ inline constexpr Workload kWorkloads[] = {
     turn("rgba8888_hori", VEXO_FMT_RGBA8888, VEXO_ROT_HORI),
     turn("rgba8888_vert", VEXO_FMT_RGBA8888, VEXO_ROT_VERT),
     turn("nv12_90r", VEXO_FMT_NV12, VEXO_ROT_90R),
-    scale_and_turn("grey_2to1_90l", VEXO_FMT_YUV400, k2To1),
-    scale_and_turn("grey_3to2_90l", VEXO_FMT_YUV400, k3To2),
-    scale_and_turn("nv12_2to1_90l", VEXO_FMT_NV12, k2To1),
-    scale_and_turn("nv12_3to2_90l", VEXO_FMT_NV12, k3To2),
-    reduce("dct_nv12_480x270", VEXO_FMT_NV12, k4To1.large),
-    reduce("dct_nv12_480x270_by_2", VEXO_FMT_NV12, k4To1.large, 2),
-    reduce("dct_nv12_480x270_by_4", VEXO_FMT_NV12, k4To1.large, 4),
-    reduce("dct_nv12_400x224_by_2", VEXO_FMT_NV12, {{1920, 1080}, {400, 224}},
-           2),
-    reduce("dct_nv12_400x224_by_4", VEXO_FMT_NV12, {{1920, 1080}, {400, 224}},
-           4),
-    reduce("dct_nv12_800x450", VEXO_FMT_NV12, {{1920, 1080}, {800, 450}}),
-    reduce("dct_nv12_160x90", VEXO_FMT_NV12, {{1920, 1080}, {160, 90}}),
-    reduce("dct_rgba8888_480x270", VEXO_FMT_RGBA8888, k4To1.large),
+    both("grey_2to1_90l", VEXO_FMT_YUV400, k2To1),
+    both("grey_3to2_90l", VEXO_FMT_YUV400, k3To2),
+    both("nv12_2to1_90l", VEXO_FMT_NV12, k2To1),
+    both("nv12_3to2_90l", VEXO_FMT_NV12, k3To2),
+    {"vqe_sharpen", Task::kSharpen, VEXO_FMT_YUV400, VEXO_FMT_YUV400},
+    {"vqe_deblock", Task::kDeblock, VEXO_FMT_YUV420, VEXO_FMT_YUV420},
+    reduce("dct_nv12_480x270", VEXO_FMT_NV12, from_1080p(480, 270)),
+    reduce("dct_nv12_480x270_by_2", VEXO_FMT_NV12, from_1080p(480, 270), 2),
+    reduce("dct_nv12_480x270_by_4", VEXO_FMT_NV12, from_1080p(480, 270), 4),
+    reduce("dct_nv12_400x224_by_2", VEXO_FMT_NV12, from_1080p(400, 224), 2),
+    reduce("dct_nv12_400x224_by_4", VEXO_FMT_NV12, from_1080p(400, 224), 4),
+    reduce("dct_nv12_800x450", VEXO_FMT_NV12, from_1080p(800, 450)),
+    reduce("dct_nv12_160x90", VEXO_FMT_NV12, from_1080p(160, 90)),
+    reduce("dct_rgba8888_480x270", VEXO_FMT_RGBA8888, from_1080p(480, 270)),
+    {"dct_setup", Task::kPlan, VEXO_FMT_NV12, VEXO_FMT_NV12,
+     from_1080p(480, 270)},
+    tone_map("hdr_p010_nv12", VEXO_FMT_P010LE, VEXO_FMT_NV12),
+    tone_map("hdr_p010_rgba8888", VEXO_FMT_P010LE, VEXO_FMT_RGBA8888),
+    tone_map("hdr_p010_yuv420", VEXO_FMT_P010LE, VEXO_FMT_YUV420),
+    tone_map("hdr_p010_rgb888", VEXO_FMT_P010LE, VEXO_FMT_RGB888),
+    tone_map("hdr_planar16_nv12", VEXO_FMT_YUV420PLANAR16, VEXO_FMT_NV12),
+    tone_map("hdr_hlg_nv12", VEXO_FMT_P010LE, VEXO_FMT_NV12, VEXO_HDR_HLG),
+    {"hdr_context", Task::kContext, VEXO_FMT_P010LE, VEXO_FMT_NV12, kHdrSizes,
+     VEXO_HDR_HDR10},
+    bits("media_bits", kRandom),
+    bits("media_bits_lsb", kRandomLsbFirst),
+    bits("media_bits_read1", kSingle),
+    bits("media_bits_1", 1),
+    bits("media_bits_8", 8),
+    bits("media_bits_13", 13),
+    bits("media_bits_32", 32),
+    scan("media_keyframe_h264", MLOX_MT_VIDEO_H264),
+    scan("media_keyframe_hevc", MLOX_MT_VIDEO_HEVC),
+    scan("media_keyframe_mpeg4", MLOX_MT_VIDEO_MPEG4),
+    scan("media_keyframe_h263", MLOX_MT_VIDEO_H263),
 };
 
 // The sizes of a workload, its destination's as they are after the turn.
 Sizes sizes_of(const Workload &workload, bool large);
 
-// A frame; of 4:2:0 width and height are even.
-vexo_img describe(int32_t format, Size size, uint8_t *bytes,
-                  int32_t row_unit = 1);
-// Those of a workload.
+// What is counted: pixels of the destination, or bit fields, bytes scanned or
+// set-ups.
+double units_of(const Workload &workload, const Sizes &sizes);
+
+// The frames, or with another format those of a peer.
 vexo_img describe_src(const Workload &workload, const Sizes &sizes,
-                      uint8_t *bytes);
+                      uint8_t *bytes, int32_t format = -1);
 vexo_img describe_dst(const Workload &workload, const Sizes &sizes,
-                      uint8_t *bytes);
+                      uint8_t *bytes, int32_t format = -1);
 
-int32_t row_bytes(const vexo_img &img, int plane);
-
-// What a frame takes, and how much of that belongs to the picture.
-size_t frame_bytes(const vexo_img &img);
-size_t picture_bytes(const vexo_img &img);
-
-// What a source and a destination of the workload take, whoever reads or writes
-// them.
+// What a source and a destination take, whoever reads or writes them.
 size_t src_room(const Workload &workload, const Sizes &sizes);
 size_t dst_room(const Workload &workload, const Sizes &sizes);
 
-// One frame through the library's entry point, as an application calls it; of a
-// reduction, which wants a plan, dct_plan.h has that.
-int32_t run_library(const Workload &workload, const Sizes &sizes, uint8_t *src,
-                    uint8_t *dst);
+// The source, with what the work depends on: a picture, random bits, or a frame
+// that has a key frame at its end or none.
+void fill_src(const Workload &workload, const Sizes &sizes, uint8_t *bytes,
+              int32_t format = -1, bool with_key = false);
 
-// Bytes from 16 to 235, no two neighbours related: a picture in any layout.
-void fill_noise(uint8_t *bytes, size_t size);
+using Run = std::function<void(uint8_t *src, uint8_t *dst)>;
+
+enum class Way {
+  // As an application calls it.
+  kCall,
+  // By the parts of the call: scaling and then turning, RGBA8888 reduced or a
+  // frame tone mapped on the calling thread.
+  kParts,
+  // As by parts, but what stands between frames is not made again.
+  kPrepared
+};
+
+// One frame by this library. Ends the program when a call fails.
+Run own_work(const Workload &workload, const Sizes &sizes,
+             Way way = Way::kCall);
+
+// Whether a reduction's call starts threads.
+bool has_workers(const Workload &workload);
 
 }  // namespace bench

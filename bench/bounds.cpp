@@ -4,20 +4,20 @@
 // byte and compute nothing. The fastest of them at a setting is about what the
 // memory system allows there. Which that is depends on the machine and the
 // setting, so there are three:
-//   memcpy   the C library's memcpy, its memset for what the destination is
-//            longer, and its memchr for what the source is;
+//   memcpy   the C library's memcpy, and its memset for what the destination is
+//            longer; not where the source is;
 //   loop     vector loads and stores, a page of destination at a time;
 //   nt       the same with stores past the caches, which need not fetch the
 //            line they write: as a rule the best once memory is the limit.
 // Padding need not be read or written and is not.
 //
-// The memcpy of the copy workload is a peer as well. Tiles have the memcpy of
-// as many bytes beside them, for no peer knows their layout.
+// The memcpy of the copy workload is a peer as well; so is that of as many
+// bytes as the tiles have, whose layout no peer knows.
 #include <algorithm>
 #include <cstring>
 
-#include "bench/contender.h"
 #include "benchmark/benchmark.h"
+#include "contender.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -27,15 +27,13 @@ namespace bench {
 
 namespace {
 
-using Kind = Contender::Kind;
-
 #if defined(__x86_64__)
 
 constexpr size_t kVector = 32;
 constexpr size_t kBlock = 4096 / kVector;
 
 // Sizes in vectors; the pointers are aligned to one.
-template <bool kPastCaches>
+template <bool past_caches>
 [[gnu::target("avx2")]] void stream(const uint8_t *src, size_t src_count,
                                     uint8_t *dst, size_t dst_count) {
   const auto *in = reinterpret_cast<const __m256i *>(src);
@@ -44,8 +42,7 @@ template <bool kPastCaches>
   __m256i b = a, c = a, d = a;
   size_t read = 0;
   for (size_t written = 0; written < dst_count;) {
-    const size_t write_end =
-        dst_count - written < kBlock ? dst_count : written + kBlock;
+    const size_t write_end = std::min(dst_count, written + kBlock);
     const size_t read_end = write_end * src_count / dst_count;
     for (; read + 4 <= read_end; read += 4) {
       a = _mm256_or_si256(a, _mm256_load_si256(in + read));
@@ -60,54 +57,47 @@ template <bool kPastCaches>
     const __m256i value =
         _mm256_or_si256(_mm256_or_si256(a, b), _mm256_or_si256(c, d));
     for (; written < write_end; ++written) {
-      if constexpr (kPastCaches) {
+      if constexpr (past_caches) {
         _mm256_stream_si256(to + written, value);
       } else {
         _mm256_store_si256(to + written, value);
       }
     }
   }
-  if constexpr (kPastCaches) _mm_sfence();
+  if constexpr (past_caches) _mm_sfence();
 }
 
 #endif
 
 }  // namespace
 
-void add_stream_bounds(const Workload &workload, const Sizes &sizes,
-                       Contenders *out) {
+void add_bounds(const Workload &workload, const Sizes &sizes, Contenders *out) {
+  if (workload.task >= Task::kDeblock && workload.task != Task::kReduce) return;
   const size_t src_bytes =
       picture_bytes(describe_src(workload, sizes, nullptr));
   const size_t dst_bytes =
       picture_bytes(describe_dst(workload, sizes, nullptr));
-  const auto add = [&](const char *name, Kind kind, auto run) {
-    out->push_back({name, kind, run, workload.dst_format});
-  };
-  const size_t both = std::min(src_bytes, dst_bytes);
   const auto copy = [=](uint8_t *src, uint8_t *dst) {
-    std::memcpy(dst, src, both);
-    if (dst_bytes > both) {
-      std::memset(dst + both, 255, dst_bytes - both);
-    }
-    if (src_bytes > both) {
-      // The frames that are timed have no such byte: it reads to the end.
-      benchmark::DoNotOptimize(std::memchr(src + both, 0, src_bytes - both));
-    }
+    std::memcpy(dst, src, src_bytes);
+    std::memset(dst + src_bytes, 255, dst_bytes - src_bytes);
     benchmark::ClobberMemory();
   };
-  if (workload.is_copy()) add("memcpy", Kind::kPeer, copy);
-  if (workload.src_format == VEXO_FMT_T64X32) add("memcpy", Kind::kCopy, copy);
-  add("bound memcpy", Kind::kBound, copy);
+  if (workload.task == Task::kConvert &&
+      (workload.src_format == workload.dst_format ||
+       workload.src_format == VEXO_FMT_T64X32)) {
+    add(out, "memcpy", kAny, copy);
+  }
+  if (dst_bytes >= src_bytes) add(out, "bound memcpy", kAny, copy);
 #if defined(__x86_64__)
   if (!__builtin_cpu_supports("avx2")) return;
   // Part of a vector at the end is left out.
   const size_t src_count = src_bytes / kVector;
   const size_t dst_count = dst_bytes / kVector;
-  add("bound loop", Kind::kBound, [=](uint8_t *src, uint8_t *dst) {
+  add(out, "bound loop", kAny, [=](uint8_t *src, uint8_t *dst) {
     stream<false>(src, src_count, dst, dst_count);
     benchmark::ClobberMemory();
   });
-  add("bound nt", Kind::kBound, [=](uint8_t *src, uint8_t *dst) {
+  add(out, "bound nt", kAny, [=](uint8_t *src, uint8_t *dst) {
     stream<true>(src, src_count, dst, dst_count);
     benchmark::ClobberMemory();
   });
