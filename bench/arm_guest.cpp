@@ -43,7 +43,7 @@ bool limit_form(const char *name) {
 bench::Run other_work(const std::string &id, const bench::Sizes &sizes) {
   if (id == "memcpy") {
     const size_t size = bench::frame_bytes(
-        bench::describe(VEXO_FMT_YUV400, sizes.dst, nullptr));
+        bench::describe(VEXO_FMT_YUV400, job.sizes.dst, nullptr));
     return [=](uint8_t *src, uint8_t *dst) {
       std::memcpy(dst, src, size);
       // Nobody reads the copy; the compiler must not know.
@@ -59,28 +59,25 @@ bench::Run other_work(const std::string &id, const bench::Sizes &sizes) {
 }
 
 int count(const bench::Workload &workload, const std::string &id, bool large) {
-  using bench::Task;
   const bool maps =
-      workload.task == Task::kToneMap || workload.task == Task::kContext;
+      workload.task == bench::kToneMap || workload.task == bench::kContext;
   // Frames of 4K would take minutes.
   const bench::Ratio &ratio = maps ? bench::kEqual : workload.ratio;
-  bench::Sizes sizes = large ? ratio.large : ratio.small;
-  if (workload.task == Task::kReduce) sizes = ratio.large;
-  if (workload.is_quarter_turn()) std::swap(sizes.dst.width, sizes.dst.height);
-  const bench::Block src(bench::src_room(workload, sizes));
-  const bench::Block dst(bench::dst_room(workload, sizes));
+  const bench::Job job(workload, large || workload.task == bench::kReduce
+                                     ? ratio.large
+                                     : ratio.small);
+  const bench::Block src(job.src_room()), dst(job.dst_room());
   // What others do does not depend on the picture.
-  const bool drawn =
-      workload.is_media() || maps || workload.task == Task::kDeblock;
+  const bool drawn = job.is_media() || maps || job.task == bench::kDeblock;
   const bench::Run run =
-      id != workload.id ? other_work(id, sizes)
-      : workload.task == Task::kToneMap || workload.task == Task::kReduce
-          ? own_work(workload, sizes, bench::Way::kPrepared)
-          : own_work(workload, sizes);
+      id != job.id ? other_work(id, job.sizes)
+      : job.task == bench::kToneMap || job.task == bench::kReduce
+          ? own_work(job, bench::Way::kPrepared)
+          : own_work(job);
   for (int tag = 0; tag < 3; tag += 2) {
     // Deblocking is in place, so there is a new picture for the second time.
-    if (drawn && (tag == 0 || workload.task == Task::kDeblock)) {
-      fill_src(workload, sizes, src.data());
+    if (drawn && (tag == 0 || job.task == kDeblock)) {
+      job.fill_src(src.data());
     }
     if (tag > 0) {
       mark(1);
@@ -89,7 +86,7 @@ int count(const bench::Workload &workload, const std::string &id, bool large) {
     run(src.data(), dst.data());
   }
   mark(3);
-  std::printf("%.0f ", units_of(workload, sizes));
+  std::printf("%.0f ", job.units());
   return 0;
 }
 
@@ -104,7 +101,7 @@ int main(int argc, char **argv) {
   const std::string size = argc > 2 ? argv[2] : "large";
   const bool has_form = argc <= 3 || limit_form(argv[3]);
   for (const bench::Workload &workload : bench::kWorkloads) {
-    if (workload.id == same_data && (size == "small" || size == "large") &&
+    if (job.id == same_data && (size == "small" || size == "large") &&
         has_form) {
       return count(workload, id, size == "large");
     }

@@ -71,20 +71,17 @@ template <bool past_caches>
 
 }  // namespace
 
-void add_bounds(const Workload &workload, const Sizes &sizes, Contenders *out) {
-  if (workload.task >= Task::kDeblock && workload.task != Task::kReduce) return;
-  const size_t src_bytes =
-      picture_bytes(describe_src(workload, sizes, nullptr));
-  const size_t dst_bytes =
-      picture_bytes(describe_dst(workload, sizes, nullptr));
+void add_bounds(const Job &job, Contenders *out) {
+  if (job.task >= kDeblock && job.task != kReduce) return;
+  const size_t src_bytes = picture_bytes(job.src(nullptr));
+  const size_t dst_bytes = picture_bytes(job.dst(nullptr));
   const auto copy = [=](uint8_t *src, uint8_t *dst) {
     std::memcpy(dst, src, src_bytes);
     std::memset(dst + src_bytes, 255, dst_bytes - src_bytes);
     benchmark::ClobberMemory();
   };
-  if (workload.task == Task::kConvert &&
-      (workload.src_format == workload.dst_format ||
-       workload.src_format == VEXO_FMT_T64X32)) {
+  if (job.task == kConvert &&
+      (job.src_format == job.dst_format || job.src_format == VEXO_FMT_T64X32)) {
     add(out, "memcpy", kAny, copy);
   }
   if (dst_bytes >= src_bytes) add(out, "bound memcpy", kAny, copy);

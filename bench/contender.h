@@ -50,38 +50,36 @@ inline void add(Contenders *out, std::string name, double tolerance, Run run,
 }
 
 // How far peers may be that do the same with other arithmetic.
-inline double near(const Workload &workload) {
-  if (workload.is_layout() || workload.task == Task::kTurn) return 0;
-  if (workload.task == Task::kReduce) return 1;
+inline double near(const Workload &job) {
+  if (job.is_layout() || job.task == kTurn) return 0;
+  if (job.task == kReduce) return 1;
   // Scalers also take samples elsewhere: this library from the top left, peers
   // around the middle.
-  if (workload.task != Task::kConvert) return 3.5;
+  if (job.task != kConvert) return 3.5;
   // A 16-bit pixel has steps of 8 and 4, which a dithering peer rounds to
   // either side. Of a 16-bit source, channels get zeros as their low bits here
   // and may get a copy of their high ones from a peer.
-  if (workload.dst_format == VEXO_FMT_RGB565) return 4;
-  if (workload.src_format == VEXO_FMT_RGB565) return 3.5;
+  if (job.dst_format == VEXO_FMT_RGB565) return 4;
+  if (job.src_format == VEXO_FMT_RGB565) return 3.5;
   // Peers round the matrix otherwise, of BT.709 most; those of the other
   // standards are further away.
-  return workload.option == VEXO_STD_BT709 ? 3.5 : 2;
+  return job.option == VEXO_STD_BT709 ? 3.5 : 2;
 }
 
 // Peers have no mode 1, whose row is set beside what they do without.
-inline bool scales_plainly(const Workload &workload) {
-  return workload.task == Task::kScale && workload.option == 0;
+inline bool scales_plainly(const Workload &job) {
+  return job.task == kScale && job.option == 0;
 }
 
 // Whether the reduction is that of block means.
-inline bool is_means(const Workload &workload) {
-  return workload.task == Task::kReduce && !has_workers(workload) &&
-         workload.option != 0;
+inline bool is_means(const Workload &job) {
+  return job.task == kReduce && !has_workers(job) && job.option != 0;
 }
 
 // Adds what can do the workload at the sizes.
-using Adder = void (*)(const Workload &workload, const Sizes &sizes,
-                       Contenders *out);
-void add_own(const Workload &workload, const Sizes &sizes, Contenders *out);
-void add_bounds(const Workload &workload, const Sizes &sizes, Contenders *out);
+using Adder = void (*)(const Job &job, Contenders *out);
+void add_own(const Job &job, Contenders *out);
+void add_bounds(const Job &job, Contenders *out);
 
 // A library that is measured beside this one. Each is one unit, which is left
 // out of the build when it is not installed.
@@ -109,7 +107,6 @@ inline std::string version_text(unsigned major, unsigned minor,
 // Runs every contender on one picture and prints how far its output is from
 // this library's. False when one is so far off that it does not do the same
 // work.
-bool check_same_work(const Workload &workload, const Sizes &sizes,
-                     const Contenders &contenders);
+bool check_same_work(const Job &job, const Contenders &contenders);
 
 }  // namespace bench

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <regex>
@@ -47,16 +46,16 @@ struct Setting {
   size_t count;
 };
 
-std::vector<Setting> settings_of(const Workload &workload) {
-  if (workload.is_setup()) return {{"any", true, 1}};
-  switch (workload.task) {
-    case Task::kReduce:
+std::vector<Setting> settings_of(const Workload &job) {
+  if (job.is_setup()) return {{"any", true, 1}};
+  switch (job.task) {
+    case kReduce:
       return {{"1080p_hot", true, 1}, {"1080p_ring", true, 0}};
-    case Task::kToneMap:
+    case kToneMap:
       return {{"1080p", false, 2}, {"2160p", true, 2}};
-    case Task::kReadBits:
+    case kReadBits:
       return {{"1MiB", true, 1}};
-    case Task::kFindKey:
+    case kFindKey:
       return {{"1MiB", true, 1}, {"64MiB", true, 64}};
     default:
       return {{"640x360", false, 1},
@@ -77,8 +76,7 @@ size_t ring_bytes() {
 
 // One workload at one setting.
 struct Row {
-  const Workload *workload;
-  Sizes sizes;
+  Job job;
   Setting setting;
   size_t src_step, dst_step, count;
   // The next frame. It outlives a repetition: the next one goes on where the
@@ -86,22 +84,21 @@ struct Row {
   std::shared_ptr<size_t> at = std::make_shared<size_t>(0);
 
   Row(const Workload &w, const Setting &s)
-      : workload(&w),
-        sizes(sizes_of(w, s.large)),
+      : job(w, s.large),
         setting(s),
-        src_step((src_room(w, sizes) + 63) / 64 * 64),
-        dst_step((dst_room(w, sizes) + 63) / 64 * 64),
+        src_step((job.src_room() + 63) / 64 * 64),
+        dst_step((job.dst_room() + 63) / 64 * 64),
         count(s.count > 0 ? s.count
                           : ring_bytes() / (src_step + dst_step) + 1) {}
 };
 
-Contenders contenders_for(const Workload &workload, const Sizes &sizes) {
+Contenders contenders_for(const Job &job) {
   Contenders list;
-  add_own(workload, sizes, &list);
+  add_own(job, &list);
   for (const Library &library : libraries()) {
-    library.add(workload, sizes, &list);
+    library.add(job, &list);
   }
-  add_bounds(workload, sizes, &list);
+  add_bounds(job, &list);
   return list;
 }
 
@@ -112,15 +109,15 @@ struct Memory {
 
 // What the frames of a row have to hold; other work does not depend on it.
 const std::vector<uint8_t> &content_of(const Row &row, int32_t format) {
-  static std::map<std::tuple<const Workload *, int32_t, int32_t>,
+  static std::map<std::tuple<std::string, int32_t, int32_t>,
                   std::vector<uint8_t>>
       contents;
-  auto &content = contents[{row.workload, format, row.sizes.src.width}];
-  const Task task = row.workload->task;
-  if (content.empty() && (task == Task::kToneMap || task == Task::kDeblock ||
-                          row.workload->is_media())) {
+  const Job &job = row.job;
+  auto &content = contents[{job.id, format, job.sizes.src.width}];
+  if (content.empty() &&
+      (job.task == kToneMap || job.task == kDeblock || job.is_media())) {
     content.resize(row.src_step);
-    fill_src(*row.workload, row.sizes, content.data(), format);
+    job.fill_src(content.data(), format);
   }
   return content;
 }
@@ -143,7 +140,7 @@ void time_frames(benchmark::State &state, const Row &row,
   }
   const Run run = contender.make(false);
   const auto next = [&] { run(src(), memory.dst.data() + at * row.dst_step); };
-  const bool in_place = row.workload->task == Task::kDeblock;
+  const bool in_place = row.job.task == kDeblock;
   // Once before it counts: peers get their memory with the first frame.
   next();
   if (in_place) restore();
@@ -159,24 +156,10 @@ void time_frames(benchmark::State &state, const Row &row,
     advance();
   }
   lox::isa_limit(lox::isa_best());
-  state.counters["units"] = units_of(*row.workload, row.sizes);
-}
-
-std::string processor() {
-  std::map<std::string, std::string> fields;
-  std::ifstream file("/proc/cpuinfo");
-  for (std::string line; std::getline(file, line) && !line.empty();) {
-    const size_t colon = line.find(':');
-    const std::string key =
-        line.substr(0, line.find_last_not_of("\t ", colon - 1) + 1);
-    fields[key] = line.substr(std::min(colon + 2, line.size()));
-  }
-  return fields["model name"] + ", family " + fields["cpu family"] +
-         ", model " + fields["model"];
+  state.counters["units"] = row.job.units();
 }
 
 void record_versions() {
-  benchmark::AddCustomContext("processor", processor());
 #if defined(__clang__)
   benchmark::AddCustomContext("compiler", __VERSION__);
 #else
@@ -208,19 +191,19 @@ bool prepare(const std::vector<Row> &rows, const Memory &memory) {
   const std::regex filter(inverted ? wanted.substr(1) : wanted);
   bool same = true;
   for (const Row &row : rows) {
-    const Contenders list = contenders_for(*row.workload, row.sizes);
+    const Contenders list = contenders_for(row.job);
     bool is_wanted = false;
     for (const Contender &contender : list) {
-      const std::string name = std::string(row.workload->id) + "/" +
-                               row.setting.id + "/" + contender.name;
+      const std::string name =
+          std::string(row.job.id) + "/" + row.setting.id + "/" + contender.name;
       if (std::regex_search(name, filter) == inverted) continue;
       register_row(row, contender, name, memory);
       is_wanted = true;
     }
     // A ring has the sizes that another setting has.
-    const bool is_again = row.setting.count == 0 || row.setting.count == 64;
-    if (is_wanted && !is_again && !row.workload->is_setup()) {
-      same &= check_same_work(*row.workload, row.sizes, list);
+    const bool is_again = row.count > 2;
+    if (is_wanted && !is_again && !row.job.is_setup()) {
+      same &= check_same_work(row.job, list);
     }
   }
   return same;

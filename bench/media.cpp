@@ -60,9 +60,15 @@ const Lengths &lengths_of(int32_t fields) {
 // granted.
 template <bool msb_first>
 struct PlainBits {
-  // The next n bits, 1 to 32.
+  // The next n bits, 1 to 32; all ones when there are not so many.
   uint32_t read(int32_t n) {
-    if (bits < n) refill();
+    if (bits < n) {
+      refill();
+      if (bits < n) {
+        bits = 0;
+        return UINT32_MAX;
+      }
+    }
     bits -= n;
     uint32_t value;
     if constexpr (msb_first) {
@@ -171,7 +177,7 @@ void fill_media(const Workload &workload, uint8_t *bytes, bool with_key) {
   for (size_t i = 0; i < kMediaBytes; ++i) {
     bytes[i] = random.byte();
     // No start code of MPEG's, no picture of H.263's or with such a header.
-    if (workload.task == Task::kFindKey && i > 1 &&
+    if (workload.task == kFindKey && i > 1 &&
         (bytes[i - 2] | bytes[i - 1]) == 0 &&
         (bytes[i] == 1 || bytes[i] >> 3 == 0x10)) {
       bytes[i] = 255;

@@ -16,18 +16,19 @@ namespace {
 
 using Threads = Contender::Threads;
 
-void add_plain_code(const Workload &workload, Contenders *out) {
-  if (workload.task == Task::kFindKey) {
+void add_plain_code(const Job &job, Contenders *out) {
+  if (job.task == kFindKey) {
     add(out, "plain loop", 0, [=](uint8_t *s, uint8_t *d) {
       *d = static_cast<uint8_t>(
-          plain_is_key_frame(workload.option, s, int32_t{kMediaBytes}));
+          plain_is_key_frame(job.option, s, int32_t{kMediaBytes}));
     });
   }
-  if (workload.task != Task::kReadBits) return;
+  if (job.task != kReadBits) return;
   for (const BitReader reader : {BitReader::kInlined, BitReader::kCalled}) {
+    if (reader == BitReader::kCalled && job.option > 0) continue;
     add(out, reader == BitReader::kInlined ? "inlined" : "called", 0,
         [=](uint8_t *s, uint8_t *d) {
-          const uint32_t sum = read_fields(workload.option, reader, s);
+          const uint32_t sum = read_fields(job.option, reader, s);
           std::memcpy(d, &sum, sizeof(sum));
         });
   }
@@ -35,38 +36,36 @@ void add_plain_code(const Workload &workload, Contenders *out) {
 
 }  // namespace
 
-void add_own(const Workload &workload, const Sizes &sizes, Contenders *out) {
+void add_own(const Job &job, Contenders *out) {
   const int best = lox::isa_best();
   const auto add_way = [&](const std::string &name, Way way, int level,
                            Threads threads) {
-    out->push_back({name, 0,
-                    [=](bool) { return own_work(workload, sizes, way); }, -1,
-                    -1, level, threads});
+    out->push_back({name, 0, [=](bool) { return own_work(job, way); }, -1, -1,
+                    level, threads});
   };
-  const bool maps = workload.task == Task::kToneMap;
-  const bool reduces = workload.task == Task::kReduce;
+  const bool maps = job.task == kToneMap;
+  const bool reduces = job.task == kReduce;
   // What is the same in every form has one row.
-  const int least =
-      workload.is_setup() || workload.task == Task::kReadBits ? best : 0;
+  const int least = job.is_setup() || job.task == kReadBits ? best : 0;
   for (int level = best; level >= least; --level) {
     add_way(level == best ? "orumlox"
                           : std::string("orumlox ") + lox::isa_name(level),
             maps ? Way::kParts : Way::kCall, level,
             reduces ? Threads::kOnOneCore : Threads::kNone);
   }
-  if (workload.task == Task::kScaleAndTurn) {
+  if (job.task == kScaleAndTurn) {
     add_way("orumlox two calls", Way::kParts, best, Threads::kNone);
   }
   if (maps) {
     add_way("orumlox as shipped", Way::kCall, best, Threads::kByTheClock);
   }
-  if (reduces && has_workers(workload)) {
+  if (reduces && has_workers(job)) {
     add_way("orumlox as designed", Way::kCall, best, Threads::kByTheClock);
   }
-  if (reduces && workload.src_format == VEXO_FMT_RGBA8888) {
+  if (reduces && job.src_format == VEXO_FMT_RGBA8888) {
     add_way("orumlox by parts", Way::kParts, best, Threads::kNone);
   }
-  add_plain_code(workload, out);
+  add_plain_code(job, out);
 }
 
 }  // namespace bench

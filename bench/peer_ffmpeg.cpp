@@ -122,22 +122,22 @@ struct Peer {
   int32_t src_format, dst_format;
 };
 
-std::vector<Peer> peers_for(const Workload &workload) {
-  const int32_t from = workload.src_format, to = workload.dst_format;
-  if (workload.task == Task::kTurn && workload.is_quarter_turn()) {
-    return {{"FFmpeg transpose",
-             workload.option == VEXO_ROT_90R ? "transpose=clock"
-                                             : "transpose=cclock",
-             0, 1, from, to}};
+std::vector<Peer> peers_for(const Job &job) {
+  const int32_t from = job.src_format, to = job.dst_format;
+  if (job.task == kTurn && job.is_quarter_turn()) {
+    return {
+        {"FFmpeg transpose",
+         job.option == VEXO_ROT_90R ? "transpose=clock" : "transpose=cclock", 0,
+         1, from, to}};
   }
-  if (workload.task == Task::kDeblock) {
+  if (job.task == kDeblock) {
     // Other filters than this library's. pp is told a quantiser, for without
     // one it changes nothing.
     return {{"FFmpeg deblock weak", "deblock=filter=weak:block=8", 0.5, 1, from,
              to},
             {"FFmpeg pp h1+v1", "pp=h1/v1/fq|24", 0.1, 1, from, to}};
   }
-  if (workload.task == Task::kToneMap && workload.option == VEXO_HDR_HDR10 &&
+  if (job.task == kToneMap && job.option == VEXO_HDR_HDR10 &&
       from == VEXO_FMT_P010LE && to != VEXO_FMT_RGB888) {
     // zscale takes planes only: it is given the same picture in planes, and
     // gives YUV420 where NV12 is asked for, which are two conversions less.
@@ -153,22 +153,21 @@ std::vector<Peer> peers_for(const Workload &workload) {
   return {};
 }
 
-void add_ffmpeg(const Workload &workload, const Sizes &sizes, Contenders *out) {
-  for (const Peer &peer : peers_for(workload)) {
+void add_ffmpeg(const Job &job, Contenders *out) {
+  for (const Peer &peer : peers_for(job)) {
     const auto graph = [=] {
-      return std::make_shared<FilterGraph>(name_of(peer.src_format), sizes.src,
-                                           peer.filters, peer.threads);
+      return std::make_shared<FilterGraph>(
+          name_of(peer.src_format), job.sizes.src, peer.filters, peer.threads);
     };
     if (!graph()->ok()) continue;
     const auto make = [=](bool fetch) -> Run {
       return [=, graph = graph()](uint8_t *s, uint8_t *d) {
         // Of a chain one frame is enough: the next is free to be written to,
         // which is touched memory.
-        const uint8_t *key = workload.task == Task::kTurn ? d : nullptr;
-        const AVFrame &frame =
-            graph->run(describe_src(workload, sizes, s, peer.src_format), key);
+        const uint8_t *key = job.task == kTurn ? d : nullptr;
+        const AVFrame &frame = graph->run(job.src(s, peer.src_format), key);
         if (!fetch) return;
-        const vexo_img dst = describe_dst(workload, sizes, d, peer.dst_format);
+        const vexo_img dst = job.dst(d, peer.dst_format);
         av_image_copy(const_cast<uint8_t **>(dst.plane),
                       const_cast<int *>(dst.stride),
                       const_cast<const uint8_t **>(frame.data), frame.linesize,

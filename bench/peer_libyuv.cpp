@@ -155,15 +155,14 @@ void turn_yuv(Img src, uint32_t rotation, bool merges, uint8_t *apart,
                        height, width);
 }
 
-void add_turning(const Workload &workload, const Sizes &sizes,
-                 Contenders *out) {
-  const bool is_rgba = workload.src_format == VEXO_FMT_RGBA8888;
-  const bool scales = workload.task == Task::kScaleAndTurn;
-  const bool has_pairs = workload.src_format == VEXO_FMT_NV12;
+void add_turning(const Job &job, Contenders *out) {
+  const bool is_rgba = job.src_format == VEXO_FMT_RGBA8888;
+  const bool scales = job.task == kScaleAndTurn;
+  const bool has_pairs = job.src_format == VEXO_FMT_NV12;
   const Size upright =
-      scales ? Size{sizes.dst.height, sizes.dst.width} : sizes.src;
+      scales ? Size{job.sizes.dst.height, job.sizes.dst.width} : job.sizes.src;
   const size_t bytes =
-      frame_bytes(describe(workload.src_format, upright, nullptr, 64));
+      frame_bytes(describe(job.src_format, upright, nullptr, 64));
   for (const auto &filter : kFilters) {
     for (const bool merges : {false, true}) {
       if (merges && !has_pairs) continue;
@@ -172,50 +171,46 @@ void add_turning(const Workload &workload, const Sizes &sizes,
       name = scales    ? std::string(filter.name) + "+" + name
              : is_rgba ? "libyuv"
                        : "libyuv " + name;
-      add(out, name, near(workload), [=](uint8_t *s, uint8_t *d) {
-        vexo_img src = describe_src(workload, sizes, s);
-        const vexo_img dst = describe_dst(workload, sizes, d);
-        if (is_rgba) return turn_rgba(src, workload.rotation(), dst);
+      add(out, name, near(job), [=](uint8_t *s, uint8_t *d) {
+        vexo_img src = job.src(s);
+        const vexo_img dst = job.dst(d);
+        if (is_rgba) return turn_rgba(src, job.rotation(), dst);
         if (scales) {
           const vexo_img between =
-              describe(workload.src_format, upright, scaled->data(), 64);
+              describe(job.src_format, upright, scaled->data(), 64);
           scale(src, between, filter.mode, nullptr);
           src = between;
         }
-        turn_yuv(src, workload.rotation(), merges, apart->data(), dst);
+        turn_yuv(src, job.rotation(), merges, apart->data(), dst);
       });
     }
     if (!scales) return;
   }
 }
 
-void add_libyuv(const Workload &workload, const Sizes &sizes, Contenders *out) {
+void add_libyuv(const Job &job, Contenders *out) {
   for (const auto &c : kConverters) {
-    if (std::string(c.id) != workload.id) continue;
+    if (std::string(c.id) != job.id) continue;
     add(
-        out, c.name, near(workload),
+        out, c.name, near(job),
         [=](uint8_t *s, uint8_t *d) {
-          c.convert(describe_src(workload, sizes, s),
-                    describe_dst(workload, sizes, d, c.dst_format));
+          c.convert(job.src(s), job.dst(d, c.dst_format));
         },
         c.dst_format);
   }
-  if (workload.task == Task::kTurn || workload.task == Task::kScaleAndTurn) {
-    add_turning(workload, sizes, out);
+  if (job.task == kTurn || job.task == kScaleAndTurn) {
+    add_turning(job, out);
   }
   // Its box filter alone regards every sample of a reduction.
-  const bool means = is_means(workload);
-  if (!scales_plainly(workload) && !means) return;
+  const bool means = is_means(job);
+  if (!scales_plainly(job) && !means) return;
   for (const auto &filter : kFilters) {
     if (means && filter.mode != libyuv::kFilterBox) continue;
-    const bool wide = workload.src_format == VEXO_FMT_RGB565;
+    const bool wide = job.src_format == VEXO_FMT_RGB565;
     const Scratch between =
-        scratch(wide ? size_t{2} * (src_room(workload, sizes) +
-                                    dst_room(workload, sizes))
-                     : 0);
-    add(out, filter.name, near(workload), [=](uint8_t *s, uint8_t *d) {
-      scale(describe_src(workload, sizes, s), describe_dst(workload, sizes, d),
-            filter.mode, between->data());
+        scratch(wide ? size_t{2} * (job.src_room() + job.dst_room()) : 0);
+    add(out, filter.name, near(job), [=](uint8_t *s, uint8_t *d) {
+      scale(job.src(s), job.dst(d), filter.mode, between->data());
     });
   }
 }

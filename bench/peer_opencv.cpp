@@ -34,11 +34,11 @@ cv::Mat matrix(const vexo_img &img, int plane, bool whole = false) {
 using Filter = std::function<void(const cv::Mat &src, cv::Mat dst)>;
 
 // Filters every plane.
-void add_filter(const Workload &workload, const Sizes &sizes, const char *name,
-                double tolerance, const Filter &filter, Contenders *out) {
+void add_filter(const Job &job, const char *name, double tolerance,
+                const Filter &filter, Contenders *out) {
   add(out, name, tolerance, [=](uint8_t *s, uint8_t *d) {
-    const vexo_img src = describe_src(workload, sizes, s);
-    const vexo_img dst = describe_dst(workload, sizes, d);
+    const vexo_img src = job.src(s);
+    const vexo_img dst = job.dst(d);
     for (int p = 0; p < 3 && src.width[p] > 0; ++p) {
       filter(matrix(src, p), matrix(dst, p));
     }
@@ -78,8 +78,7 @@ Filter mask(const Filter &blur) {
 
 // The very kernel, in floating point, and masks whose blurs of 5 x 5 weigh
 // otherwise, which is what its users write.
-void add_sharpening(const Workload &workload, const Sizes &sizes,
-                    Contenders *out) {
+void add_sharpening(const Job &job, Contenders *out) {
   const cv::Mat kernel = (cv::Mat_<float>(5, 5) << 0, 0, -1, 0, 0,  //
                           0, -1, -2, -1, 0,                         //
                           -1, -2, 32, -2, -1,                       //
@@ -89,49 +88,44 @@ void add_sharpening(const Workload &workload, const Sizes &sizes,
   const cv::Mat binomial = (cv::Mat_<float>(1, 5) << 1, 4, 6, 4, 1) / 16;
   constexpr double kAlike = 0.05;
   add_filter(
-      workload, sizes, "OpenCV filter2D", kAlike,
+      job, "OpenCV filter2D", kAlike,
       [=](const cv::Mat &src, cv::Mat dst) {
         cv::filter2D(src, dst, -1, kernel);
       },
       out);
-  add_filter(workload, sizes, "OpenCV sepFilter2D mask", kAlike,
+  add_filter(job, "OpenCV sepFilter2D mask", kAlike,
              mask([=](const cv::Mat &src, cv::Mat dst) {
                cv::sepFilter2D(src, dst, -1, binomial, binomial);
              }),
              out);
-  add_filter(workload, sizes, "OpenCV GaussianBlur mask", kAlike,
+  add_filter(job, "OpenCV GaussianBlur mask", kAlike,
              mask([](const cv::Mat &src, cv::Mat dst) {
                cv::GaussianBlur(src, dst, {5, 5}, 0);
              }),
              out);
 }
 
-void add_opencv(const Workload &workload, const Sizes &sizes, Contenders *out) {
+void add_opencv(const Job &job, Contenders *out) {
   cv::setNumThreads(0);
   for (const auto &conversion : kConversions) {
-    if (std::string(conversion.id) != workload.id) continue;
-    add(out, "OpenCV", near(workload), [=](uint8_t *s, uint8_t *d) {
-      cv::Mat dst = matrix(describe_dst(workload, sizes, d), 0, true);
-      cv::cvtColor(matrix(describe_src(workload, sizes, s), 0, true), dst,
-                   conversion.code);
+    if (std::string(conversion.id) != job.id) continue;
+    add(out, "OpenCV", near(job), [=](uint8_t *s, uint8_t *d) {
+      cv::Mat dst = matrix(job.dst(d), 0, true);
+      cv::cvtColor(matrix(job.src(s), 0, true), dst, conversion.code);
     });
   }
-  if (workload.task == Task::kTurn) {
-    add_filter(workload, sizes, "OpenCV", near(workload),
-               turn(workload.rotation()), out);
-  } else if (workload.task == Task::kSharpen) {
-    add_sharpening(workload, sizes, out);
+  if (job.task == kTurn) {
+    add_filter(job, "OpenCV", near(job), turn(job.rotation()), out);
+  } else if (job.task == kSharpen) {
+    add_sharpening(job, out);
   }
   // 16-bit pixels it would scale as numbers.
-  const bool scales =
-      workload.task == Task::kScale && workload.src_format != VEXO_FMT_RGB565;
+  const bool scales = job.task == kScale && job.src_format != VEXO_FMT_RGB565;
   if (scales) {
-    add_filter(workload, sizes, "OpenCV LINEAR", near(workload),
-               resize(cv::INTER_LINEAR), out);
+    add_filter(job, "OpenCV LINEAR", near(job), resize(cv::INTER_LINEAR), out);
   }
-  if (scales || is_means(workload)) {
-    add_filter(workload, sizes, "OpenCV AREA", near(workload),
-               resize(cv::INTER_AREA), out);
+  if (scales || is_means(job)) {
+    add_filter(job, "OpenCV AREA", near(job), resize(cv::INTER_AREA), out);
   }
 }
 

@@ -47,48 +47,46 @@ struct Setting {
   int flags;
 };
 
-std::vector<Setting> settings_for(const Workload &workload) {
-  switch (workload.task) {
-    case Task::kConvert:
+std::vector<Setting> settings_for(const Job &job) {
+  switch (job.task) {
+    case kConvert:
       return {{"swscale POINT", SWS_POINT},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
-    case Task::kScale:
-      if (!scales_plainly(workload)) return {};
+    case kScale:
+      if (!scales_plainly(job)) return {};
       return {{"swscale BILINEAR", SWS_BILINEAR},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
               {"swscale AREA", SWS_AREA}};
-    case Task::kReduce:
-      if (is_means(workload)) return {{"swscale AREA", SWS_AREA}};
+    case kReduce:
+      if (is_means(job)) return {{"swscale AREA", SWS_AREA}};
       return {{"swscale LANCZOS", SWS_LANCZOS}};
     default:
       return {};
   }
 }
 
-void add_swscale(const Workload &workload, const Sizes &sizes,
-                 Contenders *out) {
-  const AVPixelFormat from = name_of(workload.src_format);
-  const AVPixelFormat to = name_of(workload.dst_format);
-  const bool converts = workload.task == Task::kConvert;
+void add_swscale(const Job &job, Contenders *out) {
+  const AVPixelFormat from = name_of(job.src_format);
+  const AVPixelFormat to = name_of(job.dst_format);
+  const bool converts = job.task == kConvert;
   if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE ||
       (converts && from == to)) {
     return;
   }
   // It warns about every pair that it has no special form for.
   av_log_set_level(AV_LOG_ERROR);
-  for (const Setting &setting : settings_for(workload)) {
+  for (const Setting &setting : settings_for(job)) {
     const std::shared_ptr<SwsContext> context(
-        sws_getContext(sizes.src.width, sizes.src.height, from, sizes.dst.width,
-                       sizes.dst.height, to, setting.flags, nullptr, nullptr,
-                       nullptr),
+        sws_getContext(job.sizes.src.width, job.sizes.src.height, from,
+                       job.sizes.dst.width, job.sizes.dst.height, to,
+                       setting.flags, nullptr, nullptr, nullptr),
         sws_freeContext);
-    if (!context ||
-        (converts && !set_standard(context.get(), workload.option))) {
+    if (!context || (converts && !set_standard(context.get(), job.option))) {
       continue;
     }
-    add(out, setting.name, near(workload), [=](uint8_t *s, uint8_t *d) {
-      const vexo_img src = describe_src(workload, sizes, s);
-      const vexo_img dst = describe_dst(workload, sizes, d);
+    add(out, setting.name, near(job), [=](uint8_t *s, uint8_t *d) {
+      const vexo_img src = job.src(s);
+      const vexo_img dst = job.dst(d);
       sws_scale(context.get(), src.plane, src.stride, 0, src.height[0],
                 dst.plane, dst.stride);
     });

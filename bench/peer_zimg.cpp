@@ -73,21 +73,21 @@ int32_t planes_of(int32_t format) {
   }
 }
 
-Run make(const Workload &workload, const Sizes &sizes, zimg_cpu_type_e cpu) {
-  const int32_t src_format = planes_of(workload.src_format);
-  const int32_t dst_format = planes_of(workload.dst_format);
-  zimg_image_format from = picture(src_format, sizes.src);
-  zimg_image_format to = picture(dst_format, sizes.dst);
+Run make(const Job &job, zimg_cpu_type_e cpu) {
+  const int32_t src_format = planes_of(job.src_format);
+  const int32_t dst_format = planes_of(job.dst_format);
+  zimg_image_format from = picture(src_format, job.sizes.src);
+  zimg_image_format to = picture(dst_format, job.sizes.dst);
   zimg_graph_builder_params params;
   zimg_graph_builder_params_default(&params, ZIMG_API_VERSION);
   params.cpu_type = cpu;
-  if (workload.task == Task::kToneMap) {
+  if (job.task == kToneMap) {
     set_hdr(&from, &to);
     // Chroma as this library takes it, without weighing neighbours.
     params.resample_filter_uv = ZIMG_RESIZE_POINT;
     params.nominal_peak_luminance = 100;
     params.allow_approximate_gamma = 1;
-  } else if (workload.task == Task::kReduce) {
+  } else if (job.task == kReduce) {
     params.resample_filter = params.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
     params.filter_param_a = params.filter_param_a_uv = 3;
   } else {
@@ -102,10 +102,8 @@ Run make(const Workload &workload, const Sizes &sizes, zimg_cpu_type_e cpu) {
   }
   const auto scratch = std::make_shared<Block>(bytes);
   return [=](uint8_t *s, uint8_t *d) {
-    const auto src = buffer<zimg_image_buffer_const>(
-        describe_src(workload, sizes, s, src_format));
-    const auto dst =
-        buffer<zimg_image_buffer>(describe_dst(workload, sizes, d, dst_format));
+    const auto src = buffer<zimg_image_buffer_const>(job.src(s, src_format));
+    const auto dst = buffer<zimg_image_buffer>(job.dst(d, dst_format));
     if (zimg_filter_graph_process(graph.get(), &src, &dst, scratch->data(),
                                   nullptr, nullptr, nullptr,
                                   nullptr) != ZIMG_ERROR_SUCCESS) {
@@ -114,24 +112,21 @@ Run make(const Workload &workload, const Sizes &sizes, zimg_cpu_type_e cpu) {
   };
 }
 
-void add_zimg(const Workload &workload, const Sizes &sizes, Contenders *out) {
-  const bool maps = workload.task == Task::kToneMap &&
-                    workload.option == VEXO_HDR_HDR10 &&
-                    workload.src_format == VEXO_FMT_P010LE &&
-                    workload.dst_format != VEXO_FMT_RGB888;
-  const bool scales =
-      workload.task == Task::kScale && workload.src_format == VEXO_FMT_YUV400;
-  const bool reduces = workload.task == Task::kReduce && !is_means(workload);
+void add_zimg(const Job &job, Contenders *out) {
+  const bool maps = job.task == kToneMap && job.option == VEXO_HDR_HDR10 &&
+                    job.src_format == VEXO_FMT_P010LE &&
+                    job.dst_format != VEXO_FMT_RGB888;
+  const bool scales = job.task == kScale && job.src_format == VEXO_FMT_YUV400;
+  const bool reduces = job.task == kReduce && !is_means(job);
   if (!maps && !scales && !reduces) return;
   const std::string name = reduces ? "zimg LANCZOS" : "zimg";
   // Of tone mapping, what is clipped goes another way than what is mapped.
-  const bool rgb = workload.dst_format == VEXO_FMT_RGBA8888;
-  const double tolerance = !maps ? near(workload) : rgb ? 0.15 : 0.6;
+  const bool rgb = job.dst_format == VEXO_FMT_RGBA8888;
+  const double tolerance = !maps ? near(job) : rgb ? 0.15 : 0.6;
   for (const auto cpu : {ZIMG_CPU_AUTO, ZIMG_CPU_AUTO_64B}) {
     out->push_back({cpu == ZIMG_CPU_AUTO ? name : name + " 64B", tolerance,
-                    [=](bool) { return make(workload, sizes, cpu); },
-                    planes_of(workload.src_format),
-                    planes_of(workload.dst_format)});
+                    [=](bool) { return make(job, cpu); },
+                    planes_of(job.src_format), planes_of(job.dst_format)});
   }
 }
 

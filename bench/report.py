@@ -77,6 +77,10 @@ def keep(path):
     context = {key: value for key, value in run["context"].items()
                if key not in ("executable", "host_name", "load_avg",
                               "library_build_type", "caches")}
+    cpu = dict(re.findall(r"^(.+?)\s*: (.*)$", pathlib.Path(
+        "/proc/cpuinfo").read_text(encoding="utf-8").split("\n\n")[0], re.M))
+    context["processor"] = (f"{cpu['model name']}, family {cpu['cpu family']}, "
+                            f"model {cpu['model']}")
     context["caches"] = ", ".join(
         f"L{c['level']} {c['size'] >> 10} KiB" for c in run["context"]["caches"]
         if c["type"] != "Instruction")

@@ -17,8 +17,7 @@ namespace bench {
 namespace {
 
 bool filters_differ(Task task) {
-  return task == Task::kSharpen || task == Task::kDeblock ||
-         task == Task::kToneMap;
+  return task == kSharpen || task == kDeblock || task == kToneMap;
 }
 
 double mean_difference(const Channel &a, const Channel &b) {
@@ -57,16 +56,16 @@ double correlation(const Channel *src, const Channel &a, const Channel &b) {
 
 // In the terms of a contender's tolerance; that of the channel which differs
 // most.
-double distance(const Workload &workload, const vexo_img &src,
-                const vexo_img &own, const vexo_img &theirs) {
+double distance(const Workload &job, const vexo_img &src, const vexo_img &own,
+                const vexo_img &theirs) {
   const std::vector<Channel> from = channels(src), a = channels(own),
                              b = channels(theirs);
   // Channels that are of another kind than the source's have not changed them.
-  const bool rgb = workload.dst_format >= VEXO_FMT_RGB565;
+  const bool rgb = job.dst_format >= VEXO_FMT_RGB565;
   double largest = 0;
   for (size_t c = 0; c < a.size(); ++c) {
     largest = std::max(
-        largest, filters_differ(workload.task)
+        largest, filters_differ(job.task)
                      ? 1 - correlation(rgb ? nullptr : &from[c], a[c], b[c])
                      : mean_difference(a[c], b[c]));
   }
@@ -75,11 +74,10 @@ double distance(const Workload &workload, const vexo_img &src,
 
 class Check {
  public:
-  Check(const Workload &workload, const Sizes &sizes, bool with_key)
-      : workload_(workload),
-        sizes_(sizes),
+  Check(const Job &job, bool with_key)
+      : job_(job),
         with_key_(with_key),
-        size_(dst_room(workload, sizes)),
+        size_(job.dst_room()),
         expected_(size_),
         found_(size_) {}
 
@@ -93,10 +91,9 @@ class Check {
       uint8_t *src = source(contender.src_format);
       std::fill_n(dst, size_, uint8_t{1});
       lox::isa_limit(contender.level >= 0 ? contender.level : lox::isa_best());
-      if (workload_.task == Task::kDeblock && contender.is_own()) {
+      if (job_.task == kDeblock && contender.is_own()) {
         // In place, and there the result is looked for.
-        std::memcpy(dst, src,
-                    frame_bytes(describe_dst(workload_, sizes_, dst)));
+        std::memcpy(dst, src, frame_bytes(job_.dst(dst)));
         src = dst;
       }
       contender.make(true)(src, dst);
@@ -115,10 +112,9 @@ class Check {
   uint8_t *source(int32_t format) {
     std::unique_ptr<Block> &src = sources_[format];
     if (!src) {
-      src = std::make_unique<Block>(std::max(
-          src_room(workload_, sizes_),
-          frame_bytes(describe_src(workload_, sizes_, nullptr, format))));
-      fill_src(workload_, sizes_, src->data(), format, with_key_);
+      src = std::make_unique<Block>(
+          std::max(job_.src_room(), frame_bytes(job_.src(nullptr, format))));
+      job_.fill_src(src->data(), format, with_key_);
     }
     return src->data();
   }
@@ -128,44 +124,40 @@ class Check {
   // there is a key frame.
   bool is_what_it_must_be() {
     bool good = true;
-    if (workload_.task == Task::kFindKey) {
+    if (job_.task == kFindKey) {
       good = expected_.data()[0] == (with_key_ ? 1 : 0);
-    } else if (workload_.is_layout()) {
-      draw(workload_.picture(), describe_dst(workload_, sizes_, found_.data()));
-      good = std::memcmp(
-                 expected_.data(), found_.data(),
-                 frame_bytes(describe_dst(workload_, sizes_, nullptr))) == 0;
+    } else if (job_.is_layout()) {
+      draw(job_.picture(), job_.dst(found_.data()));
+      good = std::memcmp(expected_.data(), found_.data(),
+                         frame_bytes(job_.dst(nullptr))) == 0;
     }
-    if (!good) std::fprintf(stderr, "%s: wrong result\n", workload_.id);
+    if (!good) std::fprintf(stderr, "%s: wrong result\n", job_.id);
     return good;
   }
 
   bool compare(const Contender &contender) {
-    const bool exact = contender.is_own() || workload_.is_media();
+    const bool exact = contender.is_own() || job_.is_media();
     double d = 0;
     bool good;
     if (exact) {
       good = std::memcmp(expected_.data(), found_.data(), size_) == 0;
     } else {
-      d = distance(
-          workload_, describe_src(workload_, sizes_, source(-1)),
-          describe_dst(workload_, sizes_, expected_.data()),
-          describe_dst(workload_, sizes_, found_.data(), contender.dst_format));
+      d = distance(job_, job_.src(source(-1)), job_.dst(expected_.data()),
+                   job_.dst(found_.data(), contender.dst_format));
       good = d <= contender.tolerance;
     }
     char figures[32];
     std::snprintf(figures, sizeof(figures), "%.3f of %.1f", d,
                   contender.tolerance);
-    std::fprintf(good ? stdout : stderr, "%-24s %4dx%-4d %-30s %s%s\n",
-                 workload_.id, sizes_.dst.width, sizes_.dst.height,
+    std::fprintf(good ? stdout : stderr, "%-24s %4dx%-4d %-30s %s%s\n", job_.id,
+                 job_.sizes.dst.width, job_.sizes.dst.height,
                  contender.name.c_str(),
                  exact ? good ? "equal" : "not equal" : figures,
                  good ? "" : "  NOT THE SAME WORK");
     return good;
   }
 
-  const Workload &workload_;
-  const Sizes &sizes_;
+  const Job &job_;
   bool with_key_;
   size_t size_;
   Block expected_, found_;
@@ -174,11 +166,10 @@ class Check {
 
 }  // namespace
 
-bool check_same_work(const Workload &workload, const Sizes &sizes,
-                     const Contenders &contenders) {
-  bool same = Check(workload, sizes, false).run(contenders);
-  if (workload.task == Task::kFindKey) {
-    same &= Check(workload, sizes, true).run(contenders);
+bool check_same_work(const Job &job, const Contenders &contenders) {
+  bool same = Check(job, false).run(contenders);
+  if (job.task == kFindKey) {
+    same &= Check(job, true).run(contenders);
   }
   return same;
 }

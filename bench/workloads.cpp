@@ -17,39 +17,35 @@ namespace {
 
 // Rows of frames that are scaled or turned begin at multiples of 64 bytes as
 // decoders' do: one peer takes no others.
-int32_t row_unit(const Workload &workload) {
-  switch (workload.task) {
-    case Task::kScale:
-    case Task::kScaleAndTurn:
-    case Task::kTurn:
-    case Task::kReduce:
-    case Task::kPlan:
+int32_t row_unit(const Workload &job) {
+  switch (job.task) {
+    case kScale:
+    case kScaleAndTurn:
+    case kTurn:
+    case kReduce:
+    case kPlan:
       return 64;
     default:
       return 1;
   }
 }
 
-void require(int32_t status, const Workload &workload) {
+void require(int32_t status, const Workload &job) {
   if (status == VEXO_OK) return;
-  std::fprintf(stderr, "%s: refused by the library\n", workload.id);
+  std::fprintf(stderr, "%s: refused by the library\n", job.id);
   std::abort();
 }
 
 // What an application keeps between reductions of one geometry.
 class DctPlan {
  public:
-  DctPlan(const Workload &workload, const Sizes &sizes)
-      : workload_(workload),
-        sizes_(sizes),
-        img_{describe_src(workload, sizes, nullptr),
-             describe_dst(workload, sizes, nullptr)} {
+  explicit DctPlan(const Job &job)
+      : job_(job), img_{job.src(nullptr), job.dst(nullptr)} {
     if (!is_rgba()) {
-      require(vexo_rsz_new_init(img_, &context_, &a_, &b_, workload.option),
-              workload);
+      require(vexo_rsz_new_init(img_, &context_, &a_, &b_, job.option), job);
       return;
     }
-    const Size of[] = {sizes.src, sizes.dst};
+    const Size of[] = {job.sizes.src, job.sizes.dst};
     for (int i = 0; i < 2; ++i) {
       const auto planes = [&](uint8_t *bytes) {
         return describe(VEXO_FMT_YUV444, of[i], bytes, 64);
@@ -57,7 +53,7 @@ class DctPlan {
       planes_[i] = std::make_unique<Block>(frame_bytes(planes(nullptr)));
       img_[2 + i] = planes(planes_[i]->data());
     }
-    require(vexo_rsz_new_rgba8888_init(img_, &context_, &a_, &b_), workload);
+    require(vexo_rsz_new_rgba8888_init(img_, &context_, &a_, &b_), job);
   }
   ~DctPlan() {
     if (is_rgba()) {
@@ -74,8 +70,8 @@ class DctPlan {
   }
 
   void run(uint8_t *src, uint8_t *dst, bool by_parts) {
-    img_[0] = describe_src(workload_, sizes_, src);
-    img_[1] = describe_dst(workload_, sizes_, dst);
+    img_[0] = job_.src(src);
+    img_[1] = job_.dst(dst);
     if (!is_rgba()) {
       vexo_rsz_new(&img_[0], &img_[1], &context_, a_, b_);
     } else if (!by_parts) {
@@ -97,10 +93,9 @@ class DctPlan {
   }
 
  private:
-  bool is_rgba() const { return workload_.src_format == VEXO_FMT_RGBA8888; }
+  bool is_rgba() const { return job_.src_format == VEXO_FMT_RGBA8888; }
 
-  Workload workload_;
-  Sizes sizes_;
+  Job job_;
   // Source and destination; of RGBA8888 those and their planar forms.
   vexo_img img_[4] = {};
   std::unique_ptr<Block> planes_[2];
@@ -108,24 +103,24 @@ class DctPlan {
   vexo_shift_set a_ = nullptr, b_ = nullptr;
 };
 
-void build_context(const Workload &workload, const vexo_img &src,
-                   const vexo_img &dst, vexo_hdr_context *context) {
+void build_context(const Job &job, const vexo_img &src, const vexo_img &dst,
+                   vexo_hdr_context *context) {
   lox::build_hdr_context(context, &src, &dst, 1000, 0,
-                         workload.option == VEXO_HDR_HLG);
+                         job.option == VEXO_HDR_HLG);
 }
 
-Run tone_mapping(const Workload &workload, const Sizes &sizes, Way way) {
+Run tone_mapping(const Job &job, Way way) {
   const auto context = std::make_shared<vexo_hdr_context>();
   return [=, built = false](uint8_t *s, uint8_t *d) mutable {
-    vexo_img src = describe_src(workload, sizes, s);
-    const vexo_img dst = describe_dst(workload, sizes, d);
+    vexo_img src = job.src(s);
+    const vexo_img dst = job.dst(d);
     if (way == Way::kCall) {
       src.source_nit = 1000;
-      require(vexo_hdr_to_sdr(&src, &dst, workload.option), workload);
+      require(vexo_hdr_to_sdr(&src, &dst, job.option), job);
       return;
     }
     if (way == Way::kParts || !std::exchange(built, true)) {
-      build_context(workload, src, dst, context.get());
+      build_context(job, src, dst, context.get());
     }
     constexpr int32_t kBand = 4;
     for (int32_t row = 0; row < context->height; row += kBand) {
@@ -134,161 +129,148 @@ Run tone_mapping(const Workload &workload, const Sizes &sizes, Way way) {
   };
 }
 
-Run scaling_and_turning(const Workload &workload, const Sizes &sizes, Way way) {
-  const Size upright = {sizes.dst.height, sizes.dst.width};
+Run scaling_and_turning(const Job &job, Way way) {
+  const Size upright = {job.sizes.dst.height, job.sizes.dst.width};
   const auto scaled = std::make_shared<std::vector<uint8_t>>(
-      frame_bytes(describe(workload.dst_format, upright, nullptr, 64)));
+      frame_bytes(describe(job.dst_format, upright, nullptr, 64)));
   return [=](uint8_t *s, uint8_t *d) {
-    const vexo_img src = describe_src(workload, sizes, s);
-    const vexo_img dst = describe_dst(workload, sizes, d);
+    const vexo_img src = job.src(s);
+    const vexo_img dst = job.dst(d);
     if (way == Way::kCall) {
-      require(vexo_rsz_rot(&src, workload.rotation(), &dst), workload);
+      require(vexo_rsz_rot(&src, job.rotation(), &dst), job);
       return;
     }
     const vexo_img between =
-        describe(workload.dst_format, upright, scaled->data(), 64);
-    require(vexo_rsz(&src, &between), workload);
-    require(vexo_rot(&between, workload.rotation(), &dst), workload);
+        describe(job.dst_format, upright, scaled->data(), 64);
+    require(vexo_rsz(&src, &between), job);
+    require(vexo_rot(&between, job.rotation(), &dst), job);
   };
 }
 
 // One frame by the call that takes two descriptions or their parts.
-void run_plain(const Workload &workload, const Sizes &sizes, uint8_t *s,
-               uint8_t *d) {
-  const vexo_img src = describe_src(workload, sizes, s);
-  const vexo_img dst = describe_dst(workload, sizes, d);
-  switch (workload.task) {
-    case Task::kConvert:
-      if (workload.src_format == workload.dst_format) {
+void run_plain(const Job &job, uint8_t *s, uint8_t *d) {
+  const vexo_img src = job.src(s);
+  const vexo_img dst = job.dst(d);
+  switch (job.task) {
+    case kConvert:
+      if (job.src_format == job.dst_format) {
         return vexo_cpy_8b(s, src.width[0], src.height[0], src.stride[0],
                            dst.stride[0], d);
       }
-      return require(vexo_csc(&src, &dst), workload);
-    case Task::kScale:
-      return require(vexo_rsz(&src, &dst), workload);
-    case Task::kTurn:
-      return require(vexo_rot(&src, workload.rotation(), &dst), workload);
-    case Task::kSharpen: {
+      return require(vexo_csc(&src, &dst), job);
+    case kScale:
+      return require(vexo_rsz(&src, &dst), job);
+    case kTurn:
+      return require(vexo_rot(&src, job.rotation(), &dst), job);
+    case kSharpen: {
       constexpr int32_t kStrength = 4;
       detail_enh(s, src.width[0], src.height[0], d, kStrength);
       return;
     }
-    case Task::kDeblock: {
+    case kDeblock: {
       // The greatest there is.
       constexpr uint32_t kStrength = 12;
-      return require(vexo_dbf8x8_yuv(&src, kStrength), workload);
+      return require(vexo_dbf8x8_yuv(&src, kStrength), job);
     }
-    case Task::kContext: {
+    case kContext: {
       vexo_hdr_context context;
-      build_context(workload, src, dst, &context);
+      build_context(job, src, dst, &context);
       *d = static_cast<uint8_t>(context.height);
       return;
     }
-    case Task::kPlan: {
-      const DctPlan plan(workload, sizes);
+    case kPlan: {
+      const DctPlan plan(job);
       *d = plan.has_workers();
       return;
     }
-    case Task::kReadBits: {
-      const uint32_t sum = read_fields(workload.option, BitReader::kLibrary, s);
+    case kReadBits: {
+      const uint32_t sum = read_fields(job.option, BitReader::kLibrary, s);
       return static_cast<void>(
           std::copy_n(reinterpret_cast<const uint8_t *>(&sum), sizeof(sum), d));
     }
     default:
       *d = static_cast<uint8_t>(mlox_is_vkeyfrm(
-          static_cast<uint32_t>(workload.option), s, int32_t{kMediaBytes}));
+          static_cast<uint32_t>(job.option), s, int32_t{kMediaBytes}));
   }
 }
 
 }  // namespace
 
-Sizes sizes_of(const Workload &workload, bool large) {
-  Sizes sizes = large ? workload.ratio.large : workload.ratio.small;
-  if (workload.is_quarter_turn()) {
-    std::swap(sizes.dst.width, sizes.dst.height);
-  }
-  return sizes;
+Job::Job(const Workload &workload, const Sizes &unturned)
+    : Workload(workload), sizes(unturned) {
+  if (is_quarter_turn()) std::swap(sizes.dst.width, sizes.dst.height);
 }
 
-double units_of(const Workload &workload, const Sizes &sizes) {
-  if (workload.is_setup()) return 1;
-  if (workload.task == Task::kFindKey) return 1.0 * kMediaBytes;
-  if (workload.task == Task::kReadBits) {
-    return static_cast<double>(count_fields(workload.option));
-  }
+double Job::units() const {
+  if (is_setup()) return 1;
+  if (task == kFindKey) return 1.0 * kMediaBytes;
+  if (task == kReadBits) return static_cast<double>(count_fields(option));
   return 1.0 * sizes.dst.width * sizes.dst.height;
 }
 
-vexo_img describe_src(const Workload &workload, const Sizes &sizes,
-                      uint8_t *bytes, int32_t format) {
-  vexo_img img = describe(format < 0 ? workload.src_format : format, sizes.src,
-                          bytes, row_unit(workload));
-  if (workload.task == Task::kConvert) img.color_std = workload.option;
+vexo_img Job::src(uint8_t *bytes, int32_t format) const {
+  vexo_img img = describe(format < 0 ? src_format : format, sizes.src, bytes,
+                          row_unit(*this));
+  if (task == kConvert) img.color_std = option;
   return img;
 }
 
-vexo_img describe_dst(const Workload &workload, const Sizes &sizes,
-                      uint8_t *bytes, int32_t format) {
-  vexo_img img = describe(format < 0 ? workload.dst_format : format, sizes.dst,
-                          bytes, row_unit(workload));
-  if (workload.task == Task::kConvert) img.color_std = workload.option;
-  if (workload.task == Task::kScale) img.mode = workload.option;
-  if (row_unit(workload) == 1 || img.format != VEXO_FMT_NV12 ||
-      (workload.task != Task::kReduce && workload.task != Task::kPlan)) {
+vexo_img Job::dst(uint8_t *bytes, int32_t format) const {
+  vexo_img img = describe(format < 0 ? dst_format : format, sizes.dst, bytes,
+                          row_unit(*this));
+  if (task == kConvert) img.color_std = option;
+  if (task == kScale) img.mode = option;
+  if (img.format != VEXO_FMT_NV12 || (task != kReduce && task != kPlan)) {
     return img;
   }
-  vexo_img pair[] = {describe_src(workload, sizes, nullptr), img};
+  // A plan has padding of its own.
+  vexo_img pair[] = {src(nullptr), img};
   pair[1].color_std = 1;  // the layout selector
   vexo_rsz_new_set_img(pair);
-  if (bytes) {
-    pair[1].plane[1] =
-        bytes + ptrdiff_t{pair[1].stride[0]} * pair[1].buf_height[0];
-  }
-  return pair[1];
+  img = pair[1];
+  if (bytes)
+    img.plane[1] = bytes + ptrdiff_t{img.stride[0]} * img.buf_height[0];
+  return img;
 }
 
-size_t src_room(const Workload &workload, const Sizes &sizes) {
-  if (workload.is_media()) return kMediaBytes;
-  const size_t own = frame_bytes(describe_src(workload, sizes, nullptr));
+size_t Job::src_room() const {
+  if (is_media()) return kMediaBytes;
   // Peers may have planes instead of pairs, with other padding.
-  return std::max(own, frame_bytes(describe_src(workload, sizes, nullptr,
-                                                VEXO_FMT_YUV420)));
+  return std::max(frame_bytes(src(nullptr)),
+                  frame_bytes(src(nullptr, VEXO_FMT_YUV420)));
 }
 
-size_t dst_room(const Workload &workload, const Sizes &sizes) {
-  if (workload.is_media()) return 64;
+size_t Job::dst_room() const {
+  if (is_media()) return 64;
   // The bands of RGB888 lie as far apart as those of four bytes a pixel.
-  const int32_t format =
-      workload.task == Task::kToneMap ? VEXO_FMT_RGBA8888 : VEXO_FMT_YUV420;
-  return std::max(frame_bytes(describe_dst(workload, sizes, nullptr)),
-                  frame_bytes(describe_dst(workload, sizes, nullptr, format)));
+  const int32_t other = task == kToneMap ? VEXO_FMT_RGBA8888 : VEXO_FMT_YUV420;
+  return std::max(frame_bytes(dst(nullptr)), frame_bytes(dst(nullptr, other)));
 }
 
-void fill_src(const Workload &workload, const Sizes &sizes, uint8_t *bytes,
-              int32_t format, bool with_key) {
-  if (workload.is_media()) {
-    fill_media(workload, bytes, with_key);
+void Job::fill_src(uint8_t *bytes, int32_t format, bool with_key) const {
+  if (is_media()) {
+    fill_media(*this, bytes, with_key);
   } else {
-    draw(workload.picture(), describe_src(workload, sizes, bytes, format));
+    draw(picture(), src(bytes, format));
   }
 }
 
-Run own_work(const Workload &workload, const Sizes &sizes, Way way) {
-  if (workload.task == Task::kToneMap) {
-    return tone_mapping(workload, sizes, way);
+Run own_work(const Job &job, Way way) {
+  if (job.task == kToneMap) {
+    return tone_mapping(job, way);
   }
-  if (workload.task == Task::kScaleAndTurn) {
-    return scaling_and_turning(workload, sizes, way);
+  if (job.task == kScaleAndTurn) {
+    return scaling_and_turning(job, way);
   }
-  if (workload.task == Task::kReduce) {
-    const auto plan = std::make_shared<DctPlan>(workload, sizes);
+  if (job.task == kReduce) {
+    const auto plan = std::make_shared<DctPlan>(job);
     return [=](uint8_t *s, uint8_t *d) { plan->run(s, d, way != Way::kCall); };
   }
-  return [=](uint8_t *s, uint8_t *d) { run_plain(workload, sizes, s, d); };
+  return [=](uint8_t *s, uint8_t *d) { run_plain(job, s, d); };
 }
 
 bool has_workers(const Workload &workload) {
-  return DctPlan(workload, sizes_of(workload, true)).has_workers();
+  return DctPlan(Job(workload, true)).has_workers();
 }
 
 }  // namespace bench

@@ -46,7 +46,7 @@ constexpr Ratio from_1080p(int32_t width, int32_t height) {
   return {{}, {{1920, 1080}, {width, height}}};
 }
 
-enum class Task {
+enum Task {
   // Between equal formats a plane copy, of which a pixel is a byte.
   kConvert,
   kScale,
@@ -88,156 +88,135 @@ struct Workload {
   int32_t option = 0;
 
   bool is_quarter_turn() const {
-    return task == Task::kScaleAndTurn ||
-           (task == Task::kTurn &&
-            (option == VEXO_ROT_90L || option == VEXO_ROT_90R));
+    return task == kScaleAndTurn || (task == kTurn && (option == VEXO_ROT_90L ||
+                                                       option == VEXO_ROT_90R));
   }
   // Scaling turns to the left.
   uint32_t rotation() const {
-    return static_cast<uint32_t>(task == Task::kTurn ? option
-                                                     : int32_t{VEXO_ROT_90L});
+    return static_cast<uint32_t>(task == kTurn ? option
+                                               : int32_t{VEXO_ROT_90L});
   }
-  bool is_media() const { return task >= Task::kReadBits; }
-  bool is_setup() const {
-    return task == Task::kPlan || task == Task::kContext;
-  }
+  bool is_media() const { return task >= kReadBits; }
+  bool is_setup() const { return task == kPlan || task == kContext; }
   // Of conversions: only the places of the samples change.
   bool is_layout() const {
-    return task == Task::kConvert && src_format < VEXO_FMT_UYVY &&
+    return task == kConvert && src_format < VEXO_FMT_UYVY &&
            dst_format < VEXO_FMT_UYVY;
   }
   Picture picture() const {
-    return task == Task::kToneMap                             ? Picture::kHdr
-           : task == Task::kSharpen || task == Task::kDeblock ? Picture::kBlocks
-           : src_format >= VEXO_FMT_RGB565 ? Picture::kRgbWaves
-                                           : Picture::kYuvWaves;
+    return task == kToneMap                       ? Picture::kHdr
+           : task == kSharpen || task == kDeblock ? Picture::kBlocks
+           : src_format >= VEXO_FMT_RGB565        ? Picture::kRgbWaves
+                                                  : Picture::kYuvWaves;
   }
 };
 
-constexpr Workload scale(const char *id, int32_t format, const Ratio &ratio,
-                         int32_t mode = 0) {
-  return {id, Task::kScale, format, format, ratio, mode};
-}
-constexpr Workload turn(const char *id, int32_t format, int32_t rotation) {
-  return {id, Task::kTurn, format, format, kEqual, rotation};
-}
-constexpr Workload both(const char *id, int32_t format, const Ratio &ratio) {
-  return {id, Task::kScaleAndTurn, format, format, ratio};
-}
-constexpr Workload reduce(const char *id, int32_t format, const Ratio &ratio,
-                          int32_t prescale = 0) {
-  return {id, Task::kReduce, format, format, ratio, prescale};
-}
-constexpr Workload tone_map(const char *id, int32_t src_format,
-                            int32_t dst_format, int32_t kind = VEXO_HDR_HDR10) {
-  return {id, Task::kToneMap, src_format, dst_format, kHdrSizes, kind};
-}
-constexpr Workload bits(const char *id, int32_t fields) {
-  return {id, Task::kReadBits, 0, 0, kEqual, fields};
-}
-constexpr Workload scan(const char *id, int32_t type) {
-  return {id, Task::kFindKey, 0, 0, kEqual, type};
-}
+inline constexpr int32_t kGrey = VEXO_FMT_YUV400, kI420 = VEXO_FMT_YUV420,
+                         kNv12 = VEXO_FMT_NV12, kNv21 = VEXO_FMT_NV21,
+                         k565 = VEXO_FMT_RGB565, kRgb = VEXO_FMT_RGB888,
+                         kRgba = VEXO_FMT_RGBA8888, kP010 = VEXO_FMT_P010LE;
 
 inline constexpr Workload kWorkloads[] = {
-    {"nv12_rgba8888", Task::kConvert, VEXO_FMT_NV12, VEXO_FMT_RGBA8888},
-    {"yuv420_rgba8888", Task::kConvert, VEXO_FMT_YUV420, VEXO_FMT_RGBA8888},
-    {"yuv420_rgb565", Task::kConvert, VEXO_FMT_YUV420, VEXO_FMT_RGB565},
-    {"nv21_rgb888", Task::kConvert, VEXO_FMT_NV21, VEXO_FMT_RGB888},
-    {"yuyv_rgba8888", Task::kConvert, VEXO_FMT_YUYV, VEXO_FMT_RGBA8888},
-    {"yuv420_rgba8888_bt709", Task::kConvert, VEXO_FMT_YUV420,
-     VEXO_FMT_RGBA8888, kEqual, VEXO_STD_BT709},
-    {"yuv420_rgba8888_bt601fr", Task::kConvert, VEXO_FMT_YUV420,
-     VEXO_FMT_RGBA8888, kEqual, VEXO_STD_BT601_FULL},
-    {"rgba8888_nv12", Task::kConvert, VEXO_FMT_RGBA8888, VEXO_FMT_NV12},
-    {"rgba8888_yuv420", Task::kConvert, VEXO_FMT_RGBA8888, VEXO_FMT_YUV420},
-    {"rgb565_nv12", Task::kConvert, VEXO_FMT_RGB565, VEXO_FMT_NV12},
-    {"yuv420_nv12", Task::kConvert, VEXO_FMT_YUV420, VEXO_FMT_NV12},
-    {"nv12_yuv420", Task::kConvert, VEXO_FMT_NV12, VEXO_FMT_YUV420},
-    {"nv12_nv21", Task::kConvert, VEXO_FMT_NV12, VEXO_FMT_NV21},
-    {"t64x32_nv12", Task::kConvert, VEXO_FMT_T64X32, VEXO_FMT_NV12},
-    {"copy_8b", Task::kConvert, VEXO_FMT_YUV400, VEXO_FMT_YUV400},
-    scale("grey_2to1", VEXO_FMT_YUV400, k2To1),
-    scale("grey_3to2", VEXO_FMT_YUV400, k3To2),
-    scale("grey_4to1", VEXO_FMT_YUV400, k4To1),
-    scale("grey_720p_404", VEXO_FMT_YUV400, k720pTo404),
-    scale("grey_1to2", VEXO_FMT_YUV400, k1To2),
-    scale("grey_2to3", VEXO_FMT_YUV400, k2To3),
-    scale("grey_1to3", VEXO_FMT_YUV400, k1To3),
-    scale("grey_1to2_mode1", VEXO_FMT_YUV400, k1To2, VEXO_MODE_MOD1),
-    scale("grey_2to3_mode1", VEXO_FMT_YUV400, k2To3, VEXO_MODE_MOD1),
-    scale("grey_1to3_mode1", VEXO_FMT_YUV400, k1To3, VEXO_MODE_MOD1),
-    scale("nv12_3to2", VEXO_FMT_NV12, k3To2),
-    scale("nv12_2to3", VEXO_FMT_NV12, k2To3),
-    scale("rgba8888_3to2", VEXO_FMT_RGBA8888, k3To2),
-    scale("rgba8888_2to3", VEXO_FMT_RGBA8888, k2To3),
-    scale("rgb888_3to2", VEXO_FMT_RGB888, k3To2),
-    scale("rgb888_2to3", VEXO_FMT_RGB888, k2To3),
-    scale("rgb565_3to2", VEXO_FMT_RGB565, k3To2),
-    turn("rgba8888_90l", VEXO_FMT_RGBA8888, VEXO_ROT_90L),
-    turn("rgba8888_90r", VEXO_FMT_RGBA8888, VEXO_ROT_90R),
-    turn("rgba8888_180", VEXO_FMT_RGBA8888, VEXO_ROT_180),
-    turn("rgba8888_hori", VEXO_FMT_RGBA8888, VEXO_ROT_HORI),
-    turn("rgba8888_vert", VEXO_FMT_RGBA8888, VEXO_ROT_VERT),
-    turn("nv12_90r", VEXO_FMT_NV12, VEXO_ROT_90R),
-    both("grey_2to1_90l", VEXO_FMT_YUV400, k2To1),
-    both("grey_3to2_90l", VEXO_FMT_YUV400, k3To2),
-    both("nv12_2to1_90l", VEXO_FMT_NV12, k2To1),
-    both("nv12_3to2_90l", VEXO_FMT_NV12, k3To2),
-    {"vqe_sharpen", Task::kSharpen, VEXO_FMT_YUV400, VEXO_FMT_YUV400},
-    {"vqe_deblock", Task::kDeblock, VEXO_FMT_YUV420, VEXO_FMT_YUV420},
-    reduce("dct_nv12_480x270", VEXO_FMT_NV12, from_1080p(480, 270)),
-    reduce("dct_nv12_480x270_by_2", VEXO_FMT_NV12, from_1080p(480, 270), 2),
-    reduce("dct_nv12_480x270_by_4", VEXO_FMT_NV12, from_1080p(480, 270), 4),
-    reduce("dct_nv12_400x224_by_2", VEXO_FMT_NV12, from_1080p(400, 224), 2),
-    reduce("dct_nv12_400x224_by_4", VEXO_FMT_NV12, from_1080p(400, 224), 4),
-    reduce("dct_nv12_800x450", VEXO_FMT_NV12, from_1080p(800, 450)),
-    reduce("dct_nv12_160x90", VEXO_FMT_NV12, from_1080p(160, 90)),
-    reduce("dct_rgba8888_480x270", VEXO_FMT_RGBA8888, from_1080p(480, 270)),
-    {"dct_setup", Task::kPlan, VEXO_FMT_NV12, VEXO_FMT_NV12,
-     from_1080p(480, 270)},
-    tone_map("hdr_p010_nv12", VEXO_FMT_P010LE, VEXO_FMT_NV12),
-    tone_map("hdr_p010_rgba8888", VEXO_FMT_P010LE, VEXO_FMT_RGBA8888),
-    tone_map("hdr_p010_yuv420", VEXO_FMT_P010LE, VEXO_FMT_YUV420),
-    tone_map("hdr_p010_rgb888", VEXO_FMT_P010LE, VEXO_FMT_RGB888),
-    tone_map("hdr_planar16_nv12", VEXO_FMT_YUV420PLANAR16, VEXO_FMT_NV12),
-    tone_map("hdr_hlg_nv12", VEXO_FMT_P010LE, VEXO_FMT_NV12, VEXO_HDR_HLG),
-    {"hdr_context", Task::kContext, VEXO_FMT_P010LE, VEXO_FMT_NV12, kHdrSizes,
+    {"nv12_rgba8888", kConvert, kNv12, kRgba},
+    {"yuv420_rgba8888", kConvert, kI420, kRgba},
+    {"yuv420_rgb565", kConvert, kI420, k565},
+    {"nv21_rgb888", kConvert, kNv21, kRgb},
+    {"yuyv_rgba8888", kConvert, VEXO_FMT_YUYV, kRgba},
+    {"yuv420_rgba8888_bt709", kConvert, kI420, kRgba, kEqual, VEXO_STD_BT709},
+    {"yuv420_rgba8888_bt601fr", kConvert, kI420, kRgba, kEqual,
+     VEXO_STD_BT601_FULL},
+    {"rgba8888_nv12", kConvert, kRgba, kNv12},
+    {"rgba8888_yuv420", kConvert, kRgba, kI420},
+    {"rgb565_nv12", kConvert, k565, kNv12},
+    {"yuv420_nv12", kConvert, kI420, kNv12},
+    {"nv12_yuv420", kConvert, kNv12, kI420},
+    {"nv12_nv21", kConvert, kNv12, kNv21},
+    {"t64x32_nv12", kConvert, VEXO_FMT_T64X32, kNv12},
+    {"copy_8b", kConvert, kGrey, kGrey},
+    {"grey_2to1", kScale, kGrey, kGrey, k2To1},
+    {"grey_3to2", kScale, kGrey, kGrey, k3To2},
+    {"grey_4to1", kScale, kGrey, kGrey, k4To1},
+    {"grey_720p_404", kScale, kGrey, kGrey, k720pTo404},
+    {"grey_1to2", kScale, kGrey, kGrey, k1To2},
+    {"grey_2to3", kScale, kGrey, kGrey, k2To3},
+    {"grey_1to3", kScale, kGrey, kGrey, k1To3},
+    {"grey_1to2_mode1", kScale, kGrey, kGrey, k1To2, VEXO_MODE_MOD1},
+    {"grey_2to3_mode1", kScale, kGrey, kGrey, k2To3, VEXO_MODE_MOD1},
+    {"grey_1to3_mode1", kScale, kGrey, kGrey, k1To3, VEXO_MODE_MOD1},
+    {"nv12_3to2", kScale, kNv12, kNv12, k3To2},
+    {"nv12_2to3", kScale, kNv12, kNv12, k2To3},
+    {"rgba8888_3to2", kScale, kRgba, kRgba, k3To2},
+    {"rgba8888_2to3", kScale, kRgba, kRgba, k2To3},
+    {"rgb888_3to2", kScale, kRgb, kRgb, k3To2},
+    {"rgb888_2to3", kScale, kRgb, kRgb, k2To3},
+    {"rgb565_3to2", kScale, k565, k565, k3To2},
+    {"rgba8888_90l", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_90L},
+    {"rgba8888_90r", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_90R},
+    {"rgba8888_180", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_180},
+    {"rgba8888_hori", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_HORI},
+    {"rgba8888_vert", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_VERT},
+    {"nv12_90r", kTurn, kNv12, kNv12, kEqual, VEXO_ROT_90R},
+    {"grey_2to1_90l", kScaleAndTurn, kGrey, kGrey, k2To1},
+    {"grey_3to2_90l", kScaleAndTurn, kGrey, kGrey, k3To2},
+    {"nv12_2to1_90l", kScaleAndTurn, kNv12, kNv12, k2To1},
+    {"nv12_3to2_90l", kScaleAndTurn, kNv12, kNv12, k3To2},
+    {"vqe_sharpen", kSharpen, kGrey, kGrey},
+    {"vqe_deblock", kDeblock, kI420, kI420},
+    {"dct_nv12_480x270", kReduce, kNv12, kNv12, from_1080p(480, 270)},
+    {"dct_nv12_480x270_by_2", kReduce, kNv12, kNv12, from_1080p(480, 270), 2},
+    {"dct_nv12_480x270_by_4", kReduce, kNv12, kNv12, from_1080p(480, 270), 4},
+    {"dct_nv12_400x224_by_2", kReduce, kNv12, kNv12, from_1080p(400, 224), 2},
+    {"dct_nv12_400x224_by_4", kReduce, kNv12, kNv12, from_1080p(400, 224), 4},
+    {"dct_nv12_800x450", kReduce, kNv12, kNv12, from_1080p(800, 450)},
+    {"dct_nv12_160x90", kReduce, kNv12, kNv12, from_1080p(160, 90)},
+    {"dct_rgba8888_480x270", kReduce, kRgba, kRgba, from_1080p(480, 270)},
+    {"dct_setup", kPlan, kNv12, kNv12, from_1080p(480, 270)},
+    {"hdr_p010_nv12", kToneMap, kP010, kNv12, kHdrSizes, VEXO_HDR_HDR10},
+    {"hdr_p010_rgba8888", kToneMap, kP010, kRgba, kHdrSizes, VEXO_HDR_HDR10},
+    {"hdr_p010_yuv420", kToneMap, kP010, kI420, kHdrSizes, VEXO_HDR_HDR10},
+    {"hdr_p010_rgb888", kToneMap, kP010, kRgb, kHdrSizes, VEXO_HDR_HDR10},
+    {"hdr_planar16_nv12", kToneMap, VEXO_FMT_YUV420PLANAR16, kNv12, kHdrSizes,
      VEXO_HDR_HDR10},
-    bits("media_bits", kRandom),
-    bits("media_bits_lsb", kRandomLsbFirst),
-    bits("media_bits_read1", kSingle),
-    bits("media_bits_1", 1),
-    bits("media_bits_8", 8),
-    bits("media_bits_13", 13),
-    bits("media_bits_32", 32),
-    scan("media_keyframe_h264", MLOX_MT_VIDEO_H264),
-    scan("media_keyframe_hevc", MLOX_MT_VIDEO_HEVC),
-    scan("media_keyframe_mpeg4", MLOX_MT_VIDEO_MPEG4),
-    scan("media_keyframe_h263", MLOX_MT_VIDEO_H263),
+    {"hdr_hlg_nv12", kToneMap, kP010, kNv12, kHdrSizes, VEXO_HDR_HLG},
+    {"hdr_context", kContext, kP010, kNv12, kHdrSizes, VEXO_HDR_HDR10},
+    {"media_bits", kReadBits, 0, 0, kEqual, kRandom},
+    {"media_bits_lsb", kReadBits, 0, 0, kEqual, kRandomLsbFirst},
+    {"media_bits_read1", kReadBits, 0, 0, kEqual, kSingle},
+    {"media_bits_1", kReadBits, 0, 0, kEqual, 1},
+    {"media_bits_8", kReadBits, 0, 0, kEqual, 8},
+    {"media_bits_13", kReadBits, 0, 0, kEqual, 13},
+    {"media_bits_32", kReadBits, 0, 0, kEqual, 32},
+    {"media_keyframe_h264", kFindKey, 0, 0, kEqual, MLOX_MT_VIDEO_H264},
+    {"media_keyframe_hevc", kFindKey, 0, 0, kEqual, MLOX_MT_VIDEO_HEVC},
+    {"media_keyframe_mpeg4", kFindKey, 0, 0, kEqual, MLOX_MT_VIDEO_MPEG4},
+    {"media_keyframe_h263", kFindKey, 0, 0, kEqual, MLOX_MT_VIDEO_H263},
 };
 
-// The sizes of a workload, its destination's as they are after the turn.
-Sizes sizes_of(const Workload &workload, bool large);
+// A workload at its sizes, the destination's as they are after the turn.
+struct Job : Workload {
+  Sizes sizes;
 
-// What is counted: pixels of the destination, or bit fields, bytes scanned or
-// set-ups.
-double units_of(const Workload &workload, const Sizes &sizes);
+  Job(const Workload &workload, const Sizes &unturned);
+  Job(const Workload &workload, bool large)
+      : Job(workload, large ? workload.ratio.large : workload.ratio.small) {}
 
-// The frames, or with another format those of a peer.
-vexo_img describe_src(const Workload &workload, const Sizes &sizes,
-                      uint8_t *bytes, int32_t format = -1);
-vexo_img describe_dst(const Workload &workload, const Sizes &sizes,
-                      uint8_t *bytes, int32_t format = -1);
+  // What is counted: pixels of the destination, or bit fields, bytes scanned or
+  // set-ups.
+  double units() const;
 
-// What a source and a destination take, whoever reads or writes them.
-size_t src_room(const Workload &workload, const Sizes &sizes);
-size_t dst_room(const Workload &workload, const Sizes &sizes);
+  // The frames, or with another format those of a peer.
+  vexo_img src(uint8_t *bytes, int32_t format = -1) const;
+  vexo_img dst(uint8_t *bytes, int32_t format = -1) const;
 
-// The source, with what the work depends on: a picture, random bits, or a frame
-// that has a key frame at its end or none.
-void fill_src(const Workload &workload, const Sizes &sizes, uint8_t *bytes,
-              int32_t format = -1, bool with_key = false);
+  // What they take, whoever reads or writes them.
+  size_t src_room() const;
+  size_t dst_room() const;
+
+  // The source, with what the work depends on: a picture, random bits, or a
+  // frame that has a key frame at its end or none.
+  void fill_src(uint8_t *bytes, int32_t format = -1,
+                bool with_key = false) const;
+};
 
 using Run = std::function<void(uint8_t *src, uint8_t *dst)>;
 
@@ -252,8 +231,7 @@ enum class Way {
 };
 
 // One frame by this library. Ends the program when a call fails.
-Run own_work(const Workload &workload, const Sizes &sizes,
-             Way way = Way::kCall);
+Run own_work(const Job &job, Way way = Way::kCall);
 
 // Whether a reduction's call starts threads.
 bool has_workers(const Workload &workload);
