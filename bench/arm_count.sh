@@ -127,55 +127,19 @@ done
 echo
 echo "$titles portable | libyuv |"
 echo "$rule---:|---:|"
-while read -r id theirs; do
-  row "$id" "$theirs" </dev/null
-done <<END
-nv12_rgba8888 3.389
-yuv420_rgba8888 3.393
-yuv420_rgb565 4.018
-nv21_rgb888 3.389
-yuyv_rgba8888
-yuv420_rgba8888_bt709
-yuv420_rgba8888_bt601fr
-rgba8888_nv12 1.689
-rgba8888_yuv420 1.609
-rgb565_nv12
-yuv420_nv12 0.203
-nv12_yuv420 0.203
-nv12_nv21 0.219
-t64x32_nv12
-copy_8b 0.125
-grey_2to1 0.701
-grey_4to1 3.535
-grey_3to2 7.586
-grey_720p_404
-grey_1to2 0.914
-grey_2to3 5.057
-grey_1to3
-grey_1to2_mode1 0.914
-grey_2to3_mode1 5.057
-grey_1to3_mode1
-rgba8888_3to2 13.430
-rgb888_3to2
-rgb565_3to2
-nv12_3to2
-rgba8888_90l 1.763
-rgba8888_90r 1.763
-rgba8888_180 1.259
-rgba8888_hori 1.007
-rgba8888_vert 0.505
-nv12_90r 0.893
-nv12_2to1_90l
-dct_nv12_480x270
-dct_rgba8888_480x270
-hdr_p010_nv12
-hdr_p010_rgba8888
-vqe_sharpen
-vqe_deblock
-media_bits
-media_bits_inlined
-media_bits_called
-media_keyframe_h264
-hdr_context
-memcpy 0.269
-END
+for each in \
+  nv12_rgba8888:3.389 yuv420_rgba8888:3.393 yuv420_rgb565:4.018 \
+  nv21_rgb888:3.389 yuyv_rgba8888: yuv420_rgba8888_bt709: \
+  yuv420_rgba8888_bt601fr: rgba8888_nv12:1.689 rgba8888_yuv420:1.609 \
+  rgb565_nv12: yuv420_nv12:0.203 nv12_yuv420:0.203 nv12_nv21:0.219 \
+  t64x32_nv12: copy_8b:0.125 grey_2to1:0.701 grey_4to1:3.535 grey_3to2:7.586 \
+  grey_720p_404: grey_1to2:0.914 grey_2to3:5.057 grey_1to3: \
+  grey_1to2_mode1:0.914 grey_2to3_mode1:5.057 grey_1to3_mode1: \
+  rgba8888_3to2:13.430 rgb888_3to2: rgb565_3to2: nv12_3to2: rgba8888_90l:1.763 \
+  rgba8888_90r:1.763 rgba8888_180:1.259 rgba8888_hori:1.007 \
+  rgba8888_vert:0.505 nv12_90r:0.893 nv12_2to1_90l: dct_nv12_480x270: \
+  dct_rgba8888_480x270: hdr_p010_nv12: hdr_p010_rgba8888: vqe_sharpen: \
+  vqe_deblock: media_bits: media_bits_inlined: media_bits_called: \
+  media_keyframe_h264: hdr_context: memcpy:0.269; do
+  row "${each%%:*}" "${each#*:}"
+done

@@ -48,6 +48,15 @@ inline void add(Contenders *out, std::string name, double tolerance, Run run,
                   [run = std::move(run)](bool) { return run; }, -1,
                   dst_format});
 }
+// The same of what takes two descriptions.
+template <typename Work>
+void add_frames(Contenders *out, const Job &job, const std::string &name,
+                const Work &work, double tolerance, int32_t dst_format = -1) {
+  add(
+      out, name, tolerance,
+      [=](uint8_t *s, uint8_t *d) { work(job.src(s), job.dst(d, dst_format)); },
+      dst_format);
+}
 
 // How far peers may be that do the same with other arithmetic.
 inline double near(const Workload &job) {
@@ -76,32 +85,33 @@ inline bool is_means(const Workload &job) {
   return job.task == kReduce && !has_workers(job) && job.option != 0;
 }
 
+// What peers tone map as well.
+inline bool is_usual_tone_mapping(const Workload &job) {
+  return job.task == kToneMap && job.option == VEXO_HDR_HDR10 &&
+         job.src_format == VEXO_FMT_P010LE &&
+         (job.dst_format == VEXO_FMT_NV12 ||
+          job.dst_format == VEXO_FMT_RGBA8888);
+}
+
 // Adds what can do the workload at the sizes.
-using Adder = void (*)(const Job &job, Contenders *out);
 void add_own(const Job &job, Contenders *out);
 void add_bounds(const Job &job, Contenders *out);
 
-// A library that is measured beside this one. Each is one unit, which is left
-// out of the build when it is not installed.
+// A library that is measured beside this one. Each is one unit that registers
+// itself, and is left out of the build when it is not installed.
 struct Library {
   const char *name;
   std::string version;
-  Adder add;
+  void (*add)(const Job &job, Contenders *out);
 };
 inline std::vector<Library> &libraries() {
   static std::vector<Library> list;
   return list;
 }
-struct Registered {
-  explicit Registered(const Library &library) {
-    libraries().push_back(library);
-  }
-};
-
-inline std::string version_text(unsigned major, unsigned minor,
-                                unsigned micro) {
-  return std::to_string(major) + "." + std::to_string(minor) + "." +
-         std::to_string(micro);
+inline bool registered(const char *name, const std::string &version,
+                       void (*add)(const Job &job, Contenders *out)) {
+  libraries().push_back({name, version, add});
+  return true;
 }
 
 // Runs every contender on one picture and prints how far its output is from

@@ -137,8 +137,7 @@ std::vector<Peer> peers_for(const Job &job) {
              to},
             {"FFmpeg pp h1+v1", "pp=h1/v1/fq|24", 0.1, 1, from, to}};
   }
-  if (job.task == kToneMap && job.option == VEXO_HDR_HDR10 &&
-      from == VEXO_FMT_P010LE && to != VEXO_FMT_RGB888) {
+  if (is_usual_tone_mapping(job)) {
     // zscale takes planes only: it is given the same picture in planes, and
     // gives YUV420 where NV12 is asked for, which are two conversions less.
     const bool rgba = to == VEXO_FMT_RGBA8888;
@@ -182,11 +181,8 @@ void add_ffmpeg(const Job &job, Contenders *out) {
   }
 }
 
-const Registered kFfmpeg({"avfilter",
-                          version_text(LIBAVFILTER_VERSION_MAJOR,
-                                       LIBAVFILTER_VERSION_MINOR,
-                                       LIBAVFILTER_VERSION_MICRO),
-                          add_ffmpeg});
+const bool kRegistered =
+    registered("avfilter", AV_STRINGIFY(LIBAVFILTER_VERSION), add_ffmpeg);
 
 }  // namespace
 

@@ -171,9 +171,7 @@ void add_turning(const Job &job, Contenders *out) {
       name = scales    ? std::string(filter.name) + "+" + name
              : is_rgba ? "libyuv"
                        : "libyuv " + name;
-      add(out, name, near(job), [=](uint8_t *s, uint8_t *d) {
-        vexo_img src = job.src(s);
-        const vexo_img dst = job.dst(d);
+      const auto work = [=](vexo_img src, Img dst) {
         if (is_rgba) return turn_rgba(src, job.rotation(), dst);
         if (scales) {
           const vexo_img between =
@@ -182,7 +180,8 @@ void add_turning(const Job &job, Contenders *out) {
           src = between;
         }
         turn_yuv(src, job.rotation(), merges, apart->data(), dst);
-      });
+      };
+      add_frames(out, job, name, work, near(job));
     }
     if (!scales) return;
   }
@@ -191,12 +190,7 @@ void add_turning(const Job &job, Contenders *out) {
 void add_libyuv(const Job &job, Contenders *out) {
   for (const auto &c : kConverters) {
     if (std::string(c.id) != job.id) continue;
-    add(
-        out, c.name, near(job),
-        [=](uint8_t *s, uint8_t *d) {
-          c.convert(job.src(s), job.dst(d, c.dst_format));
-        },
-        c.dst_format);
+    add_frames(out, job, c.name, c.convert, near(job), c.dst_format);
   }
   if (job.task == kTurn || job.task == kScaleAndTurn) {
     add_turning(job, out);
@@ -209,14 +203,15 @@ void add_libyuv(const Job &job, Contenders *out) {
     const bool wide = job.src_format == VEXO_FMT_RGB565;
     const Scratch between =
         scratch(wide ? size_t{2} * (job.src_room() + job.dst_room()) : 0);
-    add(out, filter.name, near(job), [=](uint8_t *s, uint8_t *d) {
-      scale(job.src(s), job.dst(d), filter.mode, between->data());
-    });
+    const auto work = [=](Img src, Img dst) {
+      scale(src, dst, filter.mode, between->data());
+    };
+    add_frames(out, job, filter.name, work, near(job));
   }
 }
 
-const Registered kLibyuv({"libyuv", std::to_string(LIBYUV_VERSION),
-                          add_libyuv});
+const bool kRegistered =
+    registered("libyuv", std::to_string(LIBYUV_VERSION), add_libyuv);
 
 }  // namespace
 

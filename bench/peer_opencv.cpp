@@ -34,15 +34,14 @@ cv::Mat matrix(const vexo_img &img, int plane, bool whole = false) {
 using Filter = std::function<void(const cv::Mat &src, cv::Mat dst)>;
 
 // Filters every plane.
-void add_filter(const Job &job, const char *name, double tolerance,
-                const Filter &filter, Contenders *out) {
-  add(out, name, tolerance, [=](uint8_t *s, uint8_t *d) {
-    const vexo_img src = job.src(s);
-    const vexo_img dst = job.dst(d);
+void add_filter(const Job &job, const char *name, const Filter &filter,
+                double tolerance, Contenders *out) {
+  const auto work = [=](const vexo_img &src, const vexo_img &dst) {
     for (int p = 0; p < 3 && src.width[p] > 0; ++p) {
       filter(matrix(src, p), matrix(dst, p));
     }
-  });
+  };
+  add_frames(out, job, name, work, tolerance);
 }
 
 Filter turn(uint32_t rotation) {
@@ -86,50 +85,47 @@ void add_sharpening(const Job &job, Contenders *out) {
                           0, 0, -1, 0, 0) /
                          16;
   const cv::Mat binomial = (cv::Mat_<float>(1, 5) << 1, 4, 6, 4, 1) / 16;
-  constexpr double kAlike = 0.05;
-  add_filter(
-      job, "OpenCV filter2D", kAlike,
-      [=](const cv::Mat &src, cv::Mat dst) {
-        cv::filter2D(src, dst, -1, kernel);
-      },
-      out);
-  add_filter(job, "OpenCV sepFilter2D mask", kAlike,
-             mask([=](const cv::Mat &src, cv::Mat dst) {
-               cv::sepFilter2D(src, dst, -1, binomial, binomial);
-             }),
-             out);
-  add_filter(job, "OpenCV GaussianBlur mask", kAlike,
-             mask([](const cv::Mat &src, cv::Mat dst) {
-               cv::GaussianBlur(src, dst, {5, 5}, 0);
-             }),
-             out);
+  const Filter filters[] = {[=](const cv::Mat &src, cv::Mat dst) {
+                              cv::filter2D(src, dst, -1, kernel);
+                            },
+                            mask([=](const cv::Mat &src, cv::Mat dst) {
+                              cv::sepFilter2D(src, dst, -1, binomial, binomial);
+                            }),
+                            mask([](const cv::Mat &src, cv::Mat dst) {
+                              cv::GaussianBlur(src, dst, {5, 5}, 0);
+                            })};
+  const char *const names[] = {"OpenCV filter2D", "OpenCV sepFilter2D mask",
+                               "OpenCV GaussianBlur mask"};
+  for (int i = 0; i < 3; ++i) add_filter(job, names[i], filters[i], 0.05, out);
 }
 
 void add_opencv(const Job &job, Contenders *out) {
   cv::setNumThreads(0);
   for (const auto &conversion : kConversions) {
     if (std::string(conversion.id) != job.id) continue;
-    add(out, "OpenCV", near(job), [=](uint8_t *s, uint8_t *d) {
-      cv::Mat dst = matrix(job.dst(d), 0, true);
-      cv::cvtColor(matrix(job.src(s), 0, true), dst, conversion.code);
-    });
+    const auto work = [=](const vexo_img &src, const vexo_img &dst) {
+      cv::Mat to = matrix(dst, 0, true);
+      cv::cvtColor(matrix(src, 0, true), to, conversion.code);
+    };
+    add_frames(out, job, "OpenCV", work, near(job));
   }
   if (job.task == kTurn) {
-    add_filter(job, "OpenCV", near(job), turn(job.rotation()), out);
+    add_filter(job, "OpenCV", turn(job.rotation()), near(job), out);
   } else if (job.task == kSharpen) {
     add_sharpening(job, out);
   }
   // 16-bit pixels it would scale as numbers.
-  const bool scales = job.task == kScale && job.src_format != VEXO_FMT_RGB565;
+  const bool scales = scales_plainly(job) && job.src_format != VEXO_FMT_RGB565;
   if (scales) {
-    add_filter(job, "OpenCV LINEAR", near(job), resize(cv::INTER_LINEAR), out);
+    add_filter(job, "OpenCV LINEAR", resize(cv::INTER_LINEAR), near(job), out);
   }
   if (scales || is_means(job)) {
-    add_filter(job, "OpenCV AREA", near(job), resize(cv::INTER_AREA), out);
+    add_filter(job, "OpenCV AREA", resize(cv::INTER_AREA), near(job), out);
   }
 }
 
-const Registered kOpenCv({"OpenCV", cv::getVersionString(), add_opencv});
+const bool kRegistered =
+    registered("OpenCV", cv::getVersionString(), add_opencv);
 
 }  // namespace
 

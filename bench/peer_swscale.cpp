@@ -84,20 +84,16 @@ void add_swscale(const Job &job, Contenders *out) {
     if (!context || (converts && !set_standard(context.get(), job.option))) {
       continue;
     }
-    add(out, setting.name, near(job), [=](uint8_t *s, uint8_t *d) {
-      const vexo_img src = job.src(s);
-      const vexo_img dst = job.dst(d);
+    const auto work = [=](const vexo_img &src, const vexo_img &dst) {
       sws_scale(context.get(), src.plane, src.stride, 0, src.height[0],
                 dst.plane, dst.stride);
-    });
+    };
+    add_frames(out, job, setting.name, work, near(job));
   }
 }
 
-const Registered kSwscale({"swscale",
-                           version_text(LIBSWSCALE_VERSION_MAJOR,
-                                        LIBSWSCALE_VERSION_MINOR,
-                                        LIBSWSCALE_VERSION_MICRO),
-                           add_swscale});
+const bool kRegistered =
+    registered("swscale", AV_STRINGIFY(LIBSWSCALE_VERSION), add_swscale);
 
 }  // namespace
 

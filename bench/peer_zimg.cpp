@@ -113,10 +113,8 @@ Run make(const Job &job, zimg_cpu_type_e cpu) {
 }
 
 void add_zimg(const Job &job, Contenders *out) {
-  const bool maps = job.task == kToneMap && job.option == VEXO_HDR_HDR10 &&
-                    job.src_format == VEXO_FMT_P010LE &&
-                    job.dst_format != VEXO_FMT_RGB888;
-  const bool scales = job.task == kScale && job.src_format == VEXO_FMT_YUV400;
+  const bool maps = is_usual_tone_mapping(job);
+  const bool scales = scales_plainly(job) && job.src_format == VEXO_FMT_YUV400;
   const bool reduces = job.task == kReduce && !is_means(job);
   if (!maps && !scales && !reduces) return;
   const std::string name = reduces ? "zimg LANCZOS" : "zimg";
@@ -131,12 +129,13 @@ void add_zimg(const Job &job, Contenders *out) {
 }
 
 std::string version() {
-  unsigned major = 0, minor = 0, micro = 0;
-  zimg_get_version_info(&major, &minor, &micro);
-  return version_text(major, minor, micro);
+  unsigned v[3] = {};
+  zimg_get_version_info(&v[0], &v[1], &v[2]);
+  return std::to_string(v[0]) + "." + std::to_string(v[1]) + "." +
+         std::to_string(v[2]);
 }
 
-const Registered kZimg({"zimg", version(), add_zimg});
+const bool kRegistered = registered("zimg", version(), add_zimg);
 
 }  // namespace
 
