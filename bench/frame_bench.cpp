@@ -7,6 +7,7 @@
 #include <sched.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -95,9 +96,7 @@ struct Row {
 Contenders contenders_for(const Job &job) {
   Contenders list;
   add_own(job, &list);
-  for (const Library &library : libraries()) {
-    library.add(job, &list);
-  }
+  for (const Library &library : libraries()) library.add(job, &list);
   add_bounds(job, &list);
   return list;
 }
@@ -109,11 +108,11 @@ struct Memory {
 
 // What the frames of a row have to hold; other work does not depend on it.
 const std::vector<uint8_t> &content_of(const Row &row, int32_t format) {
-  static std::map<std::tuple<std::string, int32_t, int32_t>,
-                  std::vector<uint8_t>>
-      contents;
+  static std::map<std::array<int32_t, 4>, std::vector<uint8_t>> contents;
   const Job &job = row.job;
-  auto &content = contents[{job.id, format, job.sizes.src.width}];
+  auto &content =
+      contents[{job.task, job.is_media() ? job.option : 0,
+                format < 0 ? job.src_format : format, job.sizes.src.width}];
   if (content.empty() &&
       (job.task == kToneMap || job.task == kDeblock || job.is_media())) {
     content.resize(row.src_step);
@@ -201,8 +200,7 @@ bool prepare(const std::vector<Row> &rows, const Memory &memory) {
       is_wanted = true;
     }
     // A ring has the sizes that another setting has.
-    const bool is_again = row.count > 2;
-    if (is_wanted && !is_again && !row.job.is_setup()) {
+    if (is_wanted && row.count <= 2 && !row.job.is_setup()) {
       same &= check_same_work(row.job, list);
     }
   }
