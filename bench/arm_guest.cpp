@@ -26,60 +26,55 @@
 #include "common/isa.h"
 #include "media.h"
 
+namespace bench {
+
 namespace {
 
 void mark(int tag) { syscall(SYS_getppid, 0x1c0417, tag); }
 
-bool limit_form(const char *name) {
+bool limit_form(const std::string &name) {
   for (int level = 0; level <= lox::isa_best(); ++level) {
-    if (std::strcmp(lox::isa_name(level), name) != 0) continue;
+    if (lox::isa_name(level) != name) continue;
     lox::isa_limit(level);
     return true;
   }
   return false;
 }
 
-// Another name's work, at the sizes of `workload`.
-bench::Run other_work(const std::string &id, const bench::Sizes &sizes) {
+Run work_of(const Job &job, const std::string &id) {
   if (id == "memcpy") {
-    const size_t size = bench::frame_bytes(
-        bench::describe(VEXO_FMT_YUV400, job.sizes.dst, nullptr));
+    const size_t size = frame_bytes(job.dst(nullptr));
     return [=](uint8_t *src, uint8_t *dst) {
       std::memcpy(dst, src, size);
       // Nobody reads the copy; the compiler must not know.
       asm volatile("" : : "r"(dst) : "memory");
     };
   }
-  const auto reader = id == "media_bits_inlined" ? bench::BitReader::kInlined
-                                                 : bench::BitReader::kCalled;
+  if (id == job.id) {
+    const bool threads = job.task == kToneMap || job.task == kReduce;
+    return own_work(job, threads ? Way::kPrepared : Way::kCall);
+  }
+  const BitReader reader =
+      id == "media_bits_called" ? BitReader::kCalled : BitReader::kInlined;
   return [=](uint8_t *src, uint8_t *dst) {
-    *dst =
-        static_cast<uint8_t>(bench::read_fields(bench::kRandom, reader, src));
+    *dst = static_cast<uint8_t>(read_fields(job.option, reader, src));
   };
 }
 
-int count(const bench::Workload &workload, const std::string &id, bool large) {
-  const bool maps =
-      workload.task == bench::kToneMap || workload.task == bench::kContext;
+void count(const Workload &workload, const std::string &id, bool large) {
+  const bool maps = workload.task == kToneMap || workload.task == kContext;
   // Frames of 4K would take minutes.
-  const bench::Ratio &ratio = maps ? bench::kEqual : workload.ratio;
-  const bench::Job job(workload, large || workload.task == bench::kReduce
-                                     ? ratio.large
-                                     : ratio.small);
-  const bench::Block src(job.src_room()), dst(job.dst_room());
-  // What others do does not depend on the picture.
-  const bool drawn = job.is_media() || maps || job.task == bench::kDeblock;
-  const bench::Run run =
-      id != job.id ? other_work(id, job.sizes)
-      : job.task == bench::kToneMap || job.task == bench::kReduce
-          ? own_work(job, bench::Way::kPrepared)
-          : own_work(job);
-  for (int tag = 0; tag < 3; tag += 2) {
-    // Deblocking is in place, so there is a new picture for the second time.
-    if (drawn && (tag == 0 || job.task == kDeblock)) {
+  const Ratio &ratio = maps ? kEqual : workload.ratio;
+  large |= workload.task == kReduce;
+  const Job job(workload, large ? ratio.large : ratio.small);
+  const Block src(job.src_room()), dst(job.dst_room());
+  const Run run = work_of(job, id);
+  for (const bool warm : {false, true}) {
+    // What others do does not depend on the picture, or they leave it.
+    if (job.task == kDeblock || (!warm && (maps || job.is_media()))) {
       job.fill_src(src.data());
     }
-    if (tag > 0) {
+    if (warm) {
       mark(1);
       mark(2);
     }
@@ -87,24 +82,26 @@ int count(const bench::Workload &workload, const std::string &id, bool large) {
   }
   mark(3);
   std::printf("%.0f ", job.units());
-  return 0;
 }
 
 }  // namespace
 
+}  // namespace bench
+
 int main(int argc, char **argv) {
   const std::string id = argc > 1 ? argv[1] : "";
-  const std::string same_data =
-      id == "memcpy"                                            ? "copy_8b"
-      : id == "media_bits_inlined" || id == "media_bits_called" ? "media_bits"
-                                                                : id;
   const std::string size = argc > 2 ? argv[2] : "large";
-  const bool has_form = argc <= 3 || limit_form(argv[3]);
+  const bool is_sound = (size == "small" || size == "large") &&
+                        (argc <= 3 || bench::limit_form(argv[3]));
+  // Whose data the plain code has.
+  std::string data = id == "memcpy" ? "copy_8b" : id;
+  for (const char *reader : {"_inlined", "_called"}) {
+    if (id.ends_with(reader)) data = "media_bits";
+  }
   for (const bench::Workload &workload : bench::kWorkloads) {
-    if (job.id == same_data && (size == "small" || size == "large") &&
-        has_form) {
-      return count(workload, id, size == "large");
-    }
+    if (!is_sound || workload.id != data) continue;
+    bench::count(workload, id, size == "large");
+    return 0;
   }
   std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
   return 2;

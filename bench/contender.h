@@ -80,11 +80,6 @@ inline bool scales_plainly(const Workload &job) {
   return job.task == kScale && job.option == 0;
 }
 
-// Whether the reduction is that of block means.
-inline bool is_means(const Workload &job) {
-  return job.task == kReduce && !has_workers(job) && job.option != 0;
-}
-
 // What peers tone map as well.
 inline bool is_usual_tone_mapping(const Workload &job) {
   return job.task == kToneMap && job.option == VEXO_HDR_HDR10 &&

@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <map>
 
 #include "orumlox/bitstream.h"
 
@@ -47,17 +48,12 @@ struct Lengths {
 };
 
 const Lengths &lengths_of(int32_t fields) {
-  static const Lengths lists[] = {Lengths(kSingle), Lengths(kRandom),
-                                  Lengths(1),       Lengths(8),
-                                  Lengths(13),      Lengths(32)};
-  constexpr int32_t kFixed[] = {1, 8, 13, 32};
-  if (fields <= 0) return lists[fields == kSingle ? 0 : 1];
-  return lists[2 + (std::find(kFixed, kFixed + 3, fields) - kFixed)];
+  static std::map<int32_t, Lengths> lists;
+  return lists.try_emplace(fields, fields).first->second;
 }
 
 // 64 bits of cache, into which eight bytes are loaded at once while there are
-// so many. The data ends with a field; a little-endian host is taken for
-// granted.
+// so many. A little-endian host is taken for granted.
 template <bool msb_first>
 struct PlainBits {
   // The next n bits, 1 to 32; all ones when there are not so many.

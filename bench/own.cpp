@@ -59,10 +59,12 @@ void add_own(const Job &job, Contenders *out) {
   if (maps) {
     add_way("orumlox as shipped", Way::kCall, best, Threads::kByTheClock);
   }
-  if (reduces && has_workers(job)) {
+  const bool rgba = job.src_format == VEXO_FMT_RGBA8888;
+  // With a factor chroma has a thread, unless block means do the whole job.
+  if (reduces && (rgba || (job.option > 0 && !job.is_means()))) {
     add_way("orumlox as designed", Way::kCall, best, Threads::kByTheClock);
   }
-  if (reduces && job.src_format == VEXO_FMT_RGBA8888) {
+  if (reduces && rgba) {
     add_way("orumlox by parts", Way::kParts, best, Threads::kNone);
   }
   add_plain_code(job, out);

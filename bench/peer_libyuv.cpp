@@ -196,7 +196,7 @@ void add_libyuv(const Job &job, Contenders *out) {
     add_turning(job, out);
   }
   // Its box filter alone regards every sample of a reduction.
-  const bool means = is_means(job);
+  const bool means = job.is_means();
   if (!scales_plainly(job) && !means) return;
   for (const auto &filter : kFilters) {
     if (means && filter.mode != libyuv::kFilterBox) continue;

@@ -119,7 +119,7 @@ void add_opencv(const Job &job, Contenders *out) {
   if (scales) {
     add_filter(job, "OpenCV LINEAR", resize(cv::INTER_LINEAR), near(job), out);
   }
-  if (scales || is_means(job)) {
+  if (scales || job.is_means()) {
     add_filter(job, "OpenCV AREA", resize(cv::INTER_AREA), near(job), out);
   }
 }

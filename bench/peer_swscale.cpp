@@ -58,7 +58,7 @@ std::vector<Setting> settings_for(const Job &job) {
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
               {"swscale AREA", SWS_AREA}};
     case kReduce:
-      if (is_means(job)) return {{"swscale AREA", SWS_AREA}};
+      if (job.is_means()) return {{"swscale AREA", SWS_AREA}};
       return {{"swscale LANCZOS", SWS_LANCZOS}};
     default:
       return {};

@@ -115,7 +115,7 @@ Run make(const Job &job, zimg_cpu_type_e cpu) {
 void add_zimg(const Job &job, Contenders *out) {
   const bool maps = is_usual_tone_mapping(job);
   const bool scales = scales_plainly(job) && job.src_format == VEXO_FMT_YUV400;
-  const bool reduces = job.task == kReduce && !is_means(job);
+  const bool reduces = job.task == kReduce && !job.is_means();
   if (!maps && !scales && !reduces) return;
   const std::string name = reduces ? "zimg LANCZOS" : "zimg";
   // Of tone mapping, what is clipped goes another way than what is mapped.

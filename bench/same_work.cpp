@@ -22,7 +22,6 @@ bool filters_differ(Task task) {
 
 double mean_difference(const Channel &a, const Channel &b) {
   int64_t sum = 0;
-  // Of fewer bits those that both have.
   for (int32_t y = 0; y < a.height; ++y) {
     for (int32_t x = 0; x < a.width; ++x) {
       sum += std::abs(a.level(x, y) - b.level(x, y));
@@ -168,9 +167,7 @@ class Check {
 
 bool check_same_work(const Job &job, const Contenders &contenders) {
   bool same = Check(job, false).run(contenders);
-  if (job.task == kFindKey) {
-    same &= Check(job, true).run(contenders);
-  }
+  if (job.task == kFindKey) same &= Check(job, true).run(contenders);
   return same;
 }
 

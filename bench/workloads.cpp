@@ -65,10 +65,6 @@ class DctPlan {
   DctPlan(const DctPlan &) = delete;
   DctPlan &operator=(const DctPlan &) = delete;
 
-  bool has_workers() const {
-    return is_rgba() || (context_.prescale != 0 && context_.exact_ratio == 0);
-  }
-
   void run(uint8_t *src, uint8_t *dst, bool by_parts) {
     img_[0] = job_.src(src);
     img_[1] = job_.dst(dst);
@@ -111,6 +107,12 @@ void build_context(const Job &job, const vexo_img &src, const vexo_img &dst,
 
 Run tone_mapping(const Job &job, Way way) {
   const auto context = std::make_shared<vexo_hdr_context>();
+  if (job.task == kContext) {
+    return [=, src = job.src(nullptr), dst = job.dst(nullptr)](uint8_t *,
+                                                               uint8_t *) {
+      build_context(job, src, dst, context.get());
+    };
+  }
   return [=, built = false](uint8_t *s, uint8_t *d) mutable {
     vexo_img src = job.src(s);
     const vexo_img dst = job.dst(d);
@@ -172,17 +174,9 @@ void run_plain(const Job &job, uint8_t *s, uint8_t *d) {
       constexpr uint32_t kStrength = 12;
       return require(vexo_dbf8x8_yuv(&src, kStrength), job);
     }
-    case kContext: {
-      vexo_hdr_context context;
-      build_context(job, src, dst, &context);
-      *d = static_cast<uint8_t>(context.height);
+    case kPlan:
+      DctPlan{job};
       return;
-    }
-    case kPlan: {
-      const DctPlan plan(job);
-      *d = plan.has_workers();
-      return;
-    }
     case kReadBits: {
       const uint32_t sum = read_fields(job.option, BitReader::kLibrary, s);
       return static_cast<void>(
@@ -256,7 +250,7 @@ void Job::fill_src(uint8_t *bytes, int32_t format, bool with_key) const {
 }
 
 Run own_work(const Job &job, Way way) {
-  if (job.task == kToneMap) {
+  if (job.task == kToneMap || job.task == kContext) {
     return tone_mapping(job, way);
   }
   if (job.task == kScaleAndTurn) {
@@ -267,10 +261,6 @@ Run own_work(const Job &job, Way way) {
     return [=](uint8_t *s, uint8_t *d) { plan->run(s, d, way != Way::kCall); };
   }
   return [=](uint8_t *s, uint8_t *d) { run_plain(job, s, d); };
-}
-
-bool has_workers(const Workload &workload) {
-  return DctPlan(Job(workload, true)).has_workers();
 }
 
 }  // namespace bench

@@ -204,6 +204,13 @@ struct Job : Workload {
   // set-ups.
   double units() const;
 
+  // Of reductions: an exact ratio with a factor takes the means of blocks.
+  bool is_means() const {
+    return task == kReduce && option > 0 &&
+           sizes.src.width % sizes.dst.width == 0 &&
+           sizes.src.height % sizes.dst.height == 0;
+  }
+
   // The frames, or with another format those of a peer.
   vexo_img src(uint8_t *bytes, int32_t format = -1) const;
   vexo_img dst(uint8_t *bytes, int32_t format = -1) const;
@@ -232,8 +239,5 @@ enum class Way {
 
 // One frame by this library. Ends the program when a call fails.
 Run own_work(const Job &job, Way way = Way::kCall);
-
-// Whether a reduction's call starts threads.
-bool has_workers(const Workload &workload);
 
 }  // namespace bench
