@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "cases/cases.h"
 
@@ -194,19 +195,42 @@ void type_of(const Function &function, Source &source, Sink &sink) {
 
 // --- key frames --------------------------------------------------------------
 
-// Bytes that headers are made of behind some that tell nothing.
+// A frame's beginning, cut off anywhere or not, behind some bytes that tell
+// nothing or at once, and bytes that headers are made of.
 void key_frame(const Function &function, Source &source, Sink &sink) {
+  using namespace std::string_view_literals;
+  constexpr std::string_view kStarts[] = {"\0\0\1\x65"sv,
+                                          "\0\0\1\x2A"sv,
+                                          "\0\0\1\xB6\x10"sv,
+                                          "\0\0\x80\2\x0C\0\0"sv,
+                                          "\0\0\x80\2\x1C\x0F\0"sv,
+                                          "\0\0\x80\2\x1C\x80\0\4"sv,
+                                          "\0\0\x84\0\x7F\0\x9F"sv,
+                                          "\0\0\x87\4\0\0\x60\0\x9F"sv,
+                                          "\0\0\x84\0\x80\0\0\0\x40"sv,
+                                          "\1\2\3\x9D\1\x2A"sv,
+                                          "\x88\x80"sv};
   constexpr uint8_t kCodes[] = {0,    0,    0,    0,    1,    0x05, 0x01, 0x26,
                                 0xB6, 0x80, 0x81, 0x84, 0x02, 0x1C, 0x9D, 0x2A};
-  const auto tail = static_cast<size_t>(source.between(0, 20));
   const size_t head =
       source.one_in(2) ? 0 : source.between(0, source.one_in(4) ? 1500 : 200);
-  Buffer data(source, head + tail);
-  for (size_t i = head; i < head + tail; ++i) {
+  const std::string_view whole = source.one_of(kStarts);
+  const std::string_view start = whole.substr(0, source.between(0, 12));
+  const auto tail =
+      static_cast<size_t>(source.one_in(2) ? 0 : source.between(0, 20));
+  Buffer data(source, head + start.size() + tail);
+  std::copy(start.begin(), start.end(), data.data() + head);
+  // Another code, often by one bit.
+  if (!start.empty() && source.one_in(2)) {
+    const auto at = static_cast<size_t>(
+        source.between(0, static_cast<int32_t>(start.size()) - 1));
+    data.data()[head + at] ^= static_cast<uint8_t>(1 << source.between(0, 7));
+  }
+  for (size_t i = head + start.size(); i < data.size(); ++i) {
     const int32_t byte = source.between(-128, 255);
     data.data()[i] = static_cast<uint8_t>(byte < 0 ? kCodes[byte & 15] : byte);
   }
-  const auto length = static_cast<int32_t>(head + tail);
+  const auto length = static_cast<int32_t>(data.size());
   for (uint32_t type = 100; type < 125; ++type) {
     const int32_t answer =
         function.as<decltype(mlox_is_vkeyfrm)>()(type, data.data(), length);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The plan of a scaling, worked out by hand, and the transforms of one block.
+#include <gtest/gtest.h>
 #include <orumlox/unprefixed.h>
 
 #include <chrono>
