@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The aligned allocator: where its blocks lie, and when it refuses.
+#include <gtest/gtest.h>
 #include <malloc.h>
 #include <orumlox/common.h>
 
