@@ -11,12 +11,6 @@
 
 namespace lox {
 
-// Outputs are `unit` bytes and take `side` source units of `side` rows.
-struct MeansKind {
-  BlockFn BlockRows::*row;
-  int unit, side;
-};
-
 struct MeansSource {
   const uint8_t *plane;
   ptrdiff_t stride;
@@ -26,7 +20,7 @@ struct MeansSource {
 // Writes `rows` rows of `count` outputs, from row `first` on. Units beyond the
 // source's width or rows are those of its last column or row. Does nothing
 // without a source.
-void block_means(const MeansKind &kind, const MeansSource &src, uint8_t *dst,
+void block_means(BlockKind kind, const MeansSource &src, uint8_t *dst,
                  ptrdiff_t dst_stride, int32_t count, int32_t rows,
                  int32_t first);
 

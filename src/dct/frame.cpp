@@ -14,16 +14,6 @@ namespace lox {
 
 namespace {
 
-constexpr MeansKind kHalveBytes = {&BlockRows::halve_bytes, 1, 2};
-constexpr MeansKind kHalvePairs = {&BlockRows::halve_pairs, 2, 2};
-constexpr MeansKind kQuarterBytes = {&BlockRows::quarter_bytes, 1, 4};
-constexpr MeansKind kQuarterPairs = {&BlockRows::quarter_pairs, 2, 4};
-constexpr MeansKind kQuarterBytesOf2Rows = {&BlockRows::quarter_bytes_of_2_rows,
-                                            1, 4};
-constexpr MeansKind kQuarterGrouped = {&BlockRows::quarter_grouped, 2, 4};
-constexpr MeansKind kQuarterGroupedOf2Rows = {
-    &BlockRows::quarter_grouped_of_2_rows, 2, 4};
-
 MeansSource luma_of(const vexo_img &img) {
   return {img.plane[0], img.stride[0], img.width[0], img.height[0]};
 }
@@ -82,9 +72,9 @@ void pre_scale_luma(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
   const DctPlane &notes = *plane_notes(c, 0);
   if (written(c, 0, notes).width < 1) return;
-  const MeansKind &kind = c->prescale == 2             ? kHalveBytes
-                          : c->stride_not_aligned != 0 ? kQuarterBytes
-                                                       : kQuarterBytesOf2Rows;
+  const BlockKind kind = c->prescale == 2             ? kHalveBytes
+                         : c->stride_not_aligned != 0 ? kQuarterBytes
+                                                      : kQuarterBytesOf2Rows;
   block_means(kind, luma_of(*w.src), c->pre_luma, c->src_stride[0], notes.width,
               c->src_rows[0], 0);
   scale_luma(w, c->pre_luma);
@@ -95,9 +85,9 @@ void pre_scale_chroma(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
   const DctPlane &notes = *plane_notes(c, 1);
   if (written(c, 1, notes).width < 1) return;
-  const MeansKind &kind = c->prescale == 2             ? kHalvePairs
-                          : c->stride_not_aligned != 0 ? kQuarterGrouped
-                                                       : kQuarterGroupedOf2Rows;
+  const BlockKind kind = c->prescale == 2             ? kHalvePairs
+                         : c->stride_not_aligned != 0 ? kQuarterGrouped
+                                                      : kQuarterGroupedOf2Rows;
   // Outputs make their blocks together in fours from column 0 on. A last four
   // that is needed in part is made whole where the row has room for it.
   const int32_t count = smaller((notes.width + 3) / 4 * 4, c->src_stride[1]);
@@ -117,7 +107,7 @@ void average(const vexo_rsz_new_worker &w) {
   const bool by_2 = w.src->width[0] / 2 == dst.width[0];
   block_means(by_2 ? kHalveBytes : kQuarterBytes, luma_of(*w.src), dst.plane[0],
               dst.stride[0], dst.width[0], dst.height[0], 0);
-  const MeansKind &pairs = by_2 ? kHalvePairs : kQuarterPairs;
+  const BlockKind pairs = by_2 ? kHalvePairs : kQuarterPairs;
   const int32_t width = dst.width[1];
   const int32_t rows = dst.height[1];
   if (!planar) {

@@ -3,13 +3,12 @@
 // Rows of the means of blocks.
 #include "rsz/block_rows.h"
 
-#include "rsz/blocks_scalar.h"
 #include "simd/simd.h"
 
 #if defined(LOX_SET_neon)
-#include "rsz/blocks_neon.h"
+#include "rsz/block_neon.h"
 #elif LOX_VECTORS
-#include "rsz/blocks_x86.h"
+#include "rsz/block_x86.h"
 #endif
 
 namespace lox::LOX_SET {
@@ -24,6 +23,24 @@ constexpr BlockMean ungrouped(BlockMean m) {
     m.odd[i] = m.odd[0];
   }
   return m;
+}
+
+// Byte `place` of output x of the row of blocks that begins at src.
+template <BlockMean M>
+LOX_INLINE uint8_t mean(const uint8_t *src, ptrdiff_t step, ptrdiff_t x,
+                        int place) {
+  const ptrdiff_t first =
+      M.grouped ? x / 4 * 16 + x % 4 / 2 * 8 + x % 2 : x * M.side;
+  int sum = 0;
+  for (int row = 0; row < M.side; ++row) {
+    for (int i = 0; i < M.side; ++i) {
+      const int weight = row % 2 == 0 ? M.even[i] : M.odd[i];
+      if (weight == 0) continue;
+      const ptrdiff_t sample = first + i * (M.grouped ? 2 : 1);
+      sum += weight * src[row * step + sample * M.unit + place];
+    }
+  }
+  return static_cast<uint8_t>(sum >> M.shift);
 }
 
 template <BlockMean M>
@@ -49,34 +66,22 @@ void row(const uint8_t *src, ptrdiff_t step, uint8_t *dst, ptrdiff_t n) {
 #endif
   for (; x < n; ++x) {
     for (int i = 0; i < M.unit; ++i) {
-      dst[x * M.unit + i] =
-          x < whole ? ScalarBlocks::mean<M>(src, step, x, i)
-                    : ScalarBlocks::mean<ungrouped(M)>(src, step, x, i);
+      dst[x * M.unit + i] = x < whole ? mean<M>(src, step, x, i)
+                                      : mean<ungrouped(M)>(src, step, x, i);
     }
   }
 }
 
-constexpr BlockMean kHalveBytes = {1, 2, {1, 1}, {1, 1}, 2, false};
-constexpr BlockMean kHalvePairs = {2, 2, {1, 1}, {1, 1}, 2, false};
-constexpr BlockMean kQuarterBytes = {1, 4,    {1, 1, 1, 1}, {1, 1, 1, 1},
-                                     4, false};
-constexpr BlockMean kQuarterPairs = {2, 4,    {1, 1, 1, 1}, {1, 1, 1, 1},
-                                     4, false};
-constexpr BlockMean kQuarterBytesOf2Rows = {1, 4, {1, 1, 1, 1}, {}, 3, false};
-constexpr BlockMean kQuarterGroupedOf2Rows = {2, 4, {1, 1, 1, 1}, {}, 3, true};
-constexpr BlockMean kQuarterGrouped = {2, 4,   {1, 2, 1, 2}, {1, 0, 1, 0},
-                                       4, true};
-
 }  // namespace
 
 constinit const BlockRows block_rows = {
-    .halve_bytes = row<kHalveBytes>,
-    .halve_pairs = row<kHalvePairs>,
-    .quarter_bytes = row<kQuarterBytes>,
-    .quarter_pairs = row<kQuarterPairs>,
-    .quarter_bytes_of_2_rows = row<kQuarterBytesOf2Rows>,
-    .quarter_grouped_of_2_rows = row<kQuarterGroupedOf2Rows>,
-    .quarter_grouped = row<kQuarterGrouped>,
+    row<kBlockMeans[kHalveBytes]>,
+    row<kBlockMeans[kHalvePairs]>,
+    row<kBlockMeans[kQuarterBytes]>,
+    row<kBlockMeans[kQuarterPairs]>,
+    row<kBlockMeans[kQuarterBytesOf2Rows]>,
+    row<kBlockMeans[kQuarterGroupedOf2Rows]>,
+    row<kBlockMeans[kQuarterGrouped]>,
 };
 
 }  // namespace lox::LOX_SET

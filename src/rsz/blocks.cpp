@@ -19,22 +19,6 @@ struct Plane {
   int64_t dst_step;
 };
 
-// Outputs are `unit` bytes, each of a block of `side` x `side` units.
-// `together` outputs share the columns of their blocks.
-struct Kind {
-  BlockFn BlockRows::*row;
-  int unit, side, together;
-};
-constexpr Kind kHalveBytes = {&BlockRows::halve_bytes, 1, 2, 1};
-constexpr Kind kHalvePairs = {&BlockRows::halve_pairs, 2, 2, 1};
-constexpr Kind kQuarterBytes = {&BlockRows::quarter_bytes, 1, 4, 1};
-constexpr Kind kQuarterPairs = {&BlockRows::quarter_pairs, 2, 4, 1};
-constexpr Kind kQuarterBytesOf2Rows = {&BlockRows::quarter_bytes_of_2_rows, 1,
-                                       4, 1};
-constexpr Kind kQuarterGroupedOf2Rows = {&BlockRows::quarter_grouped_of_2_rows,
-                                         2, 4, 4};
-constexpr Kind kQuarterGrouped = {&BlockRows::quarter_grouped, 2, 4, 4};
-
 // Whether source and destination have bytes in common, as whole rows.
 bool overlap(const Plane &p, int side) {
   const auto bytes = [&](int64_t step, int64_t row_bytes, int64_t rows) {
@@ -55,26 +39,27 @@ bool overlap(const Plane &p, int side) {
 }
 
 // Makes columns `begin` to `end` of every row, counted in bytes.
-void reduce(const Kind &kind, const Plane &p, int32_t begin, int32_t end) {
+void reduce(BlockKind kind, const Plane &p, int32_t begin, int32_t end) {
+  const BlockMean &mean = kBlockMeans[kind];
   if (p.width < 1 || p.height < 1) return;
   begin = begin < 0 ? 0 : begin;
   end = end > p.width ? p.width : end;
-  const ptrdiff_t first = begin / kind.unit;
-  const ptrdiff_t count = end / kind.unit - first;
+  const ptrdiff_t first = begin / mean.unit;
+  const ptrdiff_t count = end / mean.unit - first;
   if (count < 1) return;
-  const BlockFn row = block_rows().*kind.row;
-  const ptrdiff_t together = overlap(p, kind.side) ? kind.together : count;
-  const ptrdiff_t src_step = ptrdiff_t{kind.side} * p.width;
+  const BlockFn row = block_rows().row[kind];
+  const ptrdiff_t together = overlap(p, mean.side) ? mean.together() : count;
+  const ptrdiff_t src_step = ptrdiff_t{mean.side} * p.width;
   for (ptrdiff_t y = 0; y < p.height; ++y) {
     const uint8_t *const src =
-        p.src + y * kind.side * src_step + first * kind.side * kind.unit;
+        p.src + y * mean.side * src_step + first * mean.side * mean.unit;
     uint8_t *const dst =
-        p.dst + static_cast<ptrdiff_t>(y * p.dst_step) + first * kind.unit;
+        p.dst + static_cast<ptrdiff_t>(y * p.dst_step) + first * mean.unit;
     // Where the planes overlap, so few outputs a call that the kernel makes one
     // after the other: what is read then is what the rule's order leaves.
     for (ptrdiff_t x = 0; x < count; x += together) {
       const ptrdiff_t left = count - x;
-      row(src + x * kind.side * kind.unit, src_step, dst + x * kind.unit,
+      row(src + x * mean.side * mean.unit, src_step, dst + x * mean.unit,
           left < together ? left : together);
     }
   }

@@ -24,17 +24,25 @@ struct ByteOps {
   LOX_OP Reg bit_and_not(Reg mask, Reg b) { return vbicq_u8(b, mask); }
   LOX_OP Reg bit_or(Reg a, Reg b) { return vorrq_u8(a, b); }
   LOX_OP Reg exclusive_or(Reg a, Reg b) { return veorq_u8(a, b); }
-  LOX_OP Reg add(Reg a, Reg b) { return vaddq_u8(a, b); }
+  LOX_OP Reg add(Reg a, Reg b) {
+#if LOX_ARM && !LOX_GCC_ARM
+    // Held, or the compiler forms sums of several anew and copies registers.
+    return NeonYuv::keep(vaddq_u8(a, b));
+#else
+    return vaddq_u8(a, b);
+#endif
+  }
   LOX_OP Reg sub(Reg a, Reg b) { return vsubq_u8(a, b); }
   LOX_OP Reg add_saturating(Reg a, Reg b) { return vqaddq_u8(a, b); }
   LOX_OP Reg sub_saturating(Reg a, Reg b) { return vqsubq_u8(a, b); }
   LOX_OP Reg average_up(Reg a, Reg b) { return vrhaddq_u8(a, b); }
   LOX_OP Reg min(Reg a, Reg b) { return vminq_u8(a, b); }
   LOX_OP Reg half(Reg v) { return vshrq_n_u8(v, 1); }
-  // Where bit S of a is not bit 0 of b: 1, else 0.
-  template <int S>
-  LOX_OP Reg xor_bit(Reg a, Reg b) {
-    return vandq_u8(veorq_u8(vshrq_n_u8(a, S), b), fill8(1));
+  // Of a mean that is s / 16 rounded up, or one more: the former. `sum` is s
+  // modulo 256.
+  LOX_OP Reg less_excess_16(Reg mean, Reg sum) {
+    // 16 mean - s is below 16, or one more is in the mean.
+    return vsubq_u8(mean, vshrq_n_u8(vsubq_u8(vshlq_n_u8(mean, 4), sum), 4));
   }
 
   // Of signed bytes. (a - b) >> 1 of unsigned ones is one.

@@ -40,11 +40,10 @@ struct ByteOps {
   LOX_OP Reg half(Reg v) {
     return R::bit_and(R::template shift_right16<1>(v), fill8(0x7F));
   }
-  // Where bit S of a is not bit 0 of b: 1, else 0.
-  template <int S>
-  LOX_OP Reg xor_bit(Reg a, Reg b) {
-    return R::bit_and(R::exclusive_or(R::template shift_right16<S>(a), b),
-                      fill8(1));
+  // Bit 4 of s + 15 is the lowest one of s / 16 rounded up.
+  LOX_OP Reg less_excess_16(Reg mean, Reg sum) {
+    const Reg rounded = R::template shift_right16<4>(add(sum, fill8(15)));
+    return sub(mean, R::bit_and(R::exclusive_or(rounded, mean), fill8(1)));
   }
 
   // Of signed bytes. (a - b) >> 1 of unsigned ones is one.

@@ -38,17 +38,16 @@ LOX_INLINE MeanAndSum<B> average(MeanAndSum<B> a, MeanAndSum<B> b) {
   return {B::average_up(a.mean, b.mean), B::add(a.sum, b.sum)};
 }
 
-// c + ((16 c - s) >> 4) is 2 c - m where m is s / 16 rounded up. The mean of
-// the neighbours by their weights is m or, with its roundings of 7/4 at most, m
-// + 1: which of them is in the lowest bit of m, bit 4 of s + 15.
+// c + ((16 c - s) >> 4) is 2 c - m, where m is s / 16 rounded up. The tree of
+// averages yields m or m + 1, for its roundings add up to 7/4 at most; the
+// difference shows in the low bits of s.
 template <class B>
 LOX_INLINE typename B::Reg sharpen(typename B::Reg c, MeanAndSum<B> near,
                                    MeanAndSum<B> far) {
   using Reg = typename B::Reg;
   const Reg mean = B::average_up(near.mean, far.mean);
-  const Reg sum =
-      B::add(B::add(near.sum, far.sum), B::add(near.sum, B::fill8(15)));
-  const Reg m = B::sub(mean, B::template xor_bit<4>(sum, mean));
+  const Reg sum = B::add(B::add(near.sum, far.sum), near.sum);
+  const Reg m = B::less_excess_16(mean, sum);
   return B::sub_saturating(B::add_saturating(c, B::sub_saturating(c, m)),
                            B::sub_saturating(m, c));
 }

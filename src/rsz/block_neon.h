@@ -4,7 +4,7 @@
 // that neighbouring bytes of a register are neighbours of a block.
 #pragma once
 
-#include "rsz/blocks_scalar.h"
+#include "rsz/block_rows.h"
 #include "simd/simd.h"
 
 namespace lox::LOX_SET {

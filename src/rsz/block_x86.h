@@ -5,7 +5,7 @@
 // sum them.
 #pragma once
 
-#include "rsz/blocks_scalar.h"
+#include "rsz/block_rows.h"
 #include "simd/simd.h"
 
 namespace lox::LOX_SET {
