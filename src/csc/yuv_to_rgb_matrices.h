@@ -25,8 +25,8 @@ struct Channels {
 //   G = clamp((298 y - 100 u - 208 v + 128) >> 8)
 //   B = clamp((298 y + 516 u         + 128) >> 8)
 //
-// The vector form does it in 16-bit lanes. 298 is even, so one bit of the sums
-// is not needed, and y is taken from 40, so that sums which matter fit and
+// The vector form does it in 16-bit elements. 298 is even, so one bit of the
+// sums is not needed, and y is taken from 40, so that sums which matter fit and
 // others saturate on the right side. With L = 149 (Y - 40), in -5960..32035:
 //
 //   R = clamp((L              + floor(409 v / 2) + 3640) >> 7)
@@ -93,8 +93,8 @@ struct Bt601 {
 //   G = clamp((298 y -  55 u - 137 v + 128) >> 8)
 //   B = clamp((298 y + 541 u         + 128) >> 8)
 //
-// In 16-bit lanes, with the saturating L = 149 (Y - 36), in -5364..32631, and
-// c = 149 * 20 + 64:
+// In 16-bit elements, with the saturating L = 149 (Y - 36), in -5364..32631,
+// and c = 149 * 20 + 64:
 //
 //   R = clamp((L + floor(459 v / 2) + c) >> 7)
 //   G = clamp((L + floor((-55 u - 137 v) / 2) + c) >> 7)
@@ -189,8 +189,8 @@ struct Bt601Full : FullRange {
             p.y + ((227 * u) >> 7)};
   }
 
-  // The columns of an incomplete last group of eight are computed in double
-  // precision, intentionally; sums are made from the left.
+  // Quirk: the columns of an incomplete last group of eight are computed in
+  // double precision, sums from the left.
   static constexpr int kGroup = 8;
   static int floor_of(double v) {
     const int whole = static_cast<int>(v);
@@ -239,7 +239,7 @@ struct Bt601Full : FullRange {
 //   G = clamp((256 Y -  47 u - 118 v + 128) >> 8)
 //   B = clamp((256 Y + 465 u         + 128) >> 8)
 //
-// of which in 16-bit lanes 394 v is halved and 256 of the 465 u are whole.
+// of which in 16-bit elements 394 v is halved and 256 of the 465 u are whole.
 struct Bt709Full : FullRange {
   static Rgb pixel(Yuv p) {
     const int y = 256 * p.y;

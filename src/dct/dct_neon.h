@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The DCT-domain scaler on NEON. The sums of a column are four words, one for
-// each coefficient; products by lane weigh them.
+// each coefficient; products by element weigh them.
 #pragma once
 
 #include <string.h>

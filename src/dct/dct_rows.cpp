@@ -4,7 +4,7 @@
 // The vector forms first sum the columns of as many blocks as the nearest cache
 // holds: bases are symmetric, so the sums and differences of a row and its
 // mirror image are weighed, not the rows; then each block's rows, and the
-// inverse of as many blocks together as a register has parts.
+// inverse of as many blocks together as a register has lanes.
 #include "dct/dct_rows.h"
 
 #include "dct/dct_rule.h"
@@ -28,7 +28,7 @@ void plain_blocks(const DctJob *job) {
 
 using Layout = DctOps<Narrow>;
 
-// Sums and inverses are proven to fit their lanes for these sides.
+// Sums and inverses are proven to fit their elements for these sides.
 bool has_vector_form(const DctKind &kind) {
   return kind.width >= 4 && kind.width <= kDctMostSide && kind.height >= 4 &&
          kind.height <= kDctMostSide;

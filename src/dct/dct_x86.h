@@ -37,7 +37,7 @@ struct DctOps {
 
   // --- sums of columns ------------------------------------------------------
 
-  // Of half the columns of a vector. Even lanes are of a first row and its
+  // Of half the columns of a vector. Even elements are of a first row and its
   // mirror image, odd ones of a second.
   struct Sums {
     Reg u0_low, u0_high;  // of bytes, in 16 bits
@@ -135,7 +135,7 @@ struct DctOps {
 
   // --- blocks ---------------------------------------------------------------
 
-  // Weighted coefficients, in 1 / 256: for each block a part for each v.
+  // Weighted coefficients, in 1 / 256: for each block a lane for each v.
   struct Group {
     Reg v[4];
   };
@@ -213,7 +213,7 @@ struct DctOps {
                   R::permute_dwords(R::exclusive_or(
                       bytes, R::fill16(static_cast<int16_t>(0x8080)))));
   }
-  // Each v's parts, of all blocks.
+  // Each v's lanes, of all blocks.
   LOX_OP Four transpose_lanes(const Group &g) {
     Four v = {g.v[0], g.v[1], g.v[2], g.v[3]};
     R::transpose_lanes(v.a, v.b, v.c, v.d);

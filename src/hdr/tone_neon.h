@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What tone mapping needs of NEON: 16-bit lanes in the order of memory, so that
-// table look-ups can come between any two stages.
+// Tone mapping on NEON: 16-bit elements in the order of memory, so that table
+// look-ups can come between any two stages.
 #pragma once
 
 #include "hdr/tone_rule.h"
@@ -28,12 +28,12 @@ struct ToneOps {
   LOX_OP Words fill(int16_t v) { return vdupq_n_s16(v); }
   LOX_OP void store(uint16_t *p, Words v) { vst1q_u16(p, as_unsigned(v)); }
 
-  // The larger of each lane, as unsigned, of those that the mask keeps.
+  // The larger of each element, as unsigned, of those that the mask keeps.
   LOX_OP Words max_kept(Words a, const uint16_t *p, Words mask) {
     return as_signed(
         vmaxq_u16(as_unsigned(a), as_unsigned(vandq_s16(load(p), mask))));
   }
-  // Every second or every fourth lane.
+  // Every second or every fourth element.
   LOX_OP Words every(int step) {
     return step == 2 ? vreinterpretq_s16_u32(vdupq_n_u32(0xFFFF))
                      : vreinterpretq_s16_u64(vdupq_n_u64(0xFFFF));

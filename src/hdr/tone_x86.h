@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What tone mapping needs of the x86 backends: a register of 16-bit lanes in
-// the order of memory, so that table look-ups can come between any two stages.
+// Tone mapping on x86: 16-bit elements in the order of memory, so that table
+// look-ups can come between any two stages.
 #pragma once
 
 #include "hdr/tone_rule.h"
@@ -31,11 +31,11 @@ struct ToneOps {
     R::template store<false>(reinterpret_cast<uint8_t *>(p), v);
   }
 
-  // The larger of each lane, as unsigned, of those that the mask keeps.
+  // The larger of each element, as unsigned, of those that the mask keeps.
   LOX_OP Words max_kept(Words a, const uint16_t *p, Words mask) {
     return R::max_unsigned16(a, R::bit_and(load(p), mask));
   }
-  // Every second or every fourth lane.
+  // Every second or every fourth element.
   LOX_OP Words every(int step) {
     return step == 2 ? R::fill32(0xFFFF)
                      : R::broadcast128(_mm_set1_epi64x(0xFFFF));
@@ -47,8 +47,8 @@ struct ToneOps {
   LOX_OP Words high_10(const uint8_t *p) {
     return R::template shift_right16<6>(R::load(p));
   }
-  // Samples lie so that twice<> finds them within 128-bit parts: those of the
-  // group's first half in the low half of each part. Packing does as much.
+  // Samples lie so that twice<> finds them within lanes: those of the
+  // group's first half in the low half of each lane. Packing does as much.
   LOX_OP Chroma chroma_of_planes(const uint8_t *u, const uint8_t *v) {
     return {R::unpermute_quads(low_10(u)), R::unpermute_quads(low_10(v))};
   }
@@ -137,7 +137,7 @@ struct ToneOps {
   LOX_OP Words shift_right(Words v) {
     return R::template shift_right16<S>(v);
   }
-  // In the order that gain() takes the entries in: quarters of 128-bit parts.
+  // In the order that gain() takes the entries in: halves of lanes.
   LOX_OP void store_gain_index(uint16_t *p, Words m) {
     store(p, R::permute_quads(R::template shift_right16<7>(m)));
   }
@@ -192,7 +192,7 @@ struct ToneOps {
                                                  R::unpack_high8(v.b, zero)));
     R::template store<false>(p, R::pack_unsigned16(low, high));
   }
-  // Of the even pixels; in each 128-bit part the first sums, then the second.
+  // Of the even pixels; in each 128-bit lane the first sums, then the second.
   template <Row3 K0, Row3 K1>
   LOX_OP Reg chroma(Bytes v) {
     const Reg even = R::fill16(0x00FF);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The operations of turning on NEON. A tile has as many rows as a half register
-// has units: its columns are stored from halves.
+// Rotating on NEON. A tile has as many rows as a half register has units: its
+// columns are stored from halves.
 #pragma once
 
 #include "simd/simd.h"

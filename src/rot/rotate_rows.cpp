@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Planes turned by tiles of as many rows and columns as registers hold, and
+// Planes transposed by tiles of as many rows and columns as registers hold, and
 // rows written backwards.
 #include "rot/rotate_rows.h"
 
@@ -27,7 +27,8 @@ LOX_INLINE constexpr ptrdiff_t at_most(ptrdiff_t a, ptrdiff_t b) {
 
 // A line of tiles of kTile units each, along which the pointers move by a step
 // of their own from unit to unit. The last tile ends at `length` and may do
-// units again.
+// units again. A tile is some hundred instructions: unlike for_units, this has
+// them once.
 template <class V, int kUnit, int kTile>
 LOX_INLINE void transpose_line(const uint8_t *src, ptrdiff_t src_step,
                                ptrdiff_t src_unit, uint8_t *dst,

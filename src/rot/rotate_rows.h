@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The row kernels that turn and mirror.
+// The row kernels that rotate and mirror.
 #pragma once
 
 #include <stddef.h>

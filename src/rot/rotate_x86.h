@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The operations of turning on the x86 backends. A tile is transposed inside
-// 128-bit parts, each of which has rows of its own: what is stored is rows of
-// all parts beside each other.
+// Rotating on x86. A tile is transposed inside
+// 128-bit lanes, each of which has rows of its own: what is stored is rows of
+// all lanes beside each other.
 #pragma once
 
 #include "simd/simd.h"
@@ -20,7 +20,7 @@ struct RotateOps {
   using Reg = typename R::Reg;
   static constexpr int kLanes = static_cast<int>(sizeof(Reg)) / 16;
 
-  // Units of three bytes are transposed as four; their parts have columns of
+  // Units of three bytes are transposed as four; their lanes have columns of
   // their own.
   template <int kUnit>
   static constexpr int kCols = kUnit == 3 ? 8 : 16 / kUnit;
@@ -39,10 +39,9 @@ struct RotateOps {
            : kUnit == 2 ? R::unpack_high16(a, b)
                         : R::unpack_high32(a, b);
   }
-  // Transposes a square in each part. Zipping the upper half of the rows with
-  // the lower moves each bit of a unit's place up by one, that of its row out
-  // of the top into the column: done for each bit of a row, they have changed
-  // places.
+  // Transposes a square in each lane. Each round of unpacking rotates the bits
+  // of row and column by one; after log2(side) rounds rows and columns have
+  // changed places.
   template <int kUnit>
   LOX_OP void transpose(Reg (&v)[16 / kUnit]) {
     constexpr int kSide = 16 / kUnit;
@@ -77,7 +76,8 @@ struct RotateOps {
   }
 
   // 16 rows of eight units, 24 bytes: the first 16 of them and the last. Four
-  // columns lie in each part; one part has first the left ones, then the right.
+  // columns lie in each lane; a register of one lane has first the left ones,
+  // then the right.
   LOX_OP void transpose_tile_of_3(const uint8_t *src, ptrdiff_t src_step,
                                   uint8_t *dst, ptrdiff_t dst_step) {
     constexpr int kPasses = 2 / kLanes;
@@ -98,9 +98,9 @@ struct RotateOps {
       }
     }
   }
-  // Each part's 16 units, of which the fourth bytes are dropped: the first
-  // part's to `first`, the second's to `second`. The shuffles leave the holes
-  // where the joins drop them.
+  // Each lane's 16 units, of which the fourth bytes are dropped: the first
+  // lane's to `first`, the second's to `second`. The shuffles leave the holes
+  // where the stores drop them.
   LOX_OP void store_48(uint8_t *first, uint8_t *second, Reg a, Reg b, Reg c,
                        Reg d) {
     a = R::shuffle8(

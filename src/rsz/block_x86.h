@@ -32,7 +32,7 @@ struct BlockOps {
                                                11, 12, 14, 13, 15)));
     }
   }
-  // The sums of two samples and of those below them, in 16-bit lanes.
+  // The sums of two samples and of those below them, in 16-bit elements.
   template <BlockMean M>
   LOX_OP Reg sums(const uint8_t *src, ptrdiff_t step) {
     constexpr int kLast = M.side == 4 ? 2 : 0;
@@ -47,7 +47,7 @@ struct BlockOps {
     }
     return sum;
   }
-  // The means of what is summed from two registers, in 16-bit lanes.
+  // The means of what is summed from two registers, in 16-bit elements.
   template <BlockMean M>
   LOX_OP Reg means_by_4(const uint8_t *src, ptrdiff_t step) {
     const Reg one = R::fill16(1);

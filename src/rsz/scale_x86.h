@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The operations of scaling on the x86 backends. A sample and its neighbour lie
-// beside each other in a 16-bit lane, so that one product of bytes sums or
+// beside each other in a 16-bit element, so that one product of bytes sums or
 // weighs them.
 #pragma once
 
@@ -18,7 +18,7 @@ struct ScaleOps : V {
 
   // --- tables ---------------------------------------------------------------
 
-  // Registers pack their parts in turn: of a vector's groups the even ones are
+  // Registers pack their lanes in turn: of a vector's groups the even ones are
   // in the first register, the odd ones in the second.
   static constexpr int kWindow = 16;
   static constexpr int windows(int span) { return span / kWindow; }
@@ -138,7 +138,7 @@ struct ScaleOps : V {
                                           R::add16(sum(v.b), sum(w.b))))};
   }
 
-  // The sums of the first two of four bytes, in 32-bit lanes.
+  // The sums of the first two of four bytes, in 32-bit elements.
   struct FirstTwoOf4 {
     Reg v0, v1, v2, v3;
   };
@@ -248,7 +248,8 @@ struct ScaleOps : V {
 
   // --- 16-bit components ----------------------------------------------------
 
-  // The sums of neighbours less 65536, in 32-bit lanes: the product is signed.
+  // The sums of neighbours less 65536, in 32-bit elements: the product is
+  // signed.
   template <int kUnit>
   LOX_OP Reg sum_words(const uint8_t *p) {
     Reg v = R::load(p);

@@ -25,6 +25,7 @@ struct Neon : NeonYuv {
   // What written-out loads and stores touch.
   using Bytes64 = uint8_t[64];
   using Bytes128 = uint8_t[128];
+  // n pixels. Channels of five and six bits are shifted up, zeros below.
   template <PixelFormat F>
   struct Pixels {
     uint8x16_t r, g, b;
@@ -63,6 +64,7 @@ struct Neon : NeonYuv {
     return vld4q_u8(p - 64);
   }
 #endif
+  // Moves the pointer behind them.
   template <PixelFormat F>
   LOX_OP Pixels<F> take_pixels(const uint8_t *&p) {
     if constexpr (F.bytes == 4) {
@@ -83,6 +85,8 @@ struct Neon : NeonYuv {
     }
   }
 
+  // Factors above 127 only where none is negative; the sum without the bias
+  // fits 16 bits, signed, or does with 128 less in each channel.
   template <PixelFormat F, int KR, int KG, int KB>
   struct Weights {
     uint8x8_t r, g, b;
@@ -127,6 +131,7 @@ struct Neon : NeonYuv {
     return vcombine_u8(vaddhn_u16(low, bias), vaddhn_u16(high, bias));
 #endif
   }
+  // The high byte of KR r + KG g + KB b + bias, 16 bits wide.
   template <PixelFormat F, int KR, int KG, int KB>
   LOX_OP Bytes weighted_sum(const Pixels<F> &p,
                             const Weights<F, KR, KG, KB> &w) {
@@ -136,6 +141,7 @@ struct Neon : NeonYuv {
         w.bias)};
   }
 
+  // Two such sums for each even pixel. No factor is above 127.
   template <PixelFormat F>
   struct EvenPairs {
     uint8x8_t first, second;
@@ -152,6 +158,7 @@ struct Neon : NeonYuv {
     return {vaddhn_u16(sum(r, g, b, first), first.bias),
             vaddhn_u16(sum(r, g, b, second), second.bias)};
   }
+  // Interleaved, or in two rows.
   template <PixelFormat F>
   LOX_OP void store_pairs(uint8_t *p, EvenPairs<F> v) {
     const uint8x8x2_t pairs = {{v.first, v.second}};
@@ -165,10 +172,12 @@ struct Neon : NeonYuv {
     vst1_u8(second, b);
   }
 
-  // Of channels in the high bytes of the lanes; what is below does not matter.
+  // Of channels in the high bytes of the elements; what is below does not
+  // matter.
   LOX_OP uint16x8_t to_565(uint16x8_t r, uint16x8_t g, uint16x8_t b) {
     return vsriq_n_u16(vsriq_n_u16(r, g, 5), b, 11);
   }
+  // n words, red on top.
   template <PixelFormat F>
   LOX_OP void store_565(uint8_t *p, const Pixels<F> &v) {
     const uint16x8_t r = vreinterpretq_u16_u8(v.r);
@@ -179,16 +188,18 @@ struct Neon : NeonYuv {
          to_565(r, g, b)}};
     vst2q_u16(reinterpret_cast<uint16_t *>(p), words);
   }
+  // n groups of r, g, b, 255.
   template <PixelFormat F>
   LOX_OP void store_rgba(uint8_t *p, const Pixels<F> &v) {
     const uint8x16x4_t pixels = {{v.r, v.g, v.b, vdupq_n_u8(255)}};
     vst4q_u8(p, pixels);
   }
 
-  // Two registers. Not by the intrinsics of several registers (vld1q_u8_x2,
-  // vst1q_u8_x2): clang for ARMv7 promises the processor that their addresses
-  // are aligned, and pixels are anywhere. Those of four elements of 64 bits,
-  // which do not interleave, promise what the pointer's type does: nothing.
+  // What one load and one store move: two registers. Not by the intrinsics of
+  // several registers (vld1q_u8_x2, vst1q_u8_x2): clang for ARMv7 promises the
+  // processor that their addresses are aligned, and pixels are anywhere. Those
+  // of four elements of 64 bits, which do not interleave, promise what the
+  // pointer's type does: nothing.
   static constexpr int kBlock = 32;
   struct Block {
     uint8x16x2_t v;
@@ -259,6 +270,7 @@ struct Neon : NeonYuv {
   struct TwoBytes {
     Bytes even, odd;
   };
+  // The even and the odd ones of 2 n bytes, of two vectors; and back.
   LOX_OP TwoBytes load_deinterleave(const uint8_t *p) {
     const uint8x16x2_t v = vld2q_u8(p);
     return {{v.val[0]}, {v.val[1]}};
@@ -271,9 +283,12 @@ struct Neon : NeonYuv {
     const uint8x16x2_t v = {{even.v, odd.v}};
     vst2q_u8(p, v);
   }
+  // The bytes of each pair exchanged.
   LOX_OP Block swap_pairs(Block b) {
     return {{{vrev16q_u8(b.v.val[0]), vrev16q_u8(b.v.val[1])}}};
   }
+  // Blocks moved as they are, or with pairs exchanged (in place, too); both
+  // pointers move.
   LOX_OP void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
 #if LOX_ARM
     const uint8_t *const src = from;
@@ -324,7 +339,9 @@ struct Neon : NeonYuv {
     put_block(to, swap_pairs(b));
 #endif
   }
+  // (a + b) >> 1.
   LOX_OP Bytes average_down(Bytes a, Bytes b) { return {vhaddq_u8(a.v, b.v)}; }
+  // The low bytes of n little-endian words shifted right by 2.
   LOX_OP Bytes load_10_to_8(const uint8_t *p) {
     const uint8x16x2_t v = vld2q_u8(p);
     return {vsliq_n_u8(vshrq_n_u8(v.val[0], 2), v.val[1], 6)};

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The vector layer on NEON, ARMv7 and AArch64: 16 pixels a step; here the
-// operations from YUV to RGB. Loads take the even and the odd pixels apart, so
-// a pair's chroma serves both as it is, and the interleaving stores put them
-// together again.
+// The vector layer on NEON, ARMv7 and AArch64; here the operations from YUV to
+// RGB. What an operation means is said here, for all backends: sums and
+// differences wrap around unless they saturate.
+//
+// Loads take the even and the odd pixels apart, so that a pair's chroma serves
+// both as it is, and the interleaving stores put them together again.
 #pragma once
 
 #include <arm_neon.h>
@@ -25,18 +27,23 @@ constexpr int kAhead = 0;
 LOX_OP void prefetch(const uint8_t *, ptrdiff_t, int = 1) {}
 
 struct NeonYuv {
-  static constexpr int n = 16;
-  static constexpr int kStreamAlignment = 0;  // has no such stores
+  static constexpr int n = 16;  // pixels in a step
+  // What streaming stores want their address to be a multiple of; 0 for none.
+  static constexpr int kStreamAlignment = 0;
 
+  // A byte for each pixel, as loaded.
   struct U8 {
     uint8x8_t even, odd;
   };
+  // 16 bits for each pixel.
   struct W16 {
     int16x8_t even, odd;
   };
+  // A byte for each pixel, as narrowed or copied, in their order.
   struct Bytes {
     uint8x16_t v;
   };
+  // Two bytes for each pixel.
   struct Words {
     uint8x16_t low, high;
   };
@@ -44,9 +51,11 @@ struct NeonYuv {
   struct Pairs {
     uint8x8_t first, second;
   };
+  // A pair for each pixel.
   struct WPairs {
     Pairs even, odd;
   };
+  // Constants of scale, dot and half_dot, made before the loop.
   struct Factor {
     uint8x8_t k;
   };
@@ -72,22 +81,26 @@ struct NeonYuv {
     return vreinterpretq_u16_s16(v);
   }
 
+  // k for each pixel.
   LOX_OP W16 fill(int k) {
     const int16x8_t v = keep(vdupq_n_s16(static_cast<int16_t>(k)));
     return {v, v};
   }
 
+  // n bytes.
   template <Order>
   LOX_OP U8 load(const uint8_t *p) {
     const uint8x8x2_t v = vld2_u8(p);
     return {v.val[0], v.val[1]};
   }
   LOX_OP Bytes load_bytes(const uint8_t *p) { return {vld1q_u8(p)}; }
+  // n / 2 interleaved pairs.
   template <Order>
   LOX_OP Pairs load_pairs(const uint8_t *p) {
     const uint8x8x2_t v = vld2_u8(p);
     return {v.val[0], v.val[1]};
   }
+  // The same two of little-endian words, of which the high byte counts.
   template <Order>
   LOX_OP U8 load_words(const uint8_t *p) {
     const uint8x8x4_t v = vld4_u8(p);
@@ -98,10 +111,12 @@ struct NeonYuv {
     const uint8x8x4_t v = vld4_u8(p);
     return {v.val[1], v.val[3]};
   }
+  // n / 2 pairs from two rows of n / 2 bytes.
   template <Order>
   LOX_OP Pairs load_interleave(const uint8_t *first, const uint8_t *second) {
     return {vld1_u8(first), vld1_u8(second)};
   }
+  // n pairs from two rows of n bytes.
   template <Order>
   LOX_OP WPairs load_interleave_wide(const uint8_t *first,
                                      const uint8_t *second) {
@@ -109,6 +124,8 @@ struct NeonYuv {
     const uint8x8x2_t s = vld2_u8(second);
     return {{f.val[0], s.val[0]}, {f.val[1], s.val[1]}};
   }
+  // n pixels of packed 4:2:2 from 2 n bytes: luma is every second byte, from
+  // place kLuma (0 or 1) on, the pairs are the others.
   template <Order, int kLuma>
   LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
     const uint8x8x4_t v = vld4_u8(p);
@@ -116,6 +133,8 @@ struct NeonYuv {
     pairs = {v.val[1 - kLuma], v.val[3 - kLuma]};
   }
 
+  // K0 x + K1 y + bias of a pair (x, y) less 128 each. |K| is at most 255, both
+  // of one sign, and the sum of the products fits 16 bits.
   template <int K0, int K1>
   LOX_OP Dot<K0, K1> make_dot(int bias) {
     static_assert((K0 >= 0 && K1 >= 0) || (K0 <= 0 && K1 <= 0));
@@ -146,7 +165,8 @@ struct NeonYuv {
   LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
     return {dot_pairs(p.even, d), dot_pairs(p.odd, d)};
   }
-  // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
+  // K x / 2 rounded down, + bias, of x, the first (I = 0) or second of a pair
+  // less 128. K is odd, 511 at most: with K = 2 k + 1 it is k x + (x >> 1).
   template <int I, int K>
   LOX_OP HalfDot<I, K> make_half_dot(int bias) {
     return {
@@ -168,6 +188,7 @@ struct NeonYuv {
     return {half_dot_pairs(p.even, d), half_dot_pairs(p.odd, d)};
   }
 
+  // k times a byte (k unsigned), and half of the product rounded down.
   LOX_OP Factor make_factor(int k) {
     return {keep(vdup_n_u8(static_cast<uint8_t>(k)))};
   }
@@ -181,23 +202,27 @@ struct NeonYuv {
   LOX_OP W16 add(W16 x, W16 y) {
     return {vaddq_s16(x.even, y.even), vaddq_s16(x.odd, y.odd)};
   }
+  // Signed.
   LOX_OP W16 add_saturating(W16 x, W16 y) {
     return {vqaddq_s16(x.even, y.even), vqaddq_s16(x.odd, y.odd)};
   }
+  // Arithmetic.
   template <int S>
   LOX_OP W16 shift_right(W16 v) {
     return {vshrq_n_s16(v.even, S), vshrq_n_s16(v.odd, S)};
   }
-  // The narrowed byte in the high half of each lane.
+  // The narrowed byte in the high half of each element.
   template <int S>
   LOX_OP uint16x8_t narrow_high(int16x8_t v) {
     return vqshluq_n_s16(v, 8 - S);
   }
+  // clamp(v >> S, 0, 255), the shift arithmetic; S is 0, 6 or 7.
   template <int S>
   LOX_OP Bytes narrow(W16 v) {
     return {vreinterpretq_u8_u16(
         vsriq_n_u16(narrow_high<S>(v.odd), narrow_high<S>(v.even), 8))};
   }
+  // Two narrowed bytes side by side, or one below or above 255.
   template <int S0, int S1>
   LOX_OP Words pair_narrow(W16 low, W16 high) {
     return {narrow<S0>(low).v, narrow<S1>(high).v};
@@ -216,13 +241,16 @@ struct NeonYuv {
         vsriq_n_u16(vsriq_n_u16(narrow_high<S0>(high), narrow_high<S1>(mid), 5),
                     narrow_high<S2>(low), 11));
   }
+  // The top 5, 6 and 5 bits of three narrowed bytes.
   template <int S0, int S1, int S2>
   LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
     return {pack565<S0, S1, S2>(high.even, mid.even, low.even),
             pack565<S0, S1, S2>(high.odd, mid.odd, low.odd)};
   }
 
-  // The stores are macros with some compilers and want their vectors named.
+  // n bytes, n words, n groups of three or of four bytes; past the caches if
+  // `kStream`. The stores are macros with some compilers and want their vectors
+  // named.
   LOX_OP void store_bytes(uint8_t *p, Bytes v) { vst1q_u8(p, v.v); }
   template <bool>
   LOX_OP void store16(uint8_t *p, W16 v) {
@@ -239,6 +267,7 @@ struct NeonYuv {
     const uint8x16x4_t pixels = {{ab.low, ab.high, cd.low, cd.high}};
     vst4q_u8(p, pixels);
   }
+  // Makes streaming stores visible to other threads.
   LOX_OP void end_stream() {}
 };
 

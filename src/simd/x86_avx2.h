@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The vector layer on AVX2: 32 pixels a step in two registers of 16-bit lanes.
-// Packing and interleaving work inside 128-bit halves; so that what is stored
-// is contiguous, the loads put each pixel where its store wants it (Order).
-// Shuffles are what these kernels have most of, so a load shuffles once for
-// widening, duplicating and ordering together.
+// The vector layer on AVX2: 32 pixels a step in two registers of 16-bit
+// elements. Packing and interleaving work inside 128-bit lanes; so that what is
+// stored is contiguous, the loads put each pixel where its store wants it
+// (Order). Shuffles are what these kernels have most of, so a load shuffles
+// once for widening, duplicating and ordering together.
 #pragma once
 
 #include "simd/x86_rgb.h"
@@ -133,7 +133,7 @@ struct Avx2Register {
   }
   LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm256_packs_epi32(a, b); }
   LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm256_packus_epi32(a, b); }
-  // In each half, the even 32-bit lanes of a, then those of b.
+  // In each lane, the even 32-bit elements of a, then those of b.
   LOX_OP Reg even32(Reg a, Reg b) {
     return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
                                                  _mm256_castsi256_ps(b), 0x88));
@@ -144,7 +144,7 @@ struct Avx2Register {
   }
   LOX_OP Reg sub32(Reg a, Reg b) { return _mm256_sub_epi32(a, b); }
   LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm256_min_epi32(a, b); }
-  // A shift by lane is one operation, by one number for all it is two.
+  // A shift by element is one operation, by one number for all it is two.
   using Shift = Reg;
   LOX_OP Shift shift(int by) { return fill32(by); }
   LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
@@ -155,12 +155,12 @@ struct Avx2Register {
   LOX_OP Reg select_odd16(Reg a, Reg b) {
     return _mm256_blend_epi16(a, b, 0xAA);
   }
-  // 16 bytes in both halves.
+  // 16 bytes in both lanes.
   LOX_OP Reg load_broadcast128(const uint8_t *p) {
     return broadcast128(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p)));
   }
-  // The halves of four registers, 64 bytes together, which are 128 apart; and
-  // of halves stored without gaps and loaded again, those of each register.
+  // The lanes of four registers, 64 bytes together, which are 128 apart; and
+  // of lanes stored without gaps and loaded again, those of each register.
   LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store<false>(p, interleave_low_lanes(a, b));
     store<false>(p + 32, interleave_low_lanes(c, d));
@@ -186,29 +186,29 @@ struct Avx2Register {
     _mm_storeu_si64(p + 2 * stride, high);
     _mm_storeu_si64(p + 3 * stride, _mm_unpackhi_epi64(high, high));
   }
-  // In each half, 16 of the bytes of low and then high, from byte K on.
+  // In each lane, 16 of the bytes of low and then high, from byte K on.
   template <int K>
   LOX_OP Reg bytes_from(Reg low, Reg high) {
     return _mm256_alignr_epi8(high, low, K);
   }
-  // 16 bytes in each half, `step` apart.
+  // 16 bytes in each lane, `step` apart.
   LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t step) {
     return _mm256_inserti128_si256(
         _mm256_castsi128_si256(
             _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))),
         _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + step)), 1);
   }
-  // 16 bytes in each part, from every second offset.
+  // 16 bytes in each lane, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return _mm256_inserti128_si256(
         _mm256_castsi128_si256(
             _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + offsets[0]))),
         _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + offsets[2])), 1);
   }
-  // Units of both halves in turn: of 64, of 32, and of 16 bits, these of the
-  // first half of each half and then of the second.
+  // Units of both lanes in turn: of 64, of 32, and of 16 bits, these of the
+  // first half of each lane and then of the second.
   LOX_OP Reg permute_quads(Reg v) { return _mm256_permute4x64_epi64(v, 0xD8); }
-  // The reverse of permute_quads, before what works inside halves.
+  // The reverse of permute_quads, before what works inside lanes.
   LOX_OP Reg unpermute_quads(Reg v) { return permute_quads(v); }
   LOX_OP Reg permute_dwords(Reg v) {
     return _mm256_permutevar8x32_epi32(
@@ -249,13 +249,13 @@ struct Avx2 : X86Rgb<Avx2Register> {
   LOX_OP __m128i load_16(const uint8_t *p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
   }
-  // The same 16 bytes in both halves.
+  // The same 16 bytes in both lanes.
   LOX_OP Reg load_twice(const uint8_t *p) {
     return R::broadcast128(load_16(p));
   }
 
-  // Of 16 bytes in both halves, those of the half's pixels: to the high bytes
-  // of the lanes, the low ones zero.
+  // Of 16 bytes in both lanes, those of the lane's pixels: to the high bytes
+  // of the elements, the low ones zero.
   template <Order O>
   LOX_OP Reg pick_bytes(Reg twice) {
     static_assert(O != Order::kBytes);
@@ -267,7 +267,7 @@ struct Avx2 : X86Rgb<Avx2Register> {
         -1, 8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15);
     return R::shuffle8(twice, O == Order::kQuads ? quads : words);
   }
-  // Of 8 pairs in both halves, those of the half's pixels, each twice.
+  // Of 8 pairs in both lanes, those of the lane's pixels, each twice.
   template <Order O>
   LOX_OP Reg pick_pairs(Reg twice) {
     static_assert(O != Order::kBytes);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The vector layer on AVX-512 (F, BW, DQ and VL): 64 pixels a step in two
-// registers of 16-bit lanes. As on AVX2, packing and interleaving work inside
-// 128-bit parts, of which there are four, and the loads put each pixel where
-// its store wants it (Order).
+// registers of 16-bit elements. As on AVX2, packing and interleaving work
+// inside 128-bit lanes, of which there are four, and the loads put each pixel
+// where its store wants it (Order).
 #pragma once
 
 #include "simd/x86_rgb.h"
@@ -136,7 +136,7 @@ struct Avx512Register {
   }
   LOX_OP Reg sub32(Reg a, Reg b) { return _mm512_sub_epi32(a, b); }
   LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm512_min_epi32(a, b); }
-  // A shift by lane is one operation, by one number for all it is two.
+  // A shift by element is one operation, by one number for all it is two.
   using Shift = Reg;
   LOX_OP Shift shift(int by) { return fill32(by); }
   LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
@@ -147,12 +147,12 @@ struct Avx512Register {
   LOX_OP Reg select_odd16(Reg a, Reg b) {
     return _mm512_mask_blend_epi16(0xAAAAAAAA, a, b);
   }
-  // 16 bytes in every part.
+  // 16 bytes in every lane.
   LOX_OP Reg load_broadcast128(const uint8_t *p) {
     return broadcast128(load_16(p));
   }
-  // The parts of four registers, 64 bytes together, which are 128 apart; and of
-  // parts stored without gaps and loaded again, those of each register: both
+  // The lanes of four registers, 64 bytes together, which are 128 apart; and of
+  // lanes stored without gaps and loaded again, those of each register: both
   // the same.
   LOX_OP void transpose_lanes(Reg &a, Reg &b, Reg &c, Reg &d) {
     const Reg ab_low = _mm512_shuffle_i32x4(a, b, 0x44);
@@ -200,7 +200,7 @@ struct Avx512Register {
     v = _mm512_inserti32x4(v, load_16(p + 2 * step), 2);
     return _mm512_inserti32x4(v, load_16(p + 3 * step), 3);
   }
-  // 16 bytes in each part, from every second offset.
+  // 16 bytes in each lane, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     Reg v = _mm512_castsi128_si512(load_16(p + offsets[0]));
     v = _mm512_inserti32x4(v, load_16(p + offsets[2]), 1);
@@ -215,14 +215,14 @@ struct Avx512Register {
     return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
                                     v);
   }
-  // Four parts of four: its own reverse.
+  // Four lanes of four: its own reverse.
   LOX_OP Reg permute_dwords(Reg v) {
     return _mm512_permutexvar_epi32(
         _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15),
         v);
   }
   LOX_OP Reg unpermute_dwords(Reg v) { return permute_dwords(v); }
-  // Each part's first four words and then its second four, a word of each part
+  // Each lane's first four words and then its second four, a word of each lane
   // in turn.
   LOX_OP Reg permute_words(Reg v) {
     return _mm512_permutexvar_epi16(
@@ -232,7 +232,7 @@ struct Avx512Register {
                           LOX_EVERY_8TH_WORD(6), LOX_EVERY_8TH_WORD(7)),
         v);
   }
-  // The parts of a and b in turn: the lower two of each, the upper two.
+  // The lanes of a and b in turn: the lower two of each, the upper two.
   LOX_OP Reg interleave_low_lanes(Reg a, Reg b) {
     return _mm512_permutex2var_epi64(
         a, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), b);
@@ -249,7 +249,7 @@ struct Avx512Register {
   }
 };
 
-// Which pixels are where in register a, by Order, for part k of 0..3; with what
+// Which pixels are where in register a, by Order, for lane k of 0..3; with what
 // is added for register b:
 //   kBytes  16k..16k+7               8
 //   kWords  8k..8k+7                 32
@@ -257,8 +257,8 @@ struct Avx512Register {
 struct Avx512 : X86Rgb<Avx512Register> {
   using R = Avx512Register;
 
-  // Rearranges 64 units' bytes, in their order, so that the low half of each
-  // part is the part's of register a and the high half that of b.
+  // Rearranges 64 bytes so that the low half of each lane is what register a
+  // has in this lane, and the high half what b has.
   template <Order O>
   LOX_OP Reg spread(Reg v) {
     if constexpr (O == Order::kBytes) {
@@ -308,7 +308,7 @@ struct Avx512 : X86Rgb<Avx512Register> {
     return interleave(spread<O>(R::load(first)), spread<O>(R::load(second)));
   }
 
-  // 64 words to the 16-bit lanes of two registers.
+  // 64 words to the 16-bit elements of two registers.
   template <Order O>
   LOX_OP void load_64_words(const uint8_t *p, Reg &a, Reg &b) {
     const Reg low = R::load(p);
@@ -345,7 +345,7 @@ struct Avx512 : X86Rgb<Avx512Register> {
         R::permute_quads(pack_high_bytes(R::load(p), R::load(p + 64)))));
   }
 
-  // Of interleave3's registers, each part of the three in turn.
+  // Of interleave3's registers, each lane of the three in turn.
   template <bool kStream>
   LOX_OP void store3(uint8_t *p, Bytes a, Bytes b, Bytes c) {
     const Three t = interleave3(a.v, b.v, c.v);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Pixels of four bytes and planes of bytes on the x86 backends. Interleaving
-// works within 128-bit parts; permutations of groups of four put the rest
+// works within lanes; permutations of groups of four put the rest
 // right.
 #pragma once
 
@@ -22,7 +22,7 @@ struct PlaneOps {
   LOX_OP Reg all_255() { return R::fill16(-1); }
   LOX_OP void store_plane(uint8_t *p, Reg v) { R::template store<false>(p, v); }
 
-  // Of four pixels of each part's sixteen bytes 0, then bytes 1, 2 and 3.
+  // Of four pixels of each lane's sixteen bytes 0, then bytes 1, 2 and 3.
   LOX_OP Reg load_by_byte(const uint8_t *p) {
     return R::shuffle8(R::load_lanes(p, 64), R::broadcast128(_mm_setr_epi8(
                                                  0, 4, 8, 12, 1, 5, 9, 13, 2, 6,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The x86 backends' operations from RGB, and those that move bytes. Packing
-// works inside 128-bit parts, which leaves what is packed in an order that
+// works inside 128-bit lanes, which leaves what is packed in an order that
 // depends on how it was loaded; R::order_* puts it right where there are
 // several.
 #pragma once
@@ -85,8 +85,8 @@ struct X86Rgb : X86Yuv<R> {
     constexpr int kTaken = F.bytes == 2 ? KG + W::kTop : KR + KG + KB;
     return {R::fill16(bias + (W::kLarge ? 128 * kTaken : 0))};
   }
-  // The biased sums of the pixels of two registers of 32-bit lanes, or of one
-  // of 16-bit lanes.
+  // The biased sums of the pixels of two registers of 32-bit elements, or of
+  // one of 16-bit elements.
   template <class W>
   LOX_OP Reg sums(Reg a, Reg b, W w) {
     const Reg one = R::fill16(1);
@@ -131,7 +131,7 @@ struct X86Rgb : X86Yuv<R> {
     }
   }
 
-  // The sums in 16-bit lanes.
+  // The sums in 16-bit elements.
   template <PixelFormat F>
   struct EvenPairs {
     Reg first, second;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The vector layer on SSE4.1: 16 pixels a step in two registers of 16-bit
-// lanes, pixels 0 to 7 and 8 to 15, whatever the order asked for.
+// elements, pixels 0 to 7 and 8 to 15, whatever the order asked for.
 #pragma once
 
 #include "simd/x86_rgb.h"
@@ -117,7 +117,7 @@ struct Sse41Register {
   }
   LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm_packs_epi32(a, b); }
   LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm_packus_epi32(a, b); }
-  // The even 32-bit lanes of a, then those of b.
+  // The even 32-bit elements of a, then those of b.
   LOX_OP Reg even32(Reg a, Reg b) {
     return _mm_castps_si128(
         _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0x88));
@@ -136,19 +136,19 @@ struct Sse41Register {
   LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) { return _mm_blend_epi16(a, b, 0xAA); }
-  // 16 bytes in every part.
+  // 16 bytes in every lane.
   LOX_OP Reg load_broadcast128(const uint8_t *p) { return load(p); }
   // 16 of the bytes of low and then high, from byte K on.
   template <int K>
   LOX_OP Reg bytes_from(Reg low, Reg high) {
     return _mm_alignr_epi8(high, low, K);
   }
-  // 16 bytes in each part, from every second offset.
+  // 16 bytes in each lane, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return load(p + offsets[0]);
   }
-  // The parts of four registers, 64 bytes together, which are 128 apart; and of
-  // parts stored without gaps and loaded again, those of each register.
+  // The lanes of four registers, 64 bytes together, which are 128 apart; and of
+  // lanes stored without gaps and loaded again, those of each register.
   LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store<false>(p, a);
     store<false>(p + 16, b);
@@ -163,7 +163,7 @@ struct Sse41Register {
     _mm_storeu_si32(p + 2 * stride, _mm_unpackhi_epi64(v, v));
     _mm_storeu_si32(p + 3 * stride, _mm_shuffle_epi32(v, 0xFF));
   }
-  // One part: nothing to put right.
+  // One lane: nothing to put right.
   LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t) { return load(p); }
   LOX_OP Reg unpermute_quads(Reg v) { return v; }
   LOX_OP Reg permute_words(Reg v) { return v; }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What the x86 backends' operations from YUV to RGB share: everything that
-// works inside the 128-bit halves of a register. A backend gives the operations
+// works inside the 128-bit lanes of a register. A backend gives the operations
 // on one register (R) and adds the loads, which decide where pixels lie, and
 // store3.
 #pragma once
@@ -28,14 +28,14 @@ LOX_OP void prefetch(const uint8_t *p, ptrdiff_t away, int bytes = 1) {
 template <class R>
 struct X86Yuv {
   using Reg = typename R::Reg;
-  // A step is two registers of 16-bit lanes.
+  // A step is two registers of 16-bit elements.
   static constexpr int n = static_cast<int>(sizeof(Reg));
   static constexpr int kStreamAlignment = n;
 
   struct W16 {
     Reg a, b;
   };
-  // Each byte in the high half of its pixel's lane.
+  // Each byte in the high half of its pixel's element.
   struct U8 {
     Reg a, b;
   };
@@ -45,7 +45,7 @@ struct X86Yuv {
   struct Bytes {
     Reg v;
   };
-  // The pair of each pixel in its lane, as signed bytes.
+  // The pair of each pixel in its element, as signed bytes.
   struct WPairs {
     Reg a, b;
   };
@@ -201,7 +201,7 @@ struct X86Yuv {
     R::template store<kStream>(p + 3 * n, R::unpack_high16(ab.b, cd.b));
   }
   LOX_OP void end_stream() { _mm_sfence(); }
-  // The body of store3, within halves: each source byte has a place of its
+  // The body of store3, within lanes: each source byte has a place of its
   // own, modulo 16, among the three output registers. One shuffle puts it
   // there, two selections a register gather the channels.
   struct Three {

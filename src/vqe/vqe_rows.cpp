@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Sharpening and deblocking. Both are computed in bytes alone, which takes some
-// thought (below) and half the operations of 16-bit lanes.
+// Sharpening and deblocking. Both are computed in bytes alone: half the
+// operations that 16-bit elements would take.
 #include "vqe/vqe_rows.h"
 
 #include <string.h>
@@ -23,8 +23,8 @@ uint8_t sharpened(const uint8_t *at, ptrdiff_t pitch) {
 }
 
 #if LOX_VECTORS
-// Samples together: their mean, rounded up with every two that are joined, and
-// their sum, of which the low bits are enough.
+// Of several samples: their mean, rounded up at every average of two, and their
+// sum modulo 256, which is enough to tell what the roundings have added.
 template <class B>
 struct MeanAndSum {
   typename B::Reg mean, sum;
