@@ -41,8 +41,16 @@ struct ByteOps {
   // Of a mean that is s / 16 rounded up, or one more: the former. `sum` is s
   // modulo 256.
   LOX_OP Reg less_excess_16(Reg mean, Reg sum) {
+#if LOX_GCC_ARM
+    // Bit 4 of s + 15 is the lowest one of s / 16 rounded up: an operation and
+    // two constants more, but GCC moves the shorter form so that registers run
+    // out.
+    const Reg rounded = vshrq_n_u8(vaddq_u8(sum, fill8(15)), 4);
+    return vsubq_u8(mean, vandq_u8(veorq_u8(rounded, mean), fill8(1)));
+#else
     // 16 mean - s is below 16, or one more is in the mean.
     return vsubq_u8(mean, vshrq_n_u8(vsubq_u8(vshlq_n_u8(mean, 4), sum), 4));
+#endif
   }
 
   // Of signed bytes. (a - b) >> 1 of unsigned ones is one.
