@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "rules/dct_rule.h"
+#include "support/generator.h"
 
 namespace lox_test {
 namespace {
