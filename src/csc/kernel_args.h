@@ -29,6 +29,17 @@ struct KernelArgs {
   }
 };
 
+// Converts the rows of one plane, each by itself.
+inline void convert_rows(void (*convert_row)(const uint8_t *src, uint8_t *dst,
+                                             ptrdiff_t width),
+                         const KernelArgs &args, int plane = 0) {
+  if (args.empty(plane)) return;
+  for (int32_t row = 0; row < args.src_height[plane]; ++row) {
+    convert_row(args.src(plane, row), args.dst(plane, row),
+                args.src_width[plane]);
+  }
+}
+
 }  // namespace lox
 
 #define LOX_PARAMETERS                                          \

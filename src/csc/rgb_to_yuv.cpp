@@ -53,13 +53,6 @@ void rgb_to_yuv444(RgbToYuvFn convert_row, const KernelArgs &args) {
   }
 }
 
-void rgb_to_rgb(RgbToRgbFn convert_row, const KernelArgs &args) {
-  if (args.empty()) return;
-  for (int32_t row = 0; row < args.src_height[0]; ++row) {
-    convert_row(args.src(0, row), args.dst(0, row), args.src_width[0]);
-  }
-}
-
 }  // namespace
 
 }  // namespace lox
@@ -95,8 +88,8 @@ LOX_KERNEL(bt709_rgba8888_to_nv21, bt709, kNv21)
 
 LOX_ROW_KERNEL(rgb_to_yuv444, rgba8888_to_yuv444)
 LOX_ROW_KERNEL(rgb_to_yuv444, argb8888_to_yuv444)
-LOX_ROW_KERNEL(rgb_to_rgb, rgba8888_to_rgb565)
-LOX_ROW_KERNEL(rgb_to_rgb, rgb888_to_rgb565)
-LOX_ROW_KERNEL(rgb_to_rgb, rgb565_to_rgba8888)
+LOX_ROW_KERNEL(convert_rows, rgba8888_to_rgb565)
+LOX_ROW_KERNEL(convert_rows, rgb888_to_rgb565)
+LOX_ROW_KERNEL(convert_rows, rgb565_to_rgba8888)
 
 }  // extern "C"

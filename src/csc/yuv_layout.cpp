@@ -308,14 +308,8 @@ void vexo_csc_yuyv_to_yuv420(LOX_PARAMETERS) {
 }
 
 void vexo_csc_yuv420Planar16_to_yuv420Planar(LOX_PARAMETERS) {
-  const lox::KernelArgs args = LOX_ARGUMENTS;
-  const auto narrow_10_to_8 = lox::layout_rows().narrow_10_to_8;
   for (int plane = 0; plane < 3; ++plane) {
-    if (args.empty(plane)) continue;
-    for (int32_t row = 0; row < src_height[plane]; ++row) {
-      narrow_10_to_8(args.src(plane, row), args.dst(plane, row),
-                     src_width[plane]);
-    }
+    lox::convert_rows(lox::layout_rows().narrow_10_to_8, LOX_ARGUMENTS, plane);
   }
 }
 

@@ -83,13 +83,6 @@ void ordinary(const YuvSource &source, RgbLayout layout,
              args);
 }
 
-void grey_to_rgb(GreyToRgbFn convert_row, const KernelArgs &args) {
-  if (args.empty()) return;
-  for (int32_t row = 0; row < args.src_height[0]; ++row) {
-    convert_row(args.src(0, row), args.dst(0, row), args.src_width[0]);
-  }
-}
-
 }  // namespace
 
 }  // namespace lox
@@ -123,10 +116,10 @@ LOX_KERNELS(yuyv, kYuyv)
 LOX_KERNELS_565(yuv422w, kYuv422w)
 
 void vexo_csc_yuv400_to_rgb565(LOX_PARAMETERS) {
-  lox::grey_to_rgb(lox::yuv_to_rgb_rows().grey_to_rgb565, LOX_ARGUMENTS);
+  lox::convert_rows(lox::yuv_to_rgb_rows().grey_to_rgb565, LOX_ARGUMENTS);
 }
 void vexo_csc_yuv400_to_rgb888(LOX_PARAMETERS) {
-  lox::grey_to_rgb(lox::yuv_to_rgb_rows().grey_to_rgb888, LOX_ARGUMENTS);
+  lox::convert_rows(lox::yuv_to_rgb_rows().grey_to_rgb888, LOX_ARGUMENTS);
 }
 
 #define LOX_KERNEL_OF(name, source, forms)                                     \
