@@ -15,6 +15,11 @@ namespace {
 
 class DctFaults : public testing::TestWithParam<const char *> {
  protected:
+  // What cases and rules keep for each thread is theirs before anything counts.
+  DctFaults() {
+    for (uint64_t seed = 0; seed < 40; ++seed) digest_of_case(function_, seed);
+  }
+
   // Runs a case that is to hold nothing; what it prints.
   std::string told_by(uint64_t seed) const {
     const int held_before = held;
