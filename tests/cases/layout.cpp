@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "cases/cases.h"
+#include "cases/conversion.h"
 
 namespace lox_test {
 namespace {
@@ -101,8 +102,8 @@ void swap(const Function &function, Source &source, Sink &sink) {
 }
 
 void tile_offset(const Function &function, Source &source, Sink &sink) {
-  const int32_t width = source.between(1, 1000);
-  const int32_t height = source.between(1, 1000);
+  const int32_t width = around(source, 64, 15);
+  const int32_t height = around(source, 32, 15);
   const int32_t x = source.between(0, width - 1);
   const int32_t y = source.between(0, height - 1);
   sink.add(static_cast<uint32_t>(
