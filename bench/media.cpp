@@ -92,9 +92,9 @@ struct PlainBits {
     }
   }
 
-  const uint8_t *next, *end;
   uint64_t cache = 0;
   int32_t bits = 0;
+  const uint8_t *next, *end;
 };
 
 template <bool msb_first>
@@ -114,7 +114,7 @@ uint32_t sum(const Lengths &lengths, const Read &read) {
 template <bool msb_first>
 uint32_t read_as(int32_t fields, BitReader reader, const uint8_t *data) {
   const Lengths &lengths = lengths_of(fields);
-  PlainBits<msb_first> plain = {data, data + kMediaBytes};
+  PlainBits<msb_first> plain = {0, 0, data, data + kMediaBytes};
   mlox_bsr own;
   mlox_bsr_init(&own, data, int32_t{kMediaBytes},
                 msb_first ? mlox_bsr_flush : mlox_bsr_le_flush);

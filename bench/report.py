@@ -161,9 +161,10 @@ def page(context, arm_context, lines, spread, sources):
                       if name in context)
     return f"""# Benchmarks
 
-{context['processor']}, {context['num_cpus']} of them, {context['caches']};
-{context['compiler']}; form {context['form']}; commit {context['commit']},
-{context['date'][:10]}. Peers: {peers}. ARM: {'; '.join(arm_context['about'][1:])}.
+{context['processor']}, {context['num_cpus']} processors, {context['caches']}; form
+{context['form']}; {context['compiler']}; commit {context['commit']}, {context['date'][:10]}.
+Peers: {peers}.
+ARM: {'; '.join(arm_context['about'][1:])}; commit {arm_context['commit']}.
 
 **ns**: nanoseconds per output pixel (per byte of copies and scans, per field, per
 set-up), the lowest of the repetitions, on one thread. **of peer**, **of portable**
