@@ -218,10 +218,11 @@ height="{bottom + 8}" font-family="sans-serif" font-size="11">
 <style>.e{{text-anchor:end}}.m{{text-anchor:middle}}.grid{{stroke:#ddd}}\
 .one{{stroke:#000}}.s{{fill:#3b7dba}}.h{{fill:#c8643c}}.c{{fill:#5a9a4a}}</style>
 <rect width="100%" height="100%" fill="white"/>
-<text x="8" y="16" font-size="13">Time over that of the best peer, left of 1 \
-orumlox is faster: <tspan class="s">● 640x360</tspan> \
-<tspan class="h">● same buffers, or 1080p</tspan> \
-<tspan class="c">● ring, 4K or 64 MiB</tspan></text>
+<text x="8" y="16" font-size="13">Time over that of the best peer: left of 1 \
+orumlox is faster</text>
+<text x="450" y="16" class="s">● 640x360</text>
+<text x="530" y="16" class="h">● same buffers, or 1080p</text>
+<text x="690" y="16" class="c">● ring, 4K or 64 MiB</text>
 """ + "\n".join(body) + "\n</svg>\n"
 
 
