@@ -138,7 +138,7 @@ LOX_INLINE void double_columns(const uint8_t *row, uint8_t *dst,
 // The two types of sample as the gathering rows see them.
 template <class V>
 struct AsBytes {
-  using Lanes = V;
+  using Ops = V;
   static constexpr bool kWords = false;
   template <int kSpan, class Places>
   LOX_OP auto gather(typename V::Low p, typename V::High q,
@@ -170,7 +170,7 @@ struct AsBytes {
 };
 template <class V>
 struct As565 {
-  using Lanes = V;
+  using Ops = V;
   static constexpr bool kWords = true;
   template <int kSpan, class Places>
   LOX_OP auto gather(typename V::Low p, typename V::High q,
@@ -212,7 +212,7 @@ LOX_INLINE void gathered_columns(const uint8_t *row, uint8_t *dst,
                                  const Columns *c) {
   with_type<As>(
       ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
-        using V = typename T::Lanes;
+        using V = typename T::Ops;
         if (c->method == kLerp) {
           return for_groups<V>(
               c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
@@ -243,7 +243,7 @@ LOX_INLINE void gathered_box(const uint8_t *row, const uint8_t *below,
                              uint8_t *dst, const Columns *c) {
   with_type<As>(
       ptrdiff_t{c->count} * c->unit, [&]<class T>(T) LOX_INLINE_LAMBDA {
-        using V = typename T::Lanes;
+        using V = typename T::Ops;
         with_span(c->method, [&]<Method kMethod>() LOX_INLINE_LAMBDA {
           for_groups<V>(
               c, row, below - row, dst,
@@ -268,7 +268,7 @@ LOX_INLINE bool lerp_vectors(const uint8_t *a, const uint8_t *b, uint8_t *dst,
   if (n < NarrowScale::n || !has_products(step.length, mod1)) return false;
   with_type<As>(n, [&]<class T>(T) LOX_INLINE_LAMBDA {
     const auto rows = [&](auto make) LOX_INLINE_LAMBDA {
-      for_vectors<typename T::Lanes, 2>(
+      for_vectors<typename T::Ops, 2>(
           n, [&]() LOX_INLINE_LAMBDA { make(dst, a, b); }, moving<1>(a),
           moving<1>(b), moving<1>(dst));
     };
