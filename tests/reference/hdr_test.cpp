@@ -45,7 +45,8 @@ struct Row {
     for (int p = 0; p < 3; ++p) {
       room[p].resize(4 * words[0].size());
       dst.plane[p] = room[p].data();
-      for (uint16_t &word : words[p % 2]) word = word << (p == 2 ? 0 : 6);
+      for (uint16_t &word : words[p % 2])
+        word = static_cast<uint16_t>(word << (p == 2 ? 0 : 6));
       void *const plane = words[p % 2].data();
       src.plane[p] = static_cast<uint8_t *>(plane);
     }
