@@ -60,7 +60,7 @@ void describe(Source &source, vexo_img &img, int32_t width, int32_t height) {
   }
 }
 
-struct Pair : Plan {
+struct Pair : CasePlan {
   Pair(Source &source, int32_t prescale)
       : src(source), dst(source), factor(prescale) {
     const int32_t width = new_side(source);
@@ -108,7 +108,7 @@ struct Pair : Plan {
 };
 
 // Pictures of pixels and of planes.
-struct Quartet : Plan {
+struct Quartet : CasePlan {
   explicit Quartet(Source &source)
       : pictures{Picture(source), Picture(source), Picture(source),
                  Picture(source)} {

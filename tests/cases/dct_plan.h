@@ -28,11 +28,11 @@ inline void require(bool condition) {
 }
 
 // Planned of garbage, and released at last.
-struct Plan {
-  Plan() = default;
-  Plan(const Plan &) = delete;
-  Plan &operator=(const Plan &) = delete;
-  ~Plan() { vexo_rsz_new_deinit(nullptr, &context, a, b); }
+struct CasePlan {
+  CasePlan() = default;
+  CasePlan(const CasePlan &) = delete;
+  CasePlan &operator=(const CasePlan &) = delete;
+  ~CasePlan() { vexo_rsz_new_deinit(nullptr, &context, a, b); }
 
   // Before and behind a call that plans: one that cannot leaves nothing.
   void begin() {

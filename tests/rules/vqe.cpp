@@ -131,7 +131,7 @@ int32_t anaglyph(const Function &f, const vexo_img *src, const vexo_img *dst,
       src->stride[0] != 6 * width || dst->stride[0] != 3 * width) {
     return VEXO_ERR_ARG;
   }
-  if (width < 1) return VEXO_OK;
+  if (width < 1 || dst->height[0] < 1) return VEXO_OK;
   const uint8_t *views[] = {src->plane[0], src->plane[0] + 3 * width};
   pack(f, views[mode - 1], views[2 - mode], dst->plane[0], dst->height[0],
        dst->stride[0], src->stride[0], dst->stride[0]);
