@@ -30,12 +30,16 @@ void blocks(const Function &function, Source &source, Sink &sink) {
                      : source.between(0, static_cast<int32_t>(taken - made));
   Buffer src(source, static_cast<size_t>(taken));
   Buffer own(source, static_cast<size_t>(apart ? made : 0));
-  uint8_t *const dst = apart || empty ? own.data() : src.data() + shift;
+  uint8_t *dst = apart || empty ? own.data() : src.data() + shift;
   if constexpr (kKind == Kind::kDense) {
     function.as<vexo_rsz_block_kernel>()(src.data(), dst, width, height);
   } else {
-    const int32_t last =
-        kKind == Kind::kStrided ? stride : source.between(-8, 80);
+    // Rows may go upwards.
+    const bool up = kKind == Kind::kStrided && height > 0 && source.one_in(4);
+    if (up) dst += ptrdiff_t{stride} * (height - 1);
+    const int32_t last = kKind != Kind::kStrided ? source.between(-8, 80)
+                         : up                    ? -stride
+                                                 : stride;
     function.as<vexo_rsz_columns_kernel>()(src.data(), dst, width, height,
                                            last);
   }

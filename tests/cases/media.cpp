@@ -176,21 +176,23 @@ constexpr char kFourccs[] =
 static_assert(sizeof kFourccs % 4 == 1);
 template <class Word>
 void type_of(const Function &function, Source &source, Sink &sink) {
-  constexpr int32_t kTags[] = {0, 352, 8192, 61868, 157519};
-  const int32_t kind = source.between(0, 7);
-  const int32_t tag = source.one_of(kTags);
-  int32_t word = tag + source.between(-3, 90);
-  if (kind < 6) {
-    constexpr int32_t kCount = (sizeof kFourccs - 1) / 4;
-    const char *const text = kFourccs + 4 * source.between(0, kCount - 1);
-    word = 0;
-    for (int i = 3; i >= 0; --i) word = word << 8 | text[i];
-    if (kind == 0) word ^= 1 << source.between(0, 30);
-  } else if (kind == 6) {
-    word = source.any();
+  constexpr int32_t kTags[] = {0, 250, 352, 8192, 61868, 157519};
+  for (int n = 0; n < 32; ++n) {
+    const int32_t kind = source.between(0, 7);
+    const int32_t tag = source.one_of(kTags);
+    int32_t word = tag + source.between(-3, 90);
+    if (kind < 5) {
+      constexpr int32_t kCount = (sizeof kFourccs - 1) / 4;
+      const char *const text = kFourccs + 4 * source.between(0, kCount - 1);
+      word = 0;
+      for (int i = 3; i >= 0; --i) word = word << 8 | text[i];
+      if (kind == 0) word ^= 1 << source.between(0, 30);
+    } else if (kind == 5) {
+      word = source.any();
+    }
+    sink.add(static_cast<uint32_t>(
+        function.as<int32_t(Word)>()(static_cast<Word>(word))));
   }
-  sink.add(static_cast<uint32_t>(
-      function.as<int32_t(Word)>()(static_cast<Word>(word))));
 }
 
 // --- key frames --------------------------------------------------------------

@@ -83,7 +83,10 @@ void kernel(const Function &function, Source &source, Sink &sink) {
   src.set(in, rows_of(name));
   dst.set(quarter && (both || down) ? turned(out) : out, rows_of(name));
   if (quarter) std::swap(new_width, new_height);
-  if (source.one_in(32)) height = source.between(-1, 0);
+  if (source.one_in(16)) {
+    int32_t *const sides[] = {&width, &height, &new_width, &new_height};
+    *source.one_of(sides) = source.between(-1, 0);
+  }
   function.as<vexo_rsz_kernel>()(src.img.plane[0], width, height, new_width,
                                  new_height, dst.img.plane[0],
                                  src.img.stride[0], dst.img.stride[0]);
@@ -170,9 +173,12 @@ void bilinear(const Function &function, Source &source, Sink &sink) {
   Picture dst(source);
   src.set({exact_plane(across.count, down.count, 1)}, Rows::kEitherWay);
   dst.set({exact_plane(width, height, 1)}, Rows::kEitherWay);
+  const bool narrow = source.one_in(32);
+  const bool flat = source.one_in(32);
   function.as<decltype(vexo_rsz_8b_org)>()(
-      src.img.plane[0], src.img.stride[0], width, height, dst.img.stride[0],
-      dst.img.plane[0], across.word, down.word);
+      src.img.plane[0], src.img.stride[0], narrow ? 0 : width,
+      flat ? -1 : height, dst.img.stride[0], dst.img.plane[0], across.word,
+      down.word);
   dst.add_to(sink);
 }
 

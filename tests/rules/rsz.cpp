@@ -219,7 +219,11 @@ void kernel(const Function &function, const uint8_t *src, int32_t width,
   const bool both = whole || has(name, "_non_mult");
   const bool down = has(name, "_down_h") || has(name, "_up_h");
   const bool mode1 = has(name, "_mode1");
-  if (height < 1) return;
+  // The sizes of a direction that is left alone are not read.
+  if (std::min({down ? new_width : width, height, new_width,
+                both || down ? new_height : height}) < 1) {
+    return;
+  }
   const Plane plane(type, {down ? new_width : width, height}, src, src_stride);
   if (both) {
     both_ways(plane, {new_width, new_height}, whole)
