@@ -36,7 +36,7 @@ LOX_INLINE uint8_t mean(const uint8_t *src, ptrdiff_t step, ptrdiff_t x,
     for (int i = 0; i < M.side; ++i) {
       const int weight = row % 2 == 0 ? M.even[i] : M.odd[i];
       if (weight == 0) continue;
-      const ptrdiff_t sample = first + i * (M.grouped ? 2 : 1);
+      const ptrdiff_t sample = first + ptrdiff_t{i} * (M.grouped ? 2 : 1);
       sum += weight * src[row * step + sample * M.unit + place];
     }
   }
