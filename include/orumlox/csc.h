@@ -21,10 +21,11 @@ VEXO_BEGIN_DECLS
  * The size is that of the source's plane 0, width by height, and the
  * destination must hold it: its own is checked only to be 8 x 8 or more. How
  * large each plane must be, of odd sizes too, is said with the kernels. They
- * are in csc_kernels.h for RGB, where a 4:2:0 source of odd width reads and
- * writes one pixel more a row, and in csc_layout.h for YUV to YUV. Two routes
- * have no kernel of their own: NV12 to NV21 is vexo_csc_nv21_to_nv12
- * (csc_layout.h), padding included; YUV420 to YV12 is below.
+ * are in csc_kernels.h for RGB, where by the default standard a 4:2:0 source
+ * without tiles reads and writes one pixel more in a row of odd width, and in
+ * csc_layout.h for YUV to YUV. Two routes have no kernel of their own: NV12 to
+ * NV21 is vexo_csc_nv21_to_nv12 (csc_layout.h), padding included; YUV420 to
+ * YV12 is below.
  *
  * The checks, in order:
  *   1. equal format codes: VEXO_ERR_ARG;

@@ -69,8 +69,8 @@ enum {
  *
  * A call reads only the planes that the format code has. Width, height and
  * stride of every such plane are the caller's to fill: the library derives no
- * chroma size from plane 0. Null pointers, and strides shorter than a row, are
- * not detected.
+ * chroma size from plane 0, some conversions excepted (below). Null pointers,
+ * and strides shorter than a row, are not detected.
  *
  * A plane with a width or height below 1 is empty: it is left alone at once,
  * whatever its other size, and its pointer may be null. (Conversions go by

@@ -5,7 +5,7 @@
 //
 //   Y = (sum >> 8) + offset, U and V = ((sum + 128) >> 8) + 128
 //
-// which is the high byte of the sum with the offset, or with 128 and 128 * 256,
+// which is the high byte of the sum with 256 * offset, or with 128 + 128 * 256,
 // added to it: results fit a byte, so 16 bits are enough, and unsigned.
 #include "csc/rgb_rows.h"
 

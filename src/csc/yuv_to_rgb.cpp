@@ -23,7 +23,7 @@ Writing writing_of(RgbLayout layout, const KernelArgs &args) {
       bytes >= kBeyondCaches && streaming() && alignment != 0 &&
       reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
       static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
-  // A YUV pixel has one and a half or two bytes.
+  // A YUV pixel is taken for two bytes; it has one and a half to three.
   return {stream, bytes + 2 * pixels >= kFetchAheadFrom};
 }
 

@@ -17,8 +17,8 @@ struct DctPlane {
   bool planar;  // the destination: no pairs
 };
 
-// Of planes 0 and 1, and of plane 2 of RGBA8888, which keeps its notes where
-// chroma's buffers would be.
+// The notes of planes 0 and 1, and of plane 2 of RGBA8888: these lie where the
+// buffers of chroma would be.
 inline const DctPlane *plane_notes(const vexo_rsz_new_context *context,
                                    int32_t plane) {
   return static_cast<const DctPlane *>(plane < 2 ? context->notes[plane]
@@ -53,8 +53,9 @@ inline int32_t set_entry(const vexo_rsz_new_context *context, int32_t plane,
 
 inline int32_t smaller(int32_t a, int32_t b) { return a < b ? a : b; }
 
-// What the plan's blocks write: as much as the destination's rows have room
-// for. Nothing where there are no blocks, or no samples to take them from.
+// What the blocks of `plan`, the plane that was planned, write of `plane`: as
+// much as the destination's rows have room for. Nothing where there are no
+// blocks, or no samples to take them from.
 struct Written {
   int32_t width, height;
 };

@@ -84,11 +84,11 @@ struct Target {
   uint8_t *plane0, *u, *v;
 };
 
-// What a destination's format makes of it. `pixels` is null where nothing is
+// How a destination of a format is written. `pixels` is null where nothing is
 // written; of `pairs` and `planes` one at most is not null.
 struct Kind {
   size_t pixel_bytes = 0;  // of plane 0
-  // Bytes of plane 0 that a band moves on by for a pixel.
+  // How far bands lie apart in plane 0: bytes for each pixel of a band.
   size_t band_bytes = 0;
   // Whether all bands begin at the start of the planes.
   bool overlapping = false;
@@ -232,7 +232,8 @@ class RowMapper {
     destination_.put(run, to, n);
   }
 
-  // Pixels that are no whole groups go through buffers with room for those.
+  // A run that does not end with a whole group goes through buffers with room
+  // for one.
   void last_run(Samples from, Target to, int n) const {
     PaddedSamples samples;
     uint8_t plane0[4 * kHdrRun];

@@ -59,8 +59,8 @@ int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
   ScaleJob job =
       make_job(type, turn, p, one_direction(s.src_width, s.width, mode),
                one_direction(s.src_height, s.height, mode), scratch);
-  // Where both directions shrink, one of them by a whole factor averages every
-  // output only if the other does so, too.
+  // Where both directions shrink, a whole factor averages every output only if
+  // the other direction's factor is whole, too.
   if (job.at_once && !s.by_whole_factors()) {
     job.across.scaling = Scaling::kReduce;
     job.down.scaling = Scaling::kReduce;

@@ -34,7 +34,8 @@ struct Shares {
   uint32_t here, next;
 };
 
-// The weight of a 64ths step by segment length; no formula gives it.
+// By how many 64ths the weight of the next sample grows from output to output,
+// in a segment of `length` outputs; no formula gives it.
 LOX_OP uint32_t step_in_64ths(int32_t length) {
   static constexpr uint8_t kScale[34] = {
       0, 0, 32, 21, 16, 13, 11, 9, 8, 7, 6, 6, 5, 5, 4, 4, 4,

@@ -4,12 +4,13 @@
 // instruction set with LOX_SET naming it and puts everything into lox::LOX_SET.
 // Wide is the set's vector type, Narrow the one for rows too short for it (the
 // same where there is no narrower one), Bulk the one to move what lies beyond
-// the caches: measured, whole cache lines from one register are slow there; the
-// portable set has neither (LOX_VECTORS is 0) and runs the plain rule.
+// the caches, where whole cache lines from one register were measured to be
+// slow. The portable set has none of the three (LOX_VECTORS is 0) and runs the
+// plain rule.
 //
-// A kernel unit includes this header, its own *_rows.h and C headers only:
-// inline functions of other headers could be compiled with the set's
-// instructions and then be called by everybody.
+// A kernel unit includes this header, its subject's own, common/caches.h for
+// its constants and C headers only: inline functions of other headers could be
+// compiled with the set's instructions and then be called by everybody.
 #pragma once
 
 #include <stddef.h>
@@ -129,9 +130,10 @@ LOX_INLINE size_t for_whole_units(size_t n, Step step, Cursors... cursors) {
   return n % kUnits;
 }
 
-// Does n units in whole steps. The last one ends with the row and may do units
-// again, which is cheaper than doing them one by one: there must be kUnits of
-// them before the row's end. It is done by last(), as its address may be any.
+// Does n units in whole steps. What is left is done by last(), a step that ends
+// with the row and so does some units again, which is cheaper than doing those
+// that are left one by one: there must be kUnits of them before the row's end.
+// It is apart because its address may be any.
 template <size_t kUnits, int kSteps, class Step, class Last, class... Cursors>
 LOX_INLINE void for_units_and_last(ptrdiff_t n, Step step, Last last,
                                    Cursors... cursors) {

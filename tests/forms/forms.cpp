@@ -37,7 +37,7 @@ bool agree(const Function &function, const Function &rule, int number,
     lox::isa_limit(level);
     const uint64_t digest = run(function, seed.digest(), large);
     if (level == 0) portable = digest;
-    // Large pictures are much the same to the portable form.
+    // To the portable form large pictures are little else, and rules are slow.
     const bool ruled = rule.rule != nullptr && level == 0 && !large;
     const uint64_t expected =
         ruled ? run(rule, seed.digest(), large) : portable;
