@@ -117,6 +117,15 @@ TEST(KeyFrame, OfKnownFrames) {
     for (const uint32_t high : {0x100u, 0x10000u, 0x80000000u, 0xFFFFFF00u}) {
       EXPECT_EQ(answer(code + high, b), 0);
     }
+    // Bytes beyond the length tell nothing.
+    for (size_t n = 1; n < b.size(); ++n) {
+      Bytes other = b;
+      for (size_t i = n; i < b.size(); ++i) other[i] ^= 0xFF;
+      const auto length = static_cast<int32_t>(n);
+      EXPECT_EQ(mlox_is_vkeyfrm(code, b.data(), length),
+                mlox_is_vkeyfrm(code, other.data(), length))
+          << code << ": " << entry << ", " << n << " bytes";
+    }
     for (const int32_t length : {0, -1, -4096, INT32_MIN}) {
       EXPECT_EQ(mlox_is_vkeyfrm(code, b.data(), length), 0);
       EXPECT_EQ(mlox_is_vkeyfrm(code, nullptr, length), 0);
