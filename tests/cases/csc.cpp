@@ -98,7 +98,7 @@ void entry(const Function &function, Source &source, Sink &sink) {
   Picture src(source);
   Picture dst(source);
   Size size = source.size();
-  if (from == VEXO_FMT_T256X16 && source.one_in(2)) {
+  if (from == VEXO_FMT_T256X16 && source.one_in(2) && size.width > 0) {
     size.width = source.between(1279, 1300);
   }
   // Where there is no route nothing is touched: all planes are null. Of the
