@@ -1,13 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
-set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
-set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
-set(CMAKE_FIND_ROOT_PATH /usr/i686-linux-gnu)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(triple i686-linux-gnu)
+include(${CMAKE_CURRENT_LIST_DIR}/debian_cross.cmake)
 # Runs natively; only the loader and the libraries are the cross package's.
 set(CMAKE_CROSSCOMPILING_EMULATOR
-  /usr/i686-linux-gnu/lib/ld-linux.so.2 --library-path /usr/i686-linux-gnu/lib)
+  /usr/${triple}/lib/ld-linux.so.2 --library-path /usr/${triple}/lib)

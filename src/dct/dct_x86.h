@@ -12,15 +12,14 @@
 
 namespace lox::LOX_SET {
 
-template <class V>
+template <class V, class R = typename V::R>
 struct DctOps {
-  using R = typename V::R;
-  using Reg = typename R::Reg;
-  static constexpr int n = static_cast<int>(sizeof(Reg));  // columns
-  static constexpr int blocks = static_cast<int>(sizeof(Reg)) / 16;
-  static constexpr int kRegs = 4 / blocks;  // of a block's sums
   static constexpr int kColumns = 2;
   static constexpr int kHalves = 2;
+  using Reg = typename R::Reg;
+  static constexpr int blocks = static_cast<int>(sizeof(Reg)) / 16;
+  static constexpr int n = static_cast<int>(sizeof(Reg));  // columns
+  static constexpr int kRegs = 4 / blocks;  // of a block's sums
 
   LOX_OP constexpr int order(int u) { return u == 1 ? 2 : u == 2 ? 1 : u; }
   // Where the sum of column i for coefficient u is.

@@ -9,15 +9,14 @@
 
 namespace lox::LOX_SET {
 
-template <class V>
+template <class V, class R = typename V::R>
 struct ToneOps {
-  using R = typename V::R;
+  // Look-ups that registers hold at a time.
+  static constexpr int kLookUps = 4;
   using Reg = typename R::Reg;
   using Planes = PlaneOps<V>;
   // Pixels of a group: two vectors of words, one of bytes.
   static constexpr int n = static_cast<int>(sizeof(Reg));
-  // Look-ups that registers hold at a time.
-  static constexpr int kLookUps = 4;
   using Words = Reg;
   struct Chroma {
     Reg u, v;

@@ -10,9 +10,8 @@
 
 namespace lox::LOX_SET {
 
-template <class V>
+template <class V, class R = typename V::R>
 struct BlockOps {
-  using R = typename V::R;
   using Reg = typename R::Reg;
   static constexpr int n = static_cast<int>(sizeof(Reg));
 

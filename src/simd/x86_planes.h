@@ -9,15 +9,14 @@
 
 namespace lox::LOX_SET {
 
-template <class V>
+template <class V, class R = typename V::R>
 struct PlaneOps {
-  using R = typename V::R;
   using Reg = typename R::Reg;
-  static constexpr int n = static_cast<int>(sizeof(Reg));  // pixels
-
   struct Four {
     Reg a, b, c, d;
   };
+  static constexpr int n = static_cast<int>(sizeof(Reg));  // pixels
+
   LOX_OP Reg load_plane(const uint8_t *p) { return R::load(p); }
   LOX_OP Reg all_255() { return R::fill16(-1); }
   LOX_OP void store_plane(uint8_t *p, Reg v) { R::template store<false>(p, v); }
