@@ -13,68 +13,18 @@ namespace lox::LOX_SET {
 
 struct Avx2Register {
   using Reg = __m256i;
+#define LOX_MM(name) _mm256_##name
+#define LOX_BITS(name) _mm256_##name##_si256
+#include "simd/x86_register.h"
 
-  LOX_OP Reg load(const uint8_t *p) {
-    return _mm256_loadu_si256(reinterpret_cast<const Reg *>(p));
-  }
-  template <bool kStream>
-  LOX_OP void store(uint8_t *p, Reg v) {
-    if constexpr (kStream) {
-      _mm256_stream_si256(reinterpret_cast<Reg *>(p), v);
-    } else {
-      _mm256_storeu_si256(reinterpret_cast<Reg *>(p), v);
-    }
-  }
-  LOX_OP Reg zero() { return _mm256_setzero_si256(); }
-  LOX_OP Reg fill16(int k) { return _mm256_set1_epi16(static_cast<short>(k)); }
   LOX_OP Reg broadcast128(__m128i v) { return _mm256_broadcastsi128_si256(v); }
 
-  LOX_OP Reg add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
-  LOX_OP Reg add_saturating_signed16(Reg a, Reg b) {
-    return _mm256_adds_epi16(a, b);
-  }
-  LOX_OP Reg sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
-  LOX_OP Reg add8(Reg a, Reg b) { return _mm256_add_epi8(a, b); }
-  LOX_OP Reg add_saturating_unsigned8(Reg a, Reg b) {
-    return _mm256_adds_epu8(a, b);
-  }
-  LOX_OP Reg sub_saturating_unsigned8(Reg a, Reg b) {
-    return _mm256_subs_epu8(a, b);
-  }
-  LOX_OP Reg add_saturating_signed8(Reg a, Reg b) {
-    return _mm256_adds_epi8(a, b);
-  }
-  LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm256_min_epu8(a, b); }
-  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm256_min_epi8(a, b); }
-  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm256_max_epi8(a, b); }
-  LOX_OP Reg abs8(Reg v) { return _mm256_abs_epi8(v); }
   // All bits of the bytes that are negative.
   LOX_OP Reg negative8(Reg v) { return _mm256_cmpgt_epi8(zero(), v); }
   // A bit for each byte: set where it is zero.
   LOX_OP uint32_t zero_bytes(Reg v) {
     return static_cast<uint32_t>(
         _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, zero())));
-  }
-  LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm256_mulhi_epu16(a, b); }
-  LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm256_maddubs_epi16(a, b); }
-  LOX_OP Reg bit_and(Reg a, Reg b) { return _mm256_and_si256(a, b); }
-  // The bits of b where the mask has none.
-  LOX_OP Reg bit_and_not(Reg mask, Reg b) {
-    return _mm256_andnot_si256(mask, b);
-  }
-  LOX_OP Reg bit_or(Reg a, Reg b) { return _mm256_or_si256(a, b); }
-  LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm256_xor_si256(a, b); }
-  template <int S>
-  LOX_OP Reg shift_left16(Reg v) {
-    return _mm256_slli_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right16(Reg v) {
-    return _mm256_srli_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right_signed16(Reg v) {
-    return _mm256_srai_epi16(v, S);
   }
   // The units that shift are those that shuffle, and the packing that follows
   // needs them: one shift of a picture's three channels is left to them, the
@@ -88,51 +38,12 @@ struct Avx2Register {
                     : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
     }
   }
-  LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm256_packus_epi16(a, b); }
-  LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }
-  LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm256_unpackhi_epi8(a, b); }
-  LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm256_unpacklo_epi16(a, b); }
-  LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm256_unpackhi_epi16(a, b); }
-  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm256_unpacklo_epi32(a, b); }
-  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm256_unpackhi_epi32(a, b); }
-  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
-  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
-  LOX_OP Reg shuffle8(Reg v, Reg places) {
-    return _mm256_shuffle_epi8(v, places);
-  }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm256_blendv_epi8(a, b, mask);
   }
 
-  LOX_OP Reg fill32(int k) { return _mm256_set1_epi32(k); }
-  LOX_OP Reg add32(Reg a, Reg b) { return _mm256_add_epi32(a, b); }
-  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm256_mullo_epi16(a, b); }
-  template <int S>
-  LOX_OP Reg shift_left32(Reg v) {
-    return _mm256_slli_epi32(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right32(Reg v) {
-    return _mm256_srli_epi32(v, S);
-  }
   LOX_OP bool any_bit(Reg v) { return _mm256_testz_si256(v, v) == 0; }
-  LOX_OP Reg sub8(Reg a, Reg b) { return _mm256_sub_epi8(a, b); }
-  LOX_OP Reg average8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
-  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm256_madd_epi16(a, b); }
-  LOX_OP Reg min_signed16(Reg a, Reg b) { return _mm256_min_epi16(a, b); }
-  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm256_min_epu16(a, b); }
-  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm256_max_epu16(a, b); }
-  LOX_OP Reg sub_saturating_unsigned16(Reg a, Reg b) {
-    return _mm256_subs_epu16(a, b);
-  }
-  LOX_OP Reg max_signed16(Reg a, Reg b) { return _mm256_max_epi16(a, b); }
-  template <int S>
-  LOX_OP Reg shift_right_signed32(Reg v) {
-    return _mm256_srai_epi32(v, S);
-  }
-  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm256_packs_epi32(a, b); }
-  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm256_packus_epi32(a, b); }
   // In each lane, the even 32-bit elements of a, then those of b.
   LOX_OP Reg even32(Reg a, Reg b) {
     return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
@@ -142,15 +53,12 @@ struct Avx2Register {
     return _mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a),
                                                  _mm256_castsi256_ps(b), 0xDD));
   }
-  LOX_OP Reg sub32(Reg a, Reg b) { return _mm256_sub_epi32(a, b); }
-  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm256_min_epi32(a, b); }
   // A shift by element is one operation, by one number for all it is two.
   using Shift = Reg;
   LOX_OP Shift shift(int by) { return fill32(by); }
   LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
     return _mm256_srav_epi32(v, by);
   }
-  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) {
     return _mm256_blend_epi16(a, b, 0xAA);
@@ -185,11 +93,6 @@ struct Avx2Register {
     _mm_storeu_si64(p + stride, _mm_unpackhi_epi64(low, low));
     _mm_storeu_si64(p + 2 * stride, high);
     _mm_storeu_si64(p + 3 * stride, _mm_unpackhi_epi64(high, high));
-  }
-  // In each lane, 16 of the bytes of low and then high, from byte K on.
-  template <int K>
-  LOX_OP Reg bytes_from(Reg low, Reg high) {
-    return _mm256_alignr_epi8(high, low, K);
   }
   // 16 bytes in each lane, `step` apart.
   LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t step) {

@@ -18,109 +18,22 @@ namespace lox::LOX_SET {
 
 struct Avx512Register {
   using Reg = __m512i;
+#define LOX_MM(name) _mm512_##name
+#define LOX_BITS(name) _mm512_##name##_si512
+#include "simd/x86_register.h"
 
-  LOX_OP Reg load(const uint8_t *p) { return _mm512_loadu_si512(p); }
-  template <bool kStream>
-  LOX_OP void store(uint8_t *p, Reg v) {
-    if constexpr (kStream) {
-      _mm512_stream_si512(reinterpret_cast<Reg *>(p), v);
-    } else {
-      _mm512_storeu_si512(p, v);
-    }
-  }
-  LOX_OP Reg zero() { return _mm512_setzero_si512(); }
-  LOX_OP Reg fill16(int k) { return _mm512_set1_epi16(static_cast<short>(k)); }
-  LOX_OP Reg fill32(int k) { return _mm512_set1_epi32(k); }
   LOX_OP Reg broadcast128(__m128i v) { return _mm512_broadcast_i32x4(v); }
 
-  LOX_OP Reg add16(Reg a, Reg b) { return _mm512_add_epi16(a, b); }
-  LOX_OP Reg add_saturating_signed16(Reg a, Reg b) {
-    return _mm512_adds_epi16(a, b);
-  }
-  LOX_OP Reg sub16(Reg a, Reg b) { return _mm512_sub_epi16(a, b); }
   LOX_OP bool any_bit(Reg v) { return _mm512_test_epi32_mask(v, v) != 0; }
-  LOX_OP Reg sub8(Reg a, Reg b) { return _mm512_sub_epi8(a, b); }
-  LOX_OP Reg average8(Reg a, Reg b) { return _mm512_avg_epu8(a, b); }
-  LOX_OP Reg add8(Reg a, Reg b) { return _mm512_add_epi8(a, b); }
-  LOX_OP Reg add_saturating_unsigned8(Reg a, Reg b) {
-    return _mm512_adds_epu8(a, b);
-  }
-  LOX_OP Reg sub_saturating_unsigned8(Reg a, Reg b) {
-    return _mm512_subs_epu8(a, b);
-  }
-  LOX_OP Reg add_saturating_signed8(Reg a, Reg b) {
-    return _mm512_adds_epi8(a, b);
-  }
-  LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm512_min_epu8(a, b); }
-  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm512_min_epi8(a, b); }
-  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm512_max_epi8(a, b); }
-  LOX_OP Reg abs8(Reg v) { return _mm512_abs_epi8(v); }
   // All bits of the bytes that are negative.
   LOX_OP Reg negative8(Reg v) {
     return _mm512_movm_epi8(_mm512_movepi8_mask(v));
   }
   // A bit for each byte: set where it is zero.
   LOX_OP uint64_t zero_bytes(Reg v) { return _mm512_testn_epi8_mask(v, v); }
-  LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm512_mulhi_epu16(a, b); }
-  LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm512_maddubs_epi16(a, b); }
-  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm512_madd_epi16(a, b); }
-  LOX_OP Reg bit_and(Reg a, Reg b) { return _mm512_and_si512(a, b); }
-  // The bits of b where the mask has none.
-  LOX_OP Reg bit_and_not(Reg mask, Reg b) {
-    return _mm512_andnot_si512(mask, b);
-  }
-  LOX_OP Reg bit_or(Reg a, Reg b) { return _mm512_or_si512(a, b); }
-  LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm512_xor_si512(a, b); }
-  template <int S>
-  LOX_OP Reg shift_left16(Reg v) {
-    return _mm512_slli_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right16(Reg v) {
-    return _mm512_srli_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right_signed16(Reg v) {
-    return _mm512_srai_epi16(v, S);
-  }
   template <int S>
   LOX_OP Reg narrowing_shift16(Reg v) {
     return S == 0 ? v : _mm512_srai_epi16(v, S);
-  }
-  LOX_OP Reg add32(Reg a, Reg b) { return _mm512_add_epi32(a, b); }
-  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm512_mullo_epi16(a, b); }
-  template <int S>
-  LOX_OP Reg shift_left32(Reg v) {
-    return _mm512_slli_epi32(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right32(Reg v) {
-    return _mm512_srli_epi32(v, S);
-  }
-  LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm512_packus_epi16(a, b); }
-  LOX_OP Reg min_signed16(Reg a, Reg b) { return _mm512_min_epi16(a, b); }
-  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm512_min_epu16(a, b); }
-  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm512_max_epu16(a, b); }
-  LOX_OP Reg sub_saturating_unsigned16(Reg a, Reg b) {
-    return _mm512_subs_epu16(a, b);
-  }
-  LOX_OP Reg max_signed16(Reg a, Reg b) { return _mm512_max_epi16(a, b); }
-  template <int S>
-  LOX_OP Reg shift_right_signed32(Reg v) {
-    return _mm512_srai_epi32(v, S);
-  }
-  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm512_packs_epi32(a, b); }
-  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm512_packus_epi32(a, b); }
-  LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm512_unpacklo_epi8(a, b); }
-  LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm512_unpackhi_epi8(a, b); }
-  LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm512_unpacklo_epi16(a, b); }
-  LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm512_unpackhi_epi16(a, b); }
-  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm512_unpacklo_epi32(a, b); }
-  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm512_unpackhi_epi32(a, b); }
-  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm512_unpacklo_epi64(a, b); }
-  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm512_unpackhi_epi64(a, b); }
-  LOX_OP Reg shuffle8(Reg v, Reg places) {
-    return _mm512_shuffle_epi8(v, places);
   }
   // Bytes of b where the mask has all bits, of a where it has none.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
@@ -134,15 +47,12 @@ struct Avx512Register {
     return _mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a),
                                                  _mm512_castsi512_ps(b), 0xDD));
   }
-  LOX_OP Reg sub32(Reg a, Reg b) { return _mm512_sub_epi32(a, b); }
-  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm512_min_epi32(a, b); }
   // A shift by element is one operation, by one number for all it is two.
   using Shift = Reg;
   LOX_OP Shift shift(int by) { return fill32(by); }
   LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
     return _mm512_srav_epi32(v, by);
   }
-  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm512_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) {
     return _mm512_mask_blend_epi16(0xAAAAAAAA, a, b);
@@ -185,10 +95,6 @@ struct Avx512Register {
   }
   LOX_OP void store_16(uint8_t *p, __m128i v) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(p), v);
-  }
-  template <int K>
-  LOX_OP Reg bytes_from(Reg low, Reg high) {
-    return _mm512_alignr_epi8(high, low, K);
   }
 
   LOX_OP __m128i load_16(const uint8_t *p) {

@@ -10,113 +10,28 @@ namespace lox::LOX_SET {
 
 struct Sse41Register {
   using Reg = __m128i;
+#define LOX_MM(name) _mm_##name
+#define LOX_BITS(name) _mm_##name##_si128
+#include "simd/x86_register.h"
 
-  LOX_OP Reg load(const uint8_t *p) {
-    return _mm_loadu_si128(reinterpret_cast<const Reg *>(p));
-  }
-  template <bool kStream>
-  LOX_OP void store(uint8_t *p, Reg v) {
-    if constexpr (kStream) {
-      _mm_stream_si128(reinterpret_cast<Reg *>(p), v);
-    } else {
-      _mm_storeu_si128(reinterpret_cast<Reg *>(p), v);
-    }
-  }
-  LOX_OP Reg zero() { return _mm_setzero_si128(); }
-  LOX_OP Reg fill16(int k) { return _mm_set1_epi16(static_cast<short>(k)); }
   LOX_OP Reg broadcast128(__m128i v) { return v; }
 
-  LOX_OP Reg add16(Reg a, Reg b) { return _mm_add_epi16(a, b); }
-  LOX_OP Reg add_saturating_signed16(Reg a, Reg b) {
-    return _mm_adds_epi16(a, b);
-  }
-  LOX_OP Reg sub16(Reg a, Reg b) { return _mm_sub_epi16(a, b); }
-  LOX_OP Reg add8(Reg a, Reg b) { return _mm_add_epi8(a, b); }
-  LOX_OP Reg add_saturating_unsigned8(Reg a, Reg b) {
-    return _mm_adds_epu8(a, b);
-  }
-  LOX_OP Reg sub_saturating_unsigned8(Reg a, Reg b) {
-    return _mm_subs_epu8(a, b);
-  }
-  LOX_OP Reg add_saturating_signed8(Reg a, Reg b) {
-    return _mm_adds_epi8(a, b);
-  }
-  LOX_OP Reg min_unsigned8(Reg a, Reg b) { return _mm_min_epu8(a, b); }
-  LOX_OP Reg min_signed8(Reg a, Reg b) { return _mm_min_epi8(a, b); }
-  LOX_OP Reg max_signed8(Reg a, Reg b) { return _mm_max_epi8(a, b); }
-  LOX_OP Reg abs8(Reg v) { return _mm_abs_epi8(v); }
   // All bits of the bytes that are negative.
   LOX_OP Reg negative8(Reg v) { return _mm_cmpgt_epi8(zero(), v); }
   // A bit for each byte: set where it is zero.
   LOX_OP uint32_t zero_bytes(Reg v) {
     return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, zero())));
   }
-  LOX_OP Reg multiply_high16(Reg a, Reg b) { return _mm_mulhi_epu16(a, b); }
-  LOX_OP Reg multiply_add8(Reg a, Reg b) { return _mm_maddubs_epi16(a, b); }
-  LOX_OP Reg bit_and(Reg a, Reg b) { return _mm_and_si128(a, b); }
-  // The bits of b where the mask has none.
-  LOX_OP Reg bit_and_not(Reg mask, Reg b) { return _mm_andnot_si128(mask, b); }
-  LOX_OP Reg bit_or(Reg a, Reg b) { return _mm_or_si128(a, b); }
-  LOX_OP Reg exclusive_or(Reg a, Reg b) { return _mm_xor_si128(a, b); }
-  template <int S>
-  LOX_OP Reg shift_left16(Reg v) {
-    return _mm_slli_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right16(Reg v) {
-    return _mm_srli_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right_signed16(Reg v) {
-    return _mm_srai_epi16(v, S);
-  }
   template <int S>
   LOX_OP Reg narrowing_shift16(Reg v) {
     return S == 0 ? v : _mm_srai_epi16(v, S);
   }
-  LOX_OP Reg pack_unsigned16(Reg a, Reg b) { return _mm_packus_epi16(a, b); }
-  LOX_OP Reg unpack_low8(Reg a, Reg b) { return _mm_unpacklo_epi8(a, b); }
-  LOX_OP Reg unpack_high8(Reg a, Reg b) { return _mm_unpackhi_epi8(a, b); }
-  LOX_OP Reg unpack_low16(Reg a, Reg b) { return _mm_unpacklo_epi16(a, b); }
-  LOX_OP Reg unpack_high16(Reg a, Reg b) { return _mm_unpackhi_epi16(a, b); }
-  LOX_OP Reg unpack_low32(Reg a, Reg b) { return _mm_unpacklo_epi32(a, b); }
-  LOX_OP Reg unpack_high32(Reg a, Reg b) { return _mm_unpackhi_epi32(a, b); }
-  LOX_OP Reg unpack_low64(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
-  LOX_OP Reg unpack_high64(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
-  LOX_OP Reg shuffle8(Reg v, Reg places) { return _mm_shuffle_epi8(v, places); }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm_blendv_epi8(a, b, mask);
   }
 
-  LOX_OP Reg fill32(int k) { return _mm_set1_epi32(k); }
-  LOX_OP Reg add32(Reg a, Reg b) { return _mm_add_epi32(a, b); }
-  LOX_OP Reg multiply_low16(Reg a, Reg b) { return _mm_mullo_epi16(a, b); }
-  template <int S>
-  LOX_OP Reg shift_left32(Reg v) {
-    return _mm_slli_epi32(v, S);
-  }
-  template <int S>
-  LOX_OP Reg shift_right32(Reg v) {
-    return _mm_srli_epi32(v, S);
-  }
   LOX_OP bool any_bit(Reg v) { return _mm_testz_si128(v, v) == 0; }
-  LOX_OP Reg sub8(Reg a, Reg b) { return _mm_sub_epi8(a, b); }
-  LOX_OP Reg average8(Reg a, Reg b) { return _mm_avg_epu8(a, b); }
-  LOX_OP Reg multiply_add16(Reg a, Reg b) { return _mm_madd_epi16(a, b); }
-  LOX_OP Reg min_signed16(Reg a, Reg b) { return _mm_min_epi16(a, b); }
-  LOX_OP Reg min_unsigned16(Reg a, Reg b) { return _mm_min_epu16(a, b); }
-  LOX_OP Reg max_unsigned16(Reg a, Reg b) { return _mm_max_epu16(a, b); }
-  LOX_OP Reg sub_saturating_unsigned16(Reg a, Reg b) {
-    return _mm_subs_epu16(a, b);
-  }
-  LOX_OP Reg max_signed16(Reg a, Reg b) { return _mm_max_epi16(a, b); }
-  template <int S>
-  LOX_OP Reg shift_right_signed32(Reg v) {
-    return _mm_srai_epi32(v, S);
-  }
-  LOX_OP Reg pack_signed32(Reg a, Reg b) { return _mm_packs_epi32(a, b); }
-  LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return _mm_packus_epi32(a, b); }
   // The even 32-bit elements of a, then those of b.
   LOX_OP Reg even32(Reg a, Reg b) {
     return _mm_castps_si128(
@@ -126,23 +41,15 @@ struct Sse41Register {
     return _mm_castps_si128(
         _mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), 0xDD));
   }
-  LOX_OP Reg sub32(Reg a, Reg b) { return _mm_sub_epi32(a, b); }
-  LOX_OP Reg min_signed32(Reg a, Reg b) { return _mm_min_epi32(a, b); }
   using Shift = Reg;
   LOX_OP Shift shift(int by) { return _mm_cvtsi32_si128(by); }
   LOX_OP Reg shift_right_signed32_by(Reg v, Shift by) {
     return _mm_sra_epi32(v, by);
   }
-  LOX_OP Reg pack_signed16(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
   // Even words of a, odd ones of b.
   LOX_OP Reg select_odd16(Reg a, Reg b) { return _mm_blend_epi16(a, b, 0xAA); }
   // 16 bytes in every lane.
   LOX_OP Reg load_broadcast128(const uint8_t *p) { return load(p); }
-  // 16 of the bytes of low and then high, from byte K on.
-  template <int K>
-  LOX_OP Reg bytes_from(Reg low, Reg high) {
-    return _mm_alignr_epi8(high, low, K);
-  }
   // 16 bytes in each lane, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return load(p + offsets[0]);
