@@ -49,6 +49,25 @@ VEXO_BEGIN_DECLS
 VEXO_API int32_t vexo_csc(const vexo_img *src, const vexo_img *dst);
 
 /*
+ * The same of the destination's rows y0 to y1 - 1, counted in plane 0, for
+ * callers who divide a picture between threads: pairs of formats, statuses and
+ * bytes are those of vexo_csc. All descriptors are those of the whole picture.
+ *
+ * 0 <= y0 <= y1 <= the source's height[0]. To a 4:2:0 destination, tiles of
+ * 64 x 32 included, both are even or that height, and chroma row y / 2 goes
+ * with row y; rows of chroma beyond go with the picture's last ones. Any other
+ * range is VEXO_ERR_ARG before all other checks, with nothing written; an empty
+ * one writes nothing.
+ *
+ * Nothing is written but the bytes that vexo_csc leaves in these rows, padding
+ * included. So ranges that have every row once give vexo_csc's bytes, in any
+ * order and on several threads at once, as long as rows are apart: strides hold
+ * a row, or with a negative one the pixel beyond an odd width too.
+ */
+VEXO_API int32_t vexo_csc_rows(const vexo_img *src, const vexo_img *dst,
+                               int32_t y0, int32_t y1);
+
+/*
  * Convert by the other standards. vexo_csc calls them, and so may anybody. Each
  * checks formats and sizes itself, in this order:
  *

@@ -46,6 +46,26 @@ VEXO_API int32_t vexo_rot(const vexo_img *src, uint32_t rotation,
                           const vexo_img *dst);
 
 /*
+ * The same of the destination's rows y0 to y1 - 1, counted in plane 0, for
+ * callers who divide a picture between threads: formats, statuses and bytes are
+ * those of vexo_rot. All descriptors are those of the whole picture.
+ *
+ * 0 <= y0 <= y1 <= the rows of plane 0 after the turn. Of a 4:2:0 format
+ * (YUV420, YV12, NV12, NV21, YUV422W) both are even or that number. Any other
+ * range is VEXO_ERR_ARG before all other checks, with nothing written; an empty
+ * one writes nothing, but of a picture without rows what there is. Of the other
+ * planes, one that after the turn has at most half the rows of plane 0, rounded
+ * up, has row y / 2 written with row y, any other row y; rows beyond go with
+ * the last ones.
+ *
+ * Nothing is written but these rows. So ranges that have every row once give
+ * vexo_rot's bytes, in any order and on several threads at once, as long as the
+ * destination's strides keep rows apart.
+ */
+VEXO_API int32_t vexo_rot_rows(const vexo_img *src, uint32_t rotation,
+                               const vexo_img *dst, int32_t y0, int32_t y1);
+
+/*
  * A kernel turns a plane of units of 1, 2, 3 or 4 bytes, each moved whole.
  * `width` units by `height` rows are the source's; strides are in bytes, used
  * as they are, odd ones too. A size below 1: nothing.

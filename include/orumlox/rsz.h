@@ -44,6 +44,28 @@ VEXO_BEGIN_DECLS
 VEXO_API int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst);
 
 /*
+ * The same of the destination's rows y0 to y1 - 1, counted in plane 0, for
+ * callers who divide a picture between threads: formats, statuses and bytes are
+ * those of vexo_rsz. All descriptors are those of the whole picture; a plane is
+ * refused for its sizes, whatever the range.
+ *
+ * 0 <= y0 <= y1 <= the destination's height[0]. Of a 4:2:0 format (YUV420,
+ * YV12, NV12, NV21, YUV422W, P010LE) both are even or that height. Any other
+ * range is VEXO_ERR_ARG before all other checks, with nothing written; an empty
+ * one writes nothing, but of a picture without rows what there is. Of the other
+ * planes, one that has at most half the rows of plane 0, rounded up, has row y
+ * / 2 written with row y, any other row y; rows beyond go with the last ones.
+ *
+ * Nothing is written but these rows. So ranges that have every row once give
+ * vexo_rsz's bytes, in any order and on several threads at once, as long as the
+ * destination's strides keep rows apart. Large ranges are better: where a
+ * direction grows, or shrinks alone, each begins by scaling the source rows
+ * that it shares with the one above again.
+ */
+VEXO_API int32_t vexo_rsz_rows(const vexo_img *src, const vexo_img *dst,
+                               int32_t y0, int32_t y1);
+
+/*
  * Scales an 8-bit YUV image and turns it: by 90 degrees to the left (code 1,
  * VEXO_ROT_90L), to the right (2, VEXO_ROT_90R) or by 180 degrees (3,
  * VEXO_ROT_180). Sizes of the destination are those after the turn. The result

@@ -26,6 +26,13 @@ constexpr bool has_chroma_pairs(int32_t format) {
   return format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;
 }
 
+// Chroma has a row for two of luma's.
+constexpr bool has_half_rows(int32_t format) {
+  return format == VEXO_FMT_YUV420 || format == VEXO_FMT_YV12 ||
+         has_chroma_pairs(format) || format == VEXO_FMT_YUV422W ||
+         format == VEXO_FMT_T64X32 || format == VEXO_FMT_P010LE;
+}
+
 // Bytes of a pixel of RGB; 0 for everything else.
 constexpr int rgb_bytes(int32_t format) {
   if (!is_rgb(format)) return 0;

@@ -8,8 +8,8 @@
 #include <cstdint>
 
 #include "common/format.h"
-#include "csc/yuv_layout.h"
-#include "orumlox/common.h"
+#include "common/row_range.h"
+#include "csc/drivers.h"
 
 namespace lox {
 
@@ -17,115 +17,122 @@ namespace {
 
 struct Route {
   int32_t src_format, dst_format;
-  vexo_csc_kernel *kernel;
+  Driver *driver;
+  int from, to;
 };
 
-#define LOX_TO_565(code, token)                            \
-  {code, VEXO_FMT_RGB565, vexo_csc_##token##_to_rgb565}, { \
-    code, VEXO_FMT_BGR565, vexo_csc_##token##_to_bgr565    \
+#define LOX_TO_565(code, driver, from)                         \
+  {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kRgb565}, { \
+    VEXO_FMT_##code, VEXO_FMT_BGR565, driver, from, kBgr565    \
   }
-#define LOX_TO_RGB(code, token)                                    \
-  LOX_TO_565(code, token),                                         \
-      {code, VEXO_FMT_RGB888, vexo_csc_##token##_to_rgb888},       \
-      {code, VEXO_FMT_BGR888, vexo_csc_##token##_to_bgr888},       \
-      {code, VEXO_FMT_RGBA8888, vexo_csc_##token##_to_rgba8888},   \
-      {code, VEXO_FMT_BGRA8888, vexo_csc_##token##_to_bgra8888},   \
-      {code, VEXO_FMT_ARGB8888, vexo_csc_##token##_to_argb8888}, { \
-    code, VEXO_FMT_ABGR8888, vexo_csc_##token##_to_abgr8888        \
+#define LOX_TO_RGB(code, driver, from)                                 \
+  LOX_TO_565(code, driver, from),                                      \
+      {VEXO_FMT_##code, VEXO_FMT_RGB888, driver, from, kRgb888},       \
+      {VEXO_FMT_##code, VEXO_FMT_BGR888, driver, from, kBgr888},       \
+      {VEXO_FMT_##code, VEXO_FMT_RGBA8888, driver, from, kRgba8888},   \
+      {VEXO_FMT_##code, VEXO_FMT_BGRA8888, driver, from, kBgra8888},   \
+      {VEXO_FMT_##code, VEXO_FMT_ARGB8888, driver, from, kArgb8888}, { \
+    VEXO_FMT_##code, VEXO_FMT_ABGR8888, driver, from, kAbgr8888        \
   }
 
-#define LOX_TO_420(code, token)                            \
-  {code, VEXO_FMT_YUV420, vexo_csc_##token##_to_yuv420},   \
-      {code, VEXO_FMT_YV12, vexo_csc_##token##_to_yv12},   \
-      {code, VEXO_FMT_NV12, vexo_csc_##token##_to_nv12}, { \
-    code, VEXO_FMT_NV21, vexo_csc_##token##_to_nv21        \
+#define LOX_TO_420(code, driver, from)                           \
+  {VEXO_FMT_##code, VEXO_FMT_YUV420, driver, from, kToYuv420},   \
+      {VEXO_FMT_##code, VEXO_FMT_YV12, driver, from, kToYv12},   \
+      {VEXO_FMT_##code, VEXO_FMT_NV12, driver, from, kToNv12}, { \
+    VEXO_FMT_##code, VEXO_FMT_NV21, driver, from, kToNv21        \
   }
+
+#define LOX_ROUTE(src, dst, driver, from, to) \
+  { VEXO_FMT_##src, VEXO_FMT_##dst, driver, from, to }
+#define LOX_LAYOUT(src, dst, driver, order) \
+  LOX_ROUTE(src, dst, driver, order, kNothing)
 
 constexpr Route kRoutes[] = {
-    {VEXO_FMT_YUV400, VEXO_FMT_RGB565, vexo_csc_yuv400_to_rgb565},
-    {VEXO_FMT_YUV400, VEXO_FMT_RGB888, vexo_csc_yuv400_to_rgb888},
-    LOX_TO_RGB(VEXO_FMT_YUV420, yuv420),
-    LOX_TO_RGB(VEXO_FMT_YUV422N, yuv422n),
-    LOX_TO_RGB(VEXO_FMT_YUV444, yuv444),
-    LOX_TO_RGB(VEXO_FMT_YV12, yv12),
-    LOX_TO_RGB(VEXO_FMT_NV12, nv12),
-    LOX_TO_RGB(VEXO_FMT_NV21, nv21),
-    LOX_TO_565(VEXO_FMT_YUV422W, yuv422w),
-    LOX_TO_RGB(VEXO_FMT_T64X32, t64x32),
-    {VEXO_FMT_T16X16, VEXO_FMT_RGBA8888, vexo_csc_t16x16_to_rgba8888},
-    {VEXO_FMT_T8X8, VEXO_FMT_RGBA8888, vexo_csc_t8x8_to_rgba8888},
-    {VEXO_FMT_T256X16, VEXO_FMT_RGBA8888, vexo_csc_t256x16_to_rgba8888},
-    LOX_TO_RGB(VEXO_FMT_UYVY, uyvy),
-    LOX_TO_RGB(VEXO_FMT_YUYV, yuyv),
-    {VEXO_FMT_P010LE, VEXO_FMT_RGBA8888, vexo_csc_p010le_to_rgba8888},
+    LOX_ROUTE(YUV400, RGB565, grey_to_rgb, kNothing, kRgb565),
+    LOX_ROUTE(YUV400, RGB888, grey_to_rgb, kNothing, kRgb888),
+    LOX_TO_RGB(YUV420, yuv_to_rgb, kYuv420),
+    LOX_TO_RGB(YUV422N, yuv_to_rgb, kYuv422n),
+    LOX_TO_RGB(YUV444, yuv_to_rgb, kYuv444),
+    LOX_TO_RGB(YV12, yuv_to_rgb, kYv12),
+    LOX_TO_RGB(NV12, yuv_to_rgb, kNv12),
+    LOX_TO_RGB(NV21, yuv_to_rgb, kNv21),
+    LOX_TO_565(YUV422W, yuv_to_rgb, kYuv422w),
+    LOX_TO_RGB(T64X32, tiled_to_rgb, kT64x32),
+    LOX_ROUTE(T16X16, RGBA8888, tiled_to_rgb, kT16x16, kRgba8888),
+    LOX_ROUTE(T8X8, RGBA8888, tiled_to_rgb, kT8x8, kRgba8888),
+    LOX_ROUTE(T256X16, RGBA8888, tiled_to_rgb, kT256x16, kRgba8888),
+    LOX_TO_RGB(UYVY, yuv_to_rgb, kUyvy),
+    LOX_TO_RGB(YUYV, yuv_to_rgb, kYuyv),
+    LOX_ROUTE(P010LE, RGBA8888, words_to_rgb, kP010, kRgba8888),
 
-    {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, vexo_csc_yuv420_to_yuv422n},
-    {VEXO_FMT_YUV420, VEXO_FMT_YV12, yuv420_to_yv12},
-    {VEXO_FMT_YUV420, VEXO_FMT_NV12, vexo_csc_yuv420_to_nv12},
-    {VEXO_FMT_YUV420, VEXO_FMT_NV21, vexo_csc_yuv420_to_nv21},
-    {VEXO_FMT_YUV420, VEXO_FMT_T64X32, vexo_csc_yuv420_to_t64x32},
-    {VEXO_FMT_YUV422N, VEXO_FMT_YUV420, vexo_csc_yuv422n_to_yuv420},
-    {VEXO_FMT_YUV422N, VEXO_FMT_YV12, vexo_csc_yuv422n_to_yv12},
-    {VEXO_FMT_YUV444, VEXO_FMT_YUV420, vexo_csc_yuv444_to_yuv420},
-    {VEXO_FMT_YV16, VEXO_FMT_YUV420, vexo_csc_yv16_to_yuv420},
-    {VEXO_FMT_YV16, VEXO_FMT_YV12, vexo_csc_yv16_to_yv12},
-    {VEXO_FMT_NV12, VEXO_FMT_YUV420, vexo_csc_nv12_to_yuv420},
-    {VEXO_FMT_NV12, VEXO_FMT_YV12, vexo_csc_nv12_to_yv12},
-    {VEXO_FMT_NV12, VEXO_FMT_NV21, nv12_to_nv21},
-    {VEXO_FMT_NV21, VEXO_FMT_YUV420, vexo_csc_nv21_to_yuv420},
-    {VEXO_FMT_NV21, VEXO_FMT_YV12, vexo_csc_nv21_to_yv12},
-    {VEXO_FMT_NV21, VEXO_FMT_NV12, vexo_csc_nv21_to_nv12},
-    LOX_TO_420(VEXO_FMT_T64X32, t64x32),
-    {VEXO_FMT_T16X16, VEXO_FMT_YUV420, vexo_csc_t16x16_to_yuv420},
-    {VEXO_FMT_T16X16, VEXO_FMT_NV12, vexo_csc_t16x16_to_nv12},
-    {VEXO_FMT_YUYV, VEXO_FMT_YUV420, vexo_csc_yuyv_to_yuv420},
-    {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_YUV420,
-     vexo_csc_yuv420Planar16_to_yuv420Planar},
+    LOX_LAYOUT(YUV420, YUV422N, double_chroma_rows, kInOrder),
+    LOX_LAYOUT(YUV420, YV12, exchange_planes, kNothing),
+    LOX_LAYOUT(YUV420, NV12, planes_to_pairs, kInOrder),
+    LOX_LAYOUT(YUV420, NV21, planes_to_pairs, kCrossed),
+    LOX_ROUTE(YUV420, T64X32, yuv420_to_tiles, kNothing, kT64x32),
+    LOX_LAYOUT(YUV422N, YUV420, halve_chroma_rows, kInOrder),
+    LOX_LAYOUT(YUV422N, YV12, halve_chroma_rows, kCrossed),
+    LOX_LAYOUT(YUV444, YUV420, halve_chroma, kInOrder),
+    LOX_LAYOUT(YV16, YUV420, halve_chroma_rows, kCrossed),
+    LOX_LAYOUT(YV16, YV12, halve_chroma_rows, kInOrder),
+    LOX_LAYOUT(NV12, YUV420, pairs_to_planes, kInOrder),
+    LOX_LAYOUT(NV12, YV12, pairs_to_planes, kCrossed),
+    LOX_LAYOUT(NV12, NV21, exchange_pairs, kNothing),
+    LOX_LAYOUT(NV21, YUV420, pairs_to_planes, kCrossed),
+    LOX_LAYOUT(NV21, YV12, pairs_to_planes, kInOrder),
+    LOX_LAYOUT(NV21, NV12, exchange_pairs, kNothing),
+    LOX_TO_420(T64X32, tiles_to_yuv, kT64x32),
+    LOX_ROUTE(T16X16, YUV420, tiles_to_yuv, kT16x16, kToYuv420),
+    LOX_ROUTE(T16X16, NV12, tiles_to_yuv, kT16x16, kToNv12),
+    LOX_LAYOUT(YUYV, YUV420, yuyv_to_yuv420, kNothing),
+    LOX_LAYOUT(YUV420PLANAR16, YUV420, narrow_planes, kNothing),
 
-    LOX_TO_420(VEXO_FMT_RGB565, rgb565),
-    LOX_TO_420(VEXO_FMT_BGR565, bgr565),
-    LOX_TO_420(VEXO_FMT_RGB888, rgb888),
-    LOX_TO_420(VEXO_FMT_BGR888, bgr888),
-    LOX_TO_420(VEXO_FMT_RGBA8888, rgba8888),
-    LOX_TO_420(VEXO_FMT_BGRA8888, bgra8888),
-    LOX_TO_420(VEXO_FMT_ARGB8888, argb8888),
-    LOX_TO_420(VEXO_FMT_ABGR8888, abgr8888),
-    {VEXO_FMT_RGBA8888, VEXO_FMT_YUV444, vexo_csc_rgba8888_to_yuv444},
-    {VEXO_FMT_ARGB8888, VEXO_FMT_YUV444, vexo_csc_argb8888_to_yuv444},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_RGB565, vexo_csc_rgba8888_to_rgb565},
-    {VEXO_FMT_RGB888, VEXO_FMT_RGB565, vexo_csc_rgb888_to_rgb565},
-    {VEXO_FMT_RGB565, VEXO_FMT_RGBA8888, vexo_csc_rgb565_to_rgba8888},
+    LOX_TO_420(RGB565, rgb_to_yuv, kRgb565),
+    LOX_TO_420(BGR565, rgb_to_yuv, kBgr565),
+    LOX_TO_420(RGB888, rgb_to_yuv, kRgb888),
+    LOX_TO_420(BGR888, rgb_to_yuv, kBgr888),
+    LOX_TO_420(RGBA8888, rgb_to_yuv, kRgba8888),
+    LOX_TO_420(BGRA8888, rgb_to_yuv, kBgra8888),
+    LOX_TO_420(ARGB8888, rgb_to_yuv, kArgb8888),
+    LOX_TO_420(ABGR8888, rgb_to_yuv, kAbgr8888),
+    LOX_ROUTE(RGBA8888, YUV444, rgb_to_yuv444, kRgba8888, kNothing),
+    LOX_ROUTE(ARGB8888, YUV444, rgb_to_yuv444, kArgb8888, kNothing),
+    LOX_ROUTE(RGBA8888, RGB565, rgb_to_rgb, kRgba8888, kRgb565),
+    LOX_ROUTE(RGB888, RGB565, rgb_to_rgb, kRgb888, kRgb565),
+    LOX_ROUTE(RGB565, RGBA8888, rgb_to_rgb, kRgb565, kRgba8888),
 };
 
 constexpr Route kBt601FullRoutes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_yuv420_to_rgba8888},
-    {VEXO_FMT_NV12, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_nv12_to_rgba8888},
-    {VEXO_FMT_NV21, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_nv21_to_rgba8888},
-    LOX_TO_420(VEXO_FMT_RGBA8888, bt601_fr_rgba8888),
+    LOX_ROUTE(YUV420, RGBA8888, bt601_full_to_rgb, kExactYuv420, kRgba8888),
+    LOX_ROUTE(NV12, RGBA8888, bt601_full_to_rgb, kExactNv12, kRgba8888),
+    LOX_ROUTE(NV21, RGBA8888, bt601_full_to_rgb, kExactNv21, kRgba8888),
+    LOX_TO_420(RGBA8888, bt601_full_to_yuv, kRgba8888),
 };
 
 constexpr Route kBt709Routes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt709_yuv420_to_rgba8888},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_NV21, vexo_csc_bt709_rgba8888_to_nv21},
-    {VEXO_FMT_RGBA8888, VEXO_FMT_NV12, vexo_csc_bt709_rgba8888_to_nv12},
+    LOX_ROUTE(YUV420, RGBA8888, bt709_to_rgb, kExactYuv420, kRgba8888),
+    LOX_ROUTE(RGBA8888, NV21, bt709_to_yuv, kRgba8888, kToNv21),
+    LOX_ROUTE(RGBA8888, NV12, bt709_to_yuv, kRgba8888, kToNv12),
 };
 
-// Quirk: the kernel is that of BT.601, full range, and not
+// Quirk: this is the conversion of BT.601, full range, and not the one of
 // vexo_csc_bt709_fr_yuv420_to_rgba8888, because callers know these colours.
 constexpr Route kBt709FullRoutes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888, vexo_csc_bt601_fr_yuv420_to_rgba8888},
+    LOX_ROUTE(YUV420, RGBA8888, bt601_full_to_rgb, kExactYuv420, kRgba8888),
 };
 
-// Converts by the route of the two formats; `otherwise` where there is none.
+// Converts rows by the route of the two formats; `otherwise` where there is
+// none.
 template <size_t kCount>
 int32_t convert(const Route (&routes)[kCount], const vexo_img &src,
-                const vexo_img &dst, int32_t otherwise) {
+                const vexo_img &dst, RowRange rows, int32_t otherwise) {
   for (const Route &route : routes) {
     if (route.src_format != src.format || route.dst_format != dst.format) {
       continue;
     }
-    route.kernel(src.plane, src.width, src.height, src.stride, dst.stride,
-                 dst.plane);
+    route.driver({src.plane, src.width, src.height, src.stride, dst.stride,
+                  dst.plane, rows},
+                 route.from, route.to);
     return VEXO_OK;
   }
   return otherwise;
@@ -146,18 +153,56 @@ bool standards_count(const vexo_img &src, const vexo_img &dst) {
           (is_rgb(src.format) && is_yuv(dst.format)));
 }
 
-int32_t convert_by_standard(const vexo_img &src, const vexo_img &dst) {
+int32_t by_bt601_full(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+  if (src.format == dst.format) return VEXO_ERR_ARG;
+  if (too_small(src) || too_small(dst)) return VEXO_ERR_UNSUPPORTED;
+  return convert(kBt601FullRoutes, src, dst, rows, VEXO_ERR_UNSUPPORTED);
+}
+
+int32_t by_bt709(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+  if (src.format == dst.format || src.width[0] != dst.width[0] ||
+      src.height[0] != dst.height[0]) {
+    return VEXO_ERR_ARG;
+  }
+  if (too_small(src)) return VEXO_ERR_UNSUPPORTED;
+  if (src.format != VEXO_FMT_YUV420 && src.format != VEXO_FMT_RGBA8888) {
+    return VEXO_ERR_UNSUPPORTED;
+  }
+  // Quirk: any other destination is a success without work, because callers
+  // take it for one.
+  return convert(kBt709Routes, src, dst, rows, VEXO_OK);
+}
+
+int32_t by_bt709_full(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+  if (src.format == dst.format) return VEXO_ERR_ARG;
+  if (too_small(src) || too_small(dst)) return VEXO_ERR_UNSUPPORTED;
+  if (src.format != VEXO_FMT_YUV420) return VEXO_ERR_UNSUPPORTED;
+  // As in by_bt709.
+  return convert(kBt709FullRoutes, src, dst, rows, VEXO_OK);
+}
+
+int32_t by_standard(const vexo_img &src, const vexo_img &dst, RowRange rows) {
   if (src.color_std != dst.color_std) return VEXO_ERR_UNSUPPORTED;
   switch (src.color_std) {
     case VEXO_STD_BT601_FULL:
-      return vexo_csc_bt601_fr(&src, &dst);
+      return by_bt601_full(src, dst, rows);
     case VEXO_STD_BT709:
-      return vexo_csc_bt709(&src, &dst);
+      return by_bt709(src, dst, rows);
     case VEXO_STD_BT709_FULL:
-      return vexo_csc_bt709_fr(&src, &dst);
+      return by_bt709_full(src, dst, rows);
     default:
       return VEXO_ERR_UNSUPPORTED;
   }
+}
+
+int32_t by_formats(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+  if (src.format == dst.format) return VEXO_ERR_ARG;
+  if (too_small(src) || too_small(dst)) return VEXO_ERR_UNSUPPORTED;
+  if (standards_count(src, dst)) return by_standard(src, dst, rows);
+  if (src.format == VEXO_FMT_T256X16 && src.width[0] <= kT256x16WiderThan) {
+    return VEXO_ERR_UNSUPPORTED;
+  }
+  return convert(kRoutes, src, dst, rows, VEXO_ERR_UNSUPPORTED);
 }
 
 }  // namespace
@@ -167,45 +212,28 @@ int32_t convert_by_standard(const vexo_img &src, const vexo_img &dst) {
 extern "C" {
 
 int32_t vexo_csc(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox;
-  if (src->format == dst->format) return VEXO_ERR_ARG;
-  if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
-  if (standards_count(*src, *dst)) return convert_by_standard(*src, *dst);
-  if (src->format == VEXO_FMT_T256X16 && src->width[0] <= kT256x16WiderThan) {
-    return VEXO_ERR_UNSUPPORTED;
+  return lox::by_formats(*src, *dst, lox::kAllRows);
+}
+
+int32_t vexo_csc_rows(const vexo_img *src, const vexo_img *dst, int32_t y0,
+                      int32_t y1) {
+  const lox::RowRange rows = {y0, y1};
+  if (!lox::is_range(rows, src->height[0], lox::has_half_rows(dst->format))) {
+    return VEXO_ERR_ARG;
   }
-  return convert(kRoutes, *src, *dst, VEXO_ERR_UNSUPPORTED);
+  return lox::by_formats(*src, *dst, rows);
 }
 
 int32_t vexo_csc_bt601_fr(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox;
-  if (src->format == dst->format) return VEXO_ERR_ARG;
-  if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
-  return convert(kBt601FullRoutes, *src, *dst, VEXO_ERR_UNSUPPORTED);
+  return lox::by_bt601_full(*src, *dst, lox::kAllRows);
 }
 
 int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox;
-  if (src->format == dst->format || src->width[0] != dst->width[0] ||
-      src->height[0] != dst->height[0]) {
-    return VEXO_ERR_ARG;
-  }
-  if (too_small(*src)) return VEXO_ERR_UNSUPPORTED;
-  if (src->format != VEXO_FMT_YUV420 && src->format != VEXO_FMT_RGBA8888) {
-    return VEXO_ERR_UNSUPPORTED;
-  }
-  // Quirk: any other destination is a success without work, because callers
-  // take it for one.
-  return convert(kBt709Routes, *src, *dst, VEXO_OK);
+  return lox::by_bt709(*src, *dst, lox::kAllRows);
 }
 
 int32_t vexo_csc_bt709_fr(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox;
-  if (src->format == dst->format) return VEXO_ERR_ARG;
-  if (too_small(*src) || too_small(*dst)) return VEXO_ERR_UNSUPPORTED;
-  if (src->format != VEXO_FMT_YUV420) return VEXO_ERR_UNSUPPORTED;
-  // As in vexo_csc_bt709.
-  return convert(kBt709FullRoutes, *src, *dst, VEXO_OK);
+  return lox::by_bt709_full(*src, *dst, lox::kAllRows);
 }
 
 }  // extern "C"

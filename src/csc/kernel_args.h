@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The six parameters of every conversion kernel, as one thing to pass on.
+// The six parameters of every conversion kernel and the rows to convert, as one
+// thing to pass on.
 #pragma once
 
 #include <stddef.h>
 #include <stdint.h>
+
+#include "common/row_range.h"
 
 namespace lox {
 
@@ -15,11 +18,18 @@ struct KernelArgs {
   const int32_t *src_stride;
   const int32_t *dst_stride;
   uint8_t *const *dst_plane;
+  RowRange asked;
 
   // Whether a plane of the source has nothing to convert. Drivers ask before
   // they walk a plane, because one without width may claim 2^31 rows.
   bool empty(int plane = 0) const {
     return src_width[plane] < 1 || src_height[plane] < 1;
+  }
+  // The rows to convert, and those of a destination plane of `count` rows that
+  // go with them.
+  RowRange rows() const { return rows_of(src_height[0]); }
+  RowRange rows_of(int32_t count) const {
+    return rows_of_plane(asked, src_height[0], count);
   }
   const uint8_t *src(int plane, ptrdiff_t row) const {
     return src_plane[plane] + row * src_stride[plane];
@@ -34,7 +44,8 @@ inline void convert_rows(void (*convert_row)(const uint8_t *src, uint8_t *dst,
                                              ptrdiff_t width),
                          const KernelArgs &args, int plane = 0) {
   if (args.empty(plane)) return;
-  for (int32_t row = 0; row < args.src_height[plane]; ++row) {
+  const RowRange rows = args.rows_of(args.src_height[plane]);
+  for (int32_t row = rows.begin; row < rows.end; ++row) {
     convert_row(args.src(plane, row), args.dst(plane, row),
                 args.src_width[plane]);
   }
@@ -46,5 +57,13 @@ inline void convert_rows(void (*convert_row)(const uint8_t *src, uint8_t *dst,
   uint8_t *const src_plane[4], const int32_t src_width[4],      \
       const int32_t src_height[4], const int32_t src_stride[4], \
       const int32_t dst_stride[4], uint8_t *const dst_plane[4]
-#define LOX_ARGUMENTS \
-  { src_plane, src_width, src_height, src_stride, dst_stride, dst_plane }
+#define LOX_ARGUMENTS                                                    \
+  {                                                                      \
+    src_plane, src_width, src_height, src_stride, dst_stride, dst_plane, \
+        lox::kAllRows                                                    \
+  }
+// An exported kernel: all rows by a driver.
+#define LOX_KERNEL(name, driver, from, to)          \
+  void vexo_csc_##name(LOX_PARAMETERS) {            \
+    lox::driver(LOX_ARGUMENTS, lox::from, lox::to); \
+  }

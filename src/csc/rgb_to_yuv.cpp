@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "csc/drivers.h"
 #include "csc/kernel_args.h"
 #include "csc/rgb_rows.h"
 #include "orumlox/csc.h"
@@ -18,18 +19,22 @@ struct ChromaPlanes {
   // The planes of U and V; the same one for pairs.
   int u, v;
 };
-constexpr ChromaPlanes kYuv420 = {kChromaPlanes, 1, 2};
-constexpr ChromaPlanes kYv12 = {kChromaPlanes, 2, 1};
-constexpr ChromaPlanes kNv12 = {kChromaUv, 1, 1};
-constexpr ChromaPlanes kNv21 = {kChromaVu, 1, 1};
+// By ChromaId.
+constexpr ChromaPlanes kChroma[] = {
+    {kChromaPlanes, 1, 2},  // kToYuv420
+    {kChromaPlanes, 2, 1},  // kToYv12
+    {kChromaUv, 1, 1},      // kToNv12
+    {kChromaVu, 1, 1},      // kToNv21
+};
 
-void rgb_to_yuv(const RgbToYuvKernels &forms, const ChromaPlanes &chroma,
-                const KernelArgs &args) {
+void convert(const RgbToYuvKernels &forms, const ChromaPlanes &chroma,
+             const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
   if (args.empty()) return;
   const RgbToYuvFn luma_and_chroma = forms.luma_and_chroma[chroma.kind];
-  for (int32_t row = 0; row < height; ++row) {
+  const RowRange rows = args.rows();
+  for (int32_t row = rows.begin; row < rows.end; ++row) {
     const bool has_chroma = row % 2 == 0 && row + 1 < height;
     if (!has_chroma) {
       forms.luma({args.src(0, row), args.dst(0, row), {}}, width);
@@ -43,9 +48,25 @@ void rgb_to_yuv(const RgbToYuvKernels &forms, const ChromaPlanes &chroma,
   }
 }
 
-void rgb_to_yuv444(RgbToYuvFn convert_row, const KernelArgs &args) {
+}  // namespace
+
+void rgb_to_yuv(const KernelArgs &args, int from, int to) {
+  convert(rgb_rows().to_yuv[from], kChroma[to], args);
+}
+void bt601_full_to_yuv(const KernelArgs &args, int, int to) {
+  convert(rgb_rows().bt601_full, kChroma[to], args);
+}
+void bt709_to_yuv(const KernelArgs &args, int, int to) {
+  convert(rgb_rows().bt709, kChroma[to], args);
+}
+
+void rgb_to_yuv444(const KernelArgs &args, int from, int) {
   if (args.empty()) return;
-  for (int32_t row = 0; row < args.src_height[0]; ++row) {
+  const RgbToYuvFn convert_row = from == kArgb8888
+                                     ? rgb_rows().argb8888_to_yuv444
+                                     : rgb_rows().rgba8888_to_yuv444;
+  const RowRange rows = args.rows();
+  for (int32_t row = rows.begin; row < rows.end; ++row) {
     convert_row({args.src(0, row),
                  args.dst(0, row),
                  {args.dst(1, row), args.dst(2, row)}},
@@ -53,43 +74,41 @@ void rgb_to_yuv444(RgbToYuvFn convert_row, const KernelArgs &args) {
   }
 }
 
-}  // namespace
+void rgb_to_rgb(const KernelArgs &args, int from, int) {
+  const RgbRows &kernels = rgb_rows();
+  convert_rows(from == kRgb565   ? kernels.rgb565_to_rgba8888
+               : from == kRgb888 ? kernels.rgb888_to_rgb565
+                                 : kernels.rgba8888_to_rgb565,
+               args);
+}
 
 }  // namespace lox
 
-#define LOX_KERNEL(name, forms, chroma)                                 \
-  void vexo_csc_##name(LOX_PARAMETERS) {                                \
-    lox::rgb_to_yuv(lox::rgb_rows().forms, lox::chroma, LOX_ARGUMENTS); \
-  }
-#define LOX_KERNELS(name, forms)               \
-  LOX_KERNEL(name##_to_yuv420, forms, kYuv420) \
-  LOX_KERNEL(name##_to_yv12, forms, kYv12)     \
-  LOX_KERNEL(name##_to_nv12, forms, kNv12)     \
-  LOX_KERNEL(name##_to_nv21, forms, kNv21)
-#define LOX_ROW_KERNEL(driver, name)                  \
-  void vexo_csc_##name(LOX_PARAMETERS) {              \
-    lox::driver(lox::rgb_rows().name, LOX_ARGUMENTS); \
-  }
+#define LOX_KERNELS(name, driver, from)                 \
+  LOX_KERNEL(name##_to_yuv420, driver, from, kToYuv420) \
+  LOX_KERNEL(name##_to_yv12, driver, from, kToYv12)     \
+  LOX_KERNEL(name##_to_nv12, driver, from, kToNv12)     \
+  LOX_KERNEL(name##_to_nv21, driver, from, kToNv21)
 
 extern "C" {
 
-LOX_KERNELS(rgb565, to_yuv[lox::kRgb565])
-LOX_KERNELS(bgr565, to_yuv[lox::kBgr565])
-LOX_KERNELS(rgb888, to_yuv[lox::kRgb888])
-LOX_KERNELS(bgr888, to_yuv[lox::kBgr888])
-LOX_KERNELS(rgba8888, to_yuv[lox::kRgba8888])
-LOX_KERNELS(bgra8888, to_yuv[lox::kBgra8888])
-LOX_KERNELS(argb8888, to_yuv[lox::kArgb8888])
-LOX_KERNELS(abgr8888, to_yuv[lox::kAbgr8888])
+LOX_KERNELS(rgb565, rgb_to_yuv, kRgb565)
+LOX_KERNELS(bgr565, rgb_to_yuv, kBgr565)
+LOX_KERNELS(rgb888, rgb_to_yuv, kRgb888)
+LOX_KERNELS(bgr888, rgb_to_yuv, kBgr888)
+LOX_KERNELS(rgba8888, rgb_to_yuv, kRgba8888)
+LOX_KERNELS(bgra8888, rgb_to_yuv, kBgra8888)
+LOX_KERNELS(argb8888, rgb_to_yuv, kArgb8888)
+LOX_KERNELS(abgr8888, rgb_to_yuv, kAbgr8888)
 
-LOX_KERNELS(bt601_fr_rgba8888, bt601_full)
-LOX_KERNEL(bt709_rgba8888_to_nv12, bt709, kNv12)
-LOX_KERNEL(bt709_rgba8888_to_nv21, bt709, kNv21)
+LOX_KERNELS(bt601_fr_rgba8888, bt601_full_to_yuv, kRgba8888)
+LOX_KERNEL(bt709_rgba8888_to_nv12, bt709_to_yuv, kRgba8888, kToNv12)
+LOX_KERNEL(bt709_rgba8888_to_nv21, bt709_to_yuv, kRgba8888, kToNv21)
 
-LOX_ROW_KERNEL(rgb_to_yuv444, rgba8888_to_yuv444)
-LOX_ROW_KERNEL(rgb_to_yuv444, argb8888_to_yuv444)
-LOX_ROW_KERNEL(convert_rows, rgba8888_to_rgb565)
-LOX_ROW_KERNEL(convert_rows, rgb888_to_rgb565)
-LOX_ROW_KERNEL(convert_rows, rgb565_to_rgba8888)
+LOX_KERNEL(rgba8888_to_yuv444, rgb_to_yuv444, kRgba8888, kNothing)
+LOX_KERNEL(argb8888_to_yuv444, rgb_to_yuv444, kArgb8888, kNothing)
+LOX_KERNEL(rgba8888_to_rgb565, rgb_to_rgb, kRgba8888, kRgb565)
+LOX_KERNEL(rgb888_to_rgb565, rgb_to_rgb, kRgb888, kRgb565)
+LOX_KERNEL(rgb565_to_rgba8888, rgb_to_rgb, kRgb565, kRgba8888)
 
 }  // extern "C"

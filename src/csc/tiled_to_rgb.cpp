@@ -4,6 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "csc/drivers.h"
 #include "csc/kernel_args.h"
 #include "csc/tiles.h"
 #include "csc/yuv_to_rgb.h"
@@ -36,15 +37,17 @@ void convert_strips(const Tiled &tiled, const TileShape &shape,
   const TilePlane strips(tiled.luma.width(), tiled.luma.height(),
                          StripReader::width(tiled.luma), shape.luma_rows,
                          false);
-  strips.for_tiles([&](int32_t x, int32_t y, int32_t width, int32_t rows) {
+  strips.for_tiles(tiled.args.rows(), [&](int32_t x, int32_t y, int32_t width,
+                                          int32_t rows) {
     const int32_t first = tiled.chroma_row(y);
     const int32_t chroma_rows = tiled.chroma_row(y + rows - 1) - first + 1;
     const StripReader::View luma = luma_reader.view(x, y, width, rows);
     // Whole pairs: the last V of an odd width lies beyond it, in the same tile.
     const StripReader::View chroma =
         chroma_reader.view(x, first, width + width % 2, chroma_rows);
-    for (int32_t row = 0; row < rows; row += 2) {
-      const bool two = row + 1 < rows;
+    for (int32_t row = 0; row < rows;) {
+      // Rows that are asked for may begin with the second of two.
+      const bool two = (y + row) % 2 == 0 && row + 1 < rows;
       const int32_t second = two ? row + 1 : row;
       const YuvToRgbRows pair = {
           {luma.row(row), luma.row(second)},
@@ -53,13 +56,17 @@ void convert_strips(const Tiled &tiled, const TileShape &shape,
           writing.stream,
           false};
       (two ? tiled.forms.two_rows : tiled.forms.one_row)(pair, width);
+      row += two ? 2 : 1;
     }
   });
 }
 
-void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
-                  const KernelArgs &args) {
+}  // namespace
+
+void tiled_to_rgb(const KernelArgs &args, int from, int to) {
   if (args.empty()) return;
+  const TileShape &shape = kTileShapes[from];
+  const auto layout = static_cast<RgbLayout>(to);
   const int32_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
   // A picture of one row has one row of chroma, too.
@@ -72,27 +79,20 @@ void tiled_to_rgb(const TileShape &shape, RgbLayout layout,
   if (writing.stream) yuv_to_rgb_rows().end_stream();
 }
 
-}  // namespace
-
 }  // namespace lox
-
-#define LOX_KERNEL(token, shape, rgb_token, layout)            \
-  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {     \
-    lox::tiled_to_rgb(lox::shape, lox::layout, LOX_ARGUMENTS); \
-  }
 
 extern "C" {
 
-LOX_KERNEL(t64x32, kT64x32, rgb565, kRgb565)
-LOX_KERNEL(t64x32, kT64x32, bgr565, kBgr565)
-LOX_KERNEL(t64x32, kT64x32, rgb888, kRgb888)
-LOX_KERNEL(t64x32, kT64x32, bgr888, kBgr888)
-LOX_KERNEL(t64x32, kT64x32, rgba8888, kRgba8888)
-LOX_KERNEL(t64x32, kT64x32, bgra8888, kBgra8888)
-LOX_KERNEL(t64x32, kT64x32, argb8888, kArgb8888)
-LOX_KERNEL(t64x32, kT64x32, abgr8888, kAbgr8888)
-LOX_KERNEL(t16x16, kT16x16, rgba8888, kRgba8888)
-LOX_KERNEL(t8x8, kT8x8, rgba8888, kRgba8888)
-LOX_KERNEL(t256x16, kT256x16, rgba8888, kRgba8888)
+LOX_KERNEL(t64x32_to_rgb565, tiled_to_rgb, kT64x32, kRgb565)
+LOX_KERNEL(t64x32_to_bgr565, tiled_to_rgb, kT64x32, kBgr565)
+LOX_KERNEL(t64x32_to_rgb888, tiled_to_rgb, kT64x32, kRgb888)
+LOX_KERNEL(t64x32_to_bgr888, tiled_to_rgb, kT64x32, kBgr888)
+LOX_KERNEL(t64x32_to_rgba8888, tiled_to_rgb, kT64x32, kRgba8888)
+LOX_KERNEL(t64x32_to_bgra8888, tiled_to_rgb, kT64x32, kBgra8888)
+LOX_KERNEL(t64x32_to_argb8888, tiled_to_rgb, kT64x32, kArgb8888)
+LOX_KERNEL(t64x32_to_abgr8888, tiled_to_rgb, kT64x32, kAbgr8888)
+LOX_KERNEL(t16x16_to_rgba8888, tiled_to_rgb, kT16x16, kRgba8888)
+LOX_KERNEL(t8x8_to_rgba8888, tiled_to_rgb, kT8x8, kRgba8888)
+LOX_KERNEL(t256x16_to_rgba8888, tiled_to_rgb, kT256x16, kRgba8888)
 
 }  // extern "C"

@@ -7,6 +7,8 @@
 #include <stdint.h>
 
 #include "common/copy.h"
+#include "common/row_range.h"
+#include "csc/drivers.h"
 
 namespace lox {
 
@@ -17,10 +19,13 @@ struct TileShape {
   // unit column. Else tiles follow each other from left to right, row by row.
   bool crossed;
 };
-inline constexpr TileShape kT64x32 = {64, 32, 32, true};
-inline constexpr TileShape kT16x16 = {16, 16, 8, false};
-inline constexpr TileShape kT8x8 = {8, 8, 4, false};
-inline constexpr TileShape kT256x16 = {256, 16, 8, false};
+// By TileShapeId.
+inline constexpr TileShape kTileShapes[] = {
+    {64, 32, 32, true},   // kT64x32
+    {16, 16, 8, false},   // kT16x16
+    {8, 8, 4, false},     // kT8x8
+    {256, 16, 8, false},  // kT256x16
+};
 
 // Offset of byte (x, y) of a crossed plane.
 int64_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y);
@@ -57,16 +62,17 @@ class TilePlane {
     return (tile * tile_rows_ + y % tile_rows_) * tile_width_ + x % tile_width_;
   }
 
-  // Calls each(x, y, bytes, rows) for the part of every tile that lies in the
-  // plane.
+  // Calls each(x, y, bytes, rows) for the part of every tile that lies in these
+  // rows of the plane.
   template <class Each>
-  void for_tiles(Each each) const {
+  void for_tiles(RowRange range, Each each) const {
     if (width_ < 1) return;
-    for (int32_t y = 0; y < height_; y += step(y, height_, tile_rows_)) {
-      const int32_t rows = step(y, height_, tile_rows_);
+    for (int32_t y = range.begin; y < range.end;) {
+      const int32_t rows = step(y, range.end, tile_rows_ - y % tile_rows_);
       for (int32_t x = 0; x < width_; x += step(x, width_, tile_width_)) {
         each(x, y, step(x, width_, tile_width_), rows);
       }
+      y += rows;
     }
   }
 

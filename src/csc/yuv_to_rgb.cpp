@@ -4,9 +4,11 @@
 // exported kernels, at the end, are one-line calls.
 #include "csc/yuv_to_rgb.h"
 
-#include <stddef.h>
+#include <cstddef>
+#include <cstring>
 
 #include "common/caches.h"
+#include "csc/drivers.h"
 #include "csc/yuv_to_rgb_rows.h"
 #include "orumlox/csc.h"
 
@@ -27,8 +29,64 @@ Writing writing_of(RgbLayout layout, const KernelArgs &args) {
   return {stream, bytes + 2 * pixels >= kFetchAheadFrom};
 }
 
-void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
-                RgbLayout layout, const KernelArgs &args) {
+namespace {
+
+// What the driver needs to know of a YUV source.
+struct YuvSource {
+  YuvRowKind kind;
+  // The planes that hold U and V; for pairs and packed rows the first is the
+  // plane that holds both.
+  int u_plane, v_plane;
+  // Luma rows that share a chroma row: 1 or 2.
+  int rows_per_chroma;
+  // Rows are converted in pairs of pixels to the end, and widths that are no
+  // multiple of 4 share their chroma rows differently: see convert().
+  bool whole_pairs;
+  // Bytes of a luma sample.
+  int unit = 1;
+};
+
+// By YuvSourceId.
+constexpr YuvSource kSources[] = {
+    {kRowPlanar, 1, 2, 2, true},   // kYuv420
+    {kRowPlanar, 2, 1, 2, true},   // kYv12
+    {kRowUv, 1, 1, 2, true},       // kNv12
+    {kRowVu, 1, 1, 2, true},       // kNv21
+    {kRowUv, 1, 1, 2, true, 2},    // kP010
+    {kRowPlanar, 1, 2, 1, false},  // kYuv422n
+    {kRowFull, 1, 2, 2, false},    // kYuv422w
+    {kRowFull, 1, 2, 1, false},    // kYuv444
+    {kRowUyvy, 0, 0, 1, false},    // kUyvy
+    {kRowYuyv, 0, 0, 1, false},    // kYuyv
+    {kRowPlanar, 1, 2, 2, false},  // kExactYuv420
+    {kRowUv, 1, 1, 2, false},      // kExactNv12
+    {kRowVu, 1, 1, 2, false},      // kExactNv21
+};
+
+// A row of odd width as far as the next one begins in its last pair: that pair
+// goes through a copy, because somebody else may be writing the next row.
+void convert_up_to_next(const YuvSource &source, YuvToRgbFn one_row,
+                        YuvToRgbRows row, ptrdiff_t width, int pixel_bytes,
+                        ptrdiff_t stride) {
+  row.stream = false;
+  one_row(row, width);
+  const ptrdiff_t last = width - 1;
+  const ptrdiff_t chroma =
+      source.kind == kRowPlanar ? last / 2 : last * source.unit;
+  uint8_t pair[8];
+  one_row({{row.y[0] + last * source.unit, nullptr},
+           {row.chroma[0] + chroma, row.chroma[1] + chroma},
+           {pair, nullptr},
+           false,
+           false},
+          2);
+  const ptrdiff_t written = last * pixel_bytes;
+  std::memcpy(row.rgb[0] + written, pair,
+              static_cast<size_t>(stride - written));
+}
+
+void convert(const YuvSource &source, const YuvToRgbKernels &forms,
+             RgbLayout layout, const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
   if (args.empty()) return;
@@ -38,21 +96,25 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
   // by one.
   const bool beyond = source.whole_pairs && width % 2 != 0;
   const ptrdiff_t row_pixels = beyond ? width + 1 : width;
+  const int pixel_bytes = kPixelFormats[layout].bytes;
+  const ptrdiff_t stride = args.dst_stride[0];
+  const bool overlap = beyond && stride >= width * pixel_bytes &&
+                       stride < row_pixels * pixel_bytes;
   // Quirk: rows share chroma from the bottom up where the width is no multiple
   // of 4, because callers know these pictures. Of an odd number of rows the
   // first then has a chroma row to itself, otherwise the last.
-  const bool first_alone =
-      source.whole_pairs && width % 4 != 0 && height % 2 != 0;
+  const int32_t moved =
+      source.whole_pairs && width % 4 != 0 && height % 2 != 0 ? 1 : 0;
 
-  const YuvToRgbFn two_rows = beyond ? nullptr : forms.two_rows;
+  const bool shared = source.rows_per_chroma == 2;
+  const YuvToRgbFn two_rows = beyond || !shared ? nullptr : forms.two_rows;
   const Writing writing = writing_of(layout, args);
-  int32_t chroma_row = 0;
-  for (int32_t row = 0; row < height; ++chroma_row) {
+  const RowRange rows = args.rows();
+  for (int32_t row = rows.begin; row < rows.end;) {
+    const int32_t chroma_row = shared ? (row + moved) / 2 : row;
     const uint8_t *const u = args.src(source.u_plane, chroma_row);
     const uint8_t *const v = args.src(source.v_plane, chroma_row);
-    const bool alone = source.rows_per_chroma == 1 || row == height - 1 ||
-                       (row == 0 && first_alone);
-    if (!alone && two_rows != nullptr) {
+    if (two_rows != nullptr && (row + moved) % 2 == 0 && row + 1 < rows.end) {
       two_rows({{args.src(0, row), args.src(0, row + 1)},
                 {u, v},
                 {args.dst(0, row), args.dst(0, row + 1)},
@@ -62,46 +124,60 @@ void yuv_to_rgb(const YuvSource &source, const YuvToRgbKernels &forms,
       row += 2;
       continue;
     }
-    const int32_t end = alone ? row + 1 : row + 2;
-    for (; row < end; ++row) {
-      forms.one_row({{args.src(0, row), nullptr},
-                     {u, v},
-                     {args.dst(0, row), nullptr},
-                     writing.stream,
-                     writing.fetch},
-                    row_pixels);
+    const YuvToRgbRows one = {{args.src(0, row), nullptr},
+                              {u, v},
+                              {args.dst(0, row), nullptr},
+                              writing.stream,
+                              writing.fetch};
+    ++row;
+    if (overlap && row == rows.end && row < height) {
+      convert_up_to_next(source, forms.one_row, one, width, pixel_bytes,
+                         stride);
+    } else {
+      forms.one_row(one, row_pixels);
     }
   }
   if (writing.stream) yuv_to_rgb_rows().end_stream();
 }
 
-namespace {
+}  // namespace
 
-void ordinary(const YuvSource &source, RgbLayout layout,
-              const KernelArgs &args) {
-  yuv_to_rgb(source, yuv_to_rgb_rows().yuv_to_rgb[source.kind][layout], layout,
-             args);
+void yuv_to_rgb(const KernelArgs &args, int from, int to) {
+  const YuvSource &source = kSources[from];
+  const auto layout = static_cast<RgbLayout>(to);
+  convert(source, yuv_to_rgb_rows().yuv_to_rgb[source.kind][layout], layout,
+          args);
 }
 
-}  // namespace
+#define LOX_TO_RGBA(driver, forms)                             \
+  void driver(const KernelArgs &args, int from, int) {         \
+    const YuvSource &source = kSources[from];                  \
+    convert(source, yuv_to_rgb_rows().forms, kRgba8888, args); \
+  }
+LOX_TO_RGBA(words_to_rgb, words_to_rgba)
+LOX_TO_RGBA(bt601_full_to_rgb, bt601_full[source.kind])
+LOX_TO_RGBA(bt709_to_rgb, bt709_planar)
+LOX_TO_RGBA(bt709_full_to_rgb, bt709_full_planar)
+
+void grey_to_rgb(const KernelArgs &args, int, int to) {
+  const CscRows &kernels = yuv_to_rgb_rows();
+  convert_rows(to == kRgb888 ? kernels.grey_to_rgb888 : kernels.grey_to_rgb565,
+               args);
+}
 
 }  // namespace lox
 
-#define LOX_KERNEL(token, source, rgb_token, layout)        \
-  void vexo_csc_##token##_to_##rgb_token(LOX_PARAMETERS) {  \
-    lox::ordinary(lox::source, lox::layout, LOX_ARGUMENTS); \
-  }
-#define LOX_KERNELS_565(token, source)       \
-  LOX_KERNEL(token, source, rgb565, kRgb565) \
-  LOX_KERNEL(token, source, bgr565, kBgr565)
-#define LOX_KERNELS(token, source)               \
-  LOX_KERNELS_565(token, source)                 \
-  LOX_KERNEL(token, source, rgb888, kRgb888)     \
-  LOX_KERNEL(token, source, bgr888, kBgr888)     \
-  LOX_KERNEL(token, source, rgba8888, kRgba8888) \
-  LOX_KERNEL(token, source, bgra8888, kBgra8888) \
-  LOX_KERNEL(token, source, argb8888, kArgb8888) \
-  LOX_KERNEL(token, source, abgr8888, kAbgr8888)
+#define LOX_KERNELS_565(token, from)                       \
+  LOX_KERNEL(token##_to_rgb565, yuv_to_rgb, from, kRgb565) \
+  LOX_KERNEL(token##_to_bgr565, yuv_to_rgb, from, kBgr565)
+#define LOX_KERNELS(token, from)                               \
+  LOX_KERNELS_565(token, from)                                 \
+  LOX_KERNEL(token##_to_rgb888, yuv_to_rgb, from, kRgb888)     \
+  LOX_KERNEL(token##_to_bgr888, yuv_to_rgb, from, kBgr888)     \
+  LOX_KERNEL(token##_to_rgba8888, yuv_to_rgb, from, kRgba8888) \
+  LOX_KERNEL(token##_to_bgra8888, yuv_to_rgb, from, kBgra8888) \
+  LOX_KERNEL(token##_to_argb8888, yuv_to_rgb, from, kArgb8888) \
+  LOX_KERNEL(token##_to_abgr8888, yuv_to_rgb, from, kAbgr8888)
 
 extern "C" {
 
@@ -115,24 +191,16 @@ LOX_KERNELS(uyvy, kUyvy)
 LOX_KERNELS(yuyv, kYuyv)
 LOX_KERNELS_565(yuv422w, kYuv422w)
 
-void vexo_csc_yuv400_to_rgb565(LOX_PARAMETERS) {
-  lox::convert_rows(lox::yuv_to_rgb_rows().grey_to_rgb565, LOX_ARGUMENTS);
-}
-void vexo_csc_yuv400_to_rgb888(LOX_PARAMETERS) {
-  lox::convert_rows(lox::yuv_to_rgb_rows().grey_to_rgb888, LOX_ARGUMENTS);
-}
+LOX_KERNEL(yuv400_to_rgb565, grey_to_rgb, kNothing, kRgb565)
+LOX_KERNEL(yuv400_to_rgb888, grey_to_rgb, kNothing, kRgb888)
 
-#define LOX_KERNEL_OF(name, source, forms)                                     \
-  void vexo_csc_##name##_to_rgba8888(LOX_PARAMETERS) {                         \
-    lox::yuv_to_rgb(lox::source, lox::yuv_to_rgb_rows().forms, lox::kRgba8888, \
-                    LOX_ARGUMENTS);                                            \
-  }
-
-LOX_KERNEL_OF(p010le, kNv12, words_to_rgba)
-LOX_KERNEL_OF(bt601_fr_yuv420, kExactYuv420, bt601_full[lox::kRowPlanar])
-LOX_KERNEL_OF(bt601_fr_nv12, kExactNv12, bt601_full[lox::kRowUv])
-LOX_KERNEL_OF(bt601_fr_nv21, kExactNv21, bt601_full[lox::kRowVu])
-LOX_KERNEL_OF(bt709_yuv420, kExactYuv420, bt709_planar)
-LOX_KERNEL_OF(bt709_fr_yuv420, kExactYuv420, bt709_full_planar)
+#define LOX_RGBA_KERNEL(token, driver, from) \
+  LOX_KERNEL(token##_to_rgba8888, driver, from, kRgba8888)
+LOX_RGBA_KERNEL(p010le, words_to_rgb, kP010)
+LOX_RGBA_KERNEL(bt601_fr_yuv420, bt601_full_to_rgb, kExactYuv420)
+LOX_RGBA_KERNEL(bt601_fr_nv12, bt601_full_to_rgb, kExactNv12)
+LOX_RGBA_KERNEL(bt601_fr_nv21, bt601_full_to_rgb, kExactNv21)
+LOX_RGBA_KERNEL(bt709_yuv420, bt709_to_rgb, kExactYuv420)
+LOX_RGBA_KERNEL(bt709_fr_yuv420, bt709_full_to_rgb, kExactYuv420)
 
 }  // extern "C"

@@ -10,12 +10,17 @@
 
 #include "common/copy.h"
 #include "common/format.h"
+#include "common/row_range.h"
 #include "orumlox/common.h"
 #include "rot/rotate_rows.h"
 
 namespace lox {
 
 namespace {
+
+constexpr bool is_quarter(uint32_t rotation) {
+  return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
+}
 
 // The last of `count` rows, and the step from there to the row above.
 template <class Byte>
@@ -69,10 +74,51 @@ struct PlaneTurns {
   }
 };
 
-void turn_plane(vexo_rot_kernel *const *kernels, uint32_t rotation,
-                const vexo_img &src, const vexo_img &dst, int p) {
-  kernels[rotation](src.plane[p], src.width[p], src.height[p], src.stride[p],
-                    dst.stride[p], dst.plane[p]);
+// Kernels of a unit, by rotation code.
+struct Kernels {
+  int unit;
+  vexo_rot_kernel *const *by_code;
+};
+
+// Turns what comes to these rows of the destination.
+void turn_plane(const Kernels &kernels, uint32_t rotation, const vexo_img &src,
+                const vexo_img &dst, int p, RowRange asked) {
+  if (src.width[p] < 1 || src.height[p] < 1) return;
+  const bool quarter = is_quarter(rotation);
+  const int32_t *const sizes = quarter ? src.width : src.height;
+  const RowRange rows = rows_of_plane(asked, sizes[0], sizes[p]);
+  const int32_t count = rows.end - rows.begin;
+  const bool backwards = rotation == VEXO_ROT_90L || rotation == VEXO_ROT_180 ||
+                         rotation == VEXO_ROT_VERT;
+  const int64_t first = backwards ? sizes[p] - rows.end : rows.begin;
+  // The copy of 16-bit units rounds strides down.
+  const int32_t exact =
+      rotation == VEXO_ROT_COPY && kernels.unit == 2 ? ~1 : ~0;
+  const int64_t step = quarter ? kernels.unit : src.stride[p] & exact;
+  const int64_t dst_step = dst.stride[p] & exact;
+  kernels.by_code[rotation](
+      src.plane[p] + first * step, quarter ? count : src.width[p],
+      quarter ? src.height[p] : count, src.stride[p], dst.stride[p],
+      dst.plane[p] + rows.begin * dst_step);
+}
+
+int32_t turn(const vexo_img &src, uint32_t rotation, const vexo_img &dst,
+             RowRange rows) {
+  static constexpr Kernels kKernels[] = {{1, vexo_tbl_fn_rot_8b},
+                                         {2, vexo_tbl_fn_rot_16b},
+                                         {3, vexo_tbl_fn_rot_24b},
+                                         {4, vexo_tbl_fn_rot_32b}};
+  const int32_t format = src.format;
+  const int unit = is_planar_yuv(format) ? 1 : rgb_bytes(format);
+  if (rotation > VEXO_ROT_VERT || unit == 0) return VEXO_ERR_UNSUPPORTED;
+  turn_plane(kKernels[unit - 1], rotation, src, dst, 0, rows);
+  if (has_chroma_pairs(format)) {
+    turn_plane(kKernels[1], rotation, src, dst, 1, rows);
+  } else if (unit == 1 && format != VEXO_FMT_YUV400) {
+    turn_plane(kKernels[0], rotation, src, dst, 1, rows);
+    turn_plane(kKernels[0], rotation, src, dst, 2, rows);
+  }
+  return VEXO_OK;
 }
 
 }  // namespace
@@ -104,21 +150,18 @@ LOX_KERNELS(24b, 3)
 LOX_KERNELS(32b, 4)
 
 int32_t vexo_rot(const vexo_img *src, uint32_t rotation, const vexo_img *dst) {
-  using lox::turn_plane;
-  static vexo_rot_kernel *const *const kKernels[] = {
-      vexo_tbl_fn_rot_8b, vexo_tbl_fn_rot_16b, vexo_tbl_fn_rot_24b,
-      vexo_tbl_fn_rot_32b};
-  const int32_t format = src->format;
-  const int unit = lox::is_planar_yuv(format) ? 1 : lox::rgb_bytes(format);
-  if (rotation > VEXO_ROT_VERT || unit == 0) return VEXO_ERR_UNSUPPORTED;
-  turn_plane(kKernels[unit - 1], rotation, *src, *dst, 0);
-  if (lox::has_chroma_pairs(format)) {
-    turn_plane(vexo_tbl_fn_rot_16b, rotation, *src, *dst, 1);
-  } else if (unit == 1 && format != VEXO_FMT_YUV400) {
-    turn_plane(vexo_tbl_fn_rot_8b, rotation, *src, *dst, 1);
-    turn_plane(vexo_tbl_fn_rot_8b, rotation, *src, *dst, 2);
+  return lox::turn(*src, rotation, *dst, lox::kAllRows);
+}
+
+int32_t vexo_rot_rows(const vexo_img *src, uint32_t rotation,
+                      const vexo_img *dst, int32_t y0, int32_t y1) {
+  const lox::RowRange rows = {y0, y1};
+  const int32_t height =
+      lox::is_quarter(rotation) ? src->width[0] : src->height[0];
+  if (!lox::is_range(rows, height, lox::has_half_rows(src->format))) {
+    return VEXO_ERR_ARG;
   }
-  return VEXO_OK;
+  return lox::turn(*src, rotation, *dst, rows);
 }
 
 }  // extern "C"

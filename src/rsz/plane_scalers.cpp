@@ -43,6 +43,7 @@ ScaleJob make_job(SampleType type, Turn turn, const Plane &p, Axis across,
           .turn = turn,
           .across = across,
           .down = down,
+          .rows = {p.rows.begin, p.rows.end < down.dst ? p.rows.end : down.dst},
           .at_once = across.scaling < Scaling::kEnlarge &&
                      down.scaling < Scaling::kEnlarge,
           .src = p.src,
@@ -75,9 +76,6 @@ int64_t scratch_for(SampleType type, Turn turn, const Plane &plane) {
   return 2 * int64_t{s.width} * type.unit;
 }
 
-namespace {
-
-// Reduces 16-bit components, by whole factors only.
 int32_t reduce_words(int32_t unit, const Plane &p) {
   const Sizes s(Turn::kNone, p);
   if (!s.valid()) return VEXO_ERR_ARG;
@@ -87,14 +85,12 @@ int32_t reduce_words(int32_t unit, const Plane &p) {
   const int64_t src_step = p.src_stride & ~1;
   const int64_t dst_step = p.dst_stride & ~1;
   const auto box16 = scale_rows().box16;
-  for (int64_t y = 0; y < s.height; ++y) {
+  for (int64_t y = p.rows.begin; y < s.height && y < p.rows.end; ++y) {
     const uint8_t *const row = p.src + src_step * down * y;
     box16(row, row + src_step, p.dst + dst_step * y, unit, factor, s.width);
   }
   return VEXO_OK;
 }
-
-}  // namespace
 
 }  // namespace lox
 

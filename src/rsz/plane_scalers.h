@@ -16,6 +16,8 @@ struct Plane {
   int32_t dst_width, dst_height;  // after the turn
   uint8_t *dst;
   int32_t src_stride, dst_stride;
+  // Of the destination as it is before the turn.
+  RowRange rows = kAllRows;
 
   // The destination's sizes before the turn.
   int32_t width(Turn turn) const {
@@ -47,6 +49,10 @@ ScaleJob make_job(SampleType type, Turn turn, const Plane &plane, Axis across,
 // Returns a status.
 int32_t scale(SampleType type, Turn turn, const Plane &plane, int32_t mode,
               uint8_t *scratch);
+
+// Reduces 16-bit components of units of 2 or 4 bytes, by whole factors only.
+// Returns a status.
+int32_t reduce_words(int32_t unit, const Plane &plane);
 
 // Bytes of scratch that scale() wants for this plane; 0 for none.
 int64_t scratch_for(SampleType type, Turn turn, const Plane &plane);

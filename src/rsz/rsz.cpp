@@ -52,6 +52,20 @@ Plane plane_of(const vexo_img &src, const vexo_img &dst, int p) {
           dst.height[p], dst.plane[p], src.stride[p], dst.stride[p]};
 }
 
+// Rows of a plane that is copied, which has the source's sizes. `even`: strides
+// are rounded down.
+Plane plane_to_copy(const vexo_img &src, const vexo_img &dst, int p,
+                    RowRange asked, bool even) {
+  Plane plane = plane_of(src, dst, p);
+  const RowRange rows = rows_of_plane(asked, src.height[0], plane.src_height);
+  const int64_t mask = even ? ~int64_t{1} : ~int64_t{0};
+  plane.src_height = plane.src_width < 1 ? 0 : rows.end - rows.begin;
+  if (plane.src_height < 1) return plane;
+  plane.src += (plane.src_stride & mask) * rows.begin;
+  plane.dst += (plane.dst_stride & mask) * rows.begin;
+  return plane;
+}
+
 void copy(SampleType type, const Plane &p) {
   if (p.src_width < 1) return;
   const auto by = [&p](auto *kernel, int32_t width) {
@@ -72,7 +86,7 @@ void copy(SampleType type, const Plane &p) {
 }
 
 int32_t scale_planes(const Layout &layout, Turn turn, const vexo_img &src,
-                     const vexo_img &dst) {
+                     const vexo_img &dst, RowRange rows) {
   int64_t size = 0;
   for (int p = 0; p < layout.planes; ++p) {
     const int64_t wanted =
@@ -86,8 +100,9 @@ int32_t scale_planes(const Layout &layout, Turn turn, const vexo_img &src,
   }
   int32_t status = VEXO_OK;
   for (int p = 0; p < layout.planes && status == VEXO_OK; ++p) {
-    status =
-        scale(layout.type[p], turn, plane_of(src, dst, p), dst.mode, scratch);
+    Plane plane = plane_of(src, dst, p);
+    plane.rows = rows_of_plane(rows, dst.height[0], plane.height(turn));
+    status = scale(layout.type[p], turn, plane, dst.mode, scratch);
   }
   mlox_mfree_align32(scratch);
   return status;
@@ -100,10 +115,10 @@ bool same_size(const vexo_img &a, const vexo_img &b) {
 // 16-bit samples in plane 0, pairs of them in plane 1. Quirk: plane 0 is
 // written before plane 1 is checked, because planes are scaled one after the
 // other.
-int32_t scale_p010(const vexo_img &src, const vexo_img &dst) {
-  const Plane luma = plane_of(src, dst, 0);
-  const Plane chroma = plane_of(src, dst, 1);
+int32_t scale_p010(const vexo_img &src, const vexo_img &dst, RowRange rows) {
   if (same_size(src, dst)) {
+    const Plane luma = plane_to_copy(src, dst, 0, rows, true);
+    const Plane chroma = plane_to_copy(src, dst, 1, rows, true);
     vexo_cpy_16b(luma.src, luma.src_width, luma.src_height, luma.src_stride,
                  luma.dst_stride, luma.dst);
     if (chroma.src_width < 1 || chroma.src_width > INT32_MAX / 2) {
@@ -113,12 +128,28 @@ int32_t scale_p010(const vexo_img &src, const vexo_img &dst) {
                  chroma.src_stride, chroma.dst_stride, chroma.dst);
     return VEXO_OK;
   }
-  const auto reduce = [](vexo_rsz_scaler *scaler, const Plane &p) {
-    return scaler(p.src, p.src_width, p.src_height, p.dst_width, p.dst_height,
-                  p.dst, nullptr, p.src_stride, p.dst_stride, 0);
-  };
-  const int32_t status = reduce(vexo_rsz_16b, luma);
-  return status != VEXO_OK ? status : reduce(vexo_rsz_16b16b, chroma);
+  for (int p = 0; p < 2; ++p) {
+    Plane plane = plane_of(src, dst, p);
+    plane.rows = rows_of_plane(rows, dst.height[0], plane.dst_height);
+    const int32_t status = reduce_words(p == 0 ? 2 : 4, plane);
+    if (status != VEXO_OK) return status;
+  }
+  return VEXO_OK;
+}
+
+int32_t scale_image(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+  if (src.format != dst.format) return VEXO_ERR_ARG;
+  if (src.format == VEXO_FMT_P010LE) return scale_p010(src, dst, rows);
+  const Layout layout = layout_of(src.format);
+  if (layout.planes == 0) return VEXO_ERR_UNSUPPORTED;
+  if (!same_size(src, dst)) {
+    return scale_planes(layout, Turn::kNone, src, dst, rows);
+  }
+  for (int p = 0; p < layout.planes; ++p) {
+    const SampleType type = layout.type[p];
+    copy(type, plane_to_copy(src, dst, p, rows, type.rgb565));
+  }
+  return VEXO_OK;
 }
 
 }  // namespace
@@ -130,18 +161,16 @@ using lox::Turn;
 extern "C" {
 
 int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst) {
-  using namespace lox;
-  if (src->format != dst->format) return VEXO_ERR_ARG;
-  if (src->format == VEXO_FMT_P010LE) return scale_p010(*src, *dst);
-  const Layout layout = layout_of(src->format);
-  if (layout.planes == 0) return VEXO_ERR_UNSUPPORTED;
-  if (!same_size(*src, *dst)) {
-    return scale_planes(layout, Turn::kNone, *src, *dst);
+  return lox::scale_image(*src, *dst, lox::kAllRows);
+}
+
+int32_t vexo_rsz_rows(const vexo_img *src, const vexo_img *dst, int32_t y0,
+                      int32_t y1) {
+  const lox::RowRange rows = {y0, y1};
+  if (!lox::is_range(rows, dst->height[0], lox::has_half_rows(dst->format))) {
+    return VEXO_ERR_ARG;
   }
-  for (int p = 0; p < layout.planes; ++p) {
-    copy(layout.type[p], plane_of(*src, *dst, p));
-  }
-  return VEXO_OK;
+  return lox::scale_image(*src, *dst, rows);
 }
 
 int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
@@ -159,7 +188,7 @@ int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,
   if (unscaled) return vexo_rot(src, rotation, dst);
   const Layout layout = yuv_layout(src->format);
   if (layout.planes == 0) return VEXO_ERR_UNSUPPORTED;
-  return scale_planes(layout, turn, *src, *dst);
+  return scale_planes(layout, turn, *src, *dst, kAllRows);
 }
 
 }  // extern "C"

@@ -157,8 +157,9 @@ void scale_strip(const ScaleJob &job, const ScaleRows &rows,
   const bool mod1 = job.down.scaling == Scaling::kEnlargeMod1;
   AcrossRows across(job, rows, columns);
   Sink sink(job, columns);
-  Walk walk(job.down, 0);
-  for (int32_t y = 0; y < job.down.dst; ++y) {
+  if (job.rows.begin >= job.rows.end) return;
+  Walk walk(job.down, job.rows.begin);
+  for (int32_t y = job.rows.begin; y < job.rows.end; ++y) {
     const Step step = walk.next();
     uint8_t *const to = sink.to(y);
     if (step.part == 0) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "common/row_range.h"
 #include "rsz/walk.h"
 
 namespace lox {
@@ -30,6 +31,7 @@ struct ScaleJob {
   SampleType type;
   Turn turn;
   Axis across, down;  // the source's, before the turn
+  RowRange rows;      // of the output, before the turn, too
   // Both directions in one, sums of four: where both shrink. Else rows are
   // scaled across first and rounded to samples before they are blended.
   bool at_once;
@@ -42,7 +44,7 @@ struct ScaleJob {
   uint8_t *scratch;
 };
 
-// Scales the plane, whose sizes are 1 or more.
+// Scales these rows of the plane, whose sizes are 1 or more.
 void interpolate_plane(const ScaleJob &job);
 
 }  // namespace lox

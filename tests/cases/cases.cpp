@@ -190,6 +190,21 @@ void Picture::add_to(Sink &sink) const {
   for (const Buffer &buffer : buffer_) sink.add(buffer.data(), buffer.size());
 }
 
+std::vector<uint8_t> Picture::content() const {
+  std::vector<uint8_t> bytes;
+  for (const Buffer &buffer : buffer_) {
+    bytes.insert(bytes.end(), buffer.data(), buffer.data() + buffer.size());
+  }
+  return bytes;
+}
+void Picture::set_content(const std::vector<uint8_t> &bytes) {
+  auto from = bytes.begin();
+  for (const Buffer &buffer : buffer_) {
+    std::copy_n(from, buffer.size(), buffer.data());
+    from += static_cast<std::ptrdiff_t>(buffer.size());
+  }
+}
+
 ExactImage planes_by_code(Source &source, int32_t format, int32_t width,
                           int32_t height) {
   if (format == VEXO_FMT_P010LE) {

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "support/exact_sizes.h"
 #include "support/generator.h"
@@ -119,6 +120,10 @@ class Picture {
 
   // Every byte, padding too.
   void add_to(Sink &sink) const;
+  // The same of all planes, one behind the other.
+  std::vector<uint8_t> content() const;
+  void set_content(const std::vector<uint8_t> &bytes);
+  int64_t bytes(int p) const { return int64_t(buffer_[p].size()); }
 
   vexo_img img = {};
 

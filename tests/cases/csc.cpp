@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "cases/by_rows.h"
 #include "cases/cases.h"
 #include "cases/conversion.h"
 
@@ -118,16 +119,21 @@ void entry(const Function &function, Source &source, Sink &sink) {
                           : source.one_of(kStandards);
   dst.img.color_std =
       source.one_in(4) ? source.one_of(kStandards) : src.img.color_std;
-  const auto call = function.as<decltype(vexo_csc)>();
-  sink.add(static_cast<uint32_t>(call(&src.img, &dst.img)));
+  const auto some = [&](int32_t y0, int32_t y1) {
+    return function.as<decltype(vexo_csc_rows)>()(&src.img, &dst.img, y0, y1);
+  };
+  const int32_t status =
+      takes_rows(function)
+          ? by_rows(&dst, src.img.height[0], to, some)
+          : function.as<decltype(vexo_csc)>()(&src.img, &dst.img);
+  sink.add(static_cast<uint32_t>(status));
   dst.add_to(sink);
 }
 
 #define KERNEL(name) LOX_FUNCTION(conversion, name),
 const Function kFunctions[] = {
-    LOX_FUNCTION(entry, vexo_csc),
-    LOX_FUNCTION(entry, vexo_csc_bt601_fr),
-    LOX_FUNCTION(entry, vexo_csc_bt709),
+    LOX_FUNCTION(entry, vexo_csc),          LOX_FUNCTION(entry, vexo_csc_rows),
+    LOX_FUNCTION(entry, vexo_csc_bt601_fr), LOX_FUNCTION(entry, vexo_csc_bt709),
     LOX_FUNCTION(entry, vexo_csc_bt709_fr),
 #include "vexo_csc_kernel.inc"
 };

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "cases/by_rows.h"
 #include "cases/cases.h"
 
 namespace lox_test {
@@ -56,9 +57,17 @@ void picture(const Function &function, Source &source, Sink &sink) {
   dst.set(rotation == 1 || rotation == 2 ? turned(image) : image);
   src.img.format = dst.img.format = format;
   if (source.one_in(8)) dst.img.format = source.format();
+  const auto some = [&](int32_t y0, int32_t y1) {
+    return function.as<decltype(vexo_rot_rows)>()(&src.img, rotation, &dst.img,
+                                                  y0, y1);
+  };
+  const bool quarter = rotation == 1 || rotation == 2;
+  const int32_t rows = quarter ? src.img.width[0] : src.img.height[0];
   const int32_t status =
       copies ? function.as<decltype(vexo_cpy)>()(&src.img, &dst.img)
-             : function.as<decltype(vexo_rot)>()(&src.img, rotation, &dst.img);
+      : takes_rows(function)
+          ? by_rows(&dst, rows, format, some)
+          : function.as<decltype(vexo_rot)>()(&src.img, rotation, &dst.img);
   sink.add(static_cast<uint32_t>(status));
   dst.add_to(sink);
 }
@@ -163,6 +172,7 @@ const Function kFunctions[] = {
     LOX_FUNCTION(block_copy, mlox_blk_mcpy),
     LOX_FUNCTION(picture, vexo_cpy),
     LOX_FUNCTION(picture, vexo_rot),
+    LOX_FUNCTION(picture, vexo_rot_rows),
     LOX_FUNCTION(window, vexo_crop),
     LOX_FUNCTION(window, vexo_padding),
     LOX_MEMORY(align32),

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cases/by_rows.h"
 #include "cases/cases.h"
 
 namespace lox_test {
@@ -142,9 +143,14 @@ void picture(const Function &function, Source &source, Sink &sink) {
   src.img.format = dst.img.format = format;
   if (source.one_in(16)) dst.img.format = source.format();
   dst.img.mode = source.one_in(2) ? VEXO_MODE_MOD1 : 0;
+  const auto some = [&](int32_t y0, int32_t y1) {
+    return function.as<decltype(vexo_rsz_rows)>()(&src.img, &dst.img, y0, y1);
+  };
   const int32_t status =
       turns
           ? function.as<decltype(vexo_rsz_rot)>()(&src.img, rotation, &dst.img)
+      : takes_rows(function)
+          ? by_rows(&dst, dst.img.height[0], dst.img.format, some)
           : function.as<decltype(vexo_rsz)>()(&src.img, &dst.img);
   sink.add(static_cast<uint32_t>(status));
   dst.add_to(sink);
@@ -184,6 +190,7 @@ void bilinear(const Function &function, Source &source, Sink &sink) {
 
 const Function kFunctions[] = {
     LOX_FUNCTION(picture, vexo_rsz),
+    LOX_FUNCTION(picture, vexo_rsz_rows),
     LOX_FUNCTION(picture, vexo_rsz_rot),
     LOX_FUNCTION(bilinear, vexo_rsz_8b_org),
 #define KERNEL(name) LOX_FUNCTION(scaler, name),

@@ -158,10 +158,15 @@ int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
 
 std::vector<Rule> rot_rules() {
   return {
-      rule_for(mlox_blk_mcpy, block_copy), rule_for(vexo_cpy, copy),
-      rule_for(vexo_rot, turn_picture),    rule_for(vexo_crop, window),
-      rule_for(vexo_padding, window),      rule_for(vexo_cpy_8b, kernel),
-      rule_for(vexo_cpy_16b, kernel),      rule_for(vexo_cpy_24b, kernel),
+      rule_for(mlox_blk_mcpy, block_copy),
+      rule_for(vexo_cpy, copy),
+      rule_for(vexo_rot, turn_picture),
+      rule_for_rows(vexo_rot_rows, turn_picture),
+      rule_for(vexo_crop, window),
+      rule_for(vexo_padding, window),
+      rule_for(vexo_cpy_8b, kernel),
+      rule_for(vexo_cpy_16b, kernel),
+      rule_for(vexo_cpy_24b, kernel),
       rule_for(vexo_cpy_32b, kernel),
 #define KERNEL(name) rule_for(name, kernel),
 #include "vexo_rot_kernel.inc"

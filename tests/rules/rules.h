@@ -23,6 +23,14 @@ Rule rule_for(Result (*function)(Arguments...),
           reinterpret_cast<AnyFunction>(rule)};
 }
 
+// Of a function of rows the rule is that of whole pictures.
+template <class... Arguments, class... WithRows>
+Rule rule_for_rows(int32_t (*function)(WithRows...),
+                   int32_t (*rule)(const Function &, Arguments...)) {
+  return {reinterpret_cast<AnyFunction>(function),
+          reinterpret_cast<AnyFunction>(rule)};
+}
+
 std::vector<Rule> csc_rules();
 std::vector<Rule> layout_rules();
 std::vector<Rule> rot_rules();
