@@ -18,10 +18,10 @@ constexpr int kLevels = static_cast<int>(sizeof(kNames) / sizeof(kNames[0]));
 
 namespace detail {
 constinit int isa_level_now = 0;
-constinit bool gathering_now = false;
+constinit LookUps look_ups_now = LookUps::kLoads;
 }  // namespace detail
 
-void set_gathering(bool on) { detail::gathering_now = on; }
+void set_look_ups(LookUps how) { detail::look_ups_now = how; }
 
 int isa_best() {
 #if defined(__x86_64__) || defined(__i386__)
@@ -58,8 +58,12 @@ namespace {
 #if defined(__x86_64__) || defined(__i386__)
   unsigned a = 0, b = 0, c = 0, d = 0;
   constexpr unsigned kHalfPrecision = 1u << 23;
-  set_gathering(__get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 &&
-                (d & kHalfPrecision) != 0);
+  if (__builtin_cpu_is("amd")) {
+    set_look_ups(LookUps::kRegisters);
+  } else if (__get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 &&
+             (d & kHalfPrecision) != 0) {
+    set_look_ups(LookUps::kGathers);
+  }
 #endif
 }
 

@@ -42,17 +42,20 @@ inline int isa_level() { return detail::isa_level_now; }
 int isa_best();
 const char *isa_name(int level);
 
-// Whether AVX-512's gathering loads are faster than as many single ones. Chosen
-// when the library is loaded; false until then. Measured: they are on
-// processors with half-precision AVX-512. Those without it gather slowly:
-// AMD's, and Intel's, whose microcode slows gathers down to close a leak.
+// How AVX-512 looks entries of tables up: by single loads, by gathering ones or
+// in registers. Chosen when the library is loaded; single loads until then.
+// Measured: gathers pay on processors with half-precision AVX-512. Those
+// without it gather slowly: AMD's, and Intel's, whose microcode slows gathers
+// down to close a leak. AMD's permute two registers in a cycle or less, Intel's
+// in two.
+enum class LookUps { kLoads, kGathers, kRegisters };
 namespace detail {
-extern bool gathering_now;
+extern LookUps look_ups_now;
 }
-inline bool gathering() { return detail::gathering_now; }
+inline LookUps look_ups() { return detail::look_ups_now; }
 
 // For tests, on one thread. Not exported.
-void set_gathering(bool on);
+void set_look_ups(LookUps how);
 
 // For tests and benchmarks, on one thread: runs `level`, or the best one if the
 // machine has less. Not exported.

@@ -8,6 +8,7 @@
 #include <string.h>
 
 #include "common/format.h"
+#include "hdr/curves.h"
 #include "hdr/hdr_rows.h"
 
 namespace lox {
@@ -202,9 +203,16 @@ class RowMapper {
         rows_(hdr_rows()),
         destination_(*context.dst, rows_, variant_of(context)),
         toe_(toe_of(context)),
-        to_sdr_((gathering()
+        to_sdr_((look_ups() == LookUps::kGathers
                      ? rows_.to_sdr_gathering
-                     : rows_.to_sdr)[context.hlg != 0][variant_of(context)]) {}
+                     : rows_.to_sdr)[context.hlg != 0][variant_of(context)]) {
+    if (look_ups() != LookUps::kRegisters) return;
+    // Callers' contexts may have a gamma of their own.
+    if (memcmp(context.gamma, kGamma, sizeof kGamma) != 0) return;
+    in_registers_ =
+        rows_.to_sdr_in_registers[context.hlg != 0][variant_of(context)];
+    if (in_registers_ != nullptr) fill_tables();
+  }
 
   const Destination &destination() const { return destination_; }
 
@@ -228,7 +236,11 @@ class RowMapper {
     HdrRun run;
     (source_.pairs() ? rows_.codes_of_p010 : rows_.codes_of_planar16)(
         &run, from.luma, from.u, from.v, n);
-    to_sdr_(&run, &context_, toe_, n);
+    if (in_registers_ != nullptr) {
+      in_registers_(&run, tables_, n);
+    } else {
+      to_sdr_(&run, &context_, toe_, n);
+    }
     destination_.put(run, to, n);
   }
 
@@ -245,12 +257,25 @@ class RowMapper {
     destination_.copy(padded, to, n);
   }
 
+  void fill_tables() {
+    memcpy(tables_.linear,
+           context_.hlg != 0 ? context_.hlg_linear : context_.pq,
+           sizeof tables_.linear);
+    for (int i = 0; i < 256; ++i) {
+      const int entry = context_.gain[i];
+      tables_.gain[i] = static_cast<uint16_t>(entry * 16);
+      tables_.rise[i] = static_cast<uint16_t>(context_.gain[i + 1] - entry);
+    }
+  }
+
   const vexo_hdr_context &context_;
   Source source_;
   const HdrRows &rows_;
   Destination destination_;
   int toe_;
   HdrRows::ToSdr *to_sdr_;
+  HdrRows::ToSdrInRegisters *in_registers_ = nullptr;
+  HdrTables tables_;
 };
 
 // Quirk: once for each chunk of a row, in these words, because callers look for

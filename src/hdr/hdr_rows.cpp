@@ -12,6 +12,8 @@
 
 #if defined(LOX_SET_neon)
 #include "hdr/tone_neon.h"
+#elif defined(LOX_SET_avx512)
+#include "hdr/tone_avx512.h"
 #elif LOX_VECTORS
 #include "hdr/tone_x86.h"
 #endif
@@ -433,6 +435,14 @@ constinit const HdrRows hdr_rows = {
     .codes_of_p010 = to_codes<P010>,
     .to_sdr = LOX_TO_SDR(ByLoads),
     .to_sdr_gathering = LOX_TO_SDR(ByGathers),
+#if defined(LOX_SET_avx512)
+    .to_sdr_in_registers = {{to_sdr_in_registers<false, Standard>,
+                             to_sdr_in_registers<false, Mild>},
+                            {to_sdr_in_registers<true, Standard>,
+                             to_sdr_in_registers<true, Mild>}},
+#else
+    .to_sdr_in_registers = {},
+#endif
     .put_rgb888 = put_rgb<kRgb888>,
     .put_rgba8888 = put_rgb<kRgba8888>,
     .put_argb8888 = put_rgb<kArgb8888>,

@@ -28,6 +28,14 @@ struct HdrRun {
   alignas(64) uint8_t blue[kHdrRun];
 };
 
+// The context's tables as registers take them.
+struct HdrTables {
+  alignas(64) uint16_t linear[1024];
+  // An entry of gain, times 16, and the next one less it.
+  alignas(64) uint16_t gain[256];
+  alignas(64) uint16_t rise[256];
+};
+
 struct HdrRows {
   // The largest of every `step`-th sample, 2 or 4, of every `step`-th row of a
   // plane without padding; 0 of none. Reads nothing behind the last such row.
@@ -52,6 +60,10 @@ struct HdrRows {
   ToSdr *to_sdr[2][2];
   // The same by gathering loads, where the set has them; else the same.
   ToSdr *to_sdr_gathering[2][2];
+  // The same in registers, of contexts whose gamma is kGamma; null where the
+  // set has too few.
+  using ToSdrInRegisters = void(HdrRun *run, const HdrTables &tables, int n);
+  ToSdrInRegisters *to_sdr_in_registers[2][2];
 
   using Put = void(uint8_t *dst, const HdrRun *run, int n);
   Put *put_rgb888;

@@ -30,7 +30,7 @@ bool agree(const Function &function, const Function &rule, int number,
   seed.add(static_cast<uint64_t>(number));
   // Loads of every kind, and large pictures past the caches, whatever the
   // processor gains.
-  lox::set_gathering(number % 2 == 0);
+  lox::set_look_ups(static_cast<lox::LookUps>(number % 3));
   lox::set_streaming(true);
   uint64_t portable = 0;
   for (int level = 0; level <= lox::isa_best(); ++level) {
