@@ -90,10 +90,10 @@ VEXO_API int32_t vexo_hdr_to_sdr(vexo_img *src, const vexo_img *dst,
  * source_nit, Analyze_SrcLuma's if it is measured, "final nit : %d\n".
  *
  * The rows are done by this thread and three that it starts and joins; the part
- * of one that cannot be started is done by this thread. Destinations whose
- * bands lie over each other get what doing one band after the other leaves,
- * from this thread alone. A width or height below 1 gives the log lines and no
- * pixels.
+ * of one that cannot be started is done by this thread. Pictures of fewer than
+ * 32768 pixels are done by this thread alone, and so are destinations whose
+ * bands lie over each other, which get what doing one band after the other
+ * leaves. A width or height below 1 gives the log lines and no pixels.
  *
  * Returns VEXO_OK; VEXO_ERR_ARG, with nothing written or logged, when memory
  * (some 9 KiB) cannot be had.
