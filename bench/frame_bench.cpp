@@ -9,11 +9,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <optional>
 #include <regex>
 
+#include "common/caches.h"
 #include "common/isa.h"
 #include "contender.h"
 
@@ -158,6 +160,17 @@ void time_frames(benchmark::State &state, const Row &row,
   state.counters["units"] = row.job.units();
 }
 
+// For experiments: the bytes of a destination from which on it is written past
+// the caches.
+void set_stream_from() {
+  const char *const from = std::getenv("BENCH_STREAM_FROM");
+  if (from == nullptr) return;
+  lox::MemoryRule rule = lox::memory_now();
+  rule.stream_rows = rule.stream_columns = std::strtoull(from, nullptr, 0);
+  lox::set_memory_rule(rule);
+  benchmark::AddCustomContext("stream_from", from);
+}
+
 void record_versions() {
 #if defined(__clang__)
   benchmark::AddCustomContext("compiler", __VERSION__);
@@ -216,6 +229,7 @@ int main(int argc, char **argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   record_versions();
+  set_stream_from();
   std::vector<Row> rows;
   size_t src_bytes = 0, dst_bytes = 0;
   for (const Workload &workload : kWorkloads) {

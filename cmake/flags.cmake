@@ -14,6 +14,7 @@ set(ORUMLOX_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,und
 if(ORUMLOX_SANITIZE)
   add_compile_options(-fsanitize=${ORUMLOX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${ORUMLOX_SANITIZE})
+  add_compile_definitions(LOX_SANITIZED)
 endif()
 
 # What scripts/coverage.sh prints.

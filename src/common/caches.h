@@ -1,35 +1,61 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// From which sizes on memory is written past the caches or fetched ahead.
+// How memory is written on this machine: what goes past the caches, what is
+// fetched ahead. docs/memory.md has the rule and what was measured.
 #pragma once
 
 #include <stddef.h>
+#include <stdint.h>
 
 namespace lox {
 
-// From this many bytes on, a destination is taken to leave the caches before it
-// is read, so it may be written past them. Measured: below, a picture that is
-// written again and again gains from the caches.
+// The caches of data that one core sees, in bytes.
+struct CacheSizes {
+  size_t second, last;
+};
+
+// Two kinds of core were measured. Nothing but the vendor tells them apart.
+// kStreams, AMD's: stores past the caches are as fast as memory, and lines that
+// are fetched before they are written cost time. kFetches, Intel's and whatever
+// else there is: stores past the caches cost more than they save, and lines
+// that are fetched save a sixth.
+enum class Core { kFetches, kStreams };
+
+struct MemoryRule {
+  // Destinations of so many bytes are written past the caches: by conversions
+  // along their rows, by quarter turns in columns.
+  size_t stream_rows, stream_columns;
+  // Whether lines are fetched before they are written, and stored in halves.
+  bool fetches;
+  // A call that reads and writes so many bytes works further away than the
+  // second cache.
+  size_t far_from;
+  // Whether the processor's own copy of a string is the fastest of long runs.
+  bool strings;
+};
+
+MemoryRule memory_rule(Core core, CacheSizes caches, bool strings);
+
+// What holds now. Chosen when the library is loaded: until then nothing is
+// written past the caches.
+namespace detail {
+extern MemoryRule memory_now;
+}
+[[gnu::always_inline]] static inline const MemoryRule &memory_now() {
+  return detail::memory_now;
+}
+
+// For tests and benchmarks, on one thread. Not exported.
+void set_memory_rule(const MemoryRule &rule);
+
+// From this many bytes on a copy is the C library's, which knows best which
+// caches to use.
 constexpr size_t kBeyondCaches = size_t{4} << 20;
 
-// Whether writing past the caches gains on this processor. On AMD's it does; on
-// Intel's it costs more than it saves, even where memory is the limit. Chosen
-// when the library is loaded; false until then.
-namespace detail {
-extern bool streaming_now;
-}
-inline bool streaming() { return detail::streaming_now; }
-
-// For tests, on one thread. Not exported.
-void set_streaming(bool on);
-
-// A call that reads and writes this many bytes is taken to work further away
-// than the second-level cache: lines are then fetched some way ahead of being
-// written. Measured on Intel: a sixth less time where memory is the limit,
-// nothing lost where the third-level cache is.
-constexpr size_t kFetchAheadFrom = size_t{3} << 19;
-
-// From this many bytes on, a copy does not gain from the widest registers.
+// From this many bytes on, a copy is not of what the nearest cache holds.
 constexpr size_t kLongCopy = size_t{16} << 10;
+
+// From this many bytes on a string repays its start.
+constexpr size_t kLongString = size_t{4} << 10;
 
 }  // namespace lox

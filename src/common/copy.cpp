@@ -52,8 +52,9 @@ void copy_plane(uint8_t *dst, int64_t dst_step, const uint8_t *src,
   if (row_bytes < 1 || rows < 1) return;
   const CopyRows &kernels = copy_rows();
   // Of rows as long as kBeyondCaches copy() itself chooses by the length.
-  const bool far = row_bytes < int64_t{kBeyondCaches} &&
-                   row_bytes * rows >= int64_t{kFetchAheadFrom / 2};
+  const bool far =
+      row_bytes < int64_t{kBeyondCaches} &&
+      static_cast<uint64_t>(row_bytes * rows) >= memory_now().far_from / 2;
   const auto copy = far ? kernels.copy_far : kernels.copy;
   for (;;) {
     copy(dst, src, static_cast<size_t>(row_bytes));

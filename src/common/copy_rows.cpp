@@ -8,6 +8,13 @@
 #include "common/caches.h"
 #include "simd/simd.h"
 
+// Sanitizers do not see what an instruction of the source reads and writes.
+#if (defined(__x86_64__) || defined(__i386__)) && !defined(LOX_SANITIZED)
+#define LOX_STRINGS 1
+#else
+#define LOX_STRINGS 0
+#endif
+
 namespace lox::LOX_SET {
 
 namespace {
@@ -27,15 +34,38 @@ LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
       taken<1>(dst), taken<1>(src));
 }
 
+// By the processor's own copy, which need not fetch the lines it writes.
+void copy_string(uint8_t *dst, const uint8_t *src, size_t n) {
+#if LOX_STRINGS
+  // A string goes by lines only where the first begins.
+  constexpr size_t kLine = 64;
+  const uint8_t *from = src;
+  uint8_t *to = dst;
+  copy_vectors<Bulk>(to, from, kLine);
+  const size_t head = kLine - (reinterpret_cast<uintptr_t>(dst) & (kLine - 1));
+  dst += head;
+  src += head;
+  n -= head;
+  __asm__ volatile("rep movsb" : "+D"(dst), "+S"(src), "+c"(n) : : "memory");
+#else
+  memcpy(dst, src, n);
+#endif
+}
+
 void copy(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (n < Narrow::kBlock || n >= kBeyondCaches) {
-    // Short, or so long that the C library knows best which caches to use.
+  if (n < Narrow::kBlock) {
     memcpy(dst, src, n);
   } else if (n < Wide::kBlock) {
     copy_vectors<Narrow>(dst, src, n);
   } else if (n < kLongCopy) {
     copy_vectors<Wide>(dst, src, n);
-  } else if (n < kFetchAheadFrom / 2) {
+  } else if (kAhead != 0 && memory_now().strings) {
+    copy_string(dst, src, n);
+  } else if (n >= kBeyondCaches) {
+    // The C library knows best which caches to use.
+    memcpy(dst, src, n);
+  } else if (kAhead == 0 || !memory_now().fetches ||
+             n < memory_now().far_from / 2) {
     copy_vectors<Bulk>(dst, src, n);
   } else {
     copy_vectors<Bulk, true>(dst, src, n);
@@ -44,9 +74,14 @@ void copy(uint8_t *dst, const uint8_t *src, size_t n) {
 
 void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
   if (kAhead == 0 || n < Bulk::kBlock || n >= kBeyondCaches) {
-    return copy(dst, src, n);
+    copy(dst, src, n);
+  } else if (memory_now().fetches) {
+    copy_vectors<Bulk, true>(dst, src, n);
+  } else if (memory_now().strings && n >= kLongString) {
+    copy_string(dst, src, n);
+  } else {
+    copy(dst, src, n);
   }
-  copy_vectors<Bulk, true>(dst, src, n);
 }
 
 #else

@@ -14,12 +14,17 @@ namespace {
 // Steps are short: several make a turn of a loop.
 constexpr int kSteps = 2;
 
-// Calls kernel.operator()<V, kFetch>() for n units of kBytes read and as many
-// written: with lines fetched ahead when that is far from the nearer caches.
-template <size_t kBytes, class Kernel>
+// Whether lines are fetched before this many bytes are written, as many having
+// been read.
+LOX_INLINE bool fetches(ptrdiff_t bytes) {
+  return kAhead != 0 && memory_now().fetches &&
+         static_cast<size_t>(bytes) >= memory_now().far_from / 2;
+}
+
+// Calls kernel.operator()<V, kFetch>() for n units of kBytes.
+template <ptrdiff_t kBytes, class Kernel>
 LOX_INLINE ptrdiff_t fetching_if_large(ptrdiff_t n, Kernel kernel) {
-  if (kAhead != 0 &&
-      n >= static_cast<ptrdiff_t>(kFetchAheadFrom / (2 * kBytes))) {
+  if (fetches(n * kBytes)) {
     kernel.template operator()<Bulk, true>();
     return n;
   }
@@ -200,8 +205,7 @@ void swap(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
     i = n - n % kPairs;
   };
   // As little work as a copy.
-  if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) &&
-      4 * n < ptrdiff_t{kFetchAheadFrom}) {
+  if (n >= static_cast<ptrdiff_t>(kLongCopy / 2) && !fetches(2 * n)) {
     kernel.template operator()<Bulk, false>();
   } else {
     fetching_if_large<1>(2 * n, kernel);

@@ -22,11 +22,12 @@ Writing writing_of(RgbLayout layout, const KernelArgs &args) {
   const uintptr_t alignment =
       static_cast<uintptr_t>(yuv_to_rgb_rows().stream_alignment);
   const bool stream =
-      bytes >= kBeyondCaches && streaming() && alignment != 0 &&
+      alignment != 0 && bytes >= memory_now().stream_rows &&
       reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
       static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
   // A YUV pixel is taken for two bytes; it has one and a half to three.
-  return {stream, bytes + 2 * pixels >= kFetchAheadFrom};
+  return {stream,
+          memory_now().fetches && bytes + 2 * pixels >= memory_now().far_from};
 }
 
 namespace {

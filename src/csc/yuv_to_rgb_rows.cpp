@@ -273,6 +273,10 @@ struct RowCursor {
   }
 };
 
+// How far ahead the source of a picture is fetched that is written past the
+// caches, and so comes from behind them itself.
+constexpr int kSourceAhead = 1024;
+
 template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream>
 LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   const typename M::template Constants<V, Src::kU> constants;
@@ -287,6 +291,11 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
             prefetch(at.rgb0, kAhead, V::n * F.bytes);
             if (kRows == 2) prefetch(at.rgb1, kAhead, V::n * F.bytes);
           }
+        }
+        if constexpr (kStream) {
+          prefetch(at.y0, kSourceAhead, V::n * Src::kLumaBytes);
+          if (kRows == 2) prefetch(at.y1, kSourceAhead, V::n * Src::kLumaBytes);
+          prefetch(at.chroma0, kSourceAhead);
         }
         step<V, Src, F, M, kRows, kStream>(at, constants);
       },

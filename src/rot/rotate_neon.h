@@ -134,6 +134,7 @@ struct NarrowRotate {
     }
   }
   static constexpr int kLines = 2;
+  static constexpr bool kReadsForward = false;
 
   template <int kUnit>
   LOX_OP uint8x16_t backwards(uint8x16_t v) {
@@ -201,5 +202,9 @@ struct WideRotate : NarrowRotate {
     }
   }
 };
+
+using StreamRotate = WideRotate;
+template <int kUnit>
+constexpr bool kStreams = false;
 
 }  // namespace lox::LOX_SET

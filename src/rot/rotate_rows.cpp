@@ -21,6 +21,12 @@ namespace {
 
 #if LOX_VECTORS
 
+// Whether planes of so many bytes are beyond the second cache: the lines of the
+// source are then fetched.
+LOX_INLINE bool is_far(int64_t bytes) {
+  return kAhead != 0 && static_cast<uint64_t>(bytes) >= memory_now().far_from;
+}
+
 LOX_INLINE constexpr ptrdiff_t at_most(ptrdiff_t a, ptrdiff_t b) {
   return a < b ? a : b;
 }
@@ -48,24 +54,39 @@ LOX_INLINE void transpose_line(const uint8_t *src, ptrdiff_t src_step,
   }
 }
 
+// Fetches the source of a block that will be transposed. Each of its rows may
+// be a page of its own, which no processor does by itself.
+template <int kUnit>
+LOX_INLINE void fetch_rows(const uint8_t *src, ptrdiff_t src_step,
+                           ptrdiff_t width, ptrdiff_t height) {
+  for (ptrdiff_t y = 0; y < height; ++y) {
+    prefetch(src + y * src_step, 0, static_cast<int>(width * kUnit));
+  }
+}
+
 // A plane of a tile or more in squares of cache lines, downwards, so that the
-// destination is written along its rows: the lines of the next square are
-// fetched before they are written.
+// destination is written along its rows.
 template <class V, int kUnit>
 void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                      ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
   constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
   constexpr ptrdiff_t kRows = V::template kRows<kUnit>;
   constexpr ptrdiff_t kSquare = V::kLines * (kUnit == 3 ? 32 : 64 / kUnit);
+  const int64_t bytes = int64_t{width} * height * kUnit;
   // What is smaller is near already.
   const bool fetch =
-      kAhead != 0 && int64_t{width} * height * kUnit > int64_t{kLongCopy};
+      kAhead != 0 && memory_now().fetches && bytes > int64_t{kLongCopy};
+  const bool far = is_far(bytes);
   for (ptrdiff_t left = 0; left < width; left += kSquare) {
     const ptrdiff_t right = at_most(left + kSquare, width);
     const ptrdiff_t x = at_most(left, width - kCols);
     for (ptrdiff_t top = 0; top < height; top += kSquare) {
       const ptrdiff_t bottom = at_most(top + kSquare, height);
       const ptrdiff_t y = at_most(top, height - kRows);
+      if (far && bottom < height) {
+        fetch_rows<kUnit>(src + bottom * src_step + left * kUnit, src_step,
+                          right - left, at_most(kSquare, height - bottom));
+      }
       if (fetch && bottom < height) {
         for (ptrdiff_t i = left; i < right; ++i) {
           const uint8_t *const next = dst + i * dst_step + bottom * kUnit;
@@ -96,6 +117,35 @@ void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
   }
 }
 
+// The same past the caches, of whole squares: what the height leaves is not
+// done. A line is written at once, or its parts would go one by one.
+template <class V, int kUnit>
+void stream_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                  ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+  constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
+  constexpr ptrdiff_t kRows = V::template kRows<kUnit>;
+  constexpr ptrdiff_t kSquare = 64 / kUnit;
+  // Several lines of a source row before the next one.
+  constexpr ptrdiff_t kBlock = 4 * kSquare;
+  for (ptrdiff_t left = 0; left < width; left += kBlock) {
+    const ptrdiff_t right = at_most(left + kBlock, width);
+    for (ptrdiff_t top = 0; top + kSquare <= height; top += kSquare) {
+      const ptrdiff_t bottom = top + kSquare;
+      fetch_rows<kUnit>(src + bottom * src_step + left * kUnit, src_step,
+                        right - left, at_most(kSquare, height - bottom));
+      for (ptrdiff_t column = left; column < right; column += kCols) {
+        const ptrdiff_t x = at_most(column, width - kCols);
+        for (ptrdiff_t y = top; y < bottom; y += kRows) {
+          V::template transpose_tile<kUnit, true>(
+              src + y * src_step + x * kUnit, src_step,
+              dst + x * dst_step + y * kUnit, dst_step);
+        }
+      }
+    }
+  }
+  V::end_stream();
+}
+
 template <class V, int kUnit>
 constexpr bool holds_tile(ptrdiff_t width, ptrdiff_t height) {
   return width >= V::template kCols<kUnit> &&
@@ -108,6 +158,27 @@ template <int kUnit>
 void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
+  if constexpr (kStreams<kUnit>) {
+    constexpr ptrdiff_t kLine = 64;
+    constexpr ptrdiff_t kSquare = kLine / kUnit;
+    const bool aligned =
+        reinterpret_cast<uintptr_t>(dst) % kLine == 0 && dst_step % kLine == 0;
+    if (aligned &&
+        static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
+            memory_now().stream_columns &&
+        width >= StreamRotate::kCols<kUnit> && height >= kSquare) {
+      stream_plane<StreamRotate, kUnit>(src, src_step, dst, dst_step, width,
+                                        height);
+      const ptrdiff_t rest = height % kSquare;
+      if (rest == 0) return;
+      // As many rows as the ordinary tiles want, some of them again.
+      const ptrdiff_t rows = rest < kSquare / 2 ? kSquare / 2 : rest;
+      const ptrdiff_t y = height - rows;
+      src += y * src_step;
+      dst += y * kUnit;
+      height = rows;
+    }
+  }
   if (holds_tile<WideRotate, kUnit>(width, height)) {
     return transpose_plane<WideRotate, kUnit>(src, src_step, dst, dst_step,
                                               width, height);
@@ -128,41 +199,45 @@ void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
 }
 
 #if LOX_VECTORS
-// n units, a run or more. The last run ends at n and may do units again.
+// n units, a run or more, of which reverse_run reads those at one end and
+// writes those at the other. The last run may do units again.
 template <class V, int kUnit>
 LOX_INLINE void reverse_runs(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   constexpr ptrdiff_t kRun = V::template kRun<kUnit>;
   constexpr ptrdiff_t kRuns = kAhead == 0 ? 2 * kRun : 4 * kRun;
-  const uint8_t *const end = dst + n * kUnit;
+  constexpr int kMove = V::kReadsForward ? kUnit : -kUnit;
+  const uint8_t *from = V::kReadsForward ? src : src + n * kUnit;
+  uint8_t *to = V::kReadsForward ? dst + n * kUnit : dst;
+  const bool fetch = kAhead != 0 && memory_now().fetches;
   const size_t left = for_whole_units<kRuns, 1>(
       static_cast<size_t>(n), [&]() LOX_INLINE_LAMBDA {
-        if (kAhead != 0 && end - dst > kAhead) {
-          prefetch(dst, kAhead, kRuns * kUnit);
+        if (fetch && to - dst > kAhead) {
+          prefetch(to, -kAhead, kRuns * kUnit);
         }
         for (ptrdiff_t i = 0; i < kRuns; i += kRun) {
-          V::template reverse_run<kUnit>(src, dst);
+          V::template reverse_run<kUnit>(from, to);
         }
       });
   for_units<kRun, 1>(
       static_cast<ptrdiff_t>(left),
-      [&]() LOX_INLINE_LAMBDA { V::template reverse_run<kUnit>(src, dst); },
-      taken<-kUnit>(src), taken<kUnit>(dst));
+      [&]() LOX_INLINE_LAMBDA { V::template reverse_run<kUnit>(from, to); },
+      taken<kMove>(from), taken<-kMove>(to));
 }
 #endif
 
 template <int kUnit>
 void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
-  const uint8_t *from = src + n * kUnit;
 #if LOX_VECTORS
   if (n >= WideRotate::kRun<kUnit>) {
-    return reverse_runs<WideRotate, kUnit>(from, dst, n);
+    return reverse_runs<WideRotate, kUnit>(src, dst, n);
   }
   if constexpr (NarrowRotate::kRun<kUnit> < WideRotate::kRun<kUnit>) {
     if (n >= NarrowRotate::kRun<kUnit>) {
-      return reverse_runs<NarrowRotate, kUnit>(from, dst, n);
+      return reverse_runs<NarrowRotate, kUnit>(src, dst, n);
     }
   }
 #endif
+  const uint8_t *from = src + n * kUnit;
   for (; n > 0; --n, dst += kUnit) {
     from -= kUnit;
     memcpy(dst, from, kUnit);

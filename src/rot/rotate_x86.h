@@ -55,7 +55,8 @@ struct RotateOps {
     }
   }
 
-  template <int kUnit>
+  // Past the caches if `kStream`: not of units of three bytes.
+  template <int kUnit, bool kStream = false>
   LOX_OP void transpose_tile(const uint8_t *src, ptrdiff_t src_step,
                              uint8_t *dst, ptrdiff_t dst_step) {
     if constexpr (kUnit == 3) {
@@ -69,11 +70,12 @@ struct RotateOps {
       }
       transpose<kUnit>(v);
       for (int i = 0; i < kSide; ++i) {
-        R::template store<false>(dst, v[i]);
+        R::template store<kStream>(dst, v[i]);
         dst += dst_step;
       }
     }
   }
+  LOX_OP void end_stream() { V::end_stream(); }
 
   // 16 rows of eight units, 24 bytes: the first 16 of them and the last. Four
   // columns lie in each lane; a register of one lane has first the left ones,
@@ -132,34 +134,47 @@ struct RotateOps {
   static constexpr int kRun = kUnit == 3
                                   ? 16
                                   : static_cast<int>(sizeof(Reg)) / kUnit;
+  // What is read goes forwards: processors fetch that further ahead.
+  static constexpr bool kReadsForward = true;
   template <int kUnit>
   LOX_OP void reverse_run(const uint8_t *&src, uint8_t *&dst) {
     if constexpr (kUnit == 3) {
       // Five units at a time, and the last one.
       const __m128i backwards =
           _mm_setr_epi8(13, 14, 15, 10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3, 0);
-      src -= 48;
+      dst -= 48;
       reverse_16(src + 32, dst, backwards);
       reverse_16(src + 17, dst + 15, backwards);
       reverse_16(src + 2, dst + 30, backwards);
       copy_last_unit(src, dst + 45);
-      dst += 48;
+      src += 48;
     } else {
-      src -= sizeof(Reg);
-      R::template store<false>(
-          dst, R::shuffle8(R::load_lanes(src + 16 * (kLanes - 1), -16),
-                           R::broadcast128(backwards<kUnit>())));
-      dst += sizeof(Reg);
+      dst -= sizeof(Reg);
+      if constexpr (kUnit == 4) {
+        R::template store<false>(dst, reverse_units_of_4(R::load(src)));
+      } else {
+        R::template store<false>(
+            dst, R::shuffle8(R::load_lanes(src + 16 * (kLanes - 1), -16),
+                             R::broadcast128(backwards<kUnit>())));
+      }
+      src += sizeof(Reg);
     }
   }
+  LOX_OP __m128i reverse_units_of_4(__m128i v) {
+    return _mm_shuffle_epi32(v, _MM_SHUFFLE(0, 1, 2, 3));
+  }
+#if defined(__AVX2__)
+  LOX_OP __m256i reverse_units_of_4(__m256i v) {
+    return _mm256_permutevar8x32_epi32(
+        v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+  }
+#endif
   template <int kUnit>
   LOX_OP __m128i backwards() {
     return kUnit == 1 ? _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4,
                                       3, 2, 1, 0)
-           : kUnit == 2 ? _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4,
-                                        5, 2, 3, 0, 1)
-                        : _mm_setr_epi8(12, 13, 14, 15, 8, 9, 10, 11, 4, 5, 6,
-                                        7, 0, 1, 2, 3);
+                      : _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5,
+                                      2, 3, 0, 1);
   }
   LOX_OP void reverse_16(const uint8_t *src, uint8_t *dst, __m128i places) {
     Sse41Register::store<false>(
@@ -175,5 +190,10 @@ struct RotateOps {
 
 using WideRotate = RotateOps<Bulk>;
 using NarrowRotate = RotateOps<Narrow>;
+// Of units of so many bytes a register has whole lines, or few parts of them.
+using StreamRotate = RotateOps<Wide>;
+template <int kUnit>
+constexpr bool kStreams = kUnit == 4 ||
+                          (kUnit != 3 && sizeof(Wide::R::Reg) == 64);
 
 }  // namespace lox::LOX_SET

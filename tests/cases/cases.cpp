@@ -123,7 +123,9 @@ void Buffer::reset(Source &source, size_t size) {
     spare_pages.pop_back();
   }
   pages_.reserve(size + kCanaries.size());
-  const auto place = static_cast<size_t>(source.between(0, 15));
+  auto place = static_cast<size_t>(source.between(0, 15));
+  // What is written past the caches begins with a line, and so do its rows.
+  if (source.large() && place % 2 != 0) place = 2;
   const bool at_end = place % 4 == 0;
   before_ = at_end ? kMargin : place % 4 == 2 ? place - 2 : place;
   behind_ = at_end ? 0 : kMargin;
@@ -163,6 +165,7 @@ void Picture::draw_strides(const ExactImage &image, Rows rows) {
         std::clamp<int64_t>(image[p].row_bytes, 0, INT32_MAX / 2));
     const int32_t kind = source_.between(0, 31);
     img.stride[p] = row + (kind < 16 ? 0 : source_.between(0, 40));
+    if (source_.large() && kind < 16) img.stride[p] = (row + 63) / 64 * 64;
     if (kind == 31 && rows == Rows::kEitherWay) img.stride[p] *= -1;
   }
 }

@@ -29,6 +29,8 @@ class Source {
       : random_(seed), large_(large) {}
   Source(const uint8_t *bytes, size_t size);
 
+  bool large() const { return large_; }
+
   // A number of low..high, both included.
   int32_t between(int32_t low, int32_t high);
   int32_t any() { return between(INT32_MIN, INT32_MAX); }

@@ -28,10 +28,12 @@ bool agree(const Function &function, const Function &rule, int number,
   seed.add(reinterpret_cast<const uint8_t *>(function.name),
            std::strlen(function.name));
   seed.add(static_cast<uint64_t>(number));
-  // Loads of every kind, and large pictures past the caches, whatever the
-  // processor gains.
+  // Loads of every kind, and writing as every kind of processor gains by, with
+  // caches that large pictures leave.
   lox::set_look_ups(static_cast<lox::LookUps>(number % 3));
-  lox::set_streaming(true);
+  lox::set_memory_rule(lox::memory_rule(
+      number % 2 == 0 ? lox::Core::kStreams : lox::Core::kFetches,
+      {size_t{1} << 18, size_t{1} << 20}, true));
   uint64_t portable = 0;
   for (int level = 0; level <= lox::isa_best(); ++level) {
     lox::isa_limit(level);

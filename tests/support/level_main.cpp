@@ -28,7 +28,8 @@ int main(int argc, char **argv) {
     }
   }
   // Large pictures are written past the caches whatever the processor gains.
-  lox::set_streaming(true);
+  lox::set_memory_rule(lox::memory_rule(
+      lox::Core::kStreams, {size_t{1} << 18, size_t{1} << 20}, true));
   std::printf("level: %s\n", lox::isa_name(lox::isa_level()));
   return RUN_ALL_TESTS();
 }
