@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "common/copy.h"
+#include "common/strip.h"
 #include "rot/rotate_rows.h"
 #include "rsz/scale_rows.h"
 
@@ -71,7 +72,8 @@ class AcrossRows {
 // and reported by done() before the next one is computed.
 class Straight {
  public:
-  Straight(const ScaleJob &job, const Columns &c)
+  static StripSize next(const ScaleJob &, int32_t left) { return {left, 1}; }
+  Straight(const ScaleJob &job, const Columns &c, int32_t)
       : dst_(job.dst + int64_t{c.first} * job.type.unit), step_(job.dst_step) {}
   uint8_t *to(int32_t row) { return dst_ + step_ * row; }
   void done(int32_t) {}
@@ -81,25 +83,23 @@ class Straight {
   int64_t step_;
 };
 
-// Bytes of a strip's row that is turned by 180 degrees, and of one for a
-// quarter turn, of which 64 rows are turned at once: a cache line of each
-// destination row.
-constexpr int32_t kTurnedLine = 4096;
-constexpr int32_t kTurnedStrip = 640;
-constexpr int32_t kTurnedRows = 64;
-
 class HalfTurn {
  public:
-  HalfTurn(const ScaleJob &job, const Columns &c)
+  using Line = Strip<4096>;
+  static StripSize next(const ScaleJob &job, int32_t left) {
+    return Line::next(left, job.type.unit, 1, 1);
+  }
+  HalfTurn(const ScaleJob &job, const Columns &c, int32_t)
       : dst_(job.dst +
              int64_t{job.across.dst - c.first - c.count} * job.type.unit),
         step_(job.dst_step),
         last_(job.down.dst - 1),
         count_(c.count),
-        reverse_(rotate_rows().reverse[job.type.unit - 1]) {}
-  uint8_t *to(int32_t) { return line_; }
+        reverse_(rotate_rows().reverse[job.type.unit - 1]),
+        line_({c.count, 1}, job.type.unit) {}
+  uint8_t *to(int32_t row) { return line_.row(row); }
   void done(int32_t row) {
-    reverse_(line_, dst_ + step_ * (last_ - row), count_);
+    reverse_(line_.row(row), dst_ + step_ * (last_ - row), count_);
   }
 
  private:
@@ -108,32 +108,39 @@ class HalfTurn {
   int32_t last_;
   int32_t count_;
   std::remove_extent_t<decltype(RotateRows::reverse)> reverse_;
-  alignas(64) uint8_t line_[kTurnedLine];
+  Line line_;
 };
 
+// Turns 64 rows at once, a cache line of each destination row, or half of one.
 class QuarterTurn {
  public:
-  QuarterTurn(const ScaleJob &job, const Columns &c)
+  static StripSize next(const ScaleJob &job, int32_t left) {
+    return Strip<>::next(left, job.type.unit, 64, kLeastStripRows);
+  }
+  QuarterTurn(const ScaleJob &job, const Columns &c, int32_t rows)
       : job_(job),
         count_(c.count),
-        pitch_(ptrdiff_t{c.count} * job.type.unit),
         left_(job.turn == Turn::kLeft),
         // Where the strip's first column goes, and its next one from there.
         dst_(job.dst + job.dst_step * (left_ ? job.across.dst - 1 - c.first
                                              : int64_t{c.first})),
         step_(static_cast<ptrdiff_t>(left_ ? -job.dst_step : job.dst_step)),
-        transpose_(rotate_rows().transpose[job.type.unit - 1]) {}
-  uint8_t *to(int32_t row) { return block_ + row % kTurnedRows * pitch_; }
+        transpose_(rotate_rows().transpose[job.type.unit - 1]),
+        strip_({c.count, rows}, job.type.unit) {}
+  uint8_t *to(int32_t row) { return strip_.row(row); }
   void done(int32_t row) {
-    const int32_t rows = row % kTurnedRows + 1;
     const int32_t last = job_.down.dst - 1;
-    if (rows < kTurnedRows && row < last) return;
-    if (left_) {
-      transpose_(block_, pitch_, at(row - (rows - 1)), step_, count_, rows);
-    } else {
-      transpose_(block_ + pitch_ * (rows - 1), -pitch_, at(last - row), step_,
-                 count_, rows);
-    }
+    strip_.made(row, last,
+                [&](int32_t first, int32_t rows, const uint8_t *bytes,
+                    ptrdiff_t pitch) {
+                  if (left_) {
+                    transpose_(bytes, pitch, at(first), step_, count_, rows);
+                  } else {
+                    transpose_(bytes + pitch * (rows - 1), -pitch,
+                               at(last - (first + rows - 1)), step_, count_,
+                               rows);
+                  }
+                });
   }
 
  private:
@@ -143,21 +150,19 @@ class QuarterTurn {
   }
   const ScaleJob &job_;
   int32_t count_;
-  ptrdiff_t pitch_;
   bool left_;
   uint8_t *dst_;
   ptrdiff_t step_;
   std::remove_extent_t<decltype(RotateRows::transpose)> transpose_;
-  alignas(64) uint8_t block_[ptrdiff_t{kTurnedRows} * kTurnedStrip];
+  Strip<> strip_;
 };
 
 template <class Sink>
 void scale_strip(const ScaleJob &job, const ScaleRows &rows,
-                 const Columns &columns) {
+                 const Columns &columns, int32_t at_once) {
   const bool mod1 = job.down.scaling == Scaling::kEnlargeMod1;
   AcrossRows across(job, rows, columns);
-  Sink sink(job, columns);
-  if (job.rows.begin >= job.rows.end) return;
+  Sink sink(job, columns, at_once);
   Walk walk(job.down, job.rows.begin);
   for (int32_t y = job.rows.begin; y < job.rows.end; ++y) {
     const Step step = walk.next();
@@ -175,42 +180,34 @@ void scale_strip(const ScaleJob &job, const ScaleRows &rows,
   }
 }
 
-// How many of the `left` columns the next strip takes: strips of nearly the
-// same width, of whole vectors.
-int32_t turned_count(const ScaleJob &job, int32_t left) {
-  if (job.turn == Turn::kNone) return left;
-  const int32_t bytes = is_quarter(job.turn) ? kTurnedStrip : kTurnedLine;
-  const int32_t most = bytes / job.type.unit;
-  const int32_t strips = (left - 1) / most + 1;
-  const int32_t even = strips == 1 ? left : (left - 1) / strips / 64 * 64 + 64;
-  return even < most ? even : most;
-}
-
-}  // namespace
-
-void interpolate_plane(const ScaleJob &job) {
+template <class Sink>
+void scale_by_strips(const ScaleJob &job) {
   const ScaleTables &tables = scale_rows();
   const ScaleRows &rows = job.type.rgb565 ? tables.rgb565 : tables.bytes;
   Columns columns;
   columns.axis = job.across;
   columns.unit = job.type.unit;
   int32_t left = job.across.dst;
-  for (columns.first = 0; left > 0;) {
-    columns.count = turned_count(job, left);
+  for (columns.first = 0; left > 0; columns.first += columns.count) {
+    const StripSize strip = Sink::next(job, left);
+    columns.count = strip.columns;
     if (!is_unscaled(job.across)) rows.prepare(&columns);
-    switch (job.turn) {
-      case Turn::kNone:
-        scale_strip<Straight>(job, rows, columns);
-        break;
-      case Turn::kHalf:
-        scale_strip<HalfTurn>(job, rows, columns);
-        break;
-      default:
-        scale_strip<QuarterTurn>(job, rows, columns);
-        break;
-    }
+    scale_strip<Sink>(job, rows, columns, strip.rows);
     left -= columns.count;
-    columns.first += columns.count;
+  }
+}
+
+}  // namespace
+
+void interpolate_plane(const ScaleJob &job) {
+  if (job.rows.begin >= job.rows.end) return;
+  switch (job.turn) {
+    case Turn::kNone:
+      return scale_by_strips<Straight>(job);
+    case Turn::kHalf:
+      return scale_by_strips<HalfTurn>(job);
+    default:
+      return scale_by_strips<QuarterTurn>(job);
   }
 }
 
