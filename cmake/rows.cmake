@@ -1,7 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # Row kernels are written once and compiled once for each instruction set, each
 # time into a namespace of its own (lox::<set>). The sets of the target:
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|i.86|x86)$")
+option(ORUMLOX_PORTABLE
+  "Build the portable form of the row kernels alone: quick to build, slow" OFF)
+if(ORUMLOX_PORTABLE)
+  set(ORUMLOX_SETS portable)
+  target_compile_definitions(orumlox_build_flags INTERFACE LOX_PORTABLE)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|i.86|x86)$")
   set(ORUMLOX_SETS portable sse41 avx2 avx512)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(arm|aarch64)")
   option(ORUMLOX_TRIM "Leave out the portable form, which never runs here" OFF)

@@ -40,7 +40,7 @@ for abi in armeabi-v7a arm64-v8a x86 x86_64; do
   {
     cmake --preset "android-$abi" &&
       cmake --build "build/android-$abi" --target orumlox &&
-      cmake --install "build/android-$abi" --prefix "$stage/$abi"
+      cmake --install "build/android-$abi" --prefix "$stage/$abi" --component runtime
   } >"$out/$abi.log" 2>&1 || {
     tail -n 40 "$out/$abi.log" >&2
     echo "aar: the build for $abi failed; its output is in $out/$abi.log" >&2
@@ -60,7 +60,7 @@ for abi in armeabi-v7a arm64-v8a x86 x86_64; do
 }
 END
 done
-mv "$stage/x86/include" "$module/include"
+cp -R include "$module/include"
 version=$(cached x86 CMAKE_PROJECT_VERSION)
 
 cat >"$aar/prefab/prefab.json" <<END

@@ -17,16 +17,9 @@
 #if defined(__cplusplus)
 #define VEXO_BEGIN_DECLS extern "C" {
 #define VEXO_END_DECLS }
-#define VEXO_STATIC_ASSERT static_assert
 #else
 #define VEXO_BEGIN_DECLS
 #define VEXO_END_DECLS
-#if defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
-#define VEXO_STATIC_ASSERT _Static_assert
-#else /* C99: an array that is declared over again, by a size or by -1. */
-#define VEXO_STATIC_ASSERT(condition, message) \
-  extern char vexo_static_assert[(condition) ? 1 : -1]
-#endif
 #endif
 
 /*

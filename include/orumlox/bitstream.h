@@ -62,24 +62,6 @@ struct mlox_bsw {
   void (*on_byte)(mlox_bsw *writer);
 };
 
-#if UINTPTR_MAX == 0xFFFFFFFFu
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, cache) == 0, "cache");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, bits) == 4, "bits");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, next) == 8, "next");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, last) == 12, "last");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, start) == 16, "start");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, size) == 20, "size");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsr, refill) == 24, "refill");
-VEXO_STATIC_ASSERT(sizeof(mlox_bsr) == 28, "mlox_bsr");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsw, current) == 0, "current");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsw, free) == 4, "free");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsw, last) == 8, "last");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsw, start) == 12, "start");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsw, size) == 16, "size");
-VEXO_STATIC_ASSERT(offsetof(mlox_bsw, on_byte) == 20, "on_byte");
-VEXO_STATIC_ASSERT(sizeof(mlox_bsw) == 24, "mlox_bsw");
-#endif
-
 /* What the readers answer when there are not as many bits as asked for. A read
  * of 32 bits may yield the same value: mlox_bsr_read1_value and mlox_bsr_skip
  * tell the end apart. */

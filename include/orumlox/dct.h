@@ -131,12 +131,6 @@ typedef struct vexo_rsz_new_context {
   int32_t stride_not_aligned;
 } vexo_rsz_new_context;
 
-#if UINTPTR_MAX == 0xFFFFFFFFu
-VEXO_STATIC_ASSERT(offsetof(vexo_rsz_new_context, weights) == 264, "weights");
-VEXO_STATIC_ASSERT(offsetof(vexo_rsz_new_context, prescale) == 820, "prescale");
-VEXO_STATIC_ASSERT(sizeof(vexo_rsz_new_context) == 840, "context");
-#endif
-
 /*
  * A shift-matrix set: one entry for each block type of plane 0 and then each of
  * plane 1; an entry is an array of n rows, a row 16 words. Row i of set A's

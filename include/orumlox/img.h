@@ -113,22 +113,3 @@ typedef struct vexo_img {
   /* Peak luminance of an HDR source, in nits. */
   int32_t source_nit;
 } vexo_img;
-
-/* The 32-bit layout is binding. With wider pointers the same order and natural
- * alignment hold. */
-#if UINTPTR_MAX == 0xFFFFFFFFu
-VEXO_STATIC_ASSERT(offsetof(vexo_img, width) == 0, "width");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, height) == 16, "height");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, stride) == 32, "stride");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, buf_height) == 48, "buf_height");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, plane) == 64, "plane");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, reserved0) == 80, "reserved0");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, format) == 96, "format");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, offset_x) == 100, "offset_x");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, offset_y) == 104, "offset_y");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, reserved1) == 108, "reserved1");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, color_std) == 112, "color_std");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, mode) == 116, "mode");
-VEXO_STATIC_ASSERT(offsetof(vexo_img, source_nit) == 120, "source_nit");
-VEXO_STATIC_ASSERT(sizeof(vexo_img) == 124, "vexo_img");
-#endif

@@ -15,6 +15,7 @@
 #include "rot.h"
 #include "rsz.h"
 #include "rsz_blocks.h"
+#include "version.h"
 #include "vqe.h"
 #if defined(ORUMLOX_UNPREFIXED)
 #include "unprefixed.h"

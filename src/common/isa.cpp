@@ -24,7 +24,7 @@ constinit LookUps look_ups_now = LookUps::kLoads;
 void set_look_ups(LookUps how) { detail::look_ups_now = how; }
 
 int isa_best() {
-#if defined(__x86_64__) || defined(__i386__)
+#if (defined(__x86_64__) || defined(__i386__)) && !defined(LOX_PORTABLE)
   // These also ask whether the system saves the registers of threads.
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx512bw") &&

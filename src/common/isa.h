@@ -8,7 +8,9 @@
 
 // LOX_FOR_EACH_SET(X, ...): X(set, ...) for each set, worst first. Must agree
 // with cmake/rows.cmake.
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(LOX_PORTABLE)
+#define LOX_FOR_EACH_SET(X, ...) X(portable __VA_OPT__(, ) __VA_ARGS__)
+#elif defined(__x86_64__) || defined(__i386__)
 #define LOX_FOR_EACH_SET(X, ...)         \
   X(portable __VA_OPT__(, ) __VA_ARGS__) \
   X(sse41 __VA_OPT__(, ) __VA_ARGS__)    \

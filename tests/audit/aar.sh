@@ -21,7 +21,8 @@ same() { # same FILE TEXT: but for spaces
 aar=$("$root/scripts/aar.sh" "$work/one")
 sleep 2 # the steps of times in archives
 cmp "$aar" "$("$root/scripts/aar.sh" "$work/two")"
-version=$(sed -n 's/^project(orumlox VERSION \([0-9.]*\) .*/\1/p' "$root/CMakeLists.txt")
+version=$(sed -n 's/^#define ORUMLOX_VERSION_[A-Z]* //p' \
+  "$root/include/orumlox/version.h" | paste -sd .)
 [[ $aar == */orumlox-$version.aar ]] || refuse "named $aar"
 unzip -q "$aar" -d "$work/aar"
 cd "$work/aar"

@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# exports.sh LIBRARY INCLUDE_DIR COMPILER...: the library exports the functions
-# and tables that the public headers declare, all of them and nothing else.
+# exports.sh LIBRARY INCLUDE_DIR SYMBOLS COMPILER...: the library exports the
+# functions and tables that the public headers declare, all of them and nothing
+# else; and that is what the stored list of a Debian package has, with the version
+# that each came with. Names are added to it, none is taken away (docs/abi.md).
 set -euo pipefail
 library=$1
 include=$2
-shift 2
+list=$3
+shift 3
 
 declared() {
   for header in "$include"/orumlox/*.h; do
@@ -32,6 +35,11 @@ if [[ $(wc -l <<<"$names") -lt 10 ]]; then
 fi
 if ! diff <(echo "$names") <(echo "$symbols") >&2; then
   echo "left: declared only; right: exported only" >&2
+  exit 1
+fi
+if ! diff <(sed -n 's/^ \(.*\)@Base [0-9.]*$/\1/p' "$list") \
+  <(echo "$symbols") >&2; then
+  echo "left: $list only; right: exported only" >&2
   exit 1
 fi
 echo "$(wc -l <<<"$names") names"

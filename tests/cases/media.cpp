@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bit readers and the writer, logarithms, media types, key frames.
+// Bit readers and the writer, logarithms, media types, key frames; the version.
 #include <orumlox/bitstream.h>
 #include <orumlox/key_frame.h>
 #include <orumlox/media_type.h>
+#include <orumlox/version.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -244,6 +245,14 @@ void key_frame(const Function &function, Source &source, Sink &sink) {
       mlox_is_vkeyfrm(other, data.data(), source.between(INT32_MIN, 0))));
 }
 
+// Its digest is that of all versions.
+void version(const Function &function, Source &, Sink &sink) {
+  const int32_t now = ORUMLOX_VERSION_MAJOR * 10000 +
+                      ORUMLOX_VERSION_MINOR * 100 + ORUMLOX_VERSION_PATCH;
+  require(function.as<decltype(vexo_version)>()() == now);
+  sink.add(1);
+}
+
 const Function kFunctions[] = {
     LOX_FUNCTION(reader, mlox_bsr_init),
     LOX_FUNCTION(reader, mlox_bsr_read),
@@ -269,6 +278,7 @@ const Function kFunctions[] = {
     LOX_FUNCTION(type_of<uint32_t>, mlox_fcc2mt_drm),
     LOX_FUNCTION(type_of<int32_t>, mlox_fcc2mt_sub),
     LOX_FUNCTION(key_frame, mlox_is_vkeyfrm),
+    LOX_FUNCTION(version, vexo_version),
 };
 
 }  // namespace
