@@ -26,7 +26,7 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 need g++ clang llvm-14 libclang-rt-14-dev clang-format clang-tidy cloc python3-minimal cmake ninja-build \
   googletest libcli11-dev libpng-dev zlib1g-dev qemu-user ffmpeg zip unzip \
-  dpkg-dev pkgconf man-db \
+  dpkg-dev pkgconf man-db doxygen graphviz \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu
 
 jobs=$(nproc)

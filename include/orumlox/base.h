@@ -8,12 +8,14 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/* What declarations of exported names begin with. */
 #if defined(__GNUC__)
 #define VEXO_API __attribute__((visibility("default")))
 #else
 #define VEXO_API
 #endif
 
+/* What declarations lie between: they are C's in C++, too. */
 #if defined(__cplusplus)
 #define VEXO_BEGIN_DECLS extern "C" {
 #define VEXO_END_DECLS }

@@ -39,10 +39,10 @@ struct mlox_bsr {
   /* The next byte to load, and the buffer's last one. */
   const uint8_t *next;
   const uint8_t *last;
-  const uint8_t *start;
+  const uint8_t *start; /* the buffer */
   /* Size of the buffer in bytes. */
   int32_t size;
-  mlox_bsr_refill *refill;
+  mlox_bsr_refill *refill; /* called when there are too few bits */
 };
 
 /* A bit writer, most significant bit first. Six 32-bit words on 32-bit
@@ -54,7 +54,7 @@ struct mlox_bsw {
   int32_t free;
   /* The buffer's last byte. */
   uint8_t *last;
-  uint8_t *start;
+  uint8_t *start; /* the buffer */
   /* Size of the buffer in bytes. */
   int32_t size;
   /* Null, or called with the writer each time a byte is complete, before

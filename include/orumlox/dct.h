@@ -77,6 +77,7 @@ typedef struct vexo_rsz_new_context {
   float vertical_ratio[2];
   int32_t horizontal_span[2];
   int32_t vertical_span[2];
+  /* Source blocks, in samples. */
   int32_t block_width[2][4];
   int32_t block_height[2][4];
   /* 4 x span - block size. */
@@ -389,24 +390,29 @@ VEXO_API void vexo_idct_blocknxn_float(uint8_t *dst, int32_t row,
                                        int32_t column, const int16_t *w,
                                        int32_t stride, int32_t rows);
 
-/* The argument of the thread for chroma; 28 bytes on 32-bit targets. */
+/* The argument of the thread for chroma. */
 typedef struct vexo_rsz_new_worker {
+  /* Arguments of vexo_rsz_new. */
   const vexo_img *src;
   const vexo_img *dst;
   vexo_rsz_new_context *context;
   vexo_shift_set a;
   vexo_shift_set b;
+  /* Waited for before the work, and posted behind it. */
   sem_t *start;
   sem_t *done;
 } vexo_rsz_new_worker;
 
 /* The argument of the threads for planes 1 and 2 of RGBA8888. */
 typedef struct vexo_rsz_new_rgba8888_worker {
+  /* The plane of the planar source and that of the planar destination. */
   const uint8_t *src;
   uint8_t *dst;
+  /* Arguments of vexo_rsz_new_rgba8888. */
   vexo_rsz_new_context *context;
   vexo_shift_set a;
   vexo_shift_set b;
+  /* Waited for before the work, and posted behind it. */
   sem_t *start;
   sem_t *done;
 } vexo_rsz_new_rgba8888_worker;

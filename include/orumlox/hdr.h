@@ -153,23 +153,24 @@ typedef struct vexo_hdr_context {
    * rounded, quotient and exponent of single precision; the entry is
    * 16 + (c >> 4) * 219 / 255 in single precision, rounded down. */
   uint8_t gamma[4096];
+  /* The pictures. */
   const vexo_img *src;
   const vexo_img *dst;
 } vexo_hdr_context;
 
-/* Hands out bands of four rows. `next` is the first row of the next band; it is
- * read and moved under the mutex. `limit` is the picture's height. */
+/* Hands out bands of four rows. */
 typedef struct vexo_hdr_scheduler {
-  int32_t next;
-  int32_t limit;
-  pthread_mutex_t mutex;
+  int32_t next;          /* first row of the next band, under the mutex */
+  int32_t limit;         /* the picture's height */
+  pthread_mutex_t mutex; /* of `next` */
 } vexo_hdr_scheduler;
 
-/* The argument of one thread. `first` is the first row of the band it begins
- * with, which it does not ask the scheduler for. */
+/* The argument of one thread. */
 typedef struct vexo_hdr_worker {
+  /* What all threads share. */
   const vexo_hdr_context *context;
   vexo_hdr_scheduler *scheduler;
+  /* First row of the band it begins with, which it does not ask for. */
   int32_t first;
 } vexo_hdr_worker;
 

@@ -96,7 +96,7 @@ typedef struct vexo_img {
   int32_t buf_height[4];
   /* First byte of the first row of each plane. */
   uint8_t *plane[4];
-  int32_t reserved0[4];
+  int32_t reserved0[4]; /* 0 */
   /* One of VEXO_FMT_. */
   int32_t format;
   /* Origin in pixels and rows: of the window that vexo_crop cuts out of the
@@ -104,7 +104,7 @@ typedef struct vexo_img {
    * from the source's descriptor. */
   int32_t offset_x;
   int32_t offset_y;
-  int32_t reserved1;
+  int32_t reserved1; /* 0 */
   /* One of VEXO_STD_. */
   int32_t color_std;
   /* Option word: VEXO_MODE_MOD1 on the destination of a resize; the source

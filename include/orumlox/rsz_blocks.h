@@ -20,6 +20,7 @@
 
 VEXO_BEGIN_DECLS
 
+/* Makes `height` rows of `width` bytes of the source. */
 typedef void vexo_rsz_block_kernel(const uint8_t *src, uint8_t *dst,
                                    int32_t width, int32_t height);
 

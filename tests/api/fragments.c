@@ -1,0 +1,18 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* The pieces of C in the comments of the public headers, each in a block of its
+ * own, among what they take for granted: they compile. */
+#include <orumlox/orumlox.h>
+
+extern const uint8_t *bytes;
+extern int32_t size;
+extern uint8_t *luma, *pairs;
+extern vexo_img src, dst, pair[2];
+extern vexo_csc_kernel kernel;
+extern vexo_rsz_new_context context;
+extern vexo_shift_set a, b;
+
+int32_t fragments(void);
+int32_t fragments(void) {
+#include "fragments.inc"
+  return VEXO_OK;
+}
