@@ -143,7 +143,7 @@ def described(source, ends=";", above="", scope="#", comment=None):
         if kind == "code" and more:
             told = text(more)
         elif comment and first:
-            told = "With %s%s." % (scope, first)
+            told = "Described with %s%s." % (scope, first)
         elif comment:
             told, first = text(comment), name
         else:
