@@ -29,6 +29,10 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/orumlox
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(FILES README.md CHANGELOG.md SECURITY.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY docs examples
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.c"
+  PATTERN reference EXCLUDE)
 
 # CMake: orumlox::orumlox and orumlox::orumlox_static.
 install(EXPORT orumlox NAMESPACE orumlox:: FILE orumloxTargets.cmake

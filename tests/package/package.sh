@@ -38,7 +38,7 @@ done | sort >files
 dpkg-deb -f packages/vexo_* Depends | grep -q "liborumlox0 (>= $version).*libpng" ||
   refuse "what vexo depends on"
 libraries=$root/usr/lib/x86_64-linux-gnu
-for file in share/doc/orumlox/{LICENSE,CHANGELOG.md,SECURITY.md,README.md} \
+for file in share/doc/orumlox/{LICENSE,{CHANGELOG,SECURITY,README,docs/abi}.md} \
   share/man/man1/vexo.1 share/bash-completion/completions/vexo; do
   [[ -s $root/usr/$file ]] || refuse "no $file"
 done
