@@ -102,4 +102,8 @@ done
 # The source as a part of the project, the portable form alone: that is quick.
 project of_source -DORUMLOX_SOURCE="$source" -DORUMLOX_PORTABLE=ON \
   -DORUMLOX_OPTIMISATION=-O0
+
+# Without GoogleTest there are no tests, and a line says so.
+quietly cmake -S "$source" -B no_googletest -DORUMLOX_GTEST_DIR="$work"
+grep -q "The tests are not built" log || refuse "nothing is said of GoogleTest"
 echo "$programs programs"
