@@ -16,7 +16,7 @@ import sys
 import urllib.parse
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-HEADERS = sorted((ROOT / "include/orumlox").glob("*.h"))
+HEADERS = sorted((ROOT / "include/orumlox").rglob("*.h"))
 GROUPS = ROOT / "docs/reference/groups.dox"
 ALL = "".join(path.read_text() for path in HEADERS)
 BARE = re.sub(r"/\*.*?\*/", "", ALL, flags=re.S)
@@ -95,6 +95,8 @@ def items(source, ends):
                     break
                 depth += {"{": 1, "(": 1, "}": -1, ")": -1}.get(source[at], 0)
                 at = inner.end() if inner else at + 1
+                if source[at - 1] == "}" and not depth and "inline " in source[begin:at]:
+                    break
             words = source[begin:at].rstrip() + source[at:at + 1].strip("/")
             at += source[at:at + 1] != "/"
             behind = re.compile(r" *(/\*.*?\*/)", re.S).match(source, at)
@@ -133,6 +135,8 @@ def described(source, ends=";", above="", scope="#", comment=None):
         if begin:
             out.append(begin)
             begin, end, title = "", "/** @} */\n", ""
+        if "inline " in words and kind == "code":
+            words = words.partition("{")[0].replace("static ", "").rstrip() + ";"
         name = re.match(r"# *define (\w+)|", words).group(1)
         if kind == "code" and "{" not in words:
             name = name_of(words)

@@ -150,9 +150,9 @@ typedef int16_t ***vexo_shift_set;
  * A picture is scaled in four steps, `pair` being two descriptors everywhere,
  * the source and right behind it the destination:
  *     vexo_rsz_new_set_img(pair);
- *     vexo_rsz_new_init(pair, &context, &a, &b, 0);
- *     vexo_rsz_new(&pair[0], &pair[1], &context, a, b);
- *     vexo_rsz_new_deinit(pair, &context, a, b);
+ *     vexo_rsz_new_init(pair, &plan, &a, &b, 0);
+ *     vexo_rsz_new(&pair[0], &pair[1], &plan, a, b);
+ *     vexo_rsz_new_deinit(pair, &plan, a, b);
  */
 
 /*

@@ -8,7 +8,7 @@ extern int32_t size;
 extern uint8_t *luma, *pairs;
 extern vexo_img src, dst, pair[2];
 extern vexo_csc_kernel kernel;
-extern vexo_rsz_new_context context;
+extern vexo_rsz_new_context plan;
 extern vexo_shift_set a, b;
 
 int32_t fragments(void);
