@@ -12,6 +12,7 @@
 #include "img.h"
 #include "key_frame.h"
 #include "media_type.h"
+#include "picture.h"
 #include "rot.h"
 #include "rsz.h"
 #include "rsz_blocks.h"

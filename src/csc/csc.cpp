@@ -9,17 +9,11 @@
 
 #include "common/format.h"
 #include "common/row_range.h"
-#include "csc/drivers.h"
+#include "csc/routes.h"
 
 namespace lox {
 
 namespace {
-
-struct Route {
-  int32_t src_format, dst_format;
-  Driver *driver;
-  int from, to;
-};
 
 #define LOX_TO_565(code, driver, from)                         \
   {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kRgb565}, { \
@@ -130,17 +124,13 @@ int32_t convert(const Route (&routes)[kCount], const vexo_img &src,
     if (route.src_format != src.format || route.dst_format != dst.format) {
       continue;
     }
-    route.driver({src.plane, src.width, src.height, src.stride, dst.stride,
-                  dst.plane, rows},
-                 route.from, route.to);
+    route.convert(src, dst, rows);
     return VEXO_OK;
   }
   return otherwise;
 }
 
 constexpr int32_t kLeastSize = 8;
-// Pictures in 256 x 16 tiles are converted only if they are wider than this.
-constexpr int32_t kT256x16WiderThan = 1280;
 
 bool too_small(const vexo_img &img) {
   return img.width[0] < kLeastSize || img.height[0] < kLeastSize;
@@ -205,7 +195,27 @@ int32_t by_formats(const vexo_img &src, const vexo_img &dst, RowRange rows) {
   return convert(kRoutes, src, dst, rows, VEXO_ERR_UNSUPPORTED);
 }
 
+template <size_t kCount>
+constexpr Routes all_of(const Route (&routes)[kCount]) {
+  return {routes, kCount};
+}
+
 }  // namespace
+
+Routes csc_routes(int32_t standard) {
+  switch (standard) {
+    case VEXO_STD_DEFAULT:
+      return all_of(kRoutes);
+    case VEXO_STD_BT601_FULL:
+      return all_of(kBt601FullRoutes);
+    case VEXO_STD_BT709:
+      return all_of(kBt709Routes);
+    case VEXO_STD_BT709_FULL:
+      return all_of(kBt709FullRoutes);
+    default:
+      return {nullptr, 0};
+  }
+}
 
 }  // namespace lox
 

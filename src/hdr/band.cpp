@@ -39,10 +39,11 @@ class Source {
     }
   }
 
+  bool is_read() const { return steps_.luma != 0; }
   bool pairs() const { return steps_.u == 2; }
 
   Samples row(int32_t y) const {
-    if (steps_.luma == 0) return {kNoSamples, kNoSamples, kNoSamples};
+    if (!is_read()) return {kNoSamples, kNoSamples, kNoSamples};
     // An odd byte of a stride does not count.
     const ptrdiff_t luma = ptrdiff_t{img_.stride[0] / 2} * 2 * y;
     const ptrdiff_t chroma = ptrdiff_t{img_.stride[1] / 2} * 2 * (y / 2);
@@ -291,6 +292,13 @@ void report_unsupported(const vexo_hdr_context &context) {
 
 bool bands_overlap(int32_t dst_format) {
   return kind_of(dst_format, hdr_rows(), 0).overlapping;
+}
+
+bool maps_tones(int32_t src_format, int32_t dst_format) {
+  vexo_img src = {};
+  src.format = src_format;
+  const Kind kind = kind_of(dst_format, hdr_rows(), 0);
+  return Source(src).is_read() && kind.pixels != nullptr && !kind.overlapping;
 }
 
 }  // namespace lox

@@ -11,4 +11,7 @@ namespace lox {
 // planes.
 bool bands_overlap(int32_t dst_format);
 
+// Whether a source of this format is read, and the destination written whole.
+bool maps_tones(int32_t src_format, int32_t dst_format);
+
 }  // namespace lox

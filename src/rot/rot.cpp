@@ -12,6 +12,7 @@
 #include "common/format.h"
 #include "common/row_range.h"
 #include "orumlox/common.h"
+#include "rot/rot.h"
 #include "rot/rotate_rows.h"
 
 namespace lox {
@@ -109,7 +110,7 @@ int32_t turn(const vexo_img &src, uint32_t rotation, const vexo_img &dst,
                                          {3, vexo_tbl_fn_rot_24b},
                                          {4, vexo_tbl_fn_rot_32b}};
   const int32_t format = src.format;
-  const int unit = is_planar_yuv(format) ? 1 : rgb_bytes(format);
+  const int unit = turned_unit(format);
   if (rotation > VEXO_ROT_VERT || unit == 0) return VEXO_ERR_UNSUPPORTED;
   turn_plane(kKernels[unit - 1], rotation, src, dst, 0, rows);
   if (has_chroma_pairs(format)) {
@@ -122,6 +123,10 @@ int32_t turn(const vexo_img &src, uint32_t rotation, const vexo_img &dst,
 }
 
 }  // namespace
+
+int turned_unit(int32_t format) {
+  return is_planar_yuv(format) ? 1 : rgb_bytes(format);
+}
 
 }  // namespace lox
 

@@ -11,6 +11,7 @@
 #include "orumlox/common.h"
 #include "orumlox/rot.h"
 #include "rsz/plane_scalers.h"
+#include "rsz/rsz.h"
 
 namespace lox {
 
@@ -153,6 +154,8 @@ int32_t scale_image(const vexo_img &src, const vexo_img &dst, RowRange rows) {
 }
 
 }  // namespace
+
+bool is_scaled(int32_t format) { return layout_of(format).planes > 0; }
 
 }  // namespace lox
 

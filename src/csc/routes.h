@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The tables of routes that the conversion entry points look formats up in.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "csc/drivers.h"
+#include "orumlox/img.h"
+
+namespace lox {
+
+struct Route {
+  int32_t src_format, dst_format;
+  Driver *driver;
+  int from, to;
+
+  void convert(const vexo_img &src, const vexo_img &dst,
+               RowRange rows = kAllRows) const {
+    driver({src.plane, src.width, src.height, src.stride, dst.stride, dst.plane,
+            rows},
+           from, to);
+  }
+};
+
+struct Routes {
+  const Route *first;
+  size_t count;
+
+  const Route *begin() const { return first; }
+  const Route *end() const { return first + count; }
+};
+
+// Of a standard's entry point; none of a number that is no standard.
+Routes csc_routes(int32_t standard);
+
+// Pictures in 256 x 16 tiles are converted only if they are wider than this.
+constexpr int32_t kT256x16WiderThan = 1280;
+
+}  // namespace lox

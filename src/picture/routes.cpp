@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The graph of conversions: those that the tables of csc.h have, for each
+// standard, and the steps of the picture layer. Chains are found by relaxing
+// all edges until nothing gets cheaper.
+#include "picture/routes.h"
+
+#include "csc/routes.h"
+#include "orumlox/csc_layout.h"
+#include "picture/formats.h"
+
+namespace lox {
+
+namespace {
+
+constexpr int32_t kStandards[] = {VEXO_STD_DEFAULT, VEXO_STD_BT601_FULL,
+                                  VEXO_STD_BT709, VEXO_STD_BT709_FULL};
+constexpr int kStandardCount = 4;
+static_assert(kPlaces == kFormats * kStandardCount);
+
+// What a conversion loses, in passes: more than any chain has for the least of
+// it, so that nothing is lost to save passes.
+constexpr int32_t kPass = 1;
+constexpr int32_t kRounding = 16;    // between YUV and RGB
+constexpr int32_t kHalfChroma = 64;  // every other sample of chroma
+constexpr int32_t kFewerBits = 256;  // 10 bits to 8, 8 to 5 or 6
+
+struct OwnRoute {
+  int32_t src_format, dst_format;
+  vexo_csc_kernel *kernel;
+  Step *step;
+};
+
+// They keep the standard.
+constexpr OwnRoute kOwnRoutes[] = {
+    {VEXO_FMT_YUV420, VEXO_FMT_YV12, nullptr, exchange_planes},
+    {VEXO_FMT_YV12, VEXO_FMT_YUV420, nullptr, exchange_planes},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YV16, nullptr, exchange_planes},
+    {VEXO_FMT_YV16, VEXO_FMT_YUV422N, nullptr, exchange_planes},
+    // The other order of pairs for the other order of planes.
+    {VEXO_FMT_YV12, VEXO_FMT_NV12, vexo_csc_yuv420_to_nv21, nullptr},
+    {VEXO_FMT_YV12, VEXO_FMT_NV21, vexo_csc_yuv420_to_nv12, nullptr},
+    {VEXO_FMT_NV12, VEXO_FMT_NV21, nullptr, exchange_pairs},
+    {VEXO_FMT_NV21, VEXO_FMT_NV12, nullptr, exchange_pairs},
+    {VEXO_FMT_UYVY, VEXO_FMT_YUV422N, nullptr, unpack_422},
+    {VEXO_FMT_YUYV, VEXO_FMT_YUV422N, nullptr, unpack_422},
+    {VEXO_FMT_YUV422N, VEXO_FMT_UYVY, nullptr, pack_422},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YUYV, nullptr, pack_422},
+    {VEXO_FMT_YUV420, VEXO_FMT_YUV422W, nullptr, repeat_columns},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YUV444, nullptr, repeat_columns},
+    {VEXO_FMT_YUV422W, VEXO_FMT_YUV420, nullptr, drop_columns},
+    {VEXO_FMT_YUV444, VEXO_FMT_YUV422N, nullptr, drop_columns},
+    {VEXO_FMT_YUV422W, VEXO_FMT_YUV444, nullptr, repeat_rows},
+    {VEXO_FMT_P010LE, VEXO_FMT_NV12, nullptr, take_high_bytes},
+};
+
+int standard_index(int32_t standard) {
+  for (int i = 0; i < kStandardCount; ++i) {
+    if (kStandards[i] == standard) return i;
+  }
+  return -1;
+}
+
+constexpr bool is_rgb24(int32_t format) {
+  return format >= VEXO_FMT_RGB888 && format <= VEXO_FMT_ABGR8888;
+}
+constexpr bool is_rgb16(int32_t format) {
+  return format == VEXO_FMT_RGB565 || format == VEXO_FMT_BGR565;
+}
+
+// How many times the samples of chroma are halved.
+int32_t chroma_halvings(int32_t format) {
+  switch (format) {
+    case VEXO_FMT_YUV422N:
+    case VEXO_FMT_YUV422W:
+    case VEXO_FMT_YV16:
+    case VEXO_FMT_UYVY:
+    case VEXO_FMT_YUYV:
+      return 1;
+    default:
+      return has_standard(format) && format != VEXO_FMT_YUV444 ? 2 : 0;
+  }
+}
+
+int32_t cost_of(int32_t from, int32_t to) {
+  int32_t cost = kPass;
+  if (has_standard(from) != has_standard(to) && from != VEXO_FMT_YUV400) {
+    cost += kRounding;
+  }
+  if (from == VEXO_FMT_YUV400 && has_standard(to)) cost += kRounding;
+  const int32_t halved = chroma_halvings(to) - chroma_halvings(from);
+  if (halved > 0) cost += kHalfChroma * halved;
+  if (is_10_bit(from) || (is_rgb16(to) && !is_rgb16(from))) cost += kFewerBits;
+  return cost;
+}
+
+// Calls visit(from, conversion) for every edge, always in the same order.
+template <class Visit>
+void for_each_edge(Visit visit) {
+  for (const int32_t standard : kStandards) {
+    for (const Route &route : csc_routes(standard)) {
+      const bool coloured =
+          has_standard(route.src_format) != has_standard(route.dst_format) ||
+          !has_standard(route.src_format);
+      // BT.709 of full range is not what vexo_csc makes of it.
+      vexo_csc_kernel *const kernel = standard == VEXO_STD_BT709_FULL
+                                          ? vexo_csc_bt709_fr_yuv420_to_rgba8888
+                                          : route.kernel;
+      // Steps of the picture layer stand for those that are not right for any
+      // stride.
+      bool replaced = false;
+      for (const OwnRoute &own : kOwnRoutes) {
+        replaced = replaced || (own.src_format == route.src_format &&
+                                own.dst_format == route.dst_format);
+      }
+      if (replaced) continue;
+      // Between layouts of YUV a standard changes nothing.
+      for (const int32_t kept : kStandards) {
+        if (coloured && kept != standard) continue;
+        visit(content_of(route.src_format, kept),
+              Conversion{kernel, nullptr, content_of(route.dst_format, kept)});
+      }
+    }
+    for (const OwnRoute &own : kOwnRoutes) {
+      visit(Content{own.src_format, standard},
+            Conversion{own.kernel, own.step, {own.dst_format, standard}});
+    }
+  }
+  visit(Content{VEXO_FMT_RGB565, 0},
+        Conversion{nullptr, exchange_fields, {VEXO_FMT_BGR565, 0}});
+  visit(Content{VEXO_FMT_BGR565, 0},
+        Conversion{nullptr, exchange_fields, {VEXO_FMT_RGB565, 0}});
+  for (const Format &from : kFormatTable) {
+    for (const Format &to : kFormatTable) {
+      if (!is_rgb24(from.code) || !is_rgb24(to.code) || &from == &to) continue;
+      visit(Content{from.code, 0},
+            Conversion{nullptr, reorder_pixels, {to.code, 0}});
+    }
+  }
+}
+
+int32_t cost_of(const Content &from, const Conversion &conversion) {
+  return cost_of(from.format, conversion.to.format);
+}
+
+struct Search {
+  Costs costs;
+  // The last conversion of a chain, and where it comes from; or, of a search
+  // backwards, nothing.
+  int32_t from[kPlaces];
+  Conversion last[kPlaces];
+};
+
+void search(const Content &start, bool backwards, Search *s) {
+  for (int32_t &cost : s->costs.of) cost = kNoWay;
+  s->costs.of[place_of(start)] = 0;
+  bool cheaper = true;
+  while (cheaper) {
+    cheaper = false;
+    for_each_edge([&](const Content &from, const Conversion &edge) {
+      const int32_t here = place_of(backwards ? edge.to : from);
+      const int32_t there = place_of(backwards ? from : edge.to);
+      if (s->costs.of[here] == kNoWay) return;
+      const int32_t cost = s->costs.of[here] + cost_of(from, edge);
+      if (cost >= s->costs.of[there]) return;
+      s->costs.of[there] = cost;
+      s->from[there] = here;
+      s->last[there] = edge;
+      cheaper = true;
+    });
+  }
+}
+
+}  // namespace
+
+int32_t place_of(const Content &content) {
+  const Format *const format = find_format(content.format);
+  const int standard = standard_index(content.standard);
+  if (format == nullptr || standard < 0) return -1;
+  return static_cast<int32_t>(format - kFormatTable) * kStandardCount +
+         standard;
+}
+
+Content content_at(int32_t place) {
+  return {kFormatTable[place / kStandardCount].code,
+          kStandards[place % kStandardCount]};
+}
+
+Costs costs_from(const Content &from) {
+  Search s;
+  search(from, false, &s);
+  return s.costs;
+}
+
+Costs costs_to(const Content &to) {
+  Search s;
+  search(to, true, &s);
+  return s.costs;
+}
+
+Chain find_chain(const Content &from, const Content &to) {
+  Chain chain;
+  if (from == to) return chain;
+  chain.cost = kNoWay;
+  const int32_t start = place_of(from);
+  int32_t place = place_of(to);
+  if (start < 0 || place < 0) return chain;
+  // A single conversion loses no more than any chain.
+  for_each_edge([&](const Content &edge_from, const Conversion &edge) {
+    if (chain.cost != kNoWay || edge_from != from || edge.to != to) return;
+    chain = {cost_of(from, edge), 1, {edge}};
+  });
+  if (chain.cost != kNoWay) return chain;
+  Search s;
+  search(from, false, &s);
+  if (s.costs.of[place] == kNoWay) return chain;
+  int32_t count = 0;
+  for (int32_t at = place; at != start; at = s.from[at]) ++count;
+  if (count > kMostConversions) return chain;
+  chain.cost = s.costs.of[place];
+  chain.count = count;
+  for (; place != start; place = s.from[place]) {
+    chain.conversion[--count] = s.last[place];
+  }
+  return chain;
+}
+
+bool wants_even(const Conversion &conversion, const Content &from,
+                int32_t width, int32_t height) {
+  if (conversion.kernel == nullptr || (width % 2 == 0 && height % 2 == 0)) {
+    return false;
+  }
+  const int32_t src = from.format;
+  const int32_t dst = conversion.to.format;
+  if (is_tiled(src) || is_tiled(dst)) return true;
+  const bool halved = chroma_halvings(src) == 2;
+  if (!has_standard(dst)) {
+    // The kernels of the default standard shift rows of an odd height but for
+    // widths in fours, and convert a last pixel with its neighbour.
+    return has_standard(src) && halved && from.standard == VEXO_STD_DEFAULT &&
+           (width % 2 != 0 || width % 4 != 0);
+  }
+  // Whole blocks only.
+  if (!has_standard(src)) return chroma_halvings(dst) != 0;
+  // Rows of chroma in pairs.
+  return height % 2 != 0 && src != VEXO_FMT_YUYV &&
+         (chroma_halvings(dst) == 1 ||
+          (chroma_halvings(src) == 1 && chroma_halvings(dst) == 2));
+}
+
+}  // namespace lox

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Which conversions there are, and the best chain of them.
+#pragma once
+
+#include "orumlox/csc_kernels.h"
+#include "picture/steps.h"
+
+namespace lox {
+
+// What samples are: a format and, where it has one, a colour standard.
+struct Content {
+  int32_t format, standard;
+
+  bool operator==(const Content &) const = default;
+};
+
+// Whether a colour standard says what the format's samples mean. Grey has none:
+// it becomes RGB as it is.
+constexpr bool has_standard(int32_t format) {
+  return (format > VEXO_FMT_YUV400 && format < 200) || format >= 600;
+}
+constexpr Content content_of(int32_t format, int32_t standard) {
+  return {format, has_standard(format) ? standard : VEXO_STD_DEFAULT};
+}
+
+// A conversion: a kernel of csc.h or a step of the picture layer.
+struct Conversion {
+  vexo_csc_kernel *kernel;
+  Step *step;
+  Content to;
+};
+
+constexpr int kMostConversions = 7;
+constexpr int32_t kNoWay = INT32_MAX;
+
+struct Chain {
+  int32_t cost = 0;  // kNoWay where there is none
+  int32_t count = 0;
+  Conversion conversion[kMostConversions];
+};
+
+// The chain that loses least and then is the shortest; of equal ones always the
+// same. Nothing to do where both are the same.
+Chain find_chain(const Content &from, const Content &to);
+
+// The costs of the chains from a content to all others, or to it from all
+// others, by place.
+constexpr int32_t kPlaces = 100;
+struct Costs {
+  int32_t of[kPlaces];
+};
+Costs costs_from(const Content &from);
+Costs costs_to(const Content &to);
+int32_t place_of(const Content &content);  // -1 for what is no content
+Content content_at(int32_t place);
+
+// Whether the conversion is right only for even sizes: of an odd one it is done
+// at the next even size.
+bool wants_even(const Conversion &conversion, const Content &from,
+                int32_t width, int32_t height);
+
+}  // namespace lox

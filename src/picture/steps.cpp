@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The conversions of the picture layer, row by row.
+#include "picture/steps.h"
+
+#include "csc/layout_rows.h"
+#include "orumlox/common.h"
+#include "orumlox/csc_layout.h"
+#include "picture/formats.h"
+
+namespace lox {
+
+namespace {
+
+// Samples that go through a buffer on the stack at a time.
+constexpr int32_t kRun = 2048;
+
+const uint8_t *src_row(const vexo_img &img, int32_t p, int32_t y) {
+  return img.plane[p] + ptrdiff_t{y} * img.stride[p];
+}
+uint8_t *dst_row(const vexo_img &img, int32_t p, int32_t y) {
+  return img.plane[p] + ptrdiff_t{y} * img.stride[p];
+}
+constexpr int32_t half_up(int32_t n) { return n / 2 + n % 2; }
+
+void copy_plane_bytes(const vexo_img &src, int32_t from, const vexo_img &dst,
+                      int32_t to, int64_t bytes, int64_t rows) {
+  vexo_cpy_8b(src.plane[from], static_cast<int32_t>(bytes),
+              static_cast<int32_t>(rows), src.stride[from], dst.stride[to],
+              dst.plane[to]);
+}
+
+void copy_luma(const vexo_img &src, const vexo_img &dst) {
+  copy_plane_bytes(src, 0, dst, 0, src.width[0], src.height[0]);
+}
+
+// Calls run(first, count) for pieces of a row.
+template <class Run>
+void in_runs(int32_t count, Run run) {
+  for (int32_t x = 0; x < count; x += kRun) {
+    run(x, count - x < kRun ? count - x : kRun);
+  }
+}
+
+// Where the bytes of red, green, blue and alpha are, -1 for none.
+struct Channels {
+  int8_t unit, r, g, b, a;
+};
+Channels channels_of(int32_t format) {
+  switch (format) {
+    case VEXO_FMT_RGB888:
+      return {3, 0, 1, 2, -1};
+    case VEXO_FMT_BGR888:
+      return {3, 2, 1, 0, -1};
+    case VEXO_FMT_RGBA8888:
+      return {4, 0, 1, 2, 3};
+    case VEXO_FMT_BGRA8888:
+      return {4, 2, 1, 0, 3};
+    case VEXO_FMT_ARGB8888:
+      return {4, 1, 2, 3, 0};
+    default:  // ABGR8888
+      return {4, 3, 2, 1, 0};
+  }
+}
+
+}  // namespace
+
+void copy_step(const vexo_img &src, const vexo_img &dst) {
+  const Format &format = *find_format(src.format);
+  for (int32_t p = 0; p < format.planes; ++p) {
+    copy_plane_bytes(src, p, dst, p,
+                     least_stride(format.plane[p], src.width[0]),
+                     least_rows(format.plane[p], src.height[0]));
+  }
+}
+
+void exchange_planes(const vexo_img &src, const vexo_img &dst) {
+  copy_luma(src, dst);
+  copy_plane_bytes(src, 1, dst, 2, src.width[1], src.height[1]);
+  copy_plane_bytes(src, 2, dst, 1, src.width[2], src.height[2]);
+}
+
+void exchange_pairs(const vexo_img &src, const vexo_img &dst) {
+  copy_luma(src, dst);
+  for (int32_t y = 0; y < src.height[1]; ++y) {
+    layout_rows().swap(src_row(src, 1, y), dst_row(dst, 1, y), src.width[1]);
+  }
+}
+
+void unpack_422(const vexo_img &src, const vexo_img &dst) {
+  for (int32_t y = 0; y < src.height[0]; ++y) {
+    in_runs(src.width[0], [&](int32_t x, int32_t count) {
+      uint8_t pairs[2 * kRun];
+      const uint8_t *row = src_row(src, 0, y) + ptrdiff_t{2} * x;
+      if (src.format == VEXO_FMT_UYVY) {
+        layout_rows().swap(row, pairs, half_up(count) * 2);
+        row = pairs;
+      }
+      layout_rows().yuyv(row, dst_row(dst, 0, y) + x,
+                         dst_row(dst, 1, y) + x / 2, dst_row(dst, 2, y) + x / 2,
+                         count);
+    });
+  }
+}
+
+void pack_422(const vexo_img &src, const vexo_img &dst) {
+  for (int32_t y = 0; y < src.height[0]; ++y) {
+    in_runs(src.width[0], [&](int32_t x, int32_t count) {
+      uint8_t chroma[kRun];
+      const int32_t pairs = half_up(count);
+      layout_rows().interleave(src_row(src, 1, y) + x / 2,
+                               src_row(src, 2, y) + x / 2, chroma, pairs);
+      const uint8_t *const luma = src_row(src, 0, y) + x;
+      uint8_t *const to = dst_row(dst, 0, y) + ptrdiff_t{2} * x;
+      const bool luma_first = dst.format == VEXO_FMT_YUYV;
+      layout_rows().interleave(luma_first ? luma : chroma,
+                               luma_first ? chroma : luma, to, count);
+      if (count % 2 == 0) return;
+      uint8_t *const last = to + ptrdiff_t{2} * (count - 1);
+      const uint8_t v = chroma[count];
+      last[2] = luma_first ? luma[count - 1] : v;
+      last[3] = luma_first ? v : luma[count - 1];
+    });
+  }
+}
+
+void repeat_columns(const vexo_img &src, const vexo_img &dst) {
+  copy_luma(src, dst);
+  const int32_t width = src.width[0];
+  for (int32_t p = 1; p < 3; ++p) {
+    vexo_csc_8b8b_pck(src.plane[p], src.plane[p], width / 2, src.height[p],
+                      src.stride[p], src.stride[p], dst.stride[p],
+                      dst.plane[p]);
+    if (width % 2 == 0) continue;
+    vexo_cpy_8b(src.plane[p] + width / 2, 1, src.height[p], src.stride[p],
+                dst.stride[p], dst.plane[p] + (width - 1));
+  }
+}
+
+void drop_columns(const vexo_img &src, const vexo_img &dst) {
+  copy_luma(src, dst);
+  for (int32_t p = 1; p < 3; ++p) {
+    for (int32_t y = 0; y < src.height[p]; ++y) {
+      layout_rows().even(src_row(src, p, y), dst_row(dst, p, y), src.width[p]);
+    }
+  }
+}
+
+void repeat_rows(const vexo_img &src, const vexo_img &dst) {
+  copy_luma(src, dst);
+  for (int32_t p = 1; p < 3; ++p) {
+    const int32_t width = src.width[p];
+    const int32_t half = src.height[0] / 2;
+    vexo_csc_1x1_to_1x2(src.plane[p], width, half, src.stride[p], dst.stride[p],
+                        dst.plane[p]);
+    if (src.height[0] % 2 == 0) continue;
+    vexo_cpy_8b(src_row(src, p, half), width, 1, src.stride[p], dst.stride[p],
+                dst_row(dst, p, 2 * half));
+  }
+}
+
+void take_high_bytes(const vexo_img &src, const vexo_img &dst) {
+  for (int32_t p = 0; p < 2; ++p) {
+    const int32_t samples = p == 0 ? src.width[0] : 2 * src.width[1];
+    for (int32_t y = 0; y < src.height[p]; ++y) {
+      in_runs(samples, [&](int32_t x, int32_t count) {
+        uint8_t low[kRun];
+        layout_rows().deinterleave(src_row(src, p, y) + ptrdiff_t{2} * x, low,
+                                   dst_row(dst, p, y) + x,
+                                   ptrdiff_t{2} * count);
+      });
+    }
+  }
+}
+
+void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
+  const Channels from = channels_of(src.format);
+  const Channels to = channels_of(dst.format);
+  for (int32_t y = 0; y < src.height[0]; ++y) {
+    const uint8_t *in = src_row(src, 0, y);
+    uint8_t *out = dst_row(dst, 0, y);
+    if (from.unit == 4 && to.unit == 4) {
+      in_runs(src.width[0], [&](int32_t x, int32_t count) {
+        uint8_t channel[4][kRun];
+        uint8_t *planes[4];
+        const uint8_t *ordered[4];
+        for (int i = 0; i < 4; ++i) planes[i] = channel[i];
+        ordered[to.r] = channel[from.r];
+        ordered[to.g] = channel[from.g];
+        ordered[to.b] = channel[from.b];
+        ordered[to.a] = channel[from.a];
+        layout_rows().deinterleave4(in + ptrdiff_t{4} * x, planes, count);
+        layout_rows().interleave4(ordered, out + ptrdiff_t{4} * x, count);
+      });
+      continue;
+    }
+    for (int32_t x = 0; x < src.width[0]; ++x) {
+      out[to.r] = in[from.r];
+      out[to.g] = in[from.g];
+      out[to.b] = in[from.b];
+      if (to.a >= 0) out[to.a] = 255;
+      in += from.unit;
+      out += to.unit;
+    }
+  }
+}
+
+void exchange_fields(const vexo_img &src, const vexo_img &dst) {
+  for (int32_t y = 0; y < src.height[0]; ++y) {
+    const uint8_t *const in = src_row(src, 0, y);
+    uint8_t *const out = dst_row(dst, 0, y);
+    for (ptrdiff_t i = 0; i < ptrdiff_t{2} * src.width[0]; i += 2) {
+      const int word = in[i] | in[i + 1] << 8;
+      out[i] = static_cast<uint8_t>((word & 0xE0) | word >> 11);
+      out[i + 1] = static_cast<uint8_t>((word & 31) << 3 | (in[i + 1] & 7));
+    }
+  }
+}
+
+}  // namespace lox
