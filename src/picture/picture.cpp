@@ -131,14 +131,15 @@ bool is_whole(const Format &format, int32_t from_width, int32_t from_height,
 // The way of a change of shape: the content in which it is done.
 struct Way {
   int32_t cost = kNoWay;
-  int32_t before = kNoWay;  // of that the part before the change
   Content content = {};
 };
 
 // The cheapest content for which passes(content), those of the change, is not
-// 0. Of equal ones that which converts most where there are fewer pixels.
+// 0; of equal ones the first. A pass over the larger picture counts twice, and
+// what is lost before a reduction more than what is lost after it.
 template <class Passes>
 Way find_way(const Request &r, bool reduces, Passes passes) {
+  constexpr int32_t kLostBefore = 8;
   const Costs before = costs_from(r.from);
   const Costs after = costs_to(r.to);
   Way best;
@@ -148,12 +149,14 @@ Way find_way(const Request &r, bool reduces, Passes passes) {
     const int32_t own = passes(content);
     const int32_t end = place_of(turned(content, r.options.rotation));
     if (own == 0 || end < 0 || after.of[end] == kNoWay) continue;
-    const int32_t cost = before.of[place] + own + after.of[end];
-    const bool better =
-        cost < best.cost ||
-        (cost == best.cost && (reduces ? before.of[place] < best.before
-                                       : before.of[place] > best.before));
-    if (better) best = {cost, before.of[place], content};
+    int32_t cost = before.of[place] + own + after.of[end];
+    if (!reduces) {
+      cost += passes_of(after.of[end]);
+    } else {
+      cost += passes_of(before.of[place]);
+      if (loses(before.of[place])) cost += kLostBefore;
+    }
+    if (cost < best.cost) best = {cost, content};
   }
   return best;
 }

@@ -18,12 +18,11 @@ constexpr int32_t kStandards[] = {VEXO_STD_DEFAULT, VEXO_STD_BT601_FULL,
 constexpr int kStandardCount = 4;
 static_assert(kPlaces == kFormats * kStandardCount);
 
-// What a conversion loses, in passes: more than any chain has for the least of
-// it, so that nothing is lost to save passes.
 constexpr int32_t kPass = 1;
-constexpr int32_t kRounding = 16;    // between YUV and RGB
-constexpr int32_t kHalfChroma = 64;  // every other sample of chroma
-constexpr int32_t kFewerBits = 256;  // 10 bits to 8, 8 to 5 or 6
+constexpr int32_t kRounding = kLeastLoss;        // between YUV and RGB
+constexpr int32_t kHalfChroma = 4 * kLeastLoss;  // every other sample of chroma
+constexpr int32_t kFewerBits = 16 * kLeastLoss;  // 10 bits to 8, 8 to 5 or 6
+static_assert(kMostConversions < kLeastLoss);
 
 struct OwnRoute {
   int32_t src_format, dst_format;

@@ -34,6 +34,12 @@ struct Conversion {
 constexpr int kMostConversions = 7;
 constexpr int32_t kNoWay = INT32_MAX;
 
+// A cost is a number of passes, and more than any chain has of them for the
+// least that is lost: nothing is lost to save passes.
+constexpr int32_t kLeastLoss = 16;
+constexpr int32_t passes_of(int32_t cost) { return cost % kLeastLoss; }
+constexpr bool loses(int32_t cost) { return cost >= kLeastLoss; }
+
 struct Chain {
   int32_t cost = 0;  // kNoWay where there is none
   int32_t count = 0;
