@@ -4,7 +4,8 @@
 // pictures have no room for, and the calls themselves.
 #include "picture/pipeline.h"
 
-#include "orumlox/common.h"
+#include <cstring>
+
 #include "orumlox/rot.h"
 #include "orumlox/rsz.h"
 #include "picture/formats.h"
@@ -36,20 +37,18 @@ vexo_img normalised(const vexo_img &img) {
   return result;
 }
 
-// Luma's last column and row once more, where tiles are to hold them.
-void repeat_edge(const vexo_img &img) {
+// Luma beyond an odd picture, which tiles are to hold, becomes 0.
+void clear_edge(const vexo_img &img) {
   const int32_t width = img.width[0];
   const int32_t height = img.height[0];
-  uint8_t *const end = img.plane[0] + width;
   const ptrdiff_t stride = img.stride[0];
   if (width % 2 != 0) {
     for (ptrdiff_t y = 0; y < height; ++y) {
-      end[y * stride] = end[y * stride - 1];
+      img.plane[0][y * stride + width] = 0;
     }
   }
   if (height % 2 == 0) return;
-  uint8_t *const last = img.plane[0] + (height - 1) * stride;
-  vexo_cpy_8b(last, even(width), 1, 0, 0, last + stride);
+  memset(img.plane[0] + height * stride, 0, static_cast<size_t>(even(width)));
 }
 
 // The same memory as a picture of the next even size.
@@ -247,7 +246,7 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
       }
       if (wants_even(stage.conversion, content_before(i), stage.width,
                      stage.height)) {
-        if (is_tiled(out.format)) repeat_edge(in);
+        if (is_tiled(out.format)) clear_edge(in);
         in = even_view(in);
         out = even_view(out);
       }

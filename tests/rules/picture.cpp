@@ -144,15 +144,13 @@ void convert_pixel(const vexo_img &src, const vexo_img &dst, int32_t standard,
   put(l.y, x, yuv.y);
   put(l.u, x, yuv.u);
   put(l.v, x, yuv.v);
-  // Tiles of an odd picture hold its last column and row once more.
+  // Tiles of an odd picture have black, 0, beyond it.
   if (is_tiled_code(dst.format)) {
-    const int32_t more_x = x + (x % 2 == 0 && x == src.width[0] - 1 ? 1 : 0);
-    const int32_t more_y = y + (y % 2 == 0 && y == src.height[0] - 1 ? 1 : 0);
-    for (int32_t row = y; row <= more_y; ++row) {
-      for (int32_t at = x; at <= more_x; ++at) {
-        *byte_of(dst, 0, row, at) = static_cast<uint8_t>(yuv.y);
-      }
-    }
+    const bool more_x = x % 2 == 0 && x == src.width[0] - 1;
+    const bool more_y = y % 2 == 0 && y == src.height[0] - 1;
+    if (more_x) *byte_of(dst, 0, y, x + 1) = 0;
+    if (more_y) *byte_of(dst, 0, y + 1, x) = 0;
+    if (more_x && more_y) *byte_of(dst, 0, y + 1, x + 1) = 0;
     return;
   }
   // The pixel that an odd row of packed ones lacks.

@@ -30,7 +30,6 @@ convert one.y4m o.png --standard bt470 | 'bt470'
 convert one.y4m o.raw --to rgb565 --standard bt709-full | library: yuv420 to rgb565 (bt709-full)
 convert one.y4m o.raw --via rgba8888,yuv420 --standard bt709 | library: rgba8888 to yuv420 (bt709)
 convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888 | t256x16 to rgba8888 at 1280x8
-convert wide.raw o.raw --size 32700x8 --from nv12 --to nv21 | 32700 columns
 convert f.raw o.png --size 8x6 --from yuv420 | 8x8
 convert two.y4m o.png | more than one frame
 convert two.y4m %d%d.png | pattern

@@ -117,9 +117,10 @@ class RawFrame {
   std::vector<std::vector<uint8_t>> memory_;
 };
 
-// A frame through layouts, each converted to the next. Rows of YUV become RGB,
-// and YUYV whatever it becomes, as large as they are; all else has the next
-// even size, so that odd pictures get all of their chroma.
+// A frame through layouts, each converted to the next. YUYV is averaged in rows
+// as they are, and another standard than the first, which p010le does not have,
+// has a rule for the last columns; all else has the next even size, so that odd
+// pictures get all of their chroma and every pixel its own.
 inline std::string converted(const std::string &bytes, int width, int height,
                              const std::vector<std::string> &tokens,
                              int32_t standard = 0) {
@@ -128,7 +129,8 @@ inline std::string converted(const std::string &bytes, int width, int height,
   for (size_t i = 1; i < tokens.size(); ++i) {
     const Layout &from = layout(tokens[i - 1]), &to = layout(tokens[i]);
     const bool as_is =
-        !from.tiled() && !from.rgb() && (to.rgb() || from.token == "yuyv");
+        from.token == "yuyv" ||
+        (standard != 0 && from.token != "p010le" && !from.rgb() && to.rgb());
     RawFrame next(to, width, height, standard);
     const vexo_img src = as_is ? frame.img() : frame.even_img();
     const vexo_img dst = as_is ? next.img() : next.even_img();

@@ -6,13 +6,11 @@
 
 #include <algorithm>
 #include <deque>
-#include <limits>
 #include <vector>
 
 #include "commands.h"
 #include "error.h"
 #include "formats.h"
-#include "orumlox/csc.h"
 #include "progress.h"
 
 namespace vexo {
@@ -29,8 +27,7 @@ a percent sign.
 
 Each step from a layout to the next is one conversion of the library. Without
 --to the layout is one that OUT can hold and the library converts to. The
-standard counts in every step between YUV and RGB, but p010le is always bt601;
-the library takes bt709-full for bt601-full.
+standard counts in every step between YUV and RGB, but p010le is always bt601.
 
 Raw frames are planes without gaps, their chroma sizes rounded up: the last
 column and row of an odd picture have chroma of their own. Tiled ones are whole
@@ -143,36 +140,14 @@ std::vector<const Layout *> plan(const StreamOptions &options, Kind kind,
   return chain;
 }
 
-// Many kernels round chroma sizes down and would leave the last chroma column
-// and row of an odd picture unwritten. They are handed the next even size: each
-// block's chroma is that of its top-left pixel, so that what lies beyond the
-// picture does not reach it. Those with a rule of their own for odd sizes see
-// the size as it is: from rows of YUV to RGB, and from packed YUV, where rows
-// are averaged in pairs.
-bool sees_odd_sizes(const Layout &src, const Layout &dst) {
-  return !src.tiled && !is_rgb(src) &&
-         (is_rgb(dst) || src.code == VEXO_FMT_YUYV);
-}
-
-// Whether the bytes of chroma pairs are exchanged in place: the library counts
-// a row's in signed 16 bits and would not exchange those of a longer one.
-bool exchanges_pairs(const Layout &src, const Layout &dst) {
-  const auto is_paired = [](const Layout &layout) {
-    return layout.code == VEXO_FMT_NV12 || layout.code == VEXO_FMT_NV21;
-  };
-  return is_paired(src) && is_paired(dst);
-}
-
-void convert_step(const Frame &src, const Frame &dst) {
-  if (exchanges_pairs(src.layout(), dst.layout()) &&
-      dst.img().stride[1] > std::numeric_limits<int16_t>::max()) {
-    throw Error(std::to_string(src.width()) + " columns are too many for " +
-                src.layout().token + " to " + dst.layout().token);
-  }
-  const bool as_is = sees_odd_sizes(src.layout(), dst.layout());
-  const vexo_img in = as_is ? src.img() : src.even_img();
-  const vexo_img out = as_is ? dst.img() : dst.even_img();
-  const int32_t status = vexo_csc(&in, &out);
+void convert_step(const PictureContext &context, const Frame &src,
+                  const Frame &dst) {
+  vexo_img in = src.img();
+  vexo_img out = dst.img();
+  // As vexo_csc has it.
+  if (in.format == VEXO_FMT_P010LE) in.color_std = out.color_std = 0;
+  const int32_t status =
+      vexo_picture_convert(context.get(), &in, &out, nullptr);
   if (status == VEXO_OK) return;
   throw Error(std::string("the library refuses ") + src.layout().token +
               " to " + dst.layout().token + " at " +
@@ -211,13 +186,14 @@ void convert(const StreamOptions &options, Reshape *reshape) {
       plan(options, kind, *info.layout, home, color_std);
   if (chain.size() > 1) check_convertible(info);
   for (const Layout *layout : chain) add_frame(*layout, info);
-  const auto convert_next = [&frames, &reader, reshape, reshaped] {
+  const PictureContext context;
+  const auto convert_next = [&] {
     if (!reader->read(frames.front())) return false;
     for (size_t i = 1; i < frames.size(); ++i) {
       if (i == reshaped) {
         reshape->apply(frames[i - 1], frames[i]);
       } else {
-        convert_step(frames[i - 1], frames[i]);
+        convert_step(context, frames[i - 1], frames[i]);
       }
     }
     return true;

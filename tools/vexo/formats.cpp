@@ -1,23 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// vexo formats: the table of pairs, from trial conversions.
+// vexo formats: the tables of pairs and of chains, from the library's answers.
 #include "formats.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <cstring>
 
 #include "commands.h"
 #include "error.h"
 #include "io.h"
-#include "orumlox/csc.h"
 
 namespace vexo {
 namespace {
-
-// Wide enough for t256x16, which is accepted only above 1280.
-constexpr int kTrialWidth = 1344;
-constexpr int kTrialHeight = 64;
 
 struct Standard {
   const char *name;
@@ -31,41 +24,8 @@ constexpr Standard kStandards[] = {{"bt601", VEXO_STD_DEFAULT},
 struct FormatsOptions {
   std::string standard = "bt601";
   bool json = false;
+  bool chains = false;
 };
-
-void fill(const Frame &frame, int value) {
-  for (int p = 0; p < frame.layout().planes; ++p) {
-    for (int y = 0; y < frame.rows(p); ++y) {
-      std::memset(frame.row(p, y), value,
-                  static_cast<size_t>(frame.row_bytes(p)));
-    }
-  }
-}
-
-bool filled_with(const Frame &frame, int value) {
-  for (int p = 0; p < frame.layout().planes; ++p) {
-    for (int y = 0; y < frame.rows(p); ++y) {
-      const uint8_t *const row = frame.row(p, y);
-      if (!std::all_of(row, row + frame.row_bytes(p),
-                       [value](uint8_t byte) { return byte == value; })) {
-        return false;
-      }
-    }
-  }
-  return true;
-}
-
-// A picture cannot be all zeros and all ones: one of two fills shows whether
-// anything was written.
-bool converts(const Frame &src, const Frame &dst) {
-  bool written = false;
-  for (const int value : {0, 255}) {
-    fill(dst, value);
-    if (vexo_csc(&src.img(), &dst.img()) != VEXO_OK) return false;
-    written = written || !filled_with(dst, value);
-  }
-  return written;
-}
 
 void print_json(int32_t color_std) {
   std::fprintf(standard_output(), "{\n  \"std\": \"%s\",\n  \"formats\": [\n",
@@ -110,6 +70,35 @@ void print_table(int32_t color_std) {
   std::fprintf(standard_output(), "\n%d pairs\n", pairs);
 }
 
+// A section of docs/conversions.md: passes from each layout to each other one,
+// then the chains of more than one.
+void print_chains(int32_t color_std) {
+  std::FILE *const out = standard_output();
+  std::fprintf(out, "## %s\n\n|  |", standard_name(color_std));
+  for (const Layout &to : all_layouts()) {
+    std::fprintf(out, " %d |", static_cast<int>(to.code));
+  }
+  std::fprintf(out, "\n|---|");
+  for (size_t i = 0; i < all_layouts().size(); ++i) std::fprintf(out, "---|");
+  std::string chains;
+  for (const Layout &from : all_layouts()) {
+    std::fprintf(out, "\n| %d `%s` |", static_cast<int>(from.code), from.token);
+    for (const Layout &to : all_layouts()) {
+      int32_t formats[VEXO_MOST_STOPS];
+      const int32_t passes = vexo_picture_passes(from.code, color_std, to.code,
+                                                 color_std, formats);
+      std::fprintf(out, passes == 0 ? " |" : " %d |", static_cast<int>(passes));
+      if (passes < 2) continue;
+      for (int32_t i = 0; i <= passes; ++i) {
+        chains += i == 0 ? "- " : " → ";
+        chains += vexo_format_name(formats[i]);
+      }
+      chains += "\n";
+    }
+  }
+  std::fprintf(out, "\n\n%s", chains.c_str());
+}
+
 }  // namespace
 
 int32_t standard_named(const std::string &name) {
@@ -128,9 +117,7 @@ const char *standard_name(int32_t color_std) {
 }
 
 bool library_converts(const Layout &from, const Layout &to, int32_t color_std) {
-  const Frame src(from, kTrialWidth, kTrialHeight, color_std);
-  const Frame dst(to, kTrialWidth, kTrialHeight, color_std);
-  return converts(src, dst);
+  return vexo_csc_supports(from.code, to.code, color_std) != 0;
 }
 
 void add_formats(CLI::App &app) {
@@ -138,10 +125,14 @@ void add_formats(CLI::App &app) {
   CLI::App *const command = app.add_subcommand(
       "formats", "Prints which conversions the library has.");
   command->add_flag("--json", options->json, "As JSON");
+  command->add_flag("--chains", options->chains,
+                    "What chains of conversions lead to, in how many passes");
   command->add_option("--standard,--std", options->standard, "As for convert");
   command->callback([options] {
     const int32_t color_std = standard_named(options->standard);
-    (options->json ? print_json : print_table)(color_std);
+    (options->chains ? print_chains
+     : options->json ? print_json
+                     : print_table)(color_std);
   });
 }
 

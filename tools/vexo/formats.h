@@ -15,8 +15,7 @@ namespace vexo {
 int32_t standard_named(const std::string &name);
 const char *standard_name(int32_t color_std);
 
-// Whether vexo_csc converts between the layouts. Asked with real frames: some
-// calls for which the library has no kernel succeed without writing anything.
+// Whether vexo_csc converts between the layouts.
 bool library_converts(const Layout &from, const Layout &to, int32_t color_std);
 
 }  // namespace vexo

@@ -10,33 +10,20 @@
 #include <span>
 #include <string>
 
-#include "orumlox/img.h"
+#include "orumlox/picture.h"
 
 namespace vexo {
-
-// Size of one plane as a function of the picture's. A plane is
-// width / 2^x_shift units of unit_bytes wide, rounded up, and height /
-// 2^y_shift rows high; a row is then rounded up to row_align bytes and the
-// plane to rows_align rows (tiles, or pixel pairs).
-struct PlaneRule {
-  int unit_bytes;
-  int x_shift;
-  int y_shift;
-  int row_align;
-  int rows_align;
-};
 
 struct Layout {
   int32_t code;
   const char *token;
   bool tiled;
   int planes;
-  PlaneRule plane[3];
 };
 
 std::span<const Layout> all_layouts();
 const Layout &layout_of(int32_t code);
-// Throws Error when no layout has this token.
+// By any of its names. Throws Error when no layout has this one.
 const Layout &layout_named(const std::string &token);
 bool is_rgb(const Layout &layout);
 
@@ -53,10 +40,6 @@ class Frame {
   int width() const { return width_; }
   int height() const { return height_; }
   const vexo_img &img() const { return img_; }
-  // The same memory as a picture of the next even width and height; what lies
-  // beyond this one means nothing.
-  vexo_img even_img() const;
-
   // The bytes of a plane that belong to the picture, as files hold them: rows()
   // rows of row_bytes() bytes.
   int row_bytes(int plane) const { return row_bytes_[plane]; }
@@ -76,6 +59,21 @@ class Frame {
   int row_bytes_[3] = {};
   vexo_img img_ = {};
   std::unique_ptr<uint8_t, Free> memory_;
+};
+
+// The library's memory for what lies between a call's steps.
+class PictureContext {
+ public:
+  // Throws std::bad_alloc.
+  PictureContext();
+  ~PictureContext() { vexo_picture_context_free(context_); }
+  PictureContext(const PictureContext &) = delete;
+  PictureContext &operator=(const PictureContext &) = delete;
+
+  vexo_picture_context *get() const { return context_; }
+
+ private:
+  vexo_picture_context *context_ = nullptr;
 };
 
 }  // namespace vexo

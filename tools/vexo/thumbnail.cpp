@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // vexo thumbnail: pictures reduced in the domain of the cosine transform and
-// turned, 4:2:0 by the library's thumbnail calls, the others as RGBA. The plan
-// is made of the first frame and serves all.
+// turned.
 #include <algorithm>
-#include <memory>
-#include <new>
-#include <optional>
 #include <utility>
-#include <vector>
 
 #include "commands.h"
 #include "convert.h"
 #include "error.h"
-#include "orumlox/csc_layout.h"
-#include "orumlox/dct.h"
 #include "orumlox/rot.h"
 #include "turns.h"
 
@@ -49,180 +42,9 @@ std::string size_text(int width, int height) {
   return std::to_string(width) + "x" + std::to_string(height);
 }
 
-size_t plane_bytes(const vexo_img &img, int plane) {
-  return static_cast<size_t>(img.stride[plane]) *
-         static_cast<size_t>(img.buf_height[plane]);
-}
-
 bool is_420(const Layout &layout) {
   return layout.code == VEXO_FMT_YUV420 || layout.code == VEXO_FMT_NV12;
 }
-
-// Pictures of one geometry to thumbnails of another.
-class Scaler {
- public:
-  Scaler() = default;
-  virtual ~Scaler() = default;
-  Scaler(const Scaler &) = delete;
-  Scaler &operator=(const Scaler &) = delete;
-  virtual void apply(const Frame &src, const Frame &dst) = 0;
-
- protected:
-  vexo_rsz_new_context context_ = {};
-  vexo_shift_set a_ = nullptr;
-  vexo_shift_set b_ = nullptr;
-};
-
-// Of NV12 and, by way of it, YUV420. All frames come in the memory of the
-// first.
-class Nv12Scaler : public Scaler {
- public:
-  Nv12Scaler(const Frame &src, const Shape &shape)
-      : rotation_(static_cast<int32_t>(shape.rotation)) {
-    if (src.layout().code == VEXO_FMT_YUV420) {
-      paired_.emplace(layout_of(VEXO_FMT_NV12), src.width(), src.height(),
-                      VEXO_STD_DEFAULT);
-    }
-    plan_buffers(paired_ ? *paired_ : src, shape);
-    vexo_txc_new_init(pair_, &intermediate_, &context_, &a_, &b_,
-                      shape.prescale, rotation_);
-    // Null pointers are all that tells of failure; means need no sets.
-    if ((a_ == nullptr && context_.exact_ratio == 0) ||
-        (rotation_ != VEXO_ROT_COPY && intermediate_.plane[0] == nullptr)) {
-      release();
-      throw std::bad_alloc();
-    }
-  }
-
-  ~Nv12Scaler() override { release(); }
-
-  void apply(const Frame &src, const Frame &dst) override {
-    if (paired_) {
-      const vexo_img &in = src.img();
-      const vexo_img &pairs = paired_->img();
-      vexo_csc_yuv420_to_nv12(in.plane, in.width, in.height, in.stride,
-                              pairs.stride, pairs.plane);
-    }
-    vexo_txc_new(pair_, &result_, &intermediate_, &context_, a_, b_, rotation_);
-    // Of what the library wrote the visible part, chroma rounded up.
-    const vexo_img &out = dst.img();
-    std::copy_n(out.width, 2, result_.width);
-    std::copy_n(out.height, 2, result_.height);
-    if (paired_) {
-      vexo_csc_nv12_to_yuv420(result_.plane, result_.width, result_.height,
-                              result_.stride, out.stride, out.plane);
-    } else {
-      vexo_cpy(&result_, &out);
-    }
-  }
-
- private:
-  void plan_buffers(const Frame &source, const Shape &shape) {
-    vexo_img &scaled = pair_[1];
-    scaled.format = VEXO_FMT_NV12;
-    scaled.width[0] = shape.width;
-    scaled.height[0] = shape.height;
-    // The layout selector: 1 rounds strides up to 16, 0 up to 128.
-    scaled.color_std = 1;
-    vexo_rsz_new_set_img(pair_);
-    // Files have a column and a row of chroma more when the size is odd. The
-    // stride has room for that column.
-    scaled.width[1] = (shape.width + 1) / 2;
-    scaled.height[1] = (shape.height + 1) / 2;
-    scaled.buf_height[1] = (scaled.height[1] + 15) / 16 * 16;
-    // A frame lies as it does, in rows that need no padding to be pre-scaled.
-    pair_[0] = source.img();
-
-    // Of either plane as much as luma takes, which is enough for chroma with
-    // its sides exchanged.
-    result_ = scaled;
-    const size_t bytes = plane_bytes(scaled, 0);
-    memory_.resize(2 * bytes);
-    result_.plane[0] = memory_.data();
-    result_.plane[1] = memory_.data() + bytes;
-  }
-
-  void release() {
-    vexo_txc_new_deinit(pair_, &intermediate_, &context_, a_, b_, rotation_);
-  }
-
-  int32_t rotation_;
-  std::optional<Frame> paired_;
-  // The source and the thumbnail before it is turned.
-  vexo_img pair_[2] = {};
-  vexo_img intermediate_ = {};
-  vexo_img result_ = {};
-  std::vector<uint8_t> memory_;
-};
-
-// Pixels of so many bytes as pixels of another number: the first ones of each.
-void repack(const Frame &from, const Frame &to) {
-  const int from_step = from.layout().plane[0].unit_bytes;
-  const int to_step = to.layout().plane[0].unit_bytes;
-  const int common = std::min(from_step, to_step);
-  for (int y = 0; y < from.height(); ++y) {
-    const uint8_t *in = from.row(0, y);
-    uint8_t *out = to.row(0, y);
-    for (int x = 0; x < from.width(); ++x) {
-      std::copy_n(in, common, out);
-      in += from_step;
-      out += to_step;
-    }
-  }
-}
-
-// Of RGBA8888 and of less than that in the same order: RGB888, grey.
-class RgbaScaler : public Scaler {
- public:
-  RgbaScaler(const Frame &src, const Frame &dst, const Shape &shape)
-      : rotation_(shape.rotation),
-        source_(rgba(src.width(), src.height())),
-        scaled_(rgba(shape.width, shape.height)),
-        turned_(rgba(dst.width(), dst.height())) {
-    quartet_[0] = source_.img();
-    quartet_[1] = scaled_.img();
-    for (int i = 2; i < 4; ++i) {
-      quartet_[i].format = VEXO_FMT_YUV420;
-      std::fill_n(quartet_[i].width, 3, quartet_[i - 2].width[0]);
-      std::fill_n(quartet_[i].height, 3, quartet_[i - 2].height[0]);
-    }
-    vexo_rsz_new_set_img(quartet_ + 2);
-    for (int i = 2; i < 4; ++i) {
-      const size_t bytes = plane_bytes(quartet_[i], 0);
-      memory_[i - 2].resize(3 * bytes);
-      for (size_t p = 0; p < 3; ++p) {
-        quartet_[i].plane[p] = memory_[i - 2].data() + p * bytes;
-      }
-    }
-    if (vexo_rsz_new_rgba8888_init(quartet_, &context_, &a_, &b_) != VEXO_OK) {
-      throw std::bad_alloc();
-    }
-  }
-
-  ~RgbaScaler() override {
-    vexo_rsz_new_rgba8888_deinit(quartet_, &context_, a_, b_);
-  }
-
-  void apply(const Frame &src, const Frame &dst) override {
-    repack(src, source_);
-    vexo_rsz_new_rgba8888(quartet_, &context_, a_, b_);
-    vexo_rot(&scaled_.img(), rotation_, &turned_.img());
-    repack(turned_, dst);
-  }
-
- private:
-  static Frame rgba(int width, int height) {
-    return {layout_of(VEXO_FMT_RGBA8888), width, height, VEXO_STD_DEFAULT};
-  }
-
-  uint32_t rotation_;
-  Frame source_;
-  Frame scaled_;
-  Frame turned_;
-  // The source, the destination, and the planar forms of both.
-  vexo_img quartet_[4] = {};
-  std::vector<uint8_t> memory_[2];
-};
 
 class Thumbnail : public Reshape {
  public:
@@ -253,14 +75,14 @@ class Thumbnail : public Reshape {
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    if (!scaler_) {
-      if (is_420(src.layout())) {
-        scaler_ = std::make_unique<Nv12Scaler>(src, shape_);
-      } else {
-        scaler_ = std::make_unique<RgbaScaler>(src, dst, shape_);
-      }
-    }
-    scaler_->apply(src, dst);
+    vexo_picture_options options = {};
+    options.rotation = static_cast<int32_t>(shape_.rotation);
+    options.prescale = shape_.prescale;
+    const int32_t status = vexo_picture_thumbnail(context_.get(), &src.img(),
+                                                  &dst.img(), &options);
+    if (status == VEXO_OK) return;
+    throw Error(std::string("the library refuses to make a thumbnail: ") +
+                vexo_status_name(status));
   }
 
  private:
@@ -292,7 +114,8 @@ class Thumbnail : public Reshape {
   }
 
   Shape shape_;
-  std::unique_ptr<Scaler> scaler_;
+  // The plan is made of the first frame and serves all.
+  const PictureContext context_;
 };
 
 }  // namespace

@@ -2,9 +2,6 @@
 //
 // vexo tonemap: HDR pictures as SDR ones, in a layout that the library's tone
 // mapping writes. From there they are converted to what the output holds.
-#include <algorithm>
-#include <cstring>
-#include <optional>
 #include <utility>
 
 #include "commands.h"
@@ -47,16 +44,6 @@ int32_t kind_code(const std::string &name) {
   throw Error("--kind '" + name + "' is none of hdr10, hdr10-mild, hlg");
 }
 
-// Whether the library tone maps into this layout. Its YV12 is no picture: every
-// band of rows begins at the start of the planes.
-bool maps_into(const Layout &layout) {
-  constexpr int32_t kCodes[] = {VEXO_FMT_RGB888,   VEXO_FMT_RGBA8888,
-                                VEXO_FMT_ARGB8888, VEXO_FMT_YUV420,
-                                VEXO_FMT_NV12,     VEXO_FMT_NV21};
-  return std::find(std::begin(kCodes), std::end(kCodes), layout.code) !=
-         std::end(kCodes);
-}
-
 bool is_picture(Kind kind) { return kind == Kind::kPng || kind == Kind::kPpm; }
 
 // The layout that is written or, if the library does not tone map into that,
@@ -66,7 +53,7 @@ const Layout &mapped_layout(const StreamOptions &streams,
   const Kind kind = output_kind(streams);
   if (!streams.to.empty()) {
     const Layout &wanted = layout_named(streams.to);
-    if (maps_into(wanted)) return wanted;
+    if (vexo_hdr_supports(source.code, wanted.code) != 0) return wanted;
     return layout_of(is_rgb(wanted) ? VEXO_FMT_RGBA8888 : VEXO_FMT_YUV420);
   }
   if (is_picture(kind)) return layout_of(VEXO_FMT_RGB888);
@@ -74,11 +61,6 @@ const Layout &mapped_layout(const StreamOptions &streams,
   return layout_of(kind == Kind::kRaw && source.code == VEXO_FMT_P010LE
                        ? VEXO_FMT_NV12
                        : VEXO_FMT_YUV420);
-}
-
-uint8_t to_full_range(int value) {
-  return static_cast<uint8_t>(((std::clamp(value, 16, 235) - 16) * 255 + 109) /
-                              219);
 }
 
 class Tonemap : public Reshape {
@@ -110,92 +92,23 @@ class Tonemap : public Reshape {
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    vexo_img in = src.img();
-    if (options_.measure) in = measurable(src);
-    // In rows of an odd width the library would write over the last chroma
-    // sample of each. A frame has room for one column more, which is dropped
-    // again and which no chroma sample is made from.
-    in.width[0] += in.width[0] % 2;
-    in.mode = options_.measure ? VEXO_HDR_MODE_MEASURE : 0;
-    in.source_nit = options_.nit;
-
-    // RGB888 comes with gaps between its bands, and is taken from RGBA8888.
-    const bool drop_fourth = dst.layout().code == VEXO_FMT_RGB888;
-    if (!mapped_) {
-      mapped_.emplace(drop_fourth ? layout_of(VEXO_FMT_RGBA8888) : dst.layout(),
-                      src.width(), src.height(), VEXO_STD_DEFAULT);
-    }
-    const vexo_img out = mapped_->img();
-    // Not vexo_hdr_to_sdr, which does not tell that memory ran out.
+    vexo_picture_options how = {};
+    how.hdr_kind = kind_;
+    how.source_nit = options_.nit;
+    how.measure = options_.measure ? 1 : 0;
+    how.full_range = full_range_ ? 1 : 0;
     const int32_t status =
-        kind_ == VEXO_HDR_HLG
-            ? vexo_hlg_to_sdr8(&in, &out)
-            : vexo_hdr10_to_sdr8(&in, &out, kind_ == VEXO_HDR_HDR10_MILD);
-    if (status != VEXO_OK) {
-      throw Error("the library refuses to tone map (status " +
-                  std::to_string(status) + ")");
-    }
-    for (int p = 0; p < dst.layout().planes; ++p) {
-      // The library writes rows without gaps, whatever the stride.
-      const PlaneRule &rule = mapped_->layout().plane[p];
-      const int64_t step =
-          int64_t{rule.unit_bytes} * (in.width[0] >> rule.x_shift);
-      for (int y = 0; y < dst.rows(p); ++y) {
-        copy_row(out.plane[p] + y * step, drop_fourth, dst.row(p, y),
-                 dst.row_bytes(p));
-      }
-    }
+        vexo_picture_tonemap(context_.get(), &src.img(), &dst.img(), &how);
+    if (status == VEXO_OK) return;
+    throw Error(std::string("the library refuses to tone map: ") +
+                vexo_status_name(status));
   }
 
  private:
-  void copy_row(const uint8_t *from, bool drop_fourth, uint8_t *to,
-                int bytes) const {
-    if (drop_fourth) {
-      for (int i = 0; i < bytes; i += 3, from += 4) {
-        std::memcpy(to + i, from, 3);
-      }
-    } else {
-      std::memcpy(to, from, static_cast<size_t>(bytes));
-    }
-    // The 255 of a fourth byte stays.
-    if (full_range_) std::transform(to, to + bytes, to, to_full_range);
-  }
-
-  // The library measures luma words as they are, so that the shifted ones of
-  // p010le would always pass for the brightest, and takes the rows to have no
-  // gaps. It is handed 10-bit words in such rows, whatever comes in.
-  vexo_img measurable(const Frame &src) {
-    if (!words_) {
-      words_.emplace(layout_of(VEXO_FMT_YUV420PLANAR16), src.width(),
-                     src.height(), VEXO_STD_DEFAULT);
-    }
-    vexo_img img = words_->img();
-    img.stride[0] = 2 * (img.width[0] + img.width[0] % 2);
-    const bool shifted = src.layout().code == VEXO_FMT_P010LE;
-    for (int p = 0; p < words_->layout().planes; ++p) {
-      const bool paired = shifted && p > 0;
-      for (int y = 0; y < words_->rows(p); ++y) {
-        const uint8_t *from = src.row(paired ? 1 : p, y);
-        if (paired && p == 2) from += 2;
-        uint8_t *to = img.plane[p] + int64_t{y} * img.stride[p];
-        const uint8_t *const end = to + words_->row_bytes(p);
-        for (; to < end; to += 2, from += paired ? 4 : 2) {
-          const int word = from[0] | from[1] << 8;
-          const int sample = shifted ? word >> 6 : word & 1023;
-          to[0] = static_cast<uint8_t>(sample & 255);
-          to[1] = static_cast<uint8_t>(sample >> 8);
-        }
-      }
-    }
-    return img;
-  }
-
   const TonemapOptions &options_;
   int32_t kind_;
   bool full_range_;
-  // Of every frame what the library writes and, to be measured, reads.
-  std::optional<Frame> mapped_;
-  std::optional<Frame> words_;
+  const PictureContext context_;
 };
 
 }  // namespace
