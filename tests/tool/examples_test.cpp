@@ -3,6 +3,10 @@
 // The commands that the README shows, and the examples in C that show a frame.
 #include <algorithm>
 
+#include "orumlox/dct.h"
+#include "orumlox/picture.h"
+#include "orumlox/rot.h"
+#include "raw_frame.h"
 #include "rules/hdr_rule.h"
 #include "tool_runner.h"
 
@@ -83,6 +87,33 @@ TEST_F(ExampleTest, ToneMappingInC) {
   EXPECT_TRUE(shell("'" TONE_MAP_BINARY "'").out == expected);
 }
 #endif
+
+// By single calls: scaled, turned, taken apart, converted, blue first.
+TEST_F(ExampleTest, UprightThumbnail) {
+  std::string frame = noise(2048 * 1620, 9);
+  put("frame", frame);
+  const Outcome outcome = shell("'" UPRIGHT_BINARY "' <frame");
+  auto *const memory = reinterpret_cast<uint8_t *>(frame.data());
+  uint8_t *const planes[] = {memory, memory + 2048 * 1080};
+  const int32_t strides[] = {2048, 2048};
+  RawFrame scaled(layout("nv12"), 568, 320), turned(layout("nv12"), 320, 568);
+  vexo_img pair[2] = {{}, scaled.img()};
+  vexo_picture_wrap(&pair[0], VEXO_FMT_NV12, 1920, 1080, planes, strides);
+  pair[1].color_std = 1;
+  vexo_rsz_new_context plan;
+  vexo_shift_set a, b;
+  ASSERT_EQ(vexo_rsz_new_init(pair, &plan, &a, &b, 0), VEXO_OK);
+  vexo_rsz_new(&pair[0], &pair[1], &plan, a, b);
+  vexo_rsz_new_deinit(pair, &plan, a, b);
+  const vexo_img upright = turned.img();
+  vexo_rot(&pair[1], VEXO_ROT_90R, &upright);
+  std::string expected = converted(
+      turned.bytes(), 320, 568, {"nv12", "yuv420", "rgba8888"}, VEXO_STD_BT709);
+  for (size_t i = 0; i < expected.size(); i += 4) {
+    std::swap(expected[i], expected[i + 2]);
+  }
+  EXPECT_TRUE(outcome.out == expected);
+}
 
 }  // namespace
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include "formats.h"
 
 #include <cstdio>
+#include <map>
 
 #include "commands.h"
 #include "error.h"
@@ -70,8 +71,22 @@ void print_table(int32_t color_std) {
   std::fprintf(standard_output(), "\n%d pairs\n", pairs);
 }
 
+// What lies between the ends of a chain; nothing where one conversion does.
+std::string layouts_between(const Layout &from, const Layout &to,
+                            int32_t color_std) {
+  int32_t formats[VEXO_MOST_STOPS];
+  const int32_t passes =
+      vexo_picture_passes(from.code, color_std, to.code, color_std, formats);
+  std::string between;
+  for (int32_t i = 1; i < passes; ++i) {
+    between += i == 1 ? "" : ", ";
+    between += vexo_format_name(formats[i]);
+  }
+  return between;
+}
+
 // A section of docs/conversions.md: passes from each layout to each other one,
-// then the chains of more than one.
+// then the ways of more than one, where they are not those of bt601.
 void print_chains(int32_t color_std) {
   std::FILE *const out = standard_output();
   std::fprintf(out, "## %s\n\n|  |", standard_name(color_std));
@@ -80,23 +95,30 @@ void print_chains(int32_t color_std) {
   }
   std::fprintf(out, "\n|---|");
   for (size_t i = 0; i < all_layouts().size(); ++i) std::fprintf(out, "---|");
-  std::string chains;
+  std::string list;
   for (const Layout &from : all_layouts()) {
     std::fprintf(out, "\n| %d `%s` |", static_cast<int>(from.code), from.token);
+    // By what lies between, the layouts that are reached so.
+    std::map<std::string, std::string> ways;
     for (const Layout &to : all_layouts()) {
-      int32_t formats[VEXO_MOST_STOPS];
       const int32_t passes = vexo_picture_passes(from.code, color_std, to.code,
-                                                 color_std, formats);
+                                                 color_std, nullptr);
       std::fprintf(out, passes == 0 ? " |" : " %d |", static_cast<int>(passes));
-      if (passes < 2) continue;
-      for (int32_t i = 0; i <= passes; ++i) {
-        chains += i == 0 ? "- " : " → ";
-        chains += vexo_format_name(formats[i]);
+      const std::string between = layouts_between(from, to, color_std);
+      if (between.empty() ||
+          (color_std != VEXO_STD_DEFAULT &&
+           between == layouts_between(from, to, VEXO_STD_DEFAULT))) {
+        continue;
       }
-      chains += "\n";
+      std::string &reached = ways[between];
+      reached += (reached.empty() ? "" : ", ") + std::string(to.token);
+    }
+    for (const auto &[between, reached] : ways) {
+      list.append("- ").append(from.token).append(" by ").append(between);
+      list.append(": ").append(reached).append("\n");
     }
   }
-  std::fprintf(out, "\n\n%s", chains.c_str());
+  std::fprintf(out, "\n\n%s", list.c_str());
 }
 
 }  // namespace
