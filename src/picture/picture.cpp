@@ -140,6 +140,11 @@ struct Way {
 template <class Passes>
 Way find_way(const Request &r, bool reduces, Passes passes) {
   constexpr int32_t kLostBefore = 8;
+  // Nothing is cheaper than the change alone.
+  const int32_t alone = passes(r.from);
+  if (alone != 0 && turned(r.from, r.options.rotation) == r.to) {
+    return {alone, r.from};
+  }
   const Costs before = costs_from(r.from);
   const Costs after = costs_to(r.to);
   Way best;

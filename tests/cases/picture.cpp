@@ -89,7 +89,8 @@ void layout(const Function &function, Source &source, Sink &sink) {
         memory.size() - std::min(memory.size(), short_by));
   } else if (name == "vexo_picture_wrap") {
     uint8_t *const planes[] = {memory.data(), memory.data(), memory.data()};
-    const int32_t strides[] = {source.between(-999, 999), 64 * width, 64};
+    const int32_t strides[] = {source.between(-999, 999),
+                               source.between(-99, 999), 64};
     status = function.as<decltype(vexo_picture_wrap)>()(
         &img, format, width, height, planes, strides);
   } else if (memory.size() > 0 || !known) {
