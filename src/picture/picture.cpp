@@ -256,8 +256,7 @@ int32_t vexo_csc_supports(int32_t src_format, int32_t dst_format,
   using namespace lox;
   const bool counts = (is_rgb(src_format) && is_yuv(dst_format)) ||
                       (is_yuv(src_format) && is_rgb(dst_format));
-  for (const Route &route :
-       csc_routes(counts ? color_std : VEXO_STD_DEFAULT)) {
+  for (const Route &route : csc_routes(counts ? color_std : VEXO_STD_DEFAULT)) {
     if (route.src_format == src_format && route.dst_format == dst_format) {
       return 1;
     }

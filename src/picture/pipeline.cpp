@@ -250,8 +250,7 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
         in = even_view(in);
         out = even_view(out);
       }
-      stage.conversion.kernel(in.plane, in.width, in.height, in.stride,
-                              out.stride, out.plane);
+      stage.conversion.route->convert(in, out);
       return VEXO_OK;
     case Work::kScale:
       out.mode = options_.mode;

@@ -5,8 +5,6 @@
 // all edges until nothing gets cheaper.
 #include "picture/routes.h"
 
-#include "csc/routes.h"
-#include "orumlox/csc_layout.h"
 #include "picture/formats.h"
 
 namespace lox {
@@ -24,34 +22,51 @@ constexpr int32_t kHalfChroma = 4 * kLeastLoss;  // every other sample of chroma
 constexpr int32_t kFewerBits = 16 * kLeastLoss;  // 10 bits to 8, 8 to 5 or 6
 static_assert(kMostConversions < kLeastLoss);
 
-struct OwnRoute {
+// Drivers of csc.h where no route of it names them. The other order of pairs
+// stands for the other order of planes.
+constexpr Route kMoreRoutes[] = {
+    {VEXO_FMT_YV12, VEXO_FMT_NV12, planes_to_pairs, kCrossed, kNothing},
+    {VEXO_FMT_YV12, VEXO_FMT_NV21, planes_to_pairs, kInOrder, kNothing},
+};
+// BT.709 of full range, which is not what vexo_csc makes of it.
+constexpr Route kBt709Full = {VEXO_FMT_YUV420, VEXO_FMT_RGBA8888,
+                              bt709_full_to_rgb, kExactYuv420, kRgba8888};
+
+struct OwnStep {
   int32_t src_format, dst_format;
-  vexo_csc_kernel *kernel;
   Step *step;
 };
 
 // They keep the standard.
-constexpr OwnRoute kOwnRoutes[] = {
-    {VEXO_FMT_YUV420, VEXO_FMT_YV12, nullptr, exchange_planes},
-    {VEXO_FMT_YV12, VEXO_FMT_YUV420, nullptr, exchange_planes},
-    {VEXO_FMT_YUV422N, VEXO_FMT_YV16, nullptr, exchange_planes},
-    {VEXO_FMT_YV16, VEXO_FMT_YUV422N, nullptr, exchange_planes},
-    // The other order of pairs for the other order of planes.
-    {VEXO_FMT_YV12, VEXO_FMT_NV12, vexo_csc_yuv420_to_nv21, nullptr},
-    {VEXO_FMT_YV12, VEXO_FMT_NV21, vexo_csc_yuv420_to_nv12, nullptr},
-    {VEXO_FMT_NV12, VEXO_FMT_NV21, nullptr, exchange_pairs},
-    {VEXO_FMT_NV21, VEXO_FMT_NV12, nullptr, exchange_pairs},
-    {VEXO_FMT_UYVY, VEXO_FMT_YUV422N, nullptr, unpack_422},
-    {VEXO_FMT_YUYV, VEXO_FMT_YUV422N, nullptr, unpack_422},
-    {VEXO_FMT_YUV422N, VEXO_FMT_UYVY, nullptr, pack_422},
-    {VEXO_FMT_YUV422N, VEXO_FMT_YUYV, nullptr, pack_422},
-    {VEXO_FMT_YUV420, VEXO_FMT_YUV422W, nullptr, repeat_columns},
-    {VEXO_FMT_YUV422N, VEXO_FMT_YUV444, nullptr, repeat_columns},
-    {VEXO_FMT_YUV422W, VEXO_FMT_YUV420, nullptr, drop_columns},
-    {VEXO_FMT_YUV444, VEXO_FMT_YUV422N, nullptr, drop_columns},
-    {VEXO_FMT_YUV422W, VEXO_FMT_YUV444, nullptr, repeat_rows},
-    {VEXO_FMT_P010LE, VEXO_FMT_NV12, nullptr, take_high_bytes},
+constexpr OwnStep kSteps[] = {
+    {VEXO_FMT_YUV420, VEXO_FMT_YV12, swap_chroma_planes},
+    {VEXO_FMT_YV12, VEXO_FMT_YUV420, swap_chroma_planes},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YV16, swap_chroma_planes},
+    {VEXO_FMT_YV16, VEXO_FMT_YUV422N, swap_chroma_planes},
+    {VEXO_FMT_NV12, VEXO_FMT_NV21, swap_chroma_bytes},
+    {VEXO_FMT_NV21, VEXO_FMT_NV12, swap_chroma_bytes},
+    {VEXO_FMT_UYVY, VEXO_FMT_YUV422N, unpack_422},
+    {VEXO_FMT_YUYV, VEXO_FMT_YUV422N, unpack_422},
+    {VEXO_FMT_YUV422N, VEXO_FMT_UYVY, pack_422},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YUYV, pack_422},
+    {VEXO_FMT_YUV420, VEXO_FMT_YUV422W, repeat_columns},
+    {VEXO_FMT_YUV422N, VEXO_FMT_YUV444, repeat_columns},
+    {VEXO_FMT_YUV422W, VEXO_FMT_YUV420, drop_columns},
+    {VEXO_FMT_YUV444, VEXO_FMT_YUV422N, drop_columns},
+    {VEXO_FMT_YUV422W, VEXO_FMT_YUV444, repeat_rows},
+    {VEXO_FMT_P010LE, VEXO_FMT_NV12, take_high_bytes},
 };
+
+// Whether a step stands for a route that is not right for any stride.
+bool is_replaced(const Route &route) {
+  for (const OwnStep &own : kSteps) {
+    if (own.src_format == route.src_format &&
+        own.dst_format == route.dst_format) {
+      return true;
+    }
+  }
+  return false;
+}
 
 int standard_index(int32_t standard) {
   for (int i = 0; i < kStandardCount; ++i) {
@@ -96,33 +111,25 @@ int32_t cost_of(int32_t from, int32_t to) {
 // Calls visit(from, conversion) for every edge, always in the same order.
 template <class Visit>
 void for_each_edge(Visit visit) {
+  const auto visit_route = [&](const Route &route, int32_t standard) {
+    visit(content_of(route.src_format, standard),
+          Conversion{&route, nullptr, content_of(route.dst_format, standard)});
+  };
   for (const int32_t standard : kStandards) {
     for (const Route &route : csc_routes(standard)) {
-      const bool coloured =
-          has_standard(route.src_format) != has_standard(route.dst_format) ||
-          !has_standard(route.src_format);
-      // BT.709 of full range is not what vexo_csc makes of it.
-      vexo_csc_kernel *const kernel = standard == VEXO_STD_BT709_FULL
-                                          ? vexo_csc_bt709_fr_yuv420_to_rgba8888
-                                          : route.kernel;
-      // Steps of the picture layer stand for those that are not right for any
-      // stride.
-      bool replaced = false;
-      for (const OwnRoute &own : kOwnRoutes) {
-        replaced = replaced || (own.src_format == route.src_format &&
-                                own.dst_format == route.dst_format);
-      }
-      if (replaced) continue;
-      // Between layouts of YUV a standard changes nothing.
-      for (const int32_t kept : kStandards) {
-        if (coloured && kept != standard) continue;
-        visit(content_of(route.src_format, kept),
-              Conversion{kernel, nullptr, content_of(route.dst_format, kept)});
+      if (has_standard(route.src_format) && has_standard(route.dst_format)) {
+        // Between layouts of YUV a standard changes nothing.
+        if (is_replaced(route)) continue;
+        for (const int32_t kept : kStandards) visit_route(route, kept);
+      } else {
+        visit_route(standard == VEXO_STD_BT709_FULL ? kBt709Full : route,
+                    standard);
       }
     }
-    for (const OwnRoute &own : kOwnRoutes) {
+    for (const Route &route : kMoreRoutes) visit_route(route, standard);
+    for (const OwnStep &own : kSteps) {
       visit(Content{own.src_format, standard},
-            Conversion{own.kernel, own.step, {own.dst_format, standard}});
+            Conversion{nullptr, own.step, {own.dst_format, standard}});
     }
   }
   visit(Content{VEXO_FMT_RGB565, 0},
@@ -226,7 +233,7 @@ Chain find_chain(const Content &from, const Content &to) {
 
 bool wants_even(const Conversion &conversion, const Content &from,
                 int32_t width, int32_t height) {
-  if (conversion.kernel == nullptr || (width % 2 == 0 && height % 2 == 0)) {
+  if (conversion.route == nullptr || (width % 2 == 0 && height % 2 == 0)) {
     return false;
   }
   const int32_t src = from.format;

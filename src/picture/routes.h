@@ -3,7 +3,7 @@
 // Which conversions there are, and the best chain of them.
 #pragma once
 
-#include "orumlox/csc_kernels.h"
+#include "csc/routes.h"
 #include "picture/steps.h"
 
 namespace lox {
@@ -24,9 +24,9 @@ constexpr Content content_of(int32_t format, int32_t standard) {
   return {format, has_standard(format) ? standard : VEXO_STD_DEFAULT};
 }
 
-// A conversion: a kernel of csc.h or a step of the picture layer.
+// A conversion: a route of csc.h or a step of the picture layer.
 struct Conversion {
-  vexo_csc_kernel *kernel;
+  const Route *route;
   Step *step;
   Content to;
 };

@@ -74,13 +74,13 @@ void copy_step(const vexo_img &src, const vexo_img &dst) {
   }
 }
 
-void exchange_planes(const vexo_img &src, const vexo_img &dst) {
+void swap_chroma_planes(const vexo_img &src, const vexo_img &dst) {
   copy_luma(src, dst);
   copy_plane_bytes(src, 1, dst, 2, src.width[1], src.height[1]);
   copy_plane_bytes(src, 2, dst, 1, src.width[2], src.height[2]);
 }
 
-void exchange_pairs(const vexo_img &src, const vexo_img &dst) {
+void swap_chroma_bytes(const vexo_img &src, const vexo_img &dst) {
   copy_luma(src, dst);
   for (int32_t y = 0; y < src.height[1]; ++y) {
     layout_rows().swap(src_row(src, 1, y), dst_row(dst, 1, y), src.width[1]);

@@ -14,9 +14,9 @@ using Step = void(const vexo_img &src, const vexo_img &dst);
 // Rows of every plane as they are; formats and sizes are equal.
 Step copy_step;
 // YUV420 and YV12, YUV422N and YV16: planes 1 and 2 in each other's place.
-Step exchange_planes;
+Step swap_chroma_planes;
 // NV12 and NV21: the bytes of every pair in each other's place.
-Step exchange_pairs;
+Step swap_chroma_bytes;
 // UYVY and YUYV to YUV422N, and back: the second luma byte of a last pair that
 // has one pixel is the first one.
 Step unpack_422;
