@@ -59,7 +59,7 @@ struct RegisterTables {
 };
 
 template <bool kHlg, class Matrix>
-void to_sdr_in_registers(HdrRun *run, const HdrTables &tables, int n) {
+static void to_sdr_in_registers(HdrRun *run, const HdrTables &tables, int n) {
   using V = ToneOps<Wide>;
   using T = RegisterTables<3>;
   using T1 = RegisterTables<1>;

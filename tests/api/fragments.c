@@ -10,6 +10,9 @@ extern vexo_img src, dst, pair[2];
 extern vexo_csc_kernel kernel;
 extern vexo_rsz_new_context plan;
 extern vexo_shift_set a, b;
+extern uint8_t *const *planes;
+extern const int32_t *strides;
+extern vexo_picture_context *context;
 
 int32_t fragments(void);
 int32_t fragments(void) {
