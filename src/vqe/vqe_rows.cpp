@@ -6,6 +6,7 @@
 
 #include <string.h>
 
+#include "common/caches.h"
 #include "simd/simd.h"
 #include "vqe/deblock_rule.h"
 
@@ -112,11 +113,11 @@ LOX_INLINE void sharpen_rows(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst,
   for_vectors<V, 1>(
       n - first,
       [&]() LOX_INLINE_LAMBDA {
-        // What the next rows need, or memory would not keep up.
-        for (int i = 0; i < kRows; ++i) {
-          prefetch(from, (kRows + 2 + i) * pitch);
-          prefetch(to, (kRows + i) * pitch);
-        }
+        // What the next rows need, or memory would not keep up: as it lies, for
+        // rows follow each other, rather than a line of each row.
+        const ptrdiff_t done = kRows * (from - src);
+        prefetch(src + (kRows + 2) * pitch, done, kRows * V::n);
+        prefetch(dst + kRows * pitch, done, kRows * V::n);
         sharpen_at<B, kRows>(from, pitch, to);
       },
       moving<1>(from), moving<1>(to));
@@ -127,17 +128,23 @@ void sharpen(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst, ptrdiff_t n,
              ptrdiff_t rows) {
 #if LOX_VECTORS
   // Two rows at a time have most of their neighbours in common.
-  if (with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
-        ptrdiff_t y = 0;
-        for (; y + 2 <= rows; y += 2) {
-          sharpen_rows<V, 2>(src + y * pitch, pitch, dst + y * pitch, n);
-        }
-        if (y < rows) {
-          sharpen_rows<V, 1>(src + y * pitch, pitch, dst + y * pitch, n);
-        }
-      }) > 0) {
-    return;
+  const auto sharpen_all = [&]<class V>(V) LOX_INLINE_LAMBDA {
+    ptrdiff_t y = 0;
+    for (; y + 2 <= rows; y += 2) {
+      sharpen_rows<V, 2>(src + y * pitch, pitch, dst + y * pitch, n);
+    }
+    if (y < rows) {
+      sharpen_rows<V, 1>(src + y * pitch, pitch, dst + y * pitch, n);
+    }
+  };
+  if constexpr (Bulk::n < Wide::n) {
+    if (n >= Bulk::n &&
+        static_cast<size_t>(pitch) * static_cast<size_t>(rows) >=
+            memory_now().far_from) {
+      return sharpen_all(Bulk());
+    }
   }
+  if (with_vectors(n, sharpen_all) > 0) return;
 #endif
   for (ptrdiff_t y = 0; y < rows; ++y) {
     for (ptrdiff_t x = 0; x < n; ++x) {
