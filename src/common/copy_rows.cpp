@@ -52,33 +52,33 @@ void copy_string(uint8_t *dst, const uint8_t *src, size_t n) {
 #endif
 }
 
+// Whether the processor copies long runs itself, and whether lines of a run
+// that is far away are fetched before they are written.
+LOX_INLINE bool copies_strings() { return kAhead != 0 && memory_now().strings; }
+LOX_INLINE bool fetches() { return kAhead != 0 && memory_now().fetches; }
+
 void copy(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (n < Narrow::kBlock) {
+  if (n >= kLongCopy && copies_strings()) {
+    copy_string(dst, src, n);
+  } else if (n < Narrow::kBlock || n >= kBeyondCaches) {
+    // Short, or so long that the C library knows best which caches to use.
     memcpy(dst, src, n);
   } else if (n < Wide::kBlock) {
     copy_vectors<Narrow>(dst, src, n);
   } else if (n < kLongCopy) {
     copy_vectors<Wide>(dst, src, n);
-  } else if (kAhead != 0 && memory_now().strings) {
-    copy_string(dst, src, n);
-  } else if (n >= kBeyondCaches) {
-    // The C library knows best which caches to use.
-    memcpy(dst, src, n);
-  } else if (kAhead == 0 || !memory_now().fetches ||
-             n < memory_now().far_from / 2) {
-    copy_vectors<Bulk>(dst, src, n);
-  } else {
+  } else if (fetches() && n >= memory_now().far_from / 2) {
     copy_vectors<Bulk, true>(dst, src, n);
+  } else {
+    copy_vectors<Bulk>(dst, src, n);
   }
 }
 
 void copy_far(uint8_t *dst, const uint8_t *src, size_t n) {
-  if (kAhead == 0 || n < Bulk::kBlock || n >= kBeyondCaches) {
-    copy(dst, src, n);
-  } else if (memory_now().fetches) {
-    copy_vectors<Bulk, true>(dst, src, n);
-  } else if (memory_now().strings && n >= kLongString) {
+  if (n >= kLongString && copies_strings()) {
     copy_string(dst, src, n);
+  } else if (fetches() && n >= Bulk::kBlock && n < kBeyondCaches) {
+    copy_vectors<Bulk, true>(dst, src, n);
   } else {
     copy(dst, src, n);
   }

@@ -109,7 +109,12 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
 
   const bool shared = source.rows_per_chroma == 2;
   const YuvToRgbFn two_rows = beyond || !shared ? nullptr : forms.two_rows;
-  const Writing writing = writing_of(layout, args);
+  Writing writing = writing_of(layout, args);
+  // Measured: rows one by one keep up with memory, and stores of less than a
+  // line past the caches do not.
+  if (two_rows == nullptr && yuv_to_rgb_rows().stream_alignment < 64) {
+    writing.stream = false;
+  }
   const RowRange rows = args.rows();
   for (int32_t row = rows.begin; row < rows.end;) {
     const int32_t chroma_row = shared ? (row + moved) / 2 : row;

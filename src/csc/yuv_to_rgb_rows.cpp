@@ -273,16 +273,21 @@ struct RowCursor {
   }
 };
 
-// How far ahead the source of a picture is fetched that is written past the
-// caches, and so comes from behind them itself.
-constexpr int kSourceAhead = 1024;
-
 template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream>
 LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   const typename M::template Constants<V, Src::kU> constants;
   Place at = {rows.y[0],      rows.y[1],   rows.chroma[0],
               rows.chroma[1], rows.rgb[0], rows.rgb[1]};
   [[maybe_unused]] const bool fetch = rows.fetch;
+  // Of a picture that is written past the caches, and so comes from behind them
+  // itself, the source of the next rows is fetched: where it lies when rows
+  // follow each other.
+  const ptrdiff_t luma_row =
+      kRows == 2 ? rows.y[1] - rows.y[0] : width * Src::kLumaBytes;
+  Place next = at;
+  if constexpr (kStream) Src::move_chroma(next, luma_row / Src::kLumaBytes);
+  const ptrdiff_t chroma0_row = next.chroma0 - at.chroma0;
+  const ptrdiff_t chroma1_row = next.chroma1 - at.chroma1;
   for_units_and_last<V::n, 1>(
       width,
       [&]() LOX_INLINE_LAMBDA {
@@ -293,9 +298,10 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
           }
         }
         if constexpr (kStream) {
-          prefetch(at.y0, kSourceAhead, V::n * Src::kLumaBytes);
-          if (kRows == 2) prefetch(at.y1, kSourceAhead, V::n * Src::kLumaBytes);
-          prefetch(at.chroma0, kSourceAhead);
+          prefetch(at.y0, kRows * luma_row, V::n * Src::kLumaBytes);
+          if (kRows == 2) prefetch(at.y1, 2 * luma_row, V::n * Src::kLumaBytes);
+          if (chroma0_row != 0) prefetch(at.chroma0, chroma0_row, V::n);
+          if (chroma1_row != 0) prefetch(at.chroma1, chroma1_row);
         }
         step<V, Src, F, M, kRows, kStream>(at, constants);
       },
