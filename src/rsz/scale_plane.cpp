@@ -87,7 +87,7 @@ class HalfTurn {
  public:
   using Line = Strip<4096>;
   static StripSize next(const ScaleJob &job, int32_t left) {
-    return Line::next(left, job.type.unit, 1, 1);
+    return Line::next(left, job.type.unit, 1);
   }
   HalfTurn(const ScaleJob &job, const Columns &c, int32_t)
       : dst_(job.dst +
@@ -99,7 +99,10 @@ class HalfTurn {
         line_({c.count, 1}, job.type.unit) {}
   uint8_t *to(int32_t row) { return line_.row(row); }
   void done(int32_t row) {
-    reverse_(line_.row(row), dst_ + step_ * (last_ - row), count_);
+    line_.made(row, last_,
+               [&](int32_t, int32_t, const uint8_t *bytes, ptrdiff_t) {
+                 reverse_(bytes, dst_ + step_ * (last_ - row), count_);
+               });
   }
 
  private:
@@ -111,11 +114,11 @@ class HalfTurn {
   Line line_;
 };
 
-// Turns 64 rows at once, a cache line of each destination row, or half of one.
+// Turns 64 rows at once: a cache line of each destination row.
 class QuarterTurn {
  public:
   static StripSize next(const ScaleJob &job, int32_t left) {
-    return Strip<>::next(left, job.type.unit, 64, kLeastStripRows);
+    return Strip<>::next(left, job.type.unit, 64);
   }
   QuarterTurn(const ScaleJob &job, const Columns &c, int32_t rows)
       : job_(job),
