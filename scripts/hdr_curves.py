@@ -70,7 +70,7 @@ namespace lox {""")
 table("constexpr double kPqLight[1024]", map(pq_light, range(1024)), float.hex)
 table("constexpr uint16_t kHlgLinear[1024]", map(hlg_linear, range(1024)), str)
 table("constexpr uint8_t kGamma[4096]", map(gamma, range(4096)), str)
-table("constexpr uint16_t kGammaSteps[512]", gamma_steps(), str)
+table("alignas(64) constexpr uint16_t kGammaSteps[512]", gamma_steps(), str)
 print("""
 constexpr int by_steps(int i) {
   if (i < 256) return kGammaSteps[i];
