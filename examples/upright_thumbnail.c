@@ -4,22 +4,21 @@
 #include <orumlox/orumlox.h>
 #include <stdio.h>
 
-enum { kWidth = 1920, kHeight = 1080, kStride = 2048, kRows = kHeight * 3 / 2 };
+enum { kWidth = 1920, kHeight = 1080, kStride = 2048 };
 
 int main(void) {
-  static uint8_t memory[kStride * kRows];
-  uint8_t *const planes[] = {memory, memory + kStride * kHeight};
+  static uint8_t luma[kHeight][kStride], chroma[kHeight / 2][kStride];
+  uint8_t *const planes[] = {luma[0], chroma[0]};
   const int32_t strides[] = {kStride, kStride};
   const vexo_picture_options upright = {.rotation = VEXO_ROT_90R};
-  vexo_img frame, small = {.format = VEXO_FMT_BGRA8888};
-  if (fread(memory, kStride, kRows, stdin) != kRows) return 1;
+  vexo_img frame, small;
+  if (fread(luma, sizeof luma, 1, stdin) != 1) return 1;
+  if (fread(chroma, sizeof chroma, 1, stdin) != 1) return 1;
   vexo_picture_wrap(&frame, VEXO_FMT_NV12, kWidth, kHeight, planes, strides);
   frame.color_std = VEXO_STD_BT709;
-  int32_t status = vexo_picture_alloc(&small, small.format, 320, 568);
-  if (status == VEXO_OK)
-    status = vexo_picture_thumbnail(NULL, &frame, &small, &upright);
-  if (status == VEXO_OK) fwrite(small.plane[0], 320 * 4, 568, stdout);
+  if (vexo_picture_alloc(&small, VEXO_FMT_BGRA8888, 320, 568) != 0) return 1;
+  int status = (int)vexo_picture_thumbnail(NULL, &frame, &small, &upright);
+  if (status == 0) fwrite(small.plane[0], (size_t)small.stride[0], 568, stdout);
   vexo_picture_free(&small);
-  if (status != VEXO_OK) puts(vexo_status_name(status));
-  return status != VEXO_OK;
+  return status == 0 ? 0 : 1;
 }

