@@ -185,6 +185,7 @@ typedef struct vexo_picture_options {
   int32_t measure;
   /* 1: RGB of _tonemap is expanded from 16..235 to 0..255. */
   int32_t full_range;
+  /* 0, or the options are refused. */
   int32_t reserved[9];
 } vexo_picture_options;
 

@@ -47,6 +47,10 @@ bool known(const vexo_picture_options &o) {
   const bool prescale = o.prescale == 0 || o.prescale == 2 || o.prescale == 4;
   const bool mode = o.mode == 0 || o.mode == VEXO_MODE_MOD1;
   const auto flag = [](int32_t n) { return n == 0 || n == 1; };
+  // So that what is reserved may mean something one day.
+  for (const int32_t word : o.reserved) {
+    if (word != 0) return false;
+  }
   return turn && kind && prescale && mode && o.source_nit >= 0 &&
          flag(o.measure) && flag(o.full_range);
 }

@@ -158,7 +158,7 @@ void spoil(Source &source, vexo_img *src, vexo_img *dst,
       options->rotation = source.one_in(2) ? 6 : -1;
       return;
     default:
-      options->source_nit = -1;
+      (source.one_in(2) ? options->source_nit : options->reserved[8]) = -1;
   }
 }
 

@@ -45,7 +45,8 @@ int32_t status_of_arguments(const vexo_img &src, const vexo_img &dst,
   }
   const bool known = options == nullptr ||
                      (options->rotation >= 0 && options->rotation <= 5 &&
-                      options->source_nit >= 0 && options->hdr_kind != 3);
+                      options->source_nit >= 0 && options->hdr_kind != 3 &&
+                      options->reserved[8] == 0);
   return known ? VEXO_OK : VEXO_ERR_ARG;
 }
 
