@@ -60,19 +60,17 @@ for compiler in $compilers; do
   fi
 done
 
-# count COMPILER WORKLOAD [FORM]: instructions per pixel of one frame, less what
-# an empty pair of marks takes.
+# count COMPILER WORKLOAD: instructions per pixel of one frame, less what an
+# empty pair of marks takes.
 count() {
-  compiler=$1
-  shift
   system=
-  [ "$compiler" = gcc ] || system="-L $ANDROID_RUNTIME/runtime"
+  [ "$1" = gcc ] || system="-L $ANDROID_RUNTIME/runtime"
   # shellcheck disable=SC2086 # two words, or none
   if ! qemu-arm $system -plugin "$scratch/insn_count.so" -d plugin \
-    -D "$scratch/log" "build/arm-count-$compiler/bench/arm_guest" \
-    "$1" "$size" ${2:+"$2"} >"$scratch/pixels" 2>"$scratch/errors"; then
+    -D "$scratch/log" "build/arm-count-$1/bench/arm_guest" \
+    "$2" "$size" >"$scratch/pixels" 2>"$scratch/errors"; then
     cat "$scratch/errors" >&2
-    echo "$*: the guest of $compiler failed" >&2
+    echo "$2: the guest of $1 failed" >&2
     return 1
   fi
   awk 'NR == FNR { pixels = $1; next }
@@ -85,8 +83,7 @@ count() {
        }' "$scratch/pixels" "$scratch/log"
 }
 
-# row WORKLOAD [THEIRS]: THEIRS is libyuv's count. The portable form is that of
-# the first compiler.
+# row WORKLOAD [THEIRS]: THEIRS is libyuv's count.
 row() {
   case $wanted in
     *" $1 "* | '  ') ;;
@@ -96,37 +93,24 @@ row() {
   for compiler in $compilers; do
     line="$line | $(count "$compiler" "$1")"
   done
-  case $1 in
-    memcpy | media_bits* | hdr_context) portable=– ;;
-    *) portable=$(count "${compilers%% *}" "$1" portable) ;;
-  esac
-  theirs=${2:-–}
   # Small frames have more of their rows' ends in the mean.
-  [ "$size" = large ] || theirs=–
-  echo "$line | $portable | $theirs |"
-}
-
-name_of() {
-  case $1 in
-    gcc) arm-linux-gnueabihf-g++ --version | head -n 1 ;;
-    clang)
-      set -- "$ANDROID_NDK_HOME"/toolchains/llvm/prebuilt/*/bin/clang
-      "$1" --version | head -n 1
-      ;;
-  esac
+  [ "$size" = large ] || set -- "$1"
+  echo "$line | ${2:-–} |"
 }
 
 echo "Executed instructions a pixel, $size sizes, $(qemu-arm --version | head -n 1)"
 titles='| workload |'
 rule='|---|'
 for compiler in $compilers; do
-  echo "$compiler: $(name_of "$compiler")"
+  path=$(sed -n 's/^set(CMAKE_CXX_COMPILER "\(.*\)")/\1/p' \
+    "build/arm-count-$compiler"/CMakeFiles/*/CMakeCXXCompiler.cmake)
+  echo "$compiler: $("$path" --version | head -n 1)"
   titles="$titles $compiler |"
   rule="$rule---:|"
 done
 echo
-echo "$titles portable | libyuv |"
-echo "$rule---:|---:|"
+echo "$titles libyuv |"
+echo "$rule---:|"
 for each in \
   nv12_rgba8888:3.389 yuv420_rgba8888:3.393 yuv420_rgb565:4.018 \
   nv21_rgb888:3.389 yuyv_rgba8888: yuv420_rgba8888_bt709: \

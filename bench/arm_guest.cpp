@@ -4,7 +4,7 @@
 // between two marks and prints how many pixels (of the plane copy and a scan
 // bytes, of a reader fields) came out.
 //
-//   arm_guest WORKLOAD [small|large [FORM]]
+//   arm_guest WORKLOAD [small|large]
 //
 // What a call does with threads is done by its parts on one, for threads would
 // count in each other's marks; a plan and a context stand before. Beside the
@@ -23,23 +23,12 @@
 #include <cstring>
 #include <string>
 
-#include "common/isa.h"
-#include "media.h"
+#include "workloads.h"
 
 namespace bench {
-
 namespace {
 
 void mark(int tag) { syscall(SYS_getppid, 0x1c0417, tag); }
-
-bool limit_form(const std::string &name) {
-  for (int level = 0; level <= lox::isa_best(); ++level) {
-    if (lox::isa_name(level) != name) continue;
-    lox::isa_limit(level);
-    return true;
-  }
-  return false;
-}
 
 Run work_of(const Job &job, const std::string &id) {
   if (id == "memcpy") {
@@ -85,14 +74,12 @@ void count(const Workload &workload, const std::string &id, bool large) {
 }
 
 }  // namespace
-
 }  // namespace bench
 
 int main(int argc, char **argv) {
   const std::string id = argc > 1 ? argv[1] : "";
   const std::string size = argc > 2 ? argv[2] : "large";
-  const bool is_sound = (size == "small" || size == "large") &&
-                        (argc <= 3 || bench::limit_form(argv[3]));
+  const bool is_sound = argc <= 3 && (size == "small" || size == "large");
   // Whose data the plain code has.
   std::string data = id == "memcpy" ? "copy_8b" : id;
   for (const char *reader : {"_inlined", "_called"}) {
@@ -103,6 +90,6 @@ int main(int argc, char **argv) {
     bench::count(workload, id, size == "large");
     return 0;
   }
-  std::fputs("usage: arm_guest WORKLOAD [small|large [FORM]]\n", stderr);
+  std::fputs("usage: arm_guest WORKLOAD [small|large]\n", stderr);
   return 2;
 }

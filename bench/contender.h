@@ -16,8 +16,7 @@ namespace bench {
 inline constexpr double kAny = 1e9;
 
 struct Contender {
-  // This library's begin with "orumlox", bounds with "bound"; what does less
-  // than is asked for is in parentheses and does not count as a peer.
+  // This library's begin with "orumlox", bounds with "bound".
   std::string name;
   // How far its output may be from this library's: levels of 255 that the
   // channel which differs most is off on average. Of sharpening, deblocking and
@@ -29,13 +28,16 @@ struct Contender {
   std::function<Run(bool fetch)> make;
   // What it reads and writes, when not the workload's own formats.
   int32_t src_format = -1, dst_format = -1;
-  // The form of the library's kernels that runs; -1 for the best.
+  // A lesser form of the library's kernels, which is checked and not timed; -1
+  // for that of the run.
   int level = -1;
   // Has threads of its own: kept on one processor, so that its forms can be
   // compared, or let alone and timed by the clock. The time of others is that
   // of the process: a thread that a peer started would count.
   enum class Threads { kNone, kOnOneCore, kByTheClock };
   Threads threads = Threads::kNone;
+  // Threads of a caller, each with frames of its own.
+  int callers = 1;
 
   bool is_own() const { return name.starts_with("orumlox"); }
 };
@@ -52,10 +54,7 @@ inline void add(Contenders *out, std::string name, double tolerance, Run run,
 template <typename Work>
 void add_frames(Contenders *out, const Job &job, const std::string &name,
                 const Work &work, double tolerance, int32_t dst_format = -1) {
-  add(
-      out, name, tolerance,
-      [=](uint8_t *s, uint8_t *d) { work(job.src(s), job.dst(d, dst_format)); },
-      dst_format);
+  add(out, name, tolerance, on_frames(job, work, dst_format), dst_format);
 }
 
 // How far peers may be that do the same with other arithmetic.
@@ -98,14 +97,17 @@ struct Library {
   const char *name;
   std::string version;
   void (*add)(const Job &job, Contenders *out);
+  // Keeps it to the instructions of a level of this library's (common/isa.h)
+  // below the machine's best; null where the environment does
+  // (frame_bench.cpp).
+  void (*hold)(int level);
 };
 inline std::vector<Library> &libraries() {
   static std::vector<Library> list;
   return list;
 }
-inline bool registered(const char *name, const std::string &version,
-                       void (*add)(const Job &job, Contenders *out)) {
-  libraries().push_back({name, version, add});
+inline bool registered(const Library &library) {
+  libraries().push_back(library);
   return true;
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "media.h"
+//
+// Bit fields and scans for key frames, by this library and by plain code.
 
 #include <algorithm>
 #include <array>
@@ -8,9 +9,9 @@
 #include <map>
 
 #include "orumlox/bitstream.h"
+#include "workloads.h"
 
 namespace bench {
-
 namespace {
 
 // A power of two.
@@ -180,19 +181,13 @@ void fill_media(const Workload &workload, uint8_t *bytes, bool with_key) {
     }
   }
   if (!with_key) return;
-  struct Key {
-    uint32_t type;
-    std::vector<uint8_t> bytes;
-  };
-  const Key keys[] = {{MLOX_MT_VIDEO_H264, {0, 0, 1, 0x65}},
-                      {MLOX_MT_VIDEO_HEVC, {0, 0, 1, 0x26}},
-                      {MLOX_MT_VIDEO_MPEG4, {0, 0, 1, 0xB6, 0}},
-                      {MLOX_MT_VIDEO_H263, {0, 0, 0x80, 2, 0, 0, 0}}};
-  for (const Key &key : keys) {
-    if (static_cast<int32_t>(key.type) != workload.option) continue;
-    std::copy(key.bytes.begin(), key.bytes.end(),
-              bytes + kMediaBytes - key.bytes.size());
-  }
+  const std::map<int32_t, std::vector<uint8_t>> keys = {
+      {MLOX_MT_VIDEO_H264, {0, 0, 1, 0x65}},
+      {MLOX_MT_VIDEO_HEVC, {0, 0, 1, 0x26}},
+      {MLOX_MT_VIDEO_MPEG4, {0, 0, 1, 0xB6, 0}},
+      {MLOX_MT_VIDEO_H263, {0, 0, 0x80, 2, 0, 0, 0}}};
+  const std::vector<uint8_t> &key = keys.at(workload.option);
+  std::ranges::copy_backward(key, bytes + kMediaBytes);
 }
 
 }  // namespace bench

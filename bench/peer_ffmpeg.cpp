@@ -1,27 +1,108 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// FFmpeg's filters: quarter turns, deblocking, and its usual chain for tone
-// mapping. A graph of them reads a frame in place and writes one of its own
-// pool.
+// FFmpeg: swscale, at equal sizes with its two fastest settings, else with
+// those that weigh samples as this library does or widen their filters; and
+// filters, for quarter turns, deblocking and its usual chain for tone mapping.
+// A graph of them reads a frame in place and writes one of its own pool.
 #include <cstdint>  // before FFmpeg's headers, which want its macros
 
 extern "C" {
 #include <libavfilter/avfilter.h>
 #include <libavfilter/buffersink.h>
 #include <libavfilter/buffersrc.h>
+#include <libavutil/cpu.h>
 #include <libavutil/frame.h>
 #include <libavutil/imgutils.h>
 #include <libavutil/log.h>
+#include <libswscale/swscale.h>
 }
 
 #include <cstdlib>
 #include <map>
+#include <utility>
 
 #include "contender.h"
 
 namespace bench {
-
 namespace {
+
+AVPixelFormat av_name(int32_t format) {
+  constexpr std::pair<int32_t, AVPixelFormat> kNames[] = {
+      {VEXO_FMT_YUV400, AV_PIX_FMT_GRAY8},
+      {VEXO_FMT_YUV420, AV_PIX_FMT_YUV420P},
+      {VEXO_FMT_NV12, AV_PIX_FMT_NV12},
+      {VEXO_FMT_NV21, AV_PIX_FMT_NV21},
+      {VEXO_FMT_YUYV, AV_PIX_FMT_YUYV422},
+      {VEXO_FMT_RGB565, AV_PIX_FMT_RGB565LE},
+      {VEXO_FMT_RGB888, AV_PIX_FMT_RGB24},
+      {VEXO_FMT_RGBA8888, AV_PIX_FMT_RGBA},
+      {VEXO_FMT_YUV420PLANAR16, AV_PIX_FMT_YUV420P10LE}};
+  for (const auto &[format_, name] : kNames) {
+    if (format_ == format) return name;
+  }
+  return AV_PIX_FMT_NONE;
+}
+
+// Its own default is the library's.
+bool set_standard(SwsContext *context, int32_t color_std) {
+  if (color_std == VEXO_STD_DEFAULT) return true;
+  const int *const matrix = sws_getCoefficients(
+      color_std == VEXO_STD_BT709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
+  const int src_range = color_std == VEXO_STD_BT601_FULL;
+  // Neutral brightness, contrast and saturation.
+  return sws_setColorspaceDetails(context, matrix, src_range, matrix, 0, 0,
+                                  1 << 16, 1 << 16) >= 0;
+}
+
+struct Setting {
+  const char *name;
+  int flags;
+};
+
+std::vector<Setting> settings_for(const Job &job) {
+  switch (job.task) {
+    case kConvert:
+      return {{"swscale POINT", SWS_POINT},
+              {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
+    case kScale:
+      if (!scales_plainly(job)) return {};
+      return {{"swscale BILINEAR", SWS_BILINEAR},
+              {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
+              {"swscale AREA", SWS_AREA}};
+    case kReduce:
+      if (job.is_means()) return {{"swscale AREA", SWS_AREA}};
+      return {{"swscale LANCZOS", SWS_LANCZOS}};
+    default:
+      return {};
+  }
+}
+
+void add_swscale(const Job &job, Contenders *out) {
+  const AVPixelFormat from = av_name(job.src_format);
+  const AVPixelFormat to = av_name(job.dst_format);
+  const bool converts = job.task == kConvert;
+  if (from == AV_PIX_FMT_NONE || to == AV_PIX_FMT_NONE ||
+      (converts && from == to)) {
+    return;
+  }
+  // It warns about every pair that it has no special form for.
+  av_log_set_level(AV_LOG_ERROR);
+  for (const Setting &setting : settings_for(job)) {
+    const std::shared_ptr<SwsContext> context(
+        sws_getContext(job.sizes.src.width, job.sizes.src.height, from,
+                       job.sizes.dst.width, job.sizes.dst.height, to,
+                       setting.flags, nullptr, nullptr, nullptr),
+        sws_freeContext);
+    if (!context || (converts && !set_standard(context.get(), job.option))) {
+      continue;
+    }
+    const auto work = [=](const vexo_img &src, const vexo_img &dst) {
+      sws_scale(context.get(), src.plane, src.stride, 0, src.height[0],
+                dst.plane, dst.stride);
+    };
+    add_frames(out, job, setting.name, work, near(job));
+  }
+}
 
 constexpr char kToneMapping[] =
     "zscale=t=linear:npl=100,format=gbrpf32le,zscale=p=bt709,"
@@ -31,19 +112,6 @@ struct FreeFrame {
   void operator()(AVFrame *frame) const { av_frame_free(&frame); }
 };
 using Frame = std::unique_ptr<AVFrame, FreeFrame>;
-
-AVPixelFormat name_of(int32_t format) {
-  switch (format) {
-    case VEXO_FMT_NV12:
-      return AV_PIX_FMT_NV12;
-    case VEXO_FMT_RGBA8888:
-      return AV_PIX_FMT_RGBA;
-    case VEXO_FMT_YUV420PLANAR16:
-      return AV_PIX_FMT_YUV420P10LE;
-    default:
-      return AV_PIX_FMT_YUV420P;
-  }
-}
 
 class FilterGraph {
  public:
@@ -114,76 +182,78 @@ class FilterGraph {
   std::map<const uint8_t *, Frame> out_;
 };
 
-struct Peer {
-  std::string name, filters;
-  double tolerance = 0;
-  int threads = 1;
-  // What it reads and writes.
-  int32_t src_format, dst_format;
-};
+void add_graph(const Job &job, Contenders *out, const char *name,
+               const std::string &filters, double tolerance, int32_t from,
+               int32_t to, int threads = 1) {
+  const auto graph = [=, size = job.sizes.src] {
+    return std::make_shared<FilterGraph>(av_name(from), size, filters, threads);
+  };
+  if (!graph()->ok()) return;
+  const auto make = [=](bool fetch) -> Run {
+    return [=, graph = graph()](uint8_t *s, uint8_t *d) {
+      // Of a chain one frame is enough: the next is free to be written to,
+      // which is touched memory.
+      const uint8_t *key = job.task == kTurn ? d : nullptr;
+      const AVFrame &frame = graph->run(job.src(s, from), key);
+      if (!fetch) return;
+      const vexo_img dst = job.dst(d, to);
+      av_image_copy(
+          const_cast<uint8_t **>(dst.plane), const_cast<int *>(dst.stride),
+          const_cast<const uint8_t **>(frame.data), frame.linesize,
+          static_cast<AVPixelFormat>(frame.format), frame.width, frame.height);
+    };
+  };
+  out->push_back({name, tolerance, make, from, to, -1,
+                  threads > 1 ? Contender::Threads::kByTheClock
+                              : Contender::Threads::kNone});
+}
 
-std::vector<Peer> peers_for(const Job &job) {
+void add_filters(const Job &job, Contenders *out) {
   const int32_t from = job.src_format, to = job.dst_format;
   if (job.task == kTurn && job.is_quarter_turn()) {
-    return {
-        {"FFmpeg transpose",
-         job.option == VEXO_ROT_90R ? "transpose=clock" : "transpose=cclock", 0,
-         1, from, to}};
-  }
-  if (job.task == kDeblock) {
-    // Other filters than this library's. pp is told a quantiser, for without
+    add_graph(
+        job, out, "FFmpeg transpose",
+        job.option == VEXO_ROT_90R ? "transpose=clock" : "transpose=cclock", 0,
+        from, to);
+  } else if (job.task == kDeblock) {
+    // Another filter than this library's. It is told a quantiser, for without
     // one it changes nothing.
-    return {{"FFmpeg deblock weak", "deblock=filter=weak:block=8", 0.5, 1, from,
-             to},
-            {"FFmpeg pp h1+v1", "pp=h1/v1/fq|24", 0.1, 1, from, to}};
-  }
-  if (is_usual_tone_mapping(job)) {
+    add_graph(job, out, "FFmpeg pp h1+v1", "pp=h1/v1/fq|24", 0.1, from, to);
+  } else if (is_usual_tone_mapping(job)) {
     // zscale takes planes only: it is given the same picture in planes, and
     // gives YUV420 where NV12 is asked for, which are two conversions less.
     const bool rgba = to == VEXO_FMT_RGBA8888;
-    const std::string chain =
-        std::string(kToneMapping) + (rgba ? "rgba" : "yuv420p");
-    const double alike = rgba ? 0.1 : 0.4;
-    const int32_t given = rgba ? VEXO_FMT_RGBA8888 : VEXO_FMT_YUV420;
-    return {
-        {"FFmpeg, 1 thread", chain, alike, 1, VEXO_FMT_YUV420PLANAR16, given},
-        {"FFmpeg, 4 threads", chain, alike, 4, VEXO_FMT_YUV420PLANAR16, given}};
+    for (const int threads : {1, 4}) {
+      add_graph(job, out,
+                threads == 1 ? "FFmpeg, 1 thread" : "FFmpeg, 4 threads",
+                std::string(kToneMapping) + (rgba ? "rgba" : "yuv420p"),
+                rgba ? 0.1 : 0.4, VEXO_FMT_YUV420PLANAR16,
+                rgba ? to : VEXO_FMT_YUV420, threads);
+    }
   }
-  return {};
 }
 
-void add_ffmpeg(const Job &job, Contenders *out) {
-  for (const Peer &peer : peers_for(job)) {
-    const auto graph = [=] {
-      return std::make_shared<FilterGraph>(
-          name_of(peer.src_format), job.sizes.src, peer.filters, peer.threads);
-    };
-    if (!graph()->ok()) continue;
-    const auto make = [=](bool fetch) -> Run {
-      return [=, graph = graph()](uint8_t *s, uint8_t *d) {
-        // Of a chain one frame is enough: the next is free to be written to,
-        // which is touched memory.
-        const uint8_t *key = job.task == kTurn ? d : nullptr;
-        const AVFrame &frame = graph->run(job.src(s, peer.src_format), key);
-        if (!fetch) return;
-        const vexo_img dst = job.dst(d, peer.dst_format);
-        av_image_copy(const_cast<uint8_t **>(dst.plane),
-                      const_cast<int *>(dst.stride),
-                      const_cast<const uint8_t **>(frame.data), frame.linesize,
-                      static_cast<AVPixelFormat>(frame.format), frame.width,
-                      frame.height);
-      };
-    };
-    out->push_back({peer.name, peer.tolerance, make, peer.src_format,
-                    peer.dst_format, -1,
-                    peer.threads > 1 ? Contender::Threads::kByTheClock
-                                     : Contender::Threads::kNone});
-  }
+// Its portable code rounds otherwise and would not do the same work: it is
+// given SSE2 there, which every 64-bit x86 has.
+void hold_av(int level) {
+#if defined(__x86_64__)
+  constexpr int kSse2 = AV_CPU_FLAG_CMOV | AV_CPU_FLAG_MMX |
+                        AV_CPU_FLAG_MMXEXT | AV_CPU_FLAG_SSE | AV_CPU_FLAG_SSE2;
+  constexpr int kSse41 =
+      kSse2 | AV_CPU_FLAG_SSE3 | AV_CPU_FLAG_SSSE3 | AV_CPU_FLAG_SSE4;
+  constexpr int kAvx512 = AV_CPU_FLAG_AVX512 | AV_CPU_FLAG_AVX512ICL;
+  constexpr int kMasks[] = {kSse2, kSse41, ~kAvx512};
+  av_force_cpu_flags(av_get_cpu_flags() & kMasks[level]);
+#else
+  av_force_cpu_flags(level);
+#endif
 }
 
 const bool kRegistered =
-    registered("avfilter", AV_STRINGIFY(LIBAVFILTER_VERSION), add_ffmpeg);
+    registered(
+        {"swscale", AV_STRINGIFY(LIBSWSCALE_VERSION), add_swscale, hold_av}) &&
+    registered(
+        {"avfilter", AV_STRINGIFY(LIBAVFILTER_VERSION), add_filters, hold_av});
 
 }  // namespace
-
 }  // namespace bench

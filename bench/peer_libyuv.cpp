@@ -11,7 +11,6 @@
 #include "contender.h"
 
 namespace bench {
-
 namespace {
 
 using libyuv::FilterMode;
@@ -33,27 +32,18 @@ void call(Img src, Img dst) {
                 std::make_index_sequence<dst_planes>());
 }
 
-void dither(Img s, Img d) {
-  libyuv::I420ToRGB565Dither(s.plane[0], s.stride[0], s.plane[1], s.stride[1],
-                             s.plane[2], s.stride[2], d.plane[0], d.stride[0],
-                             nullptr, s.width[0], s.height[0]);
-}
-
 constexpr struct {
   const char *id;
   void (*convert)(Img src, Img dst);
   // Where there is not the very converter: R and B exchanged, or U and V in
   // planes, which is the same work.
   int32_t dst_format = -1;
-  const char *name = "libyuv";
 } kConverters[] = {
     {"nv12_rgba8888", call<libyuv::NV12ToABGR, 2, 1>},
     {"yuv420_rgba8888", call<libyuv::I420ToABGR, 3, 1>},
     {"yuv420_rgba8888_bt709", call<libyuv::H420ToABGR, 3, 1>},
     {"yuv420_rgba8888_bt601fr", call<libyuv::J420ToABGR, 3, 1>},
     {"yuv420_rgb565", call<libyuv::I420ToRGB565, 3, 1>},
-    // More work than asked for, and yet the faster of the two on x86.
-    {"yuv420_rgb565", dither, -1, "libyuv dither"},
     {"nv21_rgb888", call<libyuv::NV21ToRAW, 2, 1>},
     {"yuyv_rgba8888", call<libyuv::YUY2ToARGB, 1, 1>, VEXO_FMT_BGRA8888},
     {"rgba8888_nv12", call<libyuv::ABGRToNV12, 1, 2>},
@@ -111,23 +101,19 @@ void scale(Img src, Img dst, FilterMode mode, uint8_t *between) {
 }
 
 void turn_rgba(Img src, uint32_t rotation, Img dst) {
-  const auto rotate = [&](RotationMode mode) {
-    libyuv::ARGBRotate(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
-                       src.width[0], src.height[0], mode);
-  };
-  switch (rotation) {
-    case VEXO_ROT_90L:
-      return rotate(libyuv::kRotate270);
-    case VEXO_ROT_90R:
-      return rotate(libyuv::kRotate90);
-    case VEXO_ROT_180:
-      return rotate(libyuv::kRotate180);
-    case VEXO_ROT_HORI:
-      return call<libyuv::ARGBMirror, 1, 1>(src, dst);
-    default:
-      libyuv::ARGBCopy(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
-                       src.width[0], -src.height[0]);
+  if (rotation == VEXO_ROT_HORI) {
+    return call<libyuv::ARGBMirror, 1, 1>(src, dst);
   }
+  if (rotation == VEXO_ROT_VERT) {
+    libyuv::ARGBCopy(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
+                     src.width[0], -src.height[0]);
+    return;
+  }
+  const RotationMode mode = rotation == VEXO_ROT_90L   ? libyuv::kRotate270
+                            : rotation == VEXO_ROT_90R ? libyuv::kRotate90
+                                                       : libyuv::kRotate180;
+  libyuv::ARGBRotate(src.plane[0], src.stride[0], dst.plane[0], dst.stride[0],
+                     src.width[0], src.height[0], mode);
 }
 
 // A quarter turn of NV12 or of its luma alone. It turns no NV12 into NV12: the
@@ -190,7 +176,7 @@ void add_turning(const Job &job, Contenders *out) {
 void add_libyuv(const Job &job, Contenders *out) {
   for (const auto &c : kConverters) {
     if (std::string(c.id) != job.id) continue;
-    add_frames(out, job, c.name, c.convert, near(job), c.dst_format);
+    add_frames(out, job, "libyuv", c.convert, near(job), c.dst_format);
   }
   if (job.task == kTurn || job.task == kScaleAndTurn) {
     add_turning(job, out);
@@ -210,9 +196,19 @@ void add_libyuv(const Job &job, Contenders *out) {
   }
 }
 
-const bool kRegistered =
-    registered("libyuv", std::to_string(LIBYUV_VERSION), add_libyuv);
+void hold_libyuv(int level) {
+  using namespace libyuv;
+  constexpr int kPortable = kCpuInitialized;
+  constexpr int kSse41 = kPortable | kCpuHasX86 | kCpuHasERMS | kCpuHasSSE2 |
+                         kCpuHasSSSE3 | kCpuHasSSE41;
+  constexpr int kAvx2 = kSse41 | kCpuHasSSE42 | kCpuHasAVX | kCpuHasAVX2 |
+                        kCpuHasFMA3 | kCpuHasF16C;
+  constexpr int kMasks[] = {kPortable, kSse41, kAvx2};
+  MaskCpuFlags(kMasks[level]);
+}
+
+const bool kRegistered = registered(
+    {"libyuv", std::to_string(LIBYUV_VERSION), add_libyuv, hold_libyuv});
 
 }  // namespace
-
 }  // namespace bench

@@ -8,7 +8,6 @@
 #include "contender.h"
 
 namespace bench {
-
 namespace {
 
 constexpr struct {
@@ -46,16 +45,12 @@ void add_filter(const Job &job, const char *name, const Filter &filter,
 
 Filter turn(uint32_t rotation) {
   return [=](const cv::Mat &src, cv::Mat dst) {
-    switch (rotation) {
-      case VEXO_ROT_90L:
-        return cv::rotate(src, dst, cv::ROTATE_90_COUNTERCLOCKWISE);
-      case VEXO_ROT_90R:
-        return cv::rotate(src, dst, cv::ROTATE_90_CLOCKWISE);
-      case VEXO_ROT_180:
-        return cv::rotate(src, dst, cv::ROTATE_180);
-      default:
-        return cv::flip(src, dst, rotation == VEXO_ROT_HORI ? 1 : 0);
-    }
+    if (rotation == VEXO_ROT_HORI) return cv::flip(src, dst, 1);
+    if (rotation == VEXO_ROT_VERT) return cv::flip(src, dst, 0);
+    cv::rotate(src, dst,
+               rotation == VEXO_ROT_90L   ? cv::ROTATE_90_COUNTERCLOCKWISE
+               : rotation == VEXO_ROT_90R ? cv::ROTATE_90_CLOCKWISE
+                                          : cv::ROTATE_180);
   };
 }
 
@@ -125,8 +120,7 @@ void add_opencv(const Job &job, Contenders *out) {
 }
 
 const bool kRegistered =
-    registered("OpenCV", cv::getVersionString(), add_opencv);
+    registered({"OpenCV", cv::getVersionString(), add_opencv, nullptr});
 
 }  // namespace
-
 }  // namespace bench

@@ -12,7 +12,6 @@
 #include "contender.h"
 
 namespace bench {
-
 namespace {
 
 zimg_image_format picture(int32_t format, Size size) {
@@ -61,16 +60,22 @@ Buffer buffer(const vexo_img &img) {
 
 // The planar twin of a format.
 int32_t planes_of(int32_t format) {
-  switch (format) {
-    case VEXO_FMT_YUV400:
-      return format;
-    case VEXO_FMT_P010LE:
-      return VEXO_FMT_YUV420PLANAR16;
-    case VEXO_FMT_RGBA8888:
-      return VEXO_FMT_YUV444;
-    default:
-      return VEXO_FMT_YUV420;
-  }
+  if (format == VEXO_FMT_YUV400) return format;
+  if (format == VEXO_FMT_P010LE) return VEXO_FMT_YUV420PLANAR16;
+  return format == VEXO_FMT_RGBA8888 ? VEXO_FMT_YUV444 : VEXO_FMT_YUV420;
+}
+
+// What it may use.
+std::vector<zimg_cpu_type_e> cpus = {ZIMG_CPU_AUTO, ZIMG_CPU_AUTO_64B};
+
+void hold_zimg(int level) {
+#if defined(__x86_64__)
+  constexpr zimg_cpu_type_e kCpus[] = {ZIMG_CPU_NONE, ZIMG_CPU_X86_SSE41,
+                                       ZIMG_CPU_X86_AVX2};
+  cpus = {kCpus[level]};
+#else
+  cpus = {ZIMG_CPU_NONE};
+#endif
 }
 
 Run make(const Job &job, zimg_cpu_type_e cpu) {
@@ -121,8 +126,8 @@ void add_zimg(const Job &job, Contenders *out) {
   // Of tone mapping, what is clipped goes another way than what is mapped.
   const bool rgb = job.dst_format == VEXO_FMT_RGBA8888;
   const double tolerance = !maps ? near(job) : rgb ? 0.15 : 0.6;
-  for (const auto cpu : {ZIMG_CPU_AUTO, ZIMG_CPU_AUTO_64B}) {
-    out->push_back({cpu == ZIMG_CPU_AUTO ? name : name + " 64B", tolerance,
+  for (const auto cpu : cpus) {
+    out->push_back({cpu == ZIMG_CPU_AUTO_64B ? name + " 64B" : name, tolerance,
                     [=](bool) { return make(job, cpu); },
                     planes_of(job.src_format), planes_of(job.dst_format)});
   }
@@ -135,8 +140,7 @@ std::string version() {
          std::to_string(v[2]);
 }
 
-const bool kRegistered = registered("zimg", version(), add_zimg);
+const bool kRegistered = registered({"zimg", version(), add_zimg, hold_zimg});
 
 }  // namespace
-
 }  // namespace bench

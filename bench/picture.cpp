@@ -8,7 +8,6 @@
 #include <cstring>
 
 namespace bench {
-
 namespace {
 
 struct Place {
@@ -186,14 +185,9 @@ std::vector<Channel> channels(const vexo_img &img) {
 }
 
 void draw(Picture picture, const vexo_img &img) {
-  switch (picture) {
-    case Picture::kBlocks:
-      return draw_blocks(img);
-    case Picture::kHdr:
-      return draw_hdr(img);
-    default:
-      return draw_waves(img, picture == Picture::kRgbWaves);
-  }
+  if (picture == Picture::kBlocks) return draw_blocks(img);
+  if (picture == Picture::kHdr) return draw_hdr(img);
+  draw_waves(img, picture == Picture::kRgbWaves);
 }
 
 Block::Block(size_t size) {

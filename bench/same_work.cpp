@@ -13,7 +13,6 @@
 #include "contender.h"
 
 namespace bench {
-
 namespace {
 
 bool filters_differ(Task task) {
@@ -82,26 +81,23 @@ class Check {
 
   bool run(const Contenders &contenders) {
     bool same = true;
-    // The first is this library's best form.
+    const int level = lox::isa_level();
+    // The first is this library's form of the run.
     for (const Contender &contender : contenders) {
       if (contender.tolerance == kAny) continue;
       const bool first = &contender == contenders.data();
       uint8_t *dst = (first ? expected_ : found_).data();
       uint8_t *src = source(contender.src_format);
       std::fill_n(dst, size_, uint8_t{1});
-      lox::isa_limit(contender.level >= 0 ? contender.level : lox::isa_best());
+      lox::isa_limit(contender.level >= 0 ? contender.level : level);
       if (job_.task == kDeblock && contender.is_own()) {
         // In place, and there the result is looked for.
         std::memcpy(dst, src, frame_bytes(job_.dst(dst)));
         src = dst;
       }
       contender.make(true)(src, dst);
-      lox::isa_limit(lox::isa_best());
-      if (first) {
-        same &= is_what_it_must_be();
-      } else {
-        same &= compare(contender);
-      }
+      lox::isa_limit(level);
+      same &= first ? is_what_it_must_be() : compare(contender);
     }
     return same;
   }
@@ -136,15 +132,11 @@ class Check {
 
   bool compare(const Contender &contender) {
     const bool exact = contender.is_own() || job_.is_media();
-    double d = 0;
-    bool good;
-    if (exact) {
-      good = std::memcmp(expected_.data(), found_.data(), size_) == 0;
-    } else {
-      d = distance(job_, job_.src(source(-1)), job_.dst(expected_.data()),
-                   job_.dst(found_.data(), contender.dst_format));
-      good = d <= contender.tolerance;
-    }
+    const double d =
+        exact ? std::memcmp(expected_.data(), found_.data(), size_) != 0
+              : distance(job_, job_.src(source(-1)), job_.dst(expected_.data()),
+                         job_.dst(found_.data(), contender.dst_format));
+    const bool good = d <= (exact ? 0 : contender.tolerance);
     char figures[32];
     std::snprintf(figures, sizeof(figures), "%.3f of %.1f", d,
                   contender.tolerance);

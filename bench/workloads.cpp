@@ -7,27 +7,17 @@
 #include <utility>
 
 #include "hdr/context.h"
-#include "media.h"
 #include "orumlox/key_frame.h"
 #include "orumlox/unprefixed.h"
 
 namespace bench {
-
 namespace {
 
 // Rows of frames that are scaled or turned begin at multiples of 64 bytes as
 // decoders' do: one peer takes no others.
 int32_t row_unit(const Workload &job) {
-  switch (job.task) {
-    case kScale:
-    case kScaleAndTurn:
-    case kTurn:
-    case kReduce:
-    case kPlan:
-      return 64;
-    default:
-      return 1;
-  }
+  const bool moves = job.task >= kScale && job.task <= kTurn;
+  return moves || job.task == kReduce || job.task == kPlan ? 64 : 1;
 }
 
 void require(int32_t status, const Workload &job) {
@@ -135,9 +125,7 @@ Run scaling_and_turning(const Job &job, Way way) {
   const Size upright = {job.sizes.dst.height, job.sizes.dst.width};
   const auto scaled = std::make_shared<std::vector<uint8_t>>(
       frame_bytes(describe(job.dst_format, upright, nullptr, 64)));
-  return [=](uint8_t *s, uint8_t *d) {
-    const vexo_img src = job.src(s);
-    const vexo_img dst = job.dst(d);
+  const auto work = [=](const vexo_img &src, const vexo_img &dst) {
     if (way == Way::kCall) {
       require(vexo_rsz_rot(&src, job.rotation(), &dst), job);
       return;
@@ -147,12 +135,12 @@ Run scaling_and_turning(const Job &job, Way way) {
     require(vexo_rsz(&src, &between), job);
     require(vexo_rot(&between, job.rotation(), &dst), job);
   };
+  return on_frames(job, work);
 }
 
 // One frame by the call that takes two descriptions or their parts.
-void run_plain(const Job &job, uint8_t *s, uint8_t *d) {
-  const vexo_img src = job.src(s);
-  const vexo_img dst = job.dst(d);
+void run_plain(const Job &job, const vexo_img &src, const vexo_img &dst) {
+  uint8_t *const s = src.plane[0], *const d = dst.plane[0];
   switch (job.task) {
     case kConvert:
       if (job.src_format == job.dst_format) {
@@ -260,7 +248,9 @@ Run own_work(const Job &job, Way way) {
     const auto plan = std::make_shared<DctPlan>(job);
     return [=](uint8_t *s, uint8_t *d) { plan->run(s, d, way != Way::kCall); };
   }
-  return [=](uint8_t *s, uint8_t *d) { run_plain(job, s, d); };
+  return on_frames(job, [=](const vexo_img &src, const vexo_img &dst) {
+    run_plain(job, src, dst);
+  });
 }
 
 }  // namespace bench

@@ -197,8 +197,6 @@ struct Job : Workload {
   Sizes sizes;
 
   Job(const Workload &workload, const Sizes &unturned);
-  Job(const Workload &workload, bool large)
-      : Job(workload, large ? workload.ratio.large : workload.ratio.small) {}
 
   // What is counted: pixels of the destination, or bit fields, bytes scanned or
   // set-ups.
@@ -225,6 +223,26 @@ struct Job : Workload {
                 bool with_key = false) const;
 };
 
+// Of bit fields and scans for key frames.
+inline constexpr size_t kMediaBytes = size_t{1} << 20;
+
+// This library's, or a plain one: inlined into the loop, or called as this
+// library is.
+enum class BitReader { kLibrary, kInlined, kCalled };
+
+// As many as the data has.
+size_t count_fields(int32_t fields);
+
+// Reads all of them; the result depends on every value and on their order.
+uint32_t read_fields(int32_t fields, BitReader reader, const uint8_t *data);
+
+// The rule of the library's scan, byte by byte, but for extended headers.
+int32_t plain_is_key_frame(int32_t type, const uint8_t *data, int32_t length);
+
+// Random bits; of a scan without anything at which it ends, or with a key frame
+// as the last bytes.
+void fill_media(const Workload &workload, uint8_t *bytes, bool with_key);
+
 using Run = std::function<void(uint8_t *src, uint8_t *dst)>;
 
 enum class Way {
@@ -236,6 +254,17 @@ enum class Way {
   // As by parts, but what stands between frames is not made again.
   kPrepared
 };
+
+// Work on two descriptions, which are made anew when the frames are others.
+template <typename Work>
+Run on_frames(const Job &job, const Work &work, int32_t dst_format = -1) {
+  return [=, src = job.src(nullptr), dst = job.dst(nullptr, dst_format)](
+             uint8_t *s, uint8_t *d) mutable {
+    if (src.plane[0] != s) src = job.src(s);
+    if (dst.plane[0] != d) dst = job.dst(d, dst_format);
+    work(src, dst);
+  };
+}
 
 // One frame by this library. Ends the program when a call fails.
 Run own_work(const Job &job, Way way = Way::kCall);
