@@ -15,11 +15,11 @@ namespace lox::LOX_SET {
 template <class V, class R = typename V::R>
 struct DctOps {
   static constexpr int kColumns = 2;
-  static constexpr int kHalves = 2;
   using Reg = typename R::Reg;
   static constexpr int blocks = static_cast<int>(sizeof(Reg)) / 16;
+  static constexpr int kHalves = blocks == 4 ? 1 : 2;
   static constexpr int n = static_cast<int>(sizeof(Reg));  // columns
-  static constexpr int kRegs = 4 / blocks;  // of a block's sums
+  static constexpr int kRegs = 4 / blocks;                 // of a block's sums
 
   LOX_OP constexpr int order(int u) { return u == 1 ? 2 : u == 2 ? 1 : u; }
   // Where the sum of column i for coefficient u is.
@@ -38,29 +38,42 @@ struct DctOps {
 
   // Of half the columns of a vector. Even elements are of a first row and its
   // mirror image, odd ones of a second.
-  struct Sums {
+  struct Half {
     Reg u0_low, u0_high;  // of bytes, in 16 bits
     Reg u1_low, u1_high, u2_low, u2_high, u3_low, u3_high;
+  };
+  // With 32 registers both halves are summed at once, else `high` is not used.
+  struct Sums {
+    Half low, high;
   };
   LOX_OP Sums no_sums(int shift) {
     const Reg z = R::zero();
     const Reg half = R::fill32(1 << (shift - 1));
-    return {z, z, half, half, half, half, half, half};
+    const Half none = {z, z, half, half, half, half, half, half};
+    return {none, none};
   }
   LOX_OP Reg two_weights(const int16_t *w) {
     int both;
     memcpy(&both, w, sizeof both);
     return R::fill32(both);
   }
-  // Products with 1 and with -1 make the sums and differences of bytes.
   template <int kHalf>
   LOX_OP void add(Sums &s, Reg top0, Reg bottom0, Reg top1, Reg bottom1,
                   const int16_t *w) {
-    const Reg ones = R::fill16(0x0101);
-    const Reg signs = R::fill16(static_cast<int16_t>(0xFF01));
     const Reg w1 = two_weights(w);
     const Reg w2 = two_weights(w + 2);
     const Reg w3 = two_weights(w + 4);
+    add_half<kHalf>(s.low, top0, bottom0, top1, bottom1, w1, w2, w3);
+    if constexpr (kHalves == 1) {
+      add_half<1>(s.high, top0, bottom0, top1, bottom1, w1, w2, w3);
+    }
+  }
+  // Products with 1 and with -1 make the sums and differences of bytes.
+  template <int kHalf>
+  LOX_OP void add_half(Half &s, Reg top0, Reg bottom0, Reg top1, Reg bottom1,
+                       Reg w1, Reg w2, Reg w3) {
+    const Reg ones = R::fill16(0x0101);
+    const Reg signs = R::fill16(static_cast<int16_t>(0xFF01));
     const Reg rows0 = unpack8<kHalf>(top0, bottom0);
     const Reg rows1 = unpack8<kHalf>(top1, bottom1);
     const Reg low = R::unpack_low16(rows0, rows1);
@@ -113,23 +126,20 @@ struct DctOps {
   // `t` is where the vector's first column is.
   template <int kHalf>
   LOX_OP void put(const Sums &s, int w0, int by, int16_t *t) {
+    uint8_t *const p = reinterpret_cast<uint8_t *>(t);
+    put_half(s.low, w0, by, p + 64 * kHalf);
+    if constexpr (kHalves == 1) put_half(s.high, w0, by, p + 64);
+  }
+  LOX_OP void put_half(const Half &s, int w0, int by, uint8_t *p) {
     const typename R::Shift shift_by = R::shift(by);
     const Reg half = R::fill32(1 << (by - 1));
     const Reg weights = R::fill32(pair(w0, w0));
     const Reg t0 =
         shift(R::add32(R::multiply_add16(s.u0_low, weights), half),
               R::add32(R::multiply_add16(s.u0_high, weights), half), shift_by);
-    const Reg t1 = shift(s.u1_low, s.u1_high, shift_by);
-    const Reg t2 = shift(s.u2_low, s.u2_high, shift_by);
-    const Reg t3 = shift(s.u3_low, s.u3_high, shift_by);
-    const Reg low02 = R::unpack_low32(t0, t2);
-    const Reg low13 = R::unpack_low32(t1, t3);
-    const Reg high02 = R::unpack_high32(t0, t2);
-    const Reg high13 = R::unpack_high32(t1, t3);
-    R::store_lanes(
-        reinterpret_cast<uint8_t *>(t) + 64 * kHalf,
-        R::unpack_low64(low02, low13), R::unpack_high64(low02, low13),
-        R::unpack_low64(high02, high13), R::unpack_high64(high02, high13));
+    R::store_dwords_in_turn(p, t0, shift(s.u2_low, s.u2_high, shift_by),
+                                shift(s.u1_low, s.u1_high, shift_by),
+                                shift(s.u3_low, s.u3_high, shift_by));
   }
 
   // --- blocks ---------------------------------------------------------------

@@ -61,9 +61,7 @@ struct Avx512Register {
   LOX_OP Reg load_broadcast128(const uint8_t *p) {
     return broadcast128(load_16(p));
   }
-  // The lanes of four registers, 64 bytes together, which are 128 apart; and of
-  // lanes stored without gaps and loaded again, those of each register: both
-  // the same.
+  // Of lanes stored without gaps and loaded again, those of each register.
   LOX_OP void transpose_lanes(Reg &a, Reg &b, Reg &c, Reg &d) {
     const Reg ab_low = _mm512_shuffle_i32x4(a, b, 0x44);
     const Reg ab_high = _mm512_shuffle_i32x4(a, b, 0xEE);
@@ -74,17 +72,23 @@ struct Avx512Register {
     c = _mm512_shuffle_i32x4(ab_high, cd_high, 0x88);
     d = _mm512_shuffle_i32x4(ab_high, cd_high, 0xDD);
   }
-  LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    store_each(p, a);
-    store_each(p + 16, b);
-    store_each(p + 32, c);
-    store_each(p + 48, d);
+  // A dword of each of four registers in turn: 64 bytes of each lane, which are
+  // 128 apart.
+  LOX_OP void store_dwords_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    const Reg low =
+        _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const Reg high = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13,
+                                       29, 14, 30, 15, 31);
+    store_qwords_in_turn(p, _mm512_permutex2var_epi32(a, low, b),
+                         _mm512_permutex2var_epi32(c, low, d));
+    store_qwords_in_turn(p + 256, _mm512_permutex2var_epi32(a, high, b),
+                         _mm512_permutex2var_epi32(c, high, d));
   }
-  LOX_OP void store_each(uint8_t *p, Reg v) {
-    store_16(p, _mm512_castsi512_si128(v));
-    store_16(p + 128, _mm512_extracti32x4_epi32(v, 1));
-    store_16(p + 256, _mm512_extracti32x4_epi32(v, 2));
-    store_16(p + 384, _mm512_extracti32x4_epi32(v, 3));
+  LOX_OP void store_qwords_in_turn(uint8_t *p, Reg ab, Reg cd) {
+    const Reg low = _mm512_setr_epi64(0, 8, 1, 9, 2, 10, 3, 11);
+    const Reg high = _mm512_setr_epi64(4, 12, 5, 13, 6, 14, 7, 15);
+    _mm512_storeu_si512(p, _mm512_permutex2var_epi64(ab, low, cd));
+    _mm512_storeu_si512(p + 128, _mm512_permutex2var_epi64(ab, high, cd));
   }
   // Four rows that lie one behind the other.
   LOX_OP void store_rows(uint8_t *p, ptrdiff_t stride, Reg v) {
