@@ -58,14 +58,19 @@ int32_t larger(const int32_t *of_planes) {
   return of_planes[0] > of_planes[1] ? of_planes[0] : of_planes[1];
 }
 
-// Work areas have room for a source block of the larger spans.
-int64_t block_bytes(const vexo_rsz_new_context *c) {
-  return int64_t{16} * larger(c->horizontal_span) * larger(c->vertical_span);
-}
+// Work areas have room for a source block of the larger spans, or for the
+// tables of the vector forms behind the fixed ones.
 bool make_work(vexo_rsz_new_context *c, int32_t plane) {
   uint8_t **const area = plane < 2 ? &c->work[plane] : &c->chroma;
-  constexpr int64_t kTables = sizeof(DctTables) + alignof(DctTables);
-  return make(area, kTables + block_bytes(c));
+  const auto most = [](const int32_t(&of)[2][4]) {
+    return int64_t{of[0][3] > of[1][3] ? of[0][3] : of[1][3]};
+  };
+  const int64_t block =
+      int64_t{16} * larger(c->horizontal_span) * larger(c->vertical_span);
+  const int64_t tables =
+      dct_table_bytes(most(c->block_width), most(c->block_height));
+  constexpr int64_t kFixed = sizeof(DctTables) + alignof(DctTables);
+  return make(area, kFixed + (block > tables ? block : tables));
 }
 
 // Allocates tables in a fixed order; the caller frees all of them on failure.

@@ -53,6 +53,7 @@ void prepare_down(int16_t (*rows)[8], const DctKind &kind) {
 
 void prepare(DctTables *tables, const DctKind *kinds) {
   tables->usable = true;
+  auto *words = reinterpret_cast<int16_t *>(tables + 1);
   for (int type = 0; type < 4; ++type) {
     const DctKind &kind = kinds[type];
     if (kind.down == nullptr) continue;
@@ -60,38 +61,41 @@ void prepare(DctTables *tables, const DctKind *kinds) {
       tables->usable = false;
       return;
     }
-    if (type % 2 == 0) prepare_down(tables->down[type / 2], kind);
-    for (int odd = 0; type < 2 && odd < Layout::kColumns; ++odd) {
-      int16_t *const across = tables->across[type][odd];
-      // Of an even number of entries two are taken at a time.
-      constexpr int32_t kTwice = 2 * Layout::kColumns;
-      const int32_t count = (odd + kind.width + kTwice - 1) / kTwice * 2;
-      tables->across_count[type][odd] = count;
-      for (int32_t i = 0; i < count * Layout::kColumns; ++i) {
-        const int32_t x = i - odd;
-        for (int v = 0; v < 4; ++v) {
-          Layout::put_across(
-              across, i, v,
-              x >= 0 && x < kind.width
-                  ? static_cast<int16_t>(dct_entry(kind.across, v, x))
-                  : int16_t{0});
-        }
+    DctTables::Kind &made = tables->kinds[type];
+    for (int odd = 0; odd < Layout::kColumns; ++odd) {
+      if (type < 2) {
+        made.across[odd] = words;
+        made.count[odd] = Layout::put_across(
+            words, kind.width, odd, [&](int v, int32_t x) LOX_INLINE_LAMBDA {
+              return dct_entry(kind.across, v, x);
+            });
+        words += dct_across_words(kind.width);
+      } else {  // as wide as kind 0 or 1
+        made.across[odd] = tables->kinds[type - 2].across[odd];
+        made.count[odd] = tables->kinds[type - 2].count[odd];
       }
     }
-    tables->row_shift[type] = dct_row_shift(kind.width, kind.height);
+    made.shift = dct_row_shift(kind.width, kind.height);
     for (int u = 0; u < 4; ++u) {
       for (int v = 0; v < 4; ++v) {
         const int at = Layout::place(u, v);
-        tables->weights[type][at] = kind.weights[4 * u + v];
-        tables->most[type][at] =
-            u + v == 0 ? dct_most_dc(kind.weights[0]) : INT32_MAX;
+        made.weights[at] = kind.weights[4 * u + v];
+        made.most[at] = u + v == 0 ? dct_most_dc(kind.weights[0]) : INT32_MAX;
       }
     }
   }
+  for (int type = 0; type < 4; type += 2) {
+    if (kinds[type].down == nullptr) continue;
+    tables->down[type / 2] = reinterpret_cast<int16_t(*)[8]>(words);
+    prepare_down(tables->down[type / 2], kinds[type]);
+    words += 8 * dct_down_rows(kinds[type].height);
+  }
+  tables->rows = reinterpret_cast<const uint8_t **>(words);
 }
 
 // What a row of blocks has in common. The rows of the blocks are listed where
-// some are repeated (`rows`), else `stride` apart from `first` on.
+// some are repeated or they are many (`rows`), else `stride` apart from `first`
+// on.
 struct Down {
   const uint8_t *const *rows;
   const uint8_t *first;
@@ -108,8 +112,13 @@ struct Down {
   LOX_INLINE ptrdiff_t ahead() const { return height * stride; }
 };
 
+// Steps of four rows whose sums of bytes fit 16 bits, with some more rows that
+// are left over.
+constexpr int32_t kMostSteps = 60;
+
 // Rows from the top and from the bottom of blocks, to their middle.
 struct MovingRows {
+  static constexpr bool kAnyHeight = false;
   const uint8_t *top_row, *bottom_row;
   ptrdiff_t stride;
 
@@ -131,6 +140,7 @@ struct MovingRows {
   }
 };
 struct ListedRows {
+  static constexpr bool kAnyHeight = true;
   const uint8_t *const *top_row, *const *bottom_row;
   ptrdiff_t x;
 
@@ -149,7 +159,8 @@ void sum_column(const Down &down, ptrdiff_t x, int16_t *t, ptrdiff_t i) {
     for (int32_t y = 0; y < down.height; ++y) {
       sum += dct_entry(down.basis, u, y) * down.row(y)[x];
     }
-    t[Layout::column(i, u)] = static_cast<int16_t>(sum >> down.shift);
+    t[Layout::column(i, u)] = static_cast<int16_t>(
+        (sum >> down.shift) - (u == 0 ? Layout::kTaken : 0));
   }
 }
 
@@ -160,9 +171,9 @@ LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
   auto sums = D::no_sums(down.shift);
   Rows rows(down, x);
   const int16_t(*w)[8] = down.weights;
+  const int w0 = dct_entry(down.basis, 0, 0);
   const ptrdiff_t ahead = down.ahead();
-  int32_t left = down.height;
-  for (; left >= 4; left -= 4, ++w) {
+  const auto step = [&]() LOX_INLINE_LAMBDA {
     const uint8_t *const top0 = rows.top();
     const uint8_t *const bottom0 = rows.bottom();
     const uint8_t *const top1 = rows.top();
@@ -173,8 +184,17 @@ LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
       prefetch(top1, ahead);
       prefetch(bottom1, ahead);
     }
-    D::template add_pairs<kHalf>(sums, top0, bottom0, top1, bottom1, *w);
+    D::template add_pairs<kHalf>(sums, top0, bottom0, top1, bottom1, *w++);
+  };
+  int32_t steps = down.height / 4;
+  if constexpr (Rows::kAnyHeight) {
+    for (; steps > kMostSteps; steps -= kMostSteps) {
+      for (int32_t n = kMostSteps; n != 0; --n) step();
+      D::weigh_first(sums, w0);
+    }
   }
+  for (; steps != 0; --steps) step();
+  const int32_t left = down.height % 4;
   if (left >= 2) {
     const uint8_t *const top = rows.top();
     const uint8_t *const bottom = rows.bottom();
@@ -186,8 +206,7 @@ LOX_INLINE void sum_half(const Down &down, ptrdiff_t x, int16_t *t,
   } else if (left == 1) {
     D::template add_row<kHalf>(sums, rows.top(), *w);
   }
-  D::template put<kHalf>(sums, dct_entry(down.basis, 0, 0), down.shift,
-                         t + Layout::column(i, 0));
+  D::template put<kHalf>(sums, w0, down.shift, t + Layout::column(i, 0));
 }
 template <class D, class Rows>
 LOX_INLINE void sum_vector(const Down &down, ptrdiff_t x, int16_t *t,
@@ -245,26 +264,23 @@ void sum_columns(const Down &down, const DctJob &job, ptrdiff_t x, ptrdiff_t n,
 // D::blocks blocks, of which the first is at place i; their columns begin at
 // `begin` in t.
 template <class D>
-LOX_INLINE void inverse(const DctTables *tables, const DctJob *job,
-                        const int16_t *t, int32_t begin, ptrdiff_t i) {
+LOX_INLINE void inverse(const typename D::Constants &constants,
+                        const DctTables *tables, const DctJob *job,
+                        int32_t begin, ptrdiff_t i) {
   typename D::Group group;
 #pragma GCC unroll 4
   for (int block = 0; block < D::blocks; ++block) {
-    const int type = job->types[i + block];
-    const int wide = type & 1;
-    const ptrdiff_t x = job->columns[i + block] - begin;
-    const ptrdiff_t odd = x & (D::kColumns - 1);
-    D::sum_rows(group, block, t + Layout::column(x - odd, 0),
-                tables->across[wide][odd], tables->across_count[wide][odd],
-                tables->row_shift[type], tables->most[type],
-                tables->weights[type]);
+    const DctTables::Kind &kind = tables->kinds[job->types[i + block]];
+    const auto x = static_cast<size_t>(job->columns[i + block] - begin);
+    const size_t odd = x % D::kColumns;
+    D::sum_rows(group, block, tables->sums + 4 * (x - odd), kind.across[odd],
+                kind.count[odd], kind.shift, kind.most, kind.weights);
   }
-  D::put_blocks(group, job->dst + 4 * i, job->dst_stride);
+  D::put_blocks(group, constants, job->dst + 4 * i, job->dst_stride);
 }
 
 void vector_blocks(DctTables *tables, const DctJob *job) {
   const DctKind &kind = job->kinds[job->types[0]];
-  const uint8_t *rows[kDctMostSide];
   Down down = {nullptr,
                job->row(0),
                job->stride,
@@ -272,33 +288,37 @@ void vector_blocks(DctTables *tables, const DctJob *job) {
                kind.down,
                kind.height,
                dct_column_shift(kind.height)};
-  if (int64_t{job->first_row} + kind.height > job->rows) {
-    for (int32_t y = 0; y < kind.height; ++y) rows[y] = job->row(y);
-    down.rows = rows;
+  if (int64_t{job->first_row} + kind.height > job->rows ||
+      kind.height / 4 > kMostSteps) {
+    for (int32_t y = 0; y < kind.height; ++y) tables->rows[y] = job->row(y);
+    down.rows = tables->rows;
   }
 
-  int16_t *const t = tables->sums;
   using D = DctOps<Wide>;
+  using Single = DctOps<Narrow>;
+  const D::Constants constants = D::constants();
+  // Wide blocks, if there are any, are kind 1.
+  const ptrdiff_t together =
+      kDctColumns / (job->kinds[0].width + (job->kinds[1].width > 0 ? 1 : 0));
   for (ptrdiff_t i = 0; i < job->count;) {
+    const ptrdiff_t last =
+        job->count - i > together ? i + together : job->count;
     const int32_t begin = job->columns[i];
-    ptrdiff_t last = i;
-    int32_t columns = 0;
-    for (; last < job->count; ++last) {
-      const int32_t end =
-          job->columns[last] - begin + job->kinds[job->types[last]].width;
-      if (end > kDctColumns) break;
-      columns = end;
-    }
-    sum_columns(down, *job, begin, columns, t);
+    sum_columns(
+        down, *job, begin,
+        job->columns[last - 1] - begin + job->kinds[job->types[last - 1]].width,
+        tables->sums);
     const bool whole = last - i >= D::blocks;
     for (; i + D::blocks <= last; i += D::blocks) {
-      inverse<D>(tables, job, t, begin, i);
+      inverse<D>(constants, tables, job, begin, i);
     }
     if (whole && i < last) {
-      inverse<D>(tables, job, t, begin, last - D::blocks);
+      inverse<D>(constants, tables, job, begin, last - D::blocks);
       i = last;
     }
-    for (; i < last; ++i) inverse<DctOps<Narrow>>(tables, job, t, begin, i);
+    for (; i < last; ++i) {
+      inverse<Single>(Single::constants(), tables, job, begin, i);
+    }
   }
 }
 

@@ -22,29 +22,46 @@ struct DctKind {
 };
 
 // What the vector forms make of the kinds once for a plane, and where they
-// work.
-constexpr int kDctMostSide = 128;  // of blocks that have a vector form
-constexpr int kDctColumns = 2048;  // of blocks done together
-constexpr int kDctBeyond = 4;      // columns that are read and weigh nothing
+// work. What depends on the sides of blocks lies behind it.
+constexpr int32_t kDctMostSide = 1024;  // of blocks that have a vector form
+constexpr int kDctColumns = 2048;       // of blocks done together
+constexpr int kDctBeyond = 4;           // columns that are read, weigh nothing
 struct DctTables {
   bool usable;
   // By height (of kinds 0 and 2): what the first, second and third coefficient
   // takes of two samples, for every two in the upper half; what is left over,
   // last.
-  alignas(64) int16_t down[2][kDctMostSide / 4 + 1][8];
-  // By width (of kinds 0 and 1) and whether blocks begin at an odd column, in
-  // the order of the set.
-  alignas(64) int16_t across[2][2][(kDctMostSide / 2 + 2) * 32];
-  // How many entries of that a block takes; by kind, what its sums are shifted
-  // right by.
-  int32_t across_count[2][2];
-  int32_t row_shift[4];
-  // By kind, in the order of the set: weights, and limits of coefficients.
-  alignas(64) int32_t weights[4][16];
-  alignas(64) int32_t most[4][16];
+  int16_t (*down[2])[8];
+  // The rows of blocks where they are listed.
+  const uint8_t **rows;
+  // By kind, coefficients in the order of the set.
+  struct Kind {
+    alignas(64) int32_t weights[16];
+    int32_t most[16];  // limits of coefficients
+    // By whether blocks begin at an odd column: the weights of columns in the
+    // order of the set, and what it counts of them.
+    const int16_t *across[2];
+    int32_t count[2];
+    int32_t shift;  // of sums, to the right
+  } kinds[4];
   // Four sums of each column.
   alignas(64) int16_t sums[4 * (kDctColumns + kDctBeyond)];
 };
+
+// Entries of DctTables::down for a height, words of the weights for a width.
+constexpr int64_t dct_down_rows(int64_t height) { return height / 4 + 1; }
+constexpr int64_t dct_across_words(int64_t width) {
+  return (width / 2 + 3) * 32;
+}
+// The bytes behind the tables of blocks of up to these sides; larger blocks
+// have no tables.
+constexpr int64_t dct_table_bytes(int64_t width, int64_t height) {
+  if (width > kDctMostSide) width = kDctMostSide;
+  if (height > kDctMostSide) height = kDctMostSide;
+  return (4 * dct_across_words(width) + 2 * 8 * dct_down_rows(height)) *
+             int64_t{sizeof(int16_t)} +
+         height * int64_t{sizeof(const uint8_t *)};
+}
 
 // A row of `count` blocks, which are equally high.
 struct DctJob {
@@ -58,7 +75,8 @@ struct DctJob {
   const int32_t *columns;
   const uint8_t *types;
   ptrdiff_t count;
-  // Room for a block's source samples.
+  // Room for a block's source samples; where there is a vector form its tables
+  // may lie there.
   uint8_t *work;
   // 4 rows of 4 x count samples.
   uint8_t *dst;

@@ -15,6 +15,7 @@ namespace lox::LOX_SET {
 template <class V, class R = typename V::R>
 struct DctOps {
   static constexpr int kColumns = 2;
+  static constexpr int kTaken = 0;  // off first sums
   using Reg = typename R::Reg;
   static constexpr int blocks = static_cast<int>(sizeof(Reg)) / 16;
   static constexpr int kHalves = blocks == 4 ? 1 : 2;
@@ -28,10 +29,19 @@ struct DctOps {
   }
   // Where coefficient (u, v) is in a block's sums.
   LOX_OP constexpr int place(int u, int v) { return 4 * v + order(u); }
-  LOX_OP void put_across(int16_t *across, ptrdiff_t i, int v, int16_t weight) {
-    for (int u = 0; u < 4; ++u) {
-      across[i / 2 * 32 + 8 * v + 2 * u + i % 2] = weight;
+  // The weights of a row of blocks that begin `odd` columns behind the first,
+  // two columns at a time: four of each v. Of an even number of entries, which
+  // is returned, two are taken at a time.
+  template <class Entry>
+  LOX_OP int32_t put_across(int16_t *words, int32_t width, int odd,
+                            Entry entry) {
+    const int32_t count = (odd + width + 3) / 4 * 2;
+    for (int32_t i = 0; i < 32 * count; ++i) {
+      const int32_t x = i / 32 * 2 + i % 2 - odd;
+      words[i] =
+          static_cast<int16_t>(x >= 0 && x < width ? entry(i / 8 % 4, x) : 0);
     }
+    return count;
   }
 
   // --- sums of columns ------------------------------------------------------
@@ -40,6 +50,7 @@ struct DctOps {
   // mirror image, odd ones of a second.
   struct Half {
     Reg u0_low, u0_high;  // of bytes, in 16 bits
+    Reg first_low, first_high;
     Reg u1_low, u1_high, u2_low, u2_high, u3_low, u3_high;
   };
   // With 32 registers both halves are summed at once, else `high` is not used.
@@ -49,13 +60,24 @@ struct DctOps {
   LOX_OP Sums no_sums(int shift) {
     const Reg z = R::zero();
     const Reg half = R::fill32(1 << (shift - 1));
-    const Half none = {z, z, half, half, half, half, half, half};
+    const Half none = {z, z, half, half, half, half, half, half, half, half};
     return {none, none};
   }
   LOX_OP Reg two_weights(const int16_t *w) {
     int both;
     memcpy(&both, w, sizeof both);
     return R::fill32(both);
+  }
+  LOX_OP void weigh_first(Sums &s, int w0) {
+    weigh_first(s.low, w0);
+    if constexpr (kHalves == 1) weigh_first(s.high, w0);
+  }
+  LOX_OP void weigh_first(Half &s, int w0) {
+    const Reg weights = R::fill32(pair(w0, w0));
+    s.first_low = R::add32(s.first_low, R::multiply_add16(s.u0_low, weights));
+    s.first_high =
+        R::add32(s.first_high, R::multiply_add16(s.u0_high, weights));
+    s.u0_low = s.u0_high = R::zero();
   }
   template <int kHalf>
   LOX_OP void add(Sums &s, Reg top0, Reg bottom0, Reg top1, Reg bottom1,
@@ -90,6 +112,13 @@ struct DctOps {
     s.u1_high = R::add32(s.u1_high, R::multiply_add16(differences_high, w1));
     s.u3_low = R::add32(s.u3_low, R::multiply_add16(differences_low, w3));
     s.u3_high = R::add32(s.u3_high, R::multiply_add16(differences_high, w3));
+    if constexpr (kHalves == 1) {
+      // Held in their registers, or GCC moves some through others and memory.
+      __asm__(""
+              : "+v"(s.u0_low), "+v"(s.u0_high), "+v"(s.u1_low),
+                "+v"(s.u1_high), "+v"(s.u2_low), "+v"(s.u2_high),
+                "+v"(s.u3_low), "+v"(s.u3_high));
+    }
   }
   template <int kHalf>
   LOX_OP Reg unpack8(Reg a, Reg b) {
@@ -125,21 +154,17 @@ struct DctOps {
   }
   // `t` is where the vector's first column is.
   template <int kHalf>
-  LOX_OP void put(const Sums &s, int w0, int by, int16_t *t) {
+  LOX_OP void put(Sums &s, int w0, int by, int16_t *t) {
     uint8_t *const p = reinterpret_cast<uint8_t *>(t);
-    put_half(s.low, w0, by, p + 64 * kHalf);
-    if constexpr (kHalves == 1) put_half(s.high, w0, by, p + 64);
-  }
-  LOX_OP void put_half(const Half &s, int w0, int by, uint8_t *p) {
     const typename R::Shift shift_by = R::shift(by);
-    const Reg half = R::fill32(1 << (by - 1));
-    const Reg weights = R::fill32(pair(w0, w0));
-    const Reg t0 =
-        shift(R::add32(R::multiply_add16(s.u0_low, weights), half),
-              R::add32(R::multiply_add16(s.u0_high, weights), half), shift_by);
-    R::store_dwords_in_turn(p, t0, shift(s.u2_low, s.u2_high, shift_by),
-                                shift(s.u1_low, s.u1_high, shift_by),
-                                shift(s.u3_low, s.u3_high, shift_by));
+    weigh_first(s, w0);
+    put_half(s.low, shift_by, p + 64 * kHalf);
+    if constexpr (kHalves == 1) put_half(s.high, shift_by, p + 64);
+  }
+  LOX_OP void put_half(const Half &s, typename R::Shift by, uint8_t *p) {
+    R::store_dwords_in_turn(
+        p, shift(s.first_low, s.first_high, by), shift(s.u2_low, s.u2_high, by),
+        shift(s.u1_low, s.u1_high, by), shift(s.u3_low, s.u3_high, by));
   }
 
   // --- blocks ---------------------------------------------------------------
@@ -169,14 +194,12 @@ struct DctOps {
       }
     }
     for (int j = 0; j < kRegs; ++j) {
-      // Coefficients and weights are below 2^15: the products of high words,
-      // of signs and zeros, are 0.
       const Reg k =
           R::min_signed32(R::shift_right_signed32_by(
                               R::add32(sums[0][j], sums[1][j]), shift_by),
                           load32(most + 4 * blocks * j));
       group.v[kRegs * block + j] =
-          R::multiply_add16(k, load32(weights + 4 * blocks * j));
+          R::multiply_low32(k, load32(weights + 4 * blocks * j));
     }
   }
 
@@ -208,7 +231,10 @@ struct DctOps {
   // for all sides up to 128, so that words hold them: at most 32241 and what
   // rounding down adds.
   static constexpr int kMiddle = 128 * 128;
-  LOX_OP void put_blocks(const Group &group, uint8_t *dst, ptrdiff_t stride) {
+  struct Constants {};
+  LOX_OP Constants constants() { return {}; }
+  LOX_OP void put_blocks(const Group &group, const Constants &, uint8_t *dst,
+                         ptrdiff_t stride) {
     const Four v = transpose_lanes(group);
     const Reg middle = R::broadcast128(_mm_setr_epi32(kMiddle, 0, 0, 0));
     const Four h =

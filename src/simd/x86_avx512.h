@@ -75,8 +75,8 @@ struct Avx512Register {
   // A dword of each of four registers in turn: 64 bytes of each lane, which are
   // 128 apart.
   LOX_OP void store_dwords_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    const Reg low =
-        _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const Reg low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21,
+                                      6, 22, 7, 23);
     const Reg high = _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13,
                                        29, 14, 30, 15, 31);
     store_qwords_in_turn(p, _mm512_permutex2var_epi32(a, low, b),

@@ -96,6 +96,7 @@ LOX_OP Reg shift_right_signed32(Reg v) {
 LOX_OP Reg pack_signed32(Reg a, Reg b) { return LOX_MM(packs_epi32)(a, b); }
 LOX_OP Reg pack_unsigned32(Reg a, Reg b) { return LOX_MM(packus_epi32)(a, b); }
 LOX_OP Reg sub32(Reg a, Reg b) { return LOX_MM(sub_epi32)(a, b); }
+LOX_OP Reg multiply_low32(Reg a, Reg b) { return LOX_MM(mullo_epi32)(a, b); }
 LOX_OP Reg min_signed32(Reg a, Reg b) { return LOX_MM(min_epi32)(a, b); }
 LOX_OP Reg pack_signed16(Reg a, Reg b) { return LOX_MM(packs_epi16)(a, b); }
 // 16 of the bytes of low and then high, from byte K on.

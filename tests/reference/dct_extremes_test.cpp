@@ -42,8 +42,9 @@ void fill_extreme(uint8_t *data, int width, int height, int u, int j) {
 TEST(DctExtremes, AreThoseOfThePortableForm) {
   uint8_t chroma[16] = {};
   uint8_t got[2][16];
-  for (const int width : {4, 5, 6, 7, 8, 9, 11, 16, 33, 64, 127, 128}) {
-    for (const int height : {4, 5, 6, 8, 12, 16, 63, 128}) {
+  for (const int width :
+       {4, 5, 6, 7, 8, 9, 11, 16, 33, 64, 127, 129, 513, 1024}) {
+    for (const int height : {4, 5, 6, 8, 12, 16, 63, 129, 245, 1024}) {
       std::vector<uint8_t> luma(size_t{1} * width * height);
       vexo_img pair[2] = {};
       for (vexo_img &img : pair) {
