@@ -10,6 +10,7 @@
 
 #include <string.h>
 
+#include "dct/dct_rows.h"
 #include "simd/simd.h"
 
 namespace lox::LOX_SET {
@@ -160,8 +161,9 @@ struct DctOps {
     return vshrn_n_s32(vmulq_s32(k, vld1q_s32(weights)), 8);
   }
   LOX_OP void sum_rows(Group &group, int, const int16_t *t,
-                       const int16_t *across, int width, int shift,
-                       const int32_t *most, const int32_t *weights) {
+                       const DctTables::Kind &kind) {
+    const int32_t width = kind.count;
+    const int16_t *across = kind.across;
     int32x4_t v0 = vreinterpretq_s32_s16(vld1q_s16(across));
     int32x4_t v1 = vdupq_n_s32(0);
     int32x4_t v2 = v1;
@@ -197,11 +199,12 @@ struct DctOps {
       v0 = vmlal_lane_s16(v0, middle, w, 0);
       v2 = vmlal_lane_s16(v2, middle, w, 2);
     }
-    const int32x4_t by = vdupq_n_s32(-shift);
-    group = {weighted(vminq_s32(vshlq_s32(v0, by), vld1q_s32(most)), weights),
-             weighted(vshlq_s32(v1, by), weights + 4),
-             weighted(vshlq_s32(v2, by), weights + 8),
-             weighted(vshlq_s32(v3, by), weights + 12)};
+    const int32x4_t by = vdupq_n_s32(-kind.shift);
+    group = {weighted(vminq_s32(vshlq_s32(v0, by), vld1q_s32(kind.most)),
+                      kind.weights),
+             weighted(vshlq_s32(v1, by), kind.weights + 4),
+             weighted(vshlq_s32(v2, by), kind.weights + 8),
+             weighted(vshlq_s32(v3, by), kind.weights + 12)};
   }
 
   // Four rows: the halves of two registers, the rows 0 and 2, and 3 and 1.

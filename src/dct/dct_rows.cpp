@@ -61,26 +61,26 @@ void prepare(DctTables *tables, const DctKind *kinds) {
       tables->usable = false;
       return;
     }
-    DctTables::Kind &made = tables->kinds[type];
     for (int odd = 0; odd < Layout::kColumns; ++odd) {
+      DctTables::Kind &made = tables->kinds[type][odd];
       if (type < 2) {
-        made.across[odd] = words;
-        made.count[odd] = Layout::put_across(
+        made.across = words;
+        made.count = Layout::put_across(
             words, kind.width, odd, [&](int v, int32_t x) LOX_INLINE_LAMBDA {
               return dct_entry(kind.across, v, x);
             });
         words += dct_across_words(kind.width);
       } else {  // as wide as kind 0 or 1
-        made.across[odd] = tables->kinds[type - 2].across[odd];
-        made.count[odd] = tables->kinds[type - 2].count[odd];
+        made.across = tables->kinds[type - 2][odd].across;
+        made.count = tables->kinds[type - 2][odd].count;
       }
-    }
-    made.shift = dct_row_shift(kind.width, kind.height);
-    for (int u = 0; u < 4; ++u) {
-      for (int v = 0; v < 4; ++v) {
-        const int at = Layout::place(u, v);
-        made.weights[at] = kind.weights[4 * u + v];
-        made.most[at] = u + v == 0 ? dct_most_dc(kind.weights[0]) : INT32_MAX;
+      made.shift = dct_row_shift(kind.width, kind.height);
+      for (int u = 0; u < 4; ++u) {
+        for (int v = 0; v < 4; ++v) {
+          const int at = Layout::place(u, v);
+          made.weights[at] = kind.weights[4 * u + v];
+          made.most[at] = u + v == 0 ? dct_most_dc(kind.weights[0]) : INT32_MAX;
+        }
       }
     }
   }
@@ -270,11 +270,10 @@ LOX_INLINE void inverse(const typename D::Constants &constants,
   typename D::Group group;
 #pragma GCC unroll 4
   for (int block = 0; block < D::blocks; ++block) {
-    const DctTables::Kind &kind = tables->kinds[job->types[i + block]];
     const auto x = static_cast<size_t>(job->columns[i + block] - begin);
     const size_t odd = x % D::kColumns;
-    D::sum_rows(group, block, tables->sums + 4 * (x - odd), kind.across[odd],
-                kind.count[odd], kind.shift, kind.most, kind.weights);
+    D::sum_rows(group, block, tables->sums + 4 * (x - odd),
+                tables->kinds[job->types[i + block]][odd]);
   }
   D::put_blocks(group, constants, job->dst + 4 * i, job->dst_stride);
 }

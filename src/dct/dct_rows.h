@@ -34,16 +34,17 @@ struct DctTables {
   int16_t (*down[2])[8];
   // The rows of blocks where they are listed.
   const uint8_t **rows;
-  // By kind, coefficients in the order of the set.
-  struct Kind {
-    alignas(64) int32_t weights[16];
+  // By kind and whether blocks begin at an odd column, coefficients in the
+  // order of the set.
+  struct alignas(256) Kind {
+    int32_t weights[16];
     int32_t most[16];  // limits of coefficients
-    // By whether blocks begin at an odd column: the weights of columns in the
-    // order of the set, and what it counts of them.
-    const int16_t *across[2];
-    int32_t count[2];
+    // The weights of columns in the order of the set, and what it counts of
+    // them.
+    const int16_t *across;
+    int32_t count;
     int32_t shift;  // of sums, to the right
-  } kinds[4];
+  } kinds[4][2];
   // Four sums of each column.
   alignas(64) int16_t sums[4 * (kDctColumns + kDctBeyond)];
 };

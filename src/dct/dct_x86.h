@@ -8,6 +8,7 @@
 
 #include <string.h>
 
+#include "dct/dct_rows.h"
 #include "simd/simd.h"
 
 namespace lox::LOX_SET {
@@ -177,29 +178,33 @@ struct DctOps {
     return R::load(reinterpret_cast<const uint8_t *>(p));
   }
   LOX_OP void sum_rows(Group &group, int block, const int16_t *t,
-                       const int16_t *across, int count, int by,
-                       const int32_t *most, const int32_t *weights) {
-    const typename R::Shift shift_by = R::shift(by);
+                       const DctTables::Kind &kind) {
+    const auto *column = reinterpret_cast<const uint8_t *>(t);
+    const auto *weights = reinterpret_cast<const uint8_t *>(kind.across);
     Reg sums[2][kRegs];
-    for (int j = 0; j < kRegs; ++j) sums[0][j] = sums[1][j] = R::zero();
-    for (int i = 0; i < count; i += 2, t += 16, across += 64) {
-      for (int k = 0; k < 2; ++k) {
-        const Reg columns =
-            R::load_broadcast128(reinterpret_cast<const uint8_t *>(t + 8 * k));
-        for (int j = 0; j < kRegs; ++j) {
-          const Reg w = R::load(
-              reinterpret_cast<const uint8_t *>(across + 32 * k) + n * j);
-          sums[k][j] = R::add32(sums[k][j], R::multiply_add16(columns, w));
-        }
+    const auto product = [&](int k, int j) LOX_INLINE_LAMBDA {
+      return R::multiply_add16(R::load_broadcast128(column + 16 * k),
+                               R::load(weights + 64 * k + n * j));
+    };
+    for (int j = 0; j < kRegs; ++j) {
+      sums[0][j] = product(0, j);
+      sums[1][j] = product(1, j);
+    }
+    for (int32_t left = kind.count - 2; left > 0; left -= 2) {
+      column += 32;
+      weights += 128;
+      for (int j = 0; j < kRegs; ++j) {
+        sums[0][j] = R::add32(sums[0][j], product(0, j));
+        sums[1][j] = R::add32(sums[1][j], product(1, j));
       }
     }
+    const typename R::Shift shift = R::shift(kind.shift);
     for (int j = 0; j < kRegs; ++j) {
-      const Reg k =
-          R::min_signed32(R::shift_right_signed32_by(
-                              R::add32(sums[0][j], sums[1][j]), shift_by),
-                          load32(most + 4 * blocks * j));
+      const Reg k = R::min_signed32(
+          R::shift_right_signed32_by(R::add32(sums[0][j], sums[1][j]), shift),
+          load32(kind.most + 4 * blocks * j));
       group.v[kRegs * block + j] =
-          R::multiply_low32(k, load32(weights + 4 * blocks * j));
+          R::multiply_low32(k, load32(kind.weights + 4 * blocks * j));
     }
   }
 
