@@ -113,7 +113,8 @@ typedef struct vexo_rsz_new_context {
   uint8_t *block_types;
   int32_t *block_columns;
   int32_t *block_rows;
-  /* Work areas, of one source block and 37 KiB. */
+  /* Work areas, of 19 KiB and of one source block, or 128 bytes for each of its
+   * columns and 16 for each of its rows. */
   uint8_t *work[2];
   /* The source pre-scaled. */
   uint8_t *pre_luma;
@@ -214,7 +215,8 @@ VEXO_API int32_t vexo_rsz_new_init(const vexo_img *pair,
  * exact ratio, this thread does plane 0 and one that it starts and joins does
  * the chroma; when that thread cannot be started " err \n " is printed to
  * standard output and this thread does its work, as it does, silently, when
- * there is no memory for the thread's record.
+ * there is no memory for the thread's record or this one may run on a single
+ * processor only, where threads gain nothing.
  *
  * Pre-scaling means by rows: all of the block for 2, for 4 rows 0 and 2 when
  * the context's stride_not_aligned is 0 (vexo_8b_rsz_down_4x4 and
@@ -275,8 +277,8 @@ VEXO_API int32_t vexo_rsz_new_rgba8888_init(const vexo_img *quartet,
  * source is taken apart into the planar source; its three planes are scaled
  * into the planar destination, plane 0 on this thread, planes 1 and 2 each on
  * one that it starts and joins; and these are put together in the destination
- * with an alpha of 255, as far as blocks are written. Threads that cannot be
- * started: as in vexo_rsz_new. Returns VEXO_OK.
+ * with an alpha of 255, as far as blocks are written. Threads that are not or
+ * cannot be started: as in vexo_rsz_new. Returns VEXO_OK.
  */
 VEXO_API int32_t vexo_rsz_new_rgba8888(const vexo_img *quartet,
                                        vexo_rsz_new_context *context,

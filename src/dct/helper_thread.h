@@ -4,11 +4,19 @@
 #pragma once
 
 #include <pthread.h>
+#include <sched.h>
 #include <semaphore.h>
 #include <stdio.h>
 #include <stdlib.h>
 
 namespace lox {
+
+// Whether a thread can run beside the calling one. Where that has one processor
+// only, starting and joining is all that a thread adds.
+inline bool threads_gain() {
+  cpu_set_t set;
+  return sched_getaffinity(0, sizeof set, &set) != 0 || CPU_COUNT(&set) > 1;
+}
 
 // Worker is one of the worker records, Work what is to be done with it.
 template <class Worker, void (*Work)(const Worker &)>
@@ -19,6 +27,7 @@ class HelperThread {
   // by no status, because the work is done all the same.
   void start(const Worker &what) {
     what_ = what;
+    if (!threads_gain()) return;
     worker_ = static_cast<Worker *>(malloc(sizeof *worker_));
     if (worker_ == nullptr) return;
     sem_init(&start_, 0, 0);

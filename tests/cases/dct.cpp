@@ -2,6 +2,7 @@
 // The DCT scaler of pairs and of pixels, thumbnails, and the parts of them that
 // are exported.
 #include <orumlox/unprefixed.h>
+#include <sched.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -274,9 +275,23 @@ void thumbnail(const Function &function, Source &source, Sink &sink) {
   result.add_to(sink);
 }
 
+// While it lives this thread has one processor only, if it is `alone`.
+struct Processors {
+  explicit Processors(bool alone) {
+    sched_getaffinity(0, sizeof before, &before);
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(sched_getcpu(), &set);
+    if (alone) sched_setaffinity(0, sizeof set, &set);
+  }
+  ~Processors() { sched_setaffinity(0, sizeof before, &before); }
+  cpu_set_t before;
+};
+
 void pixels(const Function &function, Source &source, Sink &sink) {
   Quartet q(source);
   q.add_to(sink);
+  const Processors processors(q.img[1].width[0] % 2 != 0);
   q.status |=
       either(function, "vexo_rsz_new_rgba8888")
           .as<decltype(vexo_rsz_new_rgba8888)>()(q.img, &q.context, q.a, q.b);
