@@ -15,9 +15,9 @@ namespace {
 
 using ExampleTest = ToolTest;
 
-// The commands of the README's section, but for the one that begins with
-// another program.
-TEST_F(ExampleTest, ExamplesOfTheReadme) {
+// The commands of the README's section and of the tool's page, but for those
+// that begin with another program.
+TEST_F(ExampleTest, ExamplesOfTheDocuments) {
   put("frame.yuv", noise(1920 * 1080 * 3 / 2, 4));
   put("clip.h264", {"\0\0\1\x65\x88", 5});
   const Outcome outcome =
@@ -25,8 +25,9 @@ TEST_F(ExampleTest, ExamplesOfTheReadme) {
             "/samples/coffee_320x208.y4m' photo.y4m; cp '" SOURCE_FOLDER
             "/samples/coffee_pq_320x208.y4m' hdr.y4m\n"
             "{ cat photo.y4m; tail -n +2 photo.y4m; } >clip.y4m\n"
-            "sed -n '/^## The tool/,/^## Read/ s/^vexo /&/p' '" SOURCE_FOLDER
-            "/README.md' >lines; grep -q 'vexo tonemap' lines; . ./lines");
+            "sed -n '/^## The tool/,$ s/^vexo /&/p' '" SOURCE_FOLDER
+            "/README.md' >lines; sed -n 's/^vexo /&/p' '" SOURCE_FOLDER
+            "/docs/tool.md' >>lines; grep -q 'vexo tonemap' lines; . ./lines");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
 }
