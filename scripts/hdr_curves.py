@@ -37,13 +37,12 @@ def gamma(i):
 
 
 def gamma_steps():
-    """gamma() by parts: 256 entries, then of every 16 the first, less one for
-    each step too few, and two steps within: 8 bits, 4 and 4 (see curves.h)."""
+    """gamma() by parts: of every 16 entries the first, less one for each step
+    too few, and two steps within: 8 bits, 4 and 4 (see curves.h)."""
     entries = [gamma(i) for i in range(4096)]
-    parts = entries[:256] + [0] * 16
+    parts = [0] * 16
     for first in range(256, 4096, 16):
         steps = [k for k in range(1, 16) if entries[first + k] != entries[first + k - 1]]
-        assert len(steps) <= 2 and entries[first + 15] == entries[first] + len(steps)
         steps = [0] * (2 - len(steps)) + steps
         parts.append((entries[first] - steps.count(0)) << 8 | steps[0] << 4 | steps[1])
     return parts
@@ -70,18 +69,13 @@ namespace lox {""")
 table("constexpr double kPqLight[1024]", map(pq_light, range(1024)), float.hex)
 table("constexpr uint16_t kHlgLinear[1024]", map(hlg_linear, range(1024)), str)
 table("constexpr uint8_t kGamma[4096]", map(gamma, range(4096)), str)
-table("alignas(64) constexpr uint16_t kGammaSteps[512]", gamma_steps(), str)
+table("alignas(64) constexpr uint16_t kGammaSteps[256]", gamma_steps(), str)
 print("""
-constexpr int by_steps(int i) {
-  if (i < 256) return kGammaSteps[i];
-  const int part = kGammaSteps[256 + i / 16];
-  return (part >> 8) + (i % 16 >= (part >> 4 & 15)) + (i % 16 >= (part & 15));
-}
-constexpr bool steps_are_gamma() {
-  for (int i = 0; i < 4096; ++i) {
-    if (by_steps(i) != kGamma[i]) return false;
+static_assert([] {
+  for (int i = 256; i < 4096; ++i) {
+    const int part = kGammaSteps[i / 16], low = part & 15, high = part >> 4 & 15;
+    if ((part >> 8) + (i % 16 >= low) + (i % 16 >= high) != kGamma[i]) return false;
   }
   return true;
-}
-static_assert(steps_are_gamma());""")
+}());""")
 print("\n}  // namespace lox")

@@ -21,12 +21,28 @@ namespace {
 
 #if LOX_VECTORS
 
+template <class V>
+LOX_INLINE void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
+  if constexpr (requires { V::copy_4_blocks(to, from); }) {
+    V::copy_4_blocks(to, from);
+  } else {
+    const auto a = V::take_block(from);
+    const auto b = V::take_block(from);
+    const auto c = V::take_block(from);
+    const auto d = V::take_block(from);
+    V::put_block(to, a);
+    V::put_block(to, b);
+    V::put_block(to, c);
+    V::put_block(to, d);
+  }
+}
+
 template <class V, bool kFetch = false>
 LOX_INLINE void copy_vectors(uint8_t *dst, const uint8_t *src, size_t n) {
   const size_t left =
       for_whole_units<4 * V::kBlock, 1>(n, [&]() LOX_INLINE_LAMBDA {
         if constexpr (kFetch) prefetch(dst, kAhead, 4 * V::kBlock);
-        V::copy_4_blocks(dst, src);
+        copy_4_blocks<V>(dst, src);
       });
   for_units<V::kBlock, 1>(
       static_cast<ptrdiff_t>(left),

@@ -67,3 +67,20 @@ inline void convert_rows(void (*convert_row)(const uint8_t *src, uint8_t *dst,
   void vexo_csc_##name(LOX_PARAMETERS) {            \
     lox::driver(LOX_ARGUMENTS, lox::from, lox::to); \
   }
+// To all layouts of 4:2:0, of 16-bit RGB, of RGB.
+#define LOX_KERNELS_420(token, driver, from)             \
+  LOX_KERNEL(token##_to_yuv420, driver, from, kToYuv420) \
+  LOX_KERNEL(token##_to_yv12, driver, from, kToYv12)     \
+  LOX_KERNEL(token##_to_nv12, driver, from, kToNv12)     \
+  LOX_KERNEL(token##_to_nv21, driver, from, kToNv21)
+#define LOX_KERNELS_565(token, driver, from)           \
+  LOX_KERNEL(token##_to_rgb565, driver, from, kRgb565) \
+  LOX_KERNEL(token##_to_bgr565, driver, from, kBgr565)
+#define LOX_KERNELS_RGB(token, driver, from)               \
+  LOX_KERNELS_565(token, driver, from)                     \
+  LOX_KERNEL(token##_to_rgb888, driver, from, kRgb888)     \
+  LOX_KERNEL(token##_to_bgr888, driver, from, kBgr888)     \
+  LOX_KERNEL(token##_to_rgba8888, driver, from, kRgba8888) \
+  LOX_KERNEL(token##_to_bgra8888, driver, from, kBgra8888) \
+  LOX_KERNEL(token##_to_argb8888, driver, from, kArgb8888) \
+  LOX_KERNEL(token##_to_abgr8888, driver, from, kAbgr8888)

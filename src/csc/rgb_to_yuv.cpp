@@ -84,24 +84,18 @@ void rgb_to_rgb(const KernelArgs &args, int from, int) {
 
 }  // namespace lox
 
-#define LOX_KERNELS(name, driver, from)                 \
-  LOX_KERNEL(name##_to_yuv420, driver, from, kToYuv420) \
-  LOX_KERNEL(name##_to_yv12, driver, from, kToYv12)     \
-  LOX_KERNEL(name##_to_nv12, driver, from, kToNv12)     \
-  LOX_KERNEL(name##_to_nv21, driver, from, kToNv21)
-
 extern "C" {
 
-LOX_KERNELS(rgb565, rgb_to_yuv, kRgb565)
-LOX_KERNELS(bgr565, rgb_to_yuv, kBgr565)
-LOX_KERNELS(rgb888, rgb_to_yuv, kRgb888)
-LOX_KERNELS(bgr888, rgb_to_yuv, kBgr888)
-LOX_KERNELS(rgba8888, rgb_to_yuv, kRgba8888)
-LOX_KERNELS(bgra8888, rgb_to_yuv, kBgra8888)
-LOX_KERNELS(argb8888, rgb_to_yuv, kArgb8888)
-LOX_KERNELS(abgr8888, rgb_to_yuv, kAbgr8888)
+LOX_KERNELS_420(rgb565, rgb_to_yuv, kRgb565)
+LOX_KERNELS_420(bgr565, rgb_to_yuv, kBgr565)
+LOX_KERNELS_420(rgb888, rgb_to_yuv, kRgb888)
+LOX_KERNELS_420(bgr888, rgb_to_yuv, kBgr888)
+LOX_KERNELS_420(rgba8888, rgb_to_yuv, kRgba8888)
+LOX_KERNELS_420(bgra8888, rgb_to_yuv, kBgra8888)
+LOX_KERNELS_420(argb8888, rgb_to_yuv, kArgb8888)
+LOX_KERNELS_420(abgr8888, rgb_to_yuv, kAbgr8888)
 
-LOX_KERNELS(bt601_fr_rgba8888, bt601_full_to_yuv, kRgba8888)
+LOX_KERNELS_420(bt601_fr_rgba8888, bt601_full_to_yuv, kRgba8888)
 LOX_KERNEL(bt709_rgba8888_to_nv12, bt709_to_yuv, kRgba8888, kToNv12)
 LOX_KERNEL(bt709_rgba8888_to_nv21, bt709_to_yuv, kRgba8888, kToNv21)
 

@@ -83,14 +83,7 @@ void tiled_to_rgb(const KernelArgs &args, int from, int to) {
 
 extern "C" {
 
-LOX_KERNEL(t64x32_to_rgb565, tiled_to_rgb, kT64x32, kRgb565)
-LOX_KERNEL(t64x32_to_bgr565, tiled_to_rgb, kT64x32, kBgr565)
-LOX_KERNEL(t64x32_to_rgb888, tiled_to_rgb, kT64x32, kRgb888)
-LOX_KERNEL(t64x32_to_bgr888, tiled_to_rgb, kT64x32, kBgr888)
-LOX_KERNEL(t64x32_to_rgba8888, tiled_to_rgb, kT64x32, kRgba8888)
-LOX_KERNEL(t64x32_to_bgra8888, tiled_to_rgb, kT64x32, kBgra8888)
-LOX_KERNEL(t64x32_to_argb8888, tiled_to_rgb, kT64x32, kArgb8888)
-LOX_KERNEL(t64x32_to_abgr8888, tiled_to_rgb, kT64x32, kAbgr8888)
+LOX_KERNELS_RGB(t64x32, tiled_to_rgb, kT64x32)
 LOX_KERNEL(t16x16_to_rgba8888, tiled_to_rgb, kT16x16, kRgba8888)
 LOX_KERNEL(t8x8_to_rgba8888, tiled_to_rgb, kT8x8, kRgba8888)
 LOX_KERNEL(t256x16_to_rgba8888, tiled_to_rgb, kT256x16, kRgba8888)

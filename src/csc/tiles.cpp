@@ -164,10 +164,7 @@ void vexo_csc_unpack_16x8tiles_to_linear(const uint8_t *src, int32_t width,
                    dst_stride_u, dst_u, dst_stride_v, dst_v);
 }
 
-LOX_KERNEL(t64x32_to_yuv420, tiles_to_yuv, kT64x32, kToYuv420)
-LOX_KERNEL(t64x32_to_yv12, tiles_to_yuv, kT64x32, kToYv12)
-LOX_KERNEL(t64x32_to_nv12, tiles_to_yuv, kT64x32, kToNv12)
-LOX_KERNEL(t64x32_to_nv21, tiles_to_yuv, kT64x32, kToNv21)
+LOX_KERNELS_420(t64x32, tiles_to_yuv, kT64x32)
 LOX_KERNEL(t16x16_to_yuv420, tiles_to_yuv, kT16x16, kToYuv420)
 LOX_KERNEL(t16x16_to_nv12, tiles_to_yuv, kT16x16, kToNv12)
 LOX_KERNEL(yuv420_to_t64x32, yuv420_to_tiles, kNothing, kT64x32)

@@ -173,29 +173,17 @@ void grey_to_rgb(const KernelArgs &args, int, int to) {
 
 }  // namespace lox
 
-#define LOX_KERNELS_565(token, from)                       \
-  LOX_KERNEL(token##_to_rgb565, yuv_to_rgb, from, kRgb565) \
-  LOX_KERNEL(token##_to_bgr565, yuv_to_rgb, from, kBgr565)
-#define LOX_KERNELS(token, from)                               \
-  LOX_KERNELS_565(token, from)                                 \
-  LOX_KERNEL(token##_to_rgb888, yuv_to_rgb, from, kRgb888)     \
-  LOX_KERNEL(token##_to_bgr888, yuv_to_rgb, from, kBgr888)     \
-  LOX_KERNEL(token##_to_rgba8888, yuv_to_rgb, from, kRgba8888) \
-  LOX_KERNEL(token##_to_bgra8888, yuv_to_rgb, from, kBgra8888) \
-  LOX_KERNEL(token##_to_argb8888, yuv_to_rgb, from, kArgb8888) \
-  LOX_KERNEL(token##_to_abgr8888, yuv_to_rgb, from, kAbgr8888)
-
 extern "C" {
 
-LOX_KERNELS(yuv420, kYuv420)
-LOX_KERNELS(yv12, kYv12)
-LOX_KERNELS(nv12, kNv12)
-LOX_KERNELS(nv21, kNv21)
-LOX_KERNELS(yuv422n, kYuv422n)
-LOX_KERNELS(yuv444, kYuv444)
-LOX_KERNELS(uyvy, kUyvy)
-LOX_KERNELS(yuyv, kYuyv)
-LOX_KERNELS_565(yuv422w, kYuv422w)
+LOX_KERNELS_RGB(yuv420, yuv_to_rgb, kYuv420)
+LOX_KERNELS_RGB(yv12, yuv_to_rgb, kYv12)
+LOX_KERNELS_RGB(nv12, yuv_to_rgb, kNv12)
+LOX_KERNELS_RGB(nv21, yuv_to_rgb, kNv21)
+LOX_KERNELS_RGB(yuv422n, yuv_to_rgb, kYuv422n)
+LOX_KERNELS_RGB(yuv444, yuv_to_rgb, kYuv444)
+LOX_KERNELS_RGB(uyvy, yuv_to_rgb, kUyvy)
+LOX_KERNELS_RGB(yuyv, yuv_to_rgb, kYuyv)
+LOX_KERNELS_565(yuv422w, yuv_to_rgb, kYuv422w)
 
 LOX_KERNEL(yuv400_to_rgb565, grey_to_rgb, kNothing, kRgb565)
 LOX_KERNEL(yuv400_to_rgb888, grey_to_rgb, kNothing, kRgb888)

@@ -266,6 +266,7 @@ class RowMapper {
       const int entry = context_.gain[i];
       tables_.gain[i] = static_cast<uint16_t>(entry * 16);
       tables_.rise[i] = static_cast<uint16_t>(context_.gain[i + 1] - entry);
+      tables_.gamma[i] = kGamma[i];
     }
   }
 

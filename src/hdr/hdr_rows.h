@@ -34,6 +34,8 @@ struct HdrTables {
   // An entry of gain, times 16, and the next one less it.
   alignas(64) uint16_t gain[256];
   alignas(64) uint16_t rise[256];
+  // The first entries of gamma.
+  alignas(64) uint16_t gamma[256];
 };
 
 struct HdrRows {

@@ -91,8 +91,8 @@ static void to_sdr_in_registers(HdrRun *run, const HdrTables &tables, int n) {
     }
     const T::Several sixteenths = T::each(
         [&](int c) LOX_INLINE_LAMBDA { return V::shift_right<4>(light.v[c]); });
-    const T::Several parts = T::entries<2>(kGammaSteps + 256, sixteenths);
-    const T::Several small = T::entries<2>(kGammaSteps, light);
+    const T::Several parts = T::entries<2>(kGammaSteps, sixteenths);
+    const T::Several small = T::entries<2>(tables.gamma, light);
     uint8_t *const to[] = {run->red, run->green, run->blue};
     for (int c = 0; c < 3; ++c) {
       const V::Words part = parts.v[c];

@@ -289,8 +289,8 @@ struct Neon : NeonYuv {
   }
   // Blocks moved as they are, or with pairs exchanged (in place, too); both
   // pointers move.
-  LOX_OP void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
 #if LOX_ARM
+  LOX_OP void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
     const uint8_t *const src = from;
     uint8_t *const dst = to;
     __asm__(
@@ -305,17 +305,8 @@ struct Neon : NeonYuv {
         : "+r"(from), "+r"(to), "=m"(*reinterpret_cast<Bytes128 *>(dst))
         : "m"(*reinterpret_cast<const Bytes128 *>(src))
         : "q8", "q9", "q10", "q11", "q12", "q13", "q14", "q15");
-#else
-    const Block a = take_block(from);
-    const Block b = take_block(from);
-    const Block c = take_block(from);
-    const Block d = take_block(from);
-    put_block(to, a);
-    put_block(to, b);
-    put_block(to, c);
-    put_block(to, d);
-#endif
   }
+#endif
   LOX_OP void swap_2_blocks(uint8_t *&to, const uint8_t *&from) {
 #if LOX_ARM
     const uint8_t *const src = from;

@@ -211,16 +211,6 @@ struct X86Rgb : X86Yuv<R> {
     Yuv::store_bytes(p, v);
     p += kBlock;
   }
-  LOX_OP void copy_4_blocks(uint8_t *&to, const uint8_t *&from) {
-    const Block a = take_block(from);
-    const Block b = take_block(from);
-    const Block c = take_block(from);
-    const Block d = take_block(from);
-    put_block(to, a);
-    put_block(to, b);
-    put_block(to, c);
-    put_block(to, d);
-  }
 
   struct TwoBytes {
     Bytes even, odd;

@@ -287,13 +287,13 @@ void set_yuv(int32_t format, uint8_t *const *planes, const int32_t *strides,
 
 std::vector<Rule> csc_rules() {
   return {
+#define KERNEL(name) rule_for(name, kernel),
+#include "vexo_csc_kernel.inc"
       rule_for(vexo_csc, any_standard),
       rule_for_rows(vexo_csc_rows, any_standard),
       rule_for(vexo_csc_bt601_fr, bt601),
       rule_for(vexo_csc_bt709, bt709),
       rule_for(vexo_csc_bt709_fr, bt709_full),
-#define KERNEL(name) rule_for(name, kernel),
-#include "vexo_csc_kernel.inc"
   };
 }
 
