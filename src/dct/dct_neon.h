@@ -262,11 +262,11 @@ struct DctOps {
     memcpy(p, &row, sizeof row);
   }
   // With samples taken less 128 the first direction's results are at most 32241
-  // and what rounding down adds, for all sides. Those of the second, before
-  // they are shifted, are at most 39700. So where one of their two halves is
-  // beyond a word, the other is not below -2^14 times its sign, or their
-  // difference, which is another result, would be beyond 2^15 + 2^14: what
-  // saturates becomes black or white, as it should.
+  // and what rounding down adds, for blocks of all sides. Those of the second,
+  // before they are shifted, are below 41000: the sum of an even and an odd
+  // half, whose difference is a result, too. So where one half is beyond a
+  // word, the other has its sign or is less than 2^14, or a result would be
+  // beyond 2^15 + 2^14: what saturates becomes black or white, as it should.
   LOX_OP void put_blocks(const Group &g, const Constants &k, uint8_t *dst,
                          ptrdiff_t stride) {
     const Four w = {vsubq_s16(vcombine_s16(g.v0, g.v2), k.middle),

@@ -233,7 +233,7 @@ struct DctOps {
                            R::template shift_left32<8>(b));
   }
   // With samples taken less 128 the first direction's results are below 2^15
-  // for all sides up to 128, so that words hold them: at most 32241 and what
+  // for blocks of all sides, so that words hold them: at most 32241 and what
   // rounding down adds.
   static constexpr int kMiddle = 128 * 128;
   struct Constants {};
