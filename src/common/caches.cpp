@@ -12,9 +12,6 @@ namespace lox {
 namespace {
 
 constexpr size_t kNever = SIZE_MAX;
-constexpr size_t kMiB = size_t{1} << 20;
-// What is taken for granted where a processor does not tell.
-constexpr CacheSizes kUsual = {kMiB, 32 * kMiB};
 
 constexpr size_t larger(size_t a, size_t b) { return a > b ? a : b; }
 
@@ -39,6 +36,10 @@ MemoryRule memory_rule(Core core, CacheSizes caches, bool strings) {
 
 #if defined(__x86_64__) || defined(__i386__)
 namespace {
+
+// What is taken for granted where a processor does not tell.
+constexpr size_t kMiB = size_t{1} << 20;
+constexpr CacheSizes kUsual = {kMiB, 32 * kMiB};
 
 // A leaf that lists caches: 4, or AMD's of the same form.
 CacheSizes caches_by(unsigned leaf) {
