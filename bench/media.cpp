@@ -187,7 +187,7 @@ void fill_media(const Workload &workload, uint8_t *bytes, bool with_key) {
       {MLOX_MT_VIDEO_MPEG4, {0, 0, 1, 0xB6, 0}},
       {MLOX_MT_VIDEO_H263, {0, 0, 0x80, 2, 0, 0, 0}}};
   const std::vector<uint8_t> &key = keys.at(workload.option);
-  std::ranges::copy_backward(key, bytes + kMediaBytes);
+  std::copy_backward(key.begin(), key.end(), bytes + kMediaBytes);
 }
 
 }  // namespace bench

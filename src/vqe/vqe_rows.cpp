@@ -24,6 +24,8 @@ uint8_t sharpened(const uint8_t *at, ptrdiff_t pitch) {
 }
 
 #if LOX_VECTORS
+constexpr bool kBulkIsNarrower = Bulk::n < Wide::n;
+
 // Of several samples: their mean, rounded up at every average of two, and their
 // sum modulo 256, which is enough to tell what the roundings have added.
 template <class B>
@@ -137,7 +139,7 @@ void sharpen(const uint8_t *src, ptrdiff_t pitch, uint8_t *dst, ptrdiff_t n,
       sharpen_rows<V, 1>(src + y * pitch, pitch, dst + y * pitch, n);
     }
   };
-  if constexpr (Bulk::n < Wide::n) {
+  if constexpr (kBulkIsNarrower) {
     if (n >= Bulk::n &&
         static_cast<size_t>(pitch) * static_cast<size_t>(rows) >=
             memory_now().far_from) {
