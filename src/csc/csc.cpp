@@ -96,6 +96,41 @@ constexpr Route kRoutes[] = {
     LOX_ROUTE(RGB565, RGBA8888, rgb_to_rgb, kRgb565, kRgba8888),
 };
 
+// Where a format code is among those that have routes; -1 for a number that is
+// none of them. Codes follow each other in every hundred.
+constexpr int kPlaces = 28;
+constexpr int place_of(int32_t format) {
+  constexpr int kFirst[] = {0, 16, 18, 20, 20, 22, 26, kPlaces};
+  if (format < 0 || format >= 700) return -1;
+  const int place = kFirst[format / 100] + format % 100;
+  return place < kFirst[format / 100 + 1] ? place : -1;
+}
+
+// The row of kRoutes that two formats have, counted from 1; 0 for none. Looking
+// through the rows would take longer than converting a small picture.
+struct RouteIndex {
+  uint8_t row[kPlaces][kPlaces];
+};
+constexpr RouteIndex kIndex = [] {
+  RouteIndex index = {};
+  uint8_t row = 0;
+  for (const Route &route : kRoutes) {
+    index.row[place_of(route.src_format)][place_of(route.dst_format)] = ++row;
+  }
+  return index;
+}();
+static_assert(sizeof(kRoutes) / sizeof(Route) <= UINT8_MAX);
+
+int32_t convert_by_index(const vexo_img &src, const vexo_img &dst,
+                         RowRange rows) {
+  const int from = place_of(src.format);
+  const int to = place_of(dst.format);
+  const int row = from < 0 || to < 0 ? 0 : kIndex.row[from][to];
+  if (row == 0) return VEXO_ERR_UNSUPPORTED;
+  kRoutes[row - 1].convert(src, dst, rows);
+  return VEXO_OK;
+}
+
 constexpr Route kBt601FullRoutes[] = {
     LOX_ROUTE(YUV420, RGBA8888, bt601_full_to_rgb, kExactYuv420, kRgba8888),
     LOX_ROUTE(NV12, RGBA8888, bt601_full_to_rgb, kExactNv12, kRgba8888),
@@ -192,7 +227,7 @@ int32_t by_formats(const vexo_img &src, const vexo_img &dst, RowRange rows) {
   if (src.format == VEXO_FMT_T256X16 && src.width[0] <= kT256x16WiderThan) {
     return VEXO_ERR_UNSUPPORTED;
   }
-  return convert(kRoutes, src, dst, rows, VEXO_ERR_UNSUPPORTED);
+  return convert_by_index(src, dst, rows);
 }
 
 template <size_t kCount>
