@@ -32,29 +32,43 @@ class Strip {
     return {even < most ? even : most, rows};
   }
 
-  Strip(StripSize size, int32_t unit)
-      : rows_(size.rows), pitch_(ptrdiff_t{size.columns} * unit) {}
+  // For rows 0 to `last`.
+  Strip(StripSize size, int32_t unit, int32_t last)
+      : rows_(size.rows),
+        last_(last),
+        pitch_(ptrdiff_t{size.columns} * unit),
+        at_(bytes_) {
+    end_part();
+  }
 
-  // Where to make row y; rows follow each other.
-  uint8_t *row(int32_t y) { return bytes_ + (y - first_) * pitch_; }
-  // After each row, of which `last` is the last one: calls take(first, rows,
-  // bytes, pitch) when there are enough. The last ones are more than half as
-  // many, where they can be, because few rows do not fill a vector.
+  // Where to make the next row; rows follow each other.
+  uint8_t *row() const { return at_; }
+  // After row y: calls take(first, rows, bytes, pitch) for those that are there
+  // when there are enough.
   template <class Take>
-  void made(int32_t y, int32_t last, Take take) {
-    const int32_t rows = y + 1 - first_;
-    const int32_t after = last - y;
-    const int32_t half = rows_ / 2;
-    const bool few_after = rows == half && after > half && after < rows_;
-    if (rows < rows_ && after > 0 && !few_after) return;
-    take(first_, rows, bytes_, pitch_);
+  void made(int32_t y, Take take) {
+    at_ += pitch_;
+    if (y != end_) return;
+    take(first_, y + 1 - first_, bytes_, pitch_);
+    at_ = bytes_;
     first_ = y + 1;
+    end_part();
   }
 
  private:
-  int32_t rows_;
-  int32_t first_ = 0;
+  // The last rows are more than half as many as others, where they can be,
+  // because few rows do not fill a vector.
+  void end_part() {
+    const int32_t left = last_ - first_ + 1;
+    const int32_t rows =
+        left > rows_ && left < rows_ + rows_ / 2 ? rows_ / 2 : rows_;
+    end_ = left <= rows_ ? last_ : first_ + rows - 1;
+  }
+
+  int32_t rows_, last_;
+  int32_t first_ = 0, end_ = 0;
   ptrdiff_t pitch_;
+  uint8_t *at_;
   alignas(64) uint8_t bytes_[kBytes];
 };
 

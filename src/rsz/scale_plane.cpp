@@ -96,13 +96,12 @@ class HalfTurn {
         last_(job.down.dst - 1),
         count_(c.count),
         reverse_(rotate_rows().reverse[job.type.unit - 1]),
-        line_({c.count, 1}, job.type.unit) {}
-  uint8_t *to(int32_t row) { return line_.row(row); }
+        line_({c.count, 1}, job.type.unit, last_) {}
+  uint8_t *to(int32_t) { return line_.row(); }
   void done(int32_t row) {
-    line_.made(row, last_,
-               [&](int32_t, int32_t, const uint8_t *bytes, ptrdiff_t) {
-                 reverse_(bytes, dst_ + step_ * (last_ - row), count_);
-               });
+    line_.made(row, [&](int32_t, int32_t, const uint8_t *bytes, ptrdiff_t) {
+      reverse_(bytes, dst_ + step_ * (last_ - row), count_);
+    });
   }
 
  private:
@@ -129,21 +128,19 @@ class QuarterTurn {
                                              : int64_t{c.first})),
         step_(static_cast<ptrdiff_t>(left_ ? -job.dst_step : job.dst_step)),
         transpose_(rotate_rows().transpose[job.type.unit - 1]),
-        strip_({c.count, rows}, job.type.unit) {}
-  uint8_t *to(int32_t row) { return strip_.row(row); }
+        strip_({c.count, rows}, job.type.unit, job.down.dst - 1) {}
+  uint8_t *to(int32_t) { return strip_.row(); }
   void done(int32_t row) {
     const int32_t last = job_.down.dst - 1;
-    strip_.made(row, last,
-                [&](int32_t first, int32_t rows, const uint8_t *bytes,
-                    ptrdiff_t pitch) {
-                  if (left_) {
-                    transpose_(bytes, pitch, at(first), step_, count_, rows);
-                  } else {
-                    transpose_(bytes + pitch * (rows - 1), -pitch,
-                               at(last - (first + rows - 1)), step_, count_,
-                               rows);
-                  }
-                });
+    strip_.made(row, [&](int32_t first, int32_t rows, const uint8_t *bytes,
+                         ptrdiff_t pitch) {
+      if (left_) {
+        transpose_(bytes, pitch, at(first), step_, count_, rows);
+      } else {
+        transpose_(bytes + pitch * (rows - 1), -pitch,
+                   at(last - (first + rows - 1)), step_, count_, rows);
+      }
+    });
   }
 
  private:
