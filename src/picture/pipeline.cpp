@@ -131,11 +131,9 @@ bool Pipeline::reads_source() const {
     case Work::kConvert:
       return is_tiled(src_.format) ||
              !wants_even(stage.conversion, from_, stage.width, stage.height);
-    case Work::kThumbnail: {
-      const bool pairs = src_.format == VEXO_FMT_NV12;
+    case Work::kThumbnail:
       return src_.stride[0] > 0 &&
-             (!pairs || (src_.stride[1] > 0 && src_.stride[1] % 2 == 0));
-    }
+             (src_.format != VEXO_FMT_NV12 || src_.stride[1] > 0);
     case Work::kToneMap:
       // A width that is odd is read one sample further; plane 1's stride serves
       // plane 2; luma is measured in rows without gaps and of 10 bits.

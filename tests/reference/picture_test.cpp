@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "cases/picture.h"
@@ -78,6 +79,36 @@ TEST(Picture, Names) {
   }
   EXPECT_STREQ(vexo_status_name(VEXO_ERR_MEMORY), "out of memory");
   EXPECT_STREQ(vexo_status_name(-4), "unknown status");
+}
+
+// What is lost decides first, the number of passes then.
+TEST(Picture, Chains) {
+  const std::tuple<int32_t, int32_t, std::string> chains[] = {
+      {VEXO_STD_DEFAULT, VEXO_STD_DEFAULT, "nv12 bgra8888"},
+      {VEXO_STD_BT709, VEXO_STD_BT709, "nv12 yuv420 rgba8888 bgra8888"},
+      {VEXO_STD_BT709, VEXO_STD_DEFAULT, "nv12 yuv420 rgba8888 nv12"},
+      {VEXO_STD_DEFAULT, VEXO_STD_DEFAULT, "rgba8888 yuv444 yuv422n"},
+      {VEXO_STD_BT709, VEXO_STD_BT709, "rgba8888 nv12 yuv420 yuv422n"},
+      {VEXO_STD_BT601_FULL, VEXO_STD_BT601_FULL, "uyvy yuv422n yv16"},
+      {VEXO_STD_BT709_FULL, VEXO_STD_BT709_FULL, "p010le nv12 yuv420 rgba8888"},
+      {VEXO_STD_BT709, VEXO_STD_BT709, "t8x8"},
+      {VEXO_STD_DEFAULT, VEXO_STD_DEFAULT, "yuv420"}};
+  for (const auto &[from_std, to_std, text] : chains) {
+    const std::string first = text.substr(0, text.find(' '));
+    const std::string last = text.substr(text.rfind(' ') + 1);
+    // Alone: to what nothing leads to.
+    const bool none = first == text;
+    int32_t formats[VEXO_MOST_STOPS];
+    const int32_t passes = vexo_picture_passes(
+        vexo_format_of_name(first.c_str()), from_std,
+        none ? VEXO_FMT_YUV400 : vexo_format_of_name(last.c_str()), to_std,
+        formats);
+    std::string got = none ? first : "";
+    for (int32_t i = 0; i <= passes && passes > 0; ++i) {
+      got.append(i > 0 ? " " : "").append(vexo_format_name(formats[i]));
+    }
+    EXPECT_EQ(got, text);
+  }
 }
 
 // Planes one behind the other, as the formats say; one byte too few is refused.
