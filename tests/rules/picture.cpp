@@ -220,23 +220,33 @@ bool same_content(const vexo_img &src, const vexo_img &dst) {
          (!is_yuv(src.format) || src.color_std == dst.color_std);
 }
 
-// Where one call does it; all else is the function's own.
+// Of a picture without gaps between its rows, and with nothing kept.
+int32_t by_itself(const Function &function, vexo_picture_context *,
+                  const vexo_img *src, const vexo_img *dst,
+                  const vexo_picture_options *options) {
+  const int32_t status = status_of_arguments(*src, *dst, options);
+  if (status != VEXO_OK) return status;
+  Stop dense(src->format, src->width[0], src->height[0]);
+  dense.img.color_std = src->color_std;
+  copy_picture(*src, dense.img);
+  return reinterpret_cast<decltype(vexo_picture_turn) *>(function.address)(
+      nullptr, &dense.img, dst, options);
+}
+
+// Where one call does it.
 template <class Call>
-int32_t by_call(const Function &function, vexo_picture_context *context,
-                const vexo_img *src, const vexo_img *dst,
-                const vexo_picture_options *options, bool serves, Call call) {
+int32_t by_call(const Function &function, const vexo_img *src,
+                const vexo_img *dst, const vexo_picture_options *options,
+                bool serves, Call call) {
   const int32_t status = status_of_arguments(*src, *dst, options);
   if (status != VEXO_OK) return status;
   if (!standards_agree(*src, *dst)) return VEXO_ERR_UNSUPPORTED;
-  if (serves && same_content(*src, *dst)) {
-    // Sizes of chroma are those that follow from the picture's.
-    return call();
-  }
-  return reinterpret_cast<decltype(vexo_picture_turn) *>(function.address)(
-      context, src, dst, options);
+  return serves && same_content(*src, *dst)
+             ? call()
+             : by_itself(function, nullptr, src, dst, options);
 }
 
-int32_t turn(const Function &function, vexo_picture_context *context,
+int32_t turn(const Function &function, vexo_picture_context *,
              const vexo_img *src, const vexo_img *dst,
              const vexo_picture_options *options) {
   const auto code =
@@ -249,18 +259,18 @@ int32_t turn(const Function &function, vexo_picture_context *context,
   const bool serves =
       fits && code != 0 && vexo_rot_supports(src->format, code) != 0 &&
       !(quarter && (src->format == 2 || src->format == 5 || src->format == 8));
-  return by_call(function, context, src, dst, options, serves,
+  return by_call(function, src, dst, options, serves,
                  [&] { return turn_picture(function, src, code, dst); });
 }
 
-int32_t scale(const Function &function, vexo_picture_context *context,
+int32_t scale(const Function &function, vexo_picture_context *,
               const vexo_img *src, const vexo_img *dst,
               const vexo_picture_options *options) {
   const bool serves =
       (options == nullptr || options->rotation == 0) &&
       (src->width[0] != dst->width[0] || src->height[0] != dst->height[0]) &&
       vexo_rsz_supports(src->format) == 1;
-  return by_call(function, context, src, dst, options, serves, [&] {
+  return by_call(function, src, dst, options, serves, [&] {
     vexo_img to = *dst;
     to.mode = options == nullptr ? 0 : options->mode;
     return vexo_rsz(src, &to);
@@ -272,7 +282,9 @@ int32_t scale(const Function &function, vexo_picture_context *context,
 std::vector<Rule> picture_rules() {
   return {rule_for(vexo_picture_convert, convert),
           rule_for(vexo_picture_turn, turn),
-          rule_for(vexo_picture_scale, scale)};
+          rule_for(vexo_picture_scale, scale),
+          rule_for(vexo_picture_tonemap, by_itself),
+          rule_for(vexo_picture_thumbnail, by_itself)};
 }
 
 }  // namespace lox_test
