@@ -210,6 +210,7 @@ const Stages kStages[] = {
     {vexo_picture_turn, "p010le", "p010le", "rgba8888", 10, 65, 43, 1, 0},
     {vexo_picture_thumbnail, "p010le", "nv12", "rgb888", 10, 20, 13, 0, 0},
     {vexo_picture_thumbnail, "t16x16", "nv12", "nv21", 0, 20, 13, 2, 2},
+    {vexo_picture_thumbnail, "nv12", "nv12", "nv12", 0, 20, 13, 0, 0},
     {vexo_picture_thumbnail, "yuv444", "rgba8888", "bgr888", 0, 30, 20, 3, 0},
     {vexo_picture_thumbnail, "yuv400", "yuv400", "bgra8888", 0, 30, 20, 1, 0}};
 
@@ -242,7 +243,29 @@ TEST(Picture, Stages) {
     EXPECT_EQ(s.call(nullptr, &before.img, &after.img, &options), 0);
     EXPECT_EQ(vexo_picture_convert(nullptr, &after.img, &expected.img, nullptr),
               0);
-    EXPECT_EQ(s.call(nullptr, &src.img, &got.img, &options), 0);
+    // With what a call of other options has left, and rows that lie upwards.
+    vexo_picture_options others = options;
+    others.prescale = 2 - s.prescale;
+    vexo_img upwards = src.img;
+    Owned flipped(from, s.standard, w, h);
+    const bool flips = !is_tiled_code(from);
+    for (int p = 0; flips && p < vexo_format_planes(from); ++p) {
+      upwards.stride[p] = -src.img.stride[p];
+      upwards.plane[p] = flipped.img.plane[p] +
+                         (src.img.height[p] - int64_t{1}) * src.img.stride[p];
+      for (int32_t y = 0; y < src.img.height[p]; ++y) {
+        std::memcpy(upwards.plane[p] + int64_t{y} * upwards.stride[p],
+                    src.img.plane[p] + int64_t{y} * src.img.stride[p],
+                    static_cast<size_t>(src.img.stride[p]));
+      }
+    }
+    vexo_picture_context *kept = nullptr;
+    ASSERT_EQ(vexo_picture_context_new(&kept), VEXO_OK);
+    EXPECT_EQ(s.call(kept, &src.img, &got.img, &others), 0);
+    EXPECT_EQ(s.call(kept, &src.img, &got.img, &options), 0);
+    EXPECT_TRUE(got == expected) << s.from << " " << s.to;
+    EXPECT_EQ(s.call(kept, &upwards, &got.img, &options), 0);
+    vexo_picture_context_free(kept);
     EXPECT_TRUE(got == expected) << s.from << " " << s.to;
 
     // Without memory nothing is written, or the same with fewer threads.
