@@ -130,7 +130,8 @@ VEXO_API int32_t vexo_hdr_supports(int32_t src_format, int32_t dst_format);
 /*
  * The calls below take a source and a destination that are laid out as above;
  * their size is that of plane 0. Formats, strides and colour standards are
- * arbitrary, sizes any from 1 x 1 on.
+ * arbitrary, sizes any from 1 x 1 on, but what is in t256x16 becomes nothing
+ * else unless it is wider than 1280.
  *
  * A colour standard counts for YUV: the `color_std` of a side that is YUV says
  * what its samples mean, 0 being BT.601. That of RGB and of yuv400 is ignored,
@@ -143,13 +144,15 @@ VEXO_API int32_t vexo_hdr_supports(int32_t src_format, int32_t dst_format);
  * Where one call of the library does the work, its result is that call's. Odd
  * sizes are an exception where it leaves the last column's or row's chroma out,
  * shifts rows or writes beyond the width: pixel (x, y) always has the chroma of
- * (x / 2, y / 2), and no byte beyond the picture's rows is touched. Otherwise
- * calls are chained, the picture going through others in the context's memory.
- * The chain is the one that loses least (samples of chroma, bits, rounding
- * between YUV and RGB) and then the shortest; docs/conversions.md lists them.
- * What none but the picture layer does is exact: planes and bytes of pixels in
- * another order (alpha that the source lacks is 255), packed 4:2:2 to planes
- * and back, chroma repeated or left out, and the high byte of 16-bit samples.
+ * (x / 2, y / 2), and no byte beyond the picture's rows is touched (of tiles
+ * the luma that an odd picture lacks of the next even size becomes 0).
+ * Otherwise calls are chained, the picture going through others in the
+ * context's memory. The chain is the one that loses least (samples of chroma,
+ * bits, rounding between YUV and RGB) and then the shortest;
+ * docs/conversions.md lists them. What none but the picture layer does is
+ * exact: planes and bytes of pixels in another order (alpha that the source
+ * lacks is 255), packed 4:2:2 to planes and back, chroma repeated or left out,
+ * and the high byte of 16-bit samples.
  *
  * Each returns VEXO_OK, VEXO_ERR_ARG for a picture that vexo_picture_wrap would
  * not take, sizes that do not belong together or an unknown option,
@@ -174,8 +177,8 @@ typedef struct vexo_picture_options {
   int32_t rotation;
   /* VEXO_MODE_MOD1 for the second kind of enlargement, of _scale. */
   int32_t mode;
-  /* 2 or 4: thumbnails of YUV are halved or quartered by block means first,
-   * faster and coarser. Ignored where the picture is scaled as RGB. */
+  /* 2 or 4: thumbnails that are scaled as nv12 are halved or quartered by block
+   * means first, faster and coarser. Ignored for others. */
   int32_t prescale;
   /* One of VEXO_HDR_, of _tonemap; 0 is VEXO_HDR_HDR10. */
   int32_t hdr_kind;
@@ -219,7 +222,9 @@ VEXO_API int32_t vexo_picture_tonemap(vexo_picture_context *context,
                                       const vexo_picture_options *options);
 
 /* Scales by vexo_rsz_new or vexo_rsz_new_rgba8888 (dct.h), turns and converts.
- * The destination's size is that after the turn, no larger than the source. */
+ * The destination's size is that after the turn, no larger than the source, and
+ * no larger than what a pre-scale factor leaves: VEXO_ERR_ARG. What the scaler
+ * does not serve is VEXO_ERR_UNSUPPORTED. Scaled as RGBA alpha becomes 255. */
 VEXO_API int32_t vexo_picture_thumbnail(vexo_picture_context *context,
                                         const vexo_img *src,
                                         const vexo_img *dst,
