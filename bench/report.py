@@ -323,8 +323,8 @@ def report():
     newest = {}
     for path in sorted(RESULTS.glob("*.json"),
                        key=lambda p: load(p)["context"]["date"]):
-        # Counts for ARM have no level.
-        newest[load(path)["context"].get("level", "arm")] = path
+        is_arm = path.name.startswith("arm-")
+        newest["arm" if is_arm else load(path)["context"].get("level")] = path
     counts = load(newest["arm"])
     runs = {level: load(newest[level]) for level in LEVELS if level in newest}
     # Of one machine, the one that ran last.
