@@ -125,7 +125,8 @@ Contenders contenders_for(const Row &row) {
          ++callers) {
       Contender &caller = list.emplace_back(list[0]);
       caller.name += callers == 1 ? " 1 caller" : " 2 callers";
-      caller.threads = Contender::Threads::kByTheClock;
+      // One waits for nobody: its own time is steadier than the clock's.
+      if (callers > 1) caller.threads = Contender::Threads::kByTheClock;
       caller.callers = callers;
     }
     // Its threads are part of what grows.

@@ -2,10 +2,8 @@
 //
 // This library: the form of the level as "orumlox", those below it, which are
 // only checked, and the ways of a call whose threads or parts are worth a row.
-// Beside them what is no library's: plain code for media streams and the stream
-// bounds.
-//
-// The stream bounds: loops that read every source byte, write every destination
+// Beside them what is no library's: plain code for media streams, and the
+// stream bounds: loops that read every source byte, write every destination
 // byte and compute nothing. The fastest of them at a setting is about what the
 // memory system allows there. Which that is depends on the machine and the
 // setting, so there are three:
