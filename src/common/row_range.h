@@ -5,6 +5,8 @@
 
 #include <stdint.h>
 
+#include "orumlox/base.h"
+
 namespace lox {
 
 // Rows begin .. end - 1, of plane 0 unless said.
@@ -22,6 +24,12 @@ constexpr bool is_range(RowRange rows, int32_t height, bool in_pairs) {
   };
   return 0 <= rows.begin && rows.begin <= rows.end && rows.end <= end &&
          is_bound(rows.begin) && is_bound(rows.end);
+}
+
+// Calls work(rows) if a caller may ask for them.
+template <class Work>
+int32_t in_range(RowRange rows, int32_t height, bool in_pairs, Work work) {
+  return is_range(rows, height, in_pairs) ? work(rows) : VEXO_ERR_ARG;
 }
 
 // The rows of a plane of `count` rows that go with `rows` of a picture of

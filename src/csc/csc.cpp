@@ -262,11 +262,9 @@ int32_t vexo_csc(const vexo_img *src, const vexo_img *dst) {
 
 int32_t vexo_csc_rows(const vexo_img *src, const vexo_img *dst, int32_t y0,
                       int32_t y1) {
-  const lox::RowRange rows = {y0, y1};
-  if (!lox::is_range(rows, src->height[0], lox::has_half_rows(dst->format))) {
-    return VEXO_ERR_ARG;
-  }
-  return lox::by_formats(*src, *dst, rows);
+  return lox::in_range(
+      {y0, y1}, src->height[0], lox::has_half_rows(dst->format),
+      [=](lox::RowRange rows) { return lox::by_formats(*src, *dst, rows); });
 }
 
 int32_t vexo_csc_bt601_fr(const vexo_img *src, const vexo_img *dst) {

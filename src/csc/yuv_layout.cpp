@@ -30,6 +30,15 @@ void for_chroma(int order, Plane plane) {
   plane(2, order == kCrossed ? 1 : 2);
 }
 
+// Calls work(rows, first, second) with the planes that the bytes of pairs are
+// in, unless there are none.
+template <class Work>
+void with_chroma(const KernelArgs &args, int order, Work work) {
+  if (args.empty(1)) return;
+  const int first = order == kCrossed ? 2 : 1;
+  work(args.rows_of(args.src_height[1]), first, 3 - first);
+}
+
 // Takes rows of `bytes` bytes apart; without padding as one run.
 void split_rows(const uint8_t *src, int64_t bytes, int32_t height,
                 int32_t src_stride, int32_t stride_a, int32_t stride_b,
@@ -105,8 +114,8 @@ void swap_pairs_in_one_pass(const KernelArgs &args, RowRange rows,
 
 // The same of any stride and count. A range has the pairs of the run that begin
 // in its rows as they are copied, the last range what is beyond them.
-void copy_and_swap_pairs(const KernelArgs &args, RowRange rows, int32_t swapped,
-                         int32_t count) {
+void copy_and_swap_pairs(const KernelArgs &args, RowRange rows,
+                         int32_t swapped) {
   const int32_t stride = args.dst_stride[1];
   const int64_t step = stride & ~1;
   const int64_t src_step = args.src_stride[1] & ~1;
@@ -124,7 +133,9 @@ void copy_and_swap_pairs(const KernelArgs &args, RowRange rows, int32_t swapped,
     return pairs < all ? pairs : all;
   };
   const int64_t first = pairs_before(rows.begin);
-  const int64_t last = rows.end == count ? all : pairs_before(rows.end);
+  // Several ranges may end with the last row of chroma, one with the picture's.
+  const bool is_last = args.asked.end >= args.src_height[0];
+  const int64_t last = is_last ? all : pairs_before(rows.end);
   swap_in_place(plane + 2 * first, last - first);
 }
 
@@ -172,26 +183,22 @@ void halve_chroma(const KernelArgs &args, int order, int) {
 
 void pairs_to_planes(const KernelArgs &args, int order, int) {
   copy_luma(args);
-  if (args.empty(1)) return;
-  const RowRange rows = args.rows_of(args.src_height[1]);
-  const int first = order == kCrossed ? 2 : 1;
-  const int second = 3 - first;
-  split_rows(args.src(1, rows.begin), int64_t{2} * args.src_width[1],
-             rows.end - rows.begin, args.src_stride[1], args.dst_stride[first],
-             args.dst_stride[second], args.dst(first, rows.begin),
-             args.dst(second, rows.begin));
+  with_chroma(args, order, [&](RowRange rows, int first, int second) {
+    split_rows(args.src(1, rows.begin), int64_t{2} * args.src_width[1],
+               rows.end - rows.begin, args.src_stride[1],
+               args.dst_stride[first], args.dst_stride[second],
+               args.dst(first, rows.begin), args.dst(second, rows.begin));
+  });
 }
 
 void planes_to_pairs(const KernelArgs &args, int order, int) {
   copy_luma(args);
-  if (args.empty(1)) return;
-  const RowRange rows = args.rows_of(args.src_height[1]);
-  const int first = order == kCrossed ? 2 : 1;
-  const int second = 3 - first;
-  vexo_csc_8b8b_pck(args.src(first, rows.begin), args.src(second, rows.begin),
-                    args.src_width[1], rows.end - rows.begin,
-                    args.src_stride[first], args.src_stride[second],
-                    args.dst_stride[1], args.dst(1, rows.begin));
+  with_chroma(args, order, [&](RowRange rows, int first, int second) {
+    vexo_csc_8b8b_pck(args.src(first, rows.begin), args.src(second, rows.begin),
+                      args.src_width[1], rows.end - rows.begin,
+                      args.src_stride[first], args.src_stride[second],
+                      args.dst_stride[1], args.dst(1, rows.begin));
+  });
 }
 
 void exchange_planes(const KernelArgs &args, int, int) {
@@ -222,7 +229,7 @@ void exchange_pairs(const KernelArgs &args, int, int) {
     swap_pairs_in_one_pass(args, args.rows_of(count), swapped);
     return;
   }
-  copy_and_swap_pairs(args, args.rows_of(count), swapped, count);
+  copy_and_swap_pairs(args, args.rows_of(count), swapped);
 }
 
 void yuyv_to_yuv420(const KernelArgs &args, int, int) {

@@ -68,13 +68,19 @@ void scale_luma(const vexo_rsz_new_worker &w, const uint8_t *luma) {
   dct_downscaling(luma, w.dst->plane[0], w.context, w.a, w.b, 0);
 }
 
+BlockKind pre_scaling(const vexo_rsz_new_context &c, BlockKind halves,
+                      BlockKind quarters, BlockKind quarters_of_2_rows) {
+  return c.prescale == 2             ? halves
+         : c.stride_not_aligned != 0 ? quarters
+                                     : quarters_of_2_rows;
+}
+
 void pre_scale_luma(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
   const DctPlane &notes = *plane_notes(c, 0);
   if (written(c, 0, notes).width < 1) return;
-  const BlockKind kind = c->prescale == 2             ? kHalveBytes
-                         : c->stride_not_aligned != 0 ? kQuarterBytes
-                                                      : kQuarterBytesOf2Rows;
+  const BlockKind kind =
+      pre_scaling(*c, kHalveBytes, kQuarterBytes, kQuarterBytesOf2Rows);
   block_means(kind, luma_of(*w.src), c->pre_luma, c->src_stride[0], notes.width,
               c->src_rows[0], 0);
   scale_luma(w, c->pre_luma);
@@ -85,9 +91,8 @@ void pre_scale_chroma(const vexo_rsz_new_worker &w) {
   const vexo_rsz_new_context *const c = w.context;
   const DctPlane &notes = *plane_notes(c, 1);
   if (written(c, 1, notes).width < 1) return;
-  const BlockKind kind = c->prescale == 2             ? kHalvePairs
-                         : c->stride_not_aligned != 0 ? kQuarterGrouped
-                                                      : kQuarterGroupedOf2Rows;
+  const BlockKind kind =
+      pre_scaling(*c, kHalvePairs, kQuarterGrouped, kQuarterGroupedOf2Rows);
   // Outputs make their blocks together in fours from column 0 on. A last four
   // that is needed in part is made whole where the row has room for it.
   const int32_t count = smaller((notes.width + 3) / 4 * 4, c->src_stride[1]);

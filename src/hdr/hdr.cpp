@@ -17,7 +17,7 @@ constexpr int kWorkers = 3;
 
 // Pictures of fewer pixels are mapped sooner than three threads are started and
 // joined: 40 us where a pixel takes 2 ns, and slow processors are slow at both.
-constexpr int64_t kSharedFrom = 32 * 1024;
+constexpr int64_t kSharedFrom = int64_t{32} * 1024;
 
 // The first row behind a band, without overflow.
 int32_t behind(int32_t band) {

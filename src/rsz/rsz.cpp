@@ -169,11 +169,9 @@ int32_t vexo_rsz(const vexo_img *src, const vexo_img *dst) {
 
 int32_t vexo_rsz_rows(const vexo_img *src, const vexo_img *dst, int32_t y0,
                       int32_t y1) {
-  const lox::RowRange rows = {y0, y1};
-  if (!lox::is_range(rows, dst->height[0], lox::has_half_rows(dst->format))) {
-    return VEXO_ERR_ARG;
-  }
-  return lox::scale_image(*src, *dst, rows);
+  return lox::in_range(
+      {y0, y1}, dst->height[0], lox::has_half_rows(dst->format),
+      [=](lox::RowRange rows) { return lox::scale_image(*src, *dst, rows); });
 }
 
 int32_t vexo_rsz_rot(const vexo_img *src, uint32_t rotation,

@@ -229,15 +229,11 @@ void cut_block(const Function &, uint8_t *dst, int32_t row, int32_t column,
 }  // namespace
 
 std::vector<Rule> dct_rules() {
-  return {rule_for(vexo_rsz_new, scale),
-          rule_for(vexo_txc_new, thumbnail),
-          rule_for(vexo_rsz_new_rgba8888, pixels),
-          rule_for(vexo_new_rsz_thread_prsz_2, chroma),
-          rule_for(vexo_new_rsz_thread_prsz_4, chroma),
-          rule_for(FDCT_BlockXYFn, coefficients),
-          rule_for(MatNxN_float_compute, product),
-          rule_for(vexo_idct_block4x4, whole_block),
-          rule_for(vexo_idct_blocknxn_float, cut_block)};
+  return rules_for(
+      vexo_rsz_new, scale, vexo_txc_new, thumbnail, vexo_rsz_new_rgba8888,
+      pixels, vexo_new_rsz_thread_prsz_2, chroma, vexo_new_rsz_thread_prsz_4,
+      chroma, FDCT_BlockXYFn, coefficients, MatNxN_float_compute, product,
+      vexo_idct_block4x4, whole_block, vexo_idct_blocknxn_float, cut_block);
 }
 
 }  // namespace lox_test

@@ -98,13 +98,10 @@ void *thread(const Function &f, void *argument) {
 }  // namespace
 
 std::vector<Rule> hdr_rules() {
-  return {rule_for(vexo_hdr_to_sdr, any_kind),
-          rule_for(vexo_hdr10_to_sdr8, hdr10),
-          rule_for(vexo_hlg_to_sdr8, hlg),
-          rule_for(_vexo_hdr10_to_sdr8, tone_map_band),
-          rule_for(thread_vexo_hdr10_to_sdr8, thread),
-          rule_for(TMO_VD_Norm, tone_curve),
-          rule_for(Analyze_SrcLuma, measured_nit)};
+  return rules_for(vexo_hdr_to_sdr, any_kind, vexo_hdr10_to_sdr8, hdr10,
+                   vexo_hlg_to_sdr8, hlg, _vexo_hdr10_to_sdr8, tone_map_band,
+                   thread_vexo_hdr10_to_sdr8, thread, TMO_VD_Norm, tone_curve,
+                   Analyze_SrcLuma, measured_nit);
 }
 
 }  // namespace lox_test

@@ -280,11 +280,9 @@ int32_t scale(const Function &function, vexo_picture_context *,
 }  // namespace
 
 std::vector<Rule> picture_rules() {
-  return {rule_for(vexo_picture_convert, convert),
-          rule_for(vexo_picture_turn, turn),
-          rule_for(vexo_picture_scale, scale),
-          rule_for(vexo_picture_tonemap, by_itself),
-          rule_for(vexo_picture_thumbnail, by_itself)};
+  return rules_for(vexo_picture_convert, convert, vexo_picture_turn, turn,
+                   vexo_picture_scale, scale, vexo_picture_tonemap, by_itself,
+                   vexo_picture_thumbnail, by_itself);
 }
 
 }  // namespace lox_test

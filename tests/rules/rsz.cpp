@@ -346,12 +346,12 @@ std::vector<Rule> rsz_rules() {
 #define KERNEL(name) rule_for(name, scaler),
 #include "vexo_rsz_scaler.inc"
 #undef KERNEL
-#define KERNEL(name) rule_for(name, kernel),
-#include "vexo_rsz_kernel.inc"
       rule_for(vexo_rsz, picture),
       rule_for_rows(vexo_rsz_rows, picture),
       rule_for(vexo_rsz_rot, turned_picture),
       rule_for(vexo_rsz_8b_org, bilinear),
+#define KERNEL(name) rule_for(name, kernel),
+#include "vexo_rsz_kernel.inc"
   };
 }
 

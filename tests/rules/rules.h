@@ -23,6 +23,15 @@ Rule rule_for(Result (*function)(Arguments...),
           reinterpret_cast<AnyFunction>(rule)};
 }
 
+// Of functions and their rules in turn.
+inline std::vector<Rule> rules_for() { return {}; }
+template <class F, class R, class... More>
+std::vector<Rule> rules_for(F *function, R *rule, More *...more) {
+  std::vector<Rule> rules = rules_for(more...);
+  rules.push_back(rule_for(function, rule));
+  return rules;
+}
+
 // Of a function of rows the rule is that of whole pictures.
 template <class... Arguments, class... WithRows>
 Rule rule_for_rows(int32_t (*function)(WithRows...),
