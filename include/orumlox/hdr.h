@@ -91,9 +91,10 @@ VEXO_API int32_t vexo_hdr_to_sdr(vexo_img *src, const vexo_img *dst,
  *
  * The rows are done by this thread and three that it starts and joins; the part
  * of one that cannot be started is done by this thread. Pictures of fewer than
- * 32768 pixels are done by this thread alone, and so are destinations whose
- * bands lie over each other, which get what doing one band after the other
- * leaves. A width or height below 1 gives the log lines and no pixels.
+ * 32768 pixels, on x86 131072, are done by this thread alone, and so are
+ * destinations whose bands lie over each other, which get what doing one band
+ * after the other leaves. A width or height below 1 gives the log lines and no
+ * pixels.
  *
  * Returns VEXO_OK; VEXO_ERR_ARG, with nothing written or logged, when memory
  * (some 9 KiB) cannot be had.

@@ -19,7 +19,7 @@ namespace lox_test {
 namespace {
 
 // A picture that is large enough for threads, of which all have a part.
-constexpr int32_t kWidth = 509, kHeight = 66;
+constexpr int32_t kWidth = 509, kHeight = 262;
 constexpr int32_t kStride = 2 * kWidth + 2;
 
 struct Pictures {
