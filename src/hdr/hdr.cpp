@@ -16,8 +16,8 @@ constexpr int kBandRows = 4;
 constexpr int kWorkers = 3;
 
 // Pictures of fewer pixels are mapped sooner than three threads are started and
-// joined: measured, 60 to 100 us where a pixel takes 1.4 ns. On ARM a pixel takes
-// ten times as long.
+// joined: measured, 60 to 100 us where a pixel takes 1.4 ns. On ARM a pixel
+// takes ten times as long.
 #if defined(__x86_64__) || defined(__i386__)
 constexpr int64_t kSharedFrom = int64_t{128} * 1024;
 #else

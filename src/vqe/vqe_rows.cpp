@@ -6,6 +6,8 @@
 
 #include <string.h>
 
+#include <type_traits>
+
 #include "common/caches.h"
 #include "simd/simd.h"
 #include "vqe/deblock_rule.h"
@@ -24,7 +26,7 @@ uint8_t sharpened(const uint8_t *at, ptrdiff_t pitch) {
 }
 
 #if LOX_VECTORS
-constexpr bool kBulkIsNarrower = Bulk::n < Wide::n;
+constexpr bool kBulkIsNarrower = !std::is_same_v<Bulk, Wide>;
 
 // Of several samples: their mean, rounded up at every average of two, and their
 // sum modulo 256, which is enough to tell what the roundings have added.
