@@ -78,6 +78,7 @@ TEST(Picture, Names) {
     EXPECT_EQ(vexo_format_of_name(name), code);
   }
   EXPECT_STREQ(vexo_status_name(VEXO_ERR_MEMORY), "out of memory");
+  EXPECT_STREQ(vexo_status_name(VEXO_ERR_UNSUPPORTED), "unsupported");
   EXPECT_STREQ(vexo_status_name(-4), "unknown status");
 }
 
@@ -285,6 +286,27 @@ TEST(Picture, Stages) {
       if (done) break;
     }
   }
+}
+
+TEST(Picture, SizesBelongTogether) {
+  const Owned nv12(VEXO_FMT_NV12, 0, 16, 10);
+  const Owned p010(VEXO_FMT_P010LE, 0, 16, 10);
+  const Owned rgba(VEXO_FMT_RGBA8888, 0, 10, 16);
+  vexo_picture_options right = {};
+  right.rotation = VEXO_ROT_90R;
+  EXPECT_EQ(vexo_picture_turn(nullptr, &nv12.img, &rgba.img, &right), VEXO_OK);
+  const std::vector<uint8_t> before(rgba.img.plane[0],
+                                    rgba.img.plane[0] + 4 * 10);
+  EXPECT_EQ(vexo_picture_turn(nullptr, &nv12.img, &rgba.img, nullptr),
+            VEXO_ERR_ARG);
+  EXPECT_EQ(vexo_picture_convert(nullptr, &nv12.img, &rgba.img, nullptr),
+            VEXO_ERR_ARG);
+  EXPECT_EQ(vexo_picture_tonemap(nullptr, &p010.img, &rgba.img, nullptr),
+            VEXO_ERR_ARG);
+  EXPECT_TRUE(std::equal(before.begin(), before.end(), rgba.img.plane[0]));
+  vexo_img none = {};
+  EXPECT_EQ(vexo_picture_wrap(&none, VEXO_FMT_NV12, 16, 10, nullptr, nullptr),
+            VEXO_ERR_ARG);
 }
 
 // By the calls, of both sources and of an odd size.
