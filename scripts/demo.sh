@@ -118,8 +118,8 @@ echo "Other standards, which take the samples for other colours:"
 for standard in bt601-full bt709 bt709-full; do
   convert "$sample" "$out/$standard.png" --to rgba8888 --standard "$standard"
 done
-same bt601-full.png bt709-full.png
-differ rgba8888.png bt601-full.png bt709.png
+differ rgba8888.png bt601-full.png bt709.png bt709-full.png
+differ bt601-full.png bt709-full.png
 convert "$out/rgba8888.png" "$out/from_bt601-full.png" --via yuv420 \
   --standard bt601-full
 convert "$out/rgba8888.png" "$out/from_bt709.png" --via nv21,yuv420 \
