@@ -163,9 +163,25 @@ struct DctOps {
     if constexpr (kHalves == 1) put_half(s.high, shift_by, p + 64);
   }
   LOX_OP void put_half(const Half &s, typename R::Shift by, uint8_t *p) {
-    R::store_dwords_in_turn(
+    store_in_turn(
         p, shift(s.first_low, s.first_high, by), shift(s.u2_low, s.u2_high, by),
         shift(s.u1_low, s.u1_high, by), shift(s.u3_low, s.u3_high, by));
+  }
+  // A dword of each of four registers in turn: 64 bytes of each lane, which are
+  // 128 apart.
+  LOX_OP void store_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
+    if constexpr (requires { R::store_dwords_in_turn(p, a, b, c, d); }) {
+      R::store_dwords_in_turn(p, a, b, c, d);
+    } else {
+      const Reg ab_low = R::unpack_low32(a, b);
+      const Reg cd_low = R::unpack_low32(c, d);
+      const Reg ab_high = R::unpack_high32(a, b);
+      const Reg cd_high = R::unpack_high32(c, d);
+      R::store_lanes(p, R::unpack_low64(ab_low, cd_low),
+                     R::unpack_high64(ab_low, cd_low),
+                     R::unpack_low64(ab_high, cd_high),
+                     R::unpack_high64(ab_high, cd_high));
+    }
   }
 
   // --- blocks ---------------------------------------------------------------

@@ -44,9 +44,6 @@ constexpr bool has_words(int32_t format) {
   return is_10_bit(format) || format == VEXO_FMT_RGB565 ||
          format == VEXO_FMT_BGR565;
 }
-constexpr bool is_quarter(int32_t rotation) {
-  return rotation == 1 || rotation == 2;
-}
 
 // A plane's bytes in a row, and its rows, of tiles all of them.
 int64_t least_stride(const PlaneRule &rule, int64_t width);

@@ -244,7 +244,7 @@ bool wants_even(const Conversion &conversion, const Content &from,
     // The kernels of the default standard shift rows of an odd height but for
     // widths in fours, and convert a last pixel with its neighbour.
     return has_standard(src) && halved && from.standard == VEXO_STD_DEFAULT &&
-           (width % 2 != 0 || width % 4 != 0);
+           width % 4 != 0;
   }
   // Whole blocks only.
   if (!has_standard(src)) return chroma_halvings(dst) != 0;

@@ -15,13 +15,9 @@ namespace {
 // Samples that go through a buffer on the stack at a time.
 constexpr int32_t kRun = 2048;
 
-const uint8_t *src_row(const vexo_img &img, int32_t p, int32_t y) {
+uint8_t *row_of(const vexo_img &img, int32_t p, int32_t y) {
   return img.plane[p] + ptrdiff_t{y} * img.stride[p];
 }
-uint8_t *dst_row(const vexo_img &img, int32_t p, int32_t y) {
-  return img.plane[p] + ptrdiff_t{y} * img.stride[p];
-}
-constexpr int32_t half_up(int32_t n) { return n / 2 + n % 2; }
 
 void copy_plane_bytes(const vexo_img &src, int32_t from, const vexo_img &dst,
                       int32_t to, int64_t bytes, int64_t rows) {
@@ -119,7 +115,7 @@ void swap_chroma_planes(const vexo_img &src, const vexo_img &dst) {
 void swap_chroma_bytes(const vexo_img &src, const vexo_img &dst) {
   copy_luma(src, dst);
   for (int32_t y = 0; y < src.height[1]; ++y) {
-    layout_rows().swap(src_row(src, 1, y), dst_row(dst, 1, y), src.width[1]);
+    layout_rows().swap(row_of(src, 1, y), row_of(dst, 1, y), src.width[1]);
   }
 }
 
@@ -127,14 +123,14 @@ void unpack_422(const vexo_img &src, const vexo_img &dst) {
   for (int32_t y = 0; y < src.height[0]; ++y) {
     in_runs(src.width[0], [&](int32_t x, int32_t count) {
       uint8_t pairs[2 * kRun];
-      const uint8_t *row = src_row(src, 0, y) + ptrdiff_t{2} * x;
+      const uint8_t *row = row_of(src, 0, y) + ptrdiff_t{2} * x;
       if (src.format == VEXO_FMT_UYVY) {
-        layout_rows().swap(row, pairs, ptrdiff_t{2} * half_up(count));
+        layout_rows().swap(row, pairs,
+                           static_cast<ptrdiff_t>(2 * shifted_up(count, 1)));
         row = pairs;
       }
-      layout_rows().yuyv(row, dst_row(dst, 0, y) + x,
-                         dst_row(dst, 1, y) + x / 2, dst_row(dst, 2, y) + x / 2,
-                         count);
+      layout_rows().yuyv(row, row_of(dst, 0, y) + x, row_of(dst, 1, y) + x / 2,
+                         row_of(dst, 2, y) + x / 2, count);
     });
   }
 }
@@ -143,11 +139,11 @@ void pack_422(const vexo_img &src, const vexo_img &dst) {
   for (int32_t y = 0; y < src.height[0]; ++y) {
     in_runs(src.width[0], [&](int32_t x, int32_t count) {
       uint8_t chroma[kRun];
-      const int32_t pairs = half_up(count);
-      layout_rows().interleave(src_row(src, 1, y) + x / 2,
-                               src_row(src, 2, y) + x / 2, chroma, pairs);
-      const uint8_t *const luma = src_row(src, 0, y) + x;
-      uint8_t *const to = dst_row(dst, 0, y) + ptrdiff_t{2} * x;
+      const auto pairs = static_cast<ptrdiff_t>(shifted_up(count, 1));
+      layout_rows().interleave(row_of(src, 1, y) + x / 2,
+                               row_of(src, 2, y) + x / 2, chroma, pairs);
+      const uint8_t *const luma = row_of(src, 0, y) + x;
+      uint8_t *const to = row_of(dst, 0, y) + ptrdiff_t{2} * x;
       const bool luma_first = dst.format == VEXO_FMT_YUYV;
       layout_rows().interleave(luma_first ? luma : chroma,
                                luma_first ? chroma : luma, to, count);
@@ -177,7 +173,7 @@ void drop_columns(const vexo_img &src, const vexo_img &dst) {
   copy_luma(src, dst);
   for (int32_t p = 1; p < 3; ++p) {
     for (int32_t y = 0; y < src.height[p]; ++y) {
-      layout_rows().even(src_row(src, p, y), dst_row(dst, p, y), src.width[p]);
+      layout_rows().even(row_of(src, p, y), row_of(dst, p, y), src.width[p]);
     }
   }
 }
@@ -190,8 +186,8 @@ void repeat_rows(const vexo_img &src, const vexo_img &dst) {
     vexo_csc_1x1_to_1x2(src.plane[p], width, half, src.stride[p], dst.stride[p],
                         dst.plane[p]);
     if (src.height[0] % 2 == 0) continue;
-    vexo_cpy_8b(src_row(src, p, half), width, 1, src.stride[p], dst.stride[p],
-                dst_row(dst, p, 2 * half));
+    vexo_cpy_8b(row_of(src, p, half), width, 1, src.stride[p], dst.stride[p],
+                row_of(dst, p, 2 * half));
   }
 }
 
@@ -201,9 +197,8 @@ void take_high_bytes(const vexo_img &src, const vexo_img &dst) {
     for (int32_t y = 0; y < src.height[p]; ++y) {
       in_runs(samples, [&](int32_t x, int32_t count) {
         uint8_t low[kRun];
-        layout_rows().deinterleave(src_row(src, p, y) + ptrdiff_t{2} * x, low,
-                                   dst_row(dst, p, y) + x,
-                                   ptrdiff_t{2} * count);
+        layout_rows().deinterleave(row_of(src, p, y) + ptrdiff_t{2} * x, low,
+                                   row_of(dst, p, y) + x, ptrdiff_t{2} * count);
       });
     }
   }
@@ -213,8 +208,8 @@ void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
   const Channels from = channels_of(src.format);
   const Channels to = channels_of(dst.format);
   for (int32_t y = 0; y < src.height[0]; ++y) {
-    const uint8_t *in = src_row(src, 0, y);
-    uint8_t *out = dst_row(dst, 0, y);
+    const uint8_t *in = row_of(src, 0, y);
+    uint8_t *out = row_of(dst, 0, y);
     if (from.unit == 4 && to.unit == 4) {
       in_runs(src.width[0], [&](int32_t x, int32_t count) {
         uint8_t channel[4][kRun];
@@ -236,8 +231,8 @@ void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
 
 void exchange_fields(const vexo_img &src, const vexo_img &dst) {
   for (int32_t y = 0; y < src.height[0]; ++y) {
-    const uint8_t *const in = src_row(src, 0, y);
-    uint8_t *const out = dst_row(dst, 0, y);
+    const uint8_t *const in = row_of(src, 0, y);
+    uint8_t *const out = row_of(dst, 0, y);
     for (ptrdiff_t i = 0; i < ptrdiff_t{2} * src.width[0]; i += 2) {
       const int word = in[i] | in[i + 1] << 8;
       out[i] = static_cast<uint8_t>((word & 0xE0) | word >> 11);

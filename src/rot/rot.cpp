@@ -19,10 +19,6 @@ namespace lox {
 
 namespace {
 
-constexpr bool is_quarter(uint32_t rotation) {
-  return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
-}
-
 // The last of `count` rows, and the step from there to the row above.
 template <class Byte>
 Byte *last_row(Byte *first, int32_t stride, int32_t count) {
@@ -160,13 +156,11 @@ int32_t vexo_rot(const vexo_img *src, uint32_t rotation, const vexo_img *dst) {
 
 int32_t vexo_rot_rows(const vexo_img *src, uint32_t rotation,
                       const vexo_img *dst, int32_t y0, int32_t y1) {
-  const lox::RowRange rows = {y0, y1};
-  const int32_t height =
-      lox::is_quarter(rotation) ? src->width[0] : src->height[0];
-  if (!lox::is_range(rows, height, lox::has_half_rows(src->format))) {
-    return VEXO_ERR_ARG;
-  }
-  return lox::turn(*src, rotation, *dst, rows);
+  return lox::in_range(
+      {y0, y1}, (lox::is_quarter(rotation) ? src->width : src->height)[0],
+      lox::has_half_rows(src->format), [=](lox::RowRange rows) {
+        return lox::turn(*src, rotation, *dst, rows);
+      });
 }
 
 }  // extern "C"

@@ -54,17 +54,6 @@ struct Sse41Register {
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return load(p + offsets[0]);
   }
-  // A dword of each of four registers in turn: 64 bytes of each lane, which are
-  // 128 apart.
-  LOX_OP void store_dwords_in_turn(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
-    const Reg ab_low = unpack_low32(a, b);
-    const Reg cd_low = unpack_low32(c, d);
-    const Reg ab_high = unpack_high32(a, b);
-    const Reg cd_high = unpack_high32(c, d);
-    store_lanes(p, unpack_low64(ab_low, cd_low), unpack_high64(ab_low, cd_low),
-                unpack_low64(ab_high, cd_high),
-                unpack_high64(ab_high, cd_high));
-  }
   LOX_OP void store_lanes(uint8_t *p, Reg a, Reg b, Reg c, Reg d) {
     store<false>(p, a);
     store<false>(p + 16, b);
