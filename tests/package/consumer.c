@@ -5,7 +5,7 @@
 #include <orumlox/orumlox.h>
 #include <stdio.h>
 
-enum { SIZE = 16 };
+enum { SIZE = 384 }; /* large enough for threads */
 static vexo_img src, dst;
 static uint16_t luma[SIZE * SIZE], chroma[SIZE * SIZE / 2];
 static uint8_t pixels[SIZE * SIZE * 4];
