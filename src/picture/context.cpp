@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <type_traits>
 
 #include "common/memory.h"
 #include "orumlox/common.h"
@@ -30,6 +31,25 @@ void Scratch::release() {
   size_ = 0;
 }
 
+const Plan *RecentPlans::find(const Question &question) const {
+  static_assert(std::has_unique_object_representations_v<Question>);
+  for (uint32_t i = 0; i < count_; ++i) {
+    if (memcmp(&question_[i], &question, sizeof question) == 0) {
+      return &plan_[i];
+    }
+  }
+  return nullptr;
+}
+
+const Plan *RecentPlans::keep(const Question &question, const Plan &plan) {
+  const uint32_t place = next_;
+  next_ = (next_ + 1) % kMost;
+  if (count_ < kMost) ++count_;
+  question_[place] = question;
+  plan_[place] = plan;
+  return &plan_[place];
+}
+
 }  // namespace lox
 
 extern "C" {
@@ -45,7 +65,7 @@ int32_t vexo_picture_context_new(vexo_picture_context **context) {
 void vexo_picture_context_free(vexo_picture_context *context) {
   if (context == nullptr) return;
   for (lox::Scratch &scratch : context->scratch) scratch.release();
-  context->plan.release();
+  context->thumbnail.release();
   free(context);
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is kept from call to call: memory, the plan of a thumbnail, the last
-// choice of a way.
+// What is kept from call to call: memory, the plan of a thumbnail, the ways
+// that were chosen last.
 #pragma once
 
 #include "orumlox/dct.h"
-#include "picture/routes.h"
+#include "picture/plan.h"
 
 namespace lox {
 
@@ -47,5 +47,6 @@ struct ThumbnailPlan {
 struct vexo_picture_context {
   // Stages write to one and read from the other.
   lox::Scratch scratch[2];
-  lox::ThumbnailPlan plan;
+  lox::ThumbnailPlan thumbnail;
+  lox::RecentPlans recent;
 };

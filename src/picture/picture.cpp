@@ -30,9 +30,7 @@ class OwnContext {
   OwnContext(const OwnContext &) = delete;
   OwnContext &operator=(const OwnContext &) = delete;
 
-  int32_t run(Pipeline *pipeline) {
-    return context_ == nullptr ? VEXO_ERR_MEMORY : pipeline->run(context_);
-  }
+  vexo_picture_context *get() const { return context_; }
 
  private:
   vexo_picture_context *context_;
@@ -170,8 +168,21 @@ Way find_way(const Request &r, bool reduces, Passes passes) {
   return best;
 }
 
-int32_t scale_and_turn(vexo_picture_context *context, const vexo_img &src,
-                       const vexo_img &dst, const Request &r) {
+// Whether block means leave enough to scale down from.
+bool leaves_enough(int32_t prescale, const vexo_img &src, int32_t width,
+                   int32_t height) {
+  const int64_t w = src.width[0];
+  const int64_t h = src.height[0];
+  for (int64_t factor = 2; factor <= 4; factor *= 2) {
+    if (w == factor * width && h == factor * height) return true;
+  }
+  const int64_t left = prescale == 2 ? w / 4 * 2 : (w / 4 + 1) / 2 * 2;
+  const int64_t rows = h / prescale;
+  return left >= width && rows >= height && rows >= 2;
+}
+
+int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
+                     Plan *plan) {
   const int32_t rotation = r.options.rotation;
   const int32_t from_width = src.width[0];
   const int32_t from_height = src.height[0];
@@ -195,27 +206,101 @@ int32_t scale_and_turn(vexo_picture_context *context, const vexo_img &src,
     if (turns && !is_turned(format)) return 0;
     return at_once(format) ? 1 : (scales ? 1 : 0) + (turns ? 1 : 0);
   };
-  Pipeline pipeline(src, dst, r.options);
-  if (scales || turns) {
-    const Way way = find_way(
-        r, int64_t{to_width} * to_height <= int64_t{from_width} * from_height,
-        passes);
-    if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
-    const Content end = turned(way.content, rotation);
-    pipeline.add(find_chain(r.from, way.content));
-    if (at_once(way.content.format)) {
-      pipeline.add(Work::kScaleAndTurn, end, dst.width[0], dst.height[0]);
-    } else {
-      if (scales) pipeline.add(Work::kScale, way.content, to_width, to_height);
-      if (turns) pipeline.add(Work::kTurn, end, dst.width[0], dst.height[0]);
-    }
-    pipeline.add(find_chain(end, r.to));
-  } else {
+  if (!scales && !turns) {
     const Chain chain = find_chain(r.from, r.to);
     if (chain.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
-    pipeline.add(chain);
+    plan->add(chain);
+    return VEXO_OK;
   }
-  return OwnContext(context).run(&pipeline);
+  const Way way = find_way(
+      r, int64_t{to_width} * to_height <= int64_t{from_width} * from_height,
+      passes);
+  if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
+  const Content end = turned(way.content, rotation);
+  plan->add(find_chain(r.from, way.content));
+  if (at_once(way.content.format)) {
+    plan->add(Work::kScaleAndTurn, end, dst.width[0], dst.height[0]);
+  } else {
+    if (scales) plan->add(Work::kScale, way.content, to_width, to_height);
+    if (turns) plan->add(Work::kTurn, end, dst.width[0], dst.height[0]);
+  }
+  plan->add(find_chain(end, r.to));
+  return VEXO_OK;
+}
+
+int32_t plan_tonemap(const vexo_img &src, const vexo_img &dst, const Request &r,
+                     Plan *plan) {
+  const bool rgb = !has_standard(dst.format);
+  // RGB888 comes with gaps between its bands, and is taken from RGBA8888.
+  Chain best;
+  Content mapped = {};
+  best.cost = kNoWay;
+  for (const Format &format : kFormatTable) {
+    const Content content = content_of(format.code, VEXO_STD_BT709);
+    if (!maps_tones(src.format, format.code) ||
+        format.code == VEXO_FMT_RGB888 || has_standard(format.code) == rgb) {
+      continue;
+    }
+    const Chain chain = find_chain(content, r.to);
+    if (chain.cost >= best.cost) continue;
+    best = chain;
+    mapped = content;
+  }
+  if (best.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
+  plan->add(Work::kToneMap, mapped, src.width[0], src.height[0]);
+  plan->add(best);
+  return VEXO_OK;
+}
+
+int32_t plan_thumbnail(const vexo_img &src, const vexo_img &dst,
+                       const Request &r, Plan *plan) {
+  const int32_t rotation = r.options.rotation;
+  const bool quarter = is_quarter(rotation);
+  const int32_t width = (quarter ? dst.height : dst.width)[0];
+  const int32_t height = (quarter ? dst.width : dst.height)[0];
+  const Way way = find_way(r, true, [](const Content &content) {
+    return content.format == VEXO_FMT_NV12 ||
+                   content.format == VEXO_FMT_YUV400 ||
+                   content.format == VEXO_FMT_RGBA8888
+               ? 1
+               : 0;
+  });
+  if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
+  if (way.content.format == VEXO_FMT_NV12 && r.options.prescale != 0 &&
+      !leaves_enough(r.options.prescale, src, width, height)) {
+    return VEXO_ERR_ARG;
+  }
+  plan->add(find_chain(r.from, way.content));
+  plan->add(Work::kThumbnail, way.content, width, height);
+  if (rotation != VEXO_ROT_COPY) {
+    plan->add(Work::kTurn, way.content, dst.width[0], dst.height[0]);
+  }
+  plan->add(find_chain(way.content, r.to));
+  return VEXO_OK;
+}
+
+// Does what was asked for by the plan that serves.
+int32_t carry_out(vexo_picture_context *given, Call call, const vexo_img &src,
+                  const vexo_img &dst, const Request &r) {
+  const OwnContext own(given);
+  vexo_picture_context *const context = own.get();
+  if (context == nullptr) return VEXO_ERR_MEMORY;
+  const Question question = {call,          r.from,        r.to,
+                             src.width[0],  src.height[0], dst.width[0],
+                             dst.height[0], r.options};
+  const Plan *plan = context->recent.find(question);
+  if (plan == nullptr) {
+    Plan fresh = {};
+    fresh.width = src.width[0];
+    fresh.height = src.height[0];
+    const auto make = call == Call::kReshape   ? plan_reshape
+                      : call == Call::kToneMap ? plan_tonemap
+                                               : plan_thumbnail;
+    const int32_t status = make(src, dst, r, &fresh);
+    if (status != VEXO_OK) return status;
+    plan = context->recent.keep(question, fresh);
+  }
+  return Pipeline(src, dst, r.options, *plan).run(context);
 }
 
 // With the option's turn, or without one.
@@ -233,20 +318,7 @@ int32_t reshape(vexo_picture_context *context, const vexo_img *src,
   const int32_t status = check_standards(r, *src, *dst);
   if (status != VEXO_OK) return status;
   if (too_narrow(*src, *dst)) return VEXO_ERR_UNSUPPORTED;
-  return scale_and_turn(context, *src, *dst, r);
-}
-
-// Whether block means leave enough to scale down from.
-bool leaves_enough(int32_t prescale, const vexo_img &src, int32_t width,
-                   int32_t height) {
-  const int64_t w = src.width[0];
-  const int64_t h = src.height[0];
-  for (int64_t factor = 2; factor <= 4; factor *= 2) {
-    if (w == factor * width && h == factor * height) return true;
-  }
-  const int64_t left = prescale == 2 ? w / 4 * 2 : (w / 4 + 1) / 2 * 2;
-  const int64_t rows = h / prescale;
-  return left >= width && rows >= height && rows >= 2;
+  return carry_out(context, Call::kReshape, *src, *dst, r);
 }
 
 }  // namespace
@@ -338,35 +410,15 @@ int32_t vexo_picture_tonemap(vexo_picture_context *context, const vexo_img *src,
       dst->color_std != VEXO_STD_BT709) {
     return VEXO_ERR_UNSUPPORTED;
   }
-  const bool rgb = !has_standard(dst->format);
   r.to = content_of(dst->format, VEXO_STD_BT709);
-  // RGB888 comes with gaps between its bands, and is taken from RGBA8888.
-  Chain best;
-  Content mapped = {};
-  best.cost = kNoWay;
-  for (const Format &format : kFormatTable) {
-    const Content content = content_of(format.code, VEXO_STD_BT709);
-    if (!maps_tones(src->format, format.code) ||
-        format.code == VEXO_FMT_RGB888 || has_standard(format.code) == rgb) {
-      continue;
-    }
-    const Chain chain = find_chain(content, r.to);
-    if (chain.cost >= best.cost) continue;
-    best = chain;
-    mapped = content;
-  }
-  if (best.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
-  Pipeline pipeline(*src, *dst, r.options);
-  pipeline.add(Work::kToneMap, mapped, src->width[0], src->height[0]);
-  pipeline.add(best);
-  return OwnContext(context).run(&pipeline);
+  return carry_out(context, Call::kToneMap, *src, *dst, r);
 }
 
 int32_t vexo_picture_thumbnail(vexo_picture_context *context,
                                const vexo_img *src, const vexo_img *dst,
                                const vexo_picture_options *options) {
   using namespace lox;
-  Request r = check(src, dst, options);
+  const Request r = check(src, dst, options);
   if (r.status != VEXO_OK) return r.status;
   const int32_t rotation = r.options.rotation;
   const bool quarter = is_quarter(rotation);
@@ -376,27 +428,7 @@ int32_t vexo_picture_thumbnail(vexo_picture_context *context,
   const int32_t status = check_standards(r, *src, *dst);
   if (status != VEXO_OK) return status;
   if (too_narrow(*src, *dst)) return VEXO_ERR_UNSUPPORTED;
-  const Way way = find_way(r, true, [](const Content &content) {
-    return content.format == VEXO_FMT_NV12 ||
-                   content.format == VEXO_FMT_YUV400 ||
-                   content.format == VEXO_FMT_RGBA8888
-               ? 1
-               : 0;
-  });
-  if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
-  if (way.content.format != VEXO_FMT_NV12) r.options.prescale = 0;
-  if (r.options.prescale != 0 &&
-      !leaves_enough(r.options.prescale, *src, width, height)) {
-    return VEXO_ERR_ARG;
-  }
-  Pipeline pipeline(*src, *dst, r.options);
-  pipeline.add(find_chain(r.from, way.content));
-  pipeline.add(Work::kThumbnail, way.content, width, height);
-  if (rotation != VEXO_ROT_COPY) {
-    pipeline.add(Work::kTurn, way.content, dst->width[0], dst->height[0]);
-  }
-  pipeline.add(find_chain(way.content, r.to));
-  return OwnContext(context).run(&pipeline);
+  return carry_out(context, Call::kThumbnail, *src, *dst, r);
 }
 
 }  // extern "C"

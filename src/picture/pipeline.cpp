@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Runs stages: where each one's picture lies, copies for what the caller's
-// pictures have no room for, and the calls themselves.
+// Where each stage's picture lies, copies for what the caller's pictures have
+// no room for, and the calls themselves.
 #include "picture/pipeline.h"
 
 #include <cstring>
 
+#include "common/caches.h"
 #include "orumlox/rot.h"
 #include "orumlox/rsz.h"
 #include "picture/formats.h"
@@ -62,18 +63,30 @@ bool is_dense(Work work) {
   return work == Work::kWords || work == Work::kToneMap;
 }
 
+// Rows of a picture as one of its own. Of subsampled ones the first is even.
+vexo_img rows_of(const vexo_img &img, int32_t first, int32_t rows) {
+  vexo_img result = img;
+  const Format &format = *find_format(img.format);
+  set_sizes(&result, img.width[0], rows);
+  for (int32_t p = 0; p < format.planes; ++p) {
+    result.plane[p] +=
+        ptrdiff_t{first >> format.plane[p].y_shift} * img.stride[p];
+  }
+  return result;
+}
+
 // A picture of a stage without its memory: room for the next even size.
-int32_t describe(const Stage &stage, vexo_img *img) {
-  const int32_t status = vexo_picture_geometry(
-      img, stage.content.format, even(stage.width), even(stage.height),
-      is_dense(stage.work) ? 1 : kAlignment);
-  if (status == VEXO_OK) set_sizes(img, stage.width, stage.height);
+int32_t describe(const Stage &stage, int32_t rows, vexo_img *img) {
+  const int32_t status =
+      vexo_picture_geometry(img, stage.content.format, even(stage.width),
+                            even(rows), is_dense(stage.work) ? 1 : kAlignment);
+  if (status == VEXO_OK) set_sizes(img, stage.width, rows);
   return status;
 }
 
-int32_t bytes_of(const Stage &stage, size_t *bytes) {
-  return vexo_picture_bytes(stage.content.format, even(stage.width),
-                            even(stage.height), kAlignment, bytes);
+int32_t bytes_of(const Stage &stage, int32_t rows, size_t *bytes) {
+  return vexo_picture_bytes(stage.content.format, even(stage.width), even(rows),
+                            kAlignment, bytes);
 }
 
 int32_t turn(const vexo_img &src, int32_t rotation, const vexo_img &dst) {
@@ -97,36 +110,22 @@ int32_t memory_status(int32_t status) {
 }  // namespace
 
 Pipeline::Pipeline(const vexo_img &src, const vexo_img &dst,
-                   const vexo_picture_options &options)
+                   const vexo_picture_options &options, const Plan &plan)
     : src_(normalised(src)),
       dst_(normalised(dst)),
       options_(options),
       from_(content_of(src.format, src.color_std)),
-      width_(src.width[0]),
-      height_(src.height[0]) {}
-
-void Pipeline::add(Work work, const Content &content, int32_t width,
-                   int32_t height) {
-  stages_[count_++] = {work, {}, content, width, height};
-  width_ = width;
-  height_ = height;
-}
-
-void Pipeline::add(const Chain &chain) {
-  for (int32_t i = 0; i < chain.count; ++i) {
-    const Conversion &conversion = chain.conversion[i];
-    stages_[count_++] = {Work::kConvert, conversion, conversion.to, width_,
-                         height_};
-  }
+      plan_(plan) {
+  complete();
 }
 
 Content Pipeline::content_before(int i) const {
-  return i == 0 ? from_ : stages_[i - 1].content;
+  return i == 0 ? from_ : plan_.stage[i - 1].content;
 }
 
 // Whether a stage can read the caller's source.
 bool Pipeline::reads_source() const {
-  const Stage &stage = stages_[0];
+  const Stage &stage = plan_.stage[0];
   switch (stage.work) {
     case Work::kConvert:
       return is_tiled(src_.format) ||
@@ -147,17 +146,18 @@ bool Pipeline::reads_source() const {
 
 // Whether the last stage can write the caller's destination.
 bool Pipeline::writes_destination() const {
-  const Stage &stage = stages_[count_ - 1];
+  const Stage &stage = plan_.stage[plan_.count - 1];
   switch (stage.work) {
     case Work::kConvert:
       return is_tiled(dst_.format) ||
-             !wants_even(stage.conversion, content_before(count_ - 1),
+             !wants_even(stage.conversion, content_before(plan_.count - 1),
                          stage.width, stage.height);
     case Work::kThumbnail:
       return false;  // whole blocks are written
     case Work::kToneMap: {
       vexo_img dense;
-      if (stage.width % 2 != 0 || describe(stage, &dense) != VEXO_OK) {
+      if (stage.width % 2 != 0 ||
+          describe(stage, stage.height, &dense) != VEXO_OK) {
         return false;
       }
       for (int p = 0; p < 3; ++p) {
@@ -172,11 +172,14 @@ bool Pipeline::writes_destination() const {
 
 // Adds copies to and from pictures with room.
 void Pipeline::complete() {
-  if (count_ == 0) add(Work::kCopy, from_, width_, height_);
+  Stage *const stages = plan_.stage;
+  if (plan_.count == 0) {
+    plan_.add(Work::kCopy, from_, src_.width[0], src_.height[0]);
+  }
   if (!reads_source()) {
-    for (int i = count_++; i > 0; --i) stages_[i] = stages_[i - 1];
-    const bool words = stages_[0].work == Work::kToneMap;
-    stages_[0] = {
+    for (int i = plan_.count++; i > 0; --i) stages[i] = stages[i - 1];
+    const bool words = stages[0].work == Work::kToneMap;
+    stages[0] = {
         words ? Work::kWords : Work::kCopy,
         {},
         words ? content_of(VEXO_FMT_YUV420PLANAR16, from_.standard) : from_,
@@ -184,45 +187,94 @@ void Pipeline::complete() {
         src_.height[0]};
   }
   if (!writes_destination()) {
-    add(Work::kCopy, stages_[count_ - 1].content, width_, height_);
+    plan_.add(Work::kCopy, stages[plan_.count - 1].content, dst_.width[0],
+              dst_.height[0]);
   }
 }
 
-vexo_img Pipeline::output(const vexo_picture_context &context, int i) const {
-  if (i == count_ - 1) return dst_;
+// Conversions look at no row but their own, and at the other one that has the
+// same chroma: a few rows of all stages are done while they are near. Tiles are
+// left whole.
+int32_t Pipeline::rows_of_bands() const {
+  constexpr int32_t kLeast = 4;
+  const int32_t height = src_.height[0];
+  size_t most = 0;
+  for (int i = 0; i < plan_.count; ++i) {
+    const Stage &stage = plan_.stage[i];
+    if ((stage.work != Work::kConvert && stage.work != Work::kCopy) ||
+        is_tiled(content_before(i).format) || is_tiled(stage.content.format)) {
+      return height;
+    }
+    size_t bytes = 0;
+    if (i < plan_.count - 1 && bytes_of(stage, kLeast, &bytes) == VEXO_OK &&
+        bytes > most) {
+      most = bytes;
+    }
+  }
+  if (most == 0) return height;
+  const size_t bands = kStripBytes / most;
+  const int64_t rows = kLeast * static_cast<int64_t>(bands > 0 ? bands : 1);
+  return rows < height ? static_cast<int32_t>(rows) : height;
+}
+
+vexo_img Pipeline::output(const vexo_picture_context &context, int i,
+                          const Band &band) const {
+  const Stage &stage = plan_.stage[i];
+  const bool all = band.rows == src_.height[0];
+  if (i == plan_.count - 1) {
+    return all ? dst_ : rows_of(dst_, band.first, band.rows);
+  }
   vexo_img img;
-  describe(stages_[i], &img);
+  describe(stage, all ? stage.height : band.rows, &img);
   place_planes(&img, context.scratch[i % 2].data());
   return img;
 }
 
-int32_t Pipeline::prepare(vexo_picture_context *context) const {
-  for (int i = 0; i < count_ - 1; ++i) {
+int32_t Pipeline::prepare(vexo_picture_context *context, int32_t rows) const {
+  const bool all = rows == src_.height[0];
+  for (int i = 0; i < plan_.count - 1; ++i) {
+    const Stage &stage = plan_.stage[i];
+    const int32_t own_rows = all ? stage.height : rows;
     size_t bytes = 0;
     vexo_img img;
     // What has no geometry has no memory either.
-    if (describe(stages_[i], &img) != VEXO_OK ||
-        bytes_of(stages_[i], &bytes) != VEXO_OK ||
+    if (describe(stage, own_rows, &img) != VEXO_OK ||
+        bytes_of(stage, own_rows, &bytes) != VEXO_OK ||
         !context->scratch[i % 2].reserve(bytes)) {
       return VEXO_ERR_MEMORY;
     }
   }
-  for (int i = 0; i < count_; ++i) {
-    if (stages_[i].work != Work::kThumbnail) continue;
-    const vexo_img in = i == 0 ? src_ : output(*context, i - 1);
+  for (int i = 0; i < plan_.count; ++i) {
+    const Stage &stage = plan_.stage[i];
+    if (stage.work != Work::kThumbnail) continue;
+    const Band band = {0, rows};
+    const vexo_img in = i == 0 ? src_ : output(*context, i - 1, band);
+    const int32_t prescale =
+        stage.content.format == VEXO_FMT_NV12 ? options_.prescale : 0;
     const int32_t status =
-        context->plan.make(in, output(*context, i), options_.prescale);
+        context->thumbnail.make(in, output(*context, i, band), prescale);
     if (status != VEXO_OK) return status;
   }
   return VEXO_OK;
 }
 
 int32_t Pipeline::run(vexo_picture_context *context) {
-  complete();
-  int32_t status = prepare(context);
-  vexo_img in = src_;
-  for (int i = 0; i < count_ && status == VEXO_OK; ++i) {
-    const vexo_img out = output(*context, i);
+  const int32_t rows = rows_of_bands();
+  const int32_t height = src_.height[0];
+  int32_t status = prepare(context, rows);
+  for (int32_t y = 0; y < height && status == VEXO_OK; y += rows) {
+    status = work(context, {y, height - y < rows ? height - y : rows});
+    if (height - y <= rows) break;
+  }
+  return status;
+}
+
+int32_t Pipeline::work(vexo_picture_context *context, const Band &band) const {
+  vexo_img in =
+      band.rows == src_.height[0] ? src_ : rows_of(src_, band.first, band.rows);
+  int32_t status = VEXO_OK;
+  for (int i = 0; i < plan_.count && status == VEXO_OK; ++i) {
+    const vexo_img out = output(*context, i, band);
     status = work(context, i, in, out);
     in = out;
   }
@@ -231,7 +283,7 @@ int32_t Pipeline::run(vexo_picture_context *context) {
 
 int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
                        vexo_img out) const {
-  const Stage &stage = stages_[i];
+  const Stage &stage = plan_.stage[i];
   const auto rotation = static_cast<uint32_t>(options_.rotation);
   switch (stage.work) {
     case Work::kCopy:
@@ -242,8 +294,8 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
         stage.conversion.step(in, out);
         return VEXO_OK;
       }
-      if (wants_even(stage.conversion, content_before(i), stage.width,
-                     stage.height)) {
+      if (wants_even(stage.conversion, content_before(i), in.width[0],
+                     in.height[0])) {
         if (is_tiled(out.format)) clear_edge(in);
         in = even_view(in);
         out = even_view(out);
@@ -261,7 +313,7 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
     case Work::kTurn:
       return turn(in, options_.rotation, out);
     case Work::kThumbnail:
-      context->plan.run(in, out);
+      context->thumbnail.run(in, out);
       return VEXO_OK;
     case Work::kWords:
       take_words(in, out);
