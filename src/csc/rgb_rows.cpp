@@ -211,8 +211,37 @@ void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
   }
 }
 
+template <PixelFormat F, PixelFormat To>
+void reorder(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
+  constexpr ByteOrder kOrder = byte_order(F, To);
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const uint8_t *from = src;
+    uint8_t *to = dst;
+    for_vectors<V, 1>(
+        width,
+        [&]() LOX_INLINE_LAMBDA { V::template reorder<F, To>(from, to); },
+        taken<F.bytes>(from), taken<To.bytes>(to));
+  });
+#endif
+  for (ptrdiff_t x = done; x < width; ++x) {
+    for (int i = 0; i < To.bytes; ++i) {
+      dst[x * To.bytes + i] =
+          kOrder.at[i] < 0 ? 255 : src[x * F.bytes + kOrder.at[i]];
+    }
+  }
+}
+
 }  // namespace
 
+#define LOX_REORDER_TO(from, to) reorder<kPixelFormats[from], kPixelFormats[to]>
+#define LOX_REORDER(from)                                                 \
+  {                                                                       \
+    LOX_REORDER_TO(from, kRgb888), LOX_REORDER_TO(from, kBgr888),         \
+        LOX_REORDER_TO(from, kRgba8888), LOX_REORDER_TO(from, kBgra8888), \
+        LOX_REORDER_TO(from, kArgb8888), LOX_REORDER_TO(from, kAbgr8888)  \
+  }
 #define LOX_TO_YUV(layout, M)                                   \
   {                                                             \
     luma<kPixelFormats[layout], M>, {                           \
@@ -236,6 +265,9 @@ constinit const RgbRows rgb_rows = {
     .rgb888_to_rgb565 = to_rgb<kPixelFormats[kRgb888], kPixelFormats[kRgb565]>,
     .rgb565_to_rgba8888 =
         to_rgb<kPixelFormats[kRgb565], kPixelFormats[kRgba8888]>,
+    .reorder = {LOX_REORDER(kRgb888), LOX_REORDER(kBgr888),
+                LOX_REORDER(kRgba8888), LOX_REORDER(kBgra8888),
+                LOX_REORDER(kArgb8888), LOX_REORDER(kAbgr8888)},
 };
 
 }  // namespace lox::LOX_SET

@@ -48,6 +48,9 @@ struct RgbRows {
   RgbToRgbFn rgba8888_to_rgb565;
   RgbToRgbFn rgb888_to_rgb565;
   RgbToRgbFn rgb565_to_rgba8888;
+  // Between layouts of bytes, counted from RGB888: every channel where the
+  // other has it, an alpha of 255 where the source has none.
+  RgbToRgbFn reorder[6][6];
 };
 
 LOX_ROW_TABLE(RgbRows, rgb_rows)

@@ -4,6 +4,7 @@
 #include "picture/steps.h"
 
 #include "csc/layout_rows.h"
+#include "csc/rgb_rows.h"
 #include "orumlox/common.h"
 #include "orumlox/csc_layout.h"
 #include "picture/formats.h"
@@ -35,63 +36,6 @@ template <class Run>
 void in_runs(int32_t count, Run run) {
   for (int32_t x = 0; x < count; x += kRun) {
     run(x, count - x < kRun ? count - x : kRun);
-  }
-}
-
-// Where the bytes of red, green, blue and alpha are, -1 for none.
-struct Channels {
-  int8_t unit, r, g, b, a;
-};
-Channels channels_of(int32_t format) {
-  switch (format) {
-    case VEXO_FMT_RGB888:
-      return {3, 0, 1, 2, -1};
-    case VEXO_FMT_BGR888:
-      return {3, 2, 1, 0, -1};
-    case VEXO_FMT_RGBA8888:
-      return {4, 0, 1, 2, 3};
-    case VEXO_FMT_BGRA8888:
-      return {4, 2, 1, 0, 3};
-    case VEXO_FMT_ARGB8888:
-      return {4, 1, 2, 3, 0};
-    default:  // ABGR8888
-      return {4, 3, 2, 1, 0};
-  }
-}
-
-// Pixels of which one side has three bytes. Offsets that the compiler knows
-// make this twice as fast.
-template <int kFrom, int kTo, bool kReversed>
-void reorder(const uint8_t *in, uint8_t *out, int first_in, int first_out,
-             int alpha, int32_t width) {
-  in += first_in;
-  for (int32_t x = 0; x < width; ++x) {
-    uint8_t *const pixel = out + first_out;
-    const uint8_t bytes[3] = {in[0], in[1], in[2]};
-    pixel[0] = bytes[kReversed ? 2 : 0];
-    pixel[1] = bytes[1];
-    pixel[2] = bytes[kReversed ? 0 : 2];
-    if (kTo == 4) out[alpha] = 255;
-    in += kFrom;
-    out += kTo;
-  }
-}
-
-void reorder_row(const Channels &from, const Channels &to, const uint8_t *in,
-                 uint8_t *out, int32_t width) {
-  // Where red, green and blue begin, in one order or the other.
-  const int first_in = from.a == 0 ? 1 : 0;
-  const int first_out = to.a == 0 ? 1 : 0;
-  const bool reversed = (from.r < from.b) != (to.r < to.b);
-  const auto run = [&](auto *kept, auto *turned) {
-    (reversed ? turned : kept)(in, out, first_in, first_out, to.a, width);
-  };
-  if (from.unit == 4) {
-    run(reorder<4, 3, false>, reorder<4, 3, true>);
-  } else if (to.unit == 4) {
-    run(reorder<3, 4, false>, reorder<3, 4, true>);
-  } else {
-    run(reorder<3, 3, false>, reorder<3, 3, true>);
   }
 }
 
@@ -205,27 +149,14 @@ void take_high_bytes(const vexo_img &src, const vexo_img &dst) {
 }
 
 void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
-  const Channels from = channels_of(src.format);
-  const Channels to = channels_of(dst.format);
+  const auto place = [](int32_t format) {
+    return format < VEXO_FMT_RGBA8888 ? format - VEXO_FMT_RGB888
+                                      : format - VEXO_FMT_RGBA8888 + 2;
+  };
+  const RgbToRgbFn reorder =
+      rgb_rows().reorder[place(src.format)][place(dst.format)];
   for (int32_t y = 0; y < src.height[0]; ++y) {
-    const uint8_t *in = row_of(src, 0, y);
-    uint8_t *out = row_of(dst, 0, y);
-    if (from.unit == 4 && to.unit == 4) {
-      in_runs(src.width[0], [&](int32_t x, int32_t count) {
-        uint8_t channel[4][kRun];
-        uint8_t *planes[4];
-        const uint8_t *ordered[4];
-        for (int i = 0; i < 4; ++i) planes[i] = channel[i];
-        ordered[to.r] = channel[from.r];
-        ordered[to.g] = channel[from.g];
-        ordered[to.b] = channel[from.b];
-        ordered[to.a] = channel[from.a];
-        layout_rows().deinterleave4(in + ptrdiff_t{4} * x, planes, count);
-        layout_rows().interleave4(ordered, out + ptrdiff_t{4} * x, count);
-      });
-      continue;
-    }
-    reorder_row(from, to, in, out, src.width[0]);
+    reorder(row_of(src, 0, y), row_of(dst, 0, y), src.width[0]);
   }
 }
 

@@ -195,6 +195,32 @@ struct Neon : NeonYuv {
     vst4q_u8(p, pixels);
   }
 
+  // n pixels with their bytes in another order.
+  template <PixelFormat F, PixelFormat To>
+  LOX_OP void reorder(const uint8_t *&from, uint8_t *&to) {
+    constexpr ByteOrder kOrder = byte_order(F, To);
+    uint8x16_t v[4];
+    if constexpr (F.bytes == 4) {
+      const uint8x16x4_t four = vld4q_u8(from);
+      for (int i = 0; i < 4; ++i) v[i] = four.val[i];
+    } else {
+      const uint8x16x3_t three = vld3q_u8(from);
+      for (int i = 0; i < 3; ++i) v[i] = three.val[i];
+    }
+    const auto byte = [&](int i) LOX_INLINE_LAMBDA {
+      return kOrder.at[i] < 0 ? vdupq_n_u8(255) : v[kOrder.at[i]];
+    };
+    if constexpr (To.bytes == 4) {
+      const uint8x16x4_t pixels = {{byte(0), byte(1), byte(2), byte(3)}};
+      vst4q_u8(to, pixels);
+    } else {
+      const uint8x16x3_t pixels = {{byte(0), byte(1), byte(2)}};
+      vst3q_u8(to, pixels);
+    }
+    from += n * F.bytes;
+    to += n * To.bytes;
+  }
+
   // What one load and one store move: two registers. Not by the intrinsics of
   // several registers (vld1q_u8_x2, vst1q_u8_x2): clang for ARMv7 promises the
   // processor that their addresses are aligned, and pixels are anywhere. Those

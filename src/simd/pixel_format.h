@@ -43,6 +43,23 @@ LOX_OP constexpr bool alpha_first(PixelFormat f) {
   return f.bytes == 4 && f.g == 2;
 }
 
+// Where in a pixel of `from` each byte of one of `to` is; -1 for an alpha that
+// `from` lacks.
+struct ByteOrder {
+  int8_t at[4];
+};
+LOX_OP constexpr ByteOrder byte_order(PixelFormat from, PixelFormat to) {
+  ByteOrder order = {};
+  const int alpha = from.bytes == 4 ? (alpha_first(from) ? 0 : 3) : -1;
+  for (int i = 0; i < to.bytes; ++i) {
+    order.at[i] = static_cast<int8_t>(i == to.r   ? from.r
+                                      : i == to.g ? from.g
+                                      : i == to.b ? from.b
+                                                  : alpha);
+  }
+  return order;
+}
+
 struct Rgb {
   int r, g, b;
 };

@@ -100,6 +100,11 @@ struct Avx2Register {
             _mm_loadu_si128(reinterpret_cast<const __m128i *>(p))),
         _mm_loadu_si128(reinterpret_cast<const __m128i *>(p + step)), 1);
   }
+  LOX_OP void store_lanes(uint8_t *p, ptrdiff_t step, Reg v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(p), _mm256_castsi256_si128(v));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(p + step),
+                     _mm256_extracti128_si256(v, 1));
+  }
   // 16 bytes in each lane, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     return _mm256_inserti128_si256(

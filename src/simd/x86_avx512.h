@@ -110,6 +110,15 @@ struct Avx512Register {
     v = _mm512_inserti32x4(v, load_16(p + 2 * step), 2);
     return _mm512_inserti32x4(v, load_16(p + 3 * step), 3);
   }
+  LOX_OP void store_lanes(uint8_t *p, ptrdiff_t step, Reg v) {
+    const auto store = [&](ptrdiff_t lane, __m128i bytes) {
+      _mm_storeu_si128(reinterpret_cast<__m128i *>(p + lane * step), bytes);
+    };
+    store(0, _mm512_castsi512_si128(v));
+    store(1, _mm512_extracti32x4_epi32(v, 1));
+    store(2, _mm512_extracti32x4_epi32(v, 2));
+    store(3, _mm512_extracti32x4_epi32(v, 3));
+  }
   // 16 bytes in each lane, from every second offset.
   LOX_OP Reg load_groups(const uint8_t *p, const int16_t *offsets) {
     Reg v = _mm512_castsi128_si512(load_16(p + offsets[0]));

@@ -48,6 +48,70 @@ struct X86Rgb : X86Yuv<R> {
     }
   }
 
+  // Picks kOrder's bytes of the four pixels, of kFrom bytes each, that a lane
+  // begins with, to where those of kTo bytes lie that begin kAway bytes before
+  // it; the rest is 0.
+  template <ByteOrder kOrder, int kFrom, int kTo, int kAway = 0>
+  LOX_OP Reg pick(Reg v) {
+    const auto place = [](int i) {
+      const int away = i + kAway;
+      if (away < 0 || away >= 4 * kTo) return char{-1};
+      const int pixel = away / kTo;
+      const int byte = kOrder.at[away % kTo];
+      return static_cast<char>(byte >= 0 ? pixel * kFrom + byte : -1);
+    };
+    return R::shuffle8(
+        v, R::broadcast128(_mm_setr_epi8(
+               place(0), place(1), place(2), place(3), place(4), place(5),
+               place(6), place(7), place(8), place(9), place(10), place(11),
+               place(12), place(13), place(14), place(15))));
+  }
+  // n pixels with their bytes in another order.
+  template <PixelFormat F, PixelFormat To>
+  LOX_OP void reorder(const uint8_t *&from, uint8_t *&to) {
+    constexpr ByteOrder kOrder = byte_order(F, To);
+    if constexpr (F.bytes == 4 && To.bytes == 4) {
+      for (int i = 0; i < 4; ++i) {
+        R::template store<false>(to, pick<kOrder, 4, 4>(R::load(from)));
+        from += n;
+        to += n;
+      }
+      return;
+    }
+    Reg v[4];
+    if constexpr (F.bytes == 4) {
+      for (int i = 0; i < 4; ++i) v[i] = R::load_lanes(from + 16 * i, 64);
+    } else {
+      const Reg v0 = R::load_lanes(from, 48);
+      const Reg v1 = R::load_lanes(from + 16, 48);
+      const Reg v2 = R::load_lanes(from + 32, 48);
+      v[0] = v0;
+      v[1] = R::template bytes_from<12>(v0, v1);
+      v[2] = R::template bytes_from<8>(v1, v2);
+      v[3] = R::template bytes_from<4>(v2, v2);
+    }
+    from += n * F.bytes;
+    if constexpr (To.bytes == 4) {
+      const Reg alpha =
+          R::fill32(static_cast<int>(alpha_first(To) ? 0xFFu : 0xFF000000u));
+      for (int i = 0; i < 4; ++i) {
+        R::store_lanes(to + 16 * i, 64,
+                       R::bit_or(alpha, pick<kOrder, F.bytes, 4>(v[i])));
+      }
+    } else {
+      R::store_lanes(to, 48,
+                     R::bit_or(pick<kOrder, F.bytes, 3>(v[0]),
+                               pick<kOrder, F.bytes, 3, -12>(v[1])));
+      R::store_lanes(to + 16, 48,
+                     R::bit_or(pick<kOrder, F.bytes, 3, 4>(v[1]),
+                               pick<kOrder, F.bytes, 3, -8>(v[2])));
+      R::store_lanes(to + 32, 48,
+                     R::bit_or(pick<kOrder, F.bytes, 3, 8>(v[2]),
+                               pick<kOrder, F.bytes, 3, -4>(v[3])));
+    }
+    to += n * To.bytes;
+  }
+
   // Factors by place in memory. One operand of a product of bytes is signed:
   // the factors, or with factors above 127 the pixels, less 128.
   template <PixelFormat F, int KR, int KG, int KB>

@@ -71,6 +71,7 @@ struct Sse41Register {
   }
   // One lane: nothing to put right.
   LOX_OP Reg load_lanes(const uint8_t *p, ptrdiff_t) { return load(p); }
+  LOX_OP void store_lanes(uint8_t *p, ptrdiff_t, Reg v) { store<false>(p, v); }
   LOX_OP Reg unpermute_quads(Reg v) { return v; }
   LOX_OP Reg permute_words(Reg v) { return v; }
   LOX_OP Reg permute_dwords(Reg v) { return v; }
