@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -367,6 +369,48 @@ TEST(Picture, Tonemap) {
         }
       }
     }
+  }
+}
+
+// Ranges of rows on threads of the caller: what ThreadSanitizer is to see, and
+// the bytes of the whole.
+TEST(Picture, RowsOnThreads) {
+  const Owned nv12(VEXO_FMT_NV12, 0, 200, 130, 5);
+  const Owned rgba(VEXO_FMT_RGBA8888, 0, 200, 130, 6);
+  using Rows = std::function<int32_t(const vexo_img &, int32_t, int32_t)>;
+  const struct {
+    int32_t format, width, height;
+    Rows call;
+  } jobs[] = {{VEXO_FMT_BGR888, 200, 130,
+               [&](const vexo_img &dst, int32_t y0, int32_t y1) {
+                 return vexo_csc_rows(&nv12.img, &dst, y0, y1);
+               }},
+              {VEXO_FMT_NV21, 200, 130,
+               [&](const vexo_img &dst, int32_t y0, int32_t y1) {
+                 return vexo_csc_rows(&rgba.img, &dst, y0, y1);
+               }},
+              {VEXO_FMT_NV12, 132, 86,
+               [&](const vexo_img &dst, int32_t y0, int32_t y1) {
+                 return vexo_rsz_rows(&nv12.img, &dst, y0, y1);
+               }},
+              {VEXO_FMT_RGBA8888, 130, 200,
+               [&](const vexo_img &dst, int32_t y0, int32_t y1) {
+                 return vexo_rot_rows(&rgba.img, VEXO_ROT_90R, &dst, y0, y1);
+               }}};
+  for (const auto &job : jobs) {
+    const Owned whole(job.format, 0, job.width, job.height);
+    const Owned parts(job.format, 0, job.width, job.height);
+    ASSERT_EQ(job.call(whole.img, 0, job.height), VEXO_OK);
+    std::vector<std::thread> threads;
+    for (int32_t first = 0; first < 3; ++first) {
+      threads.emplace_back([&, first] {
+        for (int32_t y = 2 * first; y < job.height; y += 6) {
+          EXPECT_EQ(job.call(parts.img, y, y + 2), VEXO_OK);
+        }
+      });
+    }
+    for (std::thread &thread : threads) thread.join();
+    EXPECT_TRUE(parts == whole) << job.format;
   }
 }
 
