@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-# What is installed, in three components: runtime (the shared library and its
-# licence), development (headers, the static library, what CMake and pkg-config
-# read, documents) and tool (vexo, its man page and completion); and packages of
-# them, by cpack.
+# What is installed, in components: runtime (the shared library and its licence),
+# development (headers, the static library, what CMake and pkg-config read,
+# documents), tool (vexo, its man page and completion) and python (the module);
+# and packages of them, by cpack.
 
 # Debian's linker, pkg-config and CMake look into a folder for the architecture.
 if(PROJECT_IS_TOP_LEVEL AND NOT ANDROID AND EXISTS /etc/debian_version
@@ -81,7 +81,8 @@ endif()
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
-# `cpack` in the build folder: liborumlox0, liborumlox-dev, vexo, and one archive.
+# `cpack` in the build folder: liborumlox0, liborumlox-dev, vexo, python3-orumlox,
+# and one archive.
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_PACKAGE_CONTACT "orumlox developers")
 set(CPACK_PACKAGE_VENDOR orumlox)
@@ -93,6 +94,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(TARGET vexo)
   list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+if(TARGET orumlox_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -117,6 +121,12 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "converts, scales, turns and tone maps pictures
 A command line around liborumlox, for pictures and uncompressed clips.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orumlox)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION}), \
+${ORUMLOX_PYTHON_DEPENDS}, python3-numpy")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "image-processing primitives (Python 3)
+Pictures over NumPy arrays: converted, scaled, turned, tone mapped, enhanced.")
 find_program(ORUMLOX_SHLIBDEPS dpkg-shlibdeps)
 if(ORUMLOX_SHLIBDEPS) # of Debian's dpkg-dev: what packages need of others
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

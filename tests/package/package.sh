@@ -25,10 +25,12 @@ run() { # run PROGRAM...: each says the version
   done
 }
 
-# Three packages without a file in common, in one root; the archive in another.
+# Packages without a file in common, in one root; the archive in another.
 quietly cpack --config "$build/CPackConfig.cmake" -B packages
+python= # the module, where what it needs is there
+[[ ! -d $build/python/orumlox ]] || python="python3-orumlox_$version-1_amd64.deb "
 [[ $(cd packages && echo *.deb) == "liborumlox-dev_$version-1_amd64.deb \
-liborumlox0_$version-1_amd64.deb vexo_$version-1_amd64.deb" ]] || refuse packages/*
+liborumlox0_$version-1_amd64.deb ${python}vexo_$version-1_amd64.deb" ]] || refuse packages/*
 root=$work/root
 for package in packages/*.deb; do
   dpkg-deb -x "$package" "$root"
@@ -67,6 +69,23 @@ complete_line() { # complete_line WORD...: of which the last is not finished
 [[ $(complete_line scale --mo) == --mode1 ]] || refuse "completion of options"
 [[ $(complete_line scale --to nv) == "nv12 nv21" ]] || refuse "completion of layouts"
 [[ -z $(complete_line scale nv) ]] || refuse "completion of files"
+
+# The module starts wherever it lies, and made of the source by pip: the portable
+# form alone, that is quick.
+if [[ -n $python ]]; then
+  dpkg-deb -f packages/python3-* Depends |
+    grep -q "liborumlox0 (>= $version).*python3 (>= 3.*), python3 (<< 3.*numpy" ||
+    refuse "what the module depends on"
+  CMAKE_ARGS="-G Ninja -DORUMLOX_PORTABLE=ON -DORUMLOX_OPTIMISATION=-O0" quietly \
+    /usr/bin/python3 -m pip install --no-build-isolation --no-deps --no-index \
+    --target by_pip "$source"
+  for folder in "$root/usr/lib/python3/dist-packages" \
+    elsewhere/lib/python3/dist-packages by_pip; do
+    said=$(PYTHONPATH=$folder /usr/bin/python3 -c "import orumlox
+print(orumlox.__version__, orumlox.__file__)")
+    [[ $said == "$version "*$folder* ]] || refuse "$folder does not start"
+  done
+fi
 
 # CMake, of the packages and of the archive.
 project() { # project NAME OPTION...
