@@ -10,7 +10,7 @@
  * Format codes. The hundreds digit names the family: 0 to 99 planar and
  * semi-planar 8-bit YUV, 100 to 199 packed 8-bit YUV, 200 to 299 16-bit RGB,
  * 400 to 499 24-bit RGB, 500 to 599 32-bit RGB, 600 to 699 YUV with 16-bit
- * samples. The lower-case name after VEXO_FMT_ is the layout's token, the word
+ * samples, 700 to 799 RGB of more than 8 bits. The lower-case name after VEXO_FMT_ is the layout's token, the word
  * that function names are built from. Bytes are listed in memory order, lowest
  * address first; 16-bit words are little-endian. Codes not listed here are
  * converted by nothing; the calls that treat 9, 10 and 15 to 99 as three 8-bit
@@ -41,15 +41,30 @@ enum {
   VEXO_FMT_ARGB8888 = 502, /* bytes A, R, G, B */
   VEXO_FMT_ABGR8888 = 503, /* bytes A, B, G, R */
   VEXO_FMT_YUV420PLANAR16 = 600, /* as YUV420, 16-bit words, 10 low bits used */
-  VEXO_FMT_P010LE = 601 /* as NV12, 16-bit words, the sample in the high bits */
+  /* as NV12, 16-bit words, the sample in the high bits */
+  VEXO_FMT_P010LE = 601,
+  /* 32-bit word A << 30 | B << 20 | G << 10 | R */
+  VEXO_FMT_RGBA1010102 = 700,
+  /* IEEE half-floats R, G, B, A in 16-bit words, nominally 0 to 1 */
+  VEXO_FMT_RGBAF16 = 701
 };
 
-/* Values of vexo_img.color_std, which only vexo_csc reads as a standard. */
+/* Values of vexo_img.color_std, which only vexo_csc and vexo_csc_new read as a
+ * standard. vexo_csc has no routes for those of BT.2020. */
 enum {
   VEXO_STD_DEFAULT = 0,    /* BT.601, luma 16..235 */
   VEXO_STD_BT601_FULL = 1, /* BT.601, full range */
   VEXO_STD_BT709 = 10,     /* BT.709, luma 16..235 */
-  VEXO_STD_BT709_FULL = 11 /* BT.709, full range */
+  VEXO_STD_BT709_FULL = 11, /* BT.709, full range */
+  VEXO_STD_BT2020 = 20,    /* BT.2020, luma 16..235 */
+  VEXO_STD_BT2020_FULL = 21 /* BT.2020, full range */
+};
+
+/* Values of vexo_img.reserved1 of a source of vexo_csc_new (csc_new.h): where
+ * chroma samples lie. */
+enum {
+  VEXO_SITING_LEFT = 0,  /* as in video */
+  VEXO_SITING_CENTRE = 1 /* as in JPEG */
 };
 
 /* vexo_img.mode of a destination: "mod1", the first letter in the top byte.
@@ -104,7 +119,9 @@ typedef struct vexo_img {
    * from the source's descriptor. */
   int32_t offset_x;
   int32_t offset_y;
-  int32_t reserved1; /* 0 */
+  /* One of VEXO_SITING_ on the source of vexo_csc_new, which alone reads it;
+   * else 0. */
+  int32_t reserved1;
   /* One of VEXO_STD_. */
   int32_t color_std;
   /* Option word: VEXO_MODE_MOD1 on the destination of a resize; the source

@@ -7,6 +7,7 @@
 #include "bitstream.h"
 #include "common.h"
 #include "csc.h"
+#include "csc_new.h"
 #include "dct.h"
 #include "hdr.h"
 #include "img.h"

@@ -5,6 +5,7 @@
 #include "csc/yuv_to_rgb_rows.h"
 
 #include "simd/simd.h"
+#include "simd/store_pixels.h"
 
 namespace lox::LOX_SET {
 
@@ -136,38 +137,6 @@ struct Packed {
 #endif
 };
 
-// --- destinations: how pixels are packed
-// --------------------------------------
-
-#if LOX_VECTORS
-template <PixelFormat F, class V, class M, bool kStream>
-LOX_INLINE void store_pixels(uint8_t *p, const Channels<V> &c) {
-  constexpr bool kRedFirst = red_first(F);
-  constexpr int kFirst = kRedFirst ? M::kRed : M::kBlue;
-  constexpr int kLast = kRedFirst ? M::kBlue : M::kRed;
-  const auto &first = kRedFirst ? c.red : c.blue;
-  const auto &last = kRedFirst ? c.blue : c.red;
-  if constexpr (F.bytes == 2) {
-    V::template store16<kStream>(
-        p, V::template pack565<kFirst, M::kGreen, kLast>(first, c.green, last));
-  } else if constexpr (F.bytes == 3) {
-    const auto red = V::template narrow<M::kRed>(c.red);
-    const auto green = V::template narrow<M::kGreen>(c.green);
-    const auto blue = V::template narrow<M::kBlue>(c.blue);
-    V::template store3<kStream>(p, kRedFirst ? red : blue, green,
-                                kRedFirst ? blue : red);
-  } else if constexpr (alpha_first(F)) {
-    V::template store4<kStream>(
-        p, V::template pair_255_narrow<kFirst>(first),
-        V::template pair_narrow<M::kGreen, kLast>(c.green, last));
-  } else {
-    V::template store4<kStream>(
-        p, V::template pair_narrow<kFirst, M::kGreen>(first, c.green),
-        V::template pair_narrow_255<kLast>(last));
-  }
-}
-#endif
-
 // --- the rule ---------------------------------------------------------------
 
 int clamp_to_byte(int v) {
@@ -219,7 +188,9 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
 template <class V, PixelFormat F, class M, bool kStream, class Chroma, class C>
 LOX_INLINE void convert_luma(typename V::U8 luma, const Chroma &chroma,
                              const C &k, uint8_t *rgb) {
-  store_pixels<F, V, M, kStream>(rgb, M::template channels<V>(luma, chroma, k));
+  const auto c = M::template channels<V>(luma, chroma, k);
+  store_pixels<F, V, M::kRed, M::kGreen, M::kBlue, kStream>(rgb, c.red, c.green,
+                                                            c.blue);
 }
 
 template <class S>

@@ -20,6 +20,7 @@ constexpr PlaneRule k16Pairs{4, 1, 1, 1, 1};
 constexpr PlaneRule kPixelPairs{2, 0, 0, 1, 4};
 constexpr PlaneRule k24{3, 0, 0, 1, 1};
 constexpr PlaneRule k32{4, 0, 0, 1, 1};
+constexpr PlaneRule k64{8, 0, 0, 1, 1};
 
 // 64 x 32 tiles are grouped by two columns, hence 128; a last tile row without
 // a partner fills half a row of groups, hence 32.
@@ -91,6 +92,8 @@ const Format kFormatTable[kFormats] = {
      3,
      {k16, k16HalfBoth, k16HalfBoth}},
     {VEXO_FMT_P010LE, "p010le", {"p010"}, 2, {k16, k16Pairs}},
+    {VEXO_FMT_RGBA1010102, "rgba1010102", {"x2bgr10le"}, 1, {k32}},
+    {VEXO_FMT_RGBAF16, "rgbaf16", {"rgbaf16le"}, 1, {k64}},
 };
 
 const Format *find_format(int32_t code) {

@@ -27,7 +27,7 @@ struct Format {
   PlaneRule plane[3];
 };
 
-constexpr int kFormats = 25;
+constexpr int kFormats = 27;
 extern const Format kFormatTable[kFormats];
 
 // Null for a code without a format.
@@ -42,7 +42,8 @@ constexpr bool is_10_bit(int32_t format) {
 // Whether samples are words, in rows of whole ones.
 constexpr bool has_words(int32_t format) {
   return is_10_bit(format) || format == VEXO_FMT_RGB565 ||
-         format == VEXO_FMT_BGR565;
+         format == VEXO_FMT_BGR565 || format == VEXO_FMT_RGBA1010102 ||
+         format == VEXO_FMT_RGBAF16;
 }
 
 // A plane's bytes in a row, and its rows, of tiles all of them.

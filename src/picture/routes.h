@@ -18,7 +18,8 @@ struct Content {
 // Whether a colour standard says what the format's samples mean. Grey has none:
 // it becomes RGB as it is.
 constexpr bool has_standard(int32_t format) {
-  return (format > VEXO_FMT_YUV400 && format < 200) || format >= 600;
+  return (format > VEXO_FMT_YUV400 && format < 200) ||
+         (format >= 600 && format < 700);
 }
 constexpr Content content_of(int32_t format, int32_t standard) {
   return {format, has_standard(format) ? standard : VEXO_STD_DEFAULT};
@@ -52,7 +53,7 @@ Chain find_chain(const Content &from, const Content &to);
 
 // The costs of the chains from a content to all others, or to it from all
 // others, by place.
-constexpr int32_t kPlaces = 100;
+constexpr int32_t kPlaces = 108;
 struct Costs {
   int32_t of[kPlaces];
 };

@@ -106,6 +106,12 @@ struct NeonYuv {
     const uint8x8x4_t v = vld4_u8(p);
     return {v.val[1], v.val[3]};
   }
+  // n elements of 16 bits.
+  template <Order>
+  LOX_OP W16 load_elements(const uint8_t *p) {
+    const uint16x8x2_t v = vld2q_u16(reinterpret_cast<const uint16_t *>(p));
+    return {as_signed(v.val[0]), as_signed(v.val[1])};
+  }
   template <Order>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {
     const uint8x8x4_t v = vld4_u8(p);

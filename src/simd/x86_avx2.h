@@ -204,22 +204,21 @@ struct Avx2 : X86Rgb<Avx2Register> {
     }
   }
   template <Order O>
-  LOX_OP U8 load_words(const uint8_t *p) {
-    const Reg high = R::fill16(0xFF00);
-    Reg a;
-    Reg b;
+  LOX_OP W16 load_elements(const uint8_t *p) {
+    W16 v;
     if constexpr (O == Order::kBytes) {
-      a = R::load_lanes(p, 32);
-      b = R::load_lanes(p + 16, 32);
+      v = {R::load_lanes(p, 32), R::load_lanes(p + 16, 32)};
     } else {
-      a = R::load(p);
-      b = R::load(p + 32);
+      v = {R::load(p), R::load(p + 32)};
     }
     if constexpr (O == Order::kQuads) {
-      a = R::unpermute_quads(a);
-      b = R::unpermute_quads(b);
+      v = {R::unpermute_quads(v.a), R::unpermute_quads(v.b)};
     }
-    return {R::bit_and(a, high), R::bit_and(b, high)};
+    return v;
+  }
+  template <Order O>
+  LOX_OP U8 load_words(const uint8_t *p) {
+    return keep_high_bytes(load_elements<O>(p));
   }
   template <Order O>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {

@@ -251,12 +251,14 @@ struct Avx512 : X86Rgb<Avx512Register> {
     split_422<kLuma>(a, b, luma, pairs);
   }
   template <Order O>
+  LOX_OP W16 load_elements(const uint8_t *p) {
+    W16 v;
+    load_64_words<O>(p, v.a, v.b);
+    return v;
+  }
+  template <Order O>
   LOX_OP U8 load_words(const uint8_t *p) {
-    Reg a;
-    Reg b;
-    load_64_words<O>(p, a, b);
-    const Reg high = R::fill16(0xFF00);
-    return {R::bit_and(a, high), R::bit_and(b, high)};
+    return keep_high_bytes(load_elements<O>(p));
   }
   template <Order O>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {

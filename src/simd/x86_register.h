@@ -82,6 +82,13 @@ LOX_OP Reg shift_right32(Reg v) {
 LOX_OP Reg sub8(Reg a, Reg b) { return LOX_MM(sub_epi8)(a, b); }
 LOX_OP Reg average8(Reg a, Reg b) { return LOX_MM(avg_epu8)(a, b); }
 LOX_OP Reg multiply_add16(Reg a, Reg b) { return LOX_MM(madd_epi16)(a, b); }
+// (a b + 2^14) >> 15, of which 2^15 wraps around.
+LOX_OP Reg multiply_round16(Reg a, Reg b) { return LOX_MM(mulhrs_epi16)(a, b); }
+LOX_OP Reg abs16(Reg v) { return LOX_MM(abs_epi16)(v); }
+// The bits of numbers as floats.
+LOX_OP Reg float_bits(Reg v) {
+  return LOX_BITS(castps)(LOX_MM(cvtepi32_ps)(v));
+}
 LOX_OP Reg min_signed16(Reg a, Reg b) { return LOX_MM(min_epi16)(a, b); }
 LOX_OP Reg min_unsigned16(Reg a, Reg b) { return LOX_MM(min_epu16)(a, b); }
 LOX_OP Reg max_unsigned16(Reg a, Reg b) { return LOX_MM(max_epu16)(a, b); }

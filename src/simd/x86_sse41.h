@@ -97,9 +97,12 @@ struct Sse41 : X86Rgb<Sse41Register> {
     return double_pairs(R::load(p));
   }
   template <Order>
+  LOX_OP W16 load_elements(const uint8_t *p) {
+    return {R::load(p), R::load(p + 16)};
+  }
+  template <Order O>
   LOX_OP U8 load_words(const uint8_t *p) {
-    const Reg high = R::fill16(0xFF00);
-    return {R::bit_and(R::load(p), high), R::bit_and(R::load(p + 16), high)};
+    return keep_high_bytes(load_elements<O>(p));
   }
   template <Order>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {

@@ -70,6 +70,10 @@ struct X86Yuv {
   LOX_OP U8 widen(Reg v) {
     return {R::unpack_low8(R::zero(), v), R::unpack_high8(R::zero(), v)};
   }
+  LOX_OP U8 keep_high_bytes(W16 v) {
+    const Reg high = R::fill16(0xFF00);
+    return {R::bit_and(v.a, high), R::bit_and(v.b, high)};
+  }
   LOX_OP WPairs interleave(Reg first, Reg second) {
     first = less_128(first);
     second = less_128(second);

@@ -51,7 +51,7 @@ struct Owned {
 
 TEST(Picture, Names) {
   int count = 0;
-  for (int32_t code = -2; code < 700; ++code) {
+  for (int32_t code = -2; code < 710; ++code) {
     const char *const name = vexo_format_name(code);
     EXPECT_EQ(name != nullptr, vexo_format_planes(code) > 0);
     if (name == nullptr) continue;
@@ -60,8 +60,8 @@ TEST(Picture, Names) {
     EXPECT_EQ(vexo_format_next(code - 1), code);
     ++count;
   }
-  EXPECT_EQ(count, 25);
-  EXPECT_EQ(vexo_format_next(VEXO_FMT_P010LE), -1);
+  EXPECT_EQ(count, 27);
+  EXPECT_EQ(vexo_format_next(VEXO_FMT_RGBAF16), -1);
   const std::pair<const char *, int32_t> others[] = {
       {"i420", VEXO_FMT_YUV420},
       {"YUV420P", VEXO_FMT_YUV420},

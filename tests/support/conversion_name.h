@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the name of a conversion says: vexo_csc_[STANDARD_]FROM_to_TO.
+// What the name of a conversion says: vexo_csc_[STANDARD_]FROM_to_TO[_new].
 #pragma once
 
 #include <orumlox/img.h>
@@ -43,7 +43,9 @@ inline int32_t format_of_token(std::string_view text) {
                  {"argb8888", VEXO_FMT_ARGB8888},
                  {"abgr8888", VEXO_FMT_ABGR8888},
                  {"yuv420Planar16", VEXO_FMT_YUV420PLANAR16},
-                 {"p010le", VEXO_FMT_P010LE}};
+                 {"p010le", VEXO_FMT_P010LE},
+                 {"rgba1010102", VEXO_FMT_RGBA1010102},
+                 {"rgbaf16", VEXO_FMT_RGBAF16}};
   for (const auto &token : kTokens) {
     if (token.text == text) return token.format;
   }
@@ -59,7 +61,8 @@ inline ConversionName parse_conversion(std::string_view name) {
     int32_t standard;
   } kStandards[] = {{"bt601_fr_", VEXO_STD_BT601_FULL},
                     {"bt709_fr_", VEXO_STD_BT709_FULL},
-                    {"bt709_", VEXO_STD_BT709}};
+                    {"bt709_", VEXO_STD_BT709},
+                    {"bt2020_", VEXO_STD_BT2020}};
   name.remove_prefix(std::string_view("vexo_csc_").size());
   int32_t standard = VEXO_STD_DEFAULT;
   for (const auto &prefix : kStandards) {
@@ -68,6 +71,7 @@ inline ConversionName parse_conversion(std::string_view name) {
     name.remove_prefix(prefix.text.size());
     break;
   }
+  if (name.ends_with("_new")) name.remove_suffix(4);
   const size_t middle = name.find("_to_");
   return {format_of_token(name.substr(0, middle)),
           format_of_token(name.substr(middle + 4)), standard};

@@ -119,7 +119,10 @@ inline ExactImage exact_image(int32_t format, int32_t width, int32_t height) {
     case VEXO_FMT_BGRA8888:
     case VEXO_FMT_ARGB8888:
     case VEXO_FMT_ABGR8888:
+    case VEXO_FMT_RGBA1010102:
       return {exact_plane(width, height, 4)};
+    case VEXO_FMT_RGBAF16:
+      return {exact_plane(width, height, 8)};
     default:
       return planar(width, height, 1);
   }
