@@ -60,7 +60,7 @@ void entry(const Function &function, Source &source, Sink &sink) {
   };
   const int32_t status =
       takes_rows(function)
-          ? by_rows(&dst, src.img.height[0], to, some)
+          ? by_rows(&dst, src.img.height[0], VEXO_FMT_RGBA8888, some)
           : function.as<decltype(vexo_csc_new)>()(&src.img, &dst.img);
   sink.add(static_cast<uint32_t>(status));
   dst.add_to(sink);
