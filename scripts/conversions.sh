@@ -17,7 +17,8 @@ refused.
 
 Standards are those of the side that is YUV, here the same on both; between two
 different ones a picture goes through `rgba8888`. 10-bit samples become 8-bit
-ones, and nothing becomes `yuv400`, `p010le` or other tiles than `t64x32`.
+ones, and nothing becomes `yuv400`, `p010le` or other tiles than `t64x32`. To `rgba1010102`
+and `rgbaf16` it is `vexo_csc_new` that converts.
 
 This page is made by `scripts/conversions.sh` and held to the program by a test.
 

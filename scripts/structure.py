@@ -15,11 +15,12 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DRAWING = ROOT / "docs/structure.svg"
 # Floors from the ground up. A folder includes those of lower floors only.
-FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"], ["rsz"],
+FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"],
+          ["csc_new", "rsz"],
           ["dct"], ["picture"]]
 TITLES = {
     "simd": "the vector layer", "common": "processor, copies, memory",
-    "csc": "colour conversion", "rot": "rotation", "hdr": "tone mapping",
+    "csc": "colour conversion", "csc_new": "interpolated chroma", "rot": "rotation", "hdr": "tone mapping",
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
     "dct": "scaling by cosines", "picture": "any layout to any",
 }
