@@ -30,7 +30,8 @@ inline const std::vector<Layout> kLayouts = [] {
       "0 yuv400 1 yuv420 2 yuv422n 3 yuv444 4 yv12 5 yv16 6 nv12 7 nv21 "
       "8 yuv422w 11 t64x32 12 t16x16 13 t8x8 14 t256x16 100 uyvy 101 yuyv "
       "200 rgb565 201 bgr565 400 rgb888 401 bgr888 500 rgba8888 501 bgra8888 "
-      "502 argb8888 503 abgr8888 600 yuv420Planar16 601 p010le");
+      "502 argb8888 503 abgr8888 600 yuv420Planar16 601 p010le "
+      "700 rgba1010102 701 rgbaf16");
   std::vector<Layout> all;
   for (Layout entry; words >> entry.code >> entry.token;) all.push_back(entry);
   return all;
