@@ -64,6 +64,8 @@ std::vector<Setting> settings_for(const Job &job) {
     case kConvert:
       return {{"swscale POINT", SWS_POINT},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
+    case kInterpolate:
+      return {{"swscale BILINEAR", SWS_BILINEAR | SWS_FULL_CHR_H_INT}};
     case kScale:
       if (!scales_plainly(job)) return {};
       return {{"swscale BILINEAR", SWS_BILINEAR},

@@ -32,6 +32,14 @@ void call(Img src, Img dst) {
                 std::make_index_sequence<dst_planes>());
 }
 
+int with_filter(const uint8_t *y, int y_stride, const uint8_t *u, int u_stride,
+                const uint8_t *v, int v_stride, uint8_t *to, int to_stride,
+                int width, int height) {
+  return libyuv::I420ToARGBMatrixFilter(
+      y, y_stride, u, u_stride, v, v_stride, to, to_stride,
+      &libyuv::kYuvI601Constants, width, height, libyuv::kFilterBilinear);
+}
+
 constexpr struct {
   const char *id;
   void (*convert)(Img src, Img dst);
@@ -41,6 +49,7 @@ constexpr struct {
 } kConverters[] = {
     {"nv12_rgba8888", call<libyuv::NV12ToABGR, 2, 1>},
     {"yuv420_rgba8888", call<libyuv::I420ToABGR, 3, 1>},
+    {"yuv420_rgba8888_new", call<with_filter, 3, 1>, VEXO_FMT_BGRA8888},
     {"yuv420_rgba8888_bt709", call<libyuv::H420ToABGR, 3, 1>},
     {"yuv420_rgba8888_bt601fr", call<libyuv::J420ToABGR, 3, 1>},
     {"yuv420_rgb565", call<libyuv::I420ToRGB565, 3, 1>},

@@ -148,6 +148,8 @@ void run_plain(const Job &job, const vexo_img &src, const vexo_img &dst) {
                            dst.stride[0], d);
       }
       return require(vexo_csc(&src, &dst), job);
+    case kInterpolate:
+      return require(vexo_csc_new(&src, &dst), job);
     case kScale:
       return require(vexo_rsz(&src, &dst), job);
     case kTurn:

@@ -49,6 +49,8 @@ constexpr Ratio from_1080p(int32_t width, int32_t height) {
 enum Task {
   // Between equal formats a plane copy, of which a pixel is a byte.
   kConvert,
+  // The same with interpolated chroma.
+  kInterpolate,
   kScale,
   // A quarter turn to the left after scaling.
   kScaleAndTurn,
@@ -125,6 +127,8 @@ inline constexpr Workload kWorkloads[] = {
     {"yuv420_rgba8888_bt709", kConvert, kI420, kRgba, kEqual, VEXO_STD_BT709},
     {"yuv420_rgba8888_bt601fr", kConvert, kI420, kRgba, kEqual,
      VEXO_STD_BT601_FULL},
+    {"nv12_rgba8888_new", kInterpolate, kNv12, kRgba},
+    {"yuv420_rgba8888_new", kInterpolate, kI420, kRgba},
     {"rgba8888_nv12", kConvert, kRgba, kNv12},
     {"rgba8888_yuv420", kConvert, kRgba, kI420},
     {"rgb565_nv12", kConvert, k565, kNv12},

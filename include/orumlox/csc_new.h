@@ -35,17 +35,18 @@ VEXO_BEGIN_DECLS
  * there. Chroma of YUV444 is taken as it is.
  *
  * Results are those of the standard's own matrix, on numbers that are rounded
- * once at the end, within 0.6 of a channel's last bit, of RGBA1010102 0.75: they differ
- * by one at most from what is computed without rounding and then rounded. What is beyond black and
- * white is clamped. Channels of 5 and 6 bits are rounded, too. Alpha is all
- * ones. RGBAF16 is within 2^-11 of the matrix from 0 to 1, within 2^-10 beyond,
- * where numbers are kept, but for those below -2 and above 2; alpha is 1.0.
+ * once at the end, within 0.6 of a channel's last bit, of RGBA1010102 0.75:
+ * they differ by one at most from what is computed without rounding and then
+ * rounded. What is beyond black and white is clamped. Channels of 5 and 6 bits
+ * are rounded, too. Alpha is all ones. RGBAF16 is within 2^-11 of the matrix
+ * from 0 to 1, within 2^-10 beyond, where numbers are kept, but for those below
+ * -2 and above 2; alpha is 1.0.
  *
  * Luma and RGB are W x H, of any size from 1 x 1 on; chroma of half the width
  * has (W + 1) / 2 samples or pairs, of half the height (H + 1) / 2 rows. Rows
  * of UYVY and YUYV have whole pairs of pixels. Nothing beyond is read, and
- * nothing is written but W pixels of H rows. Of sizes those of plane 0 are read.
- * Words of YUV420PLANAR16 and P010LE count with their ten bits alone.
+ * nothing is written but W pixels of H rows. Of sizes those of plane 0 are
+ * read. Words of YUV420PLANAR16 and P010LE count with their ten bits alone.
  *
  * Returns VEXO_OK; VEXO_ERR_ARG for equal format codes, and for planes 0 of
  * different sizes; VEXO_ERR_UNSUPPORTED for a width or height below 1, for any
@@ -56,9 +57,9 @@ VEXO_API int32_t vexo_csc_new(const vexo_img *src, const vexo_img *dst);
 
 /*
  * The same of the destination's rows y0 to y1 - 1 for callers who divide a
- * picture between threads; descriptors are those of the whole picture. Any range
- * but 0 <= y0 <= y1 <= the source's height[0] is VEXO_ERR_ARG before all other
- * checks. Ranges that have every row once give the bytes of vexo_csc_new.
+ * picture between threads; descriptors are those of the whole picture. Any
+ * range but 0 <= y0 <= y1 <= the source's height[0] is VEXO_ERR_ARG before all
+ * other checks. Ranges that have every row once give the bytes of vexo_csc_new.
  */
 VEXO_API int32_t vexo_csc_new_rows(const vexo_img *src, const vexo_img *dst,
                                    int32_t y0, int32_t y1);

@@ -10,11 +10,11 @@
  * Format codes. The hundreds digit names the family: 0 to 99 planar and
  * semi-planar 8-bit YUV, 100 to 199 packed 8-bit YUV, 200 to 299 16-bit RGB,
  * 400 to 499 24-bit RGB, 500 to 599 32-bit RGB, 600 to 699 YUV with 16-bit
- * samples, 700 to 799 RGB of more than 8 bits. The lower-case name after VEXO_FMT_ is the layout's token, the word
- * that function names are built from. Bytes are listed in memory order, lowest
- * address first; 16-bit words are little-endian. Codes not listed here are
- * converted by nothing; the calls that treat 9, 10 and 15 to 99 as three 8-bit
- * planes say so.
+ * samples, 700 to 799 RGB of more than 8 bits. The lower-case name after
+ * VEXO_FMT_ is the layout's token, the word that function names are built from.
+ * Bytes are listed in memory order, lowest address first; 16-bit words are
+ * little-endian. Codes not listed here are converted by nothing; the calls that
+ * treat 9, 10 and 15 to 99 as three 8-bit planes say so.
  */
 enum {
   VEXO_FMT_YUV400 = 0,     /* luma alone (grey) */
@@ -52,11 +52,11 @@ enum {
 /* Values of vexo_img.color_std, which only vexo_csc and vexo_csc_new read as a
  * standard. vexo_csc has no routes for those of BT.2020. */
 enum {
-  VEXO_STD_DEFAULT = 0,    /* BT.601, luma 16..235 */
-  VEXO_STD_BT601_FULL = 1, /* BT.601, full range */
-  VEXO_STD_BT709 = 10,     /* BT.709, luma 16..235 */
+  VEXO_STD_DEFAULT = 0,     /* BT.601, luma 16..235 */
+  VEXO_STD_BT601_FULL = 1,  /* BT.601, full range */
+  VEXO_STD_BT709 = 10,      /* BT.709, luma 16..235 */
   VEXO_STD_BT709_FULL = 11, /* BT.709, full range */
-  VEXO_STD_BT2020 = 20,    /* BT.2020, luma 16..235 */
+  VEXO_STD_BT2020 = 20,     /* BT.2020, luma 16..235 */
   VEXO_STD_BT2020_FULL = 21 /* BT.2020, full range */
 };
 

@@ -34,16 +34,16 @@ struct SmoothSource {
 
 constexpr SmoothSource planes(int32_t format, int u_plane, bool half_width,
                               bool half_height) {
-  return {format,      kBytePlane,  u_plane, 3 - u_plane, false,
-          half_width,  half_height, kOnTop,  false,       false};
+  return {format,     kBytePlane,  u_plane, 3 - u_plane, false,
+          half_width, half_height, kOnTop,  false,       false};
 }
 constexpr SmoothSource pairs(int32_t format, SmoothSamples samples,
                              bool v_first) {
   return {format, samples, 1, 1, v_first, true, true, kOnTop, false, false};
 }
 constexpr SmoothSource packed(int32_t format, bool luma_first) {
-  return {format, kBytePairs, 0, 0, false, true, false, kOnTop, true,
-          luma_first};
+  return {format, kBytePairs, 0,      0,    false,
+          true,   false,      kOnTop, true, luma_first};
 }
 
 constexpr SmoothSource kSources[] = {
@@ -69,11 +69,11 @@ struct Destination {
 
 // By SmoothTarget.
 constexpr Destination kDestinations[kSmoothTargets] = {
-    {VEXO_FMT_RGB565, kScale565, 2},      {VEXO_FMT_BGR565, kScale565, 2},
-    {VEXO_FMT_RGB888, kScale8, 3},        {VEXO_FMT_BGR888, kScale8, 3},
-    {VEXO_FMT_RGBA8888, kScale8, 4},      {VEXO_FMT_BGRA8888, kScale8, 4},
-    {VEXO_FMT_ARGB8888, kScale8, 4},      {VEXO_FMT_ABGR8888, kScale8, 4},
-    {VEXO_FMT_RGBA1010102, kScale10, 4},  {VEXO_FMT_RGBAF16, kScaleF16, 8},
+    {VEXO_FMT_RGB565, kScale565, 2},     {VEXO_FMT_BGR565, kScale565, 2},
+    {VEXO_FMT_RGB888, kScale8, 3},       {VEXO_FMT_BGR888, kScale8, 3},
+    {VEXO_FMT_RGBA8888, kScale8, 4},     {VEXO_FMT_BGRA8888, kScale8, 4},
+    {VEXO_FMT_ARGB8888, kScale8, 4},     {VEXO_FMT_ABGR8888, kScale8, 4},
+    {VEXO_FMT_RGBA1010102, kScale10, 4}, {VEXO_FMT_RGBAF16, kScaleF16, 8},
 };
 
 const SmoothSource *source_of(int32_t format) {
@@ -96,9 +96,9 @@ const SmoothMatrix (*matrices_of(int32_t standard))[kSmoothScales] {
   constexpr struct {
     int32_t standard;
     int primaries, full;
-  } kStandards[] = {{VEXO_STD_DEFAULT, 0, 0},     {VEXO_STD_BT601_FULL, 0, 1},
-                    {VEXO_STD_BT709, 1, 0},       {VEXO_STD_BT709_FULL, 1, 1},
-                    {VEXO_STD_BT2020, 2, 0},      {VEXO_STD_BT2020_FULL, 2, 1}};
+  } kStandards[] = {{VEXO_STD_DEFAULT, 0, 0}, {VEXO_STD_BT601_FULL, 0, 1},
+                    {VEXO_STD_BT709, 1, 0},   {VEXO_STD_BT709_FULL, 1, 1},
+                    {VEXO_STD_BT2020, 2, 0},  {VEXO_STD_BT2020_FULL, 2, 1}};
   for (const auto &known : kStandards) {
     if (known.standard == standard) {
       return kSmoothMatrices.of[known.primaries][known.full];
@@ -151,15 +151,15 @@ class Columns {
     const int pixel_bytes = kDestinations[target].bytes;
     const auto to_rgb = smooth_rows().to_rgb[source_.words() ? 1 : 0][target];
     for (int32_t y = rows.begin; y < rows.end; ++y) {
-      const uint8_t *luma = planes_.row(0, y) +
-                            ptrdiff_t{first_} * (source_.words() ? 2 : 1);
+      const uint8_t *luma =
+          planes_.row(0, y) + ptrdiff_t{first_} * (source_.words() ? 2 : 1);
       if (source_.packed) luma = take_packed(y);
       if (!source_.half_width) {
         make_every_pixel(y);
       } else if (source_.half_height) {
         const int32_t row = y / 2;
-        const int32_t other = y % 2 == 0 ? (row > 0 ? row - 1 : 0)
-                                         : least(row + 1, last);
+        const int32_t other =
+            y % 2 == 0 ? (row > 0 ? row - 1 : 0) : least(row + 1, last);
         enlarge(siting, slot_of(row), slot_of(other));
       } else {
         const int slot = slot_of(y);
@@ -167,7 +167,8 @@ class Columns {
       }
       const int16_t *const chroma[2] = {pixels_[0].number, pixels_[1].number};
       to_rgb(luma, source_.factor, chroma, matrix,
-             planes_.dst[0] + static_cast<ptrdiff_t>(y) * planes_.dst_stride[0] +
+             planes_.dst[0] +
+                 static_cast<ptrdiff_t>(y) * planes_.dst_stride[0] +
                  ptrdiff_t{first_} * pixel_bytes,
              count_);
     }
@@ -212,9 +213,8 @@ class Columns {
       from[1] = planes_.row(source_.v_plane, row) + skipped;
     }
     HalfNumbers *const kept = rows_[slot];
-    int16_t *const to[2] = {
-        kept[source_.v_first ? 1 : 0].number + 1 - before,
-        kept[source_.v_first ? 0 : 1].number + 1 - before};
+    int16_t *const to[2] = {kept[source_.v_first ? 1 : 0].number + 1 - before,
+                            kept[source_.v_first ? 0 : 1].number + 1 - before};
     smooth_rows().samples[source_.samples](from, source_.factor, to,
                                            before + samples_ + behind);
     for (int kind = 0; kind < 2; ++kind) {
@@ -332,13 +332,13 @@ int32_t vexo_csc_new_supports(int32_t src_format, int32_t dst_format,
              : 0;
 }
 
-#define LOX_NEW_KERNEL(name, from, to, standard)                            \
-  void name(uint8_t *const src_plane[4], const int32_t src_width[4],        \
-            const int32_t src_height[4], const int32_t src_stride[4],       \
-            const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {     \
-    lox::convert_as(VEXO_FMT_##from, VEXO_FMT_##to, VEXO_STD_##standard,    \
-                    src_plane, src_width, src_height, src_stride,           \
-                    dst_stride, dst_plane);                                 \
+#define LOX_NEW_KERNEL(name, from, to, standard)                              \
+  void name(uint8_t *const src_plane[4], const int32_t src_width[4],          \
+            const int32_t src_height[4], const int32_t src_stride[4],         \
+            const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {       \
+    lox::convert_as(VEXO_FMT_##from, VEXO_FMT_##to, VEXO_STD_##standard,      \
+                    src_plane, src_width, src_height, src_stride, dst_stride, \
+                    dst_plane);                                               \
   }
 #define LOX_NEW_RGBA(token, from) \
   LOX_NEW_KERNEL(vexo_csc_##token##_to_rgba8888_new, from, RGBA8888, DEFAULT)
@@ -354,16 +354,15 @@ LOX_NEW_RGBA(yuyv, YUYV)
 LOX_NEW_RGBA(yuv420Planar16, YUV420PLANAR16)
 LOX_NEW_RGBA(p010le, P010LE)
 
-#define LOX_NEW_RGBA_BT709(token, from)                                      \
+#define LOX_NEW_RGBA_BT709(token, from)                                    \
   LOX_NEW_KERNEL(vexo_csc_bt709_##token##_to_rgba8888_new, from, RGBA8888, \
                  BT709)
 LOX_NEW_RGBA_BT709(yuv420, YUV420)
 LOX_NEW_RGBA_BT709(nv12, NV12)
 LOX_NEW_RGBA_BT709(nv21, NV21)
 
-#define LOX_NEW_P010_BT2020(token, to)                                \
-  LOX_NEW_KERNEL(vexo_csc_bt2020_p010le_to_##token##_new, P010LE, to, \
-                 BT2020)
+#define LOX_NEW_P010_BT2020(token, to) \
+  LOX_NEW_KERNEL(vexo_csc_bt2020_p010le_to_##token##_new, P010LE, to, BT2020)
 LOX_NEW_P010_BT2020(rgba8888, RGBA8888)
 LOX_NEW_P010_BT2020(rgba1010102, RGBA1010102)
 LOX_NEW_P010_BT2020(rgbaf16, RGBAF16)

@@ -53,14 +53,15 @@ constexpr SmoothMatrix smooth_matrix(const Primaries &p, bool full,
   const double green = 1 - p.red - p.blue;
   const double from_v = 2 * (1 - p.red);
   const double from_u = 2 * (1 - p.blue);
-  return {.luma = nearest(unit.red_blue * of_luma),
-          .red_v = nearest(unit.red_blue * from_v * of_chroma),
-          .green_u = nearest(unit.green * -from_u * p.blue / green * of_chroma),
-          .green_v = nearest(unit.green * -from_v * p.red / green * of_chroma),
-          .blue_u = nearest(unit.red_blue * from_u * of_chroma),
-          .luma_green = nearest(unit.green * of_luma),
-          .offset = nearest(unit.round_red_blue - unit.red_blue * black / luma),
-          .offset_green = nearest(unit.round_green - unit.green * black / luma)};
+  return {
+      .luma = nearest(unit.red_blue * of_luma),
+      .red_v = nearest(unit.red_blue * from_v * of_chroma),
+      .green_u = nearest(unit.green * -from_u * p.blue / green * of_chroma),
+      .green_v = nearest(unit.green * -from_v * p.red / green * of_chroma),
+      .blue_u = nearest(unit.red_blue * from_u * of_chroma),
+      .luma_green = nearest(unit.green * of_luma),
+      .offset = nearest(unit.round_red_blue - unit.red_blue * black / luma),
+      .offset_green = nearest(unit.round_green - unit.green * black / luma)};
 }
 
 struct SmoothMatrices {
@@ -72,9 +73,8 @@ constexpr SmoothMatrices kSmoothMatrices = [] {
     for (int full = 0; full < 2; ++full) {
       for (int ten_bits = 0; ten_bits < 2; ++ten_bits) {
         for (int scale = 0; scale < kSmoothScales; ++scale) {
-          all.of[p][full][ten_bits][scale] =
-              smooth_matrix(kPrimaries[p], full != 0, ten_bits != 0,
-                            kSmoothUnits[scale]);
+          all.of[p][full][ten_bits][scale] = smooth_matrix(
+              kPrimaries[p], full != 0, ten_bits != 0, kSmoothUnits[scale]);
         }
       }
     }

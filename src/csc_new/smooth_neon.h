@@ -39,9 +39,8 @@ struct SmoothOps {
     return {load_word(p, factor), load_word(p + 16, factor)};
   }
   LOX_OP Reg centred(Reg v) {
-    return vshrq_n_s16(veorq_s16(vandq_s16(v, vdupq_n_s16(-0x40)),
-                                 vdupq_n_s16(INT16_MIN)),
-                       4);
+    return vshrq_n_s16(
+        veorq_s16(vandq_s16(v, vdupq_n_s16(-0x40)), vdupq_n_s16(INT16_MIN)), 4);
   }
   LOX_OP Elements centred(Elements v) {
     return {centred(v.low), centred(v.high)};
@@ -118,9 +117,8 @@ struct SmoothOps {
   LOX_OP Channels channels(W16 luma, W16 u, W16 v, const Factors &k) {
     const Three even = channels<kGreenApart>(luma.even, u.even, v.even, k);
     const Three odd = channels<kGreenApart>(luma.odd, u.odd, v.odd, k);
-    return {{even.red, odd.red},
-            {even.green, odd.green},
-            {even.blue, odd.blue}};
+    return {
+        {even.red, odd.red}, {even.green, odd.green}, {even.blue, odd.blue}};
   }
 
   LOX_OP uint16x8_t ten_bits(Reg v) {
@@ -147,18 +145,17 @@ struct SmoothOps {
   // The magnitude as a float, less the difference of exponents, rounded to ten
   // bits behind its first one. 0 comes out negative, which narrowing makes 0.
   LOX_OP uint16x4_t magnitude(uint16x4_t v) {
-    const int32x4_t bits =
-        vreinterpretq_s32_f32(vcvtq_f32_u32(vmovl_u16(v)));
+    const int32x4_t bits = vreinterpretq_s32_f32(vcvtq_f32_u32(vmovl_u16(v)));
     return vqshrun_n_s32(
-        vaddq_s32(bits, vdupq_n_s32((1 << 12) -
-                                    ((127 - 15 + kSmoothBitsF16) << 23))),
+        vaddq_s32(bits,
+                  vdupq_n_s32((1 << 12) - ((127 - 15 + kSmoothBitsF16) << 23))),
         13);
   }
   LOX_OP uint16x8_t half_float(Reg v) {
     const uint16x8_t a = V::as_unsigned(vabsq_s16(v));
-    return vorrq_u16(vcombine_u16(magnitude(vget_low_u16(a)),
-                                  magnitude(vget_high_u16(a))),
-                     vandq_u16(V::as_unsigned(v), vdupq_n_u16(0x8000)));
+    return vorrq_u16(
+        vcombine_u16(magnitude(vget_low_u16(a)), magnitude(vget_high_u16(a))),
+        vandq_u16(V::as_unsigned(v), vdupq_n_u16(0x8000)));
   }
   LOX_OP uint16x8x2_t half_floats(W16 v) {
     return vzipq_u16(half_float(v.even), half_float(v.odd));

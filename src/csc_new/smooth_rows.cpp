@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// YUV to RGB with interpolated chroma, a row at a time. The portable form is the
-// rule; the vector form gives the same bytes.
+// YUV to RGB with interpolated chroma, a row at a time. The portable form is
+// the rule; the vector form gives the same bytes.
 #include "csc_new/smooth_rows.h"
 
 #include "simd/simd.h"
@@ -34,14 +34,14 @@ void samples(const uint8_t *const from[2], [[maybe_unused]] int factor,
   constexpr int kBytes = kWords ? 2 : 1;
   ptrdiff_t done = 0;
 #if LOX_VECTORS
-  const auto load = [factor]<class Ops>(const uint8_t *p,
-                                        Ops) LOX_INLINE_LAMBDA {
-    if constexpr (kWords) {
-      return Ops::centred(Ops::load_words(p, factor));
-    } else {
-      return Ops::centred(Ops::load_bytes(p));
-    }
-  };
+  const auto load = [factor]<class Ops>(const uint8_t *p, Ops)
+                        LOX_INLINE_LAMBDA {
+                          if constexpr (kWords) {
+                            return Ops::centred(Ops::load_words(p, factor));
+                          } else {
+                            return Ops::centred(Ops::load_bytes(p));
+                          }
+                        };
   if constexpr (kPairs) {
     done = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
       using Ops = SmoothOps<V>;
@@ -72,11 +72,9 @@ void samples(const uint8_t *const from[2], [[maybe_unused]] int factor,
 #endif
   for (ptrdiff_t i = done; i < n; ++i) {
     for (int kind = 0; kind < 2; ++kind) {
-      const uint8_t *const p = kPairs
-                                   ? from[0] + (2 * i + kind) * kBytes
-                                   : from[kind] + i * kBytes;
-      to[kind][i] =
-          kWords ? chroma_of_word(p, factor) : centred(*p, 128, 16);
+      const uint8_t *const p =
+          kPairs ? from[0] + (2 * i + kind) * kBytes : from[kind] + i * kBytes;
+      to[kind][i] = kWords ? chroma_of_word(p, factor) : centred(*p, 128, 16);
     }
   }
 }
@@ -115,17 +113,17 @@ void enlarge(const int16_t *near_row, const int16_t *far_row, int16_t *to,
                             Ops::shift_left<1>(Ops::add(here, next)));
     } else {
       const auto three = Ops::add(here, Ops::shift_left<1>(here));
-      Ops::store_interleave(to + 2 * i,
-                            Ops::add(three, between(a - 1, b - 1)),
+      Ops::store_interleave(to + 2 * i, Ops::add(three, between(a - 1, b - 1)),
                             Ops::add(three, next));
     }
   }
 #else
-  const auto between = [=](ptrdiff_t i) { return 3 * near_row[i] + far_row[i]; };
+  const auto between = [=](ptrdiff_t i) {
+    return 3 * near_row[i] + far_row[i];
+  };
   for (ptrdiff_t i = 0; i < n; ++i) {
     const int here = between(i);
-    const int first =
-        kSiting == kLeft ? 4 * here : 3 * here + between(i - 1);
+    const int first = kSiting == kLeft ? 4 * here : 3 * here + between(i - 1);
     const int second = kSiting == kLeft ? 2 * (here + between(i + 1))
                                         : 3 * here + between(i + 1);
     to[2 * i] = static_cast<int16_t>(first);
@@ -136,7 +134,9 @@ void enlarge(const int16_t *near_row, const int16_t *far_row, int16_t *to,
 
 // --- pixels: the rule -------------------------------------------------------
 
-int scaled(int number, int factor) { return (number * factor + (1 << 14)) >> 15; }
+int scaled(int number, int factor) {
+  return (number * factor + (1 << 14)) >> 15;
+}
 
 int between(int low, int v, int high) {
   return v < low ? low : v > high ? high : v;
@@ -190,10 +190,9 @@ void put(uint8_t *p, Rgb c) {
     put_word(p, r | g << 10);
     put_word(p + 2, g >> 6 | b << 4 | 0xC000);
   } else {
-    put_pixel<kPixelFormats[kTarget]>(p,
-                                      {between(0, c.r >> kSmoothBits, 255),
-                                       between(0, c.g >> kSmoothBits, 255),
-                                       between(0, c.b >> kSmoothBits, 255)});
+    put_pixel<kPixelFormats[kTarget]>(p, {between(0, c.r >> kSmoothBits, 255),
+                                          between(0, c.g >> kSmoothBits, 255),
+                                          between(0, c.b >> kSmoothBits, 255)});
   }
 }
 
@@ -245,7 +244,7 @@ void to_rgb(const uint8_t *luma, int factor, const int16_t *const chroma[2],
                          kSmoothBits, false>(to, c.red, c.green, c.blue);
           }
         },
-        moving<kWords ? 2 : 1>(y), moving<1>(u), moving<1>(v),
+        moving < kWords ? 2 : 1 > (y), moving<1>(u), moving<1>(v),
         moving<kPixelBytes<kTarget>>(to));
   });
 #endif
@@ -267,13 +266,13 @@ void to_rgb(const uint8_t *luma, int factor, const int16_t *const chroma[2],
 
 }  // namespace
 
-#define LOX_TARGETS(words)                                                 \
-  {                                                                        \
+#define LOX_TARGETS(words)                                                  \
+  {                                                                         \
     to_rgb<words, kRgb565>, to_rgb<words, kBgr565>, to_rgb<words, kRgb888>, \
-        to_rgb<words, kBgr888>, to_rgb<words, kRgba8888>,                  \
-        to_rgb<words, kBgra8888>, to_rgb<words, kArgb8888>,                \
-        to_rgb<words, kAbgr8888>, to_rgb<words, kRgba1010102>,             \
-        to_rgb<words, kRgbaF16>                                            \
+        to_rgb<words, kBgr888>, to_rgb<words, kRgba8888>,                   \
+        to_rgb<words, kBgra8888>, to_rgb<words, kArgb8888>,                 \
+        to_rgb<words, kAbgr8888>, to_rgb<words, kRgba1010102>,              \
+        to_rgb<words, kRgbaF16>                                             \
   }
 
 constinit const SmoothRows smooth_rows = {

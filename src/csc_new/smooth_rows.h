@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The row kernels of the conversion that interpolates chroma. A row goes through
-// three of them: the chroma of a source becomes numbers (`samples`), these
-// become one for each pixel (`enlarge`), and pixels are computed (`to_rgb`). So
-// neither the sources nor where their chroma is sited multiply the kernels of
-// destinations.
+// The row kernels of the conversion that interpolates chroma. A row goes
+// through three of them: the chroma of a source becomes numbers (`samples`),
+// these become one for each pixel (`enlarge`), and pixels are computed
+// (`to_rgb`). So neither the sources nor where their chroma is sited multiply
+// the kernels of destinations.
 #pragma once
 
 #include <stddef.h>
@@ -16,11 +16,7 @@
 namespace lox {
 
 // Destinations: an RgbLayout, or one of these.
-enum SmoothTarget {
-  kRgba1010102 = kRgbLayouts,
-  kRgbaF16,
-  kSmoothTargets
-};
+enum SmoothTarget { kRgba1010102 = kRgbLayouts, kRgbaF16, kSmoothTargets };
 
 // How samples lie in memory; pairs are U and V in turn.
 enum SmoothSamples {
@@ -60,9 +56,10 @@ struct SmoothRows {
   void (*samples[kSmoothSamples])(const uint8_t *const from[2], int factor,
                                   int16_t *const to[2], ptrdiff_t n);
   // The numbers of two pixels for each of n samples between two rows, which
-  // weigh 3 and 1. Of samples on the left the first pixel has the sample and the
-  // second the mean with the next one; of samples in the centre it is 3 and 1 of
-  // the sample and its neighbour. For every pixel: n pixels of the first row.
+  // weigh 3 and 1. Of samples on the left the first pixel has the sample and
+  // the second the mean with the next one; of samples in the centre it is 3 and
+  // 1 of the sample and its neighbour. For every pixel: n pixels of the first
+  // row.
   void (*enlarge[kSmoothSitings])(const int16_t *near_row,
                                   const int16_t *far_row, int16_t *to,
                                   ptrdiff_t n);

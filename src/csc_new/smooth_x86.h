@@ -37,8 +37,8 @@ struct SmoothOps {
             R::multiply_low16(R::load(p + n), k)};
   }
   LOX_OP Reg centred(Reg v) {
-    return R::template shift_right_signed16<4>(R::exclusive_or(
-        R::bit_and(v, R::fill16(0xFFC0)), R::fill16(0x8000)));
+    return R::template shift_right_signed16<4>(
+        R::exclusive_or(R::bit_and(v, R::fill16(0xFFC0)), R::fill16(0x8000)));
   }
   LOX_OP W16 centred(W16 v) { return {centred(v.a), centred(v.b)}; }
   // The even elements of both, and the odd ones.
@@ -83,9 +83,9 @@ struct SmoothOps {
             R::template shift_right16<1>(v.b)};
   }
   LOX_OP Reg luma(Reg v, int factor) {
-    return R::bit_and(R::template shift_right16<1>(
-                          R::multiply_low16(v, R::fill16(factor))),
-                      R::fill16(0x7FE0));
+    return R::bit_and(
+        R::template shift_right16<1>(R::multiply_low16(v, R::fill16(factor))),
+        R::fill16(0x7FE0));
   }
   template <Order O>
   LOX_OP W16 luma_of_words(const uint8_t *p, int factor) {
@@ -130,11 +130,10 @@ struct SmoothOps {
   }
   LOX_OP void store_1010102(uint8_t *p, Reg red, Reg green, Reg blue) {
     const Reg g = ten_bits(green);
-    const Reg low =
-        R::bit_or(ten_bits(red), R::template shift_left16<10>(g));
-    const Reg high = R::bit_or(
-        R::bit_or(R::template shift_right16<6>(g), R::fill16(0xC000)),
-        R::template shift_left16<4>(ten_bits(blue)));
+    const Reg low = R::bit_or(ten_bits(red), R::template shift_left16<10>(g));
+    const Reg high =
+        R::bit_or(R::bit_or(R::template shift_right16<6>(g), R::fill16(0xC000)),
+                  R::template shift_left16<4>(ten_bits(blue)));
     R::template store<false>(p, R::unpack_low16(low, high));
     R::template store<false>(p + n, R::unpack_high16(low, high));
   }

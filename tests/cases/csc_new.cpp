@@ -10,13 +10,14 @@ namespace lox_test {
 namespace {
 
 constexpr int32_t kFrom[] = {
-    VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444,         VEXO_FMT_YV12,
-    VEXO_FMT_YV16,   VEXO_FMT_NV12,    VEXO_FMT_NV21,           VEXO_FMT_UYVY,
+    VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444,        VEXO_FMT_YV12,
+    VEXO_FMT_YV16,   VEXO_FMT_NV12,    VEXO_FMT_NV21,          VEXO_FMT_UYVY,
     VEXO_FMT_YUYV,   VEXO_FMT_P010LE,  VEXO_FMT_YUV420PLANAR16};
-constexpr int32_t kTo[] = {
-    VEXO_FMT_RGB565,   VEXO_FMT_BGR565,   VEXO_FMT_RGB888,      VEXO_FMT_BGR888,
-    VEXO_FMT_RGBA8888, VEXO_FMT_BGRA8888, VEXO_FMT_ARGB8888,
-    VEXO_FMT_ABGR8888, VEXO_FMT_RGBAF16,  VEXO_FMT_RGBA1010102};
+constexpr int32_t kTo[] = {VEXO_FMT_RGB565,   VEXO_FMT_BGR565,
+                           VEXO_FMT_RGB888,   VEXO_FMT_BGR888,
+                           VEXO_FMT_RGBA8888, VEXO_FMT_BGRA8888,
+                           VEXO_FMT_ARGB8888, VEXO_FMT_ABGR8888,
+                           VEXO_FMT_RGBAF16,  VEXO_FMT_RGBA1010102};
 constexpr int32_t kStandards[] = {VEXO_STD_DEFAULT, VEXO_STD_BT601_FULL,
                                   VEXO_STD_BT709,   VEXO_STD_BT709_FULL,
                                   VEXO_STD_BT2020,  VEXO_STD_BT2020_FULL};
@@ -48,9 +49,9 @@ void entry(const Function &function, Source &source, Sink &sink) {
   src.img.format = from;
   dst.img.format = to;
   src.img.color_std = most_of(kStandards, source);
-  dst.img.color_std =
-      source.one_in(16) ? source.between(-1, 21)
-      : source.one_in(2) ? 0 : src.img.color_std;
+  dst.img.color_std = source.one_in(16)  ? source.between(-1, 21)
+                      : source.one_in(2) ? 0
+                                         : src.img.color_std;
   src.img.reserved1 = source.one_in(32) ? source.any() : source.between(0, 1);
   if (source.one_in(32)) dst.img.width[0] += source.between(-1, 1);
   if (source.one_in(32)) dst.img.height[0] += source.between(-1, 1);
@@ -82,14 +83,14 @@ void kernel(const Function &function, Source &source, Sink &sink) {
 void supports(const Function &function, Source &source, Sink &sink) {
   const int32_t from = most_of(kFrom, source);
   const int32_t to = most_of(kTo, source);
-  sink.add(static_cast<uint32_t>(
-      function.as<decltype(vexo_csc_new_supports)>()(
-          from, to, most_of(kStandards, source))));
+  sink.add(static_cast<uint32_t>(function.as<decltype(vexo_csc_new_supports)>()(
+      from, to, most_of(kStandards, source))));
 }
 
 #define KERNEL(name) LOX_FUNCTION(kernel, name),
 const Function kFunctions[] = {
-    LOX_FUNCTION(entry, vexo_csc_new), LOX_FUNCTION(entry, vexo_csc_new_rows),
+    LOX_FUNCTION(entry, vexo_csc_new),
+    LOX_FUNCTION(entry, vexo_csc_new_rows),
     LOX_FUNCTION(supports, vexo_csc_new_supports),
 #include "vexo_csc_new_kernel.inc"
 };

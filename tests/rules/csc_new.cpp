@@ -25,9 +25,9 @@ int64_t pixel_bytes(int32_t format) {
 
 double sample(const vexo_img &img, const Place &place, int32_t column,
               int32_t row) {
-  const uint8_t *const p =
-      img.plane[place.plane] + int64_t{row} * img.stride[place.plane] +
-      int64_t{column} * place.step + place.first;
+  const uint8_t *const p = img.plane[place.plane] +
+                           int64_t{row} * img.stride[place.plane] +
+                           int64_t{column} * place.step + place.first;
   if (img.format == VEXO_FMT_P010LE) return (p[-1] | p[0] << 8) >> 6;
   if (has_words(img.format)) return (p[0] | p[1] << 8) & 1023;
   return *p;
@@ -77,7 +77,8 @@ Pixel pixel(const vexo_img &img, int32_t x, int32_t y) {
   return {r, (l - kr * r - kb * b) / (1 - kr - kb), b};
 }
 
-// --- what it is ----------------------------------------------------------------
+// --- what it is
+// ----------------------------------------------------------------
 
 double half_float(const uint8_t *p) {
   const int word = p[0] | p[1] << 8;
@@ -105,7 +106,8 @@ bool near(int32_t format, const uint8_t *p, const double (&c)[3]) {
   }
   if (format == VEXO_FMT_RGBA1010102) {
     const int64_t word = p[0] | p[1] << 8 | p[2] << 16 | int64_t{p[3]} << 24;
-    return near(word & 1023, c[0], 1023) && near(word >> 10 & 1023, c[1], 1023) &&
+    return near(word & 1023, c[0], 1023) &&
+           near(word >> 10 & 1023, c[1], 1023) &&
            near(word >> 20 & 1023, c[2], 1023) && word >> 30 == 3;
   }
   const Rgb &rgb = rgb_layout(format);
@@ -148,10 +150,9 @@ bool is_standard(int32_t standard) {
          standard < 30;
 }
 int32_t supports(const Function &, int32_t from, int32_t to, int32_t standard) {
-  const bool yuv =
-      (from >= VEXO_FMT_YUV420 && from <= VEXO_FMT_NV21) ||
-      from == VEXO_FMT_UYVY || from == VEXO_FMT_YUYV ||
-      from == VEXO_FMT_YUV420PLANAR16 || from == VEXO_FMT_P010LE;
+  const bool yuv = (from >= VEXO_FMT_YUV420 && from <= VEXO_FMT_NV21) ||
+                   from == VEXO_FMT_UYVY || from == VEXO_FMT_YUYV ||
+                   from == VEXO_FMT_YUV420PLANAR16 || from == VEXO_FMT_P010LE;
   const bool rgb = std::any_of(std::begin(kRgb), std::end(kRgb),
                                [&](const Rgb &l) { return l.format == to; });
   return yuv && (rgb || to == VEXO_FMT_RGBA1010102 || to == VEXO_FMT_RGBAF16) &&

@@ -64,9 +64,9 @@ inline Function by_rule(const Function &function) {
   static const std::vector<Rule> all = [] {
     std::vector<Rule> rules;
     for (const auto &some :
-         {csc_rules(), csc_new_rules(), layout_rules(), rot_rules(), rsz_rules(), blocks_rules(),
-          vqe_rules(), hdr_rules(), dct_rules(), media_rules(),
-          picture_rules()}) {
+         {csc_rules(), csc_new_rules(), layout_rules(), rot_rules(),
+          rsz_rules(), blocks_rules(), vqe_rules(), hdr_rules(), dct_rules(),
+          media_rules(), picture_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;
