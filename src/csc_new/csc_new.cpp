@@ -245,6 +245,11 @@ class Columns {
     return luma + 2 * ptrdiff_t{before};
   }
 
+  HalfNumbers rows_[2][2];
+  Numbers pixels_[2];
+  // Room for a pair on either side.
+  uint8_t packed_luma_[kColumns + 64];
+  uint8_t packed_pairs_[kColumns + 64];
   const SmoothSource &source_;
   const Planes &planes_;
   int32_t first_, count_;
@@ -252,10 +257,6 @@ class Columns {
   // are from the first one on.
   int32_t first_sample_ = 0, samples_ = 0, samples_left_ = 0;
   int32_t held_[2] = {-1, -1};
-  HalfNumbers rows_[2][2];
-  Numbers pixels_[2];
-  uint8_t packed_luma_[kColumns + 8];
-  uint8_t packed_pairs_[kColumns + 8];
 };
 
 void convert(const SmoothSource &source, int target, SmoothSiting siting,

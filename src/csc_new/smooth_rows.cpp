@@ -28,20 +28,23 @@ int16_t chroma_of_word(const uint8_t *p, int factor) {
   return centred(factor == kOnTop ? word >> 6 : word & 1023, 512, 4);
 }
 
+#if LOX_VECTORS
+template <bool kWords, class Ops>
+LOX_INLINE auto load_samples(const uint8_t *p, [[maybe_unused]] int factor) {
+  if constexpr (kWords) {
+    return Ops::centred(Ops::load_words(p, factor));
+  } else {
+    return Ops::centred(Ops::load_bytes(p));
+  }
+}
+#endif
+
 template <bool kWords, bool kPairs>
 void samples(const uint8_t *const from[2], [[maybe_unused]] int factor,
              int16_t *const to[2], ptrdiff_t n) {
   constexpr int kBytes = kWords ? 2 : 1;
   ptrdiff_t done = 0;
 #if LOX_VECTORS
-  const auto load = [factor]<class Ops>(const uint8_t *p, Ops)
-                        LOX_INLINE_LAMBDA {
-                          if constexpr (kWords) {
-                            return Ops::centred(Ops::load_words(p, factor));
-                          } else {
-                            return Ops::centred(Ops::load_bytes(p));
-                          }
-                        };
   if constexpr (kPairs) {
     done = with_vectors(n, [&]<class V>(V) LOX_INLINE_LAMBDA {
       using Ops = SmoothOps<V>;
@@ -51,7 +54,7 @@ void samples(const uint8_t *const from[2], [[maybe_unused]] int factor,
       for_units<V::n / 2, 1>(
           n,
           [&]() LOX_INLINE_LAMBDA {
-            const auto v = load(p, Ops());
+            const auto v = load_samples<kWords, Ops>(p, factor);
             Ops::store(first, Ops::even(v));
             Ops::store(second, Ops::odd(v));
           },
@@ -64,7 +67,10 @@ void samples(const uint8_t *const from[2], [[maybe_unused]] int factor,
         const uint8_t *p = from[plane];
         int16_t *out = to[plane];
         for_vectors<V, 1>(
-            n, [&]() LOX_INLINE_LAMBDA { Ops::store(out, load(p, Ops())); },
+            n,
+            [&]() LOX_INLINE_LAMBDA {
+              Ops::store(out, load_samples<kWords, Ops>(p, factor));
+            },
             moving<kBytes>(p), moving<1>(out));
       }
     });
