@@ -60,16 +60,24 @@ struct SmoothOps {
 
   // --- pixels: the even and the odd ones apart ------------------------------
 
-  // The first four by their place.
+  // By their places in a register: clang would make a register of each before
+  // the loop, and has too few.
   struct Factors {
-    int16x4_t chroma, luma;
-    int16x8_t offset, offset_green;
+    int16x8_t places, offset, offset_green;
   };
   LOX_OP Factors factors(const SmoothMatrix &m) {
-    const int16_t chroma[4] = {m.red_v, m.green_u, m.green_v, m.blue_u};
-    const int16_t luma[4] = {m.luma, m.luma_green, 0, 0};
-    return {vld1_s16(chroma), vld1_s16(luma), V::keep(vdupq_n_s16(m.offset)),
+    const int16_t places[8] = {m.red_v, m.green_u,    m.green_v, m.blue_u,
+                               m.luma,  m.luma_green, 0,         0};
+    return {vld1q_s16(places), V::keep(vdupq_n_s16(m.offset)),
             V::keep(vdupq_n_s16(m.offset_green))};
+  }
+  template <int kPlace>
+  LOX_OP Reg multiply(Reg v, const Factors &k) {
+    if constexpr (kPlace < 4) {
+      return vqrdmulhq_lane_s16(v, vget_low_s16(k.places), kPlace);
+    } else {
+      return vqrdmulhq_lane_s16(v, vget_high_s16(k.places), kPlace - 4);
+    }
   }
   template <Order O>
   LOX_OP W16 luma_of_bytes(const uint8_t *p) {
@@ -102,19 +110,17 @@ struct SmoothOps {
   };
   template <bool kGreenApart>
   LOX_OP Three channels(Reg luma, Reg u, Reg v, const Factors &k) {
-    const int16x8_t y =
-        vaddq_s16(vqrdmulhq_lane_s16(luma, k.luma, 0), k.offset);
+    const int16x8_t y = vaddq_s16(multiply<4>(luma, k), k.offset);
     const int16x8_t y_green =
-        kGreenApart
-            ? vaddq_s16(vqrdmulhq_lane_s16(luma, k.luma, 1), k.offset_green)
-            : y;
-    return {vqaddq_s16(y, vqrdmulhq_lane_s16(v, k.chroma, 0)),
-            vaddq_s16(y_green, vaddq_s16(vqrdmulhq_lane_s16(u, k.chroma, 1),
-                                         vqrdmulhq_lane_s16(v, k.chroma, 2))),
-            vqaddq_s16(y, vqrdmulhq_lane_s16(u, k.chroma, 3))};
+        kGreenApart ? vaddq_s16(multiply<5>(luma, k), k.offset_green) : y;
+    return {vqaddq_s16(y, multiply<0>(v, k)),
+            vaddq_s16(vaddq_s16(y_green, multiply<1>(u, k)), multiply<2>(v, k)),
+            vqaddq_s16(y, multiply<3>(u, k))};
   }
   template <bool kGreenApart>
-  LOX_OP Channels channels(W16 luma, W16 u, W16 v, const Factors &k) {
+  LOX_OP Channels channels(W16 luma, W16 u, W16 v, const Factors &factors) {
+    Factors k = factors;
+    __asm__ volatile("" : "+w"(k.places));
     const Three even = channels<kGreenApart>(luma.even, u.even, v.even, k);
     const Three odd = channels<kGreenApart>(luma.odd, u.odd, v.odd, k);
     return {
