@@ -170,6 +170,21 @@ VEXO_API int32_t vexo_picture_context_new(vexo_picture_context **context);
 /* Null is ignored. */
 VEXO_API void vexo_picture_context_free(vexo_picture_context *context);
 
+/*
+ * What pixels have of the chroma that they share. As it is: each pixel the
+ * sample that covers it, which is fastest; but sources of 10 bits, those of
+ * BT.2020 and destinations of more than 8 bits have it interpolated, for
+ * samples on the left, unless a call of csc.h serves. The other two: always
+ * interpolated by vexo_csc_new (csc_new.h), for samples on the left, as in
+ * video, or between columns, as in JPEG; but for tiles of 8 x 8 and 256 x 16,
+ * which become RGB at once.
+ */
+enum {
+  VEXO_CHROMA_AS_IT_IS = 0,
+  VEXO_CHROMA_LEFT = 1,
+  VEXO_CHROMA_CENTRE = 2
+};
+
 /* Options of all five calls. Zero, and a null pointer for the record, is what
  * is usually wanted; each call looks at those that it names. */
 typedef struct vexo_picture_options {
@@ -188,12 +203,18 @@ typedef struct vexo_picture_options {
   int32_t measure;
   /* 1: RGB of _tonemap is expanded from 16..235 to 0..255. */
   int32_t full_range;
+  /* One of VEXO_FILTER_, of _scale. */
+  int32_t filter;
+  /* 1: what loses bits is dithered (dither.h), in all five calls. */
+  int32_t dither;
+  /* One of VEXO_CHROMA_: how YUV becomes RGB, in all five calls. */
+  int32_t chroma;
   /* 0, or the options are refused. */
-  int32_t reserved[9];
+  int32_t reserved[6];
 } vexo_picture_options;
 
 /* Converts to the destination's format and standard; sizes are equal. Equal
- * formats are copied. No option. */
+ * formats are copied. */
 VEXO_API int32_t vexo_picture_convert(vexo_picture_context *context,
                                       const vexo_img *src, const vexo_img *dst,
                                       const vexo_picture_options *options);

@@ -49,7 +49,9 @@ bool known(const vexo_picture_options &o) {
   for (const int32_t word : o.reserved) {
     if (word != 0) return false;
   }
-  return turn && kind && prescale && mode && o.source_nit >= 0 &&
+  const bool chroma =
+      o.chroma >= VEXO_CHROMA_AS_IT_IS && o.chroma <= VEXO_CHROMA_CENTRE;
+  return turn && kind && prescale && mode && chroma && o.source_nit >= 0 &&
          flag(o.measure) && flag(o.full_range);
 }
 
@@ -58,6 +60,13 @@ struct Request {
   int32_t status;
   vexo_picture_options options;
   Content from, to;
+
+  // How conversions before a turn are made, and those behind it.
+  Manner before() const { return {options.chroma, false}; }
+  Manner after() const {
+    return {options.chroma, options.rotation != VEXO_ROT_COPY &&
+                                interpolates(find_chain(from, to, before()))};
+  }
 };
 
 Request check(const vexo_img *src, const vexo_img *dst,
@@ -108,7 +117,7 @@ Content turned(const Content &content, int32_t rotation) {
 }
 
 bool is_turned(int32_t format) {
-  return is_10_bit(format) ||
+  return is_10_bit(format) || format == VEXO_FMT_RGBA1010102 ||
          vexo_rot_supports(format, static_cast<uint32_t>(VEXO_ROT_COPY)) != 0;
 }
 
@@ -147,8 +156,8 @@ Way find_way(const Request &r, bool reduces, Passes passes) {
   if (alone != 0 && turned(r.from, r.options.rotation) == r.to) {
     return {alone, r.from};
   }
-  const Costs before = costs_from(r.from);
-  const Costs after = costs_to(r.to);
+  const Costs before = costs_from(r.from, r.before());
+  const Costs after = costs_to(r.to, r.after());
   Way best;
   for (int32_t place = 0; place < kPlaces; ++place) {
     const Content content = content_at(place);
@@ -207,7 +216,7 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
     return at_once(format) ? 1 : (scales ? 1 : 0) + (turns ? 1 : 0);
   };
   if (!scales && !turns) {
-    const Chain chain = find_chain(r.from, r.to);
+    const Chain chain = find_chain(r.from, r.to, r.before());
     if (chain.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
     plan->add(chain);
     return VEXO_OK;
@@ -217,14 +226,14 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
       passes);
   if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
   const Content end = turned(way.content, rotation);
-  plan->add(find_chain(r.from, way.content));
+  plan->add(find_chain(r.from, way.content, r.before()));
   if (at_once(way.content.format)) {
     plan->add(Work::kScaleAndTurn, end, dst.width[0], dst.height[0]);
   } else {
     if (scales) plan->add(Work::kScale, way.content, to_width, to_height);
     if (turns) plan->add(Work::kTurn, end, dst.width[0], dst.height[0]);
   }
-  plan->add(find_chain(end, r.to));
+  plan->add(find_chain(end, r.to, r.after()));
   return VEXO_OK;
 }
 
@@ -241,7 +250,7 @@ int32_t plan_tonemap(const vexo_img &src, const vexo_img &dst, const Request &r,
         format.code == VEXO_FMT_RGB888 || has_standard(format.code) == rgb) {
       continue;
     }
-    const Chain chain = find_chain(content, r.to);
+    const Chain chain = find_chain(content, r.to, r.before());
     if (chain.cost >= best.cost) continue;
     best = chain;
     mapped = content;
@@ -270,12 +279,12 @@ int32_t plan_thumbnail(const vexo_img &src, const vexo_img &dst,
       !leaves_enough(r.options.prescale, src, width, height)) {
     return VEXO_ERR_ARG;
   }
-  plan->add(find_chain(r.from, way.content));
+  plan->add(find_chain(r.from, way.content, r.before()));
   plan->add(Work::kThumbnail, way.content, width, height);
   if (rotation != VEXO_ROT_COPY) {
     plan->add(Work::kTurn, way.content, dst.width[0], dst.height[0]);
   }
-  plan->add(find_chain(way.content, r.to));
+  plan->add(find_chain(way.content, r.to, r.after()));
   return VEXO_OK;
 }
 
@@ -366,7 +375,7 @@ int32_t vexo_picture_passes(int32_t src_format, int32_t src_std,
   const Content from = content_of(src_format, src_std);
   const Content to = content_of(dst_format, dst_std);
   if (place_of(from) < 0 || place_of(to) < 0) return 0;
-  const Chain chain = find_chain(from, to);
+  const Chain chain = find_chain(from, to, {});
   if (chain.cost == kNoWay) return 0;
   const int32_t passes = chain.count > 0 ? chain.count : 1;
   if (formats != nullptr) {

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "common/caches.h"
+#include "orumlox/csc_new.h"
 #include "orumlox/rot.h"
 #include "orumlox/rsz.h"
 #include "picture/formats.h"
@@ -91,7 +92,9 @@ int32_t bytes_of(const Stage &stage, int32_t rows, size_t *bytes) {
 
 int32_t turn(const vexo_img &src, int32_t rotation, const vexo_img &dst) {
   const auto code = static_cast<uint32_t>(rotation);
-  if (!is_10_bit(src.format)) return vexo_rot(&src, code, &dst);
+  if (!is_10_bit(src.format) && src.format != VEXO_FMT_RGBA1010102) {
+    return vexo_rot(&src, code, &dst);
+  }
   const Format &format = *find_format(src.format);
   for (int32_t p = 0; p < format.planes; ++p) {
     (format.plane[p].unit == 2 ? vexo_tbl_fn_rot_16b
@@ -192,17 +195,20 @@ void Pipeline::complete() {
   }
 }
 
-// Conversions look at no row but their own, and at the other one that has the
-// same chroma: a few rows of all stages are done while they are near. Tiles are
-// left whole.
+// Most conversions look at no row but their own, and at the other one that has
+// the same chroma: a few rows of all stages are done while they are near. What
+// is interpolated looks further, and tiles are left whole.
 int32_t Pipeline::rows_of_bands() const {
-  constexpr int32_t kLeast = 4;
+  constexpr int32_t kLeast = 8;  // patterns are as high
   const int32_t height = src_.height[0];
   size_t most = 0;
   for (int i = 0; i < plan_.count; ++i) {
     const Stage &stage = plan_.stage[i];
-    if ((stage.work != Work::kConvert && stage.work != Work::kCopy) ||
-        is_tiled(content_before(i).format) || is_tiled(stage.content.format)) {
+    const bool by_rows =
+        stage.work == Work::kCopy ||
+        (stage.work == Work::kConvert && !stage.conversion.interpolates());
+    if (!by_rows || is_tiled(content_before(i).format) ||
+        is_tiled(stage.content.format)) {
       return height;
     }
     size_t bytes = 0;
@@ -290,6 +296,11 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
       copy_step(in, out);
       return VEXO_OK;
     case Work::kConvert:
+      if (stage.conversion.interpolates()) {
+        in.color_std = content_before(i).standard;
+        in.reserved1 = stage.conversion.siting;
+        return vexo_csc_new(&in, &out);
+      }
       if (stage.conversion.step != nullptr) {
         stage.conversion.step(in, out);
         return VEXO_OK;

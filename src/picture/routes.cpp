@@ -5,6 +5,8 @@
 // all edges until nothing gets cheaper.
 #include "picture/routes.h"
 
+#include "orumlox/csc_new.h"
+#include "orumlox/picture.h"
 #include "picture/formats.h"
 
 namespace lox {
@@ -12,8 +14,9 @@ namespace lox {
 namespace {
 
 constexpr int32_t kStandards[] = {VEXO_STD_DEFAULT, VEXO_STD_BT601_FULL,
-                                  VEXO_STD_BT709, VEXO_STD_BT709_FULL};
-constexpr int kStandardCount = 4;
+                                  VEXO_STD_BT709,   VEXO_STD_BT709_FULL,
+                                  VEXO_STD_BT2020,  VEXO_STD_BT2020_FULL};
+constexpr int kStandardCount = 6;
 static_assert(kPlaces == kFormats * kStandardCount);
 
 constexpr int32_t kPass = 1;
@@ -96,6 +99,12 @@ int32_t chroma_halvings(int32_t format) {
   }
 }
 
+// What a sample keeps of its bits.
+int32_t bits_of(int32_t format) {
+  if (is_rgb16(format)) return 5;
+  return is_10_bit(format) || format >= VEXO_FMT_RGBA1010102 ? 10 : 8;
+}
+
 int32_t cost_of(int32_t from, int32_t to) {
   int32_t cost = kPass;
   if (has_standard(from) != has_standard(to) && from != VEXO_FMT_YUV400) {
@@ -104,16 +113,65 @@ int32_t cost_of(int32_t from, int32_t to) {
   if (from == VEXO_FMT_YUV400 && has_standard(to)) cost += kRounding;
   const int32_t halved = chroma_halvings(to) - chroma_halvings(from);
   if (halved > 0) cost += kHalfChroma * halved;
-  if (is_10_bit(from) || (is_rgb16(to) && !is_rgb16(from))) cost += kFewerBits;
+  if (bits_of(to) < bits_of(from)) cost += kFewerBits;
   return cost;
 }
 
-// Calls visit(from, conversion) for every edge, always in the same order.
+// Whether a call of csc.h makes another layout of YUV of it.
+bool leads_to_yuv(int32_t format) {
+  for (const Route &route : csc_routes(VEXO_STD_DEFAULT)) {
+    if (route.src_format == format && has_standard(route.dst_format)) {
+      return true;
+    }
+  }
+  return !is_tiled(format);
+}
+
+// Whether chroma is interpolated though nobody asked for it: where nothing else
+// leads, and of ten bits, which all else cuts off first.
+bool is_interpolated(int32_t from, int32_t standard, int32_t to) {
+  return is_10_bit(from) || to >= VEXO_FMT_RGBA1010102 ||
+         standard == VEXO_STD_BT2020 || standard == VEXO_STD_BT2020_FULL;
+}
+
 template <class Visit>
-void for_each_edge(Visit visit) {
+void for_each_interpolation(const Manner &manner, Visit visit) {
+  const int32_t siting = manner.chroma == VEXO_CHROMA_CENTRE
+                             ? VEXO_SITING_CENTRE
+                             : VEXO_SITING_LEFT;
+  for (const Format &from : kFormatTable) {
+    if (!has_standard(from.code)) continue;
+    for (const Format &to : kFormatTable) {
+      if (has_standard(to.code)) continue;
+      for (const int32_t standard : kStandards) {
+        if ((manner.chroma != VEXO_CHROMA_AS_IT_IS ||
+             is_interpolated(from.code, standard, to.code)) &&
+            vexo_csc_new_supports(from.code, to.code, standard) != 0) {
+          visit(Content{from.code, standard},
+                Conversion{nullptr, nullptr, siting, {to.code, 0}});
+        }
+      }
+    }
+  }
+}
+
+// Calls visit(from, conversion) for every edge, always in the same order. What
+// interpolates comes last: of equal costs a call of csc.h is taken.
+template <class Visit>
+void for_each_edge(const Manner &manner, Visit visit) {
+  const bool repeats = manner.chroma == VEXO_CHROMA_AS_IT_IS && !manner.turned;
   const auto visit_route = [&](const Route &route, int32_t standard) {
-    visit(content_of(route.src_format, standard),
-          Conversion{&route, nullptr, content_of(route.dst_format, standard)});
+    const bool to_rgb =
+        has_standard(route.src_format) && !has_standard(route.dst_format);
+    if (!repeats && to_rgb && leads_to_yuv(route.src_format)) return;
+    visit(
+        content_of(route.src_format, standard),
+        Conversion{&route, nullptr, 0, content_of(route.dst_format, standard)});
+  };
+  const auto visit_step = [&](int32_t from, Step *step, int32_t to,
+                              int32_t standard) {
+    visit(Content{from, standard},
+          Conversion{nullptr, step, 0, {to, standard}});
   };
   for (const int32_t standard : kStandards) {
     for (const Route &route : csc_routes(standard)) {
@@ -128,21 +186,20 @@ void for_each_edge(Visit visit) {
     }
     for (const Route &route : kMoreRoutes) visit_route(route, standard);
     for (const OwnStep &own : kSteps) {
-      visit(Content{own.src_format, standard},
-            Conversion{nullptr, own.step, {own.dst_format, standard}});
+      visit_step(own.src_format, own.step, own.dst_format, standard);
     }
   }
-  visit(Content{VEXO_FMT_RGB565, 0},
-        Conversion{nullptr, exchange_fields, {VEXO_FMT_BGR565, 0}});
-  visit(Content{VEXO_FMT_BGR565, 0},
-        Conversion{nullptr, exchange_fields, {VEXO_FMT_RGB565, 0}});
+  visit_step(VEXO_FMT_RGB565, exchange_fields, VEXO_FMT_BGR565, 0);
+  visit_step(VEXO_FMT_BGR565, exchange_fields, VEXO_FMT_RGB565, 0);
   for (const Format &from : kFormatTable) {
     for (const Format &to : kFormatTable) {
       if (!is_rgb24(from.code) || !is_rgb24(to.code) || &from == &to) continue;
-      visit(Content{from.code, 0},
-            Conversion{nullptr, reorder_pixels, {to.code, 0}});
+      visit_step(from.code, reorder_pixels, to.code, 0);
     }
   }
+  visit_step(VEXO_FMT_RGBA8888, widen_pixels, VEXO_FMT_RGBA1010102, 0);
+  visit_step(VEXO_FMT_RGBA8888, widen_pixels, VEXO_FMT_RGBAF16, 0);
+  if (!manner.turned) for_each_interpolation(manner, visit);
 }
 
 int32_t cost_of(const Content &from, const Conversion &conversion) {
@@ -157,13 +214,14 @@ struct Search {
   Conversion last[kPlaces];
 };
 
-void search(const Content &start, bool backwards, Search *s) {
+void search(const Content &start, bool backwards, const Manner &manner,
+            Search *s) {
   for (int32_t &cost : s->costs.of) cost = kNoWay;
   s->costs.of[place_of(start)] = 0;
   bool cheaper = true;
   while (cheaper) {
     cheaper = false;
-    for_each_edge([&](const Content &from, const Conversion &edge) {
+    for_each_edge(manner, [&](const Content &from, const Conversion &edge) {
       const int32_t here = place_of(backwards ? edge.to : from);
       const int32_t there = place_of(backwards ? from : edge.to);
       if (s->costs.of[here] == kNoWay) return;
@@ -192,19 +250,19 @@ Content content_at(int32_t place) {
           kStandards[place % kStandardCount]};
 }
 
-Costs costs_from(const Content &from) {
+Costs costs_from(const Content &from, const Manner &manner) {
   Search s;
-  search(from, false, &s);
+  search(from, false, manner, &s);
   return s.costs;
 }
 
-Costs costs_to(const Content &to) {
+Costs costs_to(const Content &to, const Manner &manner) {
   Search s;
-  search(to, true, &s);
+  search(to, true, manner, &s);
   return s.costs;
 }
 
-Chain find_chain(const Content &from, const Content &to) {
+Chain find_chain(const Content &from, const Content &to, const Manner &manner) {
   Chain chain;
   if (from == to) return chain;
   chain.cost = kNoWay;
@@ -212,13 +270,13 @@ Chain find_chain(const Content &from, const Content &to) {
   int32_t place = place_of(to);
   if (start < 0 || place < 0) return chain;
   // A single conversion loses no more than any chain.
-  for_each_edge([&](const Content &edge_from, const Conversion &edge) {
+  for_each_edge(manner, [&](const Content &edge_from, const Conversion &edge) {
     if (chain.cost != kNoWay || edge_from != from || edge.to != to) return;
     chain = {cost_of(from, edge), 1, {edge}};
   });
   if (chain.cost != kNoWay) return chain;
   Search s;
-  search(from, false, &s);
+  search(from, false, manner, &s);
   if (s.costs.of[place] == kNoWay) return chain;
   int32_t count = 0;
   for (int32_t at = place; at != start; at = s.from[at]) ++count;

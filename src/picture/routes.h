@@ -25,11 +25,24 @@ constexpr Content content_of(int32_t format, int32_t standard) {
   return {format, has_standard(format) ? standard : VEXO_STD_DEFAULT};
 }
 
-// A conversion: a route of csc.h or a step of the picture layer.
+// A conversion: a route of csc.h, a step of the picture layer or, without
+// either, vexo_csc_new with chroma of this siting.
 struct Conversion {
   const Route *route;
   Step *step;
+  int32_t siting;
   Content to;
+
+  bool interpolates() const { return route == nullptr && step == nullptr; }
+};
+
+// How the caller wants what can be made in several ways.
+struct Manner {
+  // One of VEXO_CHROMA_.
+  int32_t chroma;
+  // Chroma that is to be interpolated lies where it is said to no longer: no
+  // YUV becomes RGB.
+  bool turned;
 };
 
 constexpr int kMostConversions = 7;
@@ -47,18 +60,25 @@ struct Chain {
   Conversion conversion[kMostConversions];
 };
 
+constexpr bool interpolates(const Chain &chain) {
+  for (int32_t i = 0; i < chain.count; ++i) {
+    if (chain.conversion[i].interpolates()) return true;
+  }
+  return false;
+}
+
 // The chain that loses least and then is the shortest; of equal ones always the
 // same. Nothing to do where both are the same.
-Chain find_chain(const Content &from, const Content &to);
+Chain find_chain(const Content &from, const Content &to, const Manner &manner);
 
 // The costs of the chains from a content to all others, or to it from all
 // others, by place.
-constexpr int32_t kPlaces = 108;
+constexpr int32_t kPlaces = 162;
 struct Costs {
   int32_t of[kPlaces];
 };
-Costs costs_from(const Content &from);
-Costs costs_to(const Content &to);
+Costs costs_from(const Content &from, const Manner &manner);
+Costs costs_to(const Content &to, const Manner &manner);
 int32_t place_of(const Content &content);  // -1 for what is no content
 Content content_at(int32_t place);
 

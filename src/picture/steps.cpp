@@ -39,6 +39,27 @@ void in_runs(int32_t count, Run run) {
   }
 }
 
+// The half-float nearest to n / 255.
+constexpr uint16_t half_float(int n) {
+  if (n == 0) return 0;
+  int exponent = 15;
+  for (; n < 255; n *= 2) --exponent;
+  const int fraction = ((n - 255) * 2048 / 255 + 1) / 2;
+  return static_cast<uint16_t>((exponent << 10) + fraction);
+}
+struct HalfFloats {
+  uint16_t of[256];
+};
+constexpr HalfFloats kHalfFloats = [] {
+  HalfFloats table = {};
+  for (int n = 0; n < 256; ++n) table.of[n] = half_float(n);
+  return table;
+}();
+
+void put_word(uint8_t *p, uint32_t word, int bytes) {
+  for (int i = 0; i < bytes; ++i) p[i] = static_cast<uint8_t>(word >> 8 * i);
+}
+
 }  // namespace
 
 void copy_step(const vexo_img &src, const vexo_img &dst) {
@@ -157,6 +178,27 @@ void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
       rgb_rows().reorder[place(src.format)][place(dst.format)];
   for (int32_t y = 0; y < src.height[0]; ++y) {
     reorder(row_of(src, 0, y), row_of(dst, 0, y), src.width[0]);
+  }
+}
+
+void widen_pixels(const vexo_img &src, const vexo_img &dst) {
+  const bool halves = dst.format == VEXO_FMT_RGBAF16;
+  for (int32_t y = 0; y < src.height[0]; ++y) {
+    const uint8_t *in = row_of(src, 0, y);
+    uint8_t *out = row_of(dst, 0, y);
+    for (int32_t x = 0; x < src.width[0]; ++x, in += 4, out += halves ? 8 : 4) {
+      if (halves) {
+        for (int i = 0; i < 4; ++i) {
+          put_word(out + ptrdiff_t{2} * i, kHalfFloats.of[in[i]], 2);
+        }
+        continue;
+      }
+      const auto ten = [](uint32_t n) { return (n * 1023 * 2 + 255) / 510; };
+      put_word(out,
+               ten(in[0]) | ten(in[1]) << 10 | ten(in[2]) << 20 |
+                   (in[3] * 3u * 2 + 255) / 510 << 30,
+               4);
+    }
   }
 }
 

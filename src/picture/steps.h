@@ -32,6 +32,8 @@ Step take_high_bytes;
 // RGB of 8 bits: the channels where the other format has them. An alpha that
 // the source lacks is 255.
 Step reorder_pixels;
+// RGBA8888 to RGBA1010102 and RGBAF16: the numbers nearest to n / 255.
+Step widen_pixels;
 // RGB565 and BGR565: the outer fields in each other's place.
 Step exchange_fields;
 

@@ -158,7 +158,7 @@ void spoil(Source &source, vexo_img *src, vexo_img *dst,
       options->rotation = source.one_in(2) ? 6 : -1;
       return;
     default:
-      (source.one_in(2) ? options->source_nit : options->reserved[8]) = -1;
+      (source.one_in(2) ? options->source_nit : options->reserved[5]) = -1;
   }
 }
 
@@ -183,6 +183,7 @@ void call(const Function &function, Source &source, Sink &sink) {
   options.source_nit = source.one_in(2) ? 0 : 1501;
   options.measure = source.between(0, 1);
   options.full_range = source.between(0, 1);
+  options.chroma = source.one_in(2) ? 0 : source.between(0, 2);
   int32_t to_width = width;
   int32_t to_height = height;
   if (scales && !source.one_in(8)) {

@@ -6,13 +6,14 @@
 
 namespace lox_test {
 
-constexpr int32_t kPictureStandards[] = {VEXO_STD_DEFAULT, VEXO_STD_BT601_FULL,
-                                         VEXO_STD_BT709, VEXO_STD_BT709_FULL};
+constexpr int32_t kPictureStandards[] = {
+    VEXO_STD_DEFAULT,    VEXO_STD_BT601_FULL, VEXO_STD_BT709,
+    VEXO_STD_BT709_FULL, VEXO_STD_BT2020,     VEXO_STD_BT2020_FULL};
 
 inline int32_t known_format(Source &source) {
   constexpr int32_t kCodes[] = {0,   1,   2,   3,   4,   5,   6,   7,   8,
                                 11,  12,  13,  14,  100, 101, 200, 201, 400,
-                                401, 500, 501, 502, 503, 600, 601};
+                                401, 500, 501, 502, 503, 600, 601, 700, 701};
   return source.one_of(kCodes);
 }
 

@@ -6,6 +6,7 @@
 #include <orumlox/orumlox.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <vector>
 
@@ -46,7 +47,7 @@ int32_t status_of_arguments(const vexo_img &src, const vexo_img &dst,
   const bool known = options == nullptr ||
                      (options->rotation >= 0 && options->rotation <= 5 &&
                       options->source_nit >= 0 && options->hdr_kind != 3 &&
-                      options->reserved[8] == 0);
+                      options->reserved[5] == 0);
   return known ? VEXO_OK : VEXO_ERR_ARG;
 }
 
@@ -92,10 +93,41 @@ uint8_t *byte_of(const vexo_img &img, int p, int64_t y, int64_t x) {
   return img.plane[p] + tile_byte(img.format, p > 0, width, rows, x, y);
 }
 
+// The number of `bits` bits that is nearest to n / 255; of 16 the half-float.
+uint32_t widened(int n, int bits) {
+  if (bits < 16) {
+    return static_cast<uint32_t>(std::lround(n / 255.0 * ((1 << bits) - 1)));
+  }
+  if (n == 0) return 0;
+  int exponent = 0;
+  const double half = std::frexp(n / 255.0, &exponent);
+  return static_cast<uint32_t>(((exponent + 14) << 10) +
+                               std::lround((2 * half - 1) * 1024));
+}
+
+void widen_pixel(const vexo_img &src, const vexo_img &dst, int32_t x,
+                 int32_t y) {
+  const uint8_t *const in = byte_of(src, 0, y, int64_t{4} * x);
+  const bool halves = dst.format == VEXO_FMT_RGBAF16;
+  uint64_t word = 0;
+  for (int i = 0; i < 4; ++i) {
+    const int bits = halves ? 16 : i == 3 ? 2 : 10;
+    word |= uint64_t{widened(in[i], bits)} << (halves ? 16 : 10) * i;
+  }
+  for (int i = 0; i < (halves ? 8 : 4); ++i) {
+    *byte_of(dst, 0, y, int64_t{halves ? 8 : 4} * x + i) =
+        static_cast<uint8_t>(word >> 8 * i);
+  }
+}
+
 // Every pixel by itself, with the samples that are its own; of chroma that of
 // the top left pixel stays. Only yuyv to yuv420 takes the mean of two rows.
 void convert_pixel(const vexo_img &src, const vexo_img &dst, int32_t standard,
                    int32_t x, int32_t y) {
+  if (dst.format >= VEXO_FMT_RGBA1010102) {
+    widen_pixel(src, dst, x, y);
+    return;
+  }
   const bool rgb_from = is_rgb_code(src.format);
   const bool rgb_to = is_rgb_code(dst.format);
   Channels c = {};
@@ -180,10 +212,35 @@ void copy_picture(const vexo_img &src, const vexo_img &dst) {
   }
 }
 
+// Of a picture without gaps between its rows, and with nothing kept.
+int32_t by_itself(const Function &function, vexo_picture_context *,
+                  const vexo_img *src, const vexo_img *dst,
+                  const vexo_picture_options *options) {
+  const int32_t status = status_of_arguments(*src, *dst, options);
+  if (status != VEXO_OK) return status;
+  Stop dense(src->format, src->width[0], src->height[0]);
+  dense.img.color_std = src->color_std;
+  copy_picture(*src, dense.img);
+  return reinterpret_cast<decltype(vexo_picture_turn) *>(function.address)(
+      nullptr, &dense.img, dst, options);
+}
+
+// Whether a conversion of YUV to RGB interpolates: where it was asked for, or
+// bits or standards are none of csc.h's.
+bool interpolates(int32_t from, int32_t standard, int32_t to, int32_t chroma) {
+  // Of words vexo_csc knows one standard, whatever it is told.
+  const bool single = vexo_csc_supports(from, to, standard) != 0 &&
+                      (from < 600 || standard == VEXO_STD_DEFAULT);
+  return vexo_csc_new_supports(from, to, standard) != 0 &&
+         (chroma != 0 || from >= 600 || to >= 700 || standard >= 20) &&
+         (chroma != 0 || !single);
+}
+
 // Along the formats that the library says it goes through; of each step the
 // standard is that of the side that has one. It changes where RGB is.
-int32_t convert(const Function &, vexo_picture_context *, const vexo_img *src,
-                const vexo_img *dst, const vexo_picture_options *options) {
+int32_t convert(const Function &function, vexo_picture_context *,
+                const vexo_img *src, const vexo_img *dst,
+                const vexo_picture_options *options) {
   const int32_t status = status_of_arguments(*src, *dst, options);
   if (status != VEXO_OK) return status;
   if (src->width[0] != dst->width[0] || src->height[0] != dst->height[0]) {
@@ -201,6 +258,17 @@ int32_t convert(const Function &, vexo_picture_context *, const vexo_img *src,
     copy_picture(*src, *dst);
     return VEXO_OK;
   }
+  const int32_t chroma = options == nullptr ? 0 : options->chroma;
+  const auto interpolate = [&](vexo_img from, const vexo_img &to) {
+    from.color_std = src->color_std;
+    from.reserved1 = chroma == VEXO_CHROMA_CENTRE;
+    return vexo_csc_new(&from, &to);
+  };
+  if (chroma != 0 && is_yuv(src->format) != is_yuv(dst->format) &&
+      interpolates(src->format, src->color_std, dst->format, chroma)) {
+    return interpolate(*src, *dst);
+  }
+  if (chroma != 0) return by_itself(function, nullptr, src, dst, options);
   bool rgb = !is_yuv(src->format);
   vexo_img from = *src;
   std::vector<Stop> stops;
@@ -208,6 +276,12 @@ int32_t convert(const Function &, vexo_picture_context *, const vexo_img *src,
     stops.emplace_back(formats[i], src->width[0], src->height[0]);
     rgb = rgb || !is_yuv(formats[i]);
     const vexo_img to = i == passes ? *dst : stops.back().img;
+    if (is_yuv(from.format) && !is_yuv(to.format) &&
+        interpolates(from.format, src->color_std, to.format, 0)) {
+      interpolate(from, to);
+      from = to;
+      continue;
+    }
     convert_pixels(from, to,
                    rgb && is_yuv(to.format) ? dst->color_std : src->color_std);
     from = to;
@@ -218,19 +292,6 @@ int32_t convert(const Function &, vexo_picture_context *, const vexo_img *src,
 bool same_content(const vexo_img &src, const vexo_img &dst) {
   return src.format == dst.format &&
          (!is_yuv(src.format) || src.color_std == dst.color_std);
-}
-
-// Of a picture without gaps between its rows, and with nothing kept.
-int32_t by_itself(const Function &function, vexo_picture_context *,
-                  const vexo_img *src, const vexo_img *dst,
-                  const vexo_picture_options *options) {
-  const int32_t status = status_of_arguments(*src, *dst, options);
-  if (status != VEXO_OK) return status;
-  Stop dense(src->format, src->width[0], src->height[0]);
-  dense.img.color_std = src->color_std;
-  copy_picture(*src, dense.img);
-  return reinterpret_cast<decltype(vexo_picture_turn) *>(function.address)(
-      nullptr, &dense.img, dst, options);
 }
 
 // Where one call does it.
