@@ -22,6 +22,7 @@ TITLES = {
     "simd": "the vector layer", "common": "processor, copies, memory",
     "csc": "colour conversion", "csc_new": "interpolated chroma", "rot": "rotation", "hdr": "tone mapping",
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
+    "camera": "camera frames",
     "dct": "scaling by cosines", "picture": "any layout to any",
 }
 

@@ -51,6 +51,7 @@ std::vector<Rule> hdr_rules();
 std::vector<Rule> dct_rules();
 std::vector<Rule> media_rules();
 std::vector<Rule> picture_rules();
+std::vector<Rule> camera_rules();
 
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
