@@ -16,12 +16,13 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 DRAWING = ROOT / "docs/structure.svg"
 # Floors from the ground up. A folder includes those of lower floors only.
 FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"], ["rsz"],
-          ["dct"], ["picture"]]
+          ["dct", "fused"], ["picture"]]
 TITLES = {
     "simd": "the vector layer", "common": "processor, copies, memory",
     "csc": "colour conversion", "rot": "rotation", "hdr": "tone mapping",
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
-    "dct": "scaling by cosines", "picture": "any layout to any",
+    "dct": "scaling by cosines", "fused": "two steps in one pass",
+    "picture": "any layout to any",
 }
 
 

@@ -17,12 +17,24 @@ struct Route {
   int from, to;
 
   void convert(const vexo_img &src, const vexo_img &dst,
-               RowRange rows = kAllRows) const {
+               RowRange rows = kAllRows, int32_t of_rows = 0) const {
     driver({src.plane, src.width, src.height, src.stride, dst.stride, dst.plane,
-            rows},
+            rows, of_rows},
            from, to);
   }
 };
+
+// What vexo_csc answers, and by which route it converts: without one it writes
+// nothing.
+struct Found {
+  int32_t status;
+  const Route *route;
+};
+Found find_route(const vexo_img &src, const vexo_img &dst);
+
+// Whether rows are converted in pairs of pixels to the end, one beyond an odd
+// width, and widths that are no multiple of 4 share chroma from the bottom up.
+bool in_whole_pairs(const Route &route);
 
 struct Routes {
   const Route *first;

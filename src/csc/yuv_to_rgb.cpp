@@ -9,14 +9,17 @@
 
 #include "common/caches.h"
 #include "csc/drivers.h"
+#include "csc/routes.h"
 #include "csc/yuv_to_rgb_rows.h"
 #include "orumlox/csc.h"
 
 namespace lox {
 
 Writing writing_of(RgbLayout layout, const KernelArgs &args) {
-  const uint64_t pixels = static_cast<uint64_t>(args.src_width[0]) *
-                          static_cast<uint64_t>(args.src_height[0]);
+  const int32_t rows =
+      args.of_rows > args.src_height[0] ? args.of_rows : args.src_height[0];
+  const uint64_t pixels =
+      static_cast<uint64_t>(args.src_width[0]) * static_cast<uint64_t>(rows);
   const uint64_t bytes =
       pixels * static_cast<uint64_t>(kPixelFormats[layout].bytes);
   const uintptr_t alignment =
@@ -147,6 +150,11 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
 }
 
 }  // namespace
+
+bool in_whole_pairs(const Route &route) {
+  return (route.driver == yuv_to_rgb || route.driver == words_to_rgb) &&
+         kSources[route.from].whole_pairs;
+}
 
 void yuv_to_rgb(const KernelArgs &args, int from, int to) {
   const YuvSource &source = kSources[from];

@@ -155,30 +155,9 @@ constexpr bool holds_tile(ptrdiff_t width, ptrdiff_t height) {
 #endif
 
 template <int kUnit>
-void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
-               ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+void transpose_near(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                    ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
-  if constexpr (kStreams<kUnit>) {
-    constexpr ptrdiff_t kLine = 64;
-    constexpr ptrdiff_t kSquare = kLine / kUnit;
-    const bool aligned =
-        reinterpret_cast<uintptr_t>(dst) % kLine == 0 && dst_step % kLine == 0;
-    if (aligned &&
-        static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
-            memory_now().stream_columns &&
-        width >= StreamRotate::kCols<kUnit> && height >= kSquare) {
-      stream_plane<StreamRotate, kUnit>(src, src_step, dst, dst_step, width,
-                                        height);
-      const ptrdiff_t rest = height % kSquare;
-      if (rest == 0) return;
-      // As many rows as the ordinary tiles want, some of them again.
-      const ptrdiff_t rows = rest < kSquare / 2 ? kSquare / 2 : rest;
-      const ptrdiff_t y = height - rows;
-      src += y * src_step;
-      dst += y * kUnit;
-      height = rows;
-    }
-  }
   if (holds_tile<WideRotate, kUnit>(width, height)) {
     return transpose_plane<WideRotate, kUnit>(src, src_step, dst, dst_step,
                                               width, height);
@@ -196,6 +175,45 @@ void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
              kUnit);
     }
   }
+}
+
+template <int kUnit>
+void transpose_past(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                    ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+#if LOX_VECTORS
+  if constexpr (kStreams<kUnit>) {
+    constexpr ptrdiff_t kLine = 64;
+    constexpr ptrdiff_t kSquare = kLine / kUnit;
+    const bool aligned =
+        reinterpret_cast<uintptr_t>(dst) % kLine == 0 && dst_step % kLine == 0;
+    if (aligned && width >= StreamRotate::kCols<kUnit> && height >= kSquare) {
+      stream_plane<StreamRotate, kUnit>(src, src_step, dst, dst_step, width,
+                                        height);
+      const ptrdiff_t rest = height % kSquare;
+      if (rest == 0) return;
+      // As many rows as the ordinary tiles want, some of them again.
+      const ptrdiff_t rows = rest < kSquare / 2 ? kSquare / 2 : rest;
+      const ptrdiff_t y = height - rows;
+      src += y * src_step;
+      dst += y * kUnit;
+      height = rows;
+    }
+  }
+#endif
+  transpose_near<kUnit>(src, src_step, dst, dst_step, width, height);
+}
+
+template <int kUnit>
+void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+               ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+#if LOX_VECTORS
+  if (kStreams<kUnit> &&
+      static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
+          memory_now().stream_columns) {
+    return transpose_past<kUnit>(src, src_step, dst, dst_step, width, height);
+  }
+#endif
+  transpose_near<kUnit>(src, src_step, dst, dst_step, width, height);
 }
 
 #if LOX_VECTORS
@@ -249,6 +267,8 @@ void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
 constinit const RotateRows rotate_rows = {
     .reverse = {reverse<1>, reverse<2>, reverse<3>, reverse<4>},
     .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
+    .transpose_past = {transpose_past<1>, transpose_past<2>, transpose_past<3>,
+                       transpose_past<4>},
 };
 
 }  // namespace lox::LOX_SET
