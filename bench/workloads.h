@@ -52,6 +52,8 @@ enum Task {
   kScale,
   // A quarter turn to the left after scaling.
   kScaleAndTurn,
+  kScaleAndConvert,
+  kConvertAndTurn,
   kTurn,
   kSharpen,
   // In place: it is the source that is worked on.
@@ -88,13 +90,18 @@ struct Workload {
   int32_t option = 0;
 
   bool is_quarter_turn() const {
-    return task == kScaleAndTurn || (task == kTurn && (option == VEXO_ROT_90L ||
-                                                       option == VEXO_ROT_90R));
+    return task == kScaleAndTurn ||
+           ((task == kTurn || task == kConvertAndTurn) &&
+            (option == VEXO_ROT_90L || option == VEXO_ROT_90R));
   }
   // Scaling turns to the left.
   uint32_t rotation() const {
-    return static_cast<uint32_t>(task == kTurn ? option
-                                               : int32_t{VEXO_ROT_90L});
+    return static_cast<uint32_t>(task == kScaleAndTurn ? int32_t{VEXO_ROT_90L}
+                                                       : option);
+  }
+  // Two steps in one call.
+  bool is_fused() const {
+    return task >= kScaleAndTurn && task <= kConvertAndTurn;
   }
   bool is_media() const { return task >= kReadBits; }
   bool is_setup() const { return task == kPlan || task == kContext; }
@@ -160,6 +167,11 @@ inline constexpr Workload kWorkloads[] = {
     {"grey_3to2_90l", kScaleAndTurn, kGrey, kGrey, k3To2},
     {"nv12_2to1_90l", kScaleAndTurn, kNv12, kNv12, k2To1},
     {"nv12_3to2_90l", kScaleAndTurn, kNv12, kNv12, k3To2},
+    {"nv12_rgba8888_3to2", kScaleAndConvert, kNv12, kRgba, k3To2},
+    {"nv12_rgba8888_2to3", kScaleAndConvert, kNv12, kRgba, k2To3},
+    {"nv12_rgba8888_90r", kConvertAndTurn, kNv12, kRgba, kEqual, VEXO_ROT_90R},
+    {"nv12_rgba8888_hori", kConvertAndTurn, kNv12, kRgba, kEqual,
+     VEXO_ROT_HORI},
     {"vqe_sharpen", kSharpen, kGrey, kGrey},
     {"vqe_deblock", kDeblock, kI420, kI420},
     {"dct_nv12_480x270", kReduce, kNv12, kNv12, from_1080p(480, 270)},

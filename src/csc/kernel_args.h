@@ -19,9 +19,8 @@ struct KernelArgs {
   const int32_t *dst_stride;
   uint8_t *const *dst_plane;
   RowRange asked;
-  // The source is a part of a picture that has so many rows, if more than its
-  // own.
-  int32_t of_rows = 0;
+  // The source is a part of a picture of so many pixels, if more than its own.
+  int64_t of_pixels = 0;
 
   // Whether a plane of the source has nothing to convert. Drivers ask before
   // they walk a plane, because one without width may claim 2^31 rows.

@@ -137,8 +137,7 @@ void by_blocks(const vexo_img &src, const Route &route, const Turner &turner,
   const Shape &to = turner.shape();
   // Of a quarter turn a cache line of each destination row, or two.
   const int32_t rows = is_quarter(rotation) ? 64 : 8;
-  const bool first_alone =
-      in_whole_pairs(route) && width % 4 != 0 && height % 2 != 0;
+  const bool first_alone = has_first_row_alone(route, width, height);
   const bool partial = is_partial(route, width, height);
   for (int32_t x = 0; x < width;) {
     const int32_t columns = columns_of(to, width - x, rows);
@@ -201,7 +200,7 @@ class Straight {
         }
       }
       route_.convert(mirrored, to_.part(dst_, 0, part.y(), width, part.rows()),
-                     kAllRows, height);
+                     kAllRows, int64_t{width} * height);
     }
   }
 

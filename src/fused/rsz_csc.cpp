@@ -4,6 +4,7 @@
 // is converted while it is in the near caches.
 #include <new>
 
+#include "common/caches.h"
 #include "common/copy.h"
 #include "common/memory.h"
 #include "csc/routes.h"
@@ -17,8 +18,6 @@ namespace lox {
 
 namespace {
 
-// Bytes of a strip: some rows, all of which stay near.
-constexpr int64_t kStrip = 32 << 10;
 constexpr int32_t kMostRows = 64;
 
 // How a strip is converted to its place in the destination.
@@ -52,7 +51,7 @@ class Converter {
  private:
   void convert_part(const vexo_img &strip, int32_t x, int32_t y) const {
     route_.convert(strip, to_.part(dst_, x, y, strip.width[0], strip.height[0]),
-                   kAllRows, dst_.height[0]);
+                   kAllRows, int64_t{dst_.width[0]} * dst_.height[0]);
   }
 
   const Route &route_;
@@ -62,34 +61,31 @@ class Converter {
 
 int32_t in_strips(const vexo_img &src, const vexo_img &middle,
                   const Route &route, const vexo_img &dst) {
-  struct alignas(64) Work {
-    PictureRows rows;
-    alignas(64) uint8_t scratch[PictureRows::kScratch];
-  };
   const Shape shape(src.format);
   const int32_t width = middle.width[0];
   const int32_t height = middle.height[0];
   const int32_t widest =
       width < PictureRows::kColumns ? width : PictureRows::kColumns;
-  const int64_t fit = kStrip / shape.bytes(widest, 2) * 2;
+  const int64_t fit = kStripBytes / shape.bytes(widest, 2) * 2;
   const auto rows = static_cast<int32_t>(fit < 2           ? 2
                                          : fit < kMostRows ? fit
                                                            : kMostRows);
-  constexpr uint32_t kLine = 64;
+  constexpr ptrdiff_t kLine = 64;
+  constexpr ptrdiff_t kState = sizeof(PictureRows);
+  static_assert(alignof(PictureRows) == kLine && kState % kLine == 0);
   auto *const memory = allocate<uint8_t>(
-      kLine + static_cast<int64_t>(sizeof(Work)) + shape.bytes(widest, rows));
+      kLine + kState + PictureRows::kScratch + shape.bytes(widest, rows));
   if (memory == nullptr) return VEXO_ERR_MEMORY;
-  uint8_t *const line =
+  uint8_t *const state =
       memory + (kLine - reinterpret_cast<uintptr_t>(memory) % kLine) % kLine;
-  auto *const work = reinterpret_cast<Work *>(line);
-  auto *const scaled =
-      new (&work->rows) PictureRows(src, middle, work->scratch);
+  uint8_t *const scratch = state + kState;
+  uint8_t *const strip_memory = scratch + PictureRows::kScratch;
+  auto *const scaled = new (state) PictureRows(src, middle, scratch);
   const Converter converter(route, dst);
-  const bool first_alone =
-      in_whole_pairs(route) && width % 4 != 0 && height % 2 != 0;
+  const bool first_alone = has_first_row_alone(route, width, height);
   for (int32_t x = 0; x < width;) {
     const int32_t columns = scaled->start(x, width - x);
-    const vexo_img strip = shape.strip(line + sizeof(Work), columns, rows);
+    const vexo_img strip = shape.strip(strip_memory, columns, rows);
     for (Parts part(height, rows, first_alone, false); part.more();
          part.next()) {
       const vexo_img some = shape.part(strip, 0, 0, columns, part.rows());
@@ -102,8 +98,8 @@ int32_t in_strips(const vexo_img &src, const vexo_img &middle,
   return VEXO_OK;
 }
 
-// By a picture of all rows: of tiles, and of pairs that are exchanged where the
-// destination's rows are not apart for it.
+// By a picture of all rows: to tiles, and where pairs are exchanged in a run
+// that does not keep to what comes out of a strip.
 int32_t by_picture(const vexo_img &src, const vexo_img &geometry,
                    const Route &route, const vexo_img &dst) {
   vexo_img middle;
@@ -122,8 +118,9 @@ bool needs_picture(const vexo_img &middle, const Route &route,
   if (dst.format == VEXO_FMT_T64X32) return true;
   const int32_t stride = dst.stride[1];
   return route.driver == exchange_pairs &&
-         (stride % 2 != 0 || stride > INT16_MAX ||
-          stride / 2 < middle.width[1] || middle.height[0] / 2 > INT16_MAX);
+         (middle.width[0] > PictureRows::kWholeColumns || stride % 2 != 0 ||
+          stride / 2 < middle.width[1] || stride > INT16_MAX ||
+          middle.height[0] / 2 > INT16_MAX);
 }
 
 int32_t scale_and_convert(const vexo_img &src, const vexo_img &dst) {

@@ -15,6 +15,8 @@ class PictureRows {
  public:
   // Columns are done so many at most.
   static constexpr int32_t kColumns = 4096;
+  // So many are done at once, whatever the ratio.
+  static constexpr int32_t kWholeColumns = Columns::kBytes;
   // Rows scaled across, two of every plane.
   static constexpr int32_t kScratch = 2 * 4 * kColumns;
 

@@ -28,7 +28,8 @@ void draw_formats(Source &source, vexo_img *src, vexo_img *dst) {
 
 // Tiles stay at the width that some of them want.
 Size draw_size(Source &source, int32_t format) {
-  const int32_t width = std::max(source.width(), 1);
+  const int32_t width = source.one_in(48) ? source.between(1500, 9000)
+                                          : std::max(source.width(), 1);
   return {format == VEXO_FMT_T256X16 ? 1279 + width % 4 : width,
           std::max(source.height(), source.one_in(16) ? 1 : 8)};
 }
