@@ -33,9 +33,10 @@ VEXO_BEGIN_DECLS
  * Returns the first of these that is not VEXO_OK, or VEXO_OK: the status of
  * vexo_picture_geometry, that of vexo_rsz, that of vexo_csc; with a success of
  * vexo_csc that writes nothing, nothing is written. VEXO_ERR_MEMORY when
- * memory for some rows cannot be had; to T64X32, and between NV12 and NV21
- * where the destination's stride of pairs is odd, above 32767 or shorter than a
- * row, for the whole picture.
+ * the memory for some rows, 200 KiB at most, cannot be had. The rows are all of
+ * them to T64X32, and between NV12 and NV21 where the destination is wider than
+ * 2048 or higher than 65535, or its stride of pairs is odd, above 32767 or
+ * shorter than a row.
  */
 VEXO_API int32_t vexo_rsz_csc(const vexo_img *src, const vexo_img *dst);
 
@@ -66,8 +67,10 @@ VEXO_API int32_t vexo_rsz_csc(const vexo_img *src, const vexo_img *dst);
  *      half the rows: VEXO_ERR_UNSUPPORTED.
  *
  * Returns VEXO_OK, also for a success of vexo_csc that writes nothing, or
- * VEXO_ERR_MEMORY: a source in tiles is converted as a whole first, any other
- * wants no memory.
+ * VEXO_ERR_MEMORY. Memory is wanted for sources in tiles alone, which are
+ * converted as a whole first, and where vexo_csc does not go by each plane's
+ * own stride: from YUV420 to YV12 with unequal strides of chroma, between NV12
+ * and NV21 with an odd one.
  */
 VEXO_API int32_t vexo_csc_rot(const vexo_img *src, uint32_t rotation,
                               const vexo_img *dst);

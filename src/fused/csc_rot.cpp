@@ -246,7 +246,7 @@ int32_t convert_and_turn(const vexo_img &src, uint32_t rotation,
   if (tiled) return by_picture(src, *found.route, turner, width, height);
   const vexo_img window = shape.part(src, x, y, width, height);
   // Where rows of a plane do not lie as its stride says.
-  const Driver *const driver = found.route->driver;
+  Driver *const driver = found.route->driver;
   if ((driver == exchange_planes && src.stride[1] != src.stride[2]) ||
       (driver == exchange_pairs && src.stride[1] % 2 != 0)) {
     return by_picture(window, *found.route, turner, width, height);

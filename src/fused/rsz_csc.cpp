@@ -146,7 +146,7 @@ int32_t scale_and_convert(const vexo_img &src, const vexo_img &dst) {
       middle.plane[p] = src.plane[p];
       middle.stride[p] = words ? src.stride[p] & ~1 : src.stride[p];
     }
-    const Driver *const driver = found.route->driver;
+    Driver *const driver = found.route->driver;
     const bool as_copied =
         driver != exchange_planes && driver != exchange_pairs &&
         (dst.width[0] % 2 == 0 || !in_whole_pairs(*found.route));

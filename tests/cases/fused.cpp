@@ -17,10 +17,16 @@ constexpr int32_t kSomeStandards[] = {0, 0, 1, 1, 10, 11, 2};
 void draw_formats(Source &source, vexo_img *src, vexo_img *dst) {
   const int32_t standard = source.one_of(kSomeStandards);
   const bool any = source.one_in(16);
-  for (int i = 0; i == 0 || (i < 40 && !any); ++i) {
+  for (int i = 0; i == 0 || (i < 200 && !any); ++i) {
     src->format = any ? source.format() : known_format(source);
     dst->format = any ? source.format() : known_format(source);
     if (vexo_csc_supports(src->format, dst->format, standard) != 0) break;
+  }
+  // What goes by runs of bytes and by other strides.
+  if (source.one_in(8)) {
+    const bool pairs = source.one_in(2);
+    src->format = pairs ? VEXO_FMT_NV12 : VEXO_FMT_YUV420;
+    dst->format = pairs ? VEXO_FMT_NV21 : VEXO_FMT_YV12;
   }
   src->color_std = standard;
   dst->color_std = source.one_in(8) ? source.one_of(kSomeStandards) : standard;
@@ -118,7 +124,8 @@ void turned(const Function &function, Source &source, Sink &sink) {
     whole.width += from.offset_x + source.between(0, 3);
     whole.height += from.offset_y + source.between(0, 3);
     if (source.one_in(8)) {
-      (source.one_in(2) ? from.offset_x : from.offset_y) = source.any();
+      int32_t &offset = source.one_in(2) ? from.offset_x : from.offset_y;
+      offset = source.one_in(2) ? source.any() : offset + source.between(1, 4);
     }
   }
   ExactImage in = exact_image(from.format, whole.width, whole.height);
