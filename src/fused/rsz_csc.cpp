@@ -45,7 +45,8 @@ class Converter {
     pairs.stride[0] = 2 * unit;
     route_.convert(from_.part(strip, width - 1, 0, 1, height), pairs);
     const vexo_img to = to_.part(dst_, x + width - 1, y, 1, height);
-    copy_block(to.plane[0], to.stride[0], pixels, 2 * unit, unit, height);
+    copy_block(to.plane[0], to.stride[0], pixels, pairs.stride[0], unit,
+               height);
   }
 
  private:
@@ -66,10 +67,10 @@ int32_t in_strips(const vexo_img &src, const vexo_img &middle,
   const int32_t height = middle.height[0];
   const int32_t widest =
       width < PictureRows::kColumns ? width : PictureRows::kColumns;
-  const int64_t fit = kStripBytes / shape.bytes(widest, 2) * 2;
-  const auto rows = static_cast<int32_t>(fit < 2           ? 2
-                                         : fit < kMostRows ? fit
-                                                           : kMostRows);
+  int32_t rows = 2;
+  while (rows < kMostRows && shape.bytes(widest, rows + 2) <= kStripBytes) {
+    rows += 2;
+  }
   constexpr ptrdiff_t kLine = 64;
   constexpr ptrdiff_t kState = sizeof(PictureRows);
   static_assert(alignof(PictureRows) == kLine && kState % kLine == 0);
