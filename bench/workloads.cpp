@@ -122,19 +122,26 @@ Run tone_mapping(const Job &job, Way way) {
   };
 }
 
-Run scaling_and_turning(const Job &job, Way way) {
-  const Size upright = {job.sizes.dst.height, job.sizes.dst.width};
-  const auto scaled = std::make_shared<std::vector<uint8_t>>(
-      frame_bytes(describe(job.dst_format, upright, nullptr, 64)));
+Run two_steps(const Job &job, Way way) {
+  const bool scales = job.task != kConvertAndTurn;
+  const bool turns = job.task != kScaleAndConvert;
+  Size upright = job.sizes.dst;
+  if (job.is_quarter_turn()) std::swap(upright.width, upright.height);
+  const int32_t format = turns ? job.dst_format : job.src_format;
+  const auto made = std::make_shared<Block>(
+      frame_bytes(describe(format, upright, nullptr, 64)));
   const auto work = [=](const vexo_img &src, const vexo_img &dst) {
     if (way == Way::kCall) {
-      require(vexo_rsz_rot(&src, job.rotation(), &dst), job);
-      return;
+      return require(!scales ? vexo_csc_rot(&src, job.rotation(), &dst)
+                     : turns ? vexo_rsz_rot(&src, job.rotation(), &dst)
+                             : vexo_rsz_csc(&src, &dst),
+                     job);
     }
-    const vexo_img between =
-        describe(job.dst_format, upright, scaled->data(), 64);
-    require(vexo_rsz(&src, &between), job);
-    require(vexo_rot(&between, job.rotation(), &dst), job);
+    const vexo_img between = describe(format, upright, made->data(), 64);
+    require((scales ? vexo_rsz : vexo_csc)(&src, &between), job);
+    require(turns ? vexo_rot(&between, job.rotation(), &dst)
+                  : vexo_csc(&between, &dst),
+            job);
   };
   return on_frames(job, work);
 }
@@ -269,9 +276,7 @@ Run own_work(const Job &job, Way way) {
   if (job.task == kToneMap || job.task == kContext) {
     return tone_mapping(job, way);
   }
-  if (job.task == kScaleAndTurn) {
-    return scaling_and_turning(job, way);
-  }
+  if (job.is_fused()) return two_steps(job, way);
   if (job.task == kCamera) return camera(job, way);
   if (job.task == kReduce) {
     const auto plan = std::make_shared<DctPlan>(job);

@@ -54,6 +54,8 @@ enum Task {
   kScale,
   // A quarter turn to the left after scaling.
   kScaleAndTurn,
+  kScaleAndConvert,
+  kConvertAndTurn,
   // A camera's frame to RGB, turned.
   kCamera,
   kTurn,
@@ -92,7 +94,8 @@ struct Workload {
   int32_t option = 0;
 
   bool is_quarter_turn() const {
-    const bool turns = task == kTurn || task == kCamera;
+    const bool turns =
+        task == kTurn || task == kConvertAndTurn || task == kCamera;
     return task == kScaleAndTurn ||
            (turns && (option == VEXO_ROT_90L || option == VEXO_ROT_90R));
   }
@@ -100,6 +103,10 @@ struct Workload {
   uint32_t rotation() const {
     return static_cast<uint32_t>(task == kScaleAndTurn ? int32_t{VEXO_ROT_90L}
                                                        : option);
+  }
+  // Two steps in one call.
+  bool is_fused() const {
+    return task >= kScaleAndTurn && task <= kConvertAndTurn;
   }
   bool is_media() const { return task >= kReadBits; }
   bool is_setup() const { return task == kPlan || task == kContext; }
@@ -170,6 +177,11 @@ inline constexpr Workload kWorkloads[] = {
     {"camera_nv12_rgba8888", kCamera, kNv12, kRgba},
     {"camera_nv12_rgba8888_90r", kCamera, kNv12, kRgba, kEqual, VEXO_ROT_90R},
     {"camera_nv12_rgb565_90r", kCamera, kNv12, k565, kEqual, VEXO_ROT_90R},
+    {"nv12_rgba8888_3to2", kScaleAndConvert, kNv12, kRgba, k3To2},
+    {"nv12_rgba8888_2to3", kScaleAndConvert, kNv12, kRgba, k2To3},
+    {"nv12_rgba8888_90r", kConvertAndTurn, kNv12, kRgba, kEqual, VEXO_ROT_90R},
+    {"nv12_rgba8888_hori", kConvertAndTurn, kNv12, kRgba, kEqual,
+     VEXO_ROT_HORI},
     {"vqe_sharpen", kSharpen, kGrey, kGrey},
     {"vqe_deblock", kDeblock, kI420, kI420},
     {"dct_nv12_480x270", kReduce, kNv12, kNv12, from_1080p(480, 270)},

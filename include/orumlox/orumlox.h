@@ -10,6 +10,7 @@
 #include "csc.h"
 #include "csc_new.h"
 #include "dct.h"
+#include "fused.h"
 #include "hdr.h"
 #include "img.h"
 #include "key_frame.h"

@@ -33,6 +33,14 @@ constexpr bool has_half_rows(int32_t format) {
          format == VEXO_FMT_T64X32 || format == VEXO_FMT_P010LE;
 }
 
+// Chroma has a column for two of luma's, in planes or within a packed row.
+constexpr bool has_half_columns(int32_t format) {
+  return format == VEXO_FMT_YUV422N || format == VEXO_FMT_YV16 ||
+         format == VEXO_FMT_UYVY || format == VEXO_FMT_YUYV ||
+         format == VEXO_FMT_YUV420PLANAR16 ||
+         (has_half_rows(format) && format != VEXO_FMT_YUV422W);
+}
+
 // Bytes of a pixel of RGB; 0 for everything else.
 constexpr int rgb_bytes(int32_t format) {
   if (!is_rgb(format)) return 0;

@@ -121,14 +121,14 @@ constexpr RouteIndex kIndex = [] {
 }();
 static_assert(sizeof(kRoutes) / sizeof(Route) <= UINT8_MAX);
 
-int32_t convert_by_index(const vexo_img &src, const vexo_img &dst,
-                         RowRange rows) {
+constexpr Found kNoRoute = {VEXO_ERR_UNSUPPORTED, nullptr};
+
+Found find_by_index(const vexo_img &src, const vexo_img &dst) {
   const int from = place_of(src.format);
   const int to = place_of(dst.format);
   const int row = from < 0 || to < 0 ? 0 : kIndex.row[from][to];
-  if (row == 0) return VEXO_ERR_UNSUPPORTED;
-  kRoutes[row - 1].convert(src, dst, rows);
-  return VEXO_OK;
+  if (row == 0) return kNoRoute;
+  return {VEXO_OK, &kRoutes[row - 1]};
 }
 
 constexpr Route kBt601FullRoutes[] = {
@@ -150,19 +150,16 @@ constexpr Route kBt709FullRoutes[] = {
     LOX_ROUTE(YUV420, RGBA8888, bt601_full_to_rgb, kExactYuv420, kRgba8888),
 };
 
-// Converts rows by the route of the two formats; `otherwise` where there is
-// none.
+// The route of the two formats; `otherwise` is the answer where there is none.
 template <size_t kCount>
-int32_t convert(const Route (&routes)[kCount], const vexo_img &src,
-                const vexo_img &dst, RowRange rows, int32_t otherwise) {
+Found find(const Route (&routes)[kCount], const vexo_img &src,
+           const vexo_img &dst, int32_t otherwise) {
   for (const Route &route : routes) {
-    if (route.src_format != src.format || route.dst_format != dst.format) {
-      continue;
+    if (route.src_format == src.format && route.dst_format == dst.format) {
+      return {VEXO_OK, &route};
     }
-    route.convert(src, dst, rows);
-    return VEXO_OK;
   }
-  return otherwise;
+  return {otherwise, nullptr};
 }
 
 constexpr int32_t kLeastSize = 8;
@@ -178,56 +175,66 @@ bool standards_count(const vexo_img &src, const vexo_img &dst) {
           (is_rgb(src.format) && is_yuv(dst.format)));
 }
 
-int32_t by_bt601_full(const vexo_img &src, const vexo_img &dst, RowRange rows) {
-  if (src.format == dst.format) return VEXO_ERR_ARG;
-  if (too_small(src) || too_small(dst)) return VEXO_ERR_UNSUPPORTED;
-  return convert(kBt601FullRoutes, src, dst, rows, VEXO_ERR_UNSUPPORTED);
+Found by_bt601_full(const vexo_img &src, const vexo_img &dst) {
+  if (src.format == dst.format) return {VEXO_ERR_ARG, nullptr};
+  if (too_small(src) || too_small(dst)) return kNoRoute;
+  return find(kBt601FullRoutes, src, dst, VEXO_ERR_UNSUPPORTED);
 }
 
-int32_t by_bt709(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+Found by_bt709(const vexo_img &src, const vexo_img &dst) {
   if (src.format == dst.format || src.width[0] != dst.width[0] ||
       src.height[0] != dst.height[0]) {
-    return VEXO_ERR_ARG;
+    return {VEXO_ERR_ARG, nullptr};
   }
-  if (too_small(src)) return VEXO_ERR_UNSUPPORTED;
+  if (too_small(src)) return kNoRoute;
   if (src.format != VEXO_FMT_YUV420 && src.format != VEXO_FMT_RGBA8888) {
-    return VEXO_ERR_UNSUPPORTED;
+    return kNoRoute;
   }
   // Quirk: any other destination is a success without work, because callers
   // take it for one.
-  return convert(kBt709Routes, src, dst, rows, VEXO_OK);
+  return find(kBt709Routes, src, dst, VEXO_OK);
 }
 
-int32_t by_bt709_full(const vexo_img &src, const vexo_img &dst, RowRange rows) {
-  if (src.format == dst.format) return VEXO_ERR_ARG;
-  if (too_small(src) || too_small(dst)) return VEXO_ERR_UNSUPPORTED;
-  if (src.format != VEXO_FMT_YUV420) return VEXO_ERR_UNSUPPORTED;
+Found by_bt709_full(const vexo_img &src, const vexo_img &dst) {
+  if (src.format == dst.format) return {VEXO_ERR_ARG, nullptr};
+  if (too_small(src) || too_small(dst)) return kNoRoute;
+  if (src.format != VEXO_FMT_YUV420) return kNoRoute;
   // As in by_bt709.
-  return convert(kBt709FullRoutes, src, dst, rows, VEXO_OK);
+  return find(kBt709FullRoutes, src, dst, VEXO_OK);
 }
 
-int32_t by_standard(const vexo_img &src, const vexo_img &dst, RowRange rows) {
-  if (src.color_std != dst.color_std) return VEXO_ERR_UNSUPPORTED;
+Found by_standard(const vexo_img &src, const vexo_img &dst) {
+  if (src.color_std != dst.color_std) return kNoRoute;
   switch (src.color_std) {
     case VEXO_STD_BT601_FULL:
-      return by_bt601_full(src, dst, rows);
+      return by_bt601_full(src, dst);
     case VEXO_STD_BT709:
-      return by_bt709(src, dst, rows);
+      return by_bt709(src, dst);
     case VEXO_STD_BT709_FULL:
-      return by_bt709_full(src, dst, rows);
+      return by_bt709_full(src, dst);
     default:
-      return VEXO_ERR_UNSUPPORTED;
+      return kNoRoute;
   }
 }
 
-int32_t by_formats(const vexo_img &src, const vexo_img &dst, RowRange rows) {
-  if (src.format == dst.format) return VEXO_ERR_ARG;
-  if (too_small(src) || too_small(dst)) return VEXO_ERR_UNSUPPORTED;
-  if (standards_count(src, dst)) return by_standard(src, dst, rows);
+}  // namespace
+
+Found find_route(const vexo_img &src, const vexo_img &dst) {
+  if (src.format == dst.format) return {VEXO_ERR_ARG, nullptr};
+  if (too_small(src) || too_small(dst)) return kNoRoute;
+  if (standards_count(src, dst)) return by_standard(src, dst);
   if (src.format == VEXO_FMT_T256X16 && src.width[0] <= kT256x16WiderThan) {
-    return VEXO_ERR_UNSUPPORTED;
+    return kNoRoute;
   }
-  return convert_by_index(src, dst, rows);
+  return find_by_index(src, dst);
+}
+
+namespace {
+
+int32_t convert(const Found &found, const vexo_img &src, const vexo_img &dst,
+                RowRange rows) {
+  if (found.route != nullptr) found.route->convert(src, dst, rows);
+  return found.status;
 }
 
 template <size_t kCount>
@@ -257,26 +264,30 @@ Routes csc_routes(int32_t standard) {
 extern "C" {
 
 int32_t vexo_csc(const vexo_img *src, const vexo_img *dst) {
-  return lox::by_formats(*src, *dst, lox::kAllRows);
+  return lox::convert(lox::find_route(*src, *dst), *src, *dst, lox::kAllRows);
 }
 
 int32_t vexo_csc_rows(const vexo_img *src, const vexo_img *dst, int32_t y0,
                       int32_t y1) {
   return lox::in_range(
       {y0, y1}, src->height[0], lox::has_half_rows(dst->format),
-      [=](lox::RowRange rows) { return lox::by_formats(*src, *dst, rows); });
+      [=](lox::RowRange rows) {
+        return lox::convert(lox::find_route(*src, *dst), *src, *dst, rows);
+      });
 }
 
 int32_t vexo_csc_bt601_fr(const vexo_img *src, const vexo_img *dst) {
-  return lox::by_bt601_full(*src, *dst, lox::kAllRows);
+  return lox::convert(lox::by_bt601_full(*src, *dst), *src, *dst,
+                      lox::kAllRows);
 }
 
 int32_t vexo_csc_bt709(const vexo_img *src, const vexo_img *dst) {
-  return lox::by_bt709(*src, *dst, lox::kAllRows);
+  return lox::convert(lox::by_bt709(*src, *dst), *src, *dst, lox::kAllRows);
 }
 
 int32_t vexo_csc_bt709_fr(const vexo_img *src, const vexo_img *dst) {
-  return lox::by_bt709_full(*src, *dst, lox::kAllRows);
+  return lox::convert(lox::by_bt709_full(*src, *dst), *src, *dst,
+                      lox::kAllRows);
 }
 
 }  // extern "C"

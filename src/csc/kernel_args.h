@@ -19,6 +19,8 @@ struct KernelArgs {
   const int32_t *dst_stride;
   uint8_t *const *dst_plane;
   RowRange asked;
+  // The source is a part of a picture of so many pixels, if more than its own.
+  int64_t of_pixels = 0;
 
   // Whether a plane of the source has nothing to convert. Drivers ask before
   // they walk a plane, because one without width may claim 2^31 rows.
@@ -60,7 +62,7 @@ inline void convert_rows(void (*convert_row)(const uint8_t *src, uint8_t *dst,
 #define LOX_ARGUMENTS                                                    \
   {                                                                      \
     src_plane, src_width, src_height, src_stride, dst_stride, dst_plane, \
-        lox::kAllRows                                                    \
+        lox::kAllRows, 0                                                 \
   }
 // An exported kernel: all rows by a driver.
 #define LOX_KERNEL(name, driver, from, to)          \

@@ -17,12 +17,27 @@ struct Route {
   int from, to;
 
   void convert(const vexo_img &src, const vexo_img &dst,
-               RowRange rows = kAllRows) const {
+               RowRange rows = kAllRows, int64_t of_pixels = 0) const {
     driver({src.plane, src.width, src.height, src.stride, dst.stride, dst.plane,
-            rows},
+            rows, of_pixels},
            from, to);
   }
 };
+
+// What vexo_csc answers, and by which route it converts: without one it writes
+// nothing.
+struct Found {
+  int32_t status;
+  const Route *route;
+};
+Found find_route(const vexo_img &src, const vexo_img &dst);
+
+// Whether rows are converted in pairs of pixels to the end, one beyond an odd
+// width.
+bool in_whole_pairs(const Route &route);
+
+// Whether the first row of such a size shares its chroma with no other.
+bool has_first_row_alone(const Route &route, int32_t width, int32_t height);
 
 struct Routes {
   const Route *first;

@@ -9,14 +9,16 @@
 
 #include "common/caches.h"
 #include "csc/drivers.h"
+#include "csc/routes.h"
 #include "csc/yuv_to_rgb_rows.h"
 #include "orumlox/csc.h"
 
 namespace lox {
 
 Writing writing_of(RgbLayout layout, const KernelArgs &args) {
-  const uint64_t pixels = static_cast<uint64_t>(args.src_width[0]) *
-                          static_cast<uint64_t>(args.src_height[0]);
+  const int64_t own = int64_t{args.src_width[0]} * args.src_height[0];
+  const auto pixels =
+      static_cast<uint64_t>(args.of_pixels > own ? args.of_pixels : own);
   const uint64_t bytes =
       pixels * static_cast<uint64_t>(kPixelFormats[layout].bytes);
   const uintptr_t alignment =
@@ -64,6 +66,11 @@ constexpr YuvSource kSources[] = {
     {kRowVu, 1, 1, 2, false},      // kExactNv21
 };
 
+// What an odd number of rows of whole pairs does then: see convert().
+bool shares_from_bottom(ptrdiff_t width, int32_t height) {
+  return width % 4 != 0 && height % 2 != 0;
+}
+
 // A row of odd width as far as the next one begins in its last pair: that pair
 // goes through a copy, because somebody else may be writing the next row.
 void convert_up_to_next(const YuvSource &source, YuvToRgbFn one_row,
@@ -105,7 +112,7 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
   // of 4, because callers know these pictures. Of an odd number of rows the
   // first then has a chroma row to itself, otherwise the last.
   const int32_t moved =
-      source.whole_pairs && width % 4 != 0 && height % 2 != 0 ? 1 : 0;
+      source.whole_pairs && shares_from_bottom(width, height) ? 1 : 0;
 
   const bool shared = source.rows_per_chroma == 2;
   const YuvToRgbFn two_rows = beyond || !shared ? nullptr : forms.two_rows;
@@ -147,6 +154,15 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
 }
 
 }  // namespace
+
+bool in_whole_pairs(const Route &route) {
+  return (route.driver == yuv_to_rgb || route.driver == words_to_rgb) &&
+         kSources[route.from].whole_pairs;
+}
+
+bool has_first_row_alone(const Route &route, int32_t width, int32_t height) {
+  return in_whole_pairs(route) && shares_from_bottom(width, height);
+}
 
 void yuv_to_rgb(const KernelArgs &args, int from, int to) {
   const YuvSource &source = kSources[from];

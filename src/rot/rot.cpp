@@ -120,6 +120,22 @@ int32_t turn(const vexo_img &src, uint32_t rotation, const vexo_img &dst,
 
 }  // namespace
 
+void turn_block(int unit, uint32_t rotation, const uint8_t *src, int32_t width,
+                int32_t height, int32_t src_stride, int32_t dst_stride,
+                uint8_t *dst, bool past) {
+  if (width < 1 || height < 1) return;
+  const RotateRows &rows = rotate_rows();
+  const auto transpose =
+      (past ? rows.transpose_past : rows.transpose)[unit - 1];
+  if (rotation == VEXO_ROT_90L) {
+    transpose(src, src_stride, last_row(dst, dst_stride, width),
+              upwards(dst_stride), width, height);
+  } else {
+    transpose(last_row(src, src_stride, height), upwards(src_stride), dst,
+              dst_stride, width, height);
+  }
+}
+
 int turned_unit(int32_t format) {
   return is_planar_yuv(format) ? 1 : rgb_bytes(format);
 }

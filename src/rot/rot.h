@@ -16,4 +16,10 @@ constexpr bool is_quarter(uint32_t rotation) {
   return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
 }
 
+// A quarter turn of a block of a plane by units of 1 to 4 bytes, as the kernels
+// do it; `past` if the plane is written past the caches.
+void turn_block(int unit, uint32_t rotation, const uint8_t *src, int32_t width,
+                int32_t height, int32_t src_stride, int32_t dst_stride,
+                uint8_t *dst, bool past);
+
 }  // namespace lox

@@ -53,10 +53,11 @@ ScaleJob make_job(SampleType type, Turn turn, const Plane &p, Axis across,
           .scratch = scratch};
 }
 
-int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
-              uint8_t *scratch) {
+bool is_scaled_plane(const Plane &p) { return Sizes(Turn::kNone, p).valid(); }
+
+ScaleJob make_job(SampleType type, Turn turn, const Plane &p, int32_t mode,
+                  uint8_t *scratch) {
   const Sizes s(turn, p);
-  if (!s.valid()) return VEXO_ERR_ARG;
   ScaleJob job =
       make_job(type, turn, p, one_direction(s.src_width, s.width, mode),
                one_direction(s.src_height, s.height, mode), scratch);
@@ -66,7 +67,13 @@ int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
     job.across.scaling = Scaling::kReduce;
     job.down.scaling = Scaling::kReduce;
   }
-  interpolate_plane(job);
+  return job;
+}
+
+int32_t scale(SampleType type, Turn turn, const Plane &p, int32_t mode,
+              uint8_t *scratch) {
+  if (!Sizes(turn, p).valid()) return VEXO_ERR_ARG;
+  interpolate_plane(make_job(type, turn, p, mode, scratch));
   return VEXO_OK;
 }
 
@@ -76,18 +83,24 @@ int64_t scratch_for(SampleType type, Turn turn, const Plane &plane) {
   return 2 * int64_t{s.width} * type.unit;
 }
 
-int32_t reduce_words(int32_t unit, const Plane &p) {
+int32_t status_of_words(const Plane &p) {
   const Sizes s(Turn::kNone, p);
   if (!s.valid()) return VEXO_ERR_ARG;
-  if (!s.both_shrink() || !s.by_whole_factors()) return VEXO_ERR_UNSUPPORTED;
-  const int32_t factor = s.src_width / s.width;
-  const int64_t down = s.src_height / s.height;
+  return s.both_shrink() && s.by_whole_factors() ? VEXO_OK
+                                                 : VEXO_ERR_UNSUPPORTED;
+}
+
+int32_t reduce_words(int32_t unit, const Plane &p) {
+  const int32_t status = status_of_words(p);
+  if (status != VEXO_OK) return status;
+  const int32_t factor = p.src_width / p.dst_width;
+  const int64_t down = p.src_height / p.dst_height;
   const int64_t src_step = p.src_stride & ~1;
   const int64_t dst_step = p.dst_stride & ~1;
   const auto box16 = scale_rows().box16;
-  for (int64_t y = p.rows.begin; y < s.height && y < p.rows.end; ++y) {
+  for (int64_t y = p.rows.begin; y < p.dst_height && y < p.rows.end; ++y) {
     const uint8_t *const row = p.src + src_step * down * y;
-    box16(row, row + src_step, p.dst + dst_step * y, unit, factor, s.width);
+    box16(row, row + src_step, p.dst + dst_step * y, unit, factor, p.dst_width);
   }
   return VEXO_OK;
 }

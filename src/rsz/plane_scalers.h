@@ -45,13 +45,21 @@ constexpr Axis reduced(int32_t src, int32_t dst) {
 ScaleJob make_job(SampleType type, Turn turn, const Plane &plane, Axis across,
                   Axis down, uint8_t *scratch);
 
+// The same by the ratio of the sizes, which are 1 or more.
+ScaleJob make_job(SampleType type, Turn turn, const Plane &plane, int32_t mode,
+                  uint8_t *scratch);
+
+// Whether scale() takes the sizes of a plane that is not turned.
+bool is_scaled_plane(const Plane &plane);
+
 // Scales and turns; the sizes of the destination are those after the turn.
 // Returns a status.
 int32_t scale(SampleType type, Turn turn, const Plane &plane, int32_t mode,
               uint8_t *scratch);
 
 // Reduces 16-bit components of units of 2 or 4 bytes, by whole factors only.
-// Returns a status.
+// Returns a status, which follows from the sizes.
+int32_t status_of_words(const Plane &plane);
 int32_t reduce_words(int32_t unit, const Plane &plane);
 
 // Bytes of scratch that scale() wants for this plane; 0 for none.

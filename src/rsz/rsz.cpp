@@ -10,18 +10,12 @@
 #include "common/memory.h"
 #include "orumlox/common.h"
 #include "orumlox/rot.h"
-#include "rsz/plane_scalers.h"
+#include "rsz/layout.h"
 #include "rsz/rsz.h"
 
 namespace lox {
 
 namespace {
-
-// How many planes a format has, and of which samples.
-struct Layout {
-  int planes = 0;  // 0: the format is not scaled
-  SampleType type[3] = {};
-};
 
 Layout yuv_layout(int32_t format) {
   if (!is_planar_yuv(format)) return {};
@@ -29,6 +23,8 @@ Layout yuv_layout(int32_t format) {
   if (has_chroma_pairs(format)) return {2, {k8b, k8b8b}};
   return {3, {k8b, k8b, k8b}};
 }
+
+}  // namespace
 
 Layout layout_of(int32_t format) {
   switch (format) {
@@ -52,6 +48,8 @@ Plane plane_of(const vexo_img &src, const vexo_img &dst, int p) {
   return {src.plane[p],  src.width[p], src.height[p], dst.width[p],
           dst.height[p], dst.plane[p], src.stride[p], dst.stride[p]};
 }
+
+namespace {
 
 // Rows of a plane that is copied, which has the source's sizes. `even`: strides
 // are rounded down.
@@ -154,6 +152,21 @@ int32_t scale_image(const vexo_img &src, const vexo_img &dst, RowRange rows) {
 }
 
 }  // namespace
+
+int32_t status_of_scaling(const vexo_img &src, const vexo_img &dst) {
+  const bool words = src.format == VEXO_FMT_P010LE;
+  const int planes = words ? 2 : layout_of(src.format).planes;
+  if (planes == 0) return VEXO_ERR_UNSUPPORTED;
+  if (same_size(src, dst)) return VEXO_OK;
+  for (int p = 0; p < planes; ++p) {
+    const Plane plane = plane_of(src, dst, p);
+    const int32_t status = words                    ? status_of_words(plane)
+                           : is_scaled_plane(plane) ? VEXO_OK
+                                                    : VEXO_ERR_ARG;
+    if (status != VEXO_OK) return status;
+  }
+  return VEXO_OK;
+}
 
 bool is_scaled(int32_t format) { return layout_of(format).planes > 0; }
 

@@ -18,63 +18,13 @@ namespace lox {
 
 namespace {
 
-bool is_unscaled(const Axis &axis) { return axis.src == axis.dst; }
-
-// The rows of a strip, scaled across when they are asked for.
-class AcrossRows {
- public:
-  AcrossRows(const ScaleJob &job, const ScaleRows &rows, const Columns &columns)
-      : job_(job),
-        rows_(rows),
-        columns_(columns),
-        copied_(is_unscaled(job.across)),
-        bytes_(ptrdiff_t{columns.count} * job.type.unit) {}
-
-  const uint8_t *source(int32_t row) const {
-    return job_.src + job_.src_step * row;
-  }
-  // A row is kept until the next but one is asked for.
-  const uint8_t *get(int32_t row) {
-    if (copied_) return strip_of_source(row);
-    const int slot = row & 1;
-    uint8_t *const kept = job_.scratch + (slot == 0 ? 0 : bytes_);
-    if (kept_[slot] != row) {
-      rows_.columns(source(row), kept, &columns_);
-      kept_[slot] = row;
-    }
-    return kept;
-  }
-  void put(const Step &step, uint8_t *dst) {
-    const bool again =
-        step.length > 1 && job_.down.scaling >= Scaling::kEnlarge;
-    if (copied_ || again || kept_[step.at & 1] == step.at) {
-      copy_plane(dst, 0, get(step.at), 0, bytes_, 1);
-    } else {
-      rows_.columns(source(step.at), dst, &columns_);
-    }
-  }
-  ptrdiff_t bytes() const { return bytes_; }
-
- private:
-  const uint8_t *strip_of_source(int32_t row) const {
-    return source(row) + int64_t{columns_.first} * job_.type.unit;
-  }
-
-  const ScaleJob &job_;
-  const ScaleRows &rows_;
-  const Columns &columns_;
-  bool copied_;
-  ptrdiff_t bytes_;
-  int32_t kept_[2] = {-1, -1};
-};
-
 // Sinks say where a strip's rows go. A row is computed at to() of its number,
 // and reported by done() before the next one is computed.
 class Straight {
  public:
   static StripSize next(const ScaleJob &, int32_t left) { return {left, 1}; }
-  Straight(const ScaleJob &job, const Columns &c, int32_t)
-      : dst_(job.dst + int64_t{c.first} * job.type.unit), step_(job.dst_step) {}
+  Straight(const ScaleJob &job, int32_t first, int32_t, int32_t)
+      : dst_(job.dst + int64_t{first} * job.type.unit), step_(job.dst_step) {}
   uint8_t *to(int32_t row) { return dst_ + step_ * row; }
   void done(int32_t) {}
 
@@ -89,14 +39,13 @@ class HalfTurn {
   static StripSize next(const ScaleJob &job, int32_t left) {
     return Line::next(left, job.type.unit, 1);
   }
-  HalfTurn(const ScaleJob &job, const Columns &c, int32_t)
-      : dst_(job.dst +
-             int64_t{job.across.dst - c.first - c.count} * job.type.unit),
+  HalfTurn(const ScaleJob &job, int32_t first, int32_t count, int32_t)
+      : dst_(job.dst + int64_t{job.across.dst - first - count} * job.type.unit),
         step_(job.dst_step),
         last_(job.down.dst - 1),
-        count_(c.count),
+        count_(count),
         reverse_(rotate_rows().reverse[job.type.unit - 1]),
-        line_({c.count, 1}, job.type.unit, last_) {}
+        line_({count, 1}, job.type.unit, last_) {}
   uint8_t *to(int32_t) { return line_.row(); }
   void done(int32_t row) {
     line_.made(row, [&](int32_t, int32_t, const uint8_t *bytes, ptrdiff_t) {
@@ -119,16 +68,16 @@ class QuarterTurn {
   static StripSize next(const ScaleJob &job, int32_t left) {
     return Strip<>::next(left, job.type.unit, 64);
   }
-  QuarterTurn(const ScaleJob &job, const Columns &c, int32_t rows)
+  QuarterTurn(const ScaleJob &job, int32_t first, int32_t count, int32_t rows)
       : job_(job),
-        count_(c.count),
+        count_(count),
         left_(job.turn == Turn::kLeft),
         // Where the strip's first column goes, and its next one from there.
-        dst_(job.dst + job.dst_step * (left_ ? job.across.dst - 1 - c.first
-                                             : int64_t{c.first})),
+        dst_(job.dst + job.dst_step * (left_ ? job.across.dst - 1 - first
+                                             : int64_t{first})),
         step_(static_cast<ptrdiff_t>(left_ ? -job.dst_step : job.dst_step)),
         transpose_(rotate_rows().transpose[job.type.unit - 1]),
-        strip_({c.count, rows}, job.type.unit, job.down.dst - 1) {}
+        strip_({count, rows}, job.type.unit, job.down.dst - 1) {}
   uint8_t *to(int32_t) { return strip_.row(); }
   void done(int32_t row) {
     const int32_t last = job_.down.dst - 1;
@@ -158,46 +107,66 @@ class QuarterTurn {
 };
 
 template <class Sink>
-void scale_strip(const ScaleJob &job, const ScaleRows &rows,
-                 const Columns &columns, int32_t at_once) {
-  const bool mod1 = job.down.scaling == Scaling::kEnlargeMod1;
-  AcrossRows across(job, rows, columns);
-  Sink sink(job, columns, at_once);
-  Walk walk(job.down, job.rows.begin);
-  for (int32_t y = job.rows.begin; y < job.rows.end; ++y) {
-    const Step step = walk.next();
-    uint8_t *const to = sink.to(y);
-    if (step.part == 0) {
-      across.put(step, to);
-    } else if (job.at_once) {
-      rows.box(across.source(step.at), across.source(step.at + 1), to,
-               &columns);
-    } else {
-      rows.lerp(across.get(step.at), across.get(step.at + 1), to,
-                across.bytes(), step, mod1);
-    }
-    sink.done(y);
-  }
-}
-
-template <class Sink>
 void scale_by_strips(const ScaleJob &job) {
-  const ScaleTables &tables = scale_rows();
-  const ScaleRows &rows = job.type.rgb565 ? tables.rgb565 : tables.bytes;
-  Columns columns;
-  columns.axis = job.across;
-  columns.unit = job.type.unit;
-  int32_t left = job.across.dst;
-  for (columns.first = 0; left > 0; columns.first += columns.count) {
-    const StripSize strip = Sink::next(job, left);
-    columns.count = strip.columns;
-    if (!is_unscaled(job.across)) rows.prepare(&columns);
-    scale_strip<Sink>(job, rows, columns, strip.rows);
-    left -= columns.count;
+  PlaneRows source;
+  for (int32_t first = 0; first < job.across.dst;) {
+    const StripSize strip = Sink::next(job, job.across.dst - first);
+    const int32_t count = source.start(job, first, strip.columns);
+    Sink sink(job, first, count, strip.rows);
+    for (int32_t y = job.rows.begin; y < job.rows.end; ++y) {
+      source.next(sink.to(y));
+      sink.done(y);
+    }
+    first += count;
   }
 }
 
 }  // namespace
+
+int32_t PlaneRows::start(const ScaleJob &job, int32_t first, int32_t count) {
+  job_ = job;
+  const ScaleTables &tables = scale_rows();
+  rows_ = job.type.rgb565 ? &tables.rgb565 : &tables.bytes;
+  copied_ = job.across.src == job.across.dst;
+  columns_.axis = job.across;
+  columns_.unit = job.type.unit;
+  columns_.first = first;
+  columns_.count = count;
+  if (!copied_) rows_->prepare(&columns_);
+  bytes_ = ptrdiff_t{columns_.count} * job.type.unit;
+  walk_ = Walk(job.down, job.rows.begin);
+  kept_[0] = kept_[1] = -1;
+  return columns_.count;
+}
+
+const uint8_t *PlaneRows::across(int32_t row) {
+  if (copied_) return source(row) + int64_t{columns_.first} * job_.type.unit;
+  const int slot = row & 1;
+  uint8_t *const kept = job_.scratch + (slot == 0 ? 0 : bytes_);
+  if (kept_[slot] != row) {
+    rows_->columns(source(row), kept, &columns_);
+    kept_[slot] = row;
+  }
+  return kept;
+}
+
+void PlaneRows::next(uint8_t *dst) {
+  const Step step = walk_.next();
+  if (step.part == 0) {
+    const bool again =
+        step.length > 1 && job_.down.scaling >= Scaling::kEnlarge;
+    if (copied_ || again || kept_[step.at & 1] == step.at) {
+      copy_plane(dst, 0, across(step.at), 0, bytes_, 1);
+    } else {
+      rows_->columns(source(step.at), dst, &columns_);
+    }
+  } else if (job_.at_once) {
+    rows_->box(source(step.at), source(step.at + 1), dst, &columns_);
+  } else {
+    rows_->lerp(across(step.at), across(step.at + 1), dst, bytes_, step,
+                job_.down.scaling == Scaling::kEnlargeMod1);
+  }
+}
 
 void interpolate_plane(const ScaleJob &job) {
   if (job.rows.begin >= job.rows.end) return;

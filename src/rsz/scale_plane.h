@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "common/row_range.h"
-#include "rsz/walk.h"
+#include "rsz/scale_rows.h"
 
 namespace lox {
 
@@ -42,6 +42,31 @@ struct ScaleJob {
   // Two rows scaled across, or one if the source has one. Not touched when both
   // directions are done at once, or one is left as it is.
   uint8_t *scratch;
+};
+
+// The rows of a job before the turn, in some of its columns: one after the
+// other, wherever each is wanted.
+class PlaneRows {
+ public:
+  // Columns from `first` on, `count` at most. Returns how many they are: what
+  // is worked out about them has room for so many.
+  int32_t start(const ScaleJob &job, int32_t first, int32_t count);
+  void next(uint8_t *dst);
+
+ private:
+  const uint8_t *source(int32_t row) const {
+    return job_.src + job_.src_step * row;
+  }
+  // A row scaled across, kept until the next but one is asked for.
+  const uint8_t *across(int32_t row);
+
+  ScaleJob job_;
+  const ScaleRows *rows_;
+  bool copied_;
+  ptrdiff_t bytes_;
+  Walk walk_;
+  int32_t kept_[2];
+  Columns columns_;
 };
 
 // Scales these rows of the plane, whose sizes are 1 or more.

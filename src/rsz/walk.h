@@ -56,6 +56,7 @@ LOX_OP Shares shares(Step s, bool mod1) {
 // Goes through the outputs of a direction, from any one on.
 class Walk {
  public:
+  Walk() = default;
   [[gnu::always_inline]] Walk(Axis axis, int32_t first) : axis_(axis) {
     const int64_t src = axis.src;
     const int64_t dst = axis.dst;
@@ -112,7 +113,7 @@ class Walk {
     }
   }
 
-  Axis axis_;
+  Axis axis_ = {};
   int32_t at_ = 0, part_ = 0, length_ = 0;
   int32_t step_ = 0;             // whole samples an output, or outputs a sample
   uint32_t rest_ = 0, sum_ = 0;  // what the accumulator adds, and holds

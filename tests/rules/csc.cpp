@@ -251,8 +251,10 @@ int32_t bt709_full(const Function &, const vexo_img *src, const vexo_img *dst) {
              ? by_route(src, dst, VEXO_STD_BT601_FULL, VEXO_OK)
              : VEXO_OK;
 }
-int32_t any_standard(const Function &function, const vexo_img *src,
-                     const vexo_img *dst) {
+}  // namespace
+
+int32_t convert_picture(const Function &function, const vexo_img *src,
+                        const vexo_img *dst) {
   const int32_t from = src->format;
   const int32_t to = dst->format;
   const int32_t standard = src->color_std;
@@ -273,8 +275,6 @@ int32_t any_standard(const Function &function, const vexo_img *src,
   return by_route(src, dst, VEXO_STD_DEFAULT, VEXO_ERR_UNSUPPORTED);
 }
 
-}  // namespace
-
 void set_yuv(int32_t format, uint8_t *const *planes, const int32_t *strides,
              int32_t x, int32_t y, const uint8_t (&yuv)[3]) {
   const YuvLayout &l = yuv_layout(format);
@@ -289,8 +289,8 @@ std::vector<Rule> csc_rules() {
   return {
 #define KERNEL(name) rule_for(name, kernel),
 #include "vexo_csc_kernel.inc"
-      rule_for(vexo_csc, any_standard),
-      rule_for_rows(vexo_csc_rows, any_standard),
+      rule_for(vexo_csc, convert_picture),
+      rule_for_rows(vexo_csc_rows, convert_picture),
       rule_for(vexo_csc_bt601_fr, bt601),
       rule_for(vexo_csc_bt709, bt709),
       rule_for(vexo_csc_bt709_fr, bt709_full),

@@ -295,12 +295,18 @@ int32_t scale_planes(bool yuv_alone, uint32_t rotation, bool copies,
   return VEXO_OK;
 }
 bool same(Size a, Size b) { return a.width == b.width && a.height == b.height; }
-int32_t picture(const Function &, const vexo_img *src, const vexo_img *dst) {
+}  // namespace
+
+int32_t scale_picture(const Function &, const vexo_img *src,
+                      const vexo_img *dst) {
   if (src->format != dst->format) return VEXO_ERR_ARG;
   const bool copies =
       same({src->width[0], src->height[0]}, {dst->width[0], dst->height[0]});
   return scale_planes(false, 0, copies, src, dst);
 }
+
+namespace {
+
 // What keeps its size is turned, and of more formats. Mirrored it is not
 // scaled.
 int32_t turned_picture(const Function &function, const vexo_img *src,
@@ -346,8 +352,8 @@ std::vector<Rule> rsz_rules() {
 #define KERNEL(name) rule_for(name, scaler),
 #include "vexo_rsz_scaler.inc"
 #undef KERNEL
-      rule_for(vexo_rsz, picture),
-      rule_for_rows(vexo_rsz_rows, picture),
+      rule_for(vexo_rsz, scale_picture),
+      rule_for_rows(vexo_rsz_rows, scale_picture),
       rule_for(vexo_rsz_rot, turned_picture),
       rule_for(vexo_rsz_8b_org, bilinear),
 #define KERNEL(name) rule_for(name, kernel),

@@ -52,7 +52,12 @@ std::vector<Rule> dct_rules();
 std::vector<Rule> media_rules();
 std::vector<Rule> picture_rules();
 std::vector<Rule> camera_rules();
+std::vector<Rule> fused_rules();
 
+int32_t convert_picture(const Function &, const vexo_img *src,
+                        const vexo_img *dst);
+int32_t scale_picture(const Function &, const vexo_img *src,
+                      const vexo_img *dst);
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
 
