@@ -8,6 +8,7 @@
 #include "common.h"
 #include "csc.h"
 #include "dct.h"
+#include "dither.h"
 #include "hdr.h"
 #include "img.h"
 #include "key_frame.h"

@@ -50,9 +50,13 @@ std::vector<Rule> hdr_rules();
 std::vector<Rule> dct_rules();
 std::vector<Rule> media_rules();
 std::vector<Rule> picture_rules();
+std::vector<Rule> deep_rules();
 
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
+
+// The picture in RGBA8888 by the default standard; rows are `stride` apart.
+void picture_to_rgba(const vexo_img *src, uint8_t *dst, int32_t stride);
 
 // Sets the samples of a pixel of a YUV layout without tiles.
 void set_yuv(int32_t format, uint8_t *const *planes, const int32_t *strides,
@@ -65,7 +69,7 @@ inline Function by_rule(const Function &function) {
     for (const auto &some :
          {csc_rules(), layout_rules(), rot_rules(), rsz_rules(), blocks_rules(),
           vqe_rules(), hdr_rules(), dct_rules(), media_rules(),
-          picture_rules()}) {
+          picture_rules(), deep_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;
