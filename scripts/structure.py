@@ -16,12 +16,12 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 DRAWING = ROOT / "docs/structure.svg"
 # Floors from the ground up. A folder includes those of lower floors only.
 FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"], ["rsz", "dither"],
-          ["dct"], ["picture"]]
+          ["dct", "deep"], ["picture"]]
 TITLES = {
     "simd": "the vector layer", "common": "processor, copies, memory",
     "csc": "colour conversion", "rot": "rotation", "hdr": "tone mapping",
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
-    "dither": "fewer bits",
+    "dither": "fewer bits", "deep": "16-bit samples",
     "dct": "scaling by cosines", "picture": "any layout to any",
 }
 

@@ -8,6 +8,7 @@
 #include "common.h"
 #include "csc.h"
 #include "dct.h"
+#include "deep.h"
 #include "dither.h"
 #include "hdr.h"
 #include "img.h"

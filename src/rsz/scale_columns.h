@@ -14,6 +14,10 @@
 // a product with 65536 / length + 1: exact while 255 length^2 < 65536, that is
 // to a length of 16. Weights in 64ths, of which none is above 64 to a length of
 // 65, are divided by a share of 1024.
+//
+// Of words what lies between is the smaller one and a part of the difference d,
+// d w / sum with the larger one's weight w. The high half of d (65536 w / sum)
+// is that or one less, and the rest tells which.
 #pragma once
 
 #include "rsz/scale_rule.h"
@@ -29,6 +33,9 @@
 namespace lox::LOX_SET {
 
 namespace {
+
+// What samples are: bytes, words of three components, words.
+enum class Samples { kBytes, k565, kWords };
 
 // What prepare() has chosen for a strip.
 enum Method : int32_t {
@@ -71,6 +78,21 @@ LOX_INLINE Products products(Step s, bool mod1) {
   return {static_cast<int>(w.here), static_cast<int>(w.next),
           mod1 ? 1024 : kShares[s.length <= kMaxLength ? s.length : 0]};
 }
+// The same of words.
+struct FineProducts {
+  int here, next, part_here, part_next, sum;
+
+  LOX_INLINE explicit FineProducts(Products p)
+      : here(p.here),
+        next(p.next),
+        part_here(part(p.here, p.here + p.next)),
+        part_next(part(p.next, p.here + p.next)),
+        sum(p.here + p.next) {}
+  // One that does not fit is of a whole, which one less and the rest make too.
+  LOX_INLINE static int part(int weight, int sum) {
+    return weight == sum ? 65535 : 65536 * weight / sum;
+  }
+};
 LOX_INLINE bool has_products(int32_t length, bool mod1) {
   return length <= (mod1 ? kMaxLength64ths : kMaxLength);
 }
@@ -121,11 +143,13 @@ template <class V>
 constexpr int places_size(int span) {
   return V::windows(span) * 2 * V::n;
 }
-template <class V, bool kWords>
+template <class V, Samples kSamples>
 constexpr int table_step(Method method) {
-  return places_size<V>(span_of(method)) + (method != kLerp ? 0
-                                            : kWords        ? 3 * V::n
-                                                            : 4 * V::n);
+  return places_size<V>(span_of(method)) +
+         (method != kLerp               ? 0
+          : kSamples == Samples::kBytes ? 4 * V::n
+          : kSamples == Samples::k565   ? 3 * V::n
+                                        : 5 * V::n);
 }
 
 template <class V, bool kWords>
@@ -210,7 +234,7 @@ LOX_INLINE void set_period(Columns &c) {
 }
 
 // Fills the tables, one vector of output after the other.
-template <class V, bool kWords, int kUnit>
+template <class V, Samples kSamples, int kUnit>
 class TableFiller {
  public:
   LOX_INLINE TableFiller(Columns &c, Method method)
@@ -244,15 +268,22 @@ class TableFiller {
       *offset_++ = static_cast<int16_t>(base - origin);
       for (int i = 0; i < 8; ++i, walk.next()) {
         const int first = static_cast<int>(walk.byte() - base);
-        put_places<V, kWords>(table_, group, i, span_, first,
-                              first + walk.to_neighbour());
+        put_places<V, kSamples != Samples::kBytes>(
+            table_, group, i, span_, first, first + walk.to_neighbour());
         if (method_ == kLerp) put_weights(weights, group, i, walk.weights());
       }
     }
-    table_ += table_step<V, kWords>(method_);
+    table_ += table_step<V, kSamples>(method_);
   }
   LOX_INLINE void put_weights(uint8_t *weights, int group, int i, Products p) {
-    if constexpr (kWords) {
+    if constexpr (kSamples == Samples::kWords) {
+      const FineProducts f(p);
+      const int all[] = {f.here, f.next, f.part_here, f.part_next, f.sum};
+      for (int k = 0; k < 5; ++k) {
+        weights[k * V::n + group * 8 + i] =
+            static_cast<uint8_t>(all[k] >> i % 2 * 8);
+      }
+    } else if constexpr (kSamples == Samples::k565) {
       const int at = group * 8 + i;
       const int shift = at % 2 * 8;
       weights[at] = static_cast<uint8_t>(p.here >> shift);
@@ -276,7 +307,7 @@ class TableFiller {
   uint8_t *table_;
 };
 
-template <class V, bool kWords, int kUnit>
+template <class V, Samples kSamples, int kUnit>
 LOX_INLINE void fill_tables(Columns &c, Method method) {
   constexpr int kMost = Columns::kBytes / V::n;  // vectors
   const ptrdiff_t end = ptrdiff_t{c.axis.src} * kUnit - span_of(method);
@@ -300,13 +331,13 @@ LOX_INLINE void fill_tables(Columns &c, Method method) {
     c.period = 0;
     if (int64_t{c.count} * kUnit > Columns::kBytes) {
       // Strips as even as whole vectors allow.
-      constexpr int kSamples = Columns::kBytes / kUnit;
-      const int32_t strips = (c.count - 1) / kSamples + 1;
+      constexpr int kInStrip = Columns::kBytes / kUnit;
+      const int32_t strips = (c.count - 1) / kInStrip + 1;
       const int32_t even = ((c.count - 1) / strips + 64) / 64 * 64;
-      c.count = even < kSamples ? even : kSamples;
+      c.count = even < kInStrip ? even : kInStrip;
     }
   }
-  TableFiller<V, kWords, kUnit> filler(c, method);
+  TableFiller<V, kSamples, kUnit> filler(c, method);
   const ptrdiff_t period = ptrdiff_t{c.period} * V::n;
   // A loop, or there would be two of a function of 2 KiB.
 #pragma GCC unroll 1
@@ -317,19 +348,22 @@ LOX_INLINE void fill_tables(Columns &c, Method method) {
   }
 }
 
-template <bool kWords>
+template <Samples kSamples>
 LOX_INLINE void prepare_vectors(Columns &c) {
   const ptrdiff_t bytes = ptrdiff_t{c.count} * c.unit;
   if (bytes < NarrowScale::n) return;
-  const Method method = choose_method(c, kWords);
+  const Method method = choose_method(c, kSamples != Samples::kBytes);
   c.method = method;
   if (method == kRule || method >= kHalve) return;
   with_scale(bytes, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    if constexpr (kWords) {
-      fill_tables<V, true, 2>(c, method);
+    if constexpr (kSamples == Samples::k565) {
+      fill_tables<V, kSamples, 2>(c, method);
+    } else if constexpr (kSamples == Samples::kWords) {
+      if (c.unit == 2) return fill_tables<V, kSamples, 2>(c, method);
+      fill_tables<V, kSamples, 4>(c, method);
     } else {
-      for_unit(c.unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
-        fill_tables<V, false, Samples::kBytes>(c, method);
+      for_unit(c.unit, [&]<class S>(S) LOX_INLINE_LAMBDA {
+        fill_tables<V, kSamples, S::kBytes>(c, method);
       });
     }
   });

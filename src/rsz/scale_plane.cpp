@@ -13,6 +13,7 @@
 #include "common/strip.h"
 #include "rot/rotate_rows.h"
 #include "rsz/scale_rows.h"
+#include "rsz/scale_words_rows.h"
 
 namespace lox {
 
@@ -182,8 +183,9 @@ void scale_strip(const ScaleJob &job, const ScaleRows &rows,
 
 template <class Sink>
 void scale_by_strips(const ScaleJob &job) {
-  const ScaleTables &tables = scale_rows();
-  const ScaleRows &rows = job.type.rgb565 ? tables.rgb565 : tables.bytes;
+  const ScaleRows &rows = job.type.words    ? scale_words_rows()
+                          : job.type.rgb565 ? scale_rows().rgb565
+                                            : scale_rows().bytes;
   Columns columns;
   columns.axis = job.across;
   columns.unit = job.type.unit;

@@ -145,10 +145,105 @@ int32_t dither(const Function &, const vexo_img *src, const vexo_img *dst) {
   return VEXO_OK;
 }
 
+// --- places -----------------------------------------------------------------
+
+int unit_of(int32_t format, int p) {
+  return format == VEXO_FMT_P010LE && p == 1 ? 4 : 2;
+}
+int32_t refusal(const vexo_img *src, const vexo_img *dst) {
+  if (src->format != dst->format) return VEXO_ERR_ARG;
+  return is_deep(src->format) ? VEXO_OK : VEXO_ERR_UNSUPPORTED;
+}
+int planes_of(int32_t format) { return format == VEXO_FMT_P010LE ? 2 : 3; }
+
+int32_t turn(const Function &, const vexo_img *src, uint32_t code,
+             const vexo_img *dst) {
+  if (const int32_t status = refusal(src, dst)) return status;
+  if (code > VEXO_ROT_VERT) return VEXO_ERR_UNSUPPORTED;
+  for (int p = 0; p < planes_of(src->format); ++p) {
+    const int unit = unit_of(src->format, p);
+    const Size size = {src->width[p], src->height[p]};
+    for (int32_t y = 0; y < size.height && size.width > 0; ++y) {
+      for (int32_t x = 0; x < size.width; ++x) {
+        const Point to = rotated(code, size, x, y);
+        std::copy_n(
+            src->plane[p] + int64_t{y} * src->stride[p] + int64_t{x} * unit,
+            unit,
+            dst->plane[p] + int64_t{to.y} * dst->stride[p] +
+                int64_t{to.x} * unit);
+      }
+    }
+  }
+  return VEXO_OK;
+}
+int32_t copy(const Function &function, const vexo_img *src,
+             const vexo_img *dst) {
+  return turn(function, src, VEXO_ROT_COPY, dst);
+}
+
+int32_t window(const Function &function, const vexo_img *src,
+               const vexo_img *dst) {
+  const bool cuts = function.address == AnyFunction(vexo_crop_deep);
+  if (const int32_t status = refusal(src, dst)) return status;
+  const int64_t x = src->offset_x;
+  const int64_t y = src->offset_y;
+  if (!cuts && (x + src->width[0] > dst->width[0] ||
+                y + src->height[0] > dst->height[0])) {
+    return VEXO_ERR_ARG;
+  }
+  for (int p = 0; p < planes_of(src->format); ++p) {
+    const int unit = unit_of(src->format, p);
+    const int black =
+        (p == 0 ? 64 : 512) * (src->format == VEXO_FMT_P010LE ? 64 : 1);
+    for (int64_t i = 0;
+         !cuts && i < int64_t{dst->stride[p]} * dst->buf_height[p]; ++i) {
+      dst->plane[p][i] = static_cast<uint8_t>(
+          i % dst->stride[p] % 2 == 0 ? black : black >> 8);
+    }
+    const vexo_img &small = cuts ? *dst : *src;
+    const auto place = [&](const vexo_img &img) {
+      return img.plane[p] + (p == 0 ? y : (y + 1) / 2) * img.stride[p] +
+             (p == 0 ? x : (x + 1) / 2) * unit;
+    };
+    move_rows(cuts ? place(*src) : src->plane[p], src->stride[p],
+              int64_t{small.width[p]} * unit, small.height[p], dst->stride[p],
+              cuts ? dst->plane[p] : place(*dst));
+  }
+  return VEXO_OK;
+}
+
+int32_t scale(const Function &function, const vexo_img *src,
+              const vexo_img *dst) {
+  if (const int32_t status = refusal(src, dst)) return status;
+  if (src->width[0] == dst->width[0] && src->height[0] == dst->height[0]) {
+    return copy(function, src, dst);
+  }
+  const int planes = planes_of(src->format);
+  for (int p = 0; p < planes; ++p) {
+    if (std::min({src->width[p], src->height[p], dst->width[p],
+                  dst->height[p]}) < 1) {
+      return VEXO_ERR_ARG;
+    }
+  }
+  for (int p = 0; p < planes; ++p) {
+    scale_words(unit_of(src->format, p), src->plane[p],
+                {src->width[p], src->height[p]},
+                {dst->width[p], dst->height[p]}, dst->plane[p], src->stride[p],
+                dst->stride[p], dst->mode);
+  }
+  return VEXO_OK;
+}
+
 }  // namespace
 
 std::vector<Rule> deep_rules() {
   return {
+      rule_for(vexo_rsz_deep, scale),
+      rule_for_rows(vexo_rsz_deep_rows, scale),
+      rule_for(vexo_rot_deep, turn),
+      rule_for(vexo_cpy_deep, copy),
+      rule_for(vexo_crop_deep, window),
+      rule_for(vexo_padding_deep, window),
       rule_for(vexo_csc_deep, convert),
       rule_for(vexo_csc_dither, dither),
       rule_for_rows(vexo_csc_dither_rows, dither),

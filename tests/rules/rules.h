@@ -55,6 +55,10 @@ std::vector<Rule> deep_rules();
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
 
+// Scales a plane of one or two words a sample.
+void scale_words(int unit, const uint8_t *src, Size from, Size to, uint8_t *dst,
+                 int32_t src_stride, int32_t dst_stride, int32_t mode);
+
 // The picture in RGBA8888 by the default standard; rows are `stride` apart.
 void picture_to_rgba(const vexo_img *src, uint8_t *dst, int32_t stride);
 
