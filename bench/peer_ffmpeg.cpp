@@ -65,7 +65,7 @@ std::vector<Setting> settings_for(const Job &job) {
       return {{"swscale POINT", SWS_POINT},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
     case kScale:
-      if (!scales_plainly(job)) return {};
+      if (!scales_plainly(job) && job.src_format != kI010) return {};
       return {{"swscale BILINEAR", SWS_BILINEAR},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
               {"swscale AREA", SWS_AREA}};

@@ -43,10 +43,12 @@ enum Method : int32_t {
   kGather16,  // looked up in windows of so many bytes
   kGather32,
   kGather64,
-  kLerp,      // looked up in 16 bytes, weighed
-  kHalve,     // 2:1
-  kFirstOf4,  // 4:1 of bytes
-  kDouble     // 1:2
+  kLerp,       // looked up in 16 bytes, weighed
+  kWhole,      // words of a register looked up in one of source words
+  kWholeLerp,  // and weighed
+  kHalve,      // 2:1
+  kFirstOf4,   // 4:1 of bytes
+  kDouble      // 1:2
 };
 
 #if LOX_VECTORS
@@ -104,7 +106,8 @@ LOX_INLINE bool enlarges(const Axis &axis) {
 // The method of a strip. Its 8 bytes of output are of samples `steps` apart at
 // most, those of the source steps * src / dst, rounded up; with the last one's
 // neighbour they have to be in one window.
-LOX_INLINE Method choose_method(const Columns &c, bool words) {
+// `whole`: the bytes of a register whose words can be looked up all at once.
+LOX_INLINE Method choose_method(const Columns &c, bool words, int whole) {
   const Axis &axis = c.axis;
   const bool enlarge = enlarges(axis);
   const int64_t src = axis.src;
@@ -115,17 +118,23 @@ LOX_INLINE Method choose_method(const Columns &c, bool words) {
       if (src == 4 * int64_t{axis.dst} && c.unit == 1) return kFirstOf4;
     }
   }
+  const auto weighable = [&]() LOX_INLINE_LAMBDA {
+    const int32_t longest =
+        axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
+    return has_products(longest, axis.scaling == Scaling::kEnlargeMod1);
+  };
+  if (enlarge && whole > 0 && src * c.unit >= whole &&
+      (axis.dst <= 2 * src || weighable())) {
+    const int64_t outputs = whole / c.unit;
+    const int64_t wanted = ((outputs - 1) * src + axis.dst - 1) / axis.dst + 2;
+    if (wanted <= outputs) return axis.dst <= 2 * src ? kWhole : kWholeLerp;
+  }
   const int steps = c.unit == 3 ? 3 : 8 / c.unit - 1;
   const int64_t samples = (steps * src + axis.dst - 1) / axis.dst + 2;
   const int64_t span = samples * c.unit;
   const int64_t row = src * c.unit;
   if (enlarge && axis.dst > 2 * src) {
-    const int32_t longest =
-        axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
-    return span <= 16 && row >= 16 &&
-                   has_products(longest, axis.scaling == Scaling::kEnlargeMod1)
-               ? kLerp
-               : kRule;
+    return span <= 16 && row >= 16 && weighable() ? kLerp : kRule;
   }
   for (int i = 0; i < 3; ++i) {
     const int64_t window = int64_t{16} << i;
@@ -134,22 +143,29 @@ LOX_INLINE Method choose_method(const Columns &c, bool words) {
   }
   return kRule;
 }
+constexpr bool is_whole(Method method) {
+  return method == kWhole || method == kWholeLerp;
+}
+constexpr bool is_weighed(Method method) {
+  return method == kLerp || method == kWholeLerp;
+}
 constexpr int span_of(Method method) {
-  return method == kGather64 ? 64 : method == kGather32 ? 32 : 16;
+  return method == kGather64 || is_whole(method) ? 64
+         : method == kGather32                   ? 32
+                                                 : 16;
 }
 
 // Bytes of table for a vector of outputs.
 template <class V>
-constexpr int places_size(int span) {
-  return V::windows(span) * 2 * V::n;
+constexpr int places_size(Method method) {
+  return (is_whole(method) ? 1 : V::windows(span_of(method))) * 2 * V::n;
 }
 template <class V, Samples kSamples>
 constexpr int table_step(Method method) {
-  return places_size<V>(span_of(method)) +
-         (method != kLerp               ? 0
-          : kSamples == Samples::kBytes ? 4 * V::n
-          : kSamples == Samples::k565   ? 3 * V::n
-                                        : 5 * V::n);
+  return places_size<V>(method) + (!is_weighed(method)           ? 0
+                                   : kSamples == Samples::kBytes ? 4 * V::n
+                                   : kSamples == Samples::k565   ? 3 * V::n
+                                                                 : 5 * V::n);
 }
 
 template <class V, bool kWords>
@@ -262,15 +278,25 @@ class TableFiller {
 
  private:
   LOX_INLINE void vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
-    uint8_t *const weights = table_ + places_size<V>(span_);
+    uint8_t *const weights = table_ + places_size<V>(method_);
+    ptrdiff_t base = 0;
     for (int group = 0; group < V::n / 8; ++group) {
-      const ptrdiff_t base = walk.sample() < end_ ? walk.sample() : end_;
-      *offset_++ = static_cast<int16_t>(base - origin);
+      if (group == 0 || !is_whole(method_)) {
+        base = walk.sample() < end_ ? walk.sample() : end_;
+        *offset_++ = static_cast<int16_t>(base - origin);
+      }
       for (int i = 0; i < 8; ++i, walk.next()) {
         const int first = static_cast<int>(walk.byte() - base);
-        put_places<V, kSamples != Samples::kBytes>(
-            table_, group, i, span_, first, first + walk.to_neighbour());
-        if (method_ == kLerp) put_weights(weights, group, i, walk.weights());
+        const int second = first + walk.to_neighbour();
+        if (is_whole(method_)) {
+          const int at = group * 8 + i;
+          table_[at] = static_cast<uint8_t>(i % 2 == 0 ? first / 2 : 0);
+          table_[V::n + at] = static_cast<uint8_t>(i % 2 == 0 ? second / 2 : 0);
+        } else {
+          put_places<V, kSamples != Samples::kBytes>(table_, group, i, span_,
+                                                     first, second);
+        }
+        if (is_weighed(method_)) put_weights(weights, group, i, walk.weights());
       }
     }
     table_ += table_step<V, kSamples>(method_);
@@ -352,7 +378,10 @@ template <Samples kSamples>
 LOX_INLINE void prepare_vectors(Columns &c) {
   const ptrdiff_t bytes = ptrdiff_t{c.count} * c.unit;
   if (bytes < NarrowScale::n) return;
-  const Method method = choose_method(c, kSamples != Samples::kBytes);
+  const bool whole = kSamples == Samples::kWords && WideScale::kPermutesWords &&
+                     bytes >= WideScale::n;
+  const Method method =
+      choose_method(c, kSamples != Samples::kBytes, whole ? WideScale::n : 0);
   c.method = method;
   if (method == kRule || method >= kHalve) return;
   with_scale(bytes, [&]<class V>(V) LOX_INLINE_LAMBDA {

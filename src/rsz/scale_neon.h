@@ -372,6 +372,7 @@ struct ScaleOps : Neon {
 
   // --- 16-bit components ----------------------------------------------------
 
+  static constexpr bool kPermutesWords = false;
   LOX_OP Words average_words(Words a, Words b) {
     return {vhaddq_u16(a.v, b.v)};
   }

@@ -46,6 +46,26 @@ struct AsWords {
     V::store_words(dst, V::lerp_words(v, w));
   }
 };
+
+template <bool kWeighed>
+LOX_INLINE void whole_columns(const uint8_t *row, uint8_t *dst,
+                              const Columns *c) {
+  using V = WideScale;
+  using T = AsWords<V>;
+  if constexpr (V::kPermutesWords) {
+    for_groups<V>(c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
+      const auto v = V::load_words(at.src + *at.offsets++);
+      const typename V::WordNeighbours two = {
+          V::pick_words(v, at.table), V::pick_words(v, at.table + V::n)};
+      at.table += 2 * V::n;
+      if constexpr (kWeighed) {
+        T::put_lerp(to, two, T::weights(at.table));
+      } else {
+        T::put_average(to, two);
+      }
+    });
+  }
+}
 #endif
 
 // Calls kernel(samples) with the type of sample of a width in bytes.
@@ -64,6 +84,8 @@ void prepare(Columns *c) {
 
 void columns(const uint8_t *row, uint8_t *dst, const Columns *c) {
 #if LOX_VECTORS
+  if (c->method == kWhole) return whole_columns<false>(row, dst, c);
+  if (c->method == kWholeLerp) return whole_columns<true>(row, dst, c);
   if (c->method != kRule) return gathered_columns<AsWords>(row, dst, c);
 #endif
   for_words(c->unit, [&]<class S>(S)

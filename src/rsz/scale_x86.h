@@ -248,6 +248,10 @@ struct ScaleOps : V {
 
   // --- 16-bit components ----------------------------------------------------
 
+  static constexpr bool kPermutesWords = n == 64;
+  LOX_OP Words pick_words(Words v, const uint8_t *places) {
+    return {R::permute_words_by(v.v, R::load(places))};
+  }
   LOX_OP Words average_words(Words a, Words b) {
     return {R::add16(R::bit_and(a.v, b.v),
                      R::template shift_right16<1>(R::exclusive_or(a.v, b.v)))};
