@@ -63,6 +63,8 @@ inline double near(const Workload &job) {
   if (job.task == kReduce) return 1;
   // Scalers also take samples elsewhere: this library from the top left, peers
   // around the middle.
+  if (job.task == kDither) return 6;
+  if (job.task == kScale && job.src_format == kI010) return 14;
   if (job.task != kConvert) return 3.5;
   // A 16-bit pixel has steps of 8 and 4, which a dithering peer rounds to
   // either side. Of a 16-bit source, channels get zeros as their low bits here
@@ -74,9 +76,10 @@ inline double near(const Workload &job) {
   return job.option == VEXO_STD_BT709 ? 3.5 : 2;
 }
 
-// Peers have no mode 1, whose row is set beside what they do without.
+// Peers have no mode 1, whose row is set beside what they do without. Words are
+// for those that say so.
 inline bool scales_plainly(const Workload &job) {
-  return job.task == kScale && job.option == 0;
+  return job.task == kScale && job.option == 0 && job.src_format != kI010;
 }
 
 // What peers tone map as well.

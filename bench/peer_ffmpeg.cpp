@@ -67,7 +67,7 @@ std::vector<Setting> settings_for(const Job &job) {
     case kInterpolate:
       return {{"swscale BILINEAR", SWS_BILINEAR | SWS_FULL_CHR_H_INT}};
     case kScale:
-      if (!scales_plainly(job)) return {};
+      if (!scales_plainly(job) && job.src_format != kI010) return {};
       return {{"swscale BILINEAR", SWS_BILINEAR},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR},
               {"swscale AREA", SWS_AREA}};

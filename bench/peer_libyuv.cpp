@@ -39,6 +39,13 @@ int with_filter(const uint8_t *y, int y_stride, const uint8_t *u, int u_stride,
       y, y_stride, u, u_stride, v, v_stride, to, to_stride,
       &libyuv::kYuvI601Constants, width, height, libyuv::kFilterBilinear);
 }
+// By its own matrix.
+int dither(const uint8_t *y, int y_stride, const uint8_t *u, int u_stride,
+           const uint8_t *v, int v_stride, uint8_t *rgb, int stride, int width,
+           int height) {
+  return libyuv::I420ToRGB565Dither(y, y_stride, u, u_stride, v, v_stride, rgb,
+                                    stride, nullptr, width, height);
+}
 
 constexpr struct {
   const char *id;
@@ -53,6 +60,7 @@ constexpr struct {
     {"yuv420_rgba8888_bt709", call<libyuv::H420ToABGR, 3, 1>},
     {"yuv420_rgba8888_bt601fr", call<libyuv::J420ToABGR, 3, 1>},
     {"yuv420_rgb565", call<libyuv::I420ToRGB565, 3, 1>},
+    {"yuv420_rgb565_dither", call<dither, 3, 1>},
     {"nv21_rgb888", call<libyuv::NV21ToRAW, 2, 1>},
     {"yuyv_rgba8888", call<libyuv::YUY2ToARGB, 1, 1>, VEXO_FMT_BGRA8888},
     {"rgba8888_nv12", call<libyuv::ABGRToNV12, 1, 2>},

@@ -21,6 +21,10 @@ zimg_image_format picture(int32_t format, Size size) {
   f.height = static_cast<unsigned>(size.height);
   f.pixel_type = ZIMG_PIXEL_BYTE;
   f.depth = 8;
+  if (format == VEXO_FMT_YUV420PLANAR16) {
+    f.pixel_type = ZIMG_PIXEL_WORD;
+    f.depth = 10;
+  }
   f.pixel_range = ZIMG_RANGE_FULL;
   if (format == VEXO_FMT_YUV400) return f;
   // What YUV444 stands for are planes of R, G and B.
@@ -60,7 +64,7 @@ Buffer buffer(const vexo_img &img) {
 
 // The planar twin of a format.
 int32_t planes_of(int32_t format) {
-  if (format == VEXO_FMT_YUV400) return format;
+  if (format == VEXO_FMT_YUV400 || format == kI010) return format;
   if (format == VEXO_FMT_P010LE) return VEXO_FMT_YUV420PLANAR16;
   return format == VEXO_FMT_RGBA8888 ? VEXO_FMT_YUV444 : VEXO_FMT_YUV420;
 }
@@ -119,7 +123,9 @@ Run make(const Job &job, zimg_cpu_type_e cpu) {
 
 void add_zimg(const Job &job, Contenders *out) {
   const bool maps = is_usual_tone_mapping(job);
-  const bool scales = scales_plainly(job) && job.src_format == VEXO_FMT_YUV400;
+  const bool scales =
+      job.task == kScale && (job.src_format == kI010 ||
+                             (scales_plainly(job) && job.src_format == kGrey));
   const bool reduces = job.task == kReduce && !job.is_means();
   if (!maps && !scales && !reduces) return;
   const std::string name = reduces ? "zimg LANCZOS" : "zimg";

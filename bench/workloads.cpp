@@ -183,8 +183,12 @@ void run_plain(const Job &job, const vexo_img &src, const vexo_img &dst) {
       return require(vexo_csc(&src, &dst), job);
     case kInterpolate:
       return require(vexo_csc_new(&src, &dst), job);
+    case kDither:
+      return require(vexo_csc_dither(&src, &dst), job);
     case kScale:
-      return require(vexo_rsz(&src, &dst), job);
+      return require(job.src_format == kI010 ? vexo_rsz_deep(&src, &dst)
+                                             : vexo_rsz(&src, &dst),
+                     job);
     case kTurn:
       return require(vexo_rot(&src, job.rotation(), &dst), job);
     case kSharpen: {

@@ -51,6 +51,7 @@ enum Task {
   kConvert,
   // The same with interpolated chroma.
   kInterpolate,
+  kDither,
   kScale,
   // A quarter turn to the left after scaling.
   kScaleAndTurn,
@@ -116,7 +117,7 @@ struct Workload {
            dst_format < VEXO_FMT_UYVY;
   }
   Picture picture() const {
-    return task == kToneMap                       ? Picture::kHdr
+    return src_format >= VEXO_FMT_YUV420PLANAR16  ? Picture::kHdr
            : task == kSharpen || task == kDeblock ? Picture::kBlocks
            : src_format >= VEXO_FMT_RGB565        ? Picture::kRgbWaves
                                                   : Picture::kYuvWaves;
@@ -126,12 +127,14 @@ struct Workload {
 inline constexpr int32_t kGrey = VEXO_FMT_YUV400, kI420 = VEXO_FMT_YUV420,
                          kNv12 = VEXO_FMT_NV12, kNv21 = VEXO_FMT_NV21,
                          k565 = VEXO_FMT_RGB565, kRgb = VEXO_FMT_RGB888,
-                         kRgba = VEXO_FMT_RGBA8888, kP010 = VEXO_FMT_P010LE;
+                         kRgba = VEXO_FMT_RGBA8888, kP010 = VEXO_FMT_P010LE,
+                         kI010 = VEXO_FMT_YUV420PLANAR16;
 
 inline constexpr Workload kWorkloads[] = {
     {"nv12_rgba8888", kConvert, kNv12, kRgba},
     {"yuv420_rgba8888", kConvert, kI420, kRgba},
     {"yuv420_rgb565", kConvert, kI420, k565},
+    {"yuv420_rgb565_dither", kDither, kI420, k565},
     {"nv21_rgb888", kConvert, kNv21, kRgb},
     {"yuyv_rgba8888", kConvert, VEXO_FMT_YUYV, kRgba},
     {"yuv420_rgba8888_bt709", kConvert, kI420, kRgba, kEqual, VEXO_STD_BT709},
@@ -164,6 +167,9 @@ inline constexpr Workload kWorkloads[] = {
     {"rgb888_3to2", kScale, kRgb, kRgb, k3To2},
     {"rgb888_2to3", kScale, kRgb, kRgb, k2To3},
     {"rgb565_3to2", kScale, k565, k565, k3To2},
+    {"planar16_2to1", kScale, kI010, kI010, k2To1},
+    {"planar16_3to2", kScale, kI010, kI010, k3To2},
+    {"planar16_2to3", kScale, kI010, kI010, k2To3},
     {"rgba8888_90l", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_90L},
     {"rgba8888_90r", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_90R},
     {"rgba8888_180", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_180},

@@ -16,13 +16,14 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 DRAWING = ROOT / "docs/structure.svg"
 # Floors from the ground up. A folder includes those of lower floors only.
 FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"],
-          ["csc_new", "rsz"],
-          ["dct"], ["picture"]]
+          ["csc_new", "rsz", "camera", "dither"],
+          ["dct", "fused", "deep", "apex"], ["picture"]]
 TITLES = {
     "simd": "the vector layer", "common": "processor, copies, memory",
     "csc": "colour conversion", "csc_new": "interpolated chroma", "rot": "rotation", "hdr": "tone mapping",
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
     "camera": "camera frames",
+    "dither": "fewer bits", "deep": "16-bit samples",
     "dct": "scaling by cosines", "picture": "any layout to any",
 }
 

@@ -11,6 +11,8 @@
 #include "csc_new.h"
 #include "dct.h"
 #include "fused.h"
+#include "deep.h"
+#include "dither.h"
 #include "hdr.h"
 #include "img.h"
 #include "key_frame.h"

@@ -41,8 +41,9 @@ enum Unused { kNothing };
 
 using Driver = void(const KernelArgs &args, int from, int to);
 
-// From a YuvSourceId or a TileShapeId to an RgbLayout; those of one destination
-// write RGBA8888.
+// From a YuvSourceId or a TileShapeId to an RgbLayout, dithered ones too but
+// from grey; those of one destination write RGBA8888, and of words dithered
+// ones.
 Driver yuv_to_rgb, words_to_rgb, bt601_full_to_rgb, bt709_to_rgb,
     bt709_full_to_rgb, grey_to_rgb, tiled_to_rgb;
 

@@ -198,7 +198,7 @@ void to_rgb(const uint8_t *src, uint8_t *dst, ptrdiff_t width) {
         [&]() LOX_INLINE_LAMBDA {
           const auto pixels = V::template take_pixels<F>(from);
           if constexpr (To.bytes == 2) {
-            V::store_565(to, pixels);
+            V::template store_565<To>(to, pixels);
           } else {
             V::store_rgba(to, pixels);
           }

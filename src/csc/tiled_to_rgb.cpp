@@ -54,7 +54,9 @@ void convert_strips(const Tiled &tiled, const TileShape &shape,
           {chroma.row(tiled.chroma_row(y + row) - first), nullptr},
           {tiled.rgb(x, y + row), tiled.rgb(x, y + second)},
           writing.stream,
-          false};
+          false,
+          x,
+          y + row};
       (two ? tiled.forms.two_rows : tiled.forms.one_row)(pair, width);
       row += two ? 2 : 1;
     }

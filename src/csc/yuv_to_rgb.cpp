@@ -86,7 +86,9 @@ void convert_up_to_next(const YuvSource &source, YuvToRgbFn one_row,
            {row.chroma[0] + chroma, row.chroma[1] + chroma},
            {pair, nullptr},
            false,
-           false},
+           false,
+           row.column + static_cast<int32_t>(last),
+           row.row},
           2);
   const ptrdiff_t written = last * pixel_bytes;
   std::memcpy(row.rgb[0] + written, pair,
@@ -132,7 +134,9 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
                 {u, v},
                 {args.dst(0, row), args.dst(0, row + 1)},
                 writing.stream,
-                writing.fetch},
+                writing.fetch,
+                0,
+                row},
                row_pixels);
       row += 2;
       continue;
@@ -141,7 +145,9 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
                               {u, v},
                               {args.dst(0, row), nullptr},
                               writing.stream,
-                              writing.fetch};
+                              writing.fetch,
+                              0,
+                              row};
     ++row;
     if (overlap && row == rows.end && row < height) {
       convert_up_to_next(source, forms.one_row, one, width, pixel_bytes,
@@ -171,12 +177,19 @@ void yuv_to_rgb(const KernelArgs &args, int from, int to) {
           args);
 }
 
+void words_to_rgb(const KernelArgs &args, int from, int to) {
+  const CscRows &kernels = yuv_to_rgb_rows();
+  convert(kSources[from],
+          to == kRgba8888 ? kernels.words_to_rgba
+                          : kernels.words_to_565[to - kDitheredRgb565],
+          static_cast<RgbLayout>(to), args);
+}
+
 #define LOX_TO_RGBA(driver, forms)                             \
   void driver(const KernelArgs &args, int from, int) {         \
     const YuvSource &source = kSources[from];                  \
     convert(source, yuv_to_rgb_rows().forms, kRgba8888, args); \
   }
-LOX_TO_RGBA(words_to_rgb, words_to_rgba)
 LOX_TO_RGBA(bt601_full_to_rgb, bt601_full[source.kind])
 LOX_TO_RGBA(bt709_to_rgb, bt709_planar)
 LOX_TO_RGBA(bt709_full_to_rgb, bt709_full_planar)

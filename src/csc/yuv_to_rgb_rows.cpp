@@ -4,6 +4,7 @@
 // for each pixel; the vector form gives the same bytes.
 #include "csc/yuv_to_rgb_rows.h"
 
+#include "simd/dither.h"
 #include "simd/simd.h"
 #include "simd/store_pixels.h"
 
@@ -137,6 +138,17 @@ struct Packed {
 #endif
 };
 
+// What is added to n pixels of a row before they are packed.
+struct NoDither {};
+template <PixelFormat F, class V>
+LOX_INLINE auto dither_of([[maybe_unused]] ptrdiff_t x,
+                          [[maybe_unused]] ptrdiff_t y) {
+  if constexpr (F.dithered) {
+    return V::make_dither(dither_place(x, y));
+  } else {
+    return NoDither();
+  }
+}
 // --- the rule ---------------------------------------------------------------
 
 int clamp_to_byte(int v) {
@@ -174,7 +186,12 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
     const uint8_t *const y = rows.y[row];
     uint8_t *const rgb = rows.rgb[row];
     for (ptrdiff_t x = begin; x < end; ++x) {
-      const Rgb c = convert_pixel<M>(Src::pixel(y, chroma, x), x >= tail);
+      Rgb c = convert_pixel<M>(Src::pixel(y, chroma, x), x >= tail);
+      if constexpr (F.dithered) {
+        const DitherPlace at = dither_place(rows.column + x, rows.row + row);
+        c = {clamp_to_byte(c.r) + *at.five, clamp_to_byte(c.g) + *at.six,
+             clamp_to_byte(c.b) + *at.five};
+      }
       put_pixel<F>(rgb + x * F.bytes, {clamp_to_byte(c.r), clamp_to_byte(c.g),
                                        clamp_to_byte(c.b)});
     }
@@ -185,12 +202,22 @@ void convert_pixels(const YuvToRgbRows &rows, ptrdiff_t begin, ptrdiff_t end) {
 
 #if LOX_VECTORS
 
-template <class V, PixelFormat F, class M, bool kStream, class Chroma, class C>
+template <class V, PixelFormat F, class M, bool kStream, class Chroma, class C,
+          class D>
 LOX_INLINE void convert_luma(typename V::U8 luma, const Chroma &chroma,
-                             const C &k, uint8_t *rgb) {
+                             const C &k, uint8_t *rgb,
+                             [[maybe_unused]] const D &dither) {
   const auto c = M::template channels<V>(luma, chroma, k);
-  store_pixels<F, V, M::kRed, M::kGreen, M::kBlue, kStream>(rgb, c.red, c.green,
-                                                            c.blue);
+  if constexpr (F.dithered) {
+    V::template store16<kStream>(
+        rgb, red_first(F) ? V::template pack565<M::kRed, M::kGreen, M::kBlue>(
+                                c.red, c.green, c.blue, dither)
+                          : V::template pack565<M::kBlue, M::kGreen, M::kRed>(
+                                c.blue, c.green, c.red, dither));
+  } else {
+    store_pixels<F, V, M::kRed, M::kGreen, M::kBlue, kStream>(rgb, c.red,
+                                                              c.green, c.blue);
+  }
 }
 
 template <class S>
@@ -199,23 +226,23 @@ template <int kLuma>
 constexpr bool kIsPacked<Packed<kLuma>> = true;
 
 template <class V, class Src, PixelFormat F, class M, int kRows, bool kStream,
-          class C>
-LOX_INLINE void step(const Place &at, const C &k) {
+          class C, class D>
+LOX_INLINE void step(const Place &at, const C &k, const D (&dither)[kRows]) {
   constexpr Order kOrder = order_of(F);
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
     typename V::Pairs pairs;
     V::template load_422<kOrder, Src::kLuma>(at.y0, luma, pairs);
     convert_luma<V, F, M, kStream>(luma, M::template chroma<V>(pairs, k), k,
-                                   at.rgb0);
+                                   at.rgb0, dither[0]);
   } else {
     const auto chroma =
         M::template chroma<V>(Src::template chroma<V, kOrder>(at), k);
     convert_luma<V, F, M, kStream>(Src::template luma<V, kOrder>(at.y0), chroma,
-                                   k, at.rgb0);
+                                   k, at.rgb0, dither[0]);
     if constexpr (kRows == 2) {
       convert_luma<V, F, M, kStream>(Src::template luma<V, kOrder>(at.y1),
-                                     chroma, k, at.rgb1);
+                                     chroma, k, at.rgb1, dither[1]);
     }
   }
 }
@@ -259,6 +286,13 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   if constexpr (kStream) Src::move_chroma(next, luma_row / Src::kLumaBytes);
   const ptrdiff_t chroma0_row = next.chroma0 - at.chroma0;
   const ptrdiff_t chroma1_row = next.chroma1 - at.chroma1;
+  using Dithers = decltype(dither_of<F, V>(0, 0))[kRows];
+  const auto dithers_at = [&](ptrdiff_t x, Dithers &d) LOX_INLINE_LAMBDA {
+    d[0] = dither_of<F, V>(x, rows.row);
+    if constexpr (kRows == 2) d[1] = dither_of<F, V>(x, rows.row + 1);
+  };
+  Dithers dithers;
+  dithers_at(rows.column, dithers);
   for_units_and_last<V::n, 1>(
       width,
       [&]() LOX_INLINE_LAMBDA {
@@ -274,10 +308,11 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
           if (chroma0_row != 0) prefetch(at.chroma0, chroma0_row, V::n);
           if (chroma1_row != 0) prefetch(at.chroma1, chroma1_row);
         }
-        step<V, Src, F, M, kRows, kStream>(at, constants);
+        step<V, Src, F, M, kRows, kStream>(at, constants, dithers);
       },
       [&]() LOX_INLINE_LAMBDA {
-        step<V, Src, F, M, kRows, false>(at, constants);
+        dithers_at(rows.column + width - V::n, dithers);
+        step<V, Src, F, M, kRows, false>(at, constants, dithers);
       },
       RowCursor<Src, F, kRows>{at});
 }
@@ -360,7 +395,8 @@ void end_stream() {}
     KERNELS(Src, kRgb565), KERNELS(Src, kBgr565), KERNELS(Src, kRgb888), \
         KERNELS(Src, kBgr888), KERNELS(Src, kRgba8888),                  \
         KERNELS(Src, kBgra8888), KERNELS(Src, kArgb8888),                \
-        KERNELS(Src, kAbgr8888)                                          \
+        KERNELS(Src, kAbgr8888), KERNELS(Src, kDitheredRgb565),          \
+        KERNELS(Src, kDitheredBgr565)                                    \
   }
 #define LOX_TO_RGBA(Src, M) \
   { LOX_CONVERT(Src, kRgba8888, 1, M), LOX_CONVERT(Src, kRgba8888, 2, M) }
@@ -372,6 +408,8 @@ constinit const CscRows yuv_to_rgb_rows = {
                    LOX_LAYOUTS(LOX_ONE, Full), LOX_LAYOUTS(LOX_ONE, Packed<0>),
                    LOX_LAYOUTS(LOX_ONE, Packed<1>)},
     .words_to_rgba = LOX_TO_RGBA(SemiPlanarWords, Bt601),
+    .words_to_565 = {LOX_ONE_OR_TWO(SemiPlanarWords, kDitheredRgb565),
+                     LOX_ONE_OR_TWO(SemiPlanarWords, kDitheredBgr565)},
     .bt601_full = {LOX_TO_RGBA(Planar, Bt601Full),
                    LOX_TO_RGBA(SemiPlanar<0>, Bt601Full),
                    LOX_TO_RGBA(SemiPlanar<1>, Bt601Full)},

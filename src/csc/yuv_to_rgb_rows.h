@@ -36,6 +36,8 @@ struct YuvToRgbRows {
   bool stream;
   // Fetch what is written some way ahead; of no effect with the other.
   bool fetch;
+  // The place of the first pixel in the picture, which dithering goes by.
+  int32_t column = 0, row = 0;
 };
 
 // `width` pixels. Nothing is read or written beyond them, but the chroma of an
@@ -50,9 +52,11 @@ struct YuvToRgbKernels {
 };
 
 struct CscRows {
-  YuvToRgbKernels yuv_to_rgb[kYuvRowKinds][kRgbLayouts];
-  // 16-bit samples, of which the high byte counts, in U, V pairs; to RGBA8888.
+  YuvToRgbKernels yuv_to_rgb[kYuvRowKinds][kLayoutsAndDithered];
+  // 16-bit samples, of which the high byte counts, in U, V pairs; to RGBA8888
+  // and to dithered words, red on top or blue.
   YuvToRgbKernels words_to_rgba;
+  YuvToRgbKernels words_to_565[2];
   // Other standards, to RGBA8888. That of BT.601 must be given whole rows: its
   // last columns have a rule of their own.
   YuvToRgbKernels bt601_full[kSharedRowKinds];

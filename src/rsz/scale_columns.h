@@ -14,6 +14,10 @@
 // a product with 65536 / length + 1: exact while 255 length^2 < 65536, that is
 // to a length of 16. Weights in 64ths, of which none is above 64 to a length of
 // 65, are divided by a share of 1024.
+//
+// Of words what lies between is the smaller one and a part of the difference d,
+// d w / sum with the larger one's weight w. The high half of d (65536 w / sum)
+// is that or one less, and the rest tells which.
 #pragma once
 
 #include "rsz/scale_rule.h"
@@ -30,16 +34,21 @@ namespace lox::LOX_SET {
 
 namespace {
 
+// What samples are: bytes, words of three components, words.
+enum class Samples { kBytes, k565, kWords };
+
 // What prepare() has chosen for a strip.
 enum Method : int32_t {
   kRule,
   kGather16,  // looked up in windows of so many bytes
   kGather32,
   kGather64,
-  kLerp,      // looked up in 16 bytes, weighed
-  kHalve,     // 2:1
-  kFirstOf4,  // 4:1 of bytes
-  kDouble     // 1:2
+  kLerp,       // looked up in 16 bytes, weighed
+  kWhole,      // words of a register looked up in one of source words
+  kWholeLerp,  // and weighed
+  kHalve,      // 2:1
+  kFirstOf4,   // 4:1 of bytes
+  kDouble      // 1:2
 };
 
 #if LOX_VECTORS
@@ -71,6 +80,21 @@ LOX_INLINE Products products(Step s, bool mod1) {
   return {static_cast<int>(w.here), static_cast<int>(w.next),
           mod1 ? 1024 : kShares[s.length <= kMaxLength ? s.length : 0]};
 }
+// The same of words.
+struct FineProducts {
+  int here, next, part_here, part_next, sum;
+
+  LOX_INLINE explicit FineProducts(Products p)
+      : here(p.here),
+        next(p.next),
+        part_here(part(p.here, p.here + p.next)),
+        part_next(part(p.next, p.here + p.next)),
+        sum(p.here + p.next) {}
+  // One that does not fit is of a whole, which one less and the rest make too.
+  LOX_INLINE static int part(int weight, int sum) {
+    return weight == sum ? 65535 : 65536 * weight / sum;
+  }
+};
 LOX_INLINE bool has_products(int32_t length, bool mod1) {
   return length <= (mod1 ? kMaxLength64ths : kMaxLength);
 }
@@ -82,7 +106,8 @@ LOX_INLINE bool enlarges(const Axis &axis) {
 // The method of a strip. Its 8 bytes of output are of samples `steps` apart at
 // most, those of the source steps * src / dst, rounded up; with the last one's
 // neighbour they have to be in one window.
-LOX_INLINE Method choose_method(const Columns &c, bool words) {
+// `whole`: the bytes of a register whose words can be looked up all at once.
+LOX_INLINE Method choose_method(const Columns &c, bool words, int whole) {
   const Axis &axis = c.axis;
   const bool enlarge = enlarges(axis);
   const int64_t src = axis.src;
@@ -93,17 +118,23 @@ LOX_INLINE Method choose_method(const Columns &c, bool words) {
       if (src == 4 * int64_t{axis.dst} && c.unit == 1) return kFirstOf4;
     }
   }
+  const auto weighable = [&]() LOX_INLINE_LAMBDA {
+    const int32_t longest =
+        axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
+    return has_products(longest, axis.scaling == Scaling::kEnlargeMod1);
+  };
+  if (enlarge && whole > 0 && src * c.unit >= whole &&
+      (axis.dst <= 2 * src || weighable())) {
+    const int64_t outputs = whole / c.unit;
+    const int64_t wanted = ((outputs - 1) * src + axis.dst - 1) / axis.dst + 2;
+    if (wanted <= outputs) return axis.dst <= 2 * src ? kWhole : kWholeLerp;
+  }
   const int steps = c.unit == 3 ? 3 : 8 / c.unit - 1;
   const int64_t samples = (steps * src + axis.dst - 1) / axis.dst + 2;
   const int64_t span = samples * c.unit;
   const int64_t row = src * c.unit;
   if (enlarge && axis.dst > 2 * src) {
-    const int32_t longest =
-        axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
-    return span <= 16 && row >= 16 &&
-                   has_products(longest, axis.scaling == Scaling::kEnlargeMod1)
-               ? kLerp
-               : kRule;
+    return span <= 16 && row >= 16 && weighable() ? kLerp : kRule;
   }
   for (int i = 0; i < 3; ++i) {
     const int64_t window = int64_t{16} << i;
@@ -112,20 +143,29 @@ LOX_INLINE Method choose_method(const Columns &c, bool words) {
   }
   return kRule;
 }
+constexpr bool is_whole(Method method) {
+  return method == kWhole || method == kWholeLerp;
+}
+constexpr bool is_weighed(Method method) {
+  return method == kLerp || method == kWholeLerp;
+}
 constexpr int span_of(Method method) {
-  return method == kGather64 ? 64 : method == kGather32 ? 32 : 16;
+  return method == kGather64 || is_whole(method) ? 64
+         : method == kGather32                   ? 32
+                                                 : 16;
 }
 
 // Bytes of table for a vector of outputs.
 template <class V>
-constexpr int places_size(int span) {
-  return V::windows(span) * 2 * V::n;
+constexpr int places_size(Method method) {
+  return (is_whole(method) ? 1 : V::windows(span_of(method))) * 2 * V::n;
 }
-template <class V, bool kWords>
+template <class V, Samples kSamples>
 constexpr int table_step(Method method) {
-  return places_size<V>(span_of(method)) + (method != kLerp ? 0
-                                            : kWords        ? 3 * V::n
-                                                            : 4 * V::n);
+  return places_size<V>(method) + (!is_weighed(method)           ? 0
+                                   : kSamples == Samples::kBytes ? 4 * V::n
+                                   : kSamples == Samples::k565   ? 3 * V::n
+                                                                 : 5 * V::n);
 }
 
 template <class V, bool kWords>
@@ -210,7 +250,7 @@ LOX_INLINE void set_period(Columns &c) {
 }
 
 // Fills the tables, one vector of output after the other.
-template <class V, bool kWords, int kUnit>
+template <class V, Samples kSamples, int kUnit>
 class TableFiller {
  public:
   LOX_INLINE TableFiller(Columns &c, Method method)
@@ -238,21 +278,38 @@ class TableFiller {
 
  private:
   LOX_INLINE void vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
-    uint8_t *const weights = table_ + places_size<V>(span_);
+    uint8_t *const weights = table_ + places_size<V>(method_);
+    ptrdiff_t base = 0;
     for (int group = 0; group < V::n / 8; ++group) {
-      const ptrdiff_t base = walk.sample() < end_ ? walk.sample() : end_;
-      *offset_++ = static_cast<int16_t>(base - origin);
+      if (group == 0 || !is_whole(method_)) {
+        base = walk.sample() < end_ ? walk.sample() : end_;
+        *offset_++ = static_cast<int16_t>(base - origin);
+      }
       for (int i = 0; i < 8; ++i, walk.next()) {
         const int first = static_cast<int>(walk.byte() - base);
-        put_places<V, kWords>(table_, group, i, span_, first,
-                              first + walk.to_neighbour());
-        if (method_ == kLerp) put_weights(weights, group, i, walk.weights());
+        const int second = first + walk.to_neighbour();
+        if (is_whole(method_)) {
+          const int at = group * 8 + i;
+          table_[at] = static_cast<uint8_t>(i % 2 == 0 ? first / 2 : 0);
+          table_[V::n + at] = static_cast<uint8_t>(i % 2 == 0 ? second / 2 : 0);
+        } else {
+          put_places<V, kSamples != Samples::kBytes>(table_, group, i, span_,
+                                                     first, second);
+        }
+        if (is_weighed(method_)) put_weights(weights, group, i, walk.weights());
       }
     }
-    table_ += table_step<V, kWords>(method_);
+    table_ += table_step<V, kSamples>(method_);
   }
   LOX_INLINE void put_weights(uint8_t *weights, int group, int i, Products p) {
-    if constexpr (kWords) {
+    if constexpr (kSamples == Samples::kWords) {
+      const FineProducts f(p);
+      const int all[] = {f.here, f.next, f.part_here, f.part_next, f.sum};
+      for (int k = 0; k < 5; ++k) {
+        weights[k * V::n + group * 8 + i] =
+            static_cast<uint8_t>(all[k] >> i % 2 * 8);
+      }
+    } else if constexpr (kSamples == Samples::k565) {
       const int at = group * 8 + i;
       const int shift = at % 2 * 8;
       weights[at] = static_cast<uint8_t>(p.here >> shift);
@@ -276,7 +333,7 @@ class TableFiller {
   uint8_t *table_;
 };
 
-template <class V, bool kWords, int kUnit>
+template <class V, Samples kSamples, int kUnit>
 LOX_INLINE void fill_tables(Columns &c, Method method) {
   constexpr int kMost = Columns::kBytes / V::n;  // vectors
   const ptrdiff_t end = ptrdiff_t{c.axis.src} * kUnit - span_of(method);
@@ -300,13 +357,13 @@ LOX_INLINE void fill_tables(Columns &c, Method method) {
     c.period = 0;
     if (int64_t{c.count} * kUnit > Columns::kBytes) {
       // Strips as even as whole vectors allow.
-      constexpr int kSamples = Columns::kBytes / kUnit;
-      const int32_t strips = (c.count - 1) / kSamples + 1;
+      constexpr int kInStrip = Columns::kBytes / kUnit;
+      const int32_t strips = (c.count - 1) / kInStrip + 1;
       const int32_t even = ((c.count - 1) / strips + 64) / 64 * 64;
-      c.count = even < kSamples ? even : kSamples;
+      c.count = even < kInStrip ? even : kInStrip;
     }
   }
-  TableFiller<V, kWords, kUnit> filler(c, method);
+  TableFiller<V, kSamples, kUnit> filler(c, method);
   const ptrdiff_t period = ptrdiff_t{c.period} * V::n;
   // A loop, or there would be two of a function of 2 KiB.
 #pragma GCC unroll 1
@@ -317,19 +374,25 @@ LOX_INLINE void fill_tables(Columns &c, Method method) {
   }
 }
 
-template <bool kWords>
+template <Samples kSamples>
 LOX_INLINE void prepare_vectors(Columns &c) {
   const ptrdiff_t bytes = ptrdiff_t{c.count} * c.unit;
   if (bytes < NarrowScale::n) return;
-  const Method method = choose_method(c, kWords);
+  const bool whole = kSamples == Samples::kWords && WideScale::kPermutesWords &&
+                     bytes >= WideScale::n;
+  const Method method =
+      choose_method(c, kSamples != Samples::kBytes, whole ? WideScale::n : 0);
   c.method = method;
   if (method == kRule || method >= kHalve) return;
   with_scale(bytes, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    if constexpr (kWords) {
-      fill_tables<V, true, 2>(c, method);
+    if constexpr (kSamples == Samples::k565) {
+      fill_tables<V, kSamples, 2>(c, method);
+    } else if constexpr (kSamples == Samples::kWords) {
+      if (c.unit == 2) return fill_tables<V, kSamples, 2>(c, method);
+      fill_tables<V, kSamples, 4>(c, method);
     } else {
-      for_unit(c.unit, [&]<class Samples>(Samples) LOX_INLINE_LAMBDA {
-        fill_tables<V, false, Samples::kBytes>(c, method);
+      for_unit(c.unit, [&]<class S>(S) LOX_INLINE_LAMBDA {
+        fill_tables<V, kSamples, S::kBytes>(c, method);
       });
     }
   });

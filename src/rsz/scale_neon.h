@@ -372,6 +372,55 @@ struct ScaleOps : Neon {
 
   // --- 16-bit components ----------------------------------------------------
 
+  static constexpr bool kPermutesWords = false;
+  LOX_OP Words average_words(Words a, Words b) {
+    return {vhaddq_u16(a.v, b.v)};
+  }
+  LOX_OP Words mean_of_four_words(WordNeighbours v, WordNeighbours w) {
+    const uint16x8_t a = v.first.v;
+    const uint16x8_t b = v.second.v;
+    const uint16x8_t c = w.first.v;
+    const uint16x8_t d = w.second.v;
+    const uint32x4_t low =
+        vaddq_u32(vaddl_u16(vget_low_u16(a), vget_low_u16(b)),
+                  vaddl_u16(vget_low_u16(c), vget_low_u16(d)));
+    const uint32x4_t high =
+        vaddq_u32(vaddl_u16(vget_high_u16(a), vget_high_u16(b)),
+                  vaddl_u16(vget_high_u16(c), vget_high_u16(d)));
+    return {vcombine_u16(vshrn_n_u32(low, 2), vshrn_n_u32(high, 2))};
+  }
+  // Weights, their parts of 65536 and what they sum to.
+  struct FineWeights {
+    uint16x8_t here, next, part_here, part_next, sum;
+  };
+  LOX_OP FineWeights take_fine_weights(const uint8_t *&p) {
+    p += 5 * n;
+    return {load_words(p - 5 * n).v, load_words(p - 4 * n).v,
+            load_words(p - 3 * n).v, load_words(p - 2 * n).v,
+            load_words(p - n).v};
+  }
+  LOX_OP uint16x8_t fill_words(int k) {
+    return vdupq_n_u16(static_cast<uint16_t>(k));
+  }
+  LOX_OP FineWeights fill_fine_weights(int here, int next, int part_here,
+                                       int part_next, int sum) {
+    return {fill_words(here), fill_words(next), fill_words(part_here),
+            fill_words(part_next), fill_words(sum)};
+  }
+  LOX_OP Words lerp_words(WordNeighbours v, const FineWeights &w) {
+    const uint16x8_t a = v.first.v;
+    const uint16x8_t b = v.second.v;
+    const uint16x8_t falls = vcgtq_u16(a, b);
+    const uint16x8_t apart = vabdq_u16(a, b);
+    const uint16x8_t quotient =
+        multiply_high(apart, vbslq_u16(falls, w.part_here, w.part_next));
+    const uint16x8_t product =
+        vmulq_u16(apart, vbslq_u16(falls, w.here, w.next));
+    const uint16x8_t rest = vmlsq_u16(product, quotient, w.sum);
+    return {vsubq_u16(vaddq_u16(vminq_u16(a, b), quotient),
+                      vcgeq_u16(rest, w.sum))};
+  }
+
   template <int kUnit>
   LOX_OP uint16x4_t mean_of_4_words(const uint8_t *p, const uint8_t *q) {
     if constexpr (kUnit == 2) {

@@ -13,6 +13,7 @@
 #include "common/strip.h"
 #include "rot/rotate_rows.h"
 #include "rsz/scale_rows.h"
+#include "rsz/scale_words_rows.h"
 
 namespace lox {
 
@@ -125,8 +126,9 @@ void scale_by_strips(const ScaleJob &job) {
 
 int32_t PlaneRows::start(const ScaleJob &job, int32_t first, int32_t count) {
   job_ = job;
-  const ScaleTables &tables = scale_rows();
-  rows_ = job.type.rgb565 ? &tables.rgb565 : &tables.bytes;
+  rows_ = job.type.words    ? &scale_words_rows()
+          : job.type.rgb565 ? &scale_rows().rgb565
+                            : &scale_rows().bytes;
   copied_ = job.across.src == job.across.dst;
   columns_.axis = job.across;
   columns_.unit = job.type.unit;

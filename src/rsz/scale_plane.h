@@ -13,14 +13,17 @@ namespace lox {
 
 // What a plane is made of.
 struct SampleType {
-  int32_t unit;  // bytes of a sample
-  bool rgb565;   // words of three components; else every byte is one
+  int32_t unit;        // bytes of a sample
+  bool rgb565;         // words of three components; else every byte is one
+  bool words = false;  // or every word
 };
 inline constexpr SampleType k8b = {1, false};
 inline constexpr SampleType k8b8b = {2, false};
 inline constexpr SampleType k8b8b8b = {3, false};
 inline constexpr SampleType k8b8b8b8b = {4, false};
 inline constexpr SampleType k5b6b5b = {2, true};
+inline constexpr SampleType k16b = {2, false, true};
+inline constexpr SampleType k16b16b = {4, false, true};
 
 enum class Turn : uint8_t { kNone, kLeft, kRight, kHalf };
 constexpr bool is_quarter(Turn turn) {

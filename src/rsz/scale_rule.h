@@ -38,6 +38,23 @@ struct ByteSamples {
   }
 };
 
+// Words, each for itself, kUnit bytes to a sample.
+template <int kUnit>
+struct WordSamples {
+  static constexpr int kBytes = kUnit;
+  template <class Value>
+  LOX_OP void put(uint8_t *dst, Value value) {
+    for (int i = 0; i < kUnit; i += 2) {
+      const uint32_t word =
+          value([i](const uint8_t *p) LOX_INLINE_LAMBDA -> uint32_t {
+            return static_cast<uint32_t>(p[i] | p[i + 1] << 8);
+          });
+      dst[i] = static_cast<uint8_t>(word);
+      dst[i + 1] = static_cast<uint8_t>(word >> 8);
+    }
+  }
+};
+
 // Words of components of 5, 6 and 5 bits, each component for itself.
 struct Rgb565Samples {
   static constexpr int kBytes = 2;

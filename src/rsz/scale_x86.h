@@ -248,6 +248,55 @@ struct ScaleOps : V {
 
   // --- 16-bit components ----------------------------------------------------
 
+  static constexpr bool kPermutesWords = n == 64;
+  LOX_OP Words pick_words(Words v, const uint8_t *places) {
+    return {R::permute_words_by(v.v, R::load(places))};
+  }
+  LOX_OP Words average_words(Words a, Words b) {
+    return {R::add16(R::bit_and(a.v, b.v),
+                     R::template shift_right16<1>(R::exclusive_or(a.v, b.v)))};
+  }
+  // Of two averages: one more where both lost a bit and theirs does.
+  LOX_OP Words mean_of_four_words(WordNeighbours v, WordNeighbours w) {
+    const Words a = average_words(v.first, v.second);
+    const Words b = average_words(w.first, w.second);
+    const Reg lost =
+        R::bit_and(R::bit_and(R::exclusive_or(v.first.v, v.second.v),
+                              R::exclusive_or(w.first.v, w.second.v)),
+                   R::bit_and(R::exclusive_or(a.v, b.v), R::fill16(1)));
+    return {R::add16(average_words(a, b).v, lost)};
+  }
+  // Weights, their parts of 65536 and what they sum to.
+  struct FineWeights {
+    Reg here, next, part_here, part_next, sum;
+  };
+  LOX_OP FineWeights take_fine_weights(const uint8_t *&p) {
+    p += 5 * n;
+    return {R::load(p - 5 * n), R::load(p - 4 * n), R::load(p - 3 * n),
+            R::load(p - 2 * n), R::load(p - n)};
+  }
+  LOX_OP FineWeights fill_fine_weights(int here, int next, int part_here,
+                                       int part_next, int sum) {
+    return {R::fill16(here), R::fill16(next), R::fill16(part_here),
+            R::fill16(part_next), R::fill16(sum)};
+  }
+  // One of the two differences is zero.
+  LOX_OP Words lerp_words(WordNeighbours v, const FineWeights &w) {
+    const Reg a = v.first.v;
+    const Reg b = v.second.v;
+    const Reg above = R::sub_saturating_unsigned16(a, b);
+    const Reg below = R::sub_saturating_unsigned16(b, a);
+    const Reg quotient = R::bit_or(R::multiply_high16(above, w.part_here),
+                                   R::multiply_high16(below, w.part_next));
+    const Reg product = R::add16(R::multiply_low16(above, w.here),
+                                 R::multiply_low16(below, w.next));
+    const Reg rest = R::sub16(product, R::multiply_low16(quotient, w.sum));
+    const Reg one = R::fill16(1);
+    const Reg more = R::min_unsigned16(
+        R::sub_saturating_unsigned16(rest, R::sub16(w.sum, one)), one);
+    return {R::add16(R::add16(R::sub16(a, above), quotient), more)};
+  }
+
   // The sums of neighbours less 65536, in 32-bit elements: the product is
   // signed.
   template <int kUnit>

@@ -177,12 +177,12 @@ struct Neon : NeonYuv {
   LOX_OP uint16x8_t to_565(uint16x8_t r, uint16x8_t g, uint16x8_t b) {
     return vsriq_n_u16(vsriq_n_u16(r, g, 5), b, 11);
   }
-  // n words, red on top.
-  template <PixelFormat F>
+  // n words.
+  template <PixelFormat To, PixelFormat F>
   LOX_OP void store_565(uint8_t *p, const Pixels<F> &v) {
-    const uint16x8_t r = vreinterpretq_u16_u8(v.r);
+    const uint16x8_t r = vreinterpretq_u16_u8(red_first(To) ? v.r : v.b);
     const uint16x8_t g = vreinterpretq_u16_u8(v.g);
-    const uint16x8_t b = vreinterpretq_u16_u8(v.b);
+    const uint16x8_t b = vreinterpretq_u16_u8(red_first(To) ? v.b : v.r);
     const uint16x8x2_t words = {
         {to_565(vshlq_n_u16(r, 8), vshlq_n_u16(g, 8), vshlq_n_u16(b, 8)),
          to_565(r, g, b)}};

@@ -12,6 +12,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "simd/dither.h"
 #include "simd/pixel_format.h"
 
 namespace lox::LOX_SET {
@@ -252,6 +253,44 @@ struct NeonYuv {
   LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
     return {pack565<S0, S1, S2>(high.even, mid.even, low.even),
             pack565<S0, S1, S2>(high.odd, mid.odd, low.odd)};
+  }
+  // What is added to bytes before they are packed: the even pixels' and then
+  // the odd ones'.
+  struct Dither {
+    uint8x16_t five, six;
+  };
+  LOX_OP uint8x16_t even_and_odd(const uint8_t *p) {
+    const uint8x8x2_t v = vld2_u8(p);
+    return keep(vcombine_u8(v.val[0], v.val[1]));
+  }
+  // For n pixels from a place on.
+  LOX_OP Dither make_dither(DitherPlace at) {
+    return {even_and_odd(at.five), even_and_odd(at.six)};
+  }
+  template <int S>
+  LOX_OP uint8x16_t narrow_and_add(W16 v, uint8x16_t threshold) {
+    if constexpr (S == 0) {
+      return vqaddq_u8(vcombine_u8(vqmovun_s16(v.even), vqmovun_s16(v.odd)),
+                       threshold);
+    } else {
+      return vqaddq_u8(
+          vcombine_u8(vqshrun_n_s16(v.even, S), vqshrun_n_s16(v.odd, S)),
+          threshold);
+    }
+  }
+  // Of bytes, the even pixels' and then the odd ones'.
+  LOX_OP W16 pack565_bytes(uint8x16_t h, uint8x16_t m, uint8x16_t l) {
+    const uint8x16x2_t words =
+        vzipq_u8(vsriq_n_u8(vshlq_n_u8(m, 3), l, 3), vsriq_n_u8(h, m, 5));
+    return {vreinterpretq_s16_u8(words.val[0]),
+            vreinterpretq_s16_u8(words.val[1])};
+  }
+  // Of narrowed bytes to which thresholds are added, saturating.
+  template <int S0, int S1, int S2>
+  LOX_OP W16 pack565(W16 high, W16 mid, W16 low, Dither d) {
+    return pack565_bytes(narrow_and_add<S0>(high, d.five),
+                         narrow_and_add<S1>(mid, d.six),
+                         narrow_and_add<S2>(low, d.five));
   }
 
   // n bytes, n words, n groups of three or of four bytes; past the caches if

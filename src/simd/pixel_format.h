@@ -20,7 +20,11 @@ enum RgbLayout {
   kBgra8888,
   kArgb8888,
   kAbgr8888,
-  kRgbLayouts
+  kRgbLayouts,
+  // Dithered: those of two bytes, for the tables that have them.
+  kDitheredRgb565 = kRgbLayouts,
+  kDitheredBgr565,
+  kLayoutsAndDithered
 };
 
 // A pixel's size and the places of its bytes. Two bytes are a little-endian
@@ -29,11 +33,13 @@ enum RgbLayout {
 // left is alpha's.
 struct PixelFormat {
   int bytes, r, g, b;
+  bool dithered = false;
 };
 
-constexpr PixelFormat kPixelFormats[kRgbLayouts] = {
-    {2, 1, 0, 0}, {2, 0, 0, 1}, {3, 0, 1, 2}, {3, 2, 1, 0},
-    {4, 0, 1, 2}, {4, 2, 1, 0}, {4, 1, 2, 3}, {4, 3, 2, 1}};
+constexpr PixelFormat kPixelFormats[kLayoutsAndDithered] = {
+    {2, 1, 0, 0},       {2, 0, 0, 1},      {3, 0, 1, 2}, {3, 2, 1, 0},
+    {4, 0, 1, 2},       {4, 2, 1, 0},      {4, 1, 2, 3}, {4, 3, 2, 1},
+    {2, 1, 0, 0, true}, {2, 0, 0, 1, true}};
 
 // Whether red is on top of a word, or before blue.
 LOX_OP constexpr bool red_first(PixelFormat f) {

@@ -151,6 +151,9 @@ struct Avx512Register {
                           LOX_EVERY_8TH_WORD(6), LOX_EVERY_8TH_WORD(7)),
         v);
   }
+  LOX_OP Reg permute_words_by(Reg v, Reg places) {
+    return _mm512_permutexvar_epi16(places, v);
+  }
   // The lanes of a and b in turn: the lower two of each, the upper two.
   LOX_OP Reg interleave_low_lanes(Reg a, Reg b) {
     return _mm512_permutex2var_epi64(

@@ -52,6 +52,12 @@ template <int S>
 LOX_OP Reg shift_right16(Reg v) {
   return LOX_MM(srli_epi16)(v, S);
 }
+LOX_OP Reg shift_right16_by(Reg v, __m128i by) {
+  return LOX_MM(srl_epi16)(v, by);
+}
+LOX_OP Reg add_saturating_unsigned16(Reg a, Reg b) {
+  return LOX_MM(adds_epu16)(a, b);
+}
 template <int S>
 LOX_OP Reg shift_right_signed16(Reg v) {
   return LOX_MM(srai_epi16)(v, S);

@@ -230,18 +230,30 @@ struct X86Rgb : X86Yuv<R> {
                                    : R::permute_dwords(both));
   }
 
-  LOX_OP Reg to_565(Reg rgb) {
+  template <PixelFormat F, PixelFormat To>
+  LOX_OP Reg to_565(Reg pixels) {
+    constexpr int kTop = red_first(To) ? F.r : F.b;
+    constexpr int kLast = red_first(To) ? F.b : F.r;
+    Reg top = R::fill32(0xF800);
+    if constexpr (kTop == 0) {
+      top = R::bit_and(R::template shift_left32<8>(pixels), top);
+    } else {
+      top = R::bit_and(R::template shift_right32<8 * kTop - 8>(pixels), top);
+    }
     return R::bit_or(
-        R::bit_or(
-            R::template shift_left32<8>(R::bit_and(rgb, R::fill32(0xF8))),
-            R::bit_and(R::template shift_right32<5>(rgb), R::fill32(0x7E0))),
-        R::bit_and(R::template shift_right32<19>(rgb), R::fill32(0x1F)));
+        R::bit_or(top,
+                  R::bit_and(R::template shift_right32<8 * F.g - 3>(pixels),
+                             R::fill32(0x7E0))),
+        R::bit_and(R::template shift_right32<8 * kLast + 3>(pixels),
+                   R::fill32(0x1F)));
   }
-  template <PixelFormat F>
+  template <PixelFormat To, PixelFormat F>
   LOX_OP void store_565(uint8_t *to, const Pixels<F> &p) {
-    static_assert(F.bytes > 2 && F.r == 0 && F.g == 1 && F.b == 2);
-    const Reg a = R::pack_unsigned32(to_565(p.v[0]), to_565(p.v[1]));
-    const Reg b = R::pack_unsigned32(to_565(p.v[2]), to_565(p.v[3]));
+    static_assert(F.bytes > 2 && To.bytes == 2);
+    const Reg a =
+        R::pack_unsigned32(to_565<F, To>(p.v[0]), to_565<F, To>(p.v[1]));
+    const Reg b =
+        R::pack_unsigned32(to_565<F, To>(p.v[2]), to_565<F, To>(p.v[3]));
     constexpr bool kFour = F.bytes == 4;
     R::template store<false>(
         to, kFour ? R::permute_quads(a) : R::interleave_low_lanes(a, b));

@@ -10,6 +10,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "simd/dither.h"
 #include "simd/pixel_format.h"
 
 namespace lox::LOX_SET {
@@ -173,11 +174,7 @@ struct X86Yuv {
     return interleave_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
   }
   // In bytes, which are half as many registers as words.
-  template <int S0, int S1, int S2>
-  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
-    const Reg h = narrow<S0>(high).v;
-    const Reg m = narrow<S1>(mid).v;
-    const Reg l = narrow<S2>(low).v;
+  LOX_OP W16 pack565_bytes(Reg h, Reg m, Reg l) {
     const Reg top5 = R::fill16(0xF8F8);
     const Reg top3 = R::fill16(0xE0E0);
     const Reg second =
@@ -187,6 +184,25 @@ struct X86Yuv {
         R::bit_or(R::bit_and(top3, R::template shift_left16<3>(m)),
                   R::bit_and_not(top3, R::template shift_right16<3>(l)));
     return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
+  }
+  template <int S0, int S1, int S2>
+  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
+    return pack565_bytes(narrow<S0>(high).v, narrow<S1>(mid).v,
+                         narrow<S2>(low).v);
+  }
+  // Eight bytes of a register are eight pixels beside each other.
+  struct Dither {
+    Reg five, six;
+  };
+  LOX_OP Dither make_dither(DitherPlace at) {
+    return {R::load_broadcast128(at.five), R::load_broadcast128(at.six)};
+  }
+  template <int S0, int S1, int S2>
+  LOX_OP W16 pack565(W16 high, W16 mid, W16 low, Dither d) {
+    return pack565_bytes(
+        R::add_saturating_unsigned8(narrow<S0>(high).v, d.five),
+        R::add_saturating_unsigned8(narrow<S1>(mid).v, d.six),
+        R::add_saturating_unsigned8(narrow<S2>(low).v, d.five));
   }
 
   LOX_OP void store_bytes(uint8_t *p, Bytes v) {

@@ -47,6 +47,25 @@ TEST(RotTables, TurnThreeByTwo) {
   }
 }
 
+// Of 8 x 8 equal samples the mean is the sample, none more than a step off.
+TEST(Dither, KeepsTheMean) {
+  for (const int lost : {2, 3, 6}) {
+    for (int value = 0; value <= 256 - (1 << lost); ++value) {
+      const std::vector<uint8_t> src(64, static_cast<uint8_t>(value));
+      uint8_t dst[64];
+      ASSERT_EQ(vexo_dit_8b(src.data(), 8, 8, 8, 8, dst, 8, 8 - lost, 3, -5),
+                VEXO_OK);
+      int sum = 0;
+      for (const int sample : dst) {
+        EXPECT_TRUE(sample - (value >> lost) == 0 ||
+                    sample - (value >> lost) == 1);
+        sum += sample << lost;
+      }
+      EXPECT_EQ(sum, 64 * value);
+    }
+  }
+}
+
 TEST(Rsz, LinesByHand) {
   const struct {
     std::vector<uint8_t> from, plain, mode1;

@@ -21,6 +21,7 @@ bool has(std::string_view text, const char *word) {
 // bits, the first the lowest: 8b8b or 5b6b5b.
 struct Type {
   std::vector<int> bits;
+  bool exact = false;  // strides, whatever the type
 
   // The first one that a name has.
   explicit Type(std::string_view name) {
@@ -41,7 +42,7 @@ struct Type {
   bool is_16_bit() const { return bits[0] == 16; }
   // Strides of 16-bit words are rounded down to even.
   int64_t stride(int32_t given) const {
-    return bits[0] == 16 || bits[0] == 5 ? given & ~1 : given;
+    return !exact && (bits[0] == 16 || bits[0] == 5) ? given & ~1 : given;
   }
 };
 
@@ -320,6 +321,18 @@ int32_t turned_picture(const Function &function, const vexo_img *src,
   return scale_planes(true, rotation <= VEXO_ROT_180 ? rotation : 0, false, src,
                       dst);
 }
+
+}  // namespace
+
+void scale_words(int unit, const uint8_t *src, Size from, Size to, uint8_t *dst,
+                 int32_t src_stride, int32_t dst_stride, int32_t mode) {
+  Type type(unit == 2 ? "16b" : "16b16b");
+  type.exact = true;
+  scaled({type, from, src, src_stride}, to, mode == VEXO_MODE_MOD1)
+      .write(0, dst_stride, dst);
+}
+
+namespace {
 
 // The scaler by steps: weights in eighths of the neighbours that have one.
 void bilinear(const Function &, const uint8_t *src, int32_t src_stride,

@@ -53,6 +53,7 @@ std::vector<Rule> media_rules();
 std::vector<Rule> picture_rules();
 std::vector<Rule> camera_rules();
 std::vector<Rule> fused_rules();
+std::vector<Rule> deep_rules();
 
 int32_t convert_picture(const Function &, const vexo_img *src,
                         const vexo_img *dst);
@@ -60,6 +61,13 @@ int32_t scale_picture(const Function &, const vexo_img *src,
                       const vexo_img *dst);
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
+
+// Scales a plane of one or two words a sample.
+void scale_words(int unit, const uint8_t *src, Size from, Size to, uint8_t *dst,
+                 int32_t src_stride, int32_t dst_stride, int32_t mode);
+
+// The picture in RGBA8888 by the default standard; rows are `stride` apart.
+void picture_to_rgba(const vexo_img *src, uint8_t *dst, int32_t stride);
 
 // Sets the samples of a pixel of a YUV layout without tiles.
 void set_yuv(int32_t format, uint8_t *const *planes, const int32_t *strides,
@@ -72,7 +80,8 @@ inline Function by_rule(const Function &function) {
     for (const auto &some :
          {csc_rules(), csc_new_rules(), layout_rules(), rot_rules(),
           rsz_rules(), blocks_rules(), vqe_rules(), hdr_rules(), dct_rules(),
-          media_rules(), picture_rules()}) {
+          media_rules(), picture_rules(), camera_rules(), fused_rules(),
+          deep_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;

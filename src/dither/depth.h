@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Pictures with 10-bit samples, to others and to 8 bits.
+#pragma once
+
+#include <cstdint>
+
+#include "common/row_range.h"
+#include "orumlox/img.h"
+
+namespace lox {
+
+enum class Loss : uint8_t { kRounded, kDithered };
+
+// Whether the one format is 4:2:0 of 16-bit samples, the other of bytes.
+bool loses_bits(int32_t from, int32_t to);
+
+// Converts these rows of such a picture.
+void to_8_bits(const vexo_img &src, const vexo_img &dst, Loss loss,
+               RowRange rows);
+
+}  // namespace lox
