@@ -256,8 +256,7 @@ void consider(const Side &from, bool labelled, const GstCaps *others, guint i,
     const GstVideoFormat format = gst_video_format_from_string(name);
     const auto try_colours = [&](const char *said) {
       Side to = make_side(format, from.info.height);
-      set_colours(
-          &to, usual_colours(from, labelled, to.info.finfo, from.info.height));
+      set_colours(&to, usual_colours(from, labelled, to.info.finfo));
       set_colours(&to, said);
       int32_t standards[2];
       if (!leads_to(from, to, standards)) return false;
@@ -280,11 +279,8 @@ void describe(GstStructure *s, const Side &from, const GstStructure *in) {
       gst_video_format_from_string(gst_structure_get_string(s, "format")));
   const bool labelled = gst_structure_has_field(in, kColours);
   const bool yuv = GST_VIDEO_FORMAT_INFO_IS_YUV(format);
-  int height = 0;
-  gst_structure_get_int(s, "height", &height);
   if (!gst_structure_has_field(s, kColours) && (yuv || labelled)) {
-    const GstVideoColorimetry colours =
-        usual_colours(from, labelled, format, height);
+    const GstVideoColorimetry colours = usual_colours(from, labelled, format);
     gchar *name = gst_video_colorimetry_to_string(&colours);
     gst_structure_set(s, kColours, G_TYPE_STRING, name, nullptr);
     g_free(name);

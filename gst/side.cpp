@@ -198,14 +198,16 @@ bool side_of_caps(const GstCaps *caps, Side *side) {
 }
 
 GstVideoColorimetry usual_colours(const Side &from, bool labelled,
-                                  const GstVideoFormatInfo *to, int height) {
+                                  const GstVideoFormatInfo *to) {
   const GstVideoFormatInfo *in = from.info.finfo;
   GstVideoColorimetry colours = from.info.colorimetry;
   if (GST_VIDEO_FORMAT_INFO_IS_YUV(in) == GST_VIDEO_FORMAT_INFO_IS_YUV(to) &&
       GST_VIDEO_FORMAT_INFO_IS_GRAY(in) == GST_VIDEO_FORMAT_INFO_IS_GRAY(to)) {
     return colours;
   }
-  const Side usual = make_side(GST_VIDEO_FORMAT_INFO_FORMAT(to), height);
+  // YUV that is made of RGB is BT.601: the library's BT.709 has luma with too
+  // much blue in it, which only those get who ask for it.
+  const Side usual = make_side(GST_VIDEO_FORMAT_INFO_FORMAT(to), 0);
   // Light and primaries stay what they were said to be.
   colours.range = usual.info.colorimetry.range;
   colours.matrix = usual.info.colorimetry.matrix;

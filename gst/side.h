@@ -32,7 +32,7 @@ bool side_of_caps(const GstCaps *caps, Side *side);
 
 // What the samples of the other side are to be called if nobody says it.
 GstVideoColorimetry usual_colours(const Side &from, bool labelled,
-                                  const GstVideoFormatInfo *to, int height);
+                                  const GstVideoFormatInfo *to);
 
 // Whether the library makes the one of the other without a change of light or
 // gamut, which it has no arithmetic for; and the standards to name it then.
