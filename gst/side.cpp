@@ -111,7 +111,8 @@ Passes passes(int32_t from, int32_t from_std, int32_t to, int32_t to_std) {
   static std::atomic<int8_t> known[std::size(kFormats)][4][std::size(kFormats)]
                                   [4];
   const auto standard = [](int32_t s) {
-    return static_cast<size_t>(s % 2 + (s < VEXO_STD_BT709 ? 0 : 2));
+    const int32_t place = s % 2 + (s < VEXO_STD_BT709 ? 0 : 2);
+    return static_cast<size_t>(place);
   };
   std::atomic<int8_t> &entry =
       known[place_of(from)][standard(from_std)][place_of(to)][standard(to_std)];
@@ -164,8 +165,9 @@ Side make_side(GstVideoFormat format, int height) {
   Side side = {};
   gst_video_info_set_format(&side.info, format, 16, 16);
   side.format = format_of(format);
-  if (is_yuv(side))
+  if (is_yuv(side)) {
     set_colours(&side, height >= kBt709From ? "bt709" : "bt601");
+  }
   return side;
 }
 
