@@ -248,8 +248,8 @@ struct Choice {
   const char *colours = nullptr;
 };
 
-void consider(const Side &from, bool labelled, const GstCaps *others, guint i,
-              Choice *best) {
+void consider(const Side &from, bool labelled, bool back, const GstCaps *others,
+              guint i, Choice *best) {
   const GstStructure *s = gst_caps_get_structure(others, i);
   const GValue *colours = gst_structure_get_value(s, kColours);
   any_of(gst_structure_get_value(s, "format"), [&](const char *name) {
@@ -259,7 +259,9 @@ void consider(const Side &from, bool labelled, const GstCaps *others, guint i,
       set_colours(&to, usual_colours(from, labelled, to.info.finfo));
       set_colours(&to, said);
       int32_t standards[2];
-      if (!leads_to(from, to, standards)) return false;
+      if (!leads_to(back ? to : from, back ? from : to, standards)) {
+        return false;
+      }
       const int lost = loss(from, to);
       if (lost < best->loss) *best = {lost, i, name, said};
       return true;
@@ -339,7 +341,8 @@ GstCaps *other_caps(const GstCaps *caps, GstPadDirection direction,
   return result;
 }
 
-GstCaps *choose_caps(const GstCaps *caps, GstCaps *others, const Shape &shape) {
+GstCaps *choose_caps(const GstCaps *caps, GstPadDirection direction,
+                     GstCaps *others, const Shape &shape) {
   Side from;
   if (gst_caps_is_empty(others) || gst_caps_is_any(others) ||
       !side_of_caps(caps, &from)) {
@@ -350,7 +353,8 @@ GstCaps *choose_caps(const GstCaps *caps, GstCaps *others, const Shape &shape) {
   if (in_system_memory(caps, 0)) {
     for (guint i = 0; i < gst_caps_get_size(others); ++i) {
       if (!in_system_memory(others, i)) continue;
-      consider(from, gst_structure_has_field(in, kColours), others, i, &best);
+      consider(from, gst_structure_has_field(in, kColours),
+               direction == GST_PAD_SRC, others, i, &best);
     }
   }
   GstCaps *result = gst_caps_copy_nth(others, best.structure);

@@ -24,7 +24,8 @@ GstCaps *own_caps();
 GstCaps *other_caps(const GstCaps *caps, GstPadDirection direction,
                     const Shape &shape);
 // Takes `others`.
-GstCaps *choose_caps(const GstCaps *caps, GstCaps *others, const Shape &shape);
+GstCaps *choose_caps(const GstCaps *caps, GstPadDirection direction,
+                     GstCaps *others, const Shape &shape);
 
 // Chroma of the same density is not moved: sites that both sides name are
 // equal.

@@ -145,9 +145,9 @@ GstCaps *transform_caps(GstBaseTransform *trans, GstPadDirection direction,
   return part;
 }
 
-GstCaps *fixate_caps(GstBaseTransform *trans, GstPadDirection, GstCaps *caps,
-                     GstCaps *others) {
-  return choose_caps(caps, others, shape_of(trans));
+GstCaps *fixate_caps(GstBaseTransform *trans, GstPadDirection direction,
+                     GstCaps *caps, GstCaps *others) {
+  return choose_caps(caps, direction, others, shape_of(trans));
 }
 
 void before_transform(GstBaseTransform *trans, GstBuffer *) {

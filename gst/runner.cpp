@@ -58,7 +58,7 @@ Runner::Runner() {
 }
 
 Runner::~Runner() {
-  if (pool_ != nullptr) g_thread_pool_free(pool_, FALSE, TRUE);
+  if (pool_ != nullptr) g_thread_pool_free(pool_, TRUE, TRUE);
   for (vexo_picture_context *context : contexts_) {
     vexo_picture_context_free(context);
   }
@@ -94,35 +94,45 @@ int32_t Runner::run_part(guint index) {
   return vexo_picture_convert(contexts_[index], &src, &dst, &options_);
 }
 
-void Runner::work_on(gpointer index, gpointer self) {
-  auto *const runner = static_cast<Runner *>(self);
-  const guint part = GPOINTER_TO_UINT(index);
-  runner->statuses_[part] = runner->run_part(part);
-  g_mutex_lock(&runner->mutex_);
-  if (--runner->waiting_ == 0) g_cond_signal(&runner->done_);
-  g_mutex_unlock(&runner->mutex_);
+void Runner::work_on(gpointer, gpointer self) {
+  static_cast<Runner *>(self)->work();
 }
 
-// A stage by all threads, this one among them.
+// Takes parts as long as there are any.
+void Runner::work() {
+  g_mutex_lock(&mutex_);
+  while (next_ < threads_) {
+    const guint part = next_++;
+    g_mutex_unlock(&mutex_);
+    const int32_t status = run_part(part);
+    g_mutex_lock(&mutex_);
+    if (status != VEXO_OK) status_ = status;
+    if (++finished_ == threads_) g_cond_signal(&done_);
+  }
+  g_mutex_unlock(&mutex_);
+}
+
+// A stage by all threads, this one among them: it does what no other begins.
 int32_t Runner::run_stage(Work work, const vexo_img &src, const vexo_img &dst) {
-  work_ = work;
-  src_ = &src;
-  dst_ = &dst;
   if (pool_ == nullptr) {
     pool_ = g_thread_pool_new(work_on, this, -1, FALSE, nullptr);
   }
-  waiting_ = threads_ - 1;
-  for (guint i = 1; i < threads_; ++i) {
-    g_thread_pool_push(pool_, GUINT_TO_POINTER(i), nullptr);
-  }
-  statuses_[0] = run_part(0);
   g_mutex_lock(&mutex_);
-  while (waiting_ > 0) g_cond_wait(&done_, &mutex_);
+  work_ = work;
+  src_ = &src;
+  dst_ = &dst;
+  next_ = finished_ = 0;
+  status_ = VEXO_OK;
   g_mutex_unlock(&mutex_);
-  for (guint i = 0; i < threads_; ++i) {
-    if (statuses_[i] != VEXO_OK) return statuses_[i];
+  for (guint i = 1; i < threads_; ++i) {
+    g_thread_pool_push(pool_, this, nullptr);
   }
-  return VEXO_OK;
+  this->work();
+  g_mutex_lock(&mutex_);
+  while (finished_ < threads_) g_cond_wait(&done_, &mutex_);
+  const int32_t status = status_;
+  g_mutex_unlock(&mutex_);
+  return status;
 }
 
 // The stages that vexo_picture_scale would go through, where these are scaling

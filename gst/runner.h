@@ -28,7 +28,8 @@ class Runner {
   enum class Work { kScale, kTurn, kConvert };
   static constexpr guint kMostThreads = 64;
 
-  static void work_on(gpointer index, gpointer self);
+  static void work_on(gpointer, gpointer self);
+  void work();
   int32_t make_context(guint index);
   bool divide(const vexo_img &src, const vexo_img &dst,
               const vexo_picture_options &options, int32_t *status);
@@ -36,17 +37,19 @@ class Runner {
                        int32_t height);
   int32_t run_stage(Work work, const vexo_img &src, const vexo_img &dst);
   int32_t run_part(guint index);
+
   guint threads_ = 1;
   GThreadPool *pool_ = nullptr;
   GMutex mutex_;
   GCond done_;
-  guint waiting_ = 0;
-  // The stage that the threads are at.
+  // The stage that the threads are at, under the mutex, and its parts.
   Work work_ = Work::kConvert;
   const vexo_img *src_ = nullptr;
   const vexo_img *dst_ = nullptr;
   vexo_picture_options options_ = {};
-  int32_t statuses_[kMostThreads] = {};
+  guint next_ = 0;
+  guint finished_ = 0;
+  int32_t status_ = VEXO_OK;
   vexo_picture_context *contexts_[kMostThreads] = {};
   vexo_img between_[2] = {};
 };

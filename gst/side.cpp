@@ -246,11 +246,13 @@ bool leads_to(const Side &from, const Side &to, int32_t standards[2]) {
 int loss(const Side &from, const Side &to) {
   const GstVideoFormatInfo *in = from.info.finfo;
   const GstVideoFormatInfo *out = to.info.finfo;
-  if (in == out) return 0;
+  const int matrices =
+      from.standard != to.standard && is_yuv(from) && is_yuv(to) ? 16 : 0;
+  if (in == out) return matrices;
   const int halved = chroma_halvings(out) - chroma_halvings(in);
   const int bits = static_cast<int>(GST_VIDEO_FORMAT_INFO_DEPTH(in, 0)) -
                    static_cast<int>(GST_VIDEO_FORMAT_INFO_DEPTH(out, 0));
-  int sum = 1;
+  int sum = 1 + matrices;
   if (GST_VIDEO_FORMAT_INFO_HAS_ALPHA(in) !=
       GST_VIDEO_FORMAT_INFO_HAS_ALPHA(out)) {
     sum += GST_VIDEO_FORMAT_INFO_HAS_ALPHA(in) ? 256 : 1;
