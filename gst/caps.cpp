@@ -14,13 +14,18 @@ constexpr const char *kAspect = "pixel-aspect-ratio";
 constexpr const char *kColours = "colorimetry";
 constexpr const char *kSite = "chroma-site";
 
+// GLib's macro casts const away.
+bool holds(const GValue *value, GType type) {
+  return value != nullptr && value->g_type == type;
+}
+
 // Calls visit(string) for each of a value's strings until one returns true.
 template <class Visit>
 bool any_of(const GValue *value, Visit visit) {
-  if (value != nullptr && G_VALUE_HOLDS_STRING(value)) {
+  if (holds(value, G_TYPE_STRING)) {
     return visit(g_value_get_string(value));
   }
-  if (value == nullptr || !GST_VALUE_HOLDS_LIST(value)) return false;
+  if (!holds(value, GST_TYPE_LIST)) return false;
   for (guint i = 0; i < gst_value_list_get_size(value); ++i) {
     if (any_of(gst_value_list_get_value(value, i), visit)) return true;
   }
@@ -104,7 +109,7 @@ void exchange_sides(GstStructure *s) {
   const GValue *height = gst_structure_get_value(s, "height");
   if (width != nullptr && height != nullptr) {
     GValue kept = G_VALUE_INIT;
-    g_value_init(&kept, G_VALUE_TYPE(width));
+    g_value_init(&kept, width->g_type);
     g_value_copy(width, &kept);
     gst_structure_set_value(s, "width", height);
     gst_structure_take_value(s, "height", &kept);
@@ -121,10 +126,10 @@ void exchange_sides(GstStructure *s) {
 // The most that a side may have, or the least.
 int bound_of(const GstStructure *s, const char *field, bool most) {
   const GValue *value = gst_structure_get_value(s, field);
-  if (value != nullptr && G_VALUE_HOLDS_INT(value)) {
+  if (holds(value, G_TYPE_INT)) {
     return g_value_get_int(value);
   }
-  if (value == nullptr || !GST_VALUE_HOLDS_INT_RANGE(value)) {
+  if (!holds(value, GST_TYPE_INT_RANGE)) {
     return most ? INT_MAX : 1;
   }
   return most ? gst_value_get_int_range_max(value)

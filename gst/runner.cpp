@@ -49,7 +49,10 @@ int32_t first_row(int32_t height, guint index, guint count) {
 
 void Runner::set_threads(guint threads) {
   if (threads == 0) threads = g_get_num_processors();
+  g_mutex_lock(&mutex_);
   threads_ = threads < kMostThreads ? threads : kMostThreads;
+  next_ = threads_;  // nothing for one that comes late
+  g_mutex_unlock(&mutex_);
 }
 
 Runner::Runner() {
