@@ -1,15 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What a frame costs in an element, beside GStreamer's own:
-//   element_times [FRAMES]
-// prints a table: the lowest time a frame of the repetitions, whose contenders
-// take turns. Elements are as they come but for their number of threads.
+//   element_times [TURNS]
+// prints a table: the lowest time of a frame of so many turns, in each of which
+// a contender does four frames; of one thread that of its processor, of two by
+// the clock. Elements are as they come but for their number of threads.
 #include <gst/check/gstharness.h>
 #include <gst/video/video.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <initializer_list>
 #include <string>
 
@@ -85,21 +88,29 @@ class Contender {
   Contender(const Contender &) = delete;
   Contender &operator=(const Contender &) = delete;
 
-  // Microseconds a frame.
-  double time(int count) {
-    const gint64 start = g_get_monotonic_time();
-    for (int i = 0; i < count; ++i) {
-      if (gst_harness_push(h_, gst_buffer_ref(frames_[i % kFrames])) !=
-          GST_FLOW_OK) {
+  // The least microseconds of a frame, of all of them.
+  double time(clockid_t clock) {
+    double best = 1e9;
+    for (GstBuffer *frame : frames_) {
+      const double start = now(clock);
+      if (gst_harness_push(h_, gst_buffer_ref(frame)) != GST_FLOW_OK) {
         fputs("element_times: a frame was refused\n", stderr);
         exit(1);
       }
       gst_buffer_unref(gst_harness_pull(h_));
+      best = std::min(best, now(clock) - start);
     }
-    return static_cast<double>(g_get_monotonic_time() - start) / count;
+    return best;
   }
 
  private:
+  static double now(clockid_t clock) {
+    timespec t;
+    clock_gettime(clock, &t);
+    return static_cast<double>(t.tv_sec) * 1e6 +
+           static_cast<double>(t.tv_nsec) / 1e3;
+  }
+
   static constexpr int kFrames = 4;
   GstHarness *h_;
   GstBuffer *frames_[kFrames] = {};
@@ -119,12 +130,11 @@ void measure(const Job &job, int lines, int threads, int count) {
   Contender own(with_threads(job.own, threads), in, out);
   Contender theirs(with_threads(job.theirs, threads), in, out);
   double best[2] = {1e9, 1e9};
-  constexpr int kRepetitions = 9;
-  for (int i = 0; i < kRepetitions; ++i) {
-    const double times[2] = {own.time(count), theirs.time((count + 3) / 4)};
-    for (int c = 0; c < 2; ++c) {
-      if (times[c] < best[c]) best[c] = times[c];
-    }
+  const clockid_t clock =
+      threads == 1 ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC;
+  for (int i = 0; i < count; ++i) {
+    const double times[2] = {own.time(clock), theirs.time(clock)};
+    for (int c = 0; c < 2; ++c) best[c] = std::min(best[c], times[c]);
   }
   std::string peer = with_threads(job.theirs, threads);
   for (size_t at; (at = peer.find(" n-threads=")) != std::string::npos;) {
