@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # What is installed, in components: runtime (the shared library and its licence),
 # development (headers, the static library, what CMake and pkg-config read,
-# documents), tool (vexo, its man page and completion) and python (the module);
-# and packages of them, by cpack.
+# documents), tool (vexo, its man page and completion), python (the module) and
+# gstreamer (the plugin); and packages of them, by cpack.
 
 # Debian's linker, pkg-config and CMake look into a folder for the architecture.
 if(PROJECT_IS_TOP_LEVEL AND NOT ANDROID AND EXISTS /etc/debian_version
@@ -78,11 +78,17 @@ if(TARGET vexo)
   endif()
 endif()
 
+if(TARGET gstorumlox)
+  set_target_properties(gstorumlox PROPERTIES INSTALL_RPATH "\$ORIGIN/..")
+  install(TARGETS gstorumlox COMPONENT gstreamer
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0)
+endif()
+
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
 # `cpack` in the build folder: liborumlox0, liborumlox-dev, vexo, python3-orumlox,
-# and one archive.
+# gstreamer1.0-orumlox, and one archive.
 set(CPACK_GENERATOR DEB TGZ)
 set(CPACK_PACKAGE_CONTACT "orumlox developers")
 set(CPACK_PACKAGE_VENDOR orumlox)
@@ -97,6 +103,9 @@ if(TARGET vexo)
 endif()
 if(TARGET orumlox_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
+if(TARGET gstorumlox)
+  list(APPEND CPACK_COMPONENTS_ALL gstreamer)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -127,6 +136,13 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION}), \
 ${ORUMLOX_PYTHON_DEPENDS}, python3-numpy")
 set(CPACK_DEBIAN_PYTHON_DESCRIPTION "image-processing primitives (Python 3)
 Pictures over NumPy arrays: converted, scaled, turned, tone mapped, enhanced.")
+set(CPACK_DEBIAN_GSTREAMER_PACKAGE_NAME gstreamer1.0-orumlox)
+set(CPACK_DEBIAN_GSTREAMER_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_GSTREAMER_PACKAGE_MULTIARCH same)
+set(CPACK_DEBIAN_GSTREAMER_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_GSTREAMER_DESCRIPTION "GStreamer elements of liborumlox
+Converts, scales, turns and tone maps video: vexoconvert, vexothumbnail and
+vexotonemap.")
 find_program(ORUMLOX_SHLIBDEPS dpkg-shlibdeps)
 if(ORUMLOX_SHLIBDEPS) # of Debian's dpkg-dev: what packages need of others
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)

@@ -29,6 +29,8 @@ need g++ clang llvm-14 libclang-rt-14-dev clang-format clang-tidy cloc python3-m
   dpkg-dev pkgconf man-db doxygen graphviz \
   python3-dev pybind11-dev python3-numpy python3-pytest python3-opencv python3-av \
   mypy python3-pip python3-setuptools python3-wheel \
+  libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools \
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav \
   g++-i686-linux-gnu g++-arm-linux-gnueabihf g++-aarch64-linux-gnu
 
 jobs=$(nproc)

@@ -27,9 +27,10 @@ run() { # run PROGRAM...: each says the version
 
 # Packages without a file in common, in one root; the archive in another.
 quietly cpack --config "$build/CPackConfig.cmake" -B packages
-python= # the module, where what it needs is there
+python= plugin= # where what they need is there
 [[ ! -d $build/python/orumlox ]] || python="python3-orumlox_$version-1_amd64.deb "
-[[ $(cd packages && echo *.deb) == "liborumlox-dev_$version-1_amd64.deb \
+[[ ! -e $build/gst/libgstorumlox.so ]] || plugin="gstreamer1.0-orumlox_$version-1_amd64.deb "
+[[ $(cd packages && echo *.deb) == "${plugin}liborumlox-dev_$version-1_amd64.deb \
 liborumlox0_$version-1_amd64.deb ${python}vexo_$version-1_amd64.deb" ]] || refuse packages/*
 root=$work/root
 for package in packages/*.deb; do
@@ -46,8 +47,19 @@ for file in share/doc/orumlox/{LICENSE,{CHANGELOG,SECURITY,README,docs/abi}.md} 
 done
 dpkg-deb --ctrl-tarfile packages/liborumlox0_* | tar -xO ./symbols |
   cmp - "$source/cmake/deb/symbols"
+if [[ -n $plugin ]]; then
+  dpkg-deb -f "packages/${plugin% }" Depends |
+    grep -q "liborumlox0 (>= $version).*libgstreamer1.0-0" || refuse "what the plugin depends on"
+fi
 mkdir elsewhere
 tar -xzf packages/*.tar.gz -C elsewhere --strip-components=1
+
+# The plugin finds the library wherever both lie.
+for folder in "$libraries" elsewhere/lib/*/; do
+  [[ -e $folder/gstreamer-1.0 ]] || continue
+  GST_PLUGIN_PATH=$folder/gstreamer-1.0 GST_REGISTRY=$work/registry.bin \
+    quietly gst-inspect-1.0 vexoconvert
+done
 
 # The tool starts wherever it lies; its page has all commands, its completion
 # commands, options and layouts.
