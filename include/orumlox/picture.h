@@ -152,7 +152,8 @@ VEXO_API int32_t vexo_hdr_supports(int32_t src_format, int32_t dst_format);
  * docs/conversions.md lists them. What none but the picture layer does is
  * exact: planes and bytes of pixels in another order (alpha that the source
  * lacks is 255), packed 4:2:2 to planes and back, chroma repeated or left out,
- * and the high byte of 16-bit samples.
+ * and bytes of RGB as 10 bits or half-floats. Samples of 10 bits become bytes as
+ * vexo_csc_deep makes them (deep.h), rounded.
  *
  * Each returns VEXO_OK, VEXO_ERR_ARG for a picture that vexo_picture_wrap would
  * not take, sizes that do not belong together or an unknown option,
@@ -184,6 +185,11 @@ enum {
   VEXO_CHROMA_LEFT = 1,
   VEXO_CHROMA_CENTRE = 2
 };
+
+/* How pictures are scaled: as vexo_rsz does (of 16-bit samples vexo_rsz_deep
+ * where that refuses), or by vexo_rsz_apex_c (apex.h), which is slower and
+ * keeps more. */
+enum { VEXO_FILTER_PLAIN = 0, VEXO_FILTER_LANCZOS = 1 };
 
 /* Options of all five calls. Zero, and a null pointer for the record, is what
  * is usually wanted; each call looks at those that it names. */

@@ -6,6 +6,7 @@
 #include "common/format.h"
 #include "csc/routes.h"
 #include "hdr/band.h"
+#include "orumlox/apex.h"
 #include "orumlox/hdr.h"
 #include "orumlox/rot.h"
 #include "orumlox/rsz.h"
@@ -51,8 +52,10 @@ bool known(const vexo_picture_options &o) {
   }
   const bool chroma =
       o.chroma >= VEXO_CHROMA_AS_IT_IS && o.chroma <= VEXO_CHROMA_CENTRE;
+  const bool filter =
+      o.filter == VEXO_FILTER_PLAIN || o.filter == VEXO_FILTER_LANCZOS;
   return turn && kind && prescale && mode && chroma && o.source_nit >= 0 &&
-         flag(o.measure) && flag(o.full_range);
+         flag(o.measure) && flag(o.full_range) && flag(o.dither) && filter;
 }
 
 // A call's arguments once they are checked.
@@ -62,10 +65,16 @@ struct Request {
   Content from, to;
 
   // How conversions before a turn are made, and those behind it.
-  Manner before() const { return {options.chroma, false}; }
+  Manner before() const {
+    return {options.chroma, false, options.dither != 0};
+  }
   Manner after() const {
-    return {options.chroma, options.rotation != VEXO_ROT_COPY &&
-                                interpolates(find_chain(from, to, before()))};
+    Manner manner = before();
+    manner.turned = options.rotation != VEXO_ROT_COPY &&
+                    interpolates(find_chain(from, to, manner));
+    return manner;
+  }
+};
   }
 };
 
@@ -119,24 +128,6 @@ Content turned(const Content &content, int32_t rotation) {
 bool is_turned(int32_t format) {
   return is_10_bit(format) || format == VEXO_FMT_RGBA1010102 ||
          vexo_rot_supports(format, static_cast<uint32_t>(VEXO_ROT_COPY)) != 0;
-}
-
-// Of a reduction of P010LE.
-bool is_whole(const Format &format, int32_t from_width, int32_t from_height,
-              int32_t width, int32_t height) {
-  const auto whole = [](int64_t from, int64_t to) {
-    return to < from && from % to == 0;
-  };
-  for (int32_t p = 0; p < format.planes; ++p) {
-    const PlaneRule &rule = format.plane[p];
-    if (!whole(shifted_up(from_width, rule.x_shift),
-               shifted_up(width, rule.x_shift)) ||
-        !whole(shifted_up(from_height, rule.y_shift),
-               shifted_up(height, rule.y_shift))) {
-      return false;
-    }
-  }
-  return true;
 }
 
 // The way of a change of shape: the content in which it is done.
@@ -202,16 +193,16 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
   const bool scales = from_width != to_width || from_height != to_height;
   const bool turns = rotation != VEXO_ROT_COPY;
   // One call scales and turns planes of bytes.
+  const bool lanczos = r.options.filter == VEXO_FILTER_LANCZOS;
   const auto at_once = [&](int32_t format) {
-    return scales && turns && rotation <= VEXO_ROT_180 && format < 100;
+    return !lanczos && scales && turns && rotation <= VEXO_ROT_180 && format < 100;
   };
   const auto passes = [&](const Content &content) {
     const int32_t format = content.format;
-    const int32_t scaled = vexo_rsz_supports(format);
-    const bool whole =
-        scaled == 2 && is_whole(*find_format(format), from_width, from_height,
-                                to_width, to_height);
-    if (scales && scaled != 1 && !whole) return 0;
+    const bool scaled = lanczos ? vexo_rsz_apex_supports(format) != 0
+                                : vexo_rsz_supports(format) == 1 ||
+                                      is_10_bit(format);
+    if (scales && !scaled) return 0;
     if (turns && !is_turned(format)) return 0;
     return at_once(format) ? 1 : (scales ? 1 : 0) + (turns ? 1 : 0);
   };

@@ -7,7 +7,9 @@
 #include <cstring>
 
 #include "common/caches.h"
+#include "orumlox/apex.h"
 #include "orumlox/csc_new.h"
+#include "orumlox/deep.h"
 #include "orumlox/rot.h"
 #include "orumlox/rsz.h"
 #include "picture/formats.h"
@@ -88,6 +90,27 @@ int32_t describe(const Stage &stage, int32_t rows, vexo_img *img) {
 int32_t bytes_of(const Stage &stage, int32_t rows, size_t *bytes) {
   return vexo_picture_bytes(stage.content.format, even(stage.width), even(rows),
                             kAlignment, bytes);
+}
+
+// Whether P010LE is reduced by whole factors, which vexo_rsz does.
+bool is_whole(const vexo_img &src, const vexo_img &dst) {
+  const auto whole = [](int64_t from, int64_t to) {
+    return to < from && from % to == 0;
+  };
+  for (int p = 0; p < 2; ++p) {
+    if (!whole(src.width[p], dst.width[p]) ||
+        !whole(src.height[p], dst.height[p])) {
+      return false;
+    }
+  }
+  return src.format == VEXO_FMT_P010LE;
+}
+
+int32_t scale(const vexo_img &src, const vexo_img &dst, int32_t filter) {
+  if (filter == VEXO_FILTER_LANCZOS) return vexo_rsz_apex_c(&src, &dst);
+  return is_10_bit(src.format) && !is_whole(src, dst)
+             ? vexo_rsz_deep(&src, &dst)
+             : vexo_rsz(&src, &dst);
 }
 
 int32_t turn(const vexo_img &src, int32_t rotation, const vexo_img &dst) {
@@ -315,7 +338,7 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
       return VEXO_OK;
     case Work::kScale:
       out.mode = options_.mode;
-      return memory_status(vexo_rsz(&in, &out));
+      return memory_status(scale(in, out, options_.filter));
     case Work::kScaleAndTurn:
       out.mode = options_.mode;
       // The codes are compared, also where turned planes are another format's.

@@ -57,11 +57,37 @@ constexpr OwnStep kSteps[] = {
     {VEXO_FMT_YUV422W, VEXO_FMT_YUV420, drop_columns},
     {VEXO_FMT_YUV444, VEXO_FMT_YUV422N, drop_columns},
     {VEXO_FMT_YUV422W, VEXO_FMT_YUV444, repeat_rows},
-    {VEXO_FMT_P010LE, VEXO_FMT_NV12, take_high_bytes},
+    {VEXO_FMT_P010LE, VEXO_FMT_YUV420PLANAR16, move_words},
+    {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_P010LE, move_words},
 };
+
+// What 16-bit samples become of 8 bits, and what is dithered of RGB.
+constexpr int32_t kBytes420[] = {VEXO_FMT_YUV420, VEXO_FMT_YV12, VEXO_FMT_NV12,
+                                 VEXO_FMT_NV21};
+constexpr int32_t kWords420[] = {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_P010LE};
+constexpr int32_t k565[] = {VEXO_FMT_RGB565, VEXO_FMT_BGR565};
+
+#define LOX_DITHERED(code, driver, from)                                  \
+  {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kDitheredRgb565}, {    \
+    VEXO_FMT_##code, VEXO_FMT_BGR565, driver, from, kDitheredBgr565       \
+  }
+// From YUV at once, by the default standard.
+constexpr Route kDitheredRoutes[] = {
+    LOX_DITHERED(YUV420, yuv_to_rgb, kYuv420),
+    LOX_DITHERED(YUV422N, yuv_to_rgb, kYuv422n),
+    LOX_DITHERED(YUV444, yuv_to_rgb, kYuv444),
+    LOX_DITHERED(YV12, yuv_to_rgb, kYv12),
+    LOX_DITHERED(NV12, yuv_to_rgb, kNv12),
+    LOX_DITHERED(NV21, yuv_to_rgb, kNv21),
+    LOX_DITHERED(YUV422W, yuv_to_rgb, kYuv422w),
+    LOX_DITHERED(UYVY, yuv_to_rgb, kUyvy),
+    LOX_DITHERED(YUYV, yuv_to_rgb, kYuyv),
+};
+#undef LOX_DITHERED
 
 // Whether a step stands for a route that is not right for any stride.
 bool is_replaced(const Route &route) {
+  if (is_10_bit(route.src_format)) return has_standard(route.dst_format);
   for (const OwnStep &own : kSteps) {
     if (own.src_format == route.src_format &&
         own.dst_format == route.dst_format) {
@@ -144,6 +170,7 @@ void for_each_interpolation(const Manner &manner, Visit visit) {
     for (const Format &to : kFormatTable) {
       if (has_standard(to.code)) continue;
       for (const int32_t standard : kStandards) {
+        if (manner.dithers && is_rgb16(to.code)) continue;
         if ((manner.chroma != VEXO_CHROMA_AS_IT_IS ||
              is_interpolated(from.code, standard, to.code)) &&
             vexo_csc_new_supports(from.code, to.code, standard) != 0) {
@@ -180,6 +207,8 @@ void for_each_edge(const Manner &manner, Visit visit) {
         if (is_replaced(route)) continue;
         for (const int32_t kept : kStandards) visit_route(route, kept);
       } else {
+        const bool loses = is_rgb16(route.dst_format);
+        if (loses && manner.dithers && !is_rgb16(route.src_format)) continue;
         visit_route(standard == VEXO_STD_BT709_FULL ? kBt709Full : route,
                     standard);
       }
@@ -187,6 +216,22 @@ void for_each_edge(const Manner &manner, Visit visit) {
     for (const Route &route : kMoreRoutes) visit_route(route, standard);
     for (const OwnStep &own : kSteps) {
       visit_step(own.src_format, own.step, own.dst_format, standard);
+    }
+    for (const int32_t from : kWords420) {
+      for (const int32_t to : kBytes420) {
+        visit_step(from, manner.dithers ? dither_words : round_words, to,
+                   standard);
+      }
+    }
+  }
+  if (manner.dithers) {
+    for (const Route &route : kDitheredRoutes) {
+      visit_route(route, VEXO_STD_DEFAULT);
+    }
+    for (const Format &from : kFormatTable) {
+      for (const int32_t to : k565) {
+        if (is_rgb24(from.code)) visit_step(from.code, dither_pixels, to, 0);
+      }
     }
   }
   visit_step(VEXO_FMT_RGB565, exchange_fields, VEXO_FMT_BGR565, 0);

@@ -43,6 +43,8 @@ struct Manner {
   // Chroma that is to be interpolated lies where it is said to no longer: no
   // YUV becomes RGB.
   bool turned;
+  // What loses bits is dithered.
+  bool dithers;
 };
 
 constexpr int kMostConversions = 7;

@@ -5,8 +5,11 @@
 
 #include "csc/layout_rows.h"
 #include "csc/rgb_rows.h"
+#include "dither/depth.h"
+#include "dither/dither_rows.h"
 #include "orumlox/common.h"
 #include "orumlox/csc_layout.h"
+#include "orumlox/dither.h"
 #include "picture/formats.h"
 
 namespace lox {
@@ -37,6 +40,12 @@ void in_runs(int32_t count, Run run) {
   for (int32_t x = 0; x < count; x += kRun) {
     run(x, count - x < kRun ? count - x : kRun);
   }
+}
+
+// A layout of RGB in bytes, counted from RGB888.
+int layout_of(int32_t format) {
+  return format < VEXO_FMT_RGBA8888 ? format - VEXO_FMT_RGB888
+                                    : format - VEXO_FMT_RGBA8888 + 2;
 }
 
 // The half-float nearest to n / 255.
@@ -156,26 +165,30 @@ void repeat_rows(const vexo_img &src, const vexo_img &dst) {
   }
 }
 
-void take_high_bytes(const vexo_img &src, const vexo_img &dst) {
-  for (int32_t p = 0; p < 2; ++p) {
-    const int32_t samples = p == 0 ? src.width[0] : 2 * src.width[1];
-    for (int32_t y = 0; y < src.height[p]; ++y) {
-      in_runs(samples, [&](int32_t x, int32_t count) {
-        uint8_t low[kRun];
-        layout_rows().deinterleave(row_of(src, p, y) + ptrdiff_t{2} * x, low,
-                                   row_of(dst, p, y) + x, ptrdiff_t{2} * count);
-      });
-    }
+void move_words(const vexo_img &src, const vexo_img &dst) {
+  vexo_csc_deep(&src, &dst);
+}
+
+void round_words(const vexo_img &src, const vexo_img &dst) {
+  to_8_bits(src, dst, Loss::kRounded, kAllRows);
+}
+
+void dither_words(const vexo_img &src, const vexo_img &dst) {
+  to_8_bits(src, dst, Loss::kDithered, kAllRows);
+}
+
+void dither_pixels(const vexo_img &src, const vexo_img &dst) {
+  const DitherRows::PixelsFn dither =
+      dither_rows().rgb_to_565[layout_of(src.format)]
+                              [dst.format == VEXO_FMT_RGB565 ? 0 : 1];
+  for (int32_t y = 0; y < src.height[0]; ++y) {
+    dither(row_of(src, 0, y), row_of(dst, 0, y), src.width[0], 0, y);
   }
 }
 
 void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
-  const auto place = [](int32_t format) {
-    return format < VEXO_FMT_RGBA8888 ? format - VEXO_FMT_RGB888
-                                      : format - VEXO_FMT_RGBA8888 + 2;
-  };
   const RgbToRgbFn reorder =
-      rgb_rows().reorder[place(src.format)][place(dst.format)];
+      rgb_rows().reorder[layout_of(src.format)][layout_of(dst.format)];
   for (int32_t y = 0; y < src.height[0]; ++y) {
     reorder(row_of(src, 0, y), row_of(dst, 0, y), src.width[0]);
   }

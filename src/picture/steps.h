@@ -27,8 +27,12 @@ Step repeat_columns;
 Step drop_columns;
 // Every row of chroma twice: YUV422W to YUV444.
 Step repeat_rows;
-// P010LE to NV12: the high bytes.
-Step take_high_bytes;
+// YUV420PLANAR16 and P010LE: into each other, and to 4:2:0 of bytes.
+Step move_words;
+Step round_words;
+Step dither_words;
+// RGB of 8 bits to RGB565 and BGR565.
+Step dither_pixels;
 // RGB of 8 bits: the channels where the other format has them. An alpha that
 // the source lacks is 255.
 Step reorder_pixels;

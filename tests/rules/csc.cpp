@@ -275,8 +275,6 @@ int32_t convert_picture(const Function &function, const vexo_img *src,
   return by_route(src, dst, VEXO_STD_DEFAULT, VEXO_ERR_UNSUPPORTED);
 }
 
-}  // namespace
-
 void picture_to_rgba(const vexo_img *src, uint8_t *dst, int32_t stride) {
   Job{src->format, VEXO_FMT_RGBA8888, VEXO_STD_DEFAULT, src->plane, src->width,
       src->height, src->stride,       &stride,          &dst}

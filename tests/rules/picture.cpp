@@ -143,9 +143,12 @@ void convert_pixel(const vexo_img &src, const vexo_img &dst, int32_t standard,
     const auto sample = [&](const Place &p, int32_t row) -> int32_t {
       const uint8_t *const at = byte_of(src, p.plane, row >> p.y_shift,
                                         (x >> p.x_shift) * p.step + p.first);
-      return src.format == VEXO_FMT_YUV420PLANAR16
-                 ? ((at[0] | at[1] << 8) >> 2) & 255
-                 : *at;
+      if (src.format < VEXO_FMT_YUV420PLANAR16) return *at;
+      // Rounded from all their bits.
+      const int word = at[0] | at[1] << 8;
+      return std::min(src.format == VEXO_FMT_P010LE ? (word + 128) >> 8
+                                                    : (word + 2) >> 2,
+                      255);
     };
     const YuvLayout &l = yuv_layout(src.format);
     yuv = {sample(l.y, y), sample(l.u, y), sample(l.v, y)};
