@@ -112,7 +112,8 @@ struct ApexOps {
     constexpr int kBytes = apex_bytes(S);
     int32x4_t sum = vdupq_n_s32(0);
     if constexpr (kParts == 1) {
-      for (int32_t k = steps; k != 0; k -= 8, from += 8 * kBytes, weights += 8) {
+      for (int32_t k = steps; k != 0;
+           k -= 8, from += 8 * kBytes, weights += 8) {
         add_8(sum, load<S>(from), vld1q_s16(weights));
       }
       return folded(sum);

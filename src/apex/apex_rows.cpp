@@ -164,10 +164,16 @@ void divide(const uint16_t *row, int alpha, ptrdiff_t n, uint8_t *dst) {
 
 constinit const ApexRows apex_rows = {
 #if LOX_VECTORS
-    ApexOps<Bulk>::kRegisterBytes, ApexOps<Bulk>::kPicks, 8,
+    ApexOps<Bulk>::kRegisterBytes,
+    ApexOps<Bulk>::kPicks,
+    8,
 #else
-    0, false, 2,
+    0,      false, 2,
 #endif
-    across, down, close, premultiply, divide};
+    across,
+    down,
+    close,
+    premultiply,
+    divide};
 
 }  // namespace lox::LOX_SET

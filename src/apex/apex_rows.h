@@ -22,7 +22,8 @@ constexpr int apex_bytes(ApexSample s) {
 
 // How the weights of columns lie.
 //   kPlain: those of an output in turn.
-//   kLanes, kTwoLanes, kRegister, kTwoRegisters: sums of products of two neighbours lie
+//   kLanes, kTwoLanes, kRegister, kTwoRegisters: sums of products of two
+//   neighbours lie
 //     side by side; the samples that they take are picked from 16 bytes for
 //     four sums (kLanes) or eight (kTwoLanes), from a register of words for 16,
 //     or from two.

@@ -167,9 +167,9 @@ struct ApexOps {
     for (int32_t k = 0; k < steps; ++k) {
       Reg v = load_samples<S>(from + k * (n / 2) * apex_bytes(S));
       if constexpr (kParts == 2) {
-        v = R::shuffle8(v, R::broadcast128(_mm_setr_epi8(0, 1, 4, 5, 2, 3, 6, 7,
-                                                         8, 9, 12, 13, 10, 11,
-                                                         14, 15)));
+        v = R::shuffle8(
+            v, R::broadcast128(_mm_setr_epi8(0, 1, 4, 5, 2, 3, 6, 7, 8, 9, 12,
+                                             13, 10, 11, 14, 15)));
       }
       add_to(sum, v, load(weights + k * (n / 2)));
     }
@@ -199,8 +199,8 @@ struct ApexOps {
         }
       }
       if constexpr (kParts == 1) {
-        return R::add32(half, halves(adjacent(a[0], a[1]),
-                                     adjacent(a[2], a[3])));
+        return R::add32(half,
+                        halves(adjacent(a[0], a[1]), adjacent(a[2], a[3])));
       } else {
         return R::add32(half, halves(a[0], a[1]));
       }
@@ -295,17 +295,15 @@ struct ApexOps {
     }
     for (Reg &s : sum) s = R::template shift_right_signed32<kShift>(s);
     if constexpr (S == ApexSample::kByte) {
-      R::template store<false>(
-          dst + x, R::permute_dwords(R::pack_unsigned16(
-                       R::pack_signed32(sum[0], sum[1]),
-                       R::pack_signed32(sum[2], sum[3]))));
+      R::template store<false>(dst + x, R::permute_dwords(R::pack_unsigned16(
+                                            R::pack_signed32(sum[0], sum[1]),
+                                            R::pack_signed32(sum[2], sum[3]))));
     } else {
       constexpr int kMost = S == ApexSample::k14 ? 255 * 64 : 1023;
       LOX_UNROLL
       for (int r = 0; r < 2; ++r) {
-        Reg v = R::permute_quads(
-            R::min_unsigned16(R::pack_unsigned32(sum[2 * r], sum[2 * r + 1]),
-                              R::fill16(kMost)));
+        Reg v = R::permute_quads(R::min_unsigned16(
+            R::pack_unsigned32(sum[2 * r], sum[2 * r + 1]), R::fill16(kMost)));
         if constexpr (S == ApexSample::kHigh10) {
           v = R::template shift_left16<6>(v);
         }

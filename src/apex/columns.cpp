@@ -133,7 +133,8 @@ int64_t ApexArrangement::add_block(const ApexTaps &taps, int32_t block,
     *first++ = begin * parts_;
     for (int32_t i = sum; i < sum + sums_; ++i) {
       const int32_t part = i % sums < parts_ ? i % sums : parts_ - 1;
-      *places++ = place((first_of(taps, at + i / sums) - begin) * parts_ + part);
+      *places++ =
+          place((first_of(taps, at + i / sums) - begin) * parts_ + part);
     }
   }
   for (int32_t tap = 0; tap < 2 * steps_; tap += 2) {
@@ -153,14 +154,16 @@ ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
                                                   int16_t *weights) const {
   const int64_t row_end = int64_t{src_count_} * parts_;
   const int64_t block_firsts = firsts() / blocks_;
-  const int64_t block_weights = weights == nullptr ? 0 : this->weights() / blocks_;
+  const int64_t block_weights =
+      weights == nullptr ? 0 : this->weights() / blocks_;
   int32_t inside = 0;  // blocks
   int64_t tail_first = 0;
   int32_t tail = 0;  // outputs before it
   if (is_plain()) {
     // The tail has at least a block, so that it can be done as one.
     const int32_t last = count_ > outputs_ ? count_ - outputs_ : 0;
-    while (tail < last && int64_t{taps.first[tail]} * parts_ + reach_ <= row_end) {
+    while (tail < last &&
+           int64_t{taps.first[tail]} * parts_ + reach_ <= row_end) {
       ++tail;
     }
     for (int32_t i = 0; i < count_; ++i) first[i] = taps.first[i] * parts_;
@@ -168,10 +171,10 @@ ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
     tail_first = tail;
   } else {
     for (int32_t b = 0; b < blocks_; ++b) {
-      const int64_t end = add_block(
-          taps, b, first + b * block_firsts,
-          places == nullptr ? nullptr : places + int64_t{b} * block_,
-          weights + b * block_weights);
+      const int64_t end =
+          add_block(taps, b, first + b * block_firsts,
+                    places == nullptr ? nullptr : places + int64_t{b} * block_,
+                    weights + b * block_weights);
       if (inside == b && end <= row_end) ++inside;
     }
     tail = inside < blocks_ ? inside * outputs_ : count_;
@@ -179,18 +182,17 @@ ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
   }
   const int32_t last = block_output(blocks_ - 1);
   Columns c;
-  c.body = {way_,  parts_, tail,    inside, last,
-            first, places, weights, steps_};
+  c.body = {way_, parts_, tail, inside, last, first, places, weights, steps_};
   c.tail = c.body;
   c.tail_output = tail;
   c.tail.count = count_ - tail;
   c.tail.blocks = is_plain() ? 0 : blocks_ - inside;
   c.tail.last = last - tail;
   c.tail.first += tail_first;
-  c.tail.places += is_plain() || places == nullptr
-                       ? 0
-                       : int64_t{inside} * block_;
-  c.tail.weights += is_plain() ? int64_t{tail} * steps_ : inside * block_weights;
+  c.tail.places +=
+      is_plain() || places == nullptr ? 0 : int64_t{inside} * block_;
+  c.tail.weights +=
+      is_plain() ? int64_t{tail} * steps_ : inside * block_weights;
   c.begin = c.tail.count > 0 ? c.tail.first[0] : row_end;
   for (int64_t i = tail_first; i < firsts() && c.tail.count > 0; ++i) {
     first[i] -= static_cast<int32_t>(c.begin);

@@ -62,25 +62,24 @@ Plan lay_out(const ApexPlane &p, Room &room) {
   const int64_t period_across = int64_t{p.across.period()} * p.across.taps();
   const int64_t period_down = int64_t{p.down.period()} * taps;
   const int64_t pitch = (2 * a.room() + 31) & ~int64_t{31};
-  return {a,
-          {room.take<int32_t>(p.across.dst_count),
-           room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()),
-           a.pitch()},
-          {room.take<int32_t>(p.down.dst_count),
-           room.take<int16_t>(int64_t{p.down.dst_count} * 2 * slots),
-           2 * slots},
-          room.take<int16_t>(period_across > period_down ? period_across
-                                                         : period_down),
-          room.take<int32_t>(a.firsts()),
-          room.take<uint32_t>(a.places()),
-          room.take<int16_t>(a.weights()),
-          room.take<const int16_t *>(slots),
-          room.take<int16_t>(pitch * slots),
-          pitch,
-          slots,
-          room.take<uint8_t>(4 * (parts + a.beyond())),
-          room.take<uint16_t>(p.alpha < 0 ? 0 : 2 * parts),
-          room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * a.room())};
+  return {
+      a,
+      {room.take<int32_t>(p.across.dst_count),
+       room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()), a.pitch()},
+      {room.take<int32_t>(p.down.dst_count),
+       room.take<int16_t>(int64_t{p.down.dst_count} * 2 * slots), 2 * slots},
+      room.take<int16_t>(period_across > period_down ? period_across
+                                                     : period_down),
+      room.take<int32_t>(a.firsts()),
+      room.take<uint32_t>(a.places()),
+      room.take<int16_t>(a.weights()),
+      room.take<const int16_t *>(slots),
+      room.take<int16_t>(pitch * slots),
+      pitch,
+      slots,
+      room.take<uint8_t>(4 * (parts + a.beyond())),
+      room.take<uint16_t>(p.alpha < 0 ? 0 : 2 * parts),
+      room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * a.room())};
 }
 
 // Pairs of rows of words, made as they are wanted.
@@ -166,8 +165,7 @@ void apex_scale(const ApexPlane &p, uint8_t *scratch) {
   for (int32_t y = 0; y < p.down.dst_count; ++y) {
     uint8_t *const dst = p.dst + ptrdiff_t{p.dst_stride} * y;
     // Weights of pairs: an odd first row is the second of one.
-    int16_t *const weights =
-        plan.down.weights + int64_t{y} * plan.down.pitch;
+    int16_t *const weights = plan.down.weights + int64_t{y} * plan.down.pitch;
     const int32_t first = plan.down.first[y];
     const int32_t left = p.down.src_count - first;
     const int32_t taps = p.down.taps() < left ? p.down.taps() : left;

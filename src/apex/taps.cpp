@@ -39,9 +39,10 @@ constexpr Table kFilter = [] {
     const int steps = i == 0 ? 1 : i - 1;
     const double x = double{1} * steps / kSteps;
     const double angle = kPi * x;
-    t.at[i] = steps == 0            ? 1
-              : steps % kSteps == 0 ? 0
-                                    : sine(x) * sine(x / 3) * 3 / (angle * angle);
+    t.at[i] = steps == 0 ? 1
+              : steps % kSteps == 0
+                  ? 0
+                  : sine(x) * sine(x / 3) * 3 / (angle * angle);
   }
   return t;
 }();
@@ -73,7 +74,8 @@ int64_t first_tap(const ApexAxis &axis, int64_t part) {
   return floor_divide(part - 12 * wide, 4 * int64_t{axis.to}) + 1;
 }
 
-void weigh(const ApexAxis &axis, int64_t part, int32_t count, int16_t *weights) {
+void weigh(const ApexAxis &axis, int64_t part, int32_t count,
+           int16_t *weights) {
   if (count == 1) {
     weights[0] = 1 << 14;
     return;

@@ -12,8 +12,8 @@ constexpr int32_t kMostRatio = 64;
 constexpr int32_t kMostTaps = 6 * kMostRatio;
 
 // Where the outputs of a direction lie in the source: its sizes, the ratio of
-// them that counts, and whether samples are the left ones of two that `from` and
-// `to` count.
+// them that counts, and whether samples are the left ones of two that `from`
+// and `to` count.
 struct ApexAxis {
   int32_t src_count, dst_count;
   int32_t from, to;

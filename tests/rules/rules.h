@@ -40,6 +40,7 @@ Rule rule_for_rows(int32_t (*function)(WithRows...),
           reinterpret_cast<AnyFunction>(rule)};
 }
 
+std::vector<Rule> apex_rules();
 std::vector<Rule> csc_rules();
 std::vector<Rule> layout_rules();
 std::vector<Rule> rot_rules();
@@ -63,8 +64,8 @@ inline Function by_rule(const Function &function) {
   static const std::vector<Rule> all = [] {
     std::vector<Rule> rules;
     for (const auto &some :
-         {csc_rules(), layout_rules(), rot_rules(), rsz_rules(), blocks_rules(),
-          vqe_rules(), hdr_rules(), dct_rules(), media_rules(),
+         {apex_rules(), csc_rules(), layout_rules(), rot_rules(), rsz_rules(),
+          blocks_rules(), vqe_rules(), hdr_rules(), dct_rules(), media_rules(),
           picture_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
