@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "hdr/context.h"
+#include "orumlox/apex.h"
 #include "orumlox/key_frame.h"
 #include "orumlox/unprefixed.h"
 
@@ -150,6 +151,8 @@ void run_plain(const Job &job, const vexo_img &src, const vexo_img &dst) {
       return require(vexo_csc(&src, &dst), job);
     case kScale:
       return require(vexo_rsz(&src, &dst), job);
+    case kFilter:
+      return require(vexo_rsz_apex_c(&src, &dst), job);
     case kTurn:
       return require(vexo_rot(&src, job.rotation(), &dst), job);
     case kSharpen: {

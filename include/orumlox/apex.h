@@ -25,11 +25,11 @@ VEXO_BEGIN_DECLS
  *     output sum to 16384. They are rounded so that the weights up to each
  *     sample sum to the nearest number. The samples at an edge stand for those
  *     beyond it.
- *   Down. A column of samples of b bits becomes a word that has its first 14
- *     bits, b of them and 14 - b of a fraction, rounded once. Words have a sign
+ *   Across. Samples of b bits become words that have their first 14 bits, b of
+ *     them and 14 - b of a fraction, rounded once, halves up. Words have a sign
  *     and room for what swings beyond black and white; nothing is cut off.
- *   Across. Those words become samples, rounded once, halves up, and held
- *     between 0 and the largest sample.
+ *   Down. Those words become samples, rounded once, halves up, and held between
+ *     0 and the largest sample.
  * A direction that keeps its size has weights of 16384 alone and changes
  * nothing. Flat pictures stay flat to the bit.
  *
@@ -52,8 +52,8 @@ VEXO_BEGIN_DECLS
  *
  * Source and destination do not overlap. Strides may be negative. Nothing is
  * read or written beyond the samples of the rows. Re-entrant; takes scratch
- * memory for the weights and for a row, with VEXO_MODE_ALPHA for as many rows
- * as the filter is high.
+ * memory for the weights and for as many rows of the destination's width as
+ * the filter is high.
  *
  * Returns VEXO_OK. VEXO_ERR_ARG when the format codes differ or the width or
  * height of a plane is below 1; VEXO_ERR_UNSUPPORTED for every other format,
