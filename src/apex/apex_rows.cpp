@@ -130,6 +130,29 @@ void down(ApexSample s, const int16_t *const *pairs, const int16_t *weights,
   });
 }
 
+#if LOX_VECTORS && !defined(LOX_SET_neon)
+void turn(ApexSample s, const uint8_t *const *rows, int32_t parts,
+          int32_t chunks, int16_t *dst) {
+  for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
+    ApexOps<Wide>::template turn<S>(rows, parts, chunks, dst);
+  });
+}
+void across_turned(ApexSample s, const int16_t *turned, int32_t parts,
+                   int32_t count, int32_t begin, const int32_t *first,
+                   const ApexWeights &weights, ptrdiff_t at,
+                   int16_t *const *pairs) {
+  for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
+    ApexOps<Wide>::template across_turned<S>(turned, parts, count, begin, first,
+                                             weights, at, pairs);
+  });
+}
+constexpr int32_t kTurnedRows = ApexOps<Wide>::kTurnedRows;
+#else
+constexpr decltype(ApexRows::turn) turn = nullptr;
+constexpr decltype(ApexRows::across_turned) across_turned = nullptr;
+constexpr int32_t kTurnedRows = 0;
+#endif
+
 void close(const uint8_t *row, ptrdiff_t n, uint8_t *dst) {
   for (ptrdiff_t x = 0; x < n; ++x) {
     for (int i = 0; i < 3; ++i) dst[3 * x + i] = row[4 * x + i];
@@ -170,10 +193,6 @@ constinit const ApexRows apex_rows = {
 #else
     0,      false, 2,
 #endif
-    across,
-    down,
-    close,
-    premultiply,
-    divide};
+    across, kTurnedRows, turn, across_turned, down, close, premultiply, divide};
 
 }  // namespace lox::LOX_SET

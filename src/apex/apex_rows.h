@@ -55,6 +55,16 @@ struct ApexColumns {
 };
 // Three parts are summed as four, the last of which is anything.
 constexpr int32_t apex_sums(int32_t parts) { return parts == 3 ? 4 : parts; }
+// The weights of some outputs, `pitch` words apart, of which `steps` pairs count.
+struct ApexWeights {
+  const int16_t *words;
+  ptrdiff_t pitch;
+  int32_t steps;
+};
+
+// Rows that are turned at once at most.
+constexpr int32_t kMostTurnedRows = 32;
+
 struct ApexRows {
   // Bytes of a register in the ways kLanes, kTwoLanes and kDirect, 0 where the
   // way is kPlain; whether there are kRegister and kTwoRegisters; what the
@@ -68,6 +78,18 @@ struct ApexRows {
   // to and, for loads, behind that. dst has room for whole blocks.
   void (*across)(ApexSample sample, const uint8_t *row, const uint8_t *below,
                  const ApexColumns &columns, int16_t *dst);
+  // Of turned_rows rows (0: there are none of these two) `chunks` times 16 bytes
+  // or, of three parts, 12, to pairs of neighbouring samples: for each part of
+  // each such pair two words of every row. dst has room for 8 more.
+  int32_t turned_rows;
+  void (*turn)(ApexSample sample, const uint8_t *const *rows, int32_t parts,
+               int32_t chunks, int16_t *dst);
+  // `count` outputs of those rows, whose first pair of samples is first[i] less
+  // `begin`, to word 2 `at` of each pair of rows and on.
+  void (*across_turned)(ApexSample sample, const int16_t *turned, int32_t parts,
+                        int32_t count, int32_t begin, const int32_t *first,
+                        const ApexWeights &weights, ptrdiff_t at,
+                        int16_t *const *pairs);
   // n samples of `steps` such pairs of rows.
   void (*down)(ApexSample sample, const int16_t *const *pairs,
                const int16_t *weights, int32_t steps, ptrdiff_t n,

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "apex/columns.h"
+#include "apex/turned.h"
 
 namespace lox {
 
@@ -34,6 +35,8 @@ class Room {
 // Where everything is.
 struct Plan {
   ApexArrangement arrangement;
+  ApexTurned turned;
+  bool turns;
   ApexTaps across, down;
   int16_t *period;  // of either
   int32_t *first;
@@ -44,8 +47,9 @@ struct Plan {
   int16_t *words;
   int64_t pitch;
   int32_t slots;
-  uint8_t *tail;         // the ends of two rows, to be read beyond
-  uint16_t *multiplied;  // two rows
+  uint8_t *tail;          // the ends of rows, to be read beyond
+  int16_t *side_by_side;  // rows that are turned
+  uint16_t *multiplied;   // rows
   uint8_t *samples;      // a row that is not the destination's
 };
 
@@ -53,54 +57,77 @@ ApexSample sample_of(const ApexPlane &p) {
   return p.alpha < 0 ? p.sample : ApexSample::k14;
 }
 
+bool turns(const ApexPlane &p) {
+  return ApexTurned::pays(p.across, sample_of(p), p.parts, p.down.src_count);
+}
+
 Plan lay_out(const ApexPlane &p, Room &room) {
   const ApexArrangement a(p.across, sample_of(p), p.parts);
+  const ApexTurned t(p.across, sample_of(p), p.parts);
+  const bool many = turns(p);
+  // How many are scaled across at once.
+  const int32_t rows = many ? ApexTurned::rows() : 2;
   const int32_t taps = p.down.taps();
-  // The first may be the second of a pair.
-  const int32_t slots = taps / 2 + 1;
+  // Those of an output, whose first may be the second of a pair; with the last
+  // of them come others.
+  const int32_t pairs = taps / 2 + 1;
+  const int32_t slots = pairs + rows / 2 - 1;
   const int64_t parts = int64_t{p.across.src_count} * p.parts;
   const int64_t period_across = int64_t{p.across.period()} * p.across.taps();
   const int64_t period_down = int64_t{p.down.period()} * taps;
-  const int64_t pitch = (2 * a.room() + 31) & ~int64_t{31};
-  return {
-      a,
-      {room.take<int32_t>(p.across.dst_count),
-       room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()), a.pitch()},
-      {room.take<int32_t>(p.down.dst_count),
-       room.take<int16_t>(int64_t{p.down.dst_count} * 2 * slots), 2 * slots},
-      room.take<int16_t>(period_across > period_down ? period_across
-                                                     : period_down),
-      room.take<int32_t>(a.firsts()),
-      room.take<uint32_t>(a.places()),
-      room.take<int16_t>(a.weights()),
-      room.take<const int16_t *>(slots),
-      room.take<int16_t>(pitch * slots),
-      pitch,
-      slots,
-      room.take<uint8_t>(4 * (parts + a.beyond())),
-      room.take<uint16_t>(p.alpha < 0 ? 0 : 2 * parts),
-      room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * a.room())};
+  const int64_t sums = many ? t.room() : a.room();
+  const int64_t pitch = (2 * sums + 31) & ~int64_t{31};
+  return {a,
+          t,
+          many,
+          {room.take<int32_t>(p.across.dst_count),
+           room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()),
+           a.pitch()},
+          {room.take<int32_t>(p.down.dst_count),
+           room.take<int16_t>(int64_t{p.down.dst_count} * 2 * pairs),
+           2 * pairs},
+          room.take<int16_t>(period_across > period_down ? period_across
+                                                         : period_down),
+          room.take<int32_t>(many ? t.outputs() : a.firsts()),
+          room.take<uint32_t>(many ? 0 : a.places()),
+          room.take<int16_t>(many ? t.weights() : a.weights()),
+          room.take<const int16_t *>(pairs),
+          room.take<int16_t>(pitch * slots),
+          pitch,
+          slots,
+          room.take<uint8_t>(many ? t.end_bytes() : 4 * (parts + a.beyond())),
+          room.take<int16_t>(many ? t.words() : 0),
+          room.take<uint16_t>(p.alpha < 0 ? 0 : rows * parts),
+          room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * sums)};
 }
 
 // Pairs of rows of words, made as they are wanted.
 class Across {
  public:
   Across(const ApexPlane &p, const Plan &plan)
-      : p_(p),
-        plan_(plan),
-        sample_(sample_of(p)),
-        columns_(plan.arrangement.columns(plan.across, plan.first, plan.places,
-                                          plan.weights)),
-        tail_bytes_((int64_t{p.across.src_count} * p.parts - columns_.begin) *
-                    apex_bytes(sample_)),
-        tail_pitch_(tail_bytes_ + 2 * plan.arrangement.beyond()) {
+      : p_(p), plan_(plan), sample_(sample_of(p)) {
+    if (plan.turns) {
+      plan.turned.fill(plan.across, plan.first, plan.weights);
+      return;
+    }
+    columns_ = plan.arrangement.columns(plan.across, plan.first, plan.places,
+                                        plan.weights);
+    tail_bytes_ = (int64_t{p.across.src_count} * p.parts - columns_.begin) *
+                  apex_bytes(sample_);
+    tail_pitch_ = tail_bytes_ + 2 * plan.arrangement.beyond();
     std::memset(plan.tail, 0, static_cast<size_t>(2 * tail_pitch_));
   }
 
   // Points plan.pairs to those of an output's rows.
   void find(int32_t first, int32_t count) {
     if (next_ < first) next_ = first;
-    for (; next_ < first + count; ++next_) make(next_, slot(next_));
+    while (next_ < first + count) {
+      if (plan_.turns) {
+        make_many();
+      } else {
+        make_two();
+      }
+    }
     for (int32_t k = 0; k < count; ++k) plan_.pairs[k] = slot(first + k);
   }
 
@@ -108,41 +135,58 @@ class Across {
   int16_t *slot(int32_t pair) const {
     return plan_.words + pair % plan_.slots * plan_.pitch;
   }
-  void make(int32_t pair, int16_t *words) const {
+  // Row i of those that are made next. Beyond the last it is that one, which
+  // weighs nothing there.
+  const uint8_t *row(int32_t i) const {
+    const int64_t last = p_.down.src_count - 1;
+    const int64_t wanted = int64_t{2} * next_ + i;
+    const uint8_t *const own =
+        p_.src + ptrdiff_t{p_.src_stride} *
+                     static_cast<ptrdiff_t>(wanted < last ? wanted : last);
+    if (p_.alpha < 0) return own;
+    uint16_t *const to =
+        plan_.multiplied + int64_t{4} * p_.across.src_count * i;
+    apex_rows().premultiply(own, p_.alpha, p_.across.src_count, to);
+    return reinterpret_cast<const uint8_t *>(to);
+  }
+  void make_many() {
+    const uint8_t *rows[kMostTurnedRows];
+    int16_t *pairs[kMostTurnedRows / 2];
+    const int32_t count = ApexTurned::rows();
+    for (int32_t i = 0; i < count; ++i) rows[i] = row(i);
+    for (int32_t i = 0; i < count / 2; ++i) pairs[i] = slot(next_ + i);
+    plan_.turned.make(rows, plan_.first, plan_.weights, plan_.side_by_side,
+                      plan_.tail, pairs);
+    next_ += count / 2;
+  }
+  void make_two() {
     const ApexRows &rows = apex_rows();
-    const uint8_t *row[2];
+    int16_t *const words = slot(next_);
+    const uint8_t *both[2];
     uint8_t *tail[2];
     for (int32_t i = 0; i < 2; ++i) {
-      // A last row without one below stands for it, where it weighs nothing.
-      const int32_t last = p_.down.src_count - 1;
-      const int32_t y = 2 * pair + i < last ? 2 * pair + i : last;
-      row[i] = p_.src + ptrdiff_t{p_.src_stride} * y;
-      if (p_.alpha >= 0) {
-        uint16_t *const to =
-            plan_.multiplied + int64_t{4} * p_.across.src_count * i;
-        rows.premultiply(row[i], p_.alpha, p_.across.src_count, to);
-        row[i] = reinterpret_cast<const uint8_t *>(to);
-      }
+      both[i] = row(i);
       tail[i] = plan_.tail + tail_pitch_ * i;
-      std::memcpy(tail[i], row[i] + columns_.begin * apex_bytes(sample_),
+      std::memcpy(tail[i], both[i] + columns_.begin * apex_bytes(sample_),
                   static_cast<size_t>(tail_bytes_));
     }
     if (columns_.body.count > 0) {
-      rows.across(sample_, row[0], row[1], columns_.body, words);
+      rows.across(sample_, both[0], both[1], columns_.body, words);
     }
     if (columns_.tail.count > 0) {
       rows.across(
           sample_, tail[0], tail[1], columns_.tail,
           words + int64_t{2} * columns_.tail_output * apex_sums(p_.parts));
     }
+    ++next_;
   }
 
   const ApexPlane &p_;
   const Plan &plan_;
   ApexSample sample_;
-  ApexArrangement::Columns columns_;
-  int64_t tail_bytes_, tail_pitch_;
-  int32_t next_ = 0;
+  ApexArrangement::Columns columns_ = {};
+  int64_t tail_bytes_ = 0, tail_pitch_ = 0;
+  int32_t next_ = 0;  // pair
 };
 
 }  // namespace
