@@ -60,7 +60,7 @@ void add_frames(Contenders *out, const Job &job, const std::string &name,
 // How far peers may be that do the same with other arithmetic.
 inline double near(const Workload &job) {
   if (job.is_layout() || job.task == kTurn) return 0;
-  if (job.task == kReduce) return 1;
+  if (job.task == kReduce || job.task == kFilter) return 1;
   // Scalers also take samples elsewhere: this library from the top left, peers
   // around the middle.
   if (job.task == kDither) return 6;

@@ -96,9 +96,12 @@ Run make(const Job &job, zimg_cpu_type_e cpu) {
     params.resample_filter_uv = ZIMG_RESIZE_POINT;
     params.nominal_peak_luminance = 100;
     params.allow_approximate_gamma = 1;
-  } else if (job.task == kReduce) {
+  } else if (job.task == kReduce || job.task == kFilter) {
     params.resample_filter = params.resample_filter_uv = ZIMG_RESIZE_LANCZOS;
     params.filter_param_a = params.filter_param_a_uv = 3;
+    if (job.task == kFilter && from.subsample_w > 0) {
+      from.chroma_location = to.chroma_location = ZIMG_CHROMA_LEFT;
+    }
   } else {
     params.resample_filter = ZIMG_RESIZE_BILINEAR;
   }
@@ -126,7 +129,8 @@ void add_zimg(const Job &job, Contenders *out) {
   const bool scales =
       job.task == kScale && (job.src_format == kI010 ||
                              (scales_plainly(job) && job.src_format == kGrey));
-  const bool reduces = job.task == kReduce && !job.is_means();
+  const bool reduces =
+      job.task == kFilter || (job.task == kReduce && !job.is_means());
   if (!maps && !scales && !reduces) return;
   const std::string name = reduces ? "zimg LANCZOS" : "zimg";
   // Of tone mapping, what is clipped goes another way than what is mapped.

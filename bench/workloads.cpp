@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "hdr/context.h"
+#include "orumlox/apex.h"
 #include "orumlox/camera.h"
 #include "orumlox/key_frame.h"
 #include "orumlox/unprefixed.h"
@@ -189,6 +190,8 @@ void run_plain(const Job &job, const vexo_img &src, const vexo_img &dst) {
       return require(job.src_format == kI010 ? vexo_rsz_deep(&src, &dst)
                                              : vexo_rsz(&src, &dst),
                      job);
+    case kFilter:
+      return require(vexo_rsz_apex_c(&src, &dst), job);
     case kTurn:
       return require(vexo_rot(&src, job.rotation(), &dst), job);
     case kSharpen: {

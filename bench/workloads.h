@@ -53,6 +53,8 @@ enum Task {
   kInterpolate,
   kDither,
   kScale,
+  // By Lanczos filters of three lobes.
+  kFilter,
   // A quarter turn to the left after scaling.
   kScaleAndTurn,
   kScaleAndConvert,
@@ -170,6 +172,12 @@ inline constexpr Workload kWorkloads[] = {
     {"planar16_2to1", kScale, kI010, kI010, k2To1},
     {"planar16_3to2", kScale, kI010, kI010, k3To2},
     {"planar16_2to3", kScale, kI010, kI010, k2To3},
+    {"apex_grey_3to2", kFilter, kGrey, kGrey, k3To2},
+    {"apex_grey_4to1", kFilter, kGrey, kGrey, k4To1},
+    {"apex_nv12_3to2", kFilter, kNv12, kNv12, k3To2},
+    {"apex_nv12_4to1", kFilter, kNv12, kNv12, k4To1},
+    {"apex_rgba8888_3to2", kFilter, kRgba, kRgba, k3To2},
+    {"apex_rgba8888_4to1", kFilter, kRgba, kRgba, k4To1},
     {"rgba8888_90l", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_90L},
     {"rgba8888_90r", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_90R},
     {"rgba8888_180", kTurn, kRgba, kRgba, kEqual, VEXO_ROT_180},

@@ -24,6 +24,7 @@ TITLES = {
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
     "camera": "camera frames",
     "dither": "fewer bits", "deep": "16-bit samples",
+    "apex": "Lanczos filters",
     "dct": "scaling by cosines", "picture": "any layout to any",
 }
 

@@ -35,7 +35,7 @@ enum {
   /* A bad argument: format codes that agree where they must differ or differ
    * where they must agree, sizes that do not fit. */
   VEXO_ERR_ARG = -1,
-  /* Memory cannot be had. Only calls of picture.h and fused.h return it. */
+  /* Memory cannot be had. Calls that return it say so. */
   VEXO_ERR_MEMORY = -2,
   /* A format code, a pair of codes or a size that the call has no route for. */
   VEXO_ERR_UNSUPPORTED = -3

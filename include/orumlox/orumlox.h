@@ -3,6 +3,7 @@
  * when ORUMLOX_UNPREFIXED is defined before. */
 #pragma once
 
+#include "apex.h"
 #include "base.h"
 #include "bitstream.h"
 #include "camera.h"

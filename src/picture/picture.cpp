@@ -65,9 +65,7 @@ struct Request {
   Content from, to;
 
   // How conversions before a turn are made, and those behind it.
-  Manner before() const {
-    return {options.chroma, false, options.dither != 0};
-  }
+  Manner before() const { return {options.chroma, false, options.dither != 0}; }
   Manner after() const {
     Manner manner = before();
     manner.turned = options.rotation != VEXO_ROT_COPY &&
@@ -75,7 +73,7 @@ struct Request {
     return manner;
   }
 };
-  }
+}
 };
 
 Request check(const vexo_img *src, const vexo_img *dst,
@@ -195,13 +193,14 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
   // One call scales and turns planes of bytes.
   const bool lanczos = r.options.filter == VEXO_FILTER_LANCZOS;
   const auto at_once = [&](int32_t format) {
-    return !lanczos && scales && turns && rotation <= VEXO_ROT_180 && format < 100;
+    return !lanczos && scales && turns && rotation <= VEXO_ROT_180 &&
+           format < 100;
   };
   const auto passes = [&](const Content &content) {
     const int32_t format = content.format;
-    const bool scaled = lanczos ? vexo_rsz_apex_supports(format) != 0
-                                : vexo_rsz_supports(format) == 1 ||
-                                      is_10_bit(format);
+    const bool scaled =
+        lanczos ? vexo_rsz_apex_supports(format) != 0
+                : vexo_rsz_supports(format) == 1 || is_10_bit(format);
     if (scales && !scaled) return 0;
     if (turns && !is_turned(format)) return 0;
     return at_once(format) ? 1 : (scales ? 1 : 0) + (turns ? 1 : 0);

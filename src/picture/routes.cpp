@@ -67,9 +67,9 @@ constexpr int32_t kBytes420[] = {VEXO_FMT_YUV420, VEXO_FMT_YV12, VEXO_FMT_NV12,
 constexpr int32_t kWords420[] = {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_P010LE};
 constexpr int32_t k565[] = {VEXO_FMT_RGB565, VEXO_FMT_BGR565};
 
-#define LOX_DITHERED(code, driver, from)                                  \
-  {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kDitheredRgb565}, {    \
-    VEXO_FMT_##code, VEXO_FMT_BGR565, driver, from, kDitheredBgr565       \
+#define LOX_DITHERED(code, driver, from)                               \
+  {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kDitheredRgb565}, { \
+    VEXO_FMT_##code, VEXO_FMT_BGR565, driver, from, kDitheredBgr565    \
   }
 // From YUV at once, by the default standard.
 constexpr Route kDitheredRoutes[] = {

@@ -40,6 +40,7 @@ Rule rule_for_rows(int32_t (*function)(WithRows...),
           reinterpret_cast<AnyFunction>(rule)};
 }
 
+std::vector<Rule> apex_rules();
 std::vector<Rule> csc_rules();
 std::vector<Rule> csc_new_rules();
 std::vector<Rule> layout_rules();
@@ -81,7 +82,7 @@ inline Function by_rule(const Function &function) {
          {csc_rules(), csc_new_rules(), layout_rules(), rot_rules(),
           rsz_rules(), blocks_rules(), vqe_rules(), hdr_rules(), dct_rules(),
           media_rules(), picture_rules(), camera_rules(), fused_rules(),
-          deep_rules()}) {
+          deep_rules(), apex_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Sums of Lanczos filters on NEON: words times a weight, or times as many
+// weights, added to elements of 32 bits.
+#pragma once
+
+#include "apex/apex_rows.h"
+#include "simd/simd.h"
+
+namespace lox::LOX_SET {
+
+template <class>
+struct ApexOps {
+  static constexpr int kRegisterBytes = 0;
+  static constexpr bool kPicks = false;
+  static constexpr int n = 16;
+
+  LOX_OP int16x8_t as_signed(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
+  template <int kLane>
+  LOX_OP void add_to(int32x4_t &low, int32x4_t &high, int16x8_t v,
+                     int16x4_t weights) {
+    low = vmlal_lane_s16(low, vget_low_s16(v), weights, kLane);
+    high = vmlal_lane_s16(high, vget_high_s16(v), weights, kLane);
+  }
+  LOX_OP void add_8(int32x4_t &sum, int16x8_t v, int16x8_t w) {
+    sum = vmlal_s16(sum, vget_low_s16(v), vget_low_s16(w));
+    sum = vmlal_s16(sum, vget_high_s16(v), vget_high_s16(w));
+  }
+  template <ApexSample S>
+  LOX_OP int16x8_t samples(uint16x8_t v) {
+    if constexpr (S == ApexSample::kLow10) {
+      return as_signed(vandq_u16(v, vdupq_n_u16(1023)));
+    } else if constexpr (S == ApexSample::kHigh10) {
+      return as_signed(vshrq_n_u16(v, 6));
+    } else {
+      return as_signed(v);
+    }
+  }
+  // Eight parts.
+  template <ApexSample S>
+  LOX_OP int16x8_t load(const uint8_t *p) {
+    if constexpr (S == ApexSample::kByte) {
+      return as_signed(vmovl_u8(vld1_u8(p)));
+    } else {
+      return samples<S>(vreinterpretq_u16_u8(vld1q_u8(p)));
+    }
+  }
+
+  // --- across ----------------------------------------------------------------
+
+  template <ApexSample S>
+  LOX_OP void across(const uint8_t *row, const uint8_t *below,
+                     const ApexColumns &c, int16_t *dst) {
+    switch (c.parts) {
+      case 1:
+        return across<S, 1>(row, below, c, dst);
+      case 2:
+        return across<S, 2>(row, below, c, dst);
+      case 3:
+        return across<S, 3>(row, below, c, dst);
+      default:
+        return across<S, 4>(row, below, c, dst);
+    }
+  }
+  // Eight sums at a time, the last ones at the end.
+  template <ApexSample S, int kParts>
+  LOX_OP void across(const uint8_t *row, const uint8_t *below,
+                     const ApexColumns &c, int16_t *dst) {
+    constexpr int kSums = apex_sums(kParts);
+    constexpr int kOutputs = 8 / kSums;
+    if (c.count < kOutputs) return across_rule<S>(row, below, c, dst);
+    const int32_t last = c.count - kOutputs;
+    for (int32_t i = 0; i < c.count; i += kOutputs) {
+      const int32_t at = i < last ? i : last;
+      const auto words = [&](const uint8_t *p) LOX_INLINE_LAMBDA {
+        return words_of<S, kParts>(p, c, at);
+      };
+      const int16x8x2_t both = {{words(row), words(below)}};
+      vst2q_s16(dst + ptrdiff_t{2} * at * kSums, both);
+    }
+  }
+  template <ApexSample S, int kParts>
+  LOX_OP int16x8_t words_of(const uint8_t *row, const ApexColumns &c,
+                            int32_t at) {
+    const auto sum = [&](int o) LOX_INLINE_LAMBDA {
+      return sum_of<S, kParts>(row + ptrdiff_t{c.first[at + o]} * apex_bytes(S),
+                               c.weights + ptrdiff_t{at + o} * c.steps,
+                               c.steps);
+    };
+    int32x4_t low;
+    int32x4_t high;
+    if constexpr (kParts == 1) {
+      low = vcombine_s32(vpadd_s32(sum(0), sum(1)), vpadd_s32(sum(2), sum(3)));
+      high = vcombine_s32(vpadd_s32(sum(4), sum(5)), vpadd_s32(sum(6), sum(7)));
+    } else if constexpr (kParts == 2) {
+      low = vcombine_s32(sum(0), sum(1));
+      high = vcombine_s32(sum(2), sum(3));
+    } else {
+      low = sum(0);
+      high = sum(1);
+    }
+    constexpr int kBits = apex_bits(S);
+    return vcombine_s16(vrshrn_n_s32(low, kBits), vrshrn_n_s32(high, kBits));
+  }
+  LOX_OP int32x2_t folded(int32x4_t v) {
+    return vadd_s32(vget_low_s32(v), vget_high_s32(v));
+  }
+  // The sums of an output; a single one in two halves.
+  template <ApexSample S, int kParts>
+  LOX_OP auto sum_of(const uint8_t *from, const int16_t *weights,
+                     int32_t steps) {
+    constexpr int kBytes = apex_bytes(S);
+    int32x4_t sum = vdupq_n_s32(0);
+    if constexpr (kParts == 1) {
+      for (int32_t k = steps; k != 0;
+           k -= 8, from += 8 * kBytes, weights += 8) {
+        add_8(sum, load<S>(from), vld1q_s16(weights));
+      }
+      return folded(sum);
+    } else if constexpr (kParts == 2) {
+      int32x4_t second = sum;
+      for (int32_t k = steps; k != 0;
+           k -= 8, from += 16 * kBytes, weights += 8) {
+        const int16x8_t w = vld1q_s16(weights);
+        if constexpr (S == ApexSample::kByte) {
+          const uint8x8x2_t pairs = vld2_u8(from);
+          add_8(sum, as_signed(vmovl_u8(pairs.val[0])), w);
+          add_8(second, as_signed(vmovl_u8(pairs.val[1])), w);
+        } else {
+          // As bytes first: nothing is said of the address.
+          const uint16x8x2_t pairs =
+              vuzpq_u16(vreinterpretq_u16_u8(vld1q_u8(from)),
+                        vreinterpretq_u16_u8(vld1q_u8(from + 16)));
+          add_8(sum, samples<S>(pairs.val[0]), w);
+          add_8(second, samples<S>(pairs.val[1]), w);
+        }
+      }
+      return vpadd_s32(folded(sum), folded(second));
+    } else {
+      for (int32_t k = steps; k != 0;
+           k -= 4, from += 4 * kParts * kBytes, weights += 4) {
+        const int16x8_t a = load<S>(from);
+        const int16x8_t b = load<S>(from + 2 * kParts * kBytes);
+        const int16x4_t w = vld1_s16(weights);
+        sum = vmlal_lane_s16(sum, vget_low_s16(a), w, 0);
+        sum = vmlal_lane_s16(sum, second<kParts>(a), w, 1);
+        sum = vmlal_lane_s16(sum, vget_low_s16(b), w, 2);
+        sum = vmlal_lane_s16(sum, second<kParts>(b), w, 3);
+      }
+      return sum;
+    }
+  }
+  // The second pixel of some words.
+  template <int kParts>
+  LOX_OP int16x4_t second(int16x8_t v) {
+    return kParts == 4 ? vget_high_s16(v) : vget_low_s16(vextq_s16(v, v, 3));
+  }
+
+  // --- down ------------------------------------------------------------------
+
+  // 16 columns from x on.
+  template <ApexSample S>
+  LOX_OP void down(const int16_t *const *pairs, const int16_t *weights,
+                   int32_t steps, ptrdiff_t x, uint8_t *dst) {
+    int32x4_t s0 = vdupq_n_s32(0);
+    int32x4_t s1 = s0;
+    int32x4_t s2 = s0;
+    int32x4_t s3 = s0;
+    for (int32_t k = steps; k != 0; --k, ++pairs, weights += 2) {
+      int32_t both;
+      memcpy(&both, weights, sizeof both);
+      const int16x4_t w = vreinterpret_s16_s32(vdup_n_s32(both));
+      const int16x8x2_t left = vld2q_s16(*pairs + 2 * x);
+      const int16x8x2_t right = vld2q_s16(*pairs + 2 * x + 16);
+      add_to<0>(s0, s1, left.val[0], w);
+      add_to<0>(s2, s3, right.val[0], w);
+      add_to<1>(s0, s1, left.val[1], w);
+      add_to<1>(s2, s3, right.val[1], w);
+    }
+    put<S>(s0, s1, dst + x * apex_bytes(S));
+    put<S>(s2, s3, dst + (x + 8) * apex_bytes(S));
+  }
+  template <ApexSample S>
+  LOX_OP void put(int32x4_t low, int32x4_t high, uint8_t *dst) {
+    constexpr int kShift = 28 - apex_bits(S);
+    low = vrshrq_n_s32(low, kShift);
+    high = vrshrq_n_s32(high, kShift);
+    if constexpr (S == ApexSample::kByte) {
+      vst1_u8(dst,
+              vqmovun_s16(vcombine_s16(vqmovn_s32(low), vqmovn_s32(high))));
+    } else {
+      constexpr int kMost = S == ApexSample::k14 ? 255 * 64 : 1023;
+      const uint16x8_t v =
+          vminq_u16(vcombine_u16(vqmovun_s32(low), vqmovun_s32(high)),
+                    vdupq_n_u16(kMost));
+      vst1q_u8(dst, vreinterpretq_u8_u16(
+                        S == ApexSample::kHigh10 ? vshlq_n_u16(v, 6) : v));
+    }
+  }
+};
+
+}  // namespace lox::LOX_SET
