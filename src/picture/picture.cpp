@@ -73,8 +73,6 @@ struct Request {
     return manner;
   }
 };
-}
-};
 
 Request check(const vexo_img *src, const vexo_img *dst,
               const vexo_picture_options *options) {

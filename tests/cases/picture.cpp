@@ -183,6 +183,8 @@ void call(const Function &function, Source &source, Sink &sink) {
   options.source_nit = source.one_in(2) ? 0 : 1501;
   options.measure = source.between(0, 1);
   options.full_range = source.between(0, 1);
+  options.filter = source.one_in(3) ? 1 : 0;
+  options.dither = source.one_in(3) ? 1 : 0;
   options.chroma = source.one_in(2) ? 0 : source.between(0, 2);
   int32_t to_width = width;
   int32_t to_height = height;

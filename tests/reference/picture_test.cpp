@@ -207,7 +207,7 @@ struct Stages {
 const Stages kStages[] = {
     {vexo_picture_scale, "nv12", "nv12", "bgra8888", 10, 19, 11, 0, 0},
     {vexo_picture_scale, "uyvy", "yuv422n", "rgb565", 0, 25, 14, 0, 0},
-    {vexo_picture_scale, "p010le", "nv12", "yv12", 11, 40, 21, 0, 0},
+    {vexo_picture_scale, "p010le", "p010le", "yv12", 11, 40, 21, 0, 0},
     {vexo_picture_scale, "p010le", "p010le", "nv12", 1, 32, 22, 0, 0},
     {vexo_picture_scale, "yuv420", "yuv420", "rgb888", 1, 17, 31, 1, 0},
     {vexo_picture_scale, "rgb888", "rgb888", "argb8888", 0, 70, 50, 4, 0},

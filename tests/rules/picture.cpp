@@ -20,6 +20,7 @@ namespace {
 bool has_words(int32_t format) {
   return format >= 600 || (format >= 200 && format < 300);
 }
+bool is_16(int32_t format) { return format >= 200 && format < 300; }
 bool is_yuv(int32_t format) { return !is_rgb_code(format) && format != 0; }
 
 int32_t status_of_picture(const vexo_img &img) {
@@ -144,11 +145,12 @@ void convert_pixel(const vexo_img &src, const vexo_img &dst, int32_t standard,
       const uint8_t *const at = byte_of(src, p.plane, row >> p.y_shift,
                                         (x >> p.x_shift) * p.step + p.first);
       if (src.format < VEXO_FMT_YUV420PLANAR16) return *at;
-      // Rounded from all their bits.
-      const int word = at[0] | at[1] << 8;
-      return std::min(src.format == VEXO_FMT_P010LE ? (word + 128) >> 8
-                                                    : (word + 2) >> 2,
-                      255);
+      // Rounded from all their bits. Of P010LE the place is the high byte's.
+      const int low = src.format == VEXO_FMT_P010LE ? -1 : 0;
+      const int word = at[low] | at[low + 1] << 8;
+      return std::min(
+          src.format == VEXO_FMT_P010LE ? (word + 128) >> 8 : (word + 2) >> 2,
+          255);
     };
     const YuvLayout &l = yuv_layout(src.format);
     yuv = {sample(l.y, y), sample(l.u, y), sample(l.v, y)};
@@ -267,11 +269,36 @@ int32_t convert(const Function &function, vexo_picture_context *,
     from.reserved1 = chroma == VEXO_CHROMA_CENTRE;
     return vexo_csc_new(&from, &to);
   };
+  const bool dithers = options != nullptr && options->dither != 0;
   if (chroma != 0 && is_yuv(src->format) != is_yuv(dst->format) &&
+      !(dithers && is_16(dst->format)) &&
       interpolates(src->format, src->color_std, dst->format, chroma)) {
     return interpolate(*src, *dst);
   }
-  if (chroma != 0) return by_itself(function, nullptr, src, dst, options);
+  // What is dithered is that of RGBA8888, or words at once.
+  if (dithers && src->width[0] >= 8 && src->height[0] >= 8) {
+    const bool words = src->format >= 600 && src->format < 700 &&
+                       is_yuv(dst->format) && dst->format < 100 &&
+                       src->color_std == dst->color_std &&
+                       vexo_format_planes(dst->format) > 1;
+    vexo_img from = *src;
+    vexo_img to = *dst;
+    from.color_std = to.color_std = 0;
+    if (words && vexo_csc_dither(&from, &to) == VEXO_OK) return VEXO_OK;
+    const bool direct = is_16(dst->format) && !is_16(src->format) &&
+                        src->format != VEXO_FMT_RGBA8888;
+    if (direct && src->format != 0) {
+      vexo_picture_options plain = *options;
+      plain.dither = 0;
+      Stop stop(VEXO_FMT_RGBA8888, src->width[0], src->height[0]);
+      stop.img.color_std = dst->color_std;
+      const int32_t made = by_itself(function, nullptr, src, &stop.img, &plain);
+      return made != VEXO_OK ? made : vexo_csc_dither(&stop.img, dst);
+    }
+  }
+  if (chroma != 0 || dithers) {
+    return by_itself(function, nullptr, src, dst, options);
+  }
   bool rgb = !is_yuv(src->format);
   vexo_img from = *src;
   std::vector<Stop> stops;
@@ -282,6 +309,11 @@ int32_t convert(const Function &function, vexo_picture_context *,
     if (is_yuv(from.format) && !is_yuv(to.format) &&
         interpolates(from.format, src->color_std, to.format, 0)) {
       interpolate(from, to);
+      from = to;
+      continue;
+    }
+    if (from.format >= 600 && to.format >= 600 && to.format < 700) {
+      vexo_csc_deep(&from, &to);
       from = to;
       continue;
     }
@@ -333,9 +365,15 @@ int32_t scale(const Function &function, vexo_picture_context *,
   const bool serves =
       (options == nullptr || options->rotation == 0) &&
       (src->width[0] != dst->width[0] || src->height[0] != dst->height[0]) &&
-      vexo_rsz_supports(src->format) == 1;
+      (options != nullptr && options->filter != 0
+           ? vexo_rsz_apex_supports(src->format)
+           : vexo_rsz_supports(src->format)) == 1;
   return by_call(function, src, dst, options, serves, [&] {
     vexo_img to = *dst;
+    if (options != nullptr && options->filter != 0) {
+      to.mode = 0;
+      return vexo_rsz_apex_c(src, &to);
+    }
     to.mode = options == nullptr ? 0 : options->mode;
     return vexo_rsz(src, &to);
   });
