@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/caches.h"
 #include "common/row_range.h"
 #include "csc/layout_rows.h"
 #include "csc_new/matrices.h"
@@ -146,7 +147,7 @@ class Columns {
   }
 
   void convert(int target, SmoothSiting siting, const SmoothMatrix &matrix,
-               RowRange rows) {
+               bool stream, RowRange rows) {
     const int32_t last = (planes_.height - 1) / 2;
     const int pixel_bytes = kDestinations[target].bytes;
     const auto to_rgb = smooth_rows().to_rgb[source_.words() ? 1 : 0][target];
@@ -166,7 +167,7 @@ class Columns {
         enlarge(siting, slot, slot);
       }
       const int16_t *const chroma[2] = {pixels_[0].number, pixels_[1].number};
-      to_rgb(luma, source_.factor, chroma, matrix,
+      to_rgb(luma, source_.factor, chroma, matrix, stream,
              planes_.dst[0] +
                  static_cast<ptrdiff_t>(y) * planes_.dst_stride[0] +
                  ptrdiff_t{first_} * pixel_bytes,
@@ -259,17 +260,32 @@ class Columns {
   int32_t held_[2] = {-1, -1};
 };
 
+// Whether a picture is written past the caches: what none of them would keep,
+// in rows that are aligned for it.
+bool streams(const Planes &planes, int pixel_bytes) {
+  const auto alignment = static_cast<uintptr_t>(smooth_rows().stream_alignment);
+  const uint64_t bytes = static_cast<uint64_t>(planes.width) *
+                         static_cast<uint64_t>(planes.height) *
+                         static_cast<uint64_t>(pixel_bytes);
+  return alignment != 0 && bytes >= memory_now().stream_rows &&
+         reinterpret_cast<uintptr_t>(planes.dst[0]) % alignment == 0 &&
+         static_cast<uintptr_t>(planes.dst_stride[0]) % alignment == 0;
+}
+
 void convert(const SmoothSource &source, int target, SmoothSiting siting,
              const SmoothMatrix (*matrices)[kSmoothScales],
              const Planes &planes, RowRange rows) {
   const SmoothMatrix &matrix =
       matrices[source.words() ? 1 : 0][kDestinations[target].scale];
+  const bool stream = streams(planes, kDestinations[target].bytes);
   const RowRange some = {rows.begin, least(rows.end, planes.height)};
   for (int32_t first = 0; first < planes.width;) {
     const int32_t count = least(planes.width - first, kColumns);
-    Columns(source, planes, first, count).convert(target, siting, matrix, some);
+    Columns(source, planes, first, count)
+        .convert(target, siting, matrix, stream, some);
     first += count;
   }
+  if (stream) smooth_rows().end_stream();
 }
 
 int32_t convert_rows(const vexo_img &src, const vexo_img &dst, RowRange rows) {

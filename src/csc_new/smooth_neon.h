@@ -141,6 +141,7 @@ struct SmoothOps {
             vorrq_u16(vsliq_n_u16(vshrq_n_u16(g, 6), ten_bits(blue), 4),
                       vdupq_n_u16(0xC000))};
   }
+  template <bool>
   LOX_OP void store_1010102(uint8_t *p, const Channels &c) {
     const Words even = words_1010102(c.red.even, c.green.even, c.blue.even);
     const Words odd = words_1010102(c.red.odd, c.green.odd, c.blue.odd);
@@ -166,6 +167,7 @@ struct SmoothOps {
   LOX_OP uint16x8x2_t half_floats(W16 v) {
     return vzipq_u16(half_float(v.even), half_float(v.odd));
   }
+  template <bool>
   LOX_OP void store_f16(uint8_t *p, const Channels &c) {
     const uint16x8x2_t r = half_floats(c.red);
     const uint16x8x2_t g = half_floats(c.green);

@@ -212,9 +212,20 @@ int luma_number(const uint8_t *row, int factor, ptrdiff_t x) {
   }
 }
 
+// Measured: stores past the caches of less than a line are slow.
+#if LOX_VECTORS
+constexpr int kStreamAlignment =
+    Wide::kStreamAlignment >= 64 ? Wide::kStreamAlignment : 0;
+void end_stream() { Wide::end_stream(); }
+#else
+constexpr int kStreamAlignment = 0;
+void end_stream() {}
+#endif
+
 template <bool kWords, int kTarget>
 void to_rgb(const uint8_t *luma, int factor, const int16_t *const chroma[2],
-            const SmoothMatrix &matrix, uint8_t *rgb, ptrdiff_t width) {
+            const SmoothMatrix &matrix, [[maybe_unused]] bool stream,
+            uint8_t *rgb, ptrdiff_t width) {
   ptrdiff_t done = 0;
   // Pixels of two bytes hold more of green.
   constexpr bool kGreenApart = kPixelBytes<kTarget> == 2;
@@ -229,29 +240,38 @@ void to_rgb(const uint8_t *luma, int factor, const int16_t *const chroma[2],
     const int16_t *u = chroma[0];
     const int16_t *v = chroma[1];
     uint8_t *to = rgb;
-    for_vectors<V, 1>(
-        width,
-        [&]() LOX_INLINE_LAMBDA {
-          typename V::W16 number;
-          if constexpr (kWords) {
-            number = Ops::template luma_of_words<kOrder>(y, factor);
-          } else {
-            number = Ops::template luma_of_bytes<kOrder>(y);
-          }
-          const auto c = Ops::template channels<kGreenApart>(
-              number, Ops::template load_chroma<kOrder>(u),
-              Ops::template load_chroma<kOrder>(v), k);
-          if constexpr (kTarget == kRgbaF16) {
-            Ops::store_f16(to, c);
-          } else if constexpr (kTarget == kRgba1010102) {
-            Ops::store_1010102(to, c);
-          } else {
-            store_pixels<kPixelFormats[kTarget], V, kSmoothBits, kSmoothBits,
-                         kSmoothBits, false>(to, c.red, c.green, c.blue);
-          }
-        },
-        moving < kWords ? 2 : 1 > (y), moving<1>(u), moving<1>(v),
-        moving<kPixelBytes<kTarget>>(to));
+    const auto step = [&]<bool kStream>() LOX_INLINE_LAMBDA {
+      typename V::W16 number;
+      if constexpr (kWords) {
+        number = Ops::template luma_of_words<kOrder>(y, factor);
+      } else {
+        number = Ops::template luma_of_bytes<kOrder>(y);
+      }
+      const auto c = Ops::template channels<kGreenApart>(
+          number, Ops::template load_chroma<kOrder>(u),
+          Ops::template load_chroma<kOrder>(v), k);
+      if constexpr (kTarget == kRgbaF16) {
+        Ops::template store_f16<kStream>(to, c);
+      } else if constexpr (kTarget == kRgba1010102) {
+        Ops::template store_1010102<kStream>(to, c);
+      } else {
+        store_pixels<kPixelFormats[kTarget], V, kSmoothBits, kSmoothBits,
+                     kSmoothBits, kStream>(to, c.red, c.green, c.blue);
+      }
+    };
+    const auto convert = [&]<bool kStream>() LOX_INLINE_LAMBDA {
+      for_units_and_last<V::n, 1>(
+          width,
+          [&]() LOX_INLINE_LAMBDA { step.template operator()<kStream>(); },
+          [&]() LOX_INLINE_LAMBDA { step.template operator()<false>(); },
+          moving < kWords ? 2 : 1 > (y), moving<1>(u), moving<1>(v),
+          moving<kPixelBytes<kTarget>>(to));
+    };
+    if constexpr (V::kStreamAlignment == kStreamAlignment &&
+                  kStreamAlignment != 0) {
+      if (stream) return convert.template operator()<true>();
+    }
+    convert.template operator()<false>();
   });
 #endif
   for (ptrdiff_t x = done; x < width; ++x) {
@@ -286,6 +306,8 @@ constinit const SmoothRows smooth_rows = {
                 samples<true, false>, samples<true, true>},
     .enlarge = {enlarge<kLeft>, enlarge<kCentre>, every_pixel},
     .to_rgb = {LOX_TARGETS(false), LOX_TARGETS(true)},
+    .stream_alignment = kStreamAlignment,
+    .end_stream = end_stream,
 };
 
 }  // namespace lox::LOX_SET

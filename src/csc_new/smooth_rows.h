@@ -63,11 +63,15 @@ struct SmoothRows {
   void (*enlarge[kSmoothSitings])(const int16_t *near_row,
                                   const int16_t *far_row, int16_t *to,
                                   ptrdiff_t n);
-  // `width` pixels of luma in bytes, and in words.
+  // `width` pixels of luma in bytes, and in words; `stream` writes them past
+  // the caches, where stream_alignment divides the address.
   void (*to_rgb[2][kSmoothTargets])(const uint8_t *luma, int factor,
                                     const int16_t *const chroma[2],
-                                    const SmoothMatrix &matrix, uint8_t *rgb,
-                                    ptrdiff_t width);
+                                    const SmoothMatrix &matrix, bool stream,
+                                    uint8_t *rgb, ptrdiff_t width);
+  // 0 where that is of no use; end_stream ends a picture of them.
+  int stream_alignment;
+  void (*end_stream)();
 };
 
 LOX_ROW_TABLE(SmoothRows, smooth_rows)

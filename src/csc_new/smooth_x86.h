@@ -128,18 +128,20 @@ struct SmoothOps {
                         R::zero()),
         R::fill16(1023));
   }
+  template <bool kStream>
   LOX_OP void store_1010102(uint8_t *p, Reg red, Reg green, Reg blue) {
     const Reg g = ten_bits(green);
     const Reg low = R::bit_or(ten_bits(red), R::template shift_left16<10>(g));
     const Reg high =
         R::bit_or(R::bit_or(R::template shift_right16<6>(g), R::fill16(0xC000)),
                   R::template shift_left16<4>(ten_bits(blue)));
-    R::template store<false>(p, R::unpack_low16(low, high));
-    R::template store<false>(p + n, R::unpack_high16(low, high));
+    R::template store<kStream>(p, R::unpack_low16(low, high));
+    R::template store<kStream>(p + n, R::unpack_high16(low, high));
   }
+  template <bool kStream>
   LOX_OP void store_1010102(uint8_t *p, const Channels &c) {
-    store_1010102(p, c.red.a, c.green.a, c.blue.a);
-    store_1010102(p + 2 * n, c.red.b, c.green.b, c.blue.b);
+    store_1010102<kStream>(p, c.red.a, c.green.a, c.blue.a);
+    store_1010102<kStream>(p + 2 * n, c.red.b, c.green.b, c.blue.b);
   }
 
   // The magnitude as a float, less the difference of exponents, rounded to ten
@@ -156,25 +158,29 @@ struct SmoothOps {
                            magnitude(R::unpack_high16(a, R::zero()))),
         R::bit_and(v, R::fill16(0x8000)));
   }
+  template <bool kStream>
   LOX_OP void store_f16(uint8_t *p, Reg red_green, Reg blue_alpha) {
     const Reg low = R::unpack_low32(red_green, blue_alpha);
     const Reg high = R::unpack_high32(red_green, blue_alpha);
-    R::template store<false>(p, R::interleave_low_lanes(low, high));
-    R::template store<false>(p + n, R::interleave_high_lanes(low, high));
+    R::template store<kStream>(p, R::interleave_low_lanes(low, high));
+    R::template store<kStream>(p + n, R::interleave_high_lanes(low, high));
   }
   // Of each lane the first four elements follow those of the lane before, and
   // then the second four.
+  template <bool kStream>
   LOX_OP void store_f16(uint8_t *p, Reg red, Reg green, Reg blue) {
     const Reg one = R::fill16(0x3C00);
     const Reg r = half_float(red);
     const Reg g = half_float(green);
     const Reg b = half_float(blue);
-    store_f16(p, R::unpack_low16(r, g), R::unpack_low16(b, one));
-    store_f16(p + 2 * n, R::unpack_high16(r, g), R::unpack_high16(b, one));
+    store_f16<kStream>(p, R::unpack_low16(r, g), R::unpack_low16(b, one));
+    store_f16<kStream>(p + 2 * n, R::unpack_high16(r, g),
+                       R::unpack_high16(b, one));
   }
+  template <bool kStream>
   LOX_OP void store_f16(uint8_t *p, const Channels &c) {
-    store_f16(p, c.red.a, c.green.a, c.blue.a);
-    store_f16(p + 4 * n, c.red.b, c.green.b, c.blue.b);
+    store_f16<kStream>(p, c.red.a, c.green.a, c.blue.a);
+    store_f16<kStream>(p + 4 * n, c.red.b, c.green.b, c.blue.b);
   }
 };
 

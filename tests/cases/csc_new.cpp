@@ -53,8 +53,8 @@ void entry(const Function &function, Source &source, Sink &sink) {
                       : source.one_in(2) ? 0
                                          : src.img.color_std;
   src.img.reserved1 = source.one_in(32) ? source.any() : source.between(0, 1);
-  if (source.one_in(32)) dst.img.width[0] += source.between(-1, 1);
-  if (source.one_in(32)) dst.img.height[0] += source.between(-1, 1);
+  if (source.one_in(32)) dst.img.width[0] ^= 1;
+  if (source.one_in(32)) dst.img.height[0] ^= 1;
   const auto some = [&](int32_t y0, int32_t y1) {
     return function.as<decltype(vexo_csc_new_rows)>()(&src.img, &dst.img, y0,
                                                       y1);
