@@ -5,6 +5,7 @@
 
 #include "base.h"
 #include "bitstream.h"
+#include "camera.h"
 #include "common.h"
 #include "csc.h"
 #include "dct.h"

@@ -50,6 +50,7 @@ std::vector<Rule> hdr_rules();
 std::vector<Rule> dct_rules();
 std::vector<Rule> media_rules();
 std::vector<Rule> picture_rules();
+std::vector<Rule> camera_rules();
 
 int32_t turn_picture(const Function &, const vexo_img *src, uint32_t rotation,
                      const vexo_img *dst);
@@ -64,8 +65,8 @@ inline Function by_rule(const Function &function) {
     std::vector<Rule> rules;
     for (const auto &some :
          {csc_rules(), layout_rules(), rot_rules(), rsz_rules(), blocks_rules(),
-          vqe_rules(), hdr_rules(), dct_rules(), media_rules(),
-          picture_rules()}) {
+          vqe_rules(), hdr_rules(), dct_rules(), media_rules(), picture_rules(),
+          camera_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A camera frame as rows of RGB: which row kernels its planes want, and what is
+// copied together for them first.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "common/row_range.h"
+#include "csc/yuv_to_rgb.h"
+#include "csc/yuv_to_rgb_rows.h"
+#include "orumlox/camera.h"
+
+namespace lox {
+
+class CameraRows {
+ public:
+  static bool converts(int32_t standard, int32_t format);
+  // Bytes of a pixel.
+  static int32_t unit_of(int32_t format) {
+    return format == VEXO_FMT_RGB565 ? 2 : 4;
+  }
+
+  // From the pixel (x, y) on, both even. All samples that are asked for are in
+  // the frame's planes.
+  CameraRows(const vexo_camera_frame &frame, int32_t x, int32_t y,
+             int32_t format);
+
+  // How many columns can be made at once; any number where nothing has to be
+  // copied together.
+  static constexpr int32_t kColumns = 2048;
+  bool any_width() const {
+    return !(plane_[0].apart || plane_[1].apart || plane_[2].apart || to_565_);
+  }
+
+  struct Target {
+    uint8_t *first;
+    ptrdiff_t step;
+    Writing writing;
+  };
+  // How a whole picture is written. What is streamed is ended by the caller.
+  Writing writing(uint8_t *first, ptrdiff_t step, int32_t width,
+                  int32_t height) const;
+  // Columns x .. x + width - 1 of some rows. x is a multiple of 8, and so is
+  // the width, but where the last columns are among them.
+  void make(RowRange rows, int32_t x, int32_t width, Target to) const;
+
+ private:
+  struct Plane {
+    const uint8_t *first;
+    ptrdiff_t stride;
+    // From sample to sample, or pair to pair.
+    int32_t step;
+    // Samples have others between them, and the kernel wants none.
+    bool apart;
+  };
+  struct Scratch;
+  const uint8_t *samples(int p, int32_t row, int32_t x, int32_t count,
+                         uint8_t *scratch) const;
+  void convert(YuvToRgbRows *rows, int32_t width, Scratch *scratch) const;
+
+  Plane plane_[3];
+  YuvToRgbKernels kernels_;
+  RgbLayout layout_;
+  // By way of RGBA8888.
+  bool to_565_;
+};
+
+}  // namespace lox
