@@ -117,7 +117,8 @@ class Job {
  public:
   Job(const vexo_camera_frame &frame, const vexo_camera_options &o,
       const vexo_img &dst)
-      : rows_(frame, o.crop_x & ~1, o.crop_y & ~1, dst.format),
+      : rows_(frame, o.crop_x & ~1, o.crop_y & ~1,
+              (o.crop_y & 1) + o.crop_height, dst.format),
         turn_(turn_of(o)),
         skip_x_(o.crop_x & 1),
         skip_y_(o.crop_y & 1),
@@ -159,10 +160,10 @@ class Job {
       x += columns;
     }
   }
-  void make(int32_t y, int32_t count, int32_t x, int32_t columns, uint8_t *to,
-            ptrdiff_t step, Writing writing = {false, false}) const {
-    rows_.make({skip_y_ + y, skip_y_ + y + count}, x, columns,
-               {to, step, writing});
+  // `count` rows from y on, of a strip of columns.
+  void make(int32_t y, int32_t count, int32_t x, int32_t columns,
+            const CameraRows::Target &to) const {
+    rows_.make({skip_y_ + y, skip_y_ + y + count}, x, columns, to);
   }
   // Makes two rows of a strip at a time: calls take(row, y).
   template <class Take>
@@ -171,7 +172,7 @@ class Job {
     for (int32_t y = 0; y < height_;) {
       const bool pair = (y + skip_y_) % 2 == 0 && y + 1 < height_;
       const int32_t end = y + (pair ? 2 : 1);
-      make(y, end - y, x, columns, lines->bytes, pitch);
+      make(y, end - y, x, columns, {lines->bytes, pitch, {}, false});
       const uint8_t *row = lines->bytes;
       for (; y < end; ++y, row += pitch) take(row, y);
     }
@@ -188,7 +189,7 @@ class Job {
       uint8_t *const to = dst_ + ptrdiff_t{x + skip - skip_x_} * unit_;
       if (skip == 0) {
         const Writing writing = rows_.writing(to, step_, columns, height_);
-        make(0, height_, x, columns, to, step_, writing);
+        make(0, height_, x, columns, {to, step_, writing, false});
         if (writing.stream) yuv_to_rgb_rows().end_stream();
         return;
       }
@@ -219,7 +220,14 @@ class Job {
   void transpose() const {
     constexpr int32_t kRows = 64;
     alignas(64) uint8_t strip[kStripBytes];
-    const auto transpose_rows = rotate_rows().transpose[unit_ - 1];
+    const RotateRows &kernels = rotate_rows();
+    const auto pixels =
+        static_cast<uint64_t>(width_) * static_cast<uint64_t>(height_);
+    const uint64_t bytes = pixels * static_cast<uint64_t>(unit_);
+    const bool stream = bytes >= memory_now().stream_columns;
+    const bool far = bytes + pixels * 3 / 2 >= memory_now().far_from;
+    const auto transpose_rows =
+        (stream ? kernels.transpose_part : kernels.transpose)[unit_ - 1];
     for_strips(
         [&](int32_t left) { return Strip<>::next(left, unit_, kRows).columns; },
         [&](int32_t x, int32_t columns, int32_t skip) {
@@ -227,21 +235,26 @@ class Job {
           uint8_t *const to = dst_ + (x + skip - skip_x_) * step_;
           const uint8_t *const from = strip + skip * unit_;
           for (int32_t y = 0, count = 0; y < height_; y += count) {
-            count = rows_at_once(height_ - y, kRows);
-            make(y, count, x, columns, strip, pitch);
+            count = rows_at_once(height_ - y, y, kRows);
+            make(y, count, x, columns, {strip, pitch, {}, far});
             const ptrdiff_t at = turn_.back ? height_ - y - count : y;
             transpose_rows(turn_.back ? from + (count - 1) * pitch : from,
                            turn_.back ? -pitch : pitch, to + at * unit_, step_,
                            columns - skip, count);
           }
         });
+    if (stream) kernels.end_stream();
   }
 
-  // The last rows are more than half as many as others, where they can be,
-  // because few rows do not fill a vector.
-  static int32_t rows_at_once(int32_t left, int32_t most) {
-    if (left > most && left < most + most / 2) return most / 2;
-    return left < most ? left : most;
+  // `most`, and a part of what is over where the destination's rows end, so
+  // that the others begin with a line there. Few rows, which do not fill a
+  // vector, go with half of the others before them.
+  int32_t rows_at_once(int32_t left, int32_t y, int32_t most) const {
+    const int32_t over = left % most;
+    const bool here = turn_.back ? y == 0 && over != 0 : left < 2 * most;
+    if (!here || left <= most) return left < most ? left : most;
+    if (over >= most / 2) return turn_.back ? over : most;
+    return turn_.back ? most / 2 + over : most / 2;
   }
 
   CameraRows rows_;

@@ -21,8 +21,9 @@ bool CameraRows::converts(int32_t standard, int32_t format) {
 }
 
 CameraRows::CameraRows(const vexo_camera_frame &frame, int32_t x, int32_t y,
-                       int32_t format)
-    : layout_(format == VEXO_FMT_RGB565 ? kRgb565 : kRgba8888),
+                       int32_t height, int32_t format)
+    : height_(height),
+      layout_(format == VEXO_FMT_RGB565 ? kRgb565 : kRgba8888),
       to_565_(layout_ == kRgb565 && frame.color_std != VEXO_STD_DEFAULT) {
   for (int p = 0; p < 3; ++p) {
     const int shift = p == 0 ? 0 : 1;
@@ -46,7 +47,10 @@ CameraRows::CameraRows(const vexo_camera_frame &frame, int32_t x, int32_t y,
     kind = kRowVu;
     plane_[1].first = plane_[2].first;
   }
-  if (kind != kRowPlanar) plane_[1].apart = plane_[2].apart = false;
+  if (kind != kRowPlanar) {
+    plane_[1].apart = plane_[2].apart = false;
+    planes_ = 2;
+  }
 
   const CscRows &kernels = yuv_to_rgb_rows();
   switch (frame.color_std) {
@@ -82,6 +86,23 @@ const uint8_t *CameraRows::samples(int p, int32_t row, int32_t x, int32_t count,
   return scratch;
 }
 
+// The two rows that are made after some others, and their chroma.
+void CameraRows::fetch(int32_t row, int32_t x, int32_t width) const {
+  constexpr int32_t kAhead = 32;
+  const int32_t next = row + kAhead;
+  if (next + 1 >= height_) return;
+  for (int p = 0; p < planes_; ++p) {
+    const int shift = p == 0 ? 0 : 1;
+    const Plane &plane = plane_[p];
+    const ptrdiff_t bytes = ptrdiff_t{width >> shift} * plane.step;
+    for (int32_t y = next >> shift; y <= (next + 1) >> shift; ++y) {
+      const uint8_t *const first =
+          plane.first + plane.stride * y + ptrdiff_t{x >> shift} * plane.step;
+      for (ptrdiff_t i = 0; i < bytes; i += 64) __builtin_prefetch(first + i);
+    }
+  }
+}
+
 void CameraRows::convert(YuvToRgbRows *rows, int32_t width,
                          Scratch *scratch) const {
   const bool two = rows->rgb[1] != nullptr;
@@ -113,6 +134,7 @@ void CameraRows::make(RowRange rows, int32_t x, int32_t width,
       at.y[1] = samples(0, y + 1, x, width, scratch.luma[1]);
       at.rgb[1] = to.first + to.step;
     }
+    if (two && to.fetch_source) fetch(y, x, width);
     convert(&at, width, &scratch);
     y += two ? 2 : 1;
     to.first += two ? 2 * to.step : to.step;

@@ -22,10 +22,10 @@ class CameraRows {
     return format == VEXO_FMT_RGB565 ? 2 : 4;
   }
 
-  // From the pixel (x, y) on, both even. All samples that are asked for are in
-  // the frame's planes.
+  // From the pixel (x, y) on, both even, `height` rows. All samples that are
+  // asked for are in the frame's planes.
   CameraRows(const vexo_camera_frame &frame, int32_t x, int32_t y,
-             int32_t format);
+             int32_t height, int32_t format);
 
   // How many columns can be made at once; any number where nothing has to be
   // copied together.
@@ -38,6 +38,9 @@ class CameraRows {
     uint8_t *first;
     ptrdiff_t step;
     Writing writing;
+    // The rows are parts of wider ones that lie far away, each perhaps on a
+    // page of its own: no processor fetches them by itself.
+    bool fetch_source;
   };
   // How a whole picture is written. What is streamed is ended by the caller.
   Writing writing(uint8_t *first, ptrdiff_t step, int32_t width,
@@ -58,9 +61,12 @@ class CameraRows {
   struct Scratch;
   const uint8_t *samples(int p, int32_t row, int32_t x, int32_t count,
                          uint8_t *scratch) const;
+  void fetch(int32_t row, int32_t x, int32_t width) const;
   void convert(YuvToRgbRows *rows, int32_t width, Scratch *scratch) const;
 
   Plane plane_[3];
+  int planes_ = 3;
+  int32_t height_;
   YuvToRgbKernels kernels_;
   RgbLayout layout_;
   // By way of RGBA8888.
