@@ -15,12 +15,13 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DRAWING = ROOT / "docs/structure.svg"
 # Floors from the ground up. A folder includes those of lower floors only.
-FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"], ["rsz"],
+FLOORS = [["simd"], ["common"], ["csc", "rot", "hdr", "vqe", "media"], ["rsz", "camera"],
           ["dct"], ["picture"]]
 TITLES = {
     "simd": "the vector layer", "common": "processor, copies, memory",
     "csc": "colour conversion", "rot": "rotation", "hdr": "tone mapping",
     "vqe": "enhancement", "media": "bitstreams", "rsz": "scaling",
+    "camera": "camera frames",
     "dct": "scaling by cosines", "picture": "any layout to any",
 }
 

@@ -13,6 +13,10 @@ extern vexo_shift_set a, b;
 extern uint8_t *const *planes;
 extern const int32_t *strides;
 extern vexo_picture_context *context;
+extern const uint8_t *y, *u, *v;
+extern size_t y_bytes, u_bytes, v_bytes;
+extern vexo_img screen;
+extern int32_t status;
 
 int32_t fragments(void);
 int32_t fragments(void) {
