@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # Builds the library for the four Android ABIs and packs it with its headers as
-# OUT/orumlox-VERSION.aar, with Prefab's metadata, and prints that path:
+# OUT/orumlox-VERSION.aar, with Prefab's metadata, beside the Java class
+# org.orumlox.CameraToRgb and its own libraries, and prints that path:
 #   ANDROID_NDK_HOME=... scripts/aar.sh [OUT]
-# OUT is build/aar if not given. The same sources, path and NDK give the same
-# bytes. Libraries are stripped; build/android-ABI/liborumlox.so are those with
-# symbols, of the same build-id.
+# OUT is build/aar if not given. The same sources, path, NDK and JDK give the same
+# bytes. Libraries are stripped; build/android-ABI/liborumlox.so and
+# liborumlox_jni.so are those with symbols, of the same build-ids.
 set -eu
 
 cd "$(dirname "$0")/.."
@@ -15,9 +16,10 @@ if [ ! -r "${ANDROID_NDK_HOME:-}/source.properties" ]; then
   echo "aar: set ANDROID_NDK_HOME to the folder of an NDK" >&2
   exit 1
 fi
-for tool in cmake ninja zip; do
+for tool in cmake ninja zip javac; do
   command -v "$tool" >/dev/null || {
-    echo "aar: $tool is missing (Debian: cmake, ninja-build, zip)" >&2
+    echo "aar: $tool is missing (Debian: cmake, ninja-build, zip," \
+      "default-jdk-headless)" >&2
     exit 1
   }
 done
@@ -39,8 +41,9 @@ cached() { # cached ABI NAME: a value of the build folder's cache
 for abi in armeabi-v7a arm64-v8a x86 x86_64; do
   {
     cmake --preset "android-$abi" &&
-      cmake --build "build/android-$abi" --target orumlox &&
-      cmake --install "build/android-$abi" --prefix "$stage/$abi" --component runtime
+      cmake --build "build/android-$abi" --target orumlox orumlox_jni &&
+      cmake --install "build/android-$abi" --prefix "$stage/$abi" --component runtime &&
+      cmake --install "build/android-$abi" --prefix "$stage/$abi" --component jni
   } >"$out/$abi.log" 2>&1 || {
     tail -n 40 "$out/$abi.log" >&2
     echo "aar: the build for $abi failed; its output is in $out/$abi.log" >&2
@@ -49,6 +52,8 @@ for abi in armeabi-v7a arm64-v8a x86 x86_64; do
   libs=$module/libs/android.$abi
   mkdir "$libs"
   mv "$stage/$abi/lib/liborumlox.so" "$libs"
+  mkdir -p "$aar/jni/$abi"
+  mv "$stage/$abi/lib/liborumlox_jni.so" "$aar/jni/$abi"
   api=$(cached "$abi" ANDROID_PLATFORM)
   cat >"$libs/abi.json" <<END
 {
@@ -91,13 +96,22 @@ pack() { # pack ARCHIVE FILE...
   find . -type f -exec chmod 644 {} + -exec touch -d 1980-01-01T00:00:00Z {} +
   TZ=UTC zip -q -X -D "$@"
 }
-# The Android plug-in wants Java classes and resources, of which there are none.
-mkdir -p "$stage/jar/META-INF"
+# The class alone, compiled against stand-ins for Android's, in the bytecode that
+# its tools take. What Java calls keeps its name.
+class=org/orumlox/CameraToRgb
+mkdir -p "$stage/classes" "$stage/jar/META-INF" "$stage/jar/org/orumlox"
+javac --release 8 -Xlint:all -Xlint:-options -Werror -sourcepath \
+  android/java:android/standin -d "$stage/classes" "android/java/$class.java" >&2
+mv "$stage/classes/$class.class" "$stage/jar/$class.class"
 cd "$stage/jar"
 printf 'Manifest-Version: 1.0\r\n\r\n' >META-INF/MANIFEST.MF
-pack "$aar/classes.jar" META-INF/MANIFEST.MF
+pack "$aar/classes.jar" META-INF/MANIFEST.MF "$class.class"
 cd "$aar"
+# The Android plug-in wants resources, of which there are none.
 : >R.txt
+cat >proguard.txt <<END
+-keepclasseswithmembernames class org.orumlox.** { native <methods>; }
+END
 archive=$out/orumlox-$version.aar
 rm -f "$archive"
 # The names of this project's files are words: word splitting is meant.

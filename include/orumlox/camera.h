@@ -67,8 +67,8 @@ typedef struct vexo_camera_options {
  * last ones of the part that begins at the crop's x or, if that is odd, at the
  * pixel before. The result is what cropping, vexo_csc and then vexo_rot give.
  *
- * No byte is read but from a plane's first sample of the crop, the pixel before
- * an odd x or y included, to its last one, and none is written but those
+ * No byte is read but those of a row from the first sample that the crop has in
+ * it, of an odd x the one before, to the last, and none is written but those
  * pixels. So the last row may end short of its stride, and the buffer of U may
  * lack the last byte of a pair, which is V's. Planes of the frame may overlap
  * each other, the destination none of them.

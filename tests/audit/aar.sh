@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # aar.sh [WORK]: makes the AAR and holds what it says of its libraries against
-# the libraries; builds a C program from its contents alone and runs it where
-# ANDROID_RUNTIME has run32 and run64. Needs ANDROID_NDK_HOME.
+# the libraries, and the Java class against its own; builds a C program from its
+# contents alone and runs it where ANDROID_RUNTIME has run32 and run64. Needs
+# ANDROID_NDK_HOME and a JDK.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 work=${1:-$root/build/aar-test}
@@ -26,7 +27,15 @@ version=$(sed -n 's/^#define ORUMLOX_VERSION_[A-Z]* //p' \
 [[ $aar == */orumlox-$version.aar ]] || refuse "named $aar"
 unzip -q "$aar" -d "$work/aar"
 cd "$work/aar"
-unzip -tq classes.jar >"$work/jar.log"
+# One class, of Java 8, and none of the stand-ins that it was compiled against.
+[[ $(unzip -Z1 classes.jar | paste -s -d ' ') == \
+  "META-INF/MANIFEST.MF org/orumlox/CameraToRgb.class" ]] || refuse "classes"
+javap -v -private -cp classes.jar org.orumlox.CameraToRgb >"$work/class"
+grep -q '^  major version: 52$' "$work/class" || refuse "not of Java 8"
+natives=$(sed -n 's/^  .*static native .* \([A-Za-z]*\)(.*/Java_org_orumlox_CameraToRgb_\1/p' \
+  "$work/class" | LC_ALL=C sort)
+[[ -n $natives ]] || refuse "no native methods"
+grep -q 'class org.orumlox.\*\* { native' proguard.txt || refuse "names are lost"
 
 module=prefab/modules/orumlox
 same prefab/prefab.json \
@@ -54,6 +63,11 @@ for library in $module/libs/*/liborumlox.so; do
   "$tools/llvm-readelf" -n "$library" | grep 'Build ID' >"$work/id"
   "$tools/llvm-readelf" -n "$root/build/android-$abi/liborumlox.so" |
     grep -qFf "$work/id" || refuse "$abi: symbols of another build"
+  # What the class calls is there, and nothing else to be seen.
+  jni=jni/$abi/liborumlox_jni.so
+  "$root/tests/audit/android_library.sh" "$jni" "$abi" stripped
+  "$tools/llvm-nm" -D --defined-only -P "$jni" | cut -d ' ' -f 1 |
+    LC_ALL=C sort | diff - <(echo "$natives") >&2
   abis+="$abi "
 done
 [[ $abis == "arm64-v8a armeabi-v7a x86 x86_64 " ]] || refuse "ABIs: $abis"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # needed.sh LIBRARY [android]: the library has a soname and needs the C library
-# alone (on Android liblog, too); above all no C++ run-time library, which its
+# alone (on Android liblog, too, and Java's side libjnigraphics); above all no C++ run-time library, which its
 # callers may not have. Nor does it look for its own functions and tables by
 # name, where the application's could be found.
 set -euo pipefail
@@ -10,6 +10,10 @@ system='(libc|libm|libpthread|ld-linux[a-z0-9_-]*)\.so(\.[0-9]+)?'
 if [[ ${2:-} == android ]]; then
   soname='liborumlox\.so'
   system='(libc|libm|libdl|liblog)\.so'
+  if [[ $1 == *_jni.so ]]; then
+    soname='liborumlox_jni\.so'
+    system='(libc|libm|libdl|liblog|libjnigraphics)\.so'
+  fi
 fi
 dynamic=$("$READELF" -d -W "$1")
 
