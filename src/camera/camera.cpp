@@ -227,7 +227,7 @@ class Job {
     const bool stream = bytes >= memory_now().stream_columns;
     const bool far = bytes + pixels * 3 / 2 >= memory_now().far_from;
     const auto transpose_rows =
-        (stream ? kernels.transpose_part : kernels.transpose)[unit_ - 1];
+        (stream ? kernels.transpose_past : kernels.transpose)[unit_ - 1];
     for_strips(
         [&](int32_t left) { return Strip<>::next(left, unit_, kRows).columns; },
         [&](int32_t x, int32_t columns, int32_t skip) {
@@ -243,7 +243,6 @@ class Job {
                            columns - skip, count);
           }
         });
-    if (stream) kernels.end_stream();
   }
 
   // `most`, and a part of what is over where the destination's rows end, so

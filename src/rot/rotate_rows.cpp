@@ -118,9 +118,8 @@ void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
 }
 
 // The same past the caches, of whole squares: what the height leaves is not
-// done. A line is written at once, or its parts would go one by one. Of a plane
-// that comes part by part the source is near.
-template <class V, int kUnit, bool kPart>
+// done. A line is written at once, or its parts would go one by one.
+template <class V, int kUnit>
 void stream_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                   ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
   constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
@@ -132,10 +131,8 @@ void stream_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
     const ptrdiff_t right = at_most(left + kBlock, width);
     for (ptrdiff_t top = 0; top + kSquare <= height; top += kSquare) {
       const ptrdiff_t bottom = top + kSquare;
-      if constexpr (!kPart) {
-        fetch_rows<kUnit>(src + bottom * src_step + left * kUnit, src_step,
-                          right - left, at_most(kSquare, height - bottom));
-      }
+      fetch_rows<kUnit>(src + bottom * src_step + left * kUnit, src_step,
+                        right - left, at_most(kSquare, height - bottom));
       for (ptrdiff_t column = left; column < right; column += kCols) {
         const ptrdiff_t x = at_most(column, width - kCols);
         for (ptrdiff_t y = top; y < bottom; y += kRows) {
@@ -146,7 +143,7 @@ void stream_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
       }
     }
   }
-  if constexpr (!kPart) V::end_stream();
+  V::end_stream();
 }
 
 template <class V, int kUnit>
@@ -155,45 +152,12 @@ constexpr bool holds_tile(ptrdiff_t width, ptrdiff_t height) {
          height >= V::template kRows<kUnit>;
 }
 
-// What can be of a plane past the caches. How many rows are left, those that
-// `src` and `dst` have become; as many as the ordinary tiles want, some of them
-// again.
-template <int kUnit, bool kPart>
-LOX_INLINE ptrdiff_t stream_squares(const uint8_t *&src, ptrdiff_t src_step,
-                                    uint8_t *&dst, ptrdiff_t dst_step,
-                                    ptrdiff_t width, ptrdiff_t height) {
-  constexpr ptrdiff_t kLine = 64;
-  constexpr ptrdiff_t kSquare = kLine / kUnit;
-  const bool aligned =
-      reinterpret_cast<uintptr_t>(dst) % kLine == 0 && dst_step % kLine == 0;
-  if (!aligned || width < StreamRotate::kCols<kUnit> || height < kSquare) {
-    return height;
-  }
-  stream_plane<StreamRotate, kUnit, kPart>(src, src_step, dst, dst_step, width,
-                                           height);
-  const ptrdiff_t rest = height % kSquare;
-  if (rest == 0) return 0;
-  const ptrdiff_t rows = rest < kSquare / 2 ? kSquare / 2 : rest;
-  const ptrdiff_t y = height - rows;
-  src += y * src_step;
-  dst += y * kUnit;
-  return rows;
-}
-
 #endif
 
 template <int kUnit>
-void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
-               ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+void transpose_near(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+                    ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
-  if constexpr (kStreams<kUnit>) {
-    if (static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
-        memory_now().stream_columns) {
-      height = stream_squares<kUnit, false>(src, src_step, dst, dst_step, width,
-                                            height);
-      if (height == 0) return;
-    }
-  }
   if (holds_tile<WideRotate, kUnit>(width, height)) {
     return transpose_plane<WideRotate, kUnit>(src, src_step, dst, dst_step,
                                               width, height);
@@ -214,16 +178,42 @@ void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
 }
 
 template <int kUnit>
-void transpose_part(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+void transpose_past(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                     ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
   if constexpr (kStreams<kUnit>) {
-    height = stream_squares<kUnit, true>(src, src_step, dst, dst_step, width,
-                                         height);
-    if (height == 0) return;
+    constexpr ptrdiff_t kLine = 64;
+    constexpr ptrdiff_t kSquare = kLine / kUnit;
+    const bool aligned =
+        reinterpret_cast<uintptr_t>(dst) % kLine == 0 && dst_step % kLine == 0;
+    if (aligned && width >= StreamRotate::kCols<kUnit> && height >= kSquare) {
+      stream_plane<StreamRotate, kUnit>(src, src_step, dst, dst_step, width,
+                                        height);
+      const ptrdiff_t rest = height % kSquare;
+      if (rest == 0) return;
+      // As many rows as the ordinary tiles want, some of them again.
+      const ptrdiff_t rows = rest < kSquare / 2 ? kSquare / 2 : rest;
+      const ptrdiff_t y = height - rows;
+      src += y * src_step;
+      dst += y * kUnit;
+      height = rows;
+    }
   }
 #endif
-  transpose<kUnit>(src, src_step, dst, dst_step, width, height);
+  transpose_near<kUnit>(src, src_step, dst, dst_step, width, height);
+}
+
+template <int kUnit>
+void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
+               ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
+#if LOX_VECTORS
+  if (kStreams<kUnit> &&
+      static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
+          memory_now().stream_columns) {
+    return transpose_past<kUnit>(src, src_step, dst, dst_step, width, height);
+  }
+#endif
+  transpose_near<kUnit>(src, src_step, dst, dst_step, width, height);
 }
 
 #if LOX_VECTORS
@@ -272,20 +262,13 @@ void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
   }
 }
 
-#if LOX_VECTORS
-void end_stream() { Wide::end_stream(); }
-#else
-void end_stream() {}
-#endif
-
 }  // namespace
 
 constinit const RotateRows rotate_rows = {
     .reverse = {reverse<1>, reverse<2>, reverse<3>, reverse<4>},
     .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
-    .transpose_part = {transpose_part<1>, transpose_part<2>, transpose_part<3>,
-                       transpose_part<4>},
-    .end_stream = end_stream,
+    .transpose_past = {transpose_past<1>, transpose_past<2>, transpose_past<3>,
+                       transpose_past<4>},
 };
 
 }  // namespace lox::LOX_SET

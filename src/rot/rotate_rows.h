@@ -19,12 +19,11 @@ struct RotateRows {
   // goes to (y, x). Steps are bytes from row to row, negative ones too.
   void (*transpose[4])(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                        ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height);
-  // The same of a part of a plane that is so large that it is written past the
-  // caches (memory_now().stream_columns); end_stream ends the plane.
-  void (*transpose_part[4])(const uint8_t *src, ptrdiff_t src_step,
+  // The same of a part of a plane that is written past the caches: so is the
+  // part, where its rows begin with lines.
+  void (*transpose_past[4])(const uint8_t *src, ptrdiff_t src_step,
                             uint8_t *dst, ptrdiff_t dst_step, ptrdiff_t width,
                             ptrdiff_t height);
-  void (*end_stream)();
 };
 
 LOX_ROW_TABLE(RotateRows, rotate_rows)
