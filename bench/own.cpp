@@ -140,7 +140,7 @@ void add_own(const Job &job, Contenders *out) {
     add_way(std::string("orumlox ") + lox::isa_name(level), way, threads,
             level);
   }
-  if (job.task == kScaleAndTurn) {
+  if (job.task == kScaleAndTurn || job.task == kCamera) {
     add_way("orumlox two calls", Way::kParts, Threads::kNone);
   }
   if (maps) {

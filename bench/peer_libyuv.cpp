@@ -173,6 +173,27 @@ void add_turning(const Job &job, Contenders *out) {
   }
 }
 
+// Upright, its planes are looked at by the pointers; turned, by way of a frame.
+void add_camera(const Job &job, Contenders *out) {
+  if (job.dst_format != VEXO_FMT_RGBA8888) return;
+  const vexo_img shape =
+      describe(VEXO_FMT_RGBA8888, job.sizes.src, nullptr, 64);
+  const Scratch converted = scratch(frame_bytes(shape));
+  const auto work = [=](Img src, Img dst) {
+    vexo_img to = dst;
+    if (job.is_quarter_turn()) {
+      to = describe(VEXO_FMT_RGBA8888, job.sizes.src, converted->data(), 64);
+    }
+    libyuv::Android420ToABGR(src.plane[0], src.stride[0], src.plane[1],
+                             src.stride[1], src.plane[1] + 1, src.stride[1], 2,
+                             to.plane[0], to.stride[0], src.width[0],
+                             src.height[0]);
+    if (job.is_quarter_turn()) turn_rgba(to, job.rotation(), dst);
+  };
+  add_frames(out, job, job.is_quarter_turn() ? "libyuv Rotate" : "libyuv", work,
+             near(job));
+}
+
 void add_libyuv(const Job &job, Contenders *out) {
   for (const auto &c : kConverters) {
     if (std::string(c.id) != job.id) continue;
@@ -181,6 +202,7 @@ void add_libyuv(const Job &job, Contenders *out) {
   if (job.task == kTurn || job.task == kScaleAndTurn) {
     add_turning(job, out);
   }
+  if (job.task == kCamera) add_camera(job, out);
   // Its box filter alone regards every sample of a reduction.
   const bool means = job.is_means();
   if (!scales_plainly(job) && !means) return;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "hdr/context.h"
+#include "orumlox/camera.h"
 #include "orumlox/key_frame.h"
 #include "orumlox/unprefixed.h"
 
@@ -138,6 +139,31 @@ Run scaling_and_turning(const Job &job, Way way) {
   return on_frames(job, work);
 }
 
+Run camera(const Job &job, Way way) {
+  const auto converted = std::make_shared<std::vector<uint8_t>>(
+      frame_bytes(describe(job.dst_format, job.sizes.src, nullptr, 64)));
+  return on_frames(job, [=](const vexo_img &src, const vexo_img &dst) {
+    if (way != Way::kCall) {
+      const vexo_img between =
+          describe(job.dst_format, job.sizes.src, converted->data(), 64);
+      require(vexo_csc(&src, &between), job);
+      return require(vexo_rot(&between, job.rotation(), &dst), job);
+    }
+    const vexo_camera_frame frame = {
+        {src.plane[0], src.plane[1], src.plane[1] + 1},
+        {SIZE_MAX, SIZE_MAX, SIZE_MAX},
+        {src.stride[0], src.stride[1], src.stride[1]},
+        {1, 2, 2},
+        src.width[0],
+        src.height[0],
+        0,
+        {}};
+    vexo_camera_options options = {};
+    if (job.is_quarter_turn()) options.rotation = 90;
+    require(vexo_camera_to_rgb(&frame, &options, &dst), job);
+  });
+}
+
 // One frame by the call that takes two descriptions or their parts.
 void run_plain(const Job &job, const vexo_img &src, const vexo_img &dst) {
   uint8_t *const s = src.plane[0], *const d = dst.plane[0];
@@ -244,6 +270,7 @@ Run own_work(const Job &job, Way way) {
   if (job.task == kScaleAndTurn) {
     return scaling_and_turning(job, way);
   }
+  if (job.task == kCamera) return camera(job, way);
   if (job.task == kReduce) {
     const auto plan = std::make_shared<DctPlan>(job);
     return [=](uint8_t *s, uint8_t *d) { plan->run(s, d, way != Way::kCall); };

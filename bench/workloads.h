@@ -52,6 +52,8 @@ enum Task {
   kScale,
   // A quarter turn to the left after scaling.
   kScaleAndTurn,
+  // A camera's frame to RGB, turned.
+  kCamera,
   kTurn,
   kSharpen,
   // In place: it is the source that is worked on.
@@ -88,13 +90,14 @@ struct Workload {
   int32_t option = 0;
 
   bool is_quarter_turn() const {
-    return task == kScaleAndTurn || (task == kTurn && (option == VEXO_ROT_90L ||
-                                                       option == VEXO_ROT_90R));
+    const bool turns = task == kTurn || task == kCamera;
+    return task == kScaleAndTurn ||
+           (turns && (option == VEXO_ROT_90L || option == VEXO_ROT_90R));
   }
   // Scaling turns to the left.
   uint32_t rotation() const {
-    return static_cast<uint32_t>(task == kTurn ? option
-                                               : int32_t{VEXO_ROT_90L});
+    return static_cast<uint32_t>(task == kScaleAndTurn ? int32_t{VEXO_ROT_90L}
+                                                       : option);
   }
   bool is_media() const { return task >= kReadBits; }
   bool is_setup() const { return task == kPlan || task == kContext; }
@@ -160,6 +163,9 @@ inline constexpr Workload kWorkloads[] = {
     {"grey_3to2_90l", kScaleAndTurn, kGrey, kGrey, k3To2},
     {"nv12_2to1_90l", kScaleAndTurn, kNv12, kNv12, k2To1},
     {"nv12_3to2_90l", kScaleAndTurn, kNv12, kNv12, k3To2},
+    {"camera_nv12_rgba8888", kCamera, kNv12, kRgba},
+    {"camera_nv12_rgba8888_90r", kCamera, kNv12, kRgba, kEqual, VEXO_ROT_90R},
+    {"camera_nv12_rgb565_90r", kCamera, kNv12, k565, kEqual, VEXO_ROT_90R},
     {"vqe_sharpen", kSharpen, kGrey, kGrey},
     {"vqe_deblock", kDeblock, kI420, kI420},
     {"dct_nv12_480x270", kReduce, kNv12, kNv12, from_1080p(480, 270)},

@@ -43,7 +43,7 @@ int main(void) {
     fprintf(stderr, "vexo_camera_to_rgb: %s\n", vexo_status_name(status));
     return EXIT_FAILURE;
   }
-  const uint8_t *const right = rgba + (kHeight - 1) * 4;
+  const uint8_t *const right = &rgba[(size_t)(kHeight - 1) * 4];
   printf("left: R %d, G %d, B %d; right: R %d, G %d, B %d\n", rgba[0], rgba[1],
          rgba[2], right[0], right[1], right[2]);
   return EXIT_SUCCESS;

@@ -35,10 +35,10 @@ vexo_camera_options whole(const vexo_camera_frame &frame,
   vexo_camera_options options = {};
   if (given != nullptr) options = *given;
   if (options.crop_width == 0) {
-    options.crop_width = static_cast<int32_t>(frame.width - options.crop_x);
+    options.crop_width = frame.width - options.crop_x;
   }
   if (options.crop_height == 0) {
-    options.crop_height = static_cast<int32_t>(frame.height - options.crop_y);
+    options.crop_height = frame.height - options.crop_y;
   }
   return options;
 }
@@ -55,7 +55,7 @@ bool is_within(int32_t origin, int32_t size, int32_t whole) {
   return origin >= 0 && size >= 1 && size <= whole && origin <= whole - size;
 }
 
-// A plane that has half of the frame's samples in either direction if `half`.
+// Whether strides hold the plane's rows and its bytes the crop's last sample.
 bool has_samples(const vexo_camera_frame &frame, const vexo_camera_options &o,
                  int p) {
   const int shift = p == 0 ? 0 : 1;
@@ -111,8 +111,8 @@ int32_t check(const vexo_camera_frame *frame,
                                                          : VEXO_ERR_ARG;
 }
 
-// One call. Columns and rows count from the crop's corner, whose pixel `skip_x`
-// and `skip_y` have after the even one that the rows are made from.
+// One call. Columns and rows count from the crop's corner, which lies `skip_x_`
+// and `skip_y_` behind the even pixel that rows are made from.
 class Job {
  public:
   Job(const vexo_camera_frame &frame, const vexo_camera_options &o,
@@ -125,7 +125,8 @@ class Job {
         width_(o.crop_width),
         height_(o.crop_height),
         unit_(CameraRows::unit_of(dst.format)),
-        step_(turn_.up ? -ptrdiff_t{dst.stride[0]} : dst.stride[0]),
+        step_(static_cast<ptrdiff_t>(turn_.up ? -int64_t{dst.stride[0]}
+                                              : dst.stride[0])),
         dst_(dst.plane[0] +
              (turn_.up ? ptrdiff_t{dst.height[0] - 1} * dst.stride[0] : 0)) {}
 
@@ -181,12 +182,12 @@ class Job {
   // A pixel that nobody wants is in the way of the first columns alone.
   void upright() const {
     const auto next = [&](int32_t left) {
-      if (skip_x_ != 0 && left == skip_x_ + width_)
-        return left < 64 ? left : 64;
+      const bool skips = skip_x_ != 0 && left == skip_x_ + width_;
+      if (skips) return left < 64 ? left : 64;
       return rows_.any_width() ? left : Lines::next(left).columns;
     };
-    for_strips(next, [&](int32_t x, int32_t columns, int32_t skip) {
-      uint8_t *const to = dst_ + ptrdiff_t{x + skip - skip_x_} * unit_;
+    for_strips(next, [&](int32_t x, int32_t columns, ptrdiff_t skip) {
+      uint8_t *const to = dst_ + (x + skip - skip_x_) * unit_;
       if (skip == 0) {
         const Writing writing = rows_.writing(to, step_, columns, height_);
         make(0, height_, x, columns, {to, step_, writing, false});
@@ -207,7 +208,7 @@ class Job {
     const auto reverse_row = rotate_rows().reverse[unit_ - 1];
     for_strips(
         [](int32_t left) { return Lines::next(left).columns; },
-        [&](int32_t x, int32_t columns, int32_t skip) {
+        [&](int32_t x, int32_t columns, ptrdiff_t skip) {
           uint8_t *const to =
               dst_ + ptrdiff_t{width_ + skip_x_ - x - columns} * unit_;
           by_lines(x, columns, &lines, [&](const uint8_t *row, int32_t y) {
@@ -230,7 +231,7 @@ class Job {
         (stream ? kernels.transpose_past : kernels.transpose)[unit_ - 1];
     for_strips(
         [&](int32_t left) { return Strip<>::next(left, unit_, kRows).columns; },
-        [&](int32_t x, int32_t columns, int32_t skip) {
+        [&](int32_t x, int32_t columns, ptrdiff_t skip) {
           const ptrdiff_t pitch = ptrdiff_t{columns} * unit_;
           uint8_t *const to = dst_ + (x + skip - skip_x_) * step_;
           const uint8_t *const from = strip + skip * unit_;

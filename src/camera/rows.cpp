@@ -91,8 +91,8 @@ const uint8_t *CameraRows::samples(int p, int32_t row, int32_t x, int32_t count,
 [[gnu::always_inline]] inline void CameraRows::fetch(int32_t row, int32_t x,
                                                      int32_t width) const {
   constexpr int32_t kAhead = 32;
+  if (row >= height_ - kAhead - 1) return;
   const int32_t next = row + kAhead;
-  if (next + 1 >= height_) return;
   for (int p = 0; p < planes_; ++p) {
     const int shift = p == 0 ? 0 : 1;
     const Plane &plane = plane_[p];
