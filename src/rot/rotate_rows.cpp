@@ -118,8 +118,9 @@ void transpose_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
 }
 
 // The same past the caches, of whole squares: what the height leaves is not
-// done. A line is written at once, or its parts would go one by one.
-template <class V, int kUnit>
+// done. A line is written at once, or its parts would go one by one. The source
+// of a part is near.
+template <class V, int kUnit, bool kPart>
 void stream_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                   ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
   constexpr ptrdiff_t kCols = V::template kCols<kUnit>;
@@ -131,8 +132,10 @@ void stream_plane(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
     const ptrdiff_t right = at_most(left + kBlock, width);
     for (ptrdiff_t top = 0; top + kSquare <= height; top += kSquare) {
       const ptrdiff_t bottom = top + kSquare;
-      fetch_rows<kUnit>(src + bottom * src_step + left * kUnit, src_step,
-                        right - left, at_most(kSquare, height - bottom));
+      if constexpr (!kPart) {
+        fetch_rows<kUnit>(src + bottom * src_step + left * kUnit, src_step,
+                          right - left, at_most(kSquare, height - bottom));
+      }
       for (ptrdiff_t column = left; column < right; column += kCols) {
         const ptrdiff_t x = at_most(column, width - kCols);
         for (ptrdiff_t y = top; y < bottom; y += kRows) {
@@ -177,7 +180,7 @@ void transpose_near(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
   }
 }
 
-template <int kUnit>
+template <int kUnit, bool kPart>
 void transpose_past(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                     ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
@@ -187,8 +190,8 @@ void transpose_past(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
     const bool aligned =
         reinterpret_cast<uintptr_t>(dst) % kLine == 0 && dst_step % kLine == 0;
     if (aligned && width >= StreamRotate::kCols<kUnit> && height >= kSquare) {
-      stream_plane<StreamRotate, kUnit>(src, src_step, dst, dst_step, width,
-                                        height);
+      stream_plane<StreamRotate, kUnit, kPart>(src, src_step, dst, dst_step,
+                                               width, height);
       const ptrdiff_t rest = height % kSquare;
       if (rest == 0) return;
       // As many rows as the ordinary tiles want, some of them again.
@@ -210,7 +213,8 @@ void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
   if (kStreams<kUnit> &&
       static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
           memory_now().stream_columns) {
-    return transpose_past<kUnit>(src, src_step, dst, dst_step, width, height);
+    return transpose_past<kUnit, false>(src, src_step, dst, dst_step, width,
+                                        height);
   }
 #endif
   transpose_near<kUnit>(src, src_step, dst, dst_step, width, height);
@@ -267,8 +271,8 @@ void reverse(const uint8_t *src, uint8_t *dst, ptrdiff_t n) {
 constinit const RotateRows rotate_rows = {
     .reverse = {reverse<1>, reverse<2>, reverse<3>, reverse<4>},
     .transpose = {transpose<1>, transpose<2>, transpose<3>, transpose<4>},
-    .transpose_past = {transpose_past<1>, transpose_past<2>, transpose_past<3>,
-                       transpose_past<4>},
+    .transpose_past = {transpose_past<1, true>, transpose_past<2, true>,
+                       transpose_past<3, true>, transpose_past<4, true>},
 };
 
 }  // namespace lox::LOX_SET
