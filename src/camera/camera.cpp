@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Camera frames: checks, and where the rows that are converted go. A quarter
-// turn transposes 64 of them at a time, a mirror reverses them one by one;
-// nothing else passes through memory of its own.
+// Camera frames: checks, and where the rows that are converted go. For a quarter
+// turn parts of the planes or of their pixels are transposed, for a mirror rows
+// are reversed; nothing else passes through memory of its own.
 #include "orumlox/camera.h"
 
 #include <cstddef>
@@ -120,6 +120,11 @@ class Job {
       : rows_(frame, o.crop_x & ~1, o.crop_y & ~1,
               (o.crop_y & 1) + o.crop_height, dst.format),
         turn_(turn_of(o)),
+        // Columns with a rule of their own would become rows, and rows columns.
+        turns_planes_(rows_.any_width() &&
+                      (frame.color_std != VEXO_STD_BT601_FULL ||
+                       (o.crop_width % 8 == 0 && o.crop_height % 8 == 0 &&
+                        o.crop_x % 2 == 0 && o.crop_y % 2 == 0))),
         skip_x_(o.crop_x & 1),
         skip_y_(o.crop_y & 1),
         width_(o.crop_width),
@@ -131,7 +136,9 @@ class Job {
              (turn_.up ? ptrdiff_t{dst.height[0] - 1} * dst.stride[0] : 0)) {}
 
   void run() const {
-    if (turn_.quarter) {
+    if (turn_.quarter && turns_planes_ && !is_far()) {
+      turn_planes();
+    } else if (turn_.quarter) {
       transpose();
     } else if (turn_.back) {
       reverse();
@@ -217,16 +224,58 @@ class Job {
         });
   }
 
-  // A cache line of each destination row at once, or several.
+  uint64_t pixels() const {
+    return static_cast<uint64_t>(width_) * static_cast<uint64_t>(height_);
+  }
+  // Whether the frame and its pixels are more than the near caches have.
+  bool is_far() const {
+    return pixels() * static_cast<uint64_t>(unit_) + pixels() * 3 / 2 >=
+           memory_now().far_from;
+  }
+
+  // Planes are turned before they become pixels, of which they have a third of
+  // the bytes.
+  void turn_planes() const {
+    alignas(64) uint8_t planes[kStripBytes];
+    for (int32_t x = 0, columns = 0; x < width_; x += columns) {
+      // A pixel that is half of a pair is alone, here and in run().
+      const int32_t most =
+          x == 0 && skip_x_ != 0 ? 1 : CameraRows::kTurnedColumns;
+      columns = width_ - x < most ? width_ - x : most;
+      for (int32_t y = 0, count = 0; y < height_; y += count) {
+        count = run(y);
+        const CameraRows rows =
+            rows_.turned(skip_x_ + x, skip_y_ + y, columns, count, turn_.back,
+                         planes, kMostRun);
+        const ptrdiff_t at = turn_.back ? height_ - y - count : y;
+        uint8_t *const to = dst_ + x * step_ + at * unit_;
+        rows.make({0, columns}, 0, count, {to, step_, {}, false});
+      }
+    }
+  }
+  static constexpr int32_t kMostRun =
+      kStripBytes / (2 * CameraRows::kTurnedColumns);
+  // How many rows from y on become runs of the destination's rows, of nearly
+  // the same length.
+  int32_t run(int32_t y) const {
+    const int32_t left = height_ - y;
+    if ((y == 0 && skip_y_ != 0) || left == 1) return 1;
+    // Backwards the last one would be the first of its run.
+    const int32_t whole = turn_.back ? left & ~1 : left;
+    const int32_t runs = (whole - 1) / kMostRun + 1;
+    return runs == 1 ? whole : ((whole - 1) / runs / 64 + 1) * 64;
+  }
+
+  // Pixels are made and turned: those that are far, because rows are read in
+  // longer runs so, and those that must be made as the frame lies. A cache line
+  // of each destination row at once, or several.
   void transpose() const {
     constexpr int32_t kRows = 64;
     alignas(64) uint8_t strip[kStripBytes];
     const RotateRows &kernels = rotate_rows();
-    const auto pixels =
-        static_cast<uint64_t>(width_) * static_cast<uint64_t>(height_);
-    const uint64_t bytes = pixels * static_cast<uint64_t>(unit_);
-    const bool stream = bytes >= memory_now().stream_columns;
-    const bool far = bytes + pixels * 3 / 2 >= memory_now().far_from;
+    const bool stream =
+        pixels() * static_cast<uint64_t>(unit_) >= memory_now().stream_columns;
+    const bool far = is_far();
     const auto transpose_rows =
         (stream ? kernels.transpose_past : kernels.transpose)[unit_ - 1];
     for_strips(
@@ -259,6 +308,7 @@ class Job {
 
   CameraRows rows_;
   Turn turn_;
+  bool turns_planes_;
   int32_t skip_x_, skip_y_, width_, height_;
   int32_t unit_;
   // Where the row goes that is first after the turn, and the next from there.

@@ -3,6 +3,7 @@
 
 #include "csc/layout_rows.h"
 #include "csc/rgb_rows.h"
+#include "rot/rotate_rows.h"
 
 namespace lox {
 
@@ -86,18 +87,15 @@ const uint8_t *CameraRows::samples(int p, int32_t row, int32_t x, int32_t count,
   return scratch;
 }
 
-// The two rows that are made after some others, and their chroma. Compilers
-// take a call of what only fetches for one without effect, so it is none.
-[[gnu::always_inline]] inline void CameraRows::fetch(int32_t row, int32_t x,
-                                                     int32_t width) const {
-  constexpr int32_t kAhead = 32;
-  if (row >= height_ - kAhead - 1) return;
-  const int32_t next = row + kAhead;
+// Stores nothing, so compilers would take a call of it for one without effect.
+[[gnu::always_inline]] inline void CameraRows::fetch_pair(int32_t row,
+                                                          int32_t x,
+                                                          int32_t width) const {
   for (int p = 0; p < planes_; ++p) {
     const int shift = p == 0 ? 0 : 1;
     const Plane &plane = plane_[p];
     const ptrdiff_t bytes = ptrdiff_t{width >> shift} * plane.step;
-    for (int32_t y = next >> shift; y <= (next + 1) >> shift; ++y) {
+    for (int32_t y = row >> shift; y <= (row + 1) >> shift; ++y) {
       const uint8_t *const first =
           plane.first + plane.stride * y + ptrdiff_t{x >> shift} * plane.step;
       for (ptrdiff_t i = 0; i < bytes; i += 64) __builtin_prefetch(first + i);
@@ -120,6 +118,26 @@ void CameraRows::convert(YuvToRgbRows *rows, int32_t width,
   if (two) to_565(rows->rgb[1], to[1], width);
 }
 
+CameraRows CameraRows::turned(int32_t x, int32_t y, int32_t columns,
+                              int32_t count, bool back, uint8_t *planes,
+                              ptrdiff_t pitch) const {
+  CameraRows result = *this;
+  for (int p = 0; p < planes_; ++p) {
+    const int shift = p == 0 ? 0 : 1;
+    const Plane &plane = plane_[p];
+    const ptrdiff_t width = (columns + shift) >> shift;
+    const ptrdiff_t height = (count + shift) >> shift;
+    const uint8_t *const first = plane.first + plane.stride * (y >> shift) +
+                                 ptrdiff_t{x >> shift} * plane.step;
+    rotate_rows().transpose[plane.step - 1](
+        back ? first + (height - 1) * plane.stride : first,
+        back ? -plane.stride : plane.stride, planes, pitch, width, height);
+    result.plane_[p] = {planes, pitch, plane.step, false};
+    planes += pitch * (kTurnedColumns >> shift);
+  }
+  return result;
+}
+
 void CameraRows::make(RowRange rows, int32_t x, int32_t width,
                       Target to) const {
   Scratch scratch;
@@ -136,7 +154,10 @@ void CameraRows::make(RowRange rows, int32_t x, int32_t width,
       at.y[1] = samples(0, y + 1, x, width, scratch.luma[1]);
       at.rgb[1] = to.first + to.step;
     }
-    if (two && to.fetch_source) fetch(y, x, width);
+    constexpr int32_t kAhead = 32;
+    if (two && to.fetch_source && y < height_ - kAhead - 1) {
+      fetch_pair(y + kAhead, x, width);
+    }
     convert(&at, width, &scratch);
     y += two ? 2 : 1;
     to.first += two ? 2 * to.step : to.step;

@@ -49,6 +49,14 @@ class CameraRows {
   // the width, but where the last columns are among them.
   void make(RowRange rows, int32_t x, int32_t width, Target to) const;
 
+  // What comes of some columns when planes are turned: their pixels are rows,
+  // of `count` pixels, from row y on or with `back` the other way round. x and
+  // y are even where there is more than one. For any_width(); `planes` become
+  // the source, of rows of `pitch` bytes, twice kTurnedColumns of them.
+  static constexpr int32_t kTurnedColumns = 64;
+  CameraRows turned(int32_t x, int32_t y, int32_t columns, int32_t count,
+                    bool back, uint8_t *planes, ptrdiff_t pitch) const;
+
  private:
   struct Plane {
     const uint8_t *first;
@@ -61,7 +69,8 @@ class CameraRows {
   struct Scratch;
   const uint8_t *samples(int p, int32_t row, int32_t x, int32_t count,
                          uint8_t *scratch) const;
-  void fetch(int32_t row, int32_t x, int32_t width) const;
+  // Two rows, the first one even, and their chroma.
+  void fetch_pair(int32_t row, int32_t x, int32_t width) const;
   void convert(YuvToRgbRows *rows, int32_t width, Scratch *scratch) const;
 
   Plane plane_[3];

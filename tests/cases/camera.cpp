@@ -114,6 +114,11 @@ void to_rgb(const Function &function, Source &source, Sink &sink) {
   vexo_camera_frame &frame = planes.frame;
   frame.width = std::max(source.width(), 1);
   frame.height = std::max(source.height(), 1);
+  if (source.one_in(16) && !source.large()) {
+    // Turned in several parts.
+    frame.width = source.between(1, 40);
+    frame.height = source.between(64, 1400);
+  }
   frame.color_std = source.one_of(kPictureStandards);
   vexo_camera_options o = {};
   o.rotation = 90 * source.between(0, 3);
