@@ -121,7 +121,8 @@ for each in \
   grey_1to2_mode1:0.914 grey_2to3_mode1:5.057 grey_1to3_mode1: \
   rgba8888_3to2:13.430 rgb888_3to2: rgb565_3to2: nv12_3to2: rgba8888_90l:1.763 \
   rgba8888_90r:1.763 rgba8888_180:1.259 rgba8888_hori:1.007 \
-  rgba8888_vert:0.505 nv12_90r:0.893 nv12_2to1_90l: dct_nv12_480x270: \
+  rgba8888_vert:0.505 nv12_90r:0.893 nv12_2to1_90l: camera_nv12_rgba8888: \
+  camera_nv12_rgba8888_90r: camera_nv12_rgb565_90r: dct_nv12_480x270: \
   dct_rgba8888_480x270: hdr_p010_nv12: hdr_p010_rgba8888: vqe_sharpen: \
   vqe_deblock: media_bits: media_bits_inlined: media_bits_called: \
   media_keyframe_h264: hdr_context: memcpy:0.269; do

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Camera frames: checks, and where the rows that are converted go. For a quarter
-// turn parts of the planes or of their pixels are transposed, for a mirror rows
-// are reversed; nothing else passes through memory of its own.
+// Camera frames: checks, and where the rows that are converted go. For a
+// quarter turn parts of the planes or of their pixels are transposed, for a
+// mirror rows are reversed; nothing else passes through memory of its own.
 #include "orumlox/camera.h"
 
 #include <cstddef>
@@ -244,17 +244,14 @@ class Job {
       columns = width_ - x < most ? width_ - x : most;
       for (int32_t y = 0, count = 0; y < height_; y += count) {
         count = run(y);
-        const CameraRows rows =
-            rows_.turned(skip_x_ + x, skip_y_ + y, columns, count, turn_.back,
-                         planes, kMostRun);
+        const CameraRows rows = rows_.turned(skip_x_ + x, skip_y_ + y, columns,
+                                             count, turn_.back, planes);
         const ptrdiff_t at = turn_.back ? height_ - y - count : y;
         uint8_t *const to = dst_ + x * step_ + at * unit_;
         rows.make({0, columns}, 0, count, {to, step_, {}, false});
       }
     }
   }
-  static constexpr int32_t kMostRun =
-      kStripBytes / (2 * CameraRows::kTurnedColumns);
   // How many rows from y on become runs of the destination's rows, of nearly
   // the same length.
   int32_t run(int32_t y) const {
@@ -262,7 +259,7 @@ class Job {
     if ((y == 0 && skip_y_ != 0) || left == 1) return 1;
     // Backwards the last one would be the first of its run.
     const int32_t whole = turn_.back ? left & ~1 : left;
-    const int32_t runs = (whole - 1) / kMostRun + 1;
+    const int32_t runs = (whole - 1) / CameraRows::kMostTurned + 1;
     return runs == 1 ? whole : ((whole - 1) / runs / 64 + 1) * 64;
   }
 

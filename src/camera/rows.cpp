@@ -119,14 +119,14 @@ void CameraRows::convert(YuvToRgbRows *rows, int32_t width,
 }
 
 CameraRows CameraRows::turned(int32_t x, int32_t y, int32_t columns,
-                              int32_t count, bool back, uint8_t *planes,
-                              ptrdiff_t pitch) const {
+                              int32_t count, bool back, uint8_t *planes) const {
   CameraRows result = *this;
   for (int p = 0; p < planes_; ++p) {
     const int shift = p == 0 ? 0 : 1;
     const Plane &plane = plane_[p];
     const ptrdiff_t width = (columns + shift) >> shift;
     const ptrdiff_t height = (count + shift) >> shift;
+    const ptrdiff_t pitch = (kMostTurned >> shift) * plane.step;
     const uint8_t *const first = plane.first + plane.stride * (y >> shift) +
                                  ptrdiff_t{x >> shift} * plane.step;
     rotate_rows().transpose[plane.step - 1](

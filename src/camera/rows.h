@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "common/caches.h"
 #include "common/row_range.h"
 #include "csc/yuv_to_rgb.h"
 #include "csc/yuv_to_rgb_rows.h"
@@ -51,11 +52,13 @@ class CameraRows {
 
   // What comes of some columns when planes are turned: their pixels are rows,
   // of `count` pixels, from row y on or with `back` the other way round. x and
-  // y are even where there is more than one. For any_width(); `planes` become
-  // the source, of rows of `pitch` bytes, twice kTurnedColumns of them.
+  // y are even where there is more than one. For any_width(); `planes`, of
+  // kStripBytes, become the source.
   static constexpr int32_t kTurnedColumns = 64;
+  static constexpr int32_t kMostTurned =
+      kStripBytes * 2 / 3 / kTurnedColumns / 64 * 64;
   CameraRows turned(int32_t x, int32_t y, int32_t columns, int32_t count,
-                    bool back, uint8_t *planes, ptrdiff_t pitch) const;
+                    bool back, uint8_t *planes) const;
 
  private:
   struct Plane {
