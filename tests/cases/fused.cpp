@@ -36,8 +36,9 @@ void draw_formats(Source &source, vexo_img *src, vexo_img *dst) {
 Size draw_size(Source &source, int32_t format) {
   const int32_t width = source.one_in(48) ? source.between(1500, 9000)
                                           : std::max(source.width(), 1);
+  const int32_t least = source.one_in(16) ? 1 : 8;
   return {format == VEXO_FMT_T256X16 ? 1279 + width % 4 : width,
-          std::max(source.height(), source.one_in(16) ? 1 : 8)};
+          std::max(source.height(), least)};
 }
 
 // Copies of 16-bit units round strides down, which goes beyond planes upwards.
@@ -81,7 +82,8 @@ void scaled(const Function &function, Source &source, Sink &sink) {
   ExactImage image = exact_image(from.format, before.width, before.height);
   if (!equal && image[1].width > 0 && !words && source.one_in(4)) {
     const int unit = has_pairs(from.format) ? 2 : 1;
-    image[1] = exact_plane(source.between(1, 40), source.between(1, 20), unit);
+    const Size chroma = {source.between(1, 40), source.between(1, 20)};
+    image[1] = exact_plane(chroma.width, chroma.height, unit);
     if (image[2].width > 0) image[2] = image[1];
   }
   set(&src, image);
@@ -119,8 +121,9 @@ void turned(const Function &function, Source &source, Sink &sink) {
   const auto rotation = static_cast<uint32_t>(source.between(0, 6));
   Size whole = size;
   if (source.one_in(2)) {
-    from.offset_x = source.between(0, 4) * source.between(1, 2);
-    from.offset_y = source.between(0, 4) * source.between(1, 2);
+    const int32_t step = source.between(1, 2);
+    from.offset_x = source.between(0, 4) * step;
+    from.offset_y = source.between(0, 4) * step;
     whole.width += from.offset_x + source.between(0, 3);
     whole.height += from.offset_y + source.between(0, 3);
     if (source.one_in(8)) {
