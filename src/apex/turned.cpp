@@ -82,7 +82,7 @@ void ApexTurned::make(const uint8_t *const *rows, const int32_t *first,
     }
     apex_rows().across_turned(sample_, words, parts_, next - o, begin,
                               first + o, {own, pitch, steps_ - (last == 0)},
-                              int64_t{o} * apex_sums(parts_), pairs);
+                              ptrdiff_t{o} * apex_sums(parts_), pairs);
     o = next;
   }
 }
