@@ -191,8 +191,15 @@ constinit const ApexRows apex_rows = {
     ApexOps<Bulk>::kPicks,
     8,
 #else
-    0,      false, 2,
+    0,      false,       2,
 #endif
-    across, kTurnedRows, turn, across_turned, down, close, premultiply, divide};
+    across,
+    kTurnedRows,
+    turn,
+    across_turned,
+    down,
+    close,
+    premultiply,
+    divide};
 
 }  // namespace lox::LOX_SET

@@ -55,7 +55,8 @@ struct ApexColumns {
 };
 // Three parts are summed as four, the last of which is anything.
 constexpr int32_t apex_sums(int32_t parts) { return parts == 3 ? 4 : parts; }
-// The weights of some outputs, `pitch` words apart, of which `steps` pairs count.
+// The weights of some outputs, `pitch` words apart, of which `steps` pairs
+// count.
 struct ApexWeights {
   const int16_t *words;
   ptrdiff_t pitch;
@@ -78,9 +79,9 @@ struct ApexRows {
   // to and, for loads, behind that. dst has room for whole blocks.
   void (*across)(ApexSample sample, const uint8_t *row, const uint8_t *below,
                  const ApexColumns &columns, int16_t *dst);
-  // Of turned_rows rows (0: there are none of these two) `chunks` times 16 bytes
-  // or, of three parts, 12, to pairs of neighbouring samples: for each part of
-  // each such pair two words of every row. dst has room for 8 more.
+  // Of turned_rows rows (0: there are none of these two) `chunks` times 16
+  // bytes or, of three parts, 12, to pairs of neighbouring samples: for each
+  // part of each such pair two words of every row. dst has room for 8 more.
   int32_t turned_rows;
   void (*turn)(ApexSample sample, const uint8_t *const *rows, int32_t parts,
                int32_t chunks, int16_t *dst);

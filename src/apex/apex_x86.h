@@ -370,13 +370,17 @@ struct ApexOps {
                             int16_t *const *pairs) {
     switch (parts) {
       case 1:
-        return sum_turned<S, 1>(turned, count, begin, first, weights, at, pairs);
+        return sum_turned<S, 1>(turned, count, begin, first, weights, at,
+                                pairs);
       case 2:
-        return sum_turned<S, 2>(turned, count, begin, first, weights, at, pairs);
+        return sum_turned<S, 2>(turned, count, begin, first, weights, at,
+                                pairs);
       case 3:
-        return sum_turned<S, 3>(turned, count, begin, first, weights, at, pairs);
+        return sum_turned<S, 3>(turned, count, begin, first, weights, at,
+                                pairs);
       default:
-        return sum_turned<S, 4>(turned, count, begin, first, weights, at, pairs);
+        return sum_turned<S, 4>(turned, count, begin, first, weights, at,
+                                pairs);
     }
   }
   // Four sums of each row at a time.

@@ -14,15 +14,18 @@ namespace lox {
 
 namespace {
 
-// What a plane has in scratch memory; sizes are counted before there is any.
+// What a plane has in scratch memory, in whole lines; sizes are counted before
+// there is any.
 class Room {
  public:
+  static constexpr int64_t kLine = 64;
+
   explicit Room(uint8_t *bytes) : bytes_(bytes) {}
   template <class T>
   T *take(int64_t count) {
     T *const at =
         bytes_ == nullptr ? nullptr : reinterpret_cast<T *>(bytes_ + used_);
-    used_ += (count * static_cast<int64_t>(sizeof(T)) + 31) & ~int64_t{31};
+    used_ += (count * static_cast<int64_t>(sizeof(T)) + kLine - 1) & -kLine;
     return at;
   }
   int64_t used() const { return used_; }
@@ -50,7 +53,7 @@ struct Plan {
   uint8_t *tail;          // the ends of rows, to be read beyond
   int16_t *side_by_side;  // rows that are turned
   uint16_t *multiplied;   // rows
-  uint8_t *samples;      // a row that is not the destination's
+  uint8_t *samples;       // a row that is not the destination's
 };
 
 ApexSample sample_of(const ApexPlane &p) {
@@ -58,7 +61,7 @@ ApexSample sample_of(const ApexPlane &p) {
 }
 
 bool turns(const ApexPlane &p) {
-  return ApexTurned::pays(p.across, sample_of(p), p.parts, p.down.src_count);
+  return ApexTurned::pays(p.across, p.down.src_count);
 }
 
 Plan lay_out(const ApexPlane &p, Room &room) {
@@ -77,28 +80,27 @@ Plan lay_out(const ApexPlane &p, Room &room) {
   const int64_t period_down = int64_t{p.down.period()} * taps;
   const int64_t sums = many ? t.room() : a.room();
   const int64_t pitch = (2 * sums + 31) & ~int64_t{31};
-  return {a,
-          t,
-          many,
-          {room.take<int32_t>(p.across.dst_count),
-           room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()),
-           a.pitch()},
-          {room.take<int32_t>(p.down.dst_count),
-           room.take<int16_t>(int64_t{p.down.dst_count} * 2 * pairs),
-           2 * pairs},
-          room.take<int16_t>(period_across > period_down ? period_across
-                                                         : period_down),
-          room.take<int32_t>(many ? t.outputs() : a.firsts()),
-          room.take<uint32_t>(many ? 0 : a.places()),
-          room.take<int16_t>(many ? t.weights() : a.weights()),
-          room.take<const int16_t *>(pairs),
-          room.take<int16_t>(pitch * slots),
-          pitch,
-          slots,
-          room.take<uint8_t>(many ? t.end_bytes() : 4 * (parts + a.beyond())),
-          room.take<int16_t>(many ? t.words() : 0),
-          room.take<uint16_t>(p.alpha < 0 ? 0 : rows * parts),
-          room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * sums)};
+  return {
+      a,
+      t,
+      many,
+      {room.take<int32_t>(p.across.dst_count),
+       room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()), a.pitch()},
+      {room.take<int32_t>(p.down.dst_count),
+       room.take<int16_t>(int64_t{p.down.dst_count} * 2 * pairs), 2 * pairs},
+      room.take<int16_t>(period_across > period_down ? period_across
+                                                     : period_down),
+      room.take<int32_t>(many ? t.outputs() : a.firsts()),
+      room.take<uint32_t>(many ? 0 : a.places()),
+      room.take<int16_t>(many ? t.weights() : a.weights()),
+      room.take<const int16_t *>(pairs),
+      room.take<int16_t>(pitch * slots),
+      pitch,
+      slots,
+      room.take<uint8_t>(many ? t.end_bytes() : 4 * (parts + a.beyond())),
+      room.take<int16_t>(many ? t.words() : 0),
+      room.take<uint16_t>(p.alpha < 0 ? 0 : rows * parts),
+      room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * sums)};
 }
 
 // Pairs of rows of words, made as they are wanted.
@@ -194,11 +196,13 @@ class Across {
 int64_t apex_scratch(const ApexPlane &p) {
   Room room(nullptr);
   lay_out(p, room);
-  return room.used();
+  return room.used() + Room::kLine;
 }
 
 void apex_scale(const ApexPlane &p, uint8_t *scratch) {
-  Room room(scratch);
+  const auto past =
+      static_cast<int64_t>(reinterpret_cast<uintptr_t>(scratch) % Room::kLine);
+  Room room(scratch + (Room::kLine - past) % Room::kLine);
   const Plan plan = lay_out(p, room);
   fill_taps(p.down, plan.period, plan.down);
   fill_taps(p.across, plan.period, plan.across);

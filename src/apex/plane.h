@@ -20,7 +20,7 @@ struct ApexPlane {
   ApexAxis across, down;
 };
 
-// Bytes of scratch memory that a plane takes, aligned to 32.
+// Bytes of scratch memory that a plane takes.
 int64_t apex_scratch(const ApexPlane &plane);
 void apex_scale(const ApexPlane &plane, uint8_t *scratch);
 

@@ -14,21 +14,13 @@ constexpr int32_t kOutputs = 4;
 
 }  // namespace
 
-bool ApexTurned::pays(const ApexAxis &axis, ApexSample sample, int32_t parts,
-                      int32_t rows) {
-  (void)sample;
-  (void)parts;
-  return ApexTurned::rows() > 0 && rows >= ApexTurned::rows() &&
-         axis.from > int64_t{2} * axis.to;
-}
-
 ApexTurned::ApexTurned(const ApexAxis &axis, ApexSample sample, int32_t parts)
     : sample_(sample),
       parts_(parts),
       taps_(axis.taps()),
       count_(axis.dst_count),
       src_count_(axis.src_count),
-      outputs_((count_ - 1) / kOutputs * kOutputs + kOutputs),
+      outputs_(int64_t{(count_ - 1) / kOutputs} * kOutputs + kOutputs),
       steps_(taps_ / 2 + 1) {
   // Four outputs, and what they are apart.
   const int64_t apart = (int64_t{kOutputs} * axis.from - 1) / axis.to + 1;
@@ -90,7 +82,7 @@ void ApexTurned::make(const uint8_t *const *rows, const int32_t *first,
     }
     apex_rows().across_turned(sample_, words, parts_, next - o, begin,
                               first + o, {own, pitch, steps_ - (last == 0)},
-                              int64_t{o} * apex_sums(parts_), pairs);
+                              ptrdiff_t{o} * apex_sums(parts_), pairs);
     o = next;
   }
 }

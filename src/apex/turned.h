@@ -17,20 +17,22 @@ class ApexTurned {
   ApexTurned(const ApexAxis &axis, ApexSample sample, int32_t parts);
 
   // Whether a set has it and a plane of so many rows gains by it.
-  static bool pays(const ApexAxis &axis, ApexSample sample, int32_t parts,
-                   int32_t rows);
+  static bool pays(const ApexAxis &axis, int32_t rows) {
+    return ApexTurned::rows() > 0 && rows >= ApexTurned::rows() &&
+           axis.from > int64_t{2} * axis.to;
+  }
   static int32_t rows() { return apex_rows().turned_rows; }
 
   // Sums in a row that has room for whole blocks.
-  int64_t room() const { return int64_t{outputs_} * apex_sums(parts_); }
+  int64_t room() const { return outputs_ * apex_sums(parts_); }
   // Words of weights, of the turned samples of a strip, and bytes of the end of
   // all rows.
-  int64_t weights() const { return int64_t{2} * outputs_ * steps_; }
+  int64_t weights() const { return 2 * outputs_ * steps_; }
   int64_t words() const { return (units_ + 8) * 2 * rows(); }
   int64_t end_bytes() const { return (units_ + 16) * 4 * rows(); }
 
   // Makes the tables: `first` has room for outputs() entries.
-  int32_t outputs() const { return outputs_; }
+  int64_t outputs() const { return outputs_; }
   void fill(const ApexTaps &taps, int32_t *first, int16_t *weights) const;
   // Columns of rows() rows to half as many pairs of rows of words.
   void make(const uint8_t *const *rows, const int32_t *first,
@@ -40,7 +42,7 @@ class ApexTurned {
  private:
   ApexSample sample_;
   int32_t parts_, taps_, count_, src_count_;
-  int32_t outputs_;  // in whole blocks
+  int64_t outputs_;  // in whole blocks
   int32_t steps_;    // pairs of weights of each
   int64_t units_;    // of pairs of neighbours, in a strip at most
 };

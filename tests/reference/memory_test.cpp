@@ -2,6 +2,7 @@
 // The aligned allocator: where its blocks lie, and when it refuses.
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <orumlox/apex.h>
 #include <orumlox/common.h>
 
 #include <cstdint>
@@ -66,6 +67,23 @@ INSTANTIATE_TEST_SUITE_P(
                     Allocator{"fast", mlox_malloc_fast_align32,
                               mlox_mfree_fast_align32}),
     [](const auto &instance) { return instance.param.name; });
+
+// Sizes whose scratch memory does not fit 32 bits, without a plane to touch.
+TEST(ScratchOfFilters, ThatIsTooLargeIsRefused) {
+  for (const int32_t format :
+       {VEXO_FMT_YUV400, VEXO_FMT_NV12, VEXO_FMT_RGB888, VEXO_FMT_RGBA8888}) {
+    for (const int32_t smaller : {1, 2, 63}) {
+      vexo_img large = {};
+      for (int p = 0; p < 2; ++p) large.width[p] = large.height[p] = INT32_MAX;
+      large.format = format;
+      large.mode = VEXO_MODE_ALPHA;
+      vexo_img small = large;
+      small.width[0] /= smaller;
+      EXPECT_EQ(vexo_rsz_apex_c(&large, &small), VEXO_ERR_MEMORY);
+      EXPECT_EQ(vexo_rsz_apex_c(&small, &large), VEXO_ERR_MEMORY);
+    }
+  }
+}
 
 }  // namespace
 }  // namespace lox_test
