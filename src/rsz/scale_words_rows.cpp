@@ -57,7 +57,7 @@ LOX_INLINE void whole_columns(const uint8_t *row, uint8_t *dst,
       const auto v = V::load_words(at.src + *at.offsets++);
       const typename V::WordNeighbours two = {
           V::pick_words(v, at.table), V::pick_words(v, at.table + V::n)};
-      at.table += 2 * V::n;
+      at.table += ptrdiff_t{2} * V::n;
       if constexpr (kWeighed) {
         T::put_lerp(to, two, T::weights(at.table));
       } else {

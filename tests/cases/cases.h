@@ -194,7 +194,8 @@ constexpr Family make_family(const char *name, int cases,
 // Each family is a file of this folder; CMakeLists.txt lists them too.
 #define LOX_FOR_EACH_FAMILY(X) \
   X(csc)                       \
-  X(layout) X(rot) X(rsz) X(blocks) X(vqe) X(dct) X(hdr) X(media) X(picture) X(deep)
+  X(layout)                    \
+  X(rot) X(rsz) X(blocks) X(vqe) X(dct) X(hdr) X(media) X(picture) X(deep)
 #define LOX_DECLARE_FAMILY(name) extern const Family name##_family;
 LOX_FOR_EACH_FAMILY(LOX_DECLARE_FAMILY)
 #undef LOX_DECLARE_FAMILY

@@ -72,8 +72,8 @@ inline Function by_rule(const Function &function) {
     std::vector<Rule> rules;
     for (const auto &some :
          {csc_rules(), layout_rules(), rot_rules(), rsz_rules(), blocks_rules(),
-          vqe_rules(), hdr_rules(), dct_rules(), media_rules(),
-          picture_rules(), deep_rules()}) {
+          vqe_rules(), hdr_rules(), dct_rules(), media_rules(), picture_rules(),
+          deep_rules()}) {
       rules.insert(rules.end(), some.begin(), some.end());
     }
     return rules;
