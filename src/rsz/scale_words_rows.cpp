@@ -47,10 +47,9 @@ struct AsWords {
   }
 };
 
-template <bool kWeighed>
+template <bool kWeighed, class V = WideScale>
 LOX_INLINE void whole_columns(const uint8_t *row, uint8_t *dst,
                               const Columns *c) {
-  using V = WideScale;
   using T = AsWords<V>;
   if constexpr (V::kPermutesWords) {
     for_groups<V>(c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
