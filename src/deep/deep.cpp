@@ -51,8 +51,12 @@ uint8_t *at_offset(const vexo_img &img, int p, const vexo_img &src, int unit) {
 
 void copy(const vexo_img &src, const uint8_t *from, const vexo_img &dst,
           uint8_t *to, int p, int unit, int32_t width, int32_t height) {
-  copy_plane(to, dst.stride[p], from, src.stride[p], int64_t{width} * unit,
-             height);
+  const int64_t bytes = int64_t{width} * unit;
+  if (height > 0 && bytes == src.stride[p] && bytes == dst.stride[p]) {
+    copy_plane(to, 0, from, 0, bytes * height, 1);
+  } else {
+    copy_plane(to, dst.stride[p], from, src.stride[p], bytes, height);
+  }
 }
 void copy_planes(const vexo_img &src, const vexo_img &dst, const Deep &deep,
                  RowRange asked) {

@@ -119,7 +119,7 @@ class ChromaRow {
 
  private:
   // Whole periods of thresholds.
-  static constexpr ptrdiff_t kPiece = 64 * FewerBits::kPeriod;
+  static constexpr ptrdiff_t kPiece = ptrdiff_t{64} * FewerBits::kPeriod;
 
   Rows src_, dst_;
   ptrdiff_t row_;

@@ -47,17 +47,16 @@ struct AsWords {
   }
 };
 
-template <bool kWeighed>
+template <bool kWeighed, class V = WideScale>
 LOX_INLINE void whole_columns(const uint8_t *row, uint8_t *dst,
                               const Columns *c) {
-  using V = WideScale;
   using T = AsWords<V>;
   if constexpr (V::kPermutesWords) {
     for_groups<V>(c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
       const auto v = V::load_words(at.src + *at.offsets++);
       const typename V::WordNeighbours two = {
           V::pick_words(v, at.table), V::pick_words(v, at.table + V::n)};
-      at.table += 2 * V::n;
+      at.table += ptrdiff_t{2} * V::n;
       if constexpr (kWeighed) {
         T::put_lerp(to, two, T::weights(at.table));
       } else {

@@ -102,6 +102,8 @@ void dither_plane(const Function &function, Source &source, Sink &sink) {
   const auto [width, height] = source.size();
   const int32_t bits = source.between(7, 17);
   const int32_t to = source.between(0, 9);
+  const int32_t x = source.any();
+  const int32_t y = source.any();
   Picture src(source);
   Picture dst(source);
   src.set({exact_plane(width, height, bits > 8 ? 2 * kUnit : kUnit)},
@@ -109,7 +111,7 @@ void dither_plane(const Function &function, Source &source, Sink &sink) {
   dst.set({exact_plane(width, height, kUnit)}, Rows::kEitherWay);
   sink.add(static_cast<uint32_t>(function.as<vexo_dit_kernel>()(
       src.img.plane[0], width, height, src.img.stride[0], dst.img.stride[0],
-      dst.img.plane[0], bits, to, source.any(), source.any())));
+      dst.img.plane[0], bits, to, x, y)));
   dst.add_to(sink);
 }
 
