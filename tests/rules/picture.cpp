@@ -144,7 +144,8 @@ void convert_pixel(const vexo_img &src, const vexo_img &dst, int32_t standard,
     const auto sample = [&](const Place &p, int32_t row) -> int32_t {
       const uint8_t *const at = byte_of(src, p.plane, row >> p.y_shift,
                                         (x >> p.x_shift) * p.step + p.first);
-      if (src.format < VEXO_FMT_YUV420PLANAR16) return *at;
+      // vexo_csc makes RGB of the high bytes.
+      if (src.format < VEXO_FMT_YUV420PLANAR16 || rgb_to) return *at;
       // Rounded from all their bits. Of P010LE the place is the high byte's.
       const int low = src.format == VEXO_FMT_P010LE ? -1 : 0;
       const int word = at[low] | at[low + 1] << 8;
