@@ -92,11 +92,14 @@ static void vexo_convert_class_init(VexoConvertClass *klass) {
   static const GEnumValue methods[] = {
       {0, "One to four samples an output", "bilinear"},
       {1, "Enlarges by weights of 64ths", "bilinear64"},
+      {2, "Lanczos filters of three lobes", "lanczos"},
       {0, nullptr, nullptr}};
   install_enum(klass, kMethod, "method", "How pictures are scaled",
                "VexoScaleMethod", methods);
-  static const GEnumValue dithers[] = {{0, "Low bits are left out", "none"},
-                                       {0, nullptr, nullptr}};
+  static const GEnumValue dithers[] = {
+      {0, "Low bits are left out", "none"},
+      {1, "By an ordered pattern of 8 x 8", "bayer"},
+      {0, nullptr, nullptr}};
   install_enum(klass, kDither, "dither", "How bits are left out", "VexoDither",
                dithers);
   g_object_class_install_property(

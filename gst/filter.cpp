@@ -93,6 +93,8 @@ bool configure(gpointer object) {
   s->options.rotation = s->turn.rotation;
   s->options.mode = s->method == 1 ? VEXO_MODE_MOD1 : 0;
   s->options.prescale = s->prescale;
+  s->options.filter = s->method == 2 ? VEXO_FILTER_LANCZOS : VEXO_FILTER_PLAIN;
+  s->options.dither = s->dither;
   GST_OBJECT_UNLOCK(object);
 
   const GstVideoInfo &in = s->in.info;

@@ -143,6 +143,10 @@ int32_t Runner::run_stage(Work work, const vexo_img &src, const vexo_img &dst) {
 // or a turn comes before the conversion, an enlargement after it.
 bool Runner::divide(const vexo_img &src, const vexo_img &dst,
                     const vexo_picture_options &options, int32_t *status) {
+  // What is filtered or interpolated looks beyond the rows of a part.
+  const bool deep =
+      src.format >= VEXO_FMT_YUV420PLANAR16 || src.color_std >= VEXO_STD_BT2020;
+  if (options.filter != 0 || (deep && src.format != dst.format)) return false;
   const int32_t rotation = options.rotation;
   const bool quarter = is_quarter(rotation);
   const int32_t width = (quarter ? dst.height : dst.width)[0];

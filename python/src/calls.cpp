@@ -20,7 +20,8 @@ enum : unsigned {
   kScale = 2,
   kTurn = 4,
   kToneMap = 8,
-  kThumb = 16
+  kThumb = 16,
+  kAll = 31
 };
 
 constexpr Named kRotations[] = {{"0", VEXO_ROT_COPY},
@@ -35,6 +36,13 @@ constexpr Named kKinds[] = {{"hdr10", VEXO_HDR_HDR10},
                             {"hdr10-mild", VEXO_HDR_HDR10_MILD},
                             {"hlg", VEXO_HDR_HLG},
                             {}};
+
+constexpr Named kFilters[] = {
+    {"plain", VEXO_FILTER_PLAIN}, {"lanczos", VEXO_FILTER_LANCZOS}, {}};
+constexpr Named kChromas[] = {{"as-it-is", VEXO_CHROMA_AS_IT_IS},
+                              {"left", VEXO_CHROMA_LEFT},
+                              {"centre", VEXO_CHROMA_CENTRE},
+                              {}};
 
 // A keyword, the calls that take it, and the names of its values; without names
 // they are numbers.
@@ -52,6 +60,9 @@ constexpr Option kOptions[] = {
     {"source_nit", &vexo_picture_options::source_nit, kToneMap, nullptr},
     {"measure", &vexo_picture_options::measure, kToneMap, nullptr},
     {"full_range", &vexo_picture_options::full_range, kToneMap, nullptr},
+    {"filter", &vexo_picture_options::filter, kScale, kFilters},
+    {"dither", &vexo_picture_options::dither, kAll, nullptr},
+    {"chroma", &vexo_picture_options::chroma, kAll, kChromas},
 };
 
 int32_t value_of(const Option &option, const py::handle &given) {
@@ -271,28 +282,32 @@ py::object thumbnail(const py::object &source, const py::object &size,
 void define_calls(py::module_ &module) {
   const auto none = py::none();
   module.def("convert", &convert,
-             "convert(source, format=None, *, standard=None, out=None)\n--\n\n"
+             "convert(source, format=None, *, dither=False, chroma='as-it-is', "
+             "standard=None, out=None)\n--\n\n"
              "The picture in another format and standard.",
              py::arg("source"), py::arg("format") = none, py::kw_only(),
              py::arg("standard") = none, py::arg("out") = none);
   module.def(
       "scale", &scale,
       "scale(source, size=None, format=None, *, rotation='0', mode='plain', "
-      "standard=None, out=None)\n--\n\n"
+      "filter='plain', dither=False, chroma='as-it-is', standard=None, "
+      "out=None)\n--\n\n"
       "The picture in another size, (width, height), which is that after the "
       "turn.",
       py::arg("source"), py::arg("size") = none, py::arg("format") = none,
       py::kw_only(), py::arg("standard") = none, py::arg("out") = none);
   module.def(
       "turn", &turn,
-      "turn(source, rotation, format=None, *, standard=None, out=None)\n--\n\n"
+      "turn(source, rotation, format=None, *, dither=False, "
+      "chroma='as-it-is', standard=None, out=None)\n--\n\n"
       "The picture turned left, right or half, or mirrored: mirror, flip.",
       py::arg("source"), py::arg("rotation"), py::arg("format") = none,
       py::kw_only(), py::arg("standard") = none, py::arg("out") = none);
   module.def(
       "tonemap", &tonemap,
       "tonemap(source, format=None, *, kind='hdr10', source_nit=0, "
-      "measure=False, full_range=True, out=None)\n--\n\n"
+      "measure=False, full_range=True, dither=False, chroma='as-it-is', "
+      "out=None)\n--\n\n"
       "An HDR picture of 10 bits as one of 8 bits in BT.709, rgb888 unless "
       "said.",
       py::arg("source"), py::arg("format") = none, py::kw_only(),
@@ -300,7 +315,7 @@ void define_calls(py::module_ &module) {
   module.def(
       "thumbnail", &thumbnail,
       "thumbnail(source, size=None, format=None, *, rotation='0', prescale=0, "
-      "standard=None, out=None)\n--\n\n"
+      "dither=False, chroma='as-it-is', standard=None, out=None)\n--\n\n"
       "The picture much smaller: (width, height), or a number for as large as "
       "fits into such a square.",
       py::arg("source"), py::arg("size") = none, py::arg("format") = none,

@@ -12,10 +12,10 @@ namespace orumlox_python {
 
 namespace {
 
-constexpr Named kStandards[] = {{"bt601", VEXO_STD_DEFAULT},
-                                {"bt601-full", VEXO_STD_BT601_FULL},
-                                {"bt709", VEXO_STD_BT709},
-                                {"bt709-full", VEXO_STD_BT709_FULL}};
+constexpr Named kStandards[] = {
+    {"bt601", VEXO_STD_DEFAULT}, {"bt601-full", VEXO_STD_BT601_FULL},
+    {"bt709", VEXO_STD_BT709},   {"bt709-full", VEXO_STD_BT709_FULL},
+    {"bt2020", VEXO_STD_BT2020}, {"bt2020-full", VEXO_STD_BT2020_FULL}};
 constexpr size_t kOwnAlignment = 64;
 
 bool is_tiled(int32_t format) {
@@ -258,12 +258,13 @@ int32_t standard_named(const char *name) {
     if (strcmp(entry.name, name) == 0) return entry.value;
   }
   throw py::value_error("unknown standard '" + std::string(name) +
-                        "': bt601, bt601-full, bt709 or bt709-full");
+                        "': bt601, bt709, bt2020, each or with -full");
 }
 
 bool has_standard(int32_t format) {
   return format != VEXO_FMT_YUV400 &&
-         (format < VEXO_FMT_RGB565 || format >= VEXO_FMT_YUV420PLANAR16);
+         (format < VEXO_FMT_RGB565 ||
+          (format >= VEXO_FMT_YUV420PLANAR16 && format < VEXO_FMT_RGBA1010102));
 }
 
 void set_standard(Picture *picture, const char *name) {

@@ -10,10 +10,13 @@ C.vexo_format_name.restype = ctypes.c_char_p
 C.vexo_status_name.restype = ctypes.c_char_p
 CODES = {"rotation": ("0", "left", "right", "half", "mirror", "flip"),
          "kind": {"hdr10": 1, "hdr10-mild": 2, "hlg": 4},
-         "mode": {"plain": 0, "mod1": 0x6D6F6431}}
-STANDARDS = {"bt601": 0, "bt601-full": 1, "bt709": 10, "bt709-full": 11}
+         "mode": {"plain": 0, "mod1": 0x6D6F6431},
+         "filter": ("plain", "lanczos"),
+         "chroma": ("as-it-is", "left", "centre")}
+STANDARDS = {"bt601": 0, "bt601-full": 1, "bt709": 10, "bt709-full": 11,
+             "bt2020": 20, "bt2020-full": 21}
 FIELDS = ("rotation", "mode", "prescale", "kind", "source_nit", "measure",
-          "full_range")
+          "full_range", "filter", "dither", "chroma")
 
 
 class Img(ctypes.Structure):
@@ -27,12 +30,12 @@ class Img(ctypes.Structure):
 
 class Options(ctypes.Structure):
     _fields_ = [(name, ctypes.c_int32) for name in FIELDS] + [
-        ("reserved", ctypes.c_int32 * 9)]
+        ("reserved", ctypes.c_int32 * 6)]
 
 
 def has_standard(name):
     code = C.vexo_format_of_name(name.encode())
-    return 0 < code < 200 or code >= 600
+    return 0 < code < 200 or 600 <= code < 700
 
 
 def size_of(name, width, height, alignment=1):

@@ -5,7 +5,6 @@
 #include "apex/taps.h"
 
 #include <cstring>
-#include <numeric>
 
 namespace lox {
 
@@ -107,10 +106,20 @@ int32_t clamp(int64_t v, int32_t count) {
   return v < 0 ? 0 : v >= count ? count - 1 : static_cast<int32_t>(v);
 }
 
+// Not by std::gcd, which older processors lack an instruction of.
+int32_t common_divisor(int32_t a, int32_t b) {
+  while (b != 0) {
+    const int32_t rest = a % b;
+    a = b;
+    b = rest;
+  }
+  return a;
+}
+
 }  // namespace
 
 int32_t ApexAxis::period() const {
-  const int32_t outputs = to / std::gcd(from, to);
+  const int32_t outputs = to / common_divisor(from, to);
   return outputs < dst_count ? outputs : dst_count;
 }
 

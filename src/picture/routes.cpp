@@ -87,7 +87,6 @@ constexpr Route kDitheredRoutes[] = {
 
 // Whether a step stands for a route that is not right for any stride.
 bool is_replaced(const Route &route) {
-  if (is_10_bit(route.src_format)) return has_standard(route.dst_format);
   for (const OwnStep &own : kSteps) {
     if (own.src_format == route.src_format &&
         own.dst_format == route.dst_format) {
@@ -204,7 +203,8 @@ void for_each_edge(const Manner &manner, Visit visit) {
     for (const Route &route : csc_routes(standard)) {
       if (has_standard(route.src_format) && has_standard(route.dst_format)) {
         // Between layouts of YUV a standard changes nothing.
-        if (is_replaced(route)) continue;
+        const bool loses = is_10_bit(route.src_format);
+        if (is_replaced(route) || (loses && manner.dithers)) continue;
         for (const int32_t kept : kStandards) visit_route(route, kept);
       } else {
         const bool loses = is_rgb16(route.dst_format);

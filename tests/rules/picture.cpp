@@ -21,7 +21,9 @@ bool has_words(int32_t format) {
   return format >= 600 || (format >= 200 && format < 300);
 }
 bool is_16(int32_t format) { return format >= 200 && format < 300; }
-bool is_yuv(int32_t format) { return !is_rgb_code(format) && format != 0; }
+bool is_yuv(int32_t format) {
+  return !is_rgb_code(format) && format != 0 && format < VEXO_FMT_RGBA1010102;
+}
 
 int32_t status_of_picture(const vexo_img &img) {
   const int32_t planes = vexo_format_planes(img.format);
@@ -144,8 +146,13 @@ void convert_pixel(const vexo_img &src, const vexo_img &dst, int32_t standard,
     const auto sample = [&](const Place &p, int32_t row) -> int32_t {
       const uint8_t *const at = byte_of(src, p.plane, row >> p.y_shift,
                                         (x >> p.x_shift) * p.step + p.first);
-      // vexo_csc makes RGB of the high bytes.
-      if (src.format < VEXO_FMT_YUV420PLANAR16 || rgb_to) return *at;
+      if (src.format < VEXO_FMT_YUV420PLANAR16) return *at;
+      // What vexo_csc converts it cuts off.
+      if (rgb_to) return *at;
+      if (dst.format == VEXO_FMT_YUV420 &&
+          src.format == VEXO_FMT_YUV420PLANAR16) {
+        return ((at[0] | at[1] << 8) >> 2) & 255;
+      }
       // Rounded from all their bits. Of P010LE the place is the high byte's.
       const int low = src.format == VEXO_FMT_P010LE ? -1 : 0;
       const int word = at[low] | at[low + 1] << 8;

@@ -135,7 +135,7 @@ struct ExactCall {
 };
 
 inline bool is_rgb_code(int32_t format) {
-  return (format >= 200 && format < 600) || format >= VEXO_FMT_RGBA1010102;
+  return format >= 200 && format < 600;
 }
 inline bool is_tiled_code(int32_t format) {
   return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;

@@ -60,43 +60,55 @@ _Out = TypeVar("_Out", Picture, _Array)
 # With `out` the result is that, else a new picture.
 @overload
 def convert(source: _Source, format: str | None = None, *,
+            dither: bool = False, chroma: str = "as-it-is",
             standard: str | None = None, out: None = None) -> Picture: ...
 @overload
 def convert(source: _Source, format: str | None = None, *,
+            dither: bool = False, chroma: str = "as-it-is",
             standard: str | None = None, out: _Out) -> _Out: ...
 @overload
 def scale(source: _Source, size: tuple[int, int] | None = None,
           format: str | None = None, *, rotation: str = "0",
-          mode: str = "plain", standard: str | None = None,
+          mode: str = "plain", filter: str = "plain",
+          dither: bool = False, chroma: str = "as-it-is",
+          standard: str | None = None,
           out: None = None) -> Picture: ...
 @overload
 def scale(source: _Source, size: tuple[int, int] | None = None,
           format: str | None = None, *, rotation: str = "0",
-          mode: str = "plain", standard: str | None = None,
+          mode: str = "plain", filter: str = "plain",
+          dither: bool = False, chroma: str = "as-it-is",
+          standard: str | None = None,
           out: _Out) -> _Out: ...
 @overload
 def turn(source: _Source, rotation: str, format: str | None = None, *,
+         dither: bool = False, chroma: str = "as-it-is",
          standard: str | None = None, out: None = None) -> Picture: ...
 @overload
 def turn(source: _Source, rotation: str, format: str | None = None, *,
+         dither: bool = False, chroma: str = "as-it-is",
          standard: str | None = None, out: _Out) -> _Out: ...
 @overload
 def tonemap(source: _Source, format: str | None = None, *, kind: str = "hdr10",
             source_nit: int = 0, measure: bool = False,
-            full_range: bool = True, out: None = None) -> Picture: ...
+            full_range: bool = True, dither: bool = False,
+            chroma: str = "as-it-is", out: None = None) -> Picture: ...
 @overload
 def tonemap(source: _Source, format: str | None = None, *, kind: str = "hdr10",
             source_nit: int = 0, measure: bool = False,
-            full_range: bool = True, out: _Out) -> _Out: ...
+            full_range: bool = True, dither: bool = False,
+            chroma: str = "as-it-is", out: _Out) -> _Out: ...
 @overload
 def thumbnail(source: _Source, size: int | tuple[int, int] | None = None,
               format: str | None = None, *, rotation: str = "0",
-              prescale: int = 0, standard: str | None = None,
+              prescale: int = 0, dither: bool = False,
+              chroma: str = "as-it-is", standard: str | None = None,
               out: None = None) -> Picture: ...
 @overload
 def thumbnail(source: _Source, size: int | tuple[int, int] | None = None,
               format: str | None = None, *, rotation: str = "0",
-              prescale: int = 0, standard: str | None = None,
+              prescale: int = 0, dither: bool = False,
+              chroma: str = "as-it-is", standard: str | None = None,
               out: _Out) -> _Out: ...
 @overload
 def sharpen(source: _Source, *, out: None = None) -> Picture: ...
