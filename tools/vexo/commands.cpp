@@ -19,8 +19,23 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
   command->add_option("--in-kind", options->in_kind,
                       "Kind of IN: png, pgm, ppm, y4m, raw");
   command->add_option("--out-kind", options->out_kind, "Kind of OUT");
+  command
+      ->add_option("-j,--jobs", options->jobs,
+                   "Threads that compute, besides one that reads")
+      ->check(CLI::Range(1, 64));
+  command->add_option("--frames", options->frames, "Ends after so many frames")
+      ->check(CLI::PositiveNumber);
+  command->add_option("--crop", options->crop,
+                      "WxH+X+Y of the picture, before all else; of subsampled "
+                      "layouts X and Y are rounded down to even");
+  command
+      ->add_option("--png-level", options->encode.png_level,
+                   "Effort of PNG, 0 to 9")
+      ->check(CLI::Range(0, 9));
   command->add_flag("--quiet", options->quiet,
                     "No progress line and no remark");
+  command->add_flag("--verbose", options->verbose,
+                    "Says what the input is and how it is taken");
   return command;
 }
 
@@ -28,7 +43,27 @@ void add_step_options(CLI::App *command, StreamOptions *options) {
   command->add_option("--via", options->via,
                       "Layouts to go through, separated by commas");
   command->add_option("--standard,--std", options->standard,
-                      "bt601 (default), bt601-full, bt709 or bt709-full");
+                      "bt601, bt601-full, bt709 or bt709-full, whatever the "
+                      "input says (bt601)");
+  command->add_option("--range", options->range,
+                      "limited or full, whatever the input says");
+  add_tone_options(command, options);
+}
+
+void add_tone_options(CLI::App *command, StreamOptions *options) {
+  command->add_option("--kind", options->kind,
+                      "Tone mapping: hdr10 (PQ), hdr10-mild (PQ, milder "
+                      "colours), hlg or none; that of the input");
+  CLI::Option *const nit =
+      command
+          ->add_option("--nit", options->nit,
+                       "Peak of the source in nits, 1 to 10000 (that of the "
+                       "input, or 1000)")
+          ->check(CLI::Range(1, 10000));
+  command
+      ->add_flag("--measure", options->measure,
+                 "Choose the curve by each frame's brightest luma")
+      ->excludes(nit);
 }
 
 }  // namespace vexo

@@ -35,4 +35,7 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
 // For commands whose frames may go from YUV to RGB or back on the way.
 void add_step_options(CLI::App *command, StreamOptions *options);
 
+// How what is HDR is tone mapped.
+void add_tone_options(CLI::App *command, StreamOptions *options);
+
 }  // namespace vexo

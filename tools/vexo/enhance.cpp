@@ -97,7 +97,7 @@ class Filter : public Reshape {
   const Layout &takes(const Layout &source) const override {
     return takes_layout_(source) ? source : layout_of(VEXO_FMT_YUV420);
   }
-  void announce(StreamInfo *) const override {}
+  void announce(StreamInfo *) override {}
 
  private:
   bool (*takes_layout_)(const Layout &layout);
@@ -164,7 +164,7 @@ class Anaglyph : public Reshape {
     return PixelUnpacker::takes(source) ? source : layout_of(VEXO_FMT_RGB888);
   }
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     if (info->width % 2 != 0) {
       throw Error("two views side by side have an even width, not " +
                   std::to_string(info->width));
@@ -224,8 +224,7 @@ void add_sharpen(CLI::App &app) {
   const auto options = std::make_shared<EnhanceOptions>();
   add_enhancement(app, "sharpen", kSharpenHelp, options.get())
       ->callback([options] {
-        Sharpen filter;
-        convert(*options, &filter);
+        convert(*options, [&] { return std::make_unique<Sharpen>(); });
       });
 }
 
@@ -237,8 +236,8 @@ void add_deblock(CLI::App &app) {
   command->add_option("--strength", options->level, "N, 0 to 15 (8)")
       ->check(CLI::Range(0, 15));
   command->callback([options] {
-    Deblock filter(options->level);
-    convert(*options, &filter);
+    convert(*options,
+            [&] { return std::make_unique<Deblock>(options->level); });
   });
 }
 
@@ -250,8 +249,8 @@ void add_saturate(CLI::App &app) {
   command->add_option("--strength", options->level, "N, 1 to 32767 (1180)")
       ->check(CLI::Range(1, 32767));
   command->callback([options] {
-    Saturate filter(options->level);
-    convert(*options, &filter);
+    convert(*options,
+            [&] { return std::make_unique<Saturate>(options->level); });
     if (options->quiet) return;
     std::fputs(
         "vexo: the library's table is made of 32-bit words read as 16-bit "
@@ -270,8 +269,8 @@ void add_anaglyph(CLI::App &app) {
       ->required()
       ->check(CLI::Range(1, 2));
   command->callback([options] {
-    Anaglyph reshape(options->level);
-    convert(*options, &reshape);
+    convert(*options,
+            [&] { return std::make_unique<Anaglyph>(options->level); });
   });
 }
 

@@ -4,7 +4,9 @@
 #include "frame.h"
 
 #include <limits>
+#include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "error.h"
@@ -58,18 +60,12 @@ void check_size(int64_t width, int64_t height, const std::string &where) {
 Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
     : layout_(&layout), width_(width), height_(height) {
   check_size(width, height, layout.token);
-  constexpr int32_t kAlignment = 64;
-  vexo_img dense = {};
-  size_t bytes = 0;
-  vexo_picture_geometry(&dense, layout.code, width, height, 1);
-  if (vexo_picture_geometry(&img_, layout.code, width, height, kAlignment) !=
-          VEXO_OK ||
-      vexo_picture_bytes(layout.code, width, height, kAlignment, &bytes) !=
-          VEXO_OK) {
+  if (vexo_picture_bytes(layout.code, width, height, 1, &size_) != VEXO_OK ||
+      vexo_picture_geometry(&img_, layout.code, width, height, 1) != VEXO_OK) {
     throw std::bad_alloc();
   }
   for (int p = 0; p < layout.planes; ++p) {
-    row_bytes_[p] = dense.stride[p];
+    row_bytes_[p] = img_.stride[p];
     if (int64_t{img_.stride[p]} * img_.buf_height[p] >
         std::numeric_limits<int32_t>::max()) {
       throw Error("a picture of " + std::to_string(width) + "x" +
@@ -79,11 +75,26 @@ Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
   }
   // Untouched pages of a zeroed block cost nothing: a damaged header that
   // claims a huge picture does not make a huge process.
-  memory_.reset(static_cast<uint8_t *>(std::calloc(bytes, 1)));
-  if (memory_ == nullptr) throw std::bad_alloc();
-  vexo_picture_layout(&img_, layout.code, width, height, kAlignment,
-                      memory_.get(), bytes);
+  constexpr size_t kAlignment = 64;
+  size_t space = size_ + kAlignment;
+  void *memory = std::calloc(space, 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  kept_ = std::shared_ptr<const void>(
+      memory, [memory](const void *) { std::free(memory); });
+  whole_ = static_cast<uint8_t *>(std::align(kAlignment, size_, memory, space));
+  vexo_picture_layout(&img_, layout.code, width, height, 1, whole_, size_);
   img_.color_std = color_std;
+}
+
+Frame::Frame(const vexo_img &img, std::shared_ptr<const void> kept)
+    : layout_(&layout_of(img.format)),
+      width_(img.width[0]),
+      height_(img.height[0]),
+      img_(img),
+      kept_(std::move(kept)) {
+  vexo_img dense = {};
+  vexo_picture_geometry(&dense, img.format, width_, height_, 1);
+  for (int p = 0; p < layout_->planes; ++p) row_bytes_[p] = dense.stride[p];
 }
 
 PictureContext::PictureContext() {

@@ -5,8 +5,10 @@
 #include "io.h"
 
 #include <array>
+#include <vector>
 
 #include "error.h"
+#include "orumlox/common.h"
 #include "pixels.h"
 
 namespace vexo {
@@ -89,16 +91,23 @@ class NamePattern {
 
 class PictureWriter : public FrameWriter {
  public:
-  PictureWriter(const std::string &path, Encoder *encode)
-      : path_(path), pattern_(path), encode_(encode) {}
+  PictureWriter(const std::string &path, Encoder *encoder,
+                const EncodeOptions &options)
+      : path_(path), pattern_(path), encoder_(encoder), options_(options) {}
 
-  void write(const Frame &frame) override {
+  bool encodes() const override { return true; }
+  void encode(const Frame &frame, std::string *bytes) const override {
+    bytes->clear();
+    encoder_(frame, options_, bytes);
+  }
+
+  void write(const Frame &, const std::string &bytes) override {
     if (++count_ > 1 && !pattern_.numbered()) {
       throw Error("the input has more than one frame: '" + path_ +
                   "' needs a number, for instance frame%03d.png");
     }
     sink_ = std::make_unique<ByteSink>(pattern_.name(count_));
-    encode_(frame, *sink_);
+    sink_->write(bytes.data(), bytes.size());
     // A numbered picture is complete now. A single one waits: a second frame
     // makes the whole run fail.
     if (pattern_.numbered()) finish();
@@ -112,7 +121,8 @@ class PictureWriter : public FrameWriter {
  private:
   std::string path_;
   NamePattern pattern_;
-  Encoder *encode_;
+  Encoder *encoder_;
+  EncodeOptions options_;
   int64_t count_ = 0;
   std::unique_ptr<ByteSink> sink_;
 };
@@ -149,6 +159,26 @@ bool kind_carries(Kind kind, const Layout &layout) {
   return false;
 }
 
+bool is_picture(Kind kind) { return kind == Kind::kPng || kind == Kind::kPpm; }
+
+std::vector<int32_t> usual_layouts(Kind kind, const Layout &source) {
+  switch (kind) {
+    case Kind::kPng:
+      if (source.code == VEXO_FMT_YUV400) return {source.code};
+      return {VEXO_FMT_RGB888, VEXO_FMT_RGBA8888};
+    case Kind::kPpm:
+      return {VEXO_FMT_RGB888};
+    case Kind::kPgm:
+      return {VEXO_FMT_YUV400};
+    case Kind::kY4m:
+      if (kind_carries(kind, source)) return {source.code};
+      return {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444};
+    case Kind::kRaw:
+      break;
+  }
+  return {source.code};
+}
+
 const char *kind_name(Kind kind) {
   for (const KindEntry &entry : kKinds) {
     if (entry.kind == kind) return entry.name;
@@ -182,13 +212,14 @@ std::optional<Kind> kind_of_content(ByteSource &source) {
 }
 
 std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
-                                         const StreamInfo &info) {
+                                         const StreamInfo &info,
+                                         const EncodeOptions &options) {
   switch (kind) {
     case Kind::kPng:
-      return std::make_unique<PictureWriter>(path, encode_png);
+      return std::make_unique<PictureWriter>(path, encode_png, options);
     case Kind::kPpm:
     case Kind::kPgm:
-      return std::make_unique<PictureWriter>(path, encode_pnm);
+      return std::make_unique<PictureWriter>(path, encode_pnm, options);
     case Kind::kY4m:
       return write_y4m(NamePattern(path).single_name(path, kind), info);
     case Kind::kRaw:
@@ -198,20 +229,22 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
 }
 
 void read_planes(ByteSource &source, Frame &frame) {
-  for (int p = 0; p < frame.layout().planes; ++p) {
-    const size_t bytes = static_cast<size_t>(frame.row_bytes(p));
-    for (int y = 0; y < frame.rows(p); ++y) {
-      source.read_exactly(frame.row(p, y), bytes);
-    }
-  }
+  source.read_exactly(frame.whole(), frame.size());
 }
 
 void write_planes(ByteSink &sink, const Frame &frame) {
+  if (frame.whole() != nullptr) {
+    sink.write(frame.whole(), frame.size());
+    return;
+  }
+  std::vector<uint8_t> plane;
   for (int p = 0; p < frame.layout().planes; ++p) {
-    const size_t bytes = static_cast<size_t>(frame.row_bytes(p));
-    for (int y = 0; y < frame.rows(p); ++y) {
-      sink.write(frame.row(p, y), bytes);
-    }
+    const int bytes = frame.row_bytes(p);
+    plane.resize(static_cast<size_t>(bytes) *
+                 static_cast<size_t>(frame.rows(p)));
+    mlox_blk_mcpy(plane.data(), frame.row(p, 0), bytes, frame.img().stride[p],
+                  bytes, frame.rows(p));
+    sink.write(plane.data(), plane.size());
   }
 }
 

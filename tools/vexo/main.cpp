@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <sstream>
@@ -13,6 +14,7 @@
 
 #include "commands.h"
 #include "io.h"
+#include "stages.h"
 
 namespace {
 
@@ -62,13 +64,7 @@ int run(int argc, char **argv) {
   return 0;
 }
 
-}  // namespace
-
-int main(int argc, char **argv) {
-  // A reader that goes away and a file that may not grow are failed writes with
-  // a message, not a death.
-  signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);
+int guarded_run(int argc, char **argv) {
   try {
     vexo::claim_standard_output();
     const int status = run(argc, argv);
@@ -79,4 +75,17 @@ int main(int argc, char **argv) {
   } catch (const std::exception &error) {
     return complain(error.what());
   }
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  // A reader that goes away and a file that may not grow are failed writes with
+  // a message, not a death.
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+  const int status = guarded_run(argc, argv);
+  // What a thread still uses must stay.
+  if (vexo::threads_left_behind()) std::_Exit(status);
+  return status;
 }

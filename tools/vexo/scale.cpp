@@ -62,7 +62,7 @@ class Scale : public Reshape {
     }
   }
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     // The library would scale and silently leave the mirroring out.
     if (rotation_ > VEXO_ROT_180 &&
         (info->width != width_ || info->height != height_)) {
@@ -99,7 +99,7 @@ class Rotate : public Reshape {
   explicit Rotate(const std::string &turn)
       : rotation_(turn_named(turn, "--turn")) {}
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     int width = info->width;
     int height = info->height;
     if (is_quarter(rotation_)) std::swap(width, height);
@@ -129,8 +129,7 @@ void add_scale(CLI::App &app) {
       "left, right or half; the library's codes 0 to 5, of which "
       "4 and 5 (mirror, flip) need an unchanged size");
   command->callback([options] {
-    Scale reshape(*options);
-    convert(*options, &reshape);
+    convert(*options, [&] { return std::make_unique<Scale>(*options); });
   });
 }
 
@@ -143,8 +142,7 @@ void add_rotate(CLI::App &app) {
       ->add_option("--turn", options->turn, "left, right, half, mirror or flip")
       ->required();
   command->callback([options] {
-    Rotate reshape(options->turn);
-    convert(*options, &reshape);
+    convert(*options, [&] { return std::make_unique<Rotate>(options->turn); });
   });
 }
 

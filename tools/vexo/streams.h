@@ -22,8 +22,21 @@ struct StreamOptions {
   std::string via;
   // What from_size is called, for messages.
   std::string size_name = "--size";
-  std::string standard = "bt601";
+  std::string standard;
+  // limited or full.
+  std::string range;
+  // Of tone mapping; none is one of them.
+  std::string kind;
+  int nit = 0;
+  bool measure = false;
+  std::string crop;
+  // Pictures stay as they are stored.
+  bool keep_turn = false;
+  int64_t frames = 0;
+  int jobs = 0;
+  EncodeOptions encode;
   bool quiet = false;
+  bool verbose = false;
 };
 
 // "WxH" as the option of this name says it.

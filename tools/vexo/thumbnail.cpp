@@ -54,7 +54,7 @@ class Thumbnail : public Reshape {
     shape_.rotation = turn_named(options.turn, "--turn");
   }
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     const Layout &layout = *info->layout;
     if (!is_420(layout) && layout.code != VEXO_FMT_YUV400 &&
         layout.code != VEXO_FMT_RGB888 && layout.code != VEXO_FMT_RGBA8888) {
@@ -135,8 +135,7 @@ void add_thumbnail(CLI::App &app) {
   command->add_option("--prescale", options->prescale, "0, 2 or 4 (0)")
       ->check(CLI::IsMember({0, 2, 4}));
   command->callback([options] {
-    Thumbnail reshape(*options);
-    convert(*options, &reshape);
+    convert(*options, [&] { return std::make_unique<Thumbnail>(*options); });
   });
 }
 
