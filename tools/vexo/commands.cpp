@@ -17,7 +17,7 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
                       "Layout of raw input; vexo formats lists all");
   command->add_option("--to", options->to, "Layout to write");
   command->add_option("--in-kind", options->in_kind,
-                      "Kind of IN: png, pgm, ppm, y4m, raw");
+                      "Kind of IN: png, pgm, ppm, y4m, raw, video");
   command->add_option("--out-kind", options->out_kind, "Kind of OUT");
   command
       ->add_option("-j,--jobs", options->jobs,
@@ -25,6 +25,16 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
       ->check(CLI::Range(1, 64));
   command->add_option("--frames", options->frames, "Ends after so many frames")
       ->check(CLI::PositiveNumber);
+  command
+      ->add_option("--stream", options->stream,
+                   "Number of the stream of a container (the best video)")
+      ->check(CLI::NonNegativeNumber);
+  command->add_option("--at", options->at,
+                      "Begins there: 12.5s, 1:02:03 or 30%");
+  command->add_flag("--keep-turn", options->keep_turn,
+                    "Pictures as they are stored, not turned upright");
+  command->add_flag("--tolerant", options->tolerant,
+                    "Goes on where the input is damaged");
   command->add_option("--crop", options->crop,
                       "WxH+X+Y of the picture, before all else; of subsampled "
                       "layouts X and Y are rounded down to even");

@@ -26,6 +26,7 @@ constexpr KindEntry kKinds[] = {
     {Kind::kPgm, "pgm", {".pgm"}},
     {Kind::kY4m, "y4m", {".y4m"}},
     {Kind::kRaw, "raw", {".raw", ".yuv", ".rgb"}},
+    {Kind::kVideo, "video", {}},
 };
 
 // The names of a row of pictures: a path with one %d or %0Nd in it, the number
@@ -155,6 +156,8 @@ bool kind_carries(Kind kind, const Layout &layout) {
              layout.code == VEXO_FMT_YUV420PLANAR16;
     case Kind::kRaw:
       return true;
+    case Kind::kVideo:
+      break;
   }
   return false;
 }
@@ -174,6 +177,7 @@ std::vector<int32_t> usual_layouts(Kind kind, const Layout &source) {
       if (kind_carries(kind, source)) return {source.code};
       return {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444};
     case Kind::kRaw:
+    case Kind::kVideo:
       break;
   }
   return {source.code};
@@ -224,6 +228,8 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
       return write_y4m(NamePattern(path).single_name(path, kind), info);
     case Kind::kRaw:
       break;
+    case Kind::kVideo:
+      throw Error("no video is written");
   }
   return write_raw(NamePattern(path).single_name(path, kind));
 }

@@ -131,7 +131,8 @@ class FrameWriter {
   virtual void finish() = 0;
 };
 
-enum class Kind { kPng, kPpm, kPgm, kY4m, kRaw };
+// kVideo: what libavformat knows.
+enum class Kind { kPng, kPpm, kPgm, kY4m, kRaw, kVideo };
 
 // What holds one frame, of 8 bits, and RGB of full range alone.
 bool is_picture(Kind kind);

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "stages.h"
 
-#include <signal.h>
-
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -12,6 +10,7 @@
 #include <utility>
 
 #include "channel.h"
+#include "signals.h"
 
 namespace vexo {
 namespace {
@@ -75,27 +74,6 @@ int64_t write_frames(Run &run) {
   }
   return count;
 }
-
-// Threads that are started while this lives leave to the main one, which alone
-// has temporary files, the signals that come from outside.
-class SignalsForMain {
- public:
-  SignalsForMain() {
-    sigset_t outside;
-    sigfillset(&outside);
-    for (const int fault :
-         {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
-      sigdelset(&outside, fault);
-    }
-    pthread_sigmask(SIG_BLOCK, &outside, &before_);
-  }
-  ~SignalsForMain() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsForMain(const SignalsForMain &) = delete;
-  SignalsForMain &operator=(const SignalsForMain &) = delete;
-
- private:
-  sigset_t before_;
-};
 
 // All threads of a run, ended when this goes.
 class Threads {

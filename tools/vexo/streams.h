@@ -29,6 +29,10 @@ struct StreamOptions {
   std::string kind;
   int nit = 0;
   bool measure = false;
+  // Of containers: which stream, and from where.
+  int stream = -1;
+  std::string at;
+  bool tolerant = false;
   std::string crop;
   // Pictures stay as they are stored.
   bool keep_turn = false;
@@ -43,6 +47,8 @@ struct StreamOptions {
 void parse_size(const std::string &text, const std::string &option, int *width,
                 int *height);
 
+struct VideoWish;
+VideoWish video_wish(const StreamOptions &options);
 std::unique_ptr<FrameReader> open_reader(const StreamOptions &options);
 Kind output_kind(const StreamOptions &options);
 

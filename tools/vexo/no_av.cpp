@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// In place of the av_ files where ffmpeg's libraries are not there.
+#include "error.h"
+#include "video.h"
+
+namespace vexo {
+
+std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
+                                        const VideoWish &) {
+  throw Error(source->name() +
+              " is no PNG, PGM, PPM or Y4M, and this program is built without "
+              "ffmpeg's libraries, which read others");
+}
+
+bool reads_videos() { return false; }
+
+}  // namespace vexo
