@@ -6,12 +6,22 @@
 
 namespace vexo {
 
-std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
-                                        const VideoWish &) {
-  throw Error(source->name() +
+namespace {
+
+[[noreturn]] void refuse(const ByteSource &source) {
+  throw Error(source.name() +
               " is no PNG, PGM, PPM or Y4M, and this program is built without "
               "ffmpeg's libraries, which read others");
 }
+
+}  // namespace
+
+std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
+                                        const VideoWish &) {
+  refuse(*source);
+}
+
+FileFacts video_facts(std::unique_ptr<ByteSource> source) { refuse(*source); }
 
 bool reads_videos() { return false; }
 

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "io.h"
 
@@ -36,6 +37,26 @@ class VideoReader : public FrameReader {
 // Throws Error when this program is built without them.
 std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
                                         const VideoWish &wish);
+
+struct StreamFacts {
+  std::string type;
+  std::string codec;
+  // Of videos alone, from here on.
+  bool video = false;
+  std::string pixels;
+  StreamInfo info;
+  int64_t frames = 0;
+  // In seconds.
+  std::vector<double> key_frames;
+};
+
+struct FileFacts {
+  std::string container;
+  double duration = 0;
+  std::vector<StreamFacts> streams;
+};
+
+FileFacts video_facts(std::unique_ptr<ByteSource> source);
 
 // Whether it is built with them.
 bool reads_videos();
