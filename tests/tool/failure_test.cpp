@@ -57,7 +57,7 @@ rotate one.y4m o.png --turn up | --turn 'up'
 rotate f.raw o.raw --size 4x4 --from p010le --turn left | turn p010le from 4x4 to 4x4 (status -3)
 rotate f.raw o.raw --size 4x4 --from uyvy --turn half | turn uyvy from 4x4 to 4x4 (status -3)
 rotate f.raw o.raw --size 4x4 --from yv16 --turn left | yv16 after
-thumbnail one.y4m o.png | --size
+thumbnail one.y4m o.png | one of --size
 thumbnail one.y4m o.png --size 8 | --size '8'
 thumbnail one.y4m o.png --size 9x8 | 9x8 is larger than the picture
 thumbnail one.y4m o.png --size 8x9 | which is 8x8
@@ -68,7 +68,9 @@ thumbnail one.y4m o.raw --size 8x8 --prescale 3 | --prescale
 thumbnail one.y4m o.raw --size 5x4 --prescale 2 | 4x4 of the picture
 thumbnail f.raw o.raw --size 1x1 --prescale 4 --from-size 8x4 --from nv12 | leaves 2x1
 thumbnail c.ppm o.png --size 4x4 --prescale 2 | --prescale is for yuv420 and nv12
-thumbnail f.raw o.raw --size 4x4 --from-size 8x8 --from nv21 | holds nv21
+thumbnail one.y4m o.png --fit 8 | --fit '8'
+thumbnail one.y4m o.png --size 8x8 --fit 8x8 | one of --size and --fit
+thumbnail one.y4m two.y4m o.png --fit 8x8 | --out-dir
 tonemap one.y4m o.png | holds yuv420: only
 tonemap full.y4m o.png | full range
 tonemap one.y4m o.png --via nv12 | --via

@@ -80,8 +80,8 @@ FileFacts video_facts(std::unique_ptr<ByteSource> source) {
     av_packet_unref(packet.get());
   }
   for (StreamFacts &about : facts.streams) {
-    about.info.color_std = standard_of(about.info.colour, about.info.width,
-                                       about.info.height);
+    about.info.color_std =
+        standard_of(about.info.colour, about.info.width, about.info.height);
   }
   return facts;
 }

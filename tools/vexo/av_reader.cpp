@@ -35,7 +35,7 @@ class Reader : public VideoReader {
     stream_ = file_.video(wish.stream);
     const AVCodecParameters &codec = *stream_->codecpar;
     // A container with an index has said all in its head.
-    if (!wish.hasty || codec.width < 1 || file_.duration() <= 0) {
+    if (!wish.pick || codec.width < 1 || file_.duration() <= 0) {
       file_.look_closer();
     }
     open_codec();
@@ -43,7 +43,11 @@ class Reader : public VideoReader {
     if (packet_ == nullptr) throw std::bad_alloc();
     if (!wish.tolerant && file_.is_cut(stream_)) truncated();
     if (!wish.at.empty()) seek(parse_time(wish.at, duration()));
+    // Pictures have a length too, that of a frame.
+    const double tenth = duration() < 1 ? 0 : duration() / 10;
+    const bool sought = wish.pick && tenth > 0 && seek_before(tenth);
     next_ = decode();
+    if (next_ == nullptr && sought && seek_before(0)) next_ = decode();
     if (next_ == nullptr) throw Error(file_.name() + ": no frame is there");
     describe();
   }
@@ -66,9 +70,8 @@ class Reader : public VideoReader {
   double duration() const override { return file_.duration(); }
   double time() const override { return time_; }
 
-  void seek_key(double seconds) override {
-    seek_before(seconds);
-    next_ = nullptr;
+  void seek_near(double seconds) override {
+    if (seek_before(seconds)) next_ = nullptr;
   }
 
  private:
@@ -82,7 +85,7 @@ class Reader : public VideoReader {
     }
     int status = 0;
     // A system that gives no threads gets none.
-    for (int threads = wish_.hasty ? 1 : 0; threads < 2; ++threads) {
+    for (int threads = wish_.pick ? 1 : 0; threads < 2; ++threads) {
       codec_.reset(avcodec_alloc_context3(decoder));
       if (codec_ == nullptr) throw std::bad_alloc();
       status = avcodec_parameters_to_context(codec_.get(), stream_->codecpar);
@@ -93,7 +96,10 @@ class Reader : public VideoReader {
       if (!wish_.tolerant && decoder->id == AV_CODEC_ID_MJPEG) {
         codec_->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
       }
-      if (wish_.hasty) codec_->skip_frame = AVDISCARD_NONKEY;
+      if (wish_.pick) {
+        codec_->skip_frame = AVDISCARD_NONKEY;
+        stream_->discard = AVDISCARD_NONKEY;
+      }
       const SignalsForMain block;
       status = avcodec_open2(codec_.get(), decoder, nullptr);
       if (status >= 0) return;
@@ -132,14 +138,15 @@ class Reader : public VideoReader {
     return start + std::llround(seconds / av_q2d(stream_->time_base));
   }
 
-  void seek_before(double seconds) {
+  // False where the file cannot be read from elsewhere.
+  bool seek_before(double seconds) {
     const int status = av_seek_frame(file_.get(), stream_->index,
                                      ticks_of(seconds), AVSEEK_FLAG_BACKWARD);
-    if (status < 0) {
-      throw Error(file_.name() + ": cannot go to another time");
-    }
+    if (status < 0) return false;
     avcodec_flush_buffers(codec_.get());
+    after_ = nullptr;
     ended_ = false;
+    return true;
   }
 
   // To the frame that is shown at this time.

@@ -8,10 +8,16 @@ namespace vexo {
 CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
                              const std::string &size_names,
                              StreamOptions *options) {
-  options->size_name = size_names.substr(0, size_names.find(','));
   CLI::App *const command = app.add_subcommand(name, help);
   command->add_option("IN", options->in, "Input file or -")->required();
   command->add_option("OUT", options->out, "Output file or -")->required();
+  add_file_options(command, size_names, options);
+  return command;
+}
+
+void add_file_options(CLI::App *command, const std::string &size_names,
+                      StreamOptions *options) {
+  options->size_name = size_names.substr(0, size_names.find(','));
   command->add_option(size_names, options->from_size, "WxH of raw input");
   command->add_option("--from,--format", options->from,
                       "Layout of raw input; vexo formats lists all");
@@ -46,7 +52,6 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
                     "No progress line and no remark");
   command->add_flag("--verbose", options->verbose,
                     "Says what the input is and how it is taken");
-  return command;
 }
 
 void add_step_options(CLI::App *command, StreamOptions *options) {

@@ -33,6 +33,10 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
                              const std::string &size_names,
                              StreamOptions *options);
 
+// The options of such a command that has its own names of files.
+void add_file_options(CLI::App *command, const std::string &size_names,
+                      StreamOptions *options);
+
 // For commands whose frames may go from YUV to RGB or back on the way.
 void add_step_options(CLI::App *command, StreamOptions *options);
 

@@ -82,10 +82,8 @@ void say(const StreamOptions &options, const StreamInfo &source) {
 
 }  // namespace
 
-void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
-  const Kind kind = output_kind(options);
-  const std::shared_ptr<FrameReader> reader = open_reader(options);
-  StreamInfo source = reader->info();
+StreamInfo taken_info(const StreamOptions &options, const FrameReader &reader) {
+  StreamInfo source = reader.info();
   source.color_std = wanted_standard(options, source);
   if (!options.standard.empty() || !options.range.empty()) {
     source.colour.range = source.color_std == VEXO_STD_BT601_FULL ||
@@ -94,6 +92,19 @@ void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
                               : std::min(source.colour.range, 1);
   }
   if (options.verbose) say(options, source);
+  return source;
+}
+
+Frame frame_of(const StreamInfo &info) {
+  return Frame(
+      *info.layout, info.width, info.height,
+      info.color_std == kNoStandard ? VEXO_STD_DEFAULT : info.color_std);
+}
+
+void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
+  const Kind kind = output_kind(options);
+  const std::shared_ptr<FrameReader> reader = open_reader(options);
+  const StreamInfo source = taken_info(options, *reader);
   // Each thread that computes has a way of its own.
   std::vector<std::shared_ptr<Route>> routes;
   const auto add_route = [&] {
@@ -121,16 +132,11 @@ void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
   Progress progress(options.quiet);
   stages.write = [&](Slot &slot) {
     writer->write(changes ? slot.target : slot.source, slot.bytes);
-    progress.frame_done();
+    progress.one_done();
   };
   const StreamInfo result = route.result();
   stages.make_slot = [&source, &result] {
-    const auto frame = [](const StreamInfo &info) {
-      return Frame(
-          *info.layout, info.width, info.height,
-          info.color_std == kNoStandard ? VEXO_STD_DEFAULT : info.color_std);
-    };
-    return std::make_unique<Slot>(frame(source), frame(result));
+    return std::make_unique<Slot>(frame_of(source), frame_of(result));
   };
   if (run_stages(std::move(stages)) == 0) throw Error("the input has no frame");
   writer->finish();

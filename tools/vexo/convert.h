@@ -31,6 +31,10 @@ using MakeReshape = std::function<std::unique_ptr<Reshape>()>;
 // Whether the input's HDR is left alone: by the command, or for what it does.
 enum class Hdr { kMapped, kAsItIs };
 
+// What the reader's frames are, but as the options want them taken.
+StreamInfo taken_info(const StreamOptions &options, const FrameReader &reader);
+Frame frame_of(const StreamInfo &info);
+
 void convert(const StreamOptions &options, const MakeReshape &make = {},
              Hdr hdr = Hdr::kMapped);
 

@@ -3,6 +3,7 @@
 // The library's layouts and the memory of frames.
 #include "frame.h"
 
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>
@@ -95,6 +96,46 @@ Frame::Frame(const vexo_img &img, std::shared_ptr<const void> kept)
   vexo_img dense = {};
   vexo_picture_geometry(&dense, img.format, width_, height_, 1);
   for (int p = 0; p < layout_->planes; ++p) row_bytes_[p] = dense.stride[p];
+}
+
+vexo_img window_of(const Frame &frame, int x, int y, int width, int height) {
+  const Layout &layout = frame.layout();
+  if (!is_rgb(layout) && layout.code != VEXO_FMT_YUV400 &&
+      layout.code != VEXO_FMT_YUV444) {
+    x &= ~1;
+    y &= ~1;
+  }
+  vexo_img window = {};
+  vexo_picture_geometry(&window, layout.code, width, height, 1);
+  // The strides of a picture as wide as what lies left of the window.
+  vexo_img left = {};
+  if (x > 0) vexo_picture_geometry(&left, layout.code, x, 1, 1);
+  for (int p = 0; p < layout.planes; ++p) {
+    const int64_t row = int64_t{y} * frame.rows(p) / frame.height();
+    window.plane[p] = frame.row(p, static_cast<int>(row)) + left.stride[p];
+    window.stride[p] = frame.img().stride[p];
+  }
+  window.color_std = frame.img().color_std;
+  return window;
+}
+
+void blacken(const Frame &frame) {
+  const bool full = frame.img().color_std == VEXO_STD_BT601_FULL ||
+                    frame.img().color_std == VEXO_STD_BT709_FULL;
+  const bool grey = frame.layout().code == VEXO_FMT_YUV400;
+  const bool rgb = is_rgb(frame.layout());
+  for (int p = 0; p < frame.layout().planes; ++p) {
+    const int value = rgb || grey ? 0 : p > 0 ? 128 : full ? 0 : 16;
+    for (int y = 0; y < frame.rows(p); ++y) {
+      std::memset(frame.row(p, y), value,
+                  static_cast<size_t>(frame.row_bytes(p)));
+    }
+  }
+  if (frame.layout().code != VEXO_FMT_RGBA8888) return;
+  for (int y = 0; y < frame.height(); ++y) {
+    uint8_t *const row = frame.row(0, y);
+    for (int x = 3; x < frame.row_bytes(0); x += 4) row[x] = 255;
+  }
 }
 
 PictureContext::PictureContext() {

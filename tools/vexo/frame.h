@@ -65,6 +65,13 @@ class Frame {
   std::shared_ptr<const void> kept_;
 };
 
+// A part of a frame's pixels. Where layouts pair pixels, its place is rounded
+// down to even.
+vexo_img window_of(const Frame &frame, int x, int y, int width, int height);
+
+// Black, opaque.
+void blacken(const Frame &frame);
+
 // The library's memory for what lies between a call's steps.
 class PictureContext {
  public:

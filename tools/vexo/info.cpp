@@ -79,8 +79,7 @@ void print_video(const StreamFacts &stream) {
                  source_nit(info.colour));
   }
   std::fprintf(out, "\n    %lld frames, %zu key frames",
-               static_cast<long long>(stream.frames),
-               stream.key_frames.size());
+               static_cast<long long>(stream.frames), stream.key_frames.size());
   constexpr size_t kMost = 8;
   for (size_t i = 0; i < stream.key_frames.size() && i < kMost; ++i) {
     std::fprintf(out, "%s %s", i == 0 ? ":" : ",",
@@ -111,9 +110,9 @@ void print_video_json(const StreamFacts &stream) {
   std::FILE *const out = standard_output();
   std::fprintf(out, ", \"width\": %d, \"height\": %d, \"pixels\": %s",
                info.width, info.height, json_text(stream.pixels).c_str());
-  std::fprintf(out, ", \"layout\": %s",
-               info.layout == nullptr ? "null"
-                                      : json_text(info.layout->token).c_str());
+  std::fprintf(
+      out, ", \"layout\": %s",
+      info.layout == nullptr ? "null" : json_text(info.layout->token).c_str());
   std::fprintf(out,
                ", \"matrix\": \"%s\", \"range\": \"%s\", \"transfer\": \"%s\", "
                "\"primaries\": \"%s\", \"siting\": \"%s\"",

@@ -168,7 +168,11 @@ std::vector<int32_t> usual_layouts(Kind kind, const Layout &source) {
   switch (kind) {
     case Kind::kPng:
       if (source.code == VEXO_FMT_YUV400) return {source.code};
-      return {VEXO_FMT_RGB888, VEXO_FMT_RGBA8888};
+      if (source.code >= VEXO_FMT_RGBA8888 &&
+          source.code < VEXO_FMT_YUV420PLANAR16) {
+        return {VEXO_FMT_RGBA8888};
+      }
+      return {VEXO_FMT_RGB888};
     case Kind::kPpm:
       return {VEXO_FMT_RGB888};
     case Kind::kPgm:
@@ -186,6 +190,13 @@ std::vector<int32_t> usual_layouts(Kind kind, const Layout &source) {
 const char *kind_name(Kind kind) {
   for (const KindEntry &entry : kKinds) {
     if (entry.kind == kind) return entry.name;
+  }
+  return "";
+}
+
+const char *kind_ending(Kind kind) {
+  for (const KindEntry &entry : kKinds) {
+    if (entry.kind == kind) return entry.endings[0];
   }
   return "";
 }

@@ -141,6 +141,8 @@ std::vector<int32_t> usual_layouts(Kind kind, const Layout &source);
 // Whether a file of this kind can hold the layout.
 bool kind_carries(Kind kind, const Layout &layout);
 const char *kind_name(Kind kind);
+// The usual ending of names, with its dot.
+const char *kind_ending(Kind kind);
 // The ending is in lower case, the path in any.
 bool ends_with(const std::string &path, std::string_view ending);
 // By the name's ending; nothing when it says nothing.

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "error.h"
 #include "io.h"
 #include "stages.h"
 
@@ -28,10 +29,11 @@ int complain(const char *sentence) {
 
 // As vexo --help lists them.
 constexpr vexo::AddCommand *kCommands[] = {
-    vexo::add_convert,   vexo::add_scale,    vexo::add_rotate,
-    vexo::add_thumbnail, vexo::add_tonemap,  vexo::add_sharpen,
-    vexo::add_deblock,   vexo::add_saturate, vexo::add_anaglyph,
-    vexo::add_info, vexo::add_keyframes, vexo::add_fourcc,   vexo::add_formats};
+    vexo::add_convert,   vexo::add_scale,     vexo::add_rotate,
+    vexo::add_thumbnail, vexo::add_tonemap,   vexo::add_sharpen,
+    vexo::add_deblock,   vexo::add_saturate,  vexo::add_anaglyph,
+    vexo::add_info,      vexo::add_keyframes, vexo::add_fourcc,
+    vexo::add_formats};
 
 int run(int argc, char **argv) {
   CLI::App app{
@@ -70,6 +72,8 @@ int guarded_run(int argc, char **argv) {
     const int status = run(argc, argv);
     vexo::close_standard_output();
     return status;
+  } catch (const vexo::Reported &) {
+    return kExitFailure;
   } catch (const std::bad_alloc &) {
     return complain("out of memory");
   } catch (const std::exception &error) {

@@ -82,9 +82,7 @@ Route::Route(const StreamOptions &options, Kind kind, const StreamInfo &source,
   }
   finish(options, kind, *home);
   for (size_t i = 1; i + 1 < steps_.size(); ++i) {
-    const StreamInfo &info = steps_[i].info;
-    between_.emplace_back(*info.layout, info.width, info.height,
-                          known(info.color_std));
+    between_.push_back(frame_of(steps_[i].info));
   }
 }
 

@@ -24,6 +24,8 @@ struct Slot {
   Frame target;
   // What of the output can be made before its turn.
   std::string bytes;
+  // Why this one is left out, if it is.
+  std::string complaint;
   int64_t number = 0;
   std::exception_ptr failure;
 };

@@ -86,27 +86,10 @@ class Crop : public Reshape {
     }
     info->width = width_;
     info->height = height_;
-    // A window between two samples of chroma would move it.
-    const Layout &layout = *info->layout;
-    if (layout.code != VEXO_FMT_YUV400 && layout.code != VEXO_FMT_YUV444 &&
-        !is_rgb(layout)) {
-      x_ &= ~1;
-      y_ &= ~1;
-    }
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    vexo_img window = dst.img();
-    // The strides of a picture as wide as what lies left of the window.
-    vexo_img left = {};
-    if (x_ > 0) {
-      vexo_picture_geometry(&left, src.layout().code, x_, 1, 1);
-    }
-    for (int p = 0; p < src.layout().planes; ++p) {
-      const int64_t y = int64_t{y_} * src.rows(p) / src.height();
-      window.plane[p] = src.row(p, static_cast<int>(y)) + left.stride[p];
-      window.stride[p] = src.img().stride[p];
-    }
+    const vexo_img window = window_of(src, x_, y_, width_, height_);
     check(vexo_picture_convert(nullptr, &window, &dst.img(), nullptr), "crop",
           src);
   }

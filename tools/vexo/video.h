@@ -20,16 +20,17 @@ struct VideoWish {
   bool hdr = false;
   // Damaged frames are taken as the decoder mends them.
   bool tolerant = false;
-  // For who has other threads, and wants a few frames of many files.
-  bool hasty = false;
+  // Key frames alone, from one at a tenth of the length on, and no threads.
+  bool pick = false;
 };
 
 class VideoReader : public FrameReader {
  public:
   // In seconds; 0 of a still picture and where nothing is said.
   virtual double duration() const = 0;
-  // The next frame is the key frame at or before this time.
-  virtual void seek_key(double seconds) = 0;
+  // The next frame is one near this time, the key frame at or before it if the
+  // reader gives key frames alone.
+  virtual void seek_near(double seconds) = 0;
   // Of the frame that was read last, in seconds.
   virtual double time() const = 0;
 };
