@@ -48,6 +48,10 @@ void add_file_options(CLI::App *command, const std::string &size_names,
       ->add_option("--png-level", options->encode.png_level,
                    "Effort of PNG, 0 to 9")
       ->check(CLI::Range(0, 9));
+  command
+      ->add_option("--quality", options->encode.quality,
+                   "Of JPEG (90) and WebP (85), 0 to 100")
+      ->check(CLI::Range(0, 100));
   command->add_flag("--quiet", options->quiet,
                     "No progress line and no remark");
   command->add_flag("--verbose", options->verbose,

@@ -24,6 +24,8 @@ constexpr KindEntry kKinds[] = {
     {Kind::kPng, "png", {".png"}},
     {Kind::kPpm, "ppm", {".ppm"}},
     {Kind::kPgm, "pgm", {".pgm"}},
+    {Kind::kJpeg, "jpeg", {".jpg", ".jpeg"}},
+    {Kind::kWebp, "webp", {".webp"}},
     {Kind::kY4m, "y4m", {".y4m"}},
     {Kind::kRaw, "raw", {".raw", ".yuv", ".rgb"}},
     {Kind::kVideo, "video", {}},
@@ -145,6 +147,12 @@ bool kind_carries(Kind kind, const Layout &layout) {
   switch (kind) {
     case Kind::kPng:
       return layout.code == VEXO_FMT_YUV400 || PixelUnpacker::takes(layout);
+    case Kind::kJpeg:
+      return layout.code == VEXO_FMT_RGB888 ||
+             layout.code == VEXO_FMT_RGBA8888 || layout.code <= VEXO_FMT_YUV444;
+    case Kind::kWebp:
+      return layout.code == VEXO_FMT_RGB888 ||
+             layout.code == VEXO_FMT_RGBA8888 || layout.code == VEXO_FMT_YUV420;
     case Kind::kPpm:
       return PixelUnpacker::takes(layout) && !PixelUnpacker(layout).alpha();
     case Kind::kPgm:
@@ -162,17 +170,33 @@ bool kind_carries(Kind kind, const Layout &layout) {
   return false;
 }
 
-bool is_picture(Kind kind) { return kind == Kind::kPng || kind == Kind::kPpm; }
+bool is_picture(Kind kind) {
+  return kind == Kind::kPng || kind == Kind::kPpm || kind == Kind::kJpeg ||
+         kind == Kind::kWebp;
+}
 
-std::vector<int32_t> usual_layouts(Kind kind, const Layout &source) {
+std::vector<int32_t> usual_layouts(Kind kind, const StreamInfo &info) {
+  const Layout &source = *info.layout;
+  const bool alpha =
+      source.code >= VEXO_FMT_RGBA8888 && source.code < VEXO_FMT_YUV420PLANAR16;
   switch (kind) {
-    case Kind::kPng:
-      if (source.code == VEXO_FMT_YUV400) return {source.code};
-      if (source.code >= VEXO_FMT_RGBA8888 &&
-          source.code < VEXO_FMT_YUV420PLANAR16) {
-        return {VEXO_FMT_RGBA8888};
+    case Kind::kJpeg:
+      // The samples of a JPEG are such, and need no way through RGB.
+      if (source.code == VEXO_FMT_YUV400 ||
+          (info.color_std == VEXO_STD_BT601_FULL &&
+           source.code <= VEXO_FMT_YUV444)) {
+        return {source.code};
       }
       return {VEXO_FMT_RGB888};
+    case Kind::kWebp:
+      if (source.code == VEXO_FMT_YUV420 &&
+          info.color_std == VEXO_STD_DEFAULT) {
+        return {source.code};
+      }
+      return {alpha ? VEXO_FMT_RGBA8888 : VEXO_FMT_RGB888};
+    case Kind::kPng:
+      if (source.code == VEXO_FMT_YUV400) return {source.code};
+      return {alpha ? VEXO_FMT_RGBA8888 : VEXO_FMT_RGB888};
     case Kind::kPpm:
       return {VEXO_FMT_RGB888};
     case Kind::kPgm:
@@ -235,6 +259,18 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
     case Kind::kPpm:
     case Kind::kPgm:
       return std::make_unique<PictureWriter>(path, encode_pnm, options);
+    case Kind::kJpeg:
+#ifdef VEXO_HAS_JPEG
+      return std::make_unique<PictureWriter>(path, encode_jpeg, options);
+#else
+      throw Error("this program is built without libjpeg");
+#endif
+    case Kind::kWebp:
+#ifdef VEXO_HAS_WEBP
+      return std::make_unique<PictureWriter>(path, encode_webp, options);
+#else
+      throw Error("this program is built without libwebp");
+#endif
     case Kind::kY4m:
       return write_y4m(NamePattern(path).single_name(path, kind), info);
     case Kind::kRaw:

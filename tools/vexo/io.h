@@ -132,12 +132,12 @@ class FrameWriter {
 };
 
 // kVideo: what libavformat knows.
-enum class Kind { kPng, kPpm, kPgm, kY4m, kRaw, kVideo };
+enum class Kind { kPng, kPpm, kPgm, kJpeg, kWebp, kY4m, kRaw, kVideo };
 
 // What holds one frame, of 8 bits, and RGB of full range alone.
 bool is_picture(Kind kind);
 // The layouts that a frame is written in when nobody says which, best first.
-std::vector<int32_t> usual_layouts(Kind kind, const Layout &source);
+std::vector<int32_t> usual_layouts(Kind kind, const StreamInfo &source);
 // Whether a file of this kind can hold the layout.
 bool kind_carries(Kind kind, const Layout &layout);
 const char *kind_name(Kind kind);
@@ -177,6 +177,9 @@ using Encoder = void(const Frame &frame, const EncodeOptions &options,
                      std::string *bytes);
 Encoder encode_png;
 Encoder encode_pnm;
+// Where the program is built with their libraries.
+Encoder encode_jpeg;
+Encoder encode_webp;
 
 // All planes of a frame, rows without the gaps between them.
 void read_planes(ByteSource &source, Frame &frame);

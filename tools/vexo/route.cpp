@@ -128,7 +128,7 @@ const Layout &Route::choose_layout(Kind kind) const {
   const StreamInfo &info = steps_.back().info;
   const Layout &source = *info.layout;
   const int32_t color_std = known(info.color_std);
-  const std::vector<int32_t> wanted = usual_layouts(kind, source);
+  const std::vector<int32_t> wanted = usual_layouts(kind, info);
   if (std::find(wanted.begin(), wanted.end(), source.code) != wanted.end()) {
     return source;
   }
@@ -138,7 +138,7 @@ const Layout &Route::choose_layout(Kind kind) const {
   }
   // Without a conversion a picture can still be looked at when only the order
   // of its bytes differs.
-  if (kind_carries(kind, source)) return source;
+  if (is_rgb(source) && kind_carries(kind, source)) return source;
   for (const int32_t code : wanted) {
     const Layout &layout = layout_of(code);
     if (leads_to(source, layout, color_std)) return layout;
@@ -165,13 +165,20 @@ void Route::finish(const StreamOptions &options, Kind kind,
     const StreamInfo &info = steps_.back().info;
     const bool returns =
         info.layout != &home && options.via.empty() &&
-        kind_carries(kind, home) &&
+        kind_carries(kind, home) && (is_rgb(home) || !is_picture(kind)) &&
         library_converts(*info.layout, home, known(info.color_std));
     convert_to(returns ? home : choose_layout(kind));
   }
   if (!kind_carries(kind, *result().layout)) {
     throw Error(std::string("a ") + kind_name(kind) + " file cannot hold " +
                 result().layout->token);
+  }
+  const int32_t meant =
+      kind == Kind::kJpeg ? VEXO_STD_BT601_FULL : VEXO_STD_DEFAULT;
+  if ((kind == Kind::kJpeg || kind == Kind::kWebp) &&
+      has_standard(*result().layout) && result().color_std != meant) {
+    throw Error(std::string("a ") + kind_name(kind) + " file holds YUV of " +
+                standard_name(meant) + " alone");
   }
 }
 

@@ -67,7 +67,8 @@ std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
                 " has a size of its own");
   }
   const std::string name = source->name();
-  const bool video = !kind || kind == Kind::kVideo;
+  const bool video = !kind || kind == Kind::kVideo || kind == Kind::kJpeg ||
+                     kind == Kind::kWebp;
   if (!video && (options.stream >= 0 || !options.at.empty())) {
     throw Error("--stream and --at are for containers, and " + name +
                 " is none");
