@@ -2,12 +2,14 @@
 //
 // JPEG by libjpeg-turbo. Its errors come back by longjmp, so what sets the jump
 // keeps only plain values.
-#include <jpeglib.h>
 #include <algorithm>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
+
+// Needs what precedes it.
+#include <jpeglib.h>
 
 #include "error.h"
 #include "io.h"
