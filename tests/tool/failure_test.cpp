@@ -67,7 +67,7 @@ thumbnail one.y4m o.png --size 8x8 --turn 6 | --turn '6'
 thumbnail one.y4m o.raw --size 8x8 --prescale 3 | --prescale
 thumbnail one.y4m o.raw --size 5x4 --prescale 2 | 4x4 of the picture
 thumbnail f.raw o.raw --size 1x1 --prescale 4 --from-size 8x4 --from nv12 | leaves 2x1
-thumbnail c.ppm o.png --size 4x4 --prescale 2 | --prescale is for yuv420 and nv12
+thumbnail c.ppm o.png --size 4x4 --prescale 2 | --prescale is for 4:2:0
 thumbnail one.y4m o.png --fit 8 | --fit '8'
 thumbnail one.y4m o.png --size 8x8 --fit 8x8 | one of --size and --fit
 thumbnail one.y4m two.y4m o.png --fit 8x8 | --out-dir
