@@ -50,7 +50,7 @@ void add_file_options(CLI::App *command, const std::string &size_names,
       ->check(CLI::Range(0, 9));
   command
       ->add_option("--quality", options->encode.quality,
-                   "Of JPEG (90) and WebP (85), 0 to 100")
+                   "Of JPEG (90), WebP (85) and videos, 0 to 100")
       ->check(CLI::Range(0, 100));
   command->add_flag("--quiet", options->quiet,
                     "No progress line and no remark");

@@ -17,7 +17,7 @@ namespace {
 struct KindEntry {
   Kind kind;
   const char *name;
-  std::array<const char *, 3> endings;
+  std::array<const char *, 7> endings;
 };
 
 constexpr KindEntry kKinds[] = {
@@ -28,7 +28,9 @@ constexpr KindEntry kKinds[] = {
     {Kind::kWebp, "webp", {".webp"}},
     {Kind::kY4m, "y4m", {".y4m"}},
     {Kind::kRaw, "raw", {".raw", ".yuv", ".rgb"}},
-    {Kind::kVideo, "video", {}},
+    {Kind::kVideo,
+     "video",
+     {".mp4", ".mkv", ".mov", ".webm", ".m4v", ".avi", ".ts"}},
 };
 
 // The names of a row of pictures: a path with one %d or %0Nd in it, the number
@@ -165,7 +167,10 @@ bool kind_carries(Kind kind, const Layout &layout) {
     case Kind::kRaw:
       return true;
     case Kind::kVideo:
-      break;
+      return layout.code == VEXO_FMT_YUV420 ||
+             layout.code == VEXO_FMT_YUV422N ||
+             layout.code == VEXO_FMT_YUV444 ||
+             layout.code == VEXO_FMT_YUV420PLANAR16;
   }
   return false;
 }
@@ -204,8 +209,10 @@ std::vector<int32_t> usual_layouts(Kind kind, const StreamInfo &info) {
     case Kind::kY4m:
       if (kind_carries(kind, source)) return {source.code};
       return {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444};
-    case Kind::kRaw:
     case Kind::kVideo:
+      if (kind_carries(kind, source)) return {source.code};
+      return {VEXO_FMT_YUV420};
+    case Kind::kRaw:
       break;
   }
   return {source.code};
@@ -276,7 +283,8 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
     case Kind::kRaw:
       break;
     case Kind::kVideo:
-      throw Error("no video is written");
+      return write_video(NamePattern(path).single_name(path, kind), info,
+                         options);
   }
   return write_raw(NamePattern(path).single_name(path, kind));
 }

@@ -63,6 +63,9 @@ class ByteSink {
 
   const std::string &name() const { return name_; }
   void write(const void *bytes, size_t count);
+  // Where what is written already can be written again.
+  bool seekable() const;
+  void seek(int64_t offset);
   void commit();
 
  private:
@@ -171,6 +174,11 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
 std::unique_ptr<FrameWriter> write_y4m(const std::string &path,
                                        const StreamInfo &info);
 std::unique_ptr<FrameWriter> write_raw(const std::string &path);
+
+// Where the program is built with ffmpeg's libraries.
+std::unique_ptr<FrameWriter> write_video(const std::string &path,
+                                         const StreamInfo &info,
+                                         const EncodeOptions &options);
 
 // One picture as the bytes of a file, appended.
 using Encoder = void(const Frame &frame, const EncodeOptions &options,

@@ -23,6 +23,13 @@ std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
 
 FileFacts video_facts(std::unique_ptr<ByteSource> source) { refuse(*source); }
 
+std::unique_ptr<FrameWriter> write_video(const std::string &path,
+                                         const StreamInfo &,
+                                         const EncodeOptions &) {
+  throw Error("cannot write " + path +
+              ": this program is built without ffmpeg's libraries");
+}
+
 bool reads_videos() { return false; }
 
 }  // namespace vexo
