@@ -22,6 +22,8 @@ AddCommand add_sharpen;
 AddCommand add_deblock;
 AddCommand add_saturate;
 AddCommand add_anaglyph;
+AddCommand add_compare;
+AddCommand add_sheet;
 AddCommand add_info;
 AddCommand add_keyframes;
 AddCommand add_fourcc;

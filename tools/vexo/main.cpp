@@ -29,11 +29,11 @@ int complain(const char *sentence) {
 
 // As vexo --help lists them.
 constexpr vexo::AddCommand *kCommands[] = {
-    vexo::add_convert,   vexo::add_scale,     vexo::add_rotate,
-    vexo::add_thumbnail, vexo::add_tonemap,   vexo::add_sharpen,
-    vexo::add_deblock,   vexo::add_saturate,  vexo::add_anaglyph,
-    vexo::add_info,      vexo::add_keyframes, vexo::add_fourcc,
-    vexo::add_formats};
+    vexo::add_convert,   vexo::add_scale,    vexo::add_rotate,
+    vexo::add_thumbnail, vexo::add_tonemap,  vexo::add_sharpen,
+    vexo::add_deblock,   vexo::add_saturate, vexo::add_anaglyph,
+    vexo::add_compare,   vexo::add_info,     vexo::add_keyframes,
+    vexo::add_fourcc,    vexo::add_formats};
 
 int run(int argc, char **argv) {
   CLI::App app{
