@@ -340,5 +340,73 @@ TEST_F(VideoTest, PicturesOfOtherLibraries) {
   EXPECT_GT(get("p.png").size(), rgb.size());
 }
 
+// H.264 with the tags of what was written; the comparison is ffmpeg's.
+TEST_F(VideoTest, VideosAndTheirComparison) {
+  ffmpeg(
+      kSource +
+      std::string("-c:v ffv1 -pix_fmt yuv420p -colorspace bt709 -color_range "
+                  "tv -color_primaries bt709 -color_trc bt709 in.mkv"));
+  for (const std::string name : {"o.mp4", "o.mkv", "o.webm"}) {
+    vexo_ok("convert in.mkv " + name + " --quality 80");
+    const std::string json = shell("vexo info " + name + " --json").out;
+    for (const char *const fact :
+         {"\"matrix\": \"bt709\"", "\"range\": \"limited\"",
+          "\"transfer\": \"bt709\"", "\"frames\": 10", "\"rate\": \"10/1\""}) {
+      EXPECT_NE(json.find(fact), std::string::npos) << name << fact << json;
+    }
+    const std::string said =
+        shell("vexo compare in.mkv " + name + " --quiet --map map.png").out;
+    const std::string theirs =
+        shell("ffmpeg -hide_banner -i " + name +
+              " -i in.mkv -lavfi '[0][1]psnr,nullsink;[0][1]ssim' -f null - "
+              "2>&1 | sed -n 's/.*PSNR y:\\([0-9.]*\\).*average:\\([0-9.]*\\).*"
+              "/\\1 \\2/p; s/.*SSIM Y:\\([0-9.]*\\).*All:\\([0-9.]*\\).*/\\1 "
+              "\\2/p' | sort")
+            .out;
+    std::istringstream numbers(theirs);
+    const std::string phrases[] = {"ssim y:", " all:", "psnr y:", " all:"};
+    // SSIM sorts first; its `all` is the last of the line.
+    const size_t ssim = said.find("ssim");
+    const size_t from[] = {0, ssim, 0, 0};
+    for (int i = 0; i < 4; ++i) {
+      double number = 0;
+      numbers >> number;
+      const size_t at = said.find(phrases[i], from[i]) + phrases[i].size();
+      EXPECT_NEAR(std::stod(said.substr(at)), number, 0.001)
+          << name << i << said << theirs;
+    }
+    EXPECT_GT(std::stod(said.substr(said.find("psnr y:") + 7)), 30);
+  }
+  EXPECT_NE(shell("vexo compare in.mkv in.mkv --json")
+                .out.find("\"mean\": {\"psnr\": {\"y\": null"),
+            std::string::npos);
+  EXPECT_EQ(pixels("map.png").size(), 96 * 64 * 3);
+  vexo_ok("convert in.mkv five.y4m --frames 5");
+  const Outcome shorter = shell("vexo compare in.mkv five.y4m");
+  EXPECT_EQ(shorter.status, 1);
+  EXPECT_EQ(shorter.err,
+            "vexo: five.y4m ends after 5 frames, the other does not\n");
+  expect_failure("convert in.mkv o.avi --crop 9x9+0+0 --out-kind png", "%03d");
+}
+
+// Cells of the size that fits, at the places of the grid, each a picture of
+// its own time; with times, other pixels below on the right alone.
+TEST_F(VideoTest, Sheet) {
+  ffmpeg(
+      "-f lavfi -i color=black:s=64x32:r=10:d=4,geq=lum=40+5*N:cb=128:cr=128 "
+      "-c:v mpeg4 -q:v 2 -g 1 in.mp4");
+  vexo_ok("sheet in.mp4 o.png --grid 2x2 --cell 32x32");
+  const std::string sheet = pixels("o.png");
+  ASSERT_EQ(sheet.size(), 76 * 44 * 3);
+  for (int i = 0; i < 4; ++i) {
+    const int x = 4 + i % 2 * 36, y = 4 + i / 2 * 20;
+    const int frame = 5 + 10 * i;
+    EXPECT_NEAR(static_cast<uint8_t>(sheet[3 * (76 * (y + 4) + x + 9)]),
+                (40 + 5 * frame - 16) * 255 / 219.0, 4)
+        << i;
+  }
+  EXPECT_EQ(sheet.substr(0, 12), std::string(12, ' '));
+}
+
 }  // namespace
 }  // namespace tool

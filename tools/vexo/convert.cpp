@@ -24,9 +24,10 @@ namespace {
 constexpr const char *kConvertHelp =
     R"(Converts pictures and clips between pixel layouts.
 
-IN is PNG, PGM (P5), PPM (P6), Y4M or raw frames; OUT is PNG, PGM, PPM, Y4M or
-raw frames by the ending of its name (.png .pgm .ppm .y4m; .raw .yuv .rgb) or
---out-kind. - is standard input or output; standard output is Y4M by default.
+IN is PNG, PGM (P5), PPM (P6), Y4M or raw frames, or any other picture or video
+that ffmpeg's libraries read. OUT is what its name ends in (.png .jpg .webp .pgm
+.ppm .y4m; .raw .yuv .rgb; .mp4 .mkv .mov .webm), or --out-kind. - is standard
+input or output; standard output is Y4M by default.
 Several frames become numbered pictures with a name such as frame%03d.png; %% is
 a percent sign.
 
@@ -39,7 +40,14 @@ Raw frames are planes without gaps, their chroma sizes rounded up: the last
 column and row of an odd picture have chroma of their own. Tiled ones are whole
 tiles of luma, then of U, V pairs; those of an odd picture have the next even
 size, those of t64x32 an even number of tiles across. t256x16 is converted only
-when wider than 1280.)";
+when wider than 1280.
+
+Colours are those that IN tells of, or --standard and --range. What is HDR (PQ,
+HLG) is tone mapped; --kind none leaves it. Pictures come upright.
+
+  vexo convert clip.mp4 frame%03d.png
+  vexo convert clip.mkv still.jpg --at 12.5s --frames 1 --quality 85
+  vexo convert frame.yuv frame.png --size 1920x1080 --from nv12)";
 
 // How the samples of YUV are to be taken: as the options say it, else the
 // input.

@@ -25,7 +25,9 @@ IN and OUT are those of vexo convert. Frames are sharpened in their own layout
 if luma is a plane of 8 bits in it, else as yuv420, and go back to their own
 where the library converts to it and OUT holds it. Chroma is copied, and so are
 the two outermost rows and columns and a picture less than 5 wide or high. There
-is one strength.)";
+is one strength.
+
+  vexo sharpen photo.y4m sharp.png)";
 
 constexpr const char *kDeblockHelp =
     R"(Smooths the edges of the 8x8 blocks of decoded pictures and clips.
@@ -37,7 +39,9 @@ OUT holds it.
 
 N is how large an edge may be to pass for one that compression has made: flat
 blocks that differ by up to 8/3 N are joined by a slope, those that differ by
-more less and less, from 16/3 N on not at all. 0 changes nothing.)";
+more less and less, from 16/3 N on not at all. 0 changes nothing.
+
+  vexo deblock clip.mp4 smooth.mp4 --strength 12)";
 
 constexpr const char *kSaturateHelp =
     R"(Maps the chroma of pictures and clips through the library's saturation table.
@@ -56,7 +60,9 @@ constexpr const char *kAnaglyphHelp =
 
 IN and OUT are those of vexo convert. What is not RGB is converted to rgb888
 first, and goes back to what it was where the library converts to it and OUT
-holds it. Alpha is dropped. The anaglyph is half as wide as IN.)";
+holds it. Alpha is dropped. The anaglyph is half as wide as IN.
+
+  vexo anaglyph photo.png anaglyph.png --mode 1)";
 
 // `level` is the strength or the mode, of those that have one.
 struct EnhanceOptions : StreamOptions {

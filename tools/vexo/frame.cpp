@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "error.h"
+#include "nearest.h"
 
 namespace vexo {
 namespace {
@@ -43,7 +44,10 @@ const Layout &layout_of(int32_t code) {
 const Layout &layout_named(const std::string &token) {
   const int32_t code = vexo_format_of_name(token.c_str());
   if (code >= 0) return layout_of(code);
-  throw Error("unknown format '" + token + "'; 'vexo formats' lists them");
+  std::vector<std::string> tokens;
+  for (const Layout &layout : all_layouts()) tokens.emplace_back(layout.token);
+  throw Error("unknown format '" + token + "'; 'vexo formats' lists them" +
+              suggestion(token, tokens));
 }
 
 bool is_rgb(const Layout &layout) {

@@ -15,8 +15,9 @@ namespace vexo {
 namespace {
 
 constexpr const char *kInfoHelp =
-    R"(Says what is in a file: container, streams, sizes, pixels, colours, turns,
-light levels, length, frames and key frames.
+    R"(Says what is in a file: streams, sizes, colours, turns, frames.
+
+Light levels, length and key frames are said, too, and what the pixels are.
 
 Nothing but the first frame of each stream is decoded, but the whole file is
 read. "taken as" is the standard that other commands convert by.

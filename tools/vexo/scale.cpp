@@ -20,7 +20,10 @@ constexpr const char *kScaleHelp =
 
 IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
-With --rotate only YUV is scaled. p010le is only reduced, by whole factors.)";
+With --rotate only YUV is scaled. p010le is only reduced, by whole factors.
+
+  vexo scale clip.mp4 small.mp4 --size 640x360
+  vexo scale photo.y4m upright.png --size 104x160 --rotate right)";
 
 constexpr const char *kRotateHelp =
     R"(Turns or mirrors pictures and clips.
@@ -28,7 +31,10 @@ constexpr const char *kRotateHelp =
 IN and OUT are those of vexo convert. Frames are turned in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
 4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
-becomes yuv422w.)";
+becomes yuv422w.
+
+  vexo rotate photo.png mirrored.png --turn mirror
+  vexo rotate clip.mp4 upright.mp4 --turn right)";
 
 struct ScaleOptions : StreamOptions {
   std::string size;

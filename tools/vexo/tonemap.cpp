@@ -25,7 +25,10 @@ it. In PNG and PPM, which have no such range, RGB is expanded to 0 to 255.
 
 The tone curve is that of a source of 1000 nits for a peak up to 1500, else that
 of 4000. With --measure each frame's brightest luma chooses the curve of 1000,
-of 2000 or of more than 4000. hlg has none: neither option changes anything.)";
+of 2000 or of more than 4000. hlg has none: neither option changes anything.
+
+  vexo tonemap hdr.mkv sdr.mp4
+  vexo tonemap hdr.y4m sdr%03d.png --kind hdr10-mild --nit 4000)";
 
 int32_t kind_code(const std::string &name) {
   constexpr std::pair<const char *, int32_t> kKinds[] = {
