@@ -19,6 +19,9 @@ namespace vexo {
 
 std::string av_reason(int error);
 
+// Of a picture: what damaged headers claim must not fill the memory.
+constexpr int64_t kMostPixels = int64_t{1} << 28;
+
 struct FreeAv {
   void operator()(AVFrame *frame) const { av_frame_free(&frame); }
   void operator()(AVPacket *packet) const { av_packet_free(&packet); }

@@ -25,6 +25,7 @@ void look_at_frame(AVStream *stream, const AVPacket &packet, StreamInfo *info) {
                                          : avcodec_alloc_context3(decoder));
   if (codec == nullptr) return;
   codec->thread_count = 1;
+  codec->max_pixels = kMostPixels;
   if (avcodec_parameters_to_context(codec.get(), stream->codecpar) < 0 ||
       avcodec_open2(codec.get(), decoder, nullptr) < 0 ||
       avcodec_send_packet(codec.get(), &packet) < 0) {

@@ -91,6 +91,7 @@ class Reader : public VideoReader {
       status = avcodec_parameters_to_context(codec_.get(), stream_->codecpar);
       if (status < 0) file_.fail(status);
       codec_->pkt_timebase = stream_->time_base;
+      codec_->max_pixels = kMostPixels;
       codec_->thread_count = threads;
       // Others tell of mended frames, and explode on what is merely unknown.
       if (!wish_.tolerant && decoder->id == AV_CODEC_ID_MJPEG) {
