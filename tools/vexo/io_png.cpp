@@ -17,7 +17,7 @@
 namespace vexo {
 namespace {
 
-constexpr int kUsualLevel = 6;
+constexpr int kUsualLevel = 2;
 
 // Where the callbacks read, write and leave their sentence.
 struct PngContext {
@@ -174,6 +174,10 @@ bool write_header(png_structp png, png_infop info, int width, int height,
                   int color_type, int level) {
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_compression_level(png, level < 0 ? kUsualLevel : level);
+  // With little effort the filters that cost most are not worth their time.
+  if (level > 0 ? level <= kUsualLevel : level < 0) {
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FAST_FILTERS);
+  }
   png_set_IHDR(png, info, static_cast<png_uint_32>(width),
                static_cast<png_uint_32>(height), 8, color_type,
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
