@@ -18,7 +18,8 @@ rgb_layouts="rgb565 bgr565 rgb888 bgr888 rgba8888 bgra8888 argb8888 abgr8888"
 
 # shellcheck source=scripts/packages.sh
 . scripts/packages.sh
-need g++ cmake ninja-build libcli11-dev libpng-dev zlib1g-dev
+need g++ cmake ninja-build libcli11-dev libpng-dev zlib1g-dev libavformat-dev \
+  libavcodec-dev libavutil-dev libjpeg-dev libwebp-dev libfreetype-dev
 
 echo "Building in $build ..."
 mkdir -p "$build" "$out"

@@ -19,10 +19,16 @@ preset=x86_64-clang-asan
 build=build/$preset
 [ -e "$build/build.ninja" ] || cmake --preset $preset >/dev/null
 for name in $target; do
-  cmake --build "$build" --target "fuzz_$name" >/dev/null
+  length=64
+  case $name in
+    tool) program=fuzz_tool_readers ;;
+    video) program=fuzz_tool_video length=2048 ;;
+    *) program=fuzz_$name ;;
+  esac
+  cmake --build "$build" --target "$program" >/dev/null
   mkdir -p "build/fuzz/$name"
   echo "== $name"
-  "$build/tests/fuzz/fuzz_$name" -max_total_time="$seconds" -max_len=64 \
+  "$build/tests/fuzz/$program" -max_total_time="$seconds" -max_len=$length \
     -len_control=0 -timeout=10 -print_final_stats=1 -verbosity=0 \
     -artifact_prefix="build/fuzz/$name-" \
     "build/fuzz/$name" "tests/fuzz/corpus/$name"

@@ -24,13 +24,13 @@ convert one.y4m nowhere/o.png | nowhere/o.png
 convert one.y4m o.png --to nv99 | 'nv99'
 convert one.y4m o.png --from nv12 | holds yuv420
 convert one.y4m o.png --to nv12 | cannot hold nv12
-convert c.ppm o.png --to rgba8888 | library: rgb888 to rgba8888
-convert one.y4m o.png --via yv12,nv12 | library: yv12 to nv12
 convert one.y4m o.png --standard bt470 | 'bt470'
-convert one.y4m o.raw --to rgb565 --standard bt709-full | library: yuv420 to rgb565 (bt709-full)
-convert one.y4m o.raw --via rgba8888,yuv420 --standard bt709 | library: rgba8888 to yuv420 (bt709)
 convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888 | t256x16 to rgba8888 at 1280x8
-convert f.raw o.png --size 8x6 --from yuv420 | 8x8
+convert f.raw o.png --size 8x6 --from yuv420 | truncated
+convert one.y4m o.raw --to p010le | library: yuv420 to p010le
+convert one.y4m o.png --range all | --range 'all'
+convert one.y4m o.png --crop 8x8 | --crop '8x8'
+convert one.y4m o.png --crop 8x8+1+0 | which is 8x8
 convert two.y4m o.png | more than one frame
 convert two.y4m %d%d.png | pattern
 convert one.y4m a%n.y4m | 'a%n.y4m'
@@ -43,7 +43,6 @@ convert /dev/null o.raw --size 8x8 --from yuv420 | no frame
 scale one.y4m o.png | --size
 scale one.y4m o.png --size 16 | --size '16'
 scale one.y4m o.png --size 0x8 | 0x8
-scale one.y4m o.png --size 16x4 | 8x8
 scale one.y4m o.png --size 16x16 --from-size 8x8 | --from-size is for
 scale f.raw o.raw --size 16x16 | need --from-size and --from
 scale one.y4m o.png --size 16x16 --rotate up | --rotate 'up'
@@ -58,7 +57,7 @@ rotate one.y4m o.png --turn up | --turn 'up'
 rotate f.raw o.raw --size 4x4 --from p010le --turn left | turn p010le from 4x4 to 4x4 (status -3)
 rotate f.raw o.raw --size 4x4 --from uyvy --turn half | turn uyvy from 4x4 to 4x4 (status -3)
 rotate f.raw o.raw --size 4x4 --from yv16 --turn left | yv16 after
-thumbnail one.y4m o.png | --size
+thumbnail one.y4m o.png | one of --size
 thumbnail one.y4m o.png --size 8 | --size '8'
 thumbnail one.y4m o.png --size 9x8 | 9x8 is larger than the picture
 thumbnail one.y4m o.png --size 8x9 | which is 8x8
@@ -68,9 +67,10 @@ thumbnail one.y4m o.png --size 8x8 --turn 6 | --turn '6'
 thumbnail one.y4m o.raw --size 8x8 --prescale 3 | --prescale
 thumbnail one.y4m o.raw --size 5x4 --prescale 2 | 4x4 of the picture
 thumbnail f.raw o.raw --size 1x1 --prescale 4 --from-size 8x4 --from nv12 | leaves 2x1
-thumbnail one.y4m o.png --size 4x4 | 8x8
-thumbnail c.ppm o.png --size 4x4 --prescale 2 | --prescale is for yuv420 and nv12
-thumbnail f.raw o.raw --size 4x4 --from-size 8x8 --from nv21 | holds nv21
+thumbnail c.ppm o.png --size 4x4 --prescale 2 | --prescale is for 4:2:0
+thumbnail one.y4m o.png --fit 8 | --fit '8'
+thumbnail one.y4m o.png --size 8x8 --fit 8x8 | one of --size and --fit
+thumbnail one.y4m two.y4m o.png --fit 8x8 | --out-dir
 tonemap one.y4m o.png | holds yuv420: only
 tonemap full.y4m o.png | full range
 tonemap one.y4m o.png --via nv12 | --via
@@ -79,19 +79,15 @@ tonemap one.y4m o.png --nit 0 | --nit
 tonemap one.y4m o.png --nit 10001 | --nit
 tonemap one.y4m o.png --nit 1e3 | --nit
 tonemap one.y4m o.png --nit 1000 --measure | --measure
-tonemap f.raw o.raw --size 8x4 --from p010le --to bgr888 | library: rgba8888 to bgr888
 tonemap f.raw o.pgm --size 8x4 --from p010le | library: yuv420 to yuv400
 sharpen c.ppm o.png --strength 1 | --strength
-sharpen f.raw o.raw --size 4x8 --from rgb888 | 8x8
 deblock one.y4m o.png --strength 16 | --strength
 deblock one.y4m o.png --strength -1 | --strength
-deblock f.raw o.raw --size 8x4 --from p010le | library: p010le to yuv420
 saturate one.y4m o.png --strength 0 | --strength
-saturate f.raw o.raw --size 8x8 --from yuv400 | library: yuv400 to yuv420
+saturate f.raw o.raw --size 8x8 --from yuv400 | truncated
 anaglyph c.ppm o.png | --mode
 anaglyph c.ppm o.png --mode 3 | --mode
 anaglyph f.raw o.raw --size 3x8 --from rgb888 --mode 1 | not 3
-anaglyph one.y4m o.y4m --mode 1 | 4x8
 keyframes none.h264 | none.h264
 keyframes /dev/null | is empty
 keyframes one.y4m | --codec

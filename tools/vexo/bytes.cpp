@@ -69,6 +69,21 @@ bool ByteSource::at_end() {
   return false;
 }
 
+std::optional<int64_t> ByteSource::size() {
+  const off_t here = ftello(file_);
+  if (here < 0 || fseeko(file_, 0, SEEK_END) != 0) return std::nullopt;
+  const off_t end = ftello(file_);
+  if (end < 0 || fseeko(file_, here, SEEK_SET) != 0) return std::nullopt;
+  return end;
+}
+
+void ByteSource::seek(int64_t offset) {
+  peeked_used_ = peeked_.size();
+  if (fseeko(file_, offset, SEEK_SET) != 0) {
+    throw Error("cannot read " + name_ + ": " + reason());
+  }
+}
+
 std::optional<std::string> ByteSource::read_line(size_t max_bytes) {
   if (at_end()) return std::nullopt;
   std::string line;

@@ -22,6 +22,9 @@ AddCommand add_sharpen;
 AddCommand add_deblock;
 AddCommand add_saturate;
 AddCommand add_anaglyph;
+AddCommand add_compare;
+AddCommand add_sheet;
+AddCommand add_info;
 AddCommand add_keyframes;
 AddCommand add_fourcc;
 AddCommand add_formats;
@@ -32,7 +35,14 @@ CLI::App *add_stream_command(CLI::App &app, const char *name, const char *help,
                              const std::string &size_names,
                              StreamOptions *options);
 
+// The options of such a command that has its own names of files.
+void add_file_options(CLI::App *command, const std::string &size_names,
+                      StreamOptions *options);
+
 // For commands whose frames may go from YUV to RGB or back on the way.
 void add_step_options(CLI::App *command, StreamOptions *options);
+
+// How what is HDR is tone mapped.
+void add_tone_options(CLI::App *command, StreamOptions *options);
 
 }  // namespace vexo

@@ -25,7 +25,9 @@ IN and OUT are those of vexo convert. Frames are sharpened in their own layout
 if luma is a plane of 8 bits in it, else as yuv420, and go back to their own
 where the library converts to it and OUT holds it. Chroma is copied, and so are
 the two outermost rows and columns and a picture less than 5 wide or high. There
-is one strength.)";
+is one strength.
+
+  vexo sharpen photo.y4m sharp.png)";
 
 constexpr const char *kDeblockHelp =
     R"(Smooths the edges of the 8x8 blocks of decoded pictures and clips.
@@ -37,7 +39,9 @@ OUT holds it.
 
 N is how large an edge may be to pass for one that compression has made: flat
 blocks that differ by up to 8/3 N are joined by a slope, those that differ by
-more less and less, from 16/3 N on not at all. 0 changes nothing.)";
+more less and less, from 16/3 N on not at all. 0 changes nothing.
+
+  vexo deblock clip.mp4 smooth.mp4 --strength 12)";
 
 constexpr const char *kSaturateHelp =
     R"(Maps the chroma of pictures and clips through the library's saturation table.
@@ -56,7 +60,9 @@ constexpr const char *kAnaglyphHelp =
 
 IN and OUT are those of vexo convert. What is not RGB is converted to rgb888
 first, and goes back to what it was where the library converts to it and OUT
-holds it. Alpha is dropped. The anaglyph is half as wide as IN.)";
+holds it. Alpha is dropped. The anaglyph is half as wide as IN.
+
+  vexo anaglyph photo.png anaglyph.png --mode 1)";
 
 // `level` is the strength or the mode, of those that have one.
 struct EnhanceOptions : StreamOptions {
@@ -97,7 +103,7 @@ class Filter : public Reshape {
   const Layout &takes(const Layout &source) const override {
     return takes_layout_(source) ? source : layout_of(VEXO_FMT_YUV420);
   }
-  void announce(StreamInfo *) const override {}
+  void announce(StreamInfo *) override {}
 
  private:
   bool (*takes_layout_)(const Layout &layout);
@@ -164,7 +170,7 @@ class Anaglyph : public Reshape {
     return PixelUnpacker::takes(source) ? source : layout_of(VEXO_FMT_RGB888);
   }
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     if (info->width % 2 != 0) {
       throw Error("two views side by side have an even width, not " +
                   std::to_string(info->width));
@@ -224,8 +230,7 @@ void add_sharpen(CLI::App &app) {
   const auto options = std::make_shared<EnhanceOptions>();
   add_enhancement(app, "sharpen", kSharpenHelp, options.get())
       ->callback([options] {
-        Sharpen filter;
-        convert(*options, &filter);
+        convert(*options, [&] { return std::make_unique<Sharpen>(); });
       });
 }
 
@@ -237,8 +242,8 @@ void add_deblock(CLI::App &app) {
   command->add_option("--strength", options->level, "N, 0 to 15 (8)")
       ->check(CLI::Range(0, 15));
   command->callback([options] {
-    Deblock filter(options->level);
-    convert(*options, &filter);
+    convert(*options,
+            [&] { return std::make_unique<Deblock>(options->level); });
   });
 }
 
@@ -250,8 +255,8 @@ void add_saturate(CLI::App &app) {
   command->add_option("--strength", options->level, "N, 1 to 32767 (1180)")
       ->check(CLI::Range(1, 32767));
   command->callback([options] {
-    Saturate filter(options->level);
-    convert(*options, &filter);
+    convert(*options,
+            [&] { return std::make_unique<Saturate>(options->level); });
     if (options->quiet) return;
     std::fputs(
         "vexo: the library's table is made of 32-bit words read as 16-bit "
@@ -270,8 +275,8 @@ void add_anaglyph(CLI::App &app) {
       ->required()
       ->check(CLI::Range(1, 2));
   command->callback([options] {
-    Anaglyph reshape(options->level);
-    convert(*options, &reshape);
+    convert(*options,
+            [&] { return std::make_unique<Anaglyph>(options->level); });
   });
 }
 

@@ -13,4 +13,10 @@ class Error : public std::runtime_error {
   explicit Error(const std::string &sentence) : std::runtime_error(sentence) {}
 };
 
+// What failed has been said, a line each.
+class Reported : public Error {
+ public:
+  Reported() : Error("") {}
+};
+
 }  // namespace vexo

@@ -3,11 +3,15 @@
 // The library's layouts and the memory of frames.
 #include "frame.h"
 
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "error.h"
+#include "nearest.h"
 
 namespace vexo {
 namespace {
@@ -40,7 +44,10 @@ const Layout &layout_of(int32_t code) {
 const Layout &layout_named(const std::string &token) {
   const int32_t code = vexo_format_of_name(token.c_str());
   if (code >= 0) return layout_of(code);
-  throw Error("unknown format '" + token + "'; 'vexo formats' lists them");
+  std::vector<std::string> tokens;
+  for (const Layout &layout : all_layouts()) tokens.emplace_back(layout.token);
+  throw Error("unknown format '" + token + "'; 'vexo formats' lists them" +
+              suggestion(token, tokens));
 }
 
 bool is_rgb(const Layout &layout) {
@@ -58,18 +65,12 @@ void check_size(int64_t width, int64_t height, const std::string &where) {
 Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
     : layout_(&layout), width_(width), height_(height) {
   check_size(width, height, layout.token);
-  constexpr int32_t kAlignment = 64;
-  vexo_img dense = {};
-  size_t bytes = 0;
-  vexo_picture_geometry(&dense, layout.code, width, height, 1);
-  if (vexo_picture_geometry(&img_, layout.code, width, height, kAlignment) !=
-          VEXO_OK ||
-      vexo_picture_bytes(layout.code, width, height, kAlignment, &bytes) !=
-          VEXO_OK) {
+  if (vexo_picture_bytes(layout.code, width, height, 1, &size_) != VEXO_OK ||
+      vexo_picture_geometry(&img_, layout.code, width, height, 1) != VEXO_OK) {
     throw std::bad_alloc();
   }
   for (int p = 0; p < layout.planes; ++p) {
-    row_bytes_[p] = dense.stride[p];
+    row_bytes_[p] = img_.stride[p];
     if (int64_t{img_.stride[p]} * img_.buf_height[p] >
         std::numeric_limits<int32_t>::max()) {
       throw Error("a picture of " + std::to_string(width) + "x" +
@@ -79,11 +80,66 @@ Frame::Frame(const Layout &layout, int width, int height, int32_t color_std)
   }
   // Untouched pages of a zeroed block cost nothing: a damaged header that
   // claims a huge picture does not make a huge process.
-  memory_.reset(static_cast<uint8_t *>(std::calloc(bytes, 1)));
-  if (memory_ == nullptr) throw std::bad_alloc();
-  vexo_picture_layout(&img_, layout.code, width, height, kAlignment,
-                      memory_.get(), bytes);
+  constexpr size_t kAlignment = 64;
+  size_t space = size_ + kAlignment;
+  void *memory = std::calloc(space, 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  kept_ = std::shared_ptr<const void>(
+      memory, [memory](const void *) { std::free(memory); });
+  whole_ = static_cast<uint8_t *>(std::align(kAlignment, size_, memory, space));
+  vexo_picture_layout(&img_, layout.code, width, height, 1, whole_, size_);
   img_.color_std = color_std;
+}
+
+Frame::Frame(const vexo_img &img, std::shared_ptr<const void> kept)
+    : layout_(&layout_of(img.format)),
+      width_(img.width[0]),
+      height_(img.height[0]),
+      img_(img),
+      kept_(std::move(kept)) {
+  vexo_img dense = {};
+  vexo_picture_geometry(&dense, img.format, width_, height_, 1);
+  for (int p = 0; p < layout_->planes; ++p) row_bytes_[p] = dense.stride[p];
+}
+
+vexo_img window_of(const Frame &frame, int x, int y, int width, int height) {
+  const Layout &layout = frame.layout();
+  if (!is_rgb(layout) && layout.code != VEXO_FMT_YUV400 &&
+      layout.code != VEXO_FMT_YUV444) {
+    x &= ~1;
+    y &= ~1;
+  }
+  vexo_img window = {};
+  vexo_picture_geometry(&window, layout.code, width, height, 1);
+  // The strides of a picture as wide as what lies left of the window.
+  vexo_img left = {};
+  if (x > 0) vexo_picture_geometry(&left, layout.code, x, 1, 1);
+  for (int p = 0; p < layout.planes; ++p) {
+    const int64_t row = int64_t{y} * frame.rows(p) / frame.height();
+    window.plane[p] = frame.row(p, static_cast<int>(row)) + left.stride[p];
+    window.stride[p] = frame.img().stride[p];
+  }
+  window.color_std = frame.img().color_std;
+  return window;
+}
+
+void blacken(const Frame &frame) {
+  const bool full = frame.img().color_std == VEXO_STD_BT601_FULL ||
+                    frame.img().color_std == VEXO_STD_BT709_FULL;
+  const bool grey = frame.layout().code == VEXO_FMT_YUV400;
+  const bool rgb = is_rgb(frame.layout());
+  for (int p = 0; p < frame.layout().planes; ++p) {
+    const int value = rgb || grey ? 0 : p > 0 ? 128 : full ? 0 : 16;
+    for (int y = 0; y < frame.rows(p); ++y) {
+      std::memset(frame.row(p, y), value,
+                  static_cast<size_t>(frame.row_bytes(p)));
+    }
+  }
+  if (frame.layout().code != VEXO_FMT_RGBA8888) return;
+  for (int y = 0; y < frame.height(); ++y) {
+    uint8_t *const row = frame.row(0, y);
+    for (int x = 3; x < frame.row_bytes(0); x += 4) row[x] = 255;
+  }
 }
 
 PictureContext::PictureContext() {

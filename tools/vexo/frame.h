@@ -33,8 +33,11 @@ void check_size(int64_t width, int64_t height, const std::string &where);
 
 class Frame {
  public:
-  // Zeroed planes. Throws Error when a plane would not fit 2 GiB.
+  // Zeroed planes without gaps, as raw files hold them. Throws Error when a
+  // plane would not fit 2 GiB.
   Frame(const Layout &layout, int width, int height, int32_t color_std);
+  // Planes of somebody else, which live as long as what is kept.
+  Frame(const vexo_img &img, std::shared_ptr<const void> kept);
 
   const Layout &layout() const { return *layout_; }
   int width() const { return width_; }
@@ -44,22 +47,30 @@ class Frame {
   // rows of row_bytes() bytes.
   int row_bytes(int plane) const { return row_bytes_[plane]; }
   int rows(int plane) const { return img_.buf_height[plane]; }
+  // All planes in one piece, or null where there are gaps.
+  uint8_t *whole() const { return whole_; }
+  size_t size() const { return size_; }
   uint8_t *row(int plane, int y) const {
     return img_.plane[plane] + int64_t{y} * img_.stride[plane];
   }
 
  private:
-  struct Free {
-    void operator()(uint8_t *memory) const { std::free(memory); }
-  };
-
   const Layout *layout_;
   int width_;
   int height_;
   int row_bytes_[3] = {};
   vexo_img img_ = {};
-  std::unique_ptr<uint8_t, Free> memory_;
+  uint8_t *whole_ = nullptr;
+  size_t size_ = 0;
+  std::shared_ptr<const void> kept_;
 };
+
+// A part of a frame's pixels. Where layouts pair pixels, its place is rounded
+// down to even.
+vexo_img window_of(const Frame &frame, int x, int y, int width, int height);
+
+// Black, opaque.
+void blacken(const Frame &frame);
 
 // The library's memory for what lies between a call's steps.
 class PictureContext {

@@ -5,8 +5,10 @@
 #include "io.h"
 
 #include <array>
+#include <vector>
 
 #include "error.h"
+#include "orumlox/common.h"
 #include "pixels.h"
 
 namespace vexo {
@@ -15,15 +17,20 @@ namespace {
 struct KindEntry {
   Kind kind;
   const char *name;
-  std::array<const char *, 3> endings;
+  std::array<const char *, 7> endings;
 };
 
 constexpr KindEntry kKinds[] = {
     {Kind::kPng, "png", {".png"}},
     {Kind::kPpm, "ppm", {".ppm"}},
     {Kind::kPgm, "pgm", {".pgm"}},
+    {Kind::kJpeg, "jpeg", {".jpg", ".jpeg"}},
+    {Kind::kWebp, "webp", {".webp"}},
     {Kind::kY4m, "y4m", {".y4m"}},
     {Kind::kRaw, "raw", {".raw", ".yuv", ".rgb"}},
+    {Kind::kVideo,
+     "video",
+     {".mp4", ".mkv", ".mov", ".webm", ".m4v", ".avi", ".ts"}},
 };
 
 // The names of a row of pictures: a path with one %d or %0Nd in it, the number
@@ -89,16 +96,23 @@ class NamePattern {
 
 class PictureWriter : public FrameWriter {
  public:
-  PictureWriter(const std::string &path, Encoder *encode)
-      : path_(path), pattern_(path), encode_(encode) {}
+  PictureWriter(const std::string &path, Encoder *encoder,
+                const EncodeOptions &options)
+      : path_(path), pattern_(path), encoder_(encoder), options_(options) {}
 
-  void write(const Frame &frame) override {
+  bool encodes() const override { return true; }
+  void encode(const Frame &frame, std::string *bytes) const override {
+    bytes->clear();
+    encoder_(frame, options_, bytes);
+  }
+
+  void write(const Frame &, const std::string &bytes) override {
     if (++count_ > 1 && !pattern_.numbered()) {
       throw Error("the input has more than one frame: '" + path_ +
                   "' needs a number, for instance frame%03d.png");
     }
     sink_ = std::make_unique<ByteSink>(pattern_.name(count_));
-    encode_(frame, *sink_);
+    sink_->write(bytes.data(), bytes.size());
     // A numbered picture is complete now. A single one waits: a second frame
     // makes the whole run fail.
     if (pattern_.numbered()) finish();
@@ -112,7 +126,8 @@ class PictureWriter : public FrameWriter {
  private:
   std::string path_;
   NamePattern pattern_;
-  Encoder *encode_;
+  Encoder *encoder_;
+  EncodeOptions options_;
   int64_t count_ = 0;
   std::unique_ptr<ByteSink> sink_;
 };
@@ -134,6 +149,12 @@ bool kind_carries(Kind kind, const Layout &layout) {
   switch (kind) {
     case Kind::kPng:
       return layout.code == VEXO_FMT_YUV400 || PixelUnpacker::takes(layout);
+    case Kind::kJpeg:
+      return layout.code == VEXO_FMT_RGB888 ||
+             layout.code == VEXO_FMT_RGBA8888 || layout.code <= VEXO_FMT_YUV444;
+    case Kind::kWebp:
+      return layout.code == VEXO_FMT_RGB888 ||
+             layout.code == VEXO_FMT_RGBA8888 || layout.code == VEXO_FMT_YUV420;
     case Kind::kPpm:
       return PixelUnpacker::takes(layout) && !PixelUnpacker(layout).alpha();
     case Kind::kPgm:
@@ -145,13 +166,68 @@ bool kind_carries(Kind kind, const Layout &layout) {
              layout.code == VEXO_FMT_YUV420PLANAR16;
     case Kind::kRaw:
       return true;
+    case Kind::kVideo:
+      return layout.code == VEXO_FMT_YUV420 ||
+             layout.code == VEXO_FMT_YUV422N ||
+             layout.code == VEXO_FMT_YUV444 ||
+             layout.code == VEXO_FMT_YUV420PLANAR16;
   }
   return false;
+}
+
+bool is_picture(Kind kind) {
+  return kind == Kind::kPng || kind == Kind::kPpm || kind == Kind::kJpeg ||
+         kind == Kind::kWebp;
+}
+
+std::vector<int32_t> usual_layouts(Kind kind, const StreamInfo &info) {
+  const Layout &source = *info.layout;
+  const bool alpha =
+      source.code >= VEXO_FMT_RGBA8888 && source.code < VEXO_FMT_YUV420PLANAR16;
+  switch (kind) {
+    case Kind::kJpeg:
+      // The samples of a JPEG are such, and need no way through RGB.
+      if (source.code == VEXO_FMT_YUV400 ||
+          (info.color_std == VEXO_STD_BT601_FULL &&
+           source.code <= VEXO_FMT_YUV444)) {
+        return {source.code};
+      }
+      return {VEXO_FMT_RGB888};
+    case Kind::kWebp:
+      if (source.code == VEXO_FMT_YUV420 &&
+          info.color_std == VEXO_STD_DEFAULT) {
+        return {source.code};
+      }
+      return {alpha ? VEXO_FMT_RGBA8888 : VEXO_FMT_RGB888};
+    case Kind::kPng:
+      if (source.code == VEXO_FMT_YUV400) return {source.code};
+      return {alpha ? VEXO_FMT_RGBA8888 : VEXO_FMT_RGB888};
+    case Kind::kPpm:
+      return {VEXO_FMT_RGB888};
+    case Kind::kPgm:
+      return {VEXO_FMT_YUV400};
+    case Kind::kY4m:
+      if (kind_carries(kind, source)) return {source.code};
+      return {VEXO_FMT_YUV420, VEXO_FMT_YUV422N, VEXO_FMT_YUV444};
+    case Kind::kVideo:
+      if (kind_carries(kind, source)) return {source.code};
+      return {VEXO_FMT_YUV420};
+    case Kind::kRaw:
+      break;
+  }
+  return {source.code};
 }
 
 const char *kind_name(Kind kind) {
   for (const KindEntry &entry : kKinds) {
     if (entry.kind == kind) return entry.name;
+  }
+  return "";
+}
+
+const char *kind_ending(Kind kind) {
+  for (const KindEntry &entry : kKinds) {
+    if (entry.kind == kind) return entry.endings[0];
   }
   return "";
 }
@@ -182,36 +258,54 @@ std::optional<Kind> kind_of_content(ByteSource &source) {
 }
 
 std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
-                                         const StreamInfo &info) {
+                                         const StreamInfo &info,
+                                         const EncodeOptions &options) {
   switch (kind) {
     case Kind::kPng:
-      return std::make_unique<PictureWriter>(path, encode_png);
+      return std::make_unique<PictureWriter>(path, encode_png, options);
     case Kind::kPpm:
     case Kind::kPgm:
-      return std::make_unique<PictureWriter>(path, encode_pnm);
+      return std::make_unique<PictureWriter>(path, encode_pnm, options);
+    case Kind::kJpeg:
+#ifdef VEXO_HAS_JPEG
+      return std::make_unique<PictureWriter>(path, encode_jpeg, options);
+#else
+      throw Error("this program is built without libjpeg");
+#endif
+    case Kind::kWebp:
+#ifdef VEXO_HAS_WEBP
+      return std::make_unique<PictureWriter>(path, encode_webp, options);
+#else
+      throw Error("this program is built without libwebp");
+#endif
     case Kind::kY4m:
       return write_y4m(NamePattern(path).single_name(path, kind), info);
     case Kind::kRaw:
       break;
+    case Kind::kVideo:
+      return write_video(NamePattern(path).single_name(path, kind), info,
+                         options);
   }
   return write_raw(NamePattern(path).single_name(path, kind));
 }
 
 void read_planes(ByteSource &source, Frame &frame) {
-  for (int p = 0; p < frame.layout().planes; ++p) {
-    const size_t bytes = static_cast<size_t>(frame.row_bytes(p));
-    for (int y = 0; y < frame.rows(p); ++y) {
-      source.read_exactly(frame.row(p, y), bytes);
-    }
-  }
+  source.read_exactly(frame.whole(), frame.size());
 }
 
 void write_planes(ByteSink &sink, const Frame &frame) {
+  if (frame.whole() != nullptr) {
+    sink.write(frame.whole(), frame.size());
+    return;
+  }
+  std::vector<uint8_t> plane;
   for (int p = 0; p < frame.layout().planes; ++p) {
-    const size_t bytes = static_cast<size_t>(frame.row_bytes(p));
-    for (int y = 0; y < frame.rows(p); ++y) {
-      sink.write(frame.row(p, y), bytes);
-    }
+    const int bytes = frame.row_bytes(p);
+    plane.resize(static_cast<size_t>(bytes) *
+                 static_cast<size_t>(frame.rows(p)));
+    mlox_blk_mcpy(plane.data(), frame.row(p, 0), bytes, frame.img().stride[p],
+                  bytes, frame.rows(p));
+    sink.write(plane.data(), plane.size());
   }
 }
 

@@ -17,10 +17,12 @@
 namespace vexo {
 namespace {
 
+constexpr int kUsualLevel = 2;
+
 // Where the callbacks read, write and leave their sentence.
 struct PngContext {
   ByteSource *source = nullptr;
-  ByteSink *sink = nullptr;
+  std::string *written = nullptr;
   char message[256] = {};
 
   void say(const char *text) {
@@ -54,9 +56,9 @@ void on_write(png_structp png, png_bytep bytes, size_t count) {
   PngContext *const context = static_cast<PngContext *>(png_get_io_ptr(png));
   bool failed = false;
   try {
-    context->sink->write(bytes, count);
-  } catch (const Error &error) {
-    context->say(error.what());
+    context->written->append(reinterpret_cast<const char *>(bytes), count);
+  } catch (const std::exception &) {
+    context->say("out of memory");
     failed = true;
   }
   if (failed) png_error(png, "write failed");
@@ -169,8 +171,13 @@ class PngReader : public FrameReader {
 };
 
 bool write_header(png_structp png, png_infop info, int width, int height,
-                  int color_type) {
+                  int color_type, int level) {
   if (setjmp(png_jmpbuf(png))) return false;
+  png_set_compression_level(png, level < 0 ? kUsualLevel : level);
+  // With little effort the filters that cost most are not worth their time.
+  if (level > 0 ? level <= kUsualLevel : level < 0) {
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FAST_FILTERS);
+  }
   png_set_IHDR(png, info, static_cast<png_uint_32>(width),
                static_cast<png_uint_32>(height), 8, color_type,
                PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
@@ -191,14 +198,15 @@ bool write_end(png_structp png) {
   return true;
 }
 
-bool write_picture(png_structp png, png_infop info, const Frame &frame) {
+bool write_picture(png_structp png, png_infop info, const Frame &frame,
+                   int level) {
   const bool grey = frame.layout().code == VEXO_FMT_YUV400;
   std::optional<PixelUnpacker> unpacker;
   if (!grey) unpacker.emplace(frame.layout());
   const int type = grey                ? PNG_COLOR_TYPE_GRAY
                    : unpacker->alpha() ? PNG_COLOR_TYPE_RGB_ALPHA
                                        : PNG_COLOR_TYPE_RGB;
-  if (!write_header(png, info, frame.width(), frame.height(), type)) {
+  if (!write_header(png, info, frame.width(), frame.height(), type, level)) {
     return false;
   }
   for (int y = 0; y < frame.height(); ++y) {
@@ -214,9 +222,10 @@ std::unique_ptr<FrameReader> read_png(std::unique_ptr<ByteSource> source) {
   return std::make_unique<PngReader>(std::move(source));
 }
 
-void encode_png(const Frame &frame, ByteSink &sink) {
+void encode_png(const Frame &frame, const EncodeOptions &options,
+                std::string *bytes) {
   PngContext context;
-  context.sink = &sink;
+  context.written = bytes;
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &context,
                                             on_error, on_warning);
   if (png == nullptr) throw std::bad_alloc();
@@ -224,7 +233,7 @@ void encode_png(const Frame &frame, ByteSink &sink) {
   bool written = false;
   if (info != nullptr) {
     png_set_write_fn(png, &context, on_write, on_flush);
-    written = write_picture(png, info, frame);
+    written = write_picture(png, info, frame, options.png_level);
   }
   png_destroy_write_struct(&png, &info);
   if (!written) throw Error(context.message);

@@ -97,20 +97,17 @@ std::unique_ptr<FrameReader> read_pnm(std::unique_ptr<ByteSource> source) {
   return std::make_unique<PnmReader>(std::move(source));
 }
 
-void encode_pnm(const Frame &frame, ByteSink &sink) {
+void encode_pnm(const Frame &frame, const EncodeOptions &, std::string *bytes) {
   const bool grey = frame.layout().code == VEXO_FMT_YUV400;
-  const std::string header = std::string(grey ? "P5\n" : "P6\n") +
-                             std::to_string(frame.width()) + " " +
-                             std::to_string(frame.height()) + "\n255\n";
-  sink.write(header.data(), header.size());
-  if (grey) {
-    write_planes(sink, frame);
-    return;
-  }
-  PixelUnpacker unpacker(frame.layout());
-  const size_t bytes = 3 * static_cast<size_t>(frame.width());
+  *bytes += std::string(grey ? "P5\n" : "P6\n") +
+            std::to_string(frame.width()) + " " +
+            std::to_string(frame.height()) + "\n255\n";
+  std::optional<PixelUnpacker> unpacker;
+  if (!grey) unpacker.emplace(frame.layout());
+  const size_t row_bytes = (grey ? 1 : 3) * static_cast<size_t>(frame.width());
   for (int y = 0; y < frame.height(); ++y) {
-    sink.write(unpacker.row(frame, y), bytes);
+    const uint8_t *const row = grey ? frame.row(0, y) : unpacker->row(frame, y);
+    bytes->append(reinterpret_cast<const char *>(row), row_bytes);
   }
 }
 

@@ -26,12 +26,16 @@ class RawReader : public FrameReader {
 
 class RawWriter : public FrameWriter {
  public:
-  explicit RawWriter(const std::string &path) : sink_(path) {}
-  void write(const Frame &frame) override { write_planes(sink_, frame); }
-  void finish() override { sink_.commit(); }
+  explicit RawWriter(const std::string &path) : path_(path) {}
+  void write(const Frame &frame, const std::string &) override {
+    if (!sink_) sink_.emplace(path_);
+    write_planes(*sink_, frame);
+  }
+  void finish() override { sink_->commit(); }
 
  private:
-  ByteSink sink_;
+  std::string path_;
+  std::optional<ByteSink> sink_;
 };
 
 }  // namespace

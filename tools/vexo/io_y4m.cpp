@@ -48,6 +48,7 @@ class Y4mReader : public FrameReader {
       rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     check_size(info_.width, info_.height, source_->name());
+    if (info_.colour.range == 2) info_.color_std = VEXO_STD_BT601_FULL;
   }
 
   const StreamInfo &info() const override { return info_; }
@@ -85,13 +86,34 @@ class Y4mReader : public FrameReader {
       case 'X':
         // Names the sampling again, in another program's words.
         if (value.starts_with("YSCSS=")) return;
+        if (value == "COLORRANGE=FULL" || value == "COLORRANGE=LIMITED") {
+          info_.colour.range = value.ends_with("FULL") ? 2 : 1;
+          return;
+        }
         info_.y4m_remarks += " ";
         info_.y4m_remarks += word;
         return;
+      case 'F':
+        take_ratio(value, &info_.rate);
+        break;
+      case 'A':
+        take_ratio(value, &info_.aspect);
+        break;
       default:
-        info_.y4m_words += " ";
-        info_.y4m_words += word;
+        break;
     }
+    info_.y4m_words += " ";
+    info_.y4m_words += word;
+  }
+
+  // What is no ratio is kept as a word alone.
+  static void take_ratio(std::string_view value, Ratio *ratio) {
+    const char *const end = value.data() + value.size();
+    Ratio read;
+    const auto num = std::from_chars(value.data(), end, read.num);
+    if (num.ec != std::errc() || num.ptr == end || *num.ptr != ':') return;
+    const auto den = std::from_chars(num.ptr + 1, end, read.den);
+    if (den.ec == std::errc() && read.num > 0 && read.den > 0) *ratio = read;
   }
 
   int number(std::string_view digits) const {
@@ -114,22 +136,27 @@ class Y4mReader : public FrameReader {
 
 class Y4mWriter : public FrameWriter {
  public:
-  Y4mWriter(const std::string &path, const StreamInfo &info) : sink_(path) {
+  Y4mWriter(const std::string &path, const StreamInfo &info) : path_(path) {
     const std::string words =
         info.y4m_words.empty() ? " F25:1 Ip A0:0" : info.y4m_words;
-    const std::string header = "YUV4MPEG2 W" + std::to_string(info.width) +
-                               " H" + std::to_string(info.height) + words +
-                               " C" + chroma_word(info) + info.y4m_remarks +
-                               "\n";
-    sink_.write(header.data(), header.size());
+    header_ = "YUV4MPEG2 W" + std::to_string(info.width) + " H" +
+              std::to_string(info.height) + words + " C" + chroma_word(info) +
+              info.y4m_remarks;
+    if (info.colour.range == 1) header_ += " XCOLORRANGE=LIMITED";
+    if (info.colour.range == 2) header_ += " XCOLORRANGE=FULL";
+    header_ += "\n";
   }
 
-  void write(const Frame &frame) override {
-    sink_.write("FRAME\n", 6);
-    write_planes(sink_, frame);
+  void write(const Frame &frame, const std::string &) override {
+    if (!sink_) {
+      sink_.emplace(path_);
+      sink_->write(header_.data(), header_.size());
+    }
+    sink_->write("FRAME\n", 6);
+    write_planes(*sink_, frame);
   }
 
-  void finish() override { sink_.commit(); }
+  void finish() override { sink_->commit(); }
 
  private:
   // The input's own word while it names the layout that is written.
@@ -144,7 +171,9 @@ class Y4mWriter : public FrameWriter {
     throw Error(std::string("y4m cannot hold ") + info.layout->token);
   }
 
-  ByteSink sink_;
+  std::string path_;
+  std::string header_;
+  std::optional<ByteSink> sink_;
 };
 
 }  // namespace

@@ -6,10 +6,12 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <string>
 
 namespace vexo {
 
-Progress::Progress(bool quiet) : enabled_(!quiet && isatty(STDERR_FILENO)) {}
+Progress::Progress(bool quiet, int64_t files)
+    : enabled_(!quiet && isatty(STDERR_FILENO)), files_(files) {}
 
 Progress::~Progress() {
   if (!printed_) return;
@@ -17,8 +19,8 @@ Progress::~Progress() {
   std::fputc('\n', stderr);
 }
 
-void Progress::frame_done() {
-  ++frames_;
+void Progress::one_done() {
+  ++done_;
   if (!enabled_) return;
   const Clock::time_point now = Clock::now();
   if (now < next_) return;
@@ -27,12 +29,24 @@ void Progress::frame_done() {
 }
 
 void Progress::print(Clock::time_point now) {
-  const double seconds = std::chrono::duration<double>(now - start_).count();
-  std::fprintf(stderr, "\r%lld frames, %.1f frames/s   ",
-               static_cast<long long>(frames_),
-               static_cast<double>(frames_) / seconds);
+  if (files_ > 0) {
+    constexpr int64_t kWidth = 30;
+    const std::string bar(static_cast<size_t>(kWidth * done_ / files_), '#');
+    std::fprintf(stderr, "\r[%-30s] %lld of %lld files, %lld %%", bar.c_str(),
+                 static_cast<long long>(done_), static_cast<long long>(files_),
+                 static_cast<long long>(100 * done_ / files_));
+  } else {
+    const double seconds = std::chrono::duration<double>(now - start_).count();
+    std::fprintf(stderr, "\r%lld frames, %.1f frames/s   ",
+                 static_cast<long long>(done_),
+                 static_cast<double>(done_) / seconds);
+  }
   std::fflush(stderr);
   printed_ = true;
+}
+
+void Progress::clear() {
+  if (printed_) std::fprintf(stderr, "\r%60s\r", "");
 }
 
 }  // namespace vexo

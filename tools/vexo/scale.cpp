@@ -20,7 +20,10 @@ constexpr const char *kScaleHelp =
 
 IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
-With --rotate only YUV is scaled. p010le is only reduced, by whole factors.)";
+With --rotate only YUV is scaled. p010le is only reduced, by whole factors.
+
+  vexo scale clip.mp4 small.mp4 --size 640x360
+  vexo scale photo.y4m upright.png --size 104x160 --rotate right)";
 
 constexpr const char *kRotateHelp =
     R"(Turns or mirrors pictures and clips.
@@ -28,7 +31,10 @@ constexpr const char *kRotateHelp =
 IN and OUT are those of vexo convert. Frames are turned in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
 4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
-becomes yuv422w.)";
+becomes yuv422w.
+
+  vexo rotate photo.png mirrored.png --turn mirror
+  vexo rotate clip.mp4 upright.mp4 --turn right)";
 
 struct ScaleOptions : StreamOptions {
   std::string size;
@@ -62,7 +68,7 @@ class Scale : public Reshape {
     }
   }
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     // The library would scale and silently leave the mirroring out.
     if (rotation_ > VEXO_ROT_180 &&
         (info->width != width_ || info->height != height_)) {
@@ -99,7 +105,7 @@ class Rotate : public Reshape {
   explicit Rotate(const std::string &turn)
       : rotation_(turn_named(turn, "--turn")) {}
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     int width = info->width;
     int height = info->height;
     if (is_quarter(rotation_)) std::swap(width, height);
@@ -129,8 +135,7 @@ void add_scale(CLI::App &app) {
       "left, right or half; the library's codes 0 to 5, of which "
       "4 and 5 (mirror, flip) need an unchanged size");
   command->callback([options] {
-    Scale reshape(*options);
-    convert(*options, &reshape);
+    convert(*options, [&] { return std::make_unique<Scale>(*options); });
   });
 }
 
@@ -143,8 +148,7 @@ void add_rotate(CLI::App &app) {
       ->add_option("--turn", options->turn, "left, right, half, mirror or flip")
       ->required();
   command->callback([options] {
-    Rotate reshape(options->turn);
-    convert(*options, &reshape);
+    convert(*options, [&] { return std::make_unique<Rotate>(options->turn); });
   });
 }
 

@@ -164,6 +164,12 @@ void ByteSink::write(const void *bytes, size_t count) {
   if (std::fwrite(bytes, 1, count, file_) != count) fail("cannot write ");
 }
 
+bool ByteSink::seekable() const { return !temporary_.empty(); }
+
+void ByteSink::seek(int64_t offset) {
+  if (fseeko(file_, offset, SEEK_SET) != 0) fail("cannot write ");
+}
+
 void ByteSink::commit() {
   const bool flushed = std::fflush(file_) == 0;
   if (!flushed) fail("cannot write ");

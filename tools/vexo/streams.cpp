@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "error.h"
+#include "video.h"
 
 namespace vexo {
 
@@ -23,6 +24,15 @@ void parse_size(const std::string &text, const std::string &option, int *width,
   check_size(*width, *height, option);
 }
 
+VideoWish video_wish(const StreamOptions &options) {
+  VideoWish wish;
+  wish.stream = options.stream;
+  wish.at = options.at;
+  wish.hdr = options.kind != "none";
+  wish.tolerant = options.tolerant;
+  return wish;
+}
+
 std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
   auto source = std::make_unique<ByteSource>(options.in);
   const std::string &size_name = options.size_name;
@@ -37,7 +47,7 @@ std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
     kind = kind_of_content(*source);
     if (!kind && described) kind = Kind::kRaw;
   }
-  if (!kind) {
+  if (!kind && !reads_videos()) {
     throw Error(source->name() +
                 " is no PNG, PGM, PPM or Y4M; raw frames need " + size_name +
                 " and --from");
@@ -57,8 +67,15 @@ std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
                 " has a size of its own");
   }
   const std::string name = source->name();
+  const bool video = !kind || kind == Kind::kVideo || kind == Kind::kJpeg ||
+                     kind == Kind::kWebp;
+  if (!video && (options.stream >= 0 || !options.at.empty())) {
+    throw Error("--stream and --at are for containers, and " + name +
+                " is none");
+  }
   std::unique_ptr<FrameReader> reader =
-      kind == Kind::kPng   ? read_png(std::move(source))
+      video                ? read_video(std::move(source), video_wish(options))
+      : kind == Kind::kPng ? read_png(std::move(source))
       : kind == Kind::kY4m ? read_y4m(std::move(source))
                            : read_pnm(std::move(source));
   const Layout &layout = *reader->info().layout;

@@ -22,14 +22,33 @@ struct StreamOptions {
   std::string via;
   // What from_size is called, for messages.
   std::string size_name = "--size";
-  std::string standard = "bt601";
+  std::string standard;
+  // limited or full.
+  std::string range;
+  // Of tone mapping; none is one of them.
+  std::string kind;
+  int nit = 0;
+  bool measure = false;
+  // Of containers: which stream, and from where.
+  int stream = -1;
+  std::string at;
+  bool tolerant = false;
+  std::string crop;
+  // Pictures stay as they are stored.
+  bool keep_turn = false;
+  int64_t frames = 0;
+  int jobs = 0;
+  EncodeOptions encode;
   bool quiet = false;
+  bool verbose = false;
 };
 
 // "WxH" as the option of this name says it.
 void parse_size(const std::string &text, const std::string &option, int *width,
                 int *height);
 
+struct VideoWish;
+VideoWish video_wish(const StreamOptions &options);
 std::unique_ptr<FrameReader> open_reader(const StreamOptions &options);
 Kind output_kind(const StreamOptions &options);
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-//
-// vexo thumbnail: pictures reduced in the domain of the cosine transform and
-// turned.
+#include "thumbnail.h"
+
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
-#include "commands.h"
-#include "convert.h"
 #include "error.h"
 #include "orumlox/rot.h"
 #include "turns.h"
@@ -14,28 +12,12 @@
 namespace vexo {
 namespace {
 
-constexpr const char *kThumbnailHelp =
-    R"(Makes thumbnails of pictures and clips, and turns them if asked to.
-
-IN and OUT are those of vexo convert. IN holds yuv420 or nv12, scaled as nv12,
-or yuv400, rgb888 or rgba8888, scaled as rgba8888, whose alpha becomes 255.
---size is that before the turn, no larger than the picture. The thumbnail has
-the layout of IN and is then converted to what OUT holds or --to says.
-
---prescale halves or quarters 4:2:0 by block means first: faster and coarser.)";
-
-struct ThumbnailOptions : StreamOptions {
-  std::string size;
-  std::string turn = "0";
-  int prescale = 0;
-};
-
-// Of a thumbnail before it is turned.
-struct Shape {
+// A rectangle of a picture.
+struct Area {
+  int x = 0;
+  int y = 0;
   int width = 0;
   int height = 0;
-  int32_t prescale = 0;
-  uint32_t rotation = VEXO_ROT_COPY;
 };
 
 std::string size_text(int width, int height) {
@@ -46,98 +28,166 @@ bool is_420(const Layout &layout) {
   return layout.code == VEXO_FMT_YUV420 || layout.code == VEXO_FMT_NV12;
 }
 
+int rounded(double value, int most) {
+  return std::clamp(static_cast<int>(std::lround(value)), 1, most);
+}
+
 class Thumbnail : public Reshape {
  public:
-  explicit Thumbnail(const ThumbnailOptions &options) {
-    parse_size(options.size, "--size", &shape_.width, &shape_.height);
-    shape_.prescale = options.prescale;
-    shape_.rotation = turn_named(options.turn, "--turn");
+  explicit Thumbnail(const ThumbnailOptions &options)
+      : letterbox_(options.letterbox),
+        fill_(options.fill),
+        fitted_(options.size.empty()),
+        prescale_(options.prescale),
+        rotation_(turn_named(options.turn, "--turn")) {
+    if (fitted_) {
+      parse_size(options.fit, "--fit", &width_, &height_);
+    } else {
+      parse_size(options.size, "--size", &width_, &height_);
+    }
   }
 
-  void announce(StreamInfo *info) const override {
-    const Layout &layout = *info->layout;
-    if (!is_420(layout) && layout.code != VEXO_FMT_YUV400 &&
-        layout.code != VEXO_FMT_RGB888 && layout.code != VEXO_FMT_RGBA8888) {
-      throw Error(std::string("thumbnails are made of yuv420, nv12, yuv400, "
-                              "rgb888 or rgba8888, and the input holds ") +
-                  layout.token);
+  // Chroma that is finer than 4:2:0 is kept by way of RGB.
+  const Layout &takes(const Layout &source) const override {
+    switch (source.code) {
+      case VEXO_FMT_YUV400:
+      case VEXO_FMT_YUV420:
+      case VEXO_FMT_NV12:
+      case VEXO_FMT_RGB888:
+      case VEXO_FMT_RGBA8888:
+        return source;
+      case VEXO_FMT_YV12:
+      case VEXO_FMT_NV21:
+      case VEXO_FMT_YUV420PLANAR16:
+      case VEXO_FMT_P010LE:
+      case VEXO_FMT_T64X32:
+        return layout_of(VEXO_FMT_NV12);
+      default:
+        return layout_of(VEXO_FMT_RGBA8888);
     }
-    if (!is_420(layout) && shape_.prescale != 0) {
-      throw Error(std::string("--prescale is for yuv420 and nv12, and the "
-                              "input holds ") +
-                  layout.token);
+  }
+
+  void announce(StreamInfo *info) override {
+    if (!is_420(*info->layout) && prescale_ != 0) {
+      throw Error(std::string("--prescale is for 4:2:0, and the input holds ") +
+                  info->layout->token);
     }
-    check_reduces(*info);
-    int width = shape_.width;
-    int height = shape_.height;
-    if (is_quarter(shape_.rotation)) std::swap(width, height);
-    reshape_stream(info, shape_.rotation, width, height);
+    from_ = {0, 0, info->width, info->height};
+    if (fitted_) {
+      fit(*info);
+    } else {
+      to_ = {0, 0, width_, height_};
+    }
+    check_reduces();
+    int width = width_;
+    int height = height_;
+    if (is_quarter(rotation_)) std::swap(width, height);
+    reshape_stream(info, rotation_, width, height);
+    info->aspect = {1, 1};
   }
 
   void apply(const Frame &src, const Frame &dst) override {
     vexo_picture_options options = {};
-    options.rotation = static_cast<int32_t>(shape_.rotation);
-    options.prescale = shape_.prescale;
-    const int32_t status = vexo_picture_thumbnail(context_.get(), &src.img(),
-                                                  &dst.img(), &options);
+    options.rotation = static_cast<int32_t>(rotation_);
+    options.prescale = prescale_;
+    const vexo_img in =
+        window_of(src, from_.x, from_.y, from_.width, from_.height);
+    if (letterbox_) blacken(dst);
+    const vexo_img out =
+        letterbox_ ? window_of(dst, to_.x, to_.y, to_.width, to_.height)
+                   : dst.img();
+    const int32_t status =
+        vexo_picture_thumbnail(context_.get(), &in, &out, &options);
     if (status == VEXO_OK) return;
     throw Error(std::string("the library refuses to make a thumbnail: ") +
                 vexo_status_name(status));
   }
 
  private:
-  bool is_reduced_by(int factor, const StreamInfo &info) const {
-    return info.width == factor * shape_.width &&
-           info.height == factor * shape_.height;
+  // Finds what part of the picture goes where, by the shape of its pixels.
+  void fit(const StreamInfo &info) {
+    const double pixel =
+        info.aspect.num > 0
+            ? static_cast<double>(info.aspect.num) / info.aspect.den
+            : 1;
+    double shown_width = info.width * pixel;
+    const double shown_height = info.height;
+    if (fill_) {
+      const double wanted = static_cast<double>(width_) / height_;
+      if (shown_width > wanted * shown_height) {
+        from_.width = rounded(shown_height * wanted / pixel, info.width);
+      } else {
+        from_.height = rounded(shown_width / wanted, info.height);
+      }
+      from_.x = (info.width - from_.width) / 2;
+      from_.y = (info.height - from_.height) / 2;
+      shown_width = from_.width * pixel;
+    }
+    // Nothing is enlarged, in neither direction.
+    const double scale = std::min({width_ / shown_width,
+                                   height_ / static_cast<double>(from_.height),
+                                   1.0, from_.width / shown_width});
+    to_.width = rounded(shown_width * scale, std::min(width_, from_.width));
+    to_.height = rounded(from_.height * scale, std::min(height_, from_.height));
+    if (fill_ && to_.width >= width_ - 1 && to_.height >= height_ - 1 &&
+        from_.width >= width_ && from_.height >= height_) {
+      to_.width = width_;
+      to_.height = height_;
+    }
+    if (letterbox_) {
+      to_.x = (width_ - to_.width) / 2;
+      to_.y = (height_ - to_.height) / 2;
+      if (rotation_ != VEXO_ROT_COPY) {
+        throw Error("--letterbox and --turn do not go together");
+      }
+    } else {
+      width_ = to_.width;
+      height_ = to_.height;
+    }
   }
 
-  void check_reduces(const StreamInfo &info) const {
-    if (info.width < shape_.width || info.height < shape_.height) {
-      throw Error("--size " + size_text(shape_.width, shape_.height) +
+  bool is_reduced_by(int factor) const {
+    return from_.width == factor * to_.width &&
+           from_.height == factor * to_.height;
+  }
+
+  void check_reduces() const {
+    if (from_.width < to_.width || from_.height < to_.height) {
+      throw Error("--size " + size_text(to_.width, to_.height) +
                   " is larger than the picture, which is " +
-                  size_text(info.width, info.height));
+                  size_text(from_.width, from_.height));
     }
-    if (shape_.prescale == 0 || is_reduced_by(2, info) ||
-        is_reduced_by(4, info)) {
-      return;
-    }
+    if (prescale_ == 0 || is_reduced_by(2) || is_reduced_by(4)) return;
     // What the pre-scaled picture counts as; its chroma has half the rows.
-    const int width = shape_.prescale == 2 ? info.width / 4 * 2
-                                           : (info.width / 4 + 1) / 2 * 2;
-    const int height = info.height / shape_.prescale;
-    if (width < shape_.width || height < std::max(shape_.height, 2)) {
-      throw Error("--prescale " + std::to_string(shape_.prescale) + " leaves " +
+    const int width =
+        prescale_ == 2 ? from_.width / 4 * 2 : (from_.width / 4 + 1) / 2 * 2;
+    const int height = from_.height / prescale_;
+    if (width < to_.width || height < std::max(to_.height, 2)) {
+      throw Error("--prescale " + std::to_string(prescale_) + " leaves " +
                   size_text(width, height) +
                   " of the picture, too little for " +
-                  size_text(shape_.width, shape_.height));
+                  size_text(to_.width, to_.height));
     }
   }
 
-  Shape shape_;
+  bool letterbox_;
+  bool fill_;
+  bool fitted_;
+  int32_t prescale_;
+  uint32_t rotation_;
+  // Of the thumbnail before it is turned.
+  int width_ = 0;
+  int height_ = 0;
+  Area from_;
+  Area to_;
   // The plan is made of the first frame and serves all.
   const PictureContext context_;
 };
 
 }  // namespace
 
-void add_thumbnail(CLI::App &app) {
-  const auto options = std::make_shared<ThumbnailOptions>();
-  CLI::App *const command = add_stream_command(app, "thumbnail", kThumbnailHelp,
-                                               "--from-size", options.get());
-  add_step_options(command, options.get());
-  command
-      ->add_option("--size", options->size,
-                   "WxH of the thumbnail before it is turned")
-      ->required();
-  command->add_option("--turn", options->turn,
-                      "left, right, half, mirror, flip or the library's "
-                      "codes 0 to 5");
-  command->add_option("--prescale", options->prescale, "0, 2 or 4 (0)")
-      ->check(CLI::IsMember({0, 2, 4}));
-  command->callback([options] {
-    Thumbnail reshape(*options);
-    convert(*options, &reshape);
-  });
+std::unique_ptr<Reshape> make_thumbnail(const ThumbnailOptions &options) {
+  return std::make_unique<Thumbnail>(options);
 }
 
 }  // namespace vexo

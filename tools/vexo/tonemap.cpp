@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "commands.h"
-#include "convert.h"
 #include "error.h"
 #include "orumlox/hdr.h"
+#include "tonemap.h"
 
 namespace vexo {
 namespace {
@@ -25,13 +25,10 @@ it. In PNG and PPM, which have no such range, RGB is expanded to 0 to 255.
 
 The tone curve is that of a source of 1000 nits for a peak up to 1500, else that
 of 4000. With --measure each frame's brightest luma chooses the curve of 1000,
-of 2000 or of more than 4000. hlg has none: neither option changes anything.)";
+of 2000 or of more than 4000. hlg has none: neither option changes anything.
 
-struct TonemapOptions : StreamOptions {
-  std::string kind = "hdr10";
-  int nit = 1000;
-  bool measure = false;
-};
+  vexo tonemap hdr.mkv sdr.mp4
+  vexo tonemap hdr.y4m sdr%03d.png --kind hdr10-mild --nit 4000)";
 
 int32_t kind_code(const std::string &name) {
   constexpr std::pair<const char *, int32_t> kKinds[] = {
@@ -44,13 +41,10 @@ int32_t kind_code(const std::string &name) {
   throw Error("--kind '" + name + "' is none of hdr10, hdr10-mild, hlg");
 }
 
-bool is_picture(Kind kind) { return kind == Kind::kPng || kind == Kind::kPpm; }
-
 // The layout that is written or, if the library does not tone map into that,
 // one from which it is reached without a change of colours.
-const Layout &mapped_layout(const StreamOptions &streams,
+const Layout &mapped_layout(const StreamOptions &streams, Kind kind,
                             const Layout &source) {
-  const Kind kind = output_kind(streams);
   if (!streams.to.empty()) {
     const Layout &wanted = layout_named(streams.to);
     if (vexo_hdr_supports(source.code, wanted.code) != 0) return wanted;
@@ -65,12 +59,16 @@ const Layout &mapped_layout(const StreamOptions &streams,
 
 class Tonemap : public Reshape {
  public:
-  explicit Tonemap(const TonemapOptions &options)
+  // Of the tonemap command raw RGB has the range that the library gives it.
+  Tonemap(const StreamOptions &options, Kind output, bool last, bool command)
       : options_(options),
-        kind_(kind_code(options.kind)),
-        full_range_(is_picture(output_kind(options))) {}
+        output_(output),
+        last_(last),
+        full_range_(!command || is_picture(output)) {
+    if (!options.kind.empty()) how_.hdr_kind = kind_code(options.kind);
+  }
 
-  void announce(StreamInfo *info) const override {
+  void announce(StreamInfo *info) override {
     const Layout &source = *info->layout;
     if (source.code != VEXO_FMT_YUV420PLANAR16 &&
         source.code != VEXO_FMT_P010LE) {
@@ -78,60 +76,74 @@ class Tonemap : public Reshape {
                   ": only yuv420Planar16 (Y4M: 420p10) and p010le are tone "
                   "mapped");
     }
-    std::string &remarks = info->y4m_remarks;
-    if (remarks.find(" XCOLORRANGE=FULL") != std::string::npos) {
+    if (info->colour.range == 2) {
       throw Error(
           "the input is of full range: only luma of 64 to 940 is tone mapped");
     }
-    if (remarks.find(" XCOLORRANGE=") == std::string::npos) {
-      remarks += " XCOLORRANGE=LIMITED";
+    if (options_.kind.empty()) {
+      how_.hdr_kind = info->colour.is_hlg() ? VEXO_HDR_HLG : VEXO_HDR_HDR10;
     }
+    how_.source_nit =
+        options_.nit > 0 ? options_.nit : source_nit(info->colour);
+    how_.measure = options_.measure ? 1 : 0;
+    how_.full_range = full_range_ ? 1 : 0;
     // Chroma stays where the source has it: in video, with the left pixel.
     info->y4m_chroma = "420mpeg2";
-    info->layout = &mapped_layout(options_, source);
+    info->layout = last_ ? &mapped_layout(options_, output_, source)
+                         : &layout_of(VEXO_FMT_YUV420);
+    info->color_std = VEXO_STD_BT709;
+    info->colour.matrix = info->colour.primaries = info->colour.transfer = 1;
+    info->colour.range = 1;
+    info->colour.display_peak = 0;
+    info->colour.brightest = 0;
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    vexo_picture_options how = {};
-    how.hdr_kind = kind_;
-    how.source_nit = options_.nit;
-    how.measure = options_.measure ? 1 : 0;
-    how.full_range = full_range_ ? 1 : 0;
     const int32_t status =
-        vexo_picture_tonemap(context_.get(), &src.img(), &dst.img(), &how);
+        vexo_picture_tonemap(context_.get(), &src.img(), &dst.img(), &how_);
     if (status == VEXO_OK) return;
     throw Error(std::string("the library refuses to tone map: ") +
                 vexo_status_name(status));
   }
 
  private:
-  const TonemapOptions &options_;
-  int32_t kind_;
+  const StreamOptions &options_;
+  Kind output_;
+  bool last_;
   bool full_range_;
+  vexo_picture_options how_ = {};
   const PictureContext context_;
 };
 
 }  // namespace
 
+bool is_mapped(const StreamOptions &options, const StreamInfo &source) {
+  if (options.kind == "none") return false;
+  if (!options.kind.empty()) return true;
+  if (!options.to.empty() &&
+      layout_named(options.to).code >= VEXO_FMT_YUV420PLANAR16) {
+    return false;
+  }
+  return source.colour.is_hdr();
+}
+
+std::unique_ptr<Reshape> make_tonemap(const StreamOptions &options, Kind kind,
+                                      bool last) {
+  return std::make_unique<Tonemap>(options, kind, last, false);
+}
+
 void add_tonemap(CLI::App &app) {
-  const auto options = std::make_shared<TonemapOptions>();
+  const auto options = std::make_shared<StreamOptions>();
   CLI::App *const command =
       add_stream_command(app, "tonemap", kTonemapHelp, "--size", options.get());
-  command->add_option("--kind", options->kind,
-                      "hdr10 (default: PQ), hdr10-mild (PQ, milder colours) or "
-                      "hlg");
-  CLI::Option *const nit =
-      command
-          ->add_option("--nit", options->nit,
-                       "Peak of the source in nits, 1 to 10000 (1000)")
-          ->check(CLI::Range(1, 10000));
-  command
-      ->add_flag("--measure", options->measure,
-                 "Choose the curve by each frame's brightest luma")
-      ->excludes(nit);
+  add_tone_options(command, options.get());
   command->callback([options] {
-    Tonemap reshape(*options);
-    convert(*options, &reshape);
+    options->keep_turn = true;
+    const Kind kind = output_kind(*options);
+    convert(
+        *options,
+        [&] { return std::make_unique<Tonemap>(*options, kind, true, true); },
+        Hdr::kAsItIs);
   });
 }
 

@@ -19,8 +19,9 @@ _vexo() {
       --standard | --std) words='bt601 bt601-full bt709 bt709-full' ;;
       --rotate) words='left right half' ;;
       --turn) words='left right half mirror flip' ;;
-      --kind) words='hdr10 hdr10-mild hlg' ;;
-      --in-kind) words='png pgm ppm y4m raw' ;;
+      --kind) words='hdr10 hdr10-mild hlg none' ;;
+      --range) words='limited full' ;;
+      --in-kind | --out-kind) words='png pgm ppm jpeg webp y4m raw video' ;;
     esac
   fi
   if [[ -n $words ]]; then

@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Videos, encoded by libavcodec: H.264, or what the container is for.
+#include <algorithm>
+#include <new>
+
+#include "av.h"
+#include "error.h"
+#include "signals.h"
+#include "video.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+namespace vexo {
+namespace {
+
+constexpr int kBuffer = 1 << 18;
+
+AVPixelFormat pixels_of(const Layout &layout) {
+  switch (layout.code) {
+    case VEXO_FMT_YUV422N:
+      return AV_PIX_FMT_YUV422P;
+    case VEXO_FMT_YUV444:
+      return AV_PIX_FMT_YUV444P;
+    case VEXO_FMT_YUV420PLANAR16:
+      return AV_PIX_FMT_YUV420P10LE;
+    default:
+      return AV_PIX_FMT_YUV420P;
+  }
+}
+
+// Older headers have bytes that are not const here.
+#if LIBAVFORMAT_VERSION_MAJOR >= 61
+using WrittenBytes = const uint8_t;
+#else
+using WrittenBytes = uint8_t;
+#endif
+
+int write_bytes(void *opaque, WrittenBytes *bytes, int count) {
+  try {
+    static_cast<ByteSink *>(opaque)->write(bytes, static_cast<size_t>(count));
+    return count;
+  } catch (const Error &) {
+    return AVERROR(EIO);
+  }
+}
+
+int64_t seek_bytes(void *opaque, int64_t offset, int whence) {
+  if (whence != SEEK_SET) return AVERROR(EINVAL);
+  try {
+    static_cast<ByteSink *>(opaque)->seek(offset);
+    return offset;
+  } catch (const Error &) {
+    return AVERROR(EIO);
+  }
+}
+
+class VideoWriter : public FrameWriter {
+ public:
+  VideoWriter(const std::string &path, const StreamInfo &info,
+              const EncodeOptions &options)
+      : path_(path), info_(info), options_(options) {
+    av_log_set_level(AV_LOG_QUIET);
+  }
+  ~VideoWriter() override {
+    if (io_ != nullptr) av_freep(&io_->buffer);
+    avio_context_free(&io_);
+    avformat_free_context(format_);
+  }
+
+  void write(const Frame &frame, const std::string &) override {
+    if (!sink_) open();
+    const AvFrame sent = new_av_frame();
+    sent->width = frame.width();
+    sent->height = frame.height();
+    sent->format = codec_->pix_fmt;
+    check(av_frame_get_buffer(sent.get(), 0), "encode");
+    for (int p = 0; p < frame.layout().planes; ++p) {
+      for (int y = 0; y < frame.rows(p); ++y) {
+        std::copy_n(frame.row(p, y), frame.row_bytes(p),
+                    sent->data[p] + int64_t{sent->linesize[p]} * y);
+      }
+    }
+    sent->pts = count_++;
+    encode(sent.get());
+  }
+
+  void finish() override {
+    encode(nullptr);
+    check(av_write_trailer(format_), "write");
+    avio_flush(io_);
+    check(io_->error, "write");
+    sink_->commit();
+  }
+
+ private:
+  void check(int status, const char *what) const {
+    if (status >= 0) return;
+    throw Error(std::string("cannot ") + what + " " + path_ + ": " +
+                av_reason(status));
+  }
+
+  void open() {
+    const char *const piped = path_ == "-" ? "matroska" : nullptr;
+    check(
+        avformat_alloc_output_context2(&format_, nullptr, piped, path_.c_str()),
+        "write");
+    open_codec();
+    sink_.emplace(path_);
+    const bool seekable = sink_->seekable();
+    auto *const buffer = static_cast<uint8_t *>(av_malloc(kBuffer));
+    io_ = avio_alloc_context(buffer, kBuffer, 1, &*sink_, nullptr, write_bytes,
+                             seekable ? seek_bytes : nullptr);
+    if (io_ == nullptr) throw std::bad_alloc();
+    format_->pb = io_;
+    AVDictionary *wishes = nullptr;
+    // Players may begin before all has come.
+    if (!seekable) av_dict_set(&wishes, "movflags", "empty_moov", 0);
+    const int status = avformat_write_header(format_, &wishes);
+    av_dict_free(&wishes);
+    check(status, "write");
+  }
+
+  void open_codec() {
+    const AVOutputFormat *const kind = format_->oformat;
+    const AVCodec *encoder = nullptr;
+    if (avformat_query_codec(kind, AV_CODEC_ID_H264, FF_COMPLIANCE_NORMAL) >
+        0) {
+      encoder = avcodec_find_encoder(AV_CODEC_ID_H264);
+    }
+    if (encoder == nullptr) encoder = avcodec_find_encoder(kind->video_codec);
+    AVStream *const stream = avformat_new_stream(format_, nullptr);
+    codec_.reset(encoder == nullptr ? nullptr
+                                    : avcodec_alloc_context3(encoder));
+    if (codec_ == nullptr || stream == nullptr) {
+      throw Error("there is no encoder for " + path_);
+    }
+    AVCodecContext &codec = *codec_;
+    codec.width = info_.width;
+    codec.height = info_.height;
+    codec.pix_fmt = pixels_of(*info_.layout);
+    const Ratio rate = info_.rate.num > 0 ? info_.rate : Ratio{25, 1};
+    codec.framerate = {rate.num, rate.den};
+    codec.time_base = {rate.den, rate.num};
+    if (info_.aspect.num > 0) {
+      codec.sample_aspect_ratio = {info_.aspect.num, info_.aspect.den};
+    }
+    set_colours(&codec);
+    if ((kind->flags & AVFMT_GLOBALHEADER) != 0) {
+      codec.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    }
+    if (options_.quality >= 0) {
+      // 51 is the coarsest that such encoders have.
+      av_opt_set_double(codec.priv_data, "crf",
+                        51.0 * (100 - options_.quality) / 100, 0);
+    }
+    {
+      const SignalsForMain block;
+      const int status = avcodec_open2(&codec, encoder, nullptr);
+      if (status < 0) {
+        throw Error(std::string(encoder->name) + " refuses " +
+                    info_.layout->token + " of " + std::to_string(codec.width) +
+                    "x" + std::to_string(codec.height) + ": " +
+                    av_reason(status));
+      }
+    }
+    check(avcodec_parameters_from_context(stream->codecpar, &codec), "write");
+    stream->time_base = codec.time_base;
+    stream->avg_frame_rate = codec.framerate;
+  }
+
+  // What the samples are, also where the input did not say.
+  void set_colours(AVCodecContext *codec) const {
+    const Colour &colour = info_.colour;
+    const bool full = info_.color_std == VEXO_STD_BT601_FULL ||
+                      info_.color_std == VEXO_STD_BT709_FULL;
+    const int guess = info_.color_std >= VEXO_STD_BT709 ? 1 : 6;
+    codec->color_range =
+        full || colour.range == 2 ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+    codec->colorspace = static_cast<AVColorSpace>(
+        colour.matrix == Colour::kUnknown ? guess : colour.matrix);
+    codec->color_primaries = static_cast<AVColorPrimaries>(colour.primaries);
+    codec->color_trc =
+        static_cast<AVColorTransferCharacteristic>(colour.transfer);
+    codec->chroma_sample_location =
+        static_cast<AVChromaLocation>(colour.siting);
+  }
+
+  void encode(const AVFrame *frame) {
+    check(avcodec_send_frame(codec_.get(), frame), "encode");
+    const AvPacket packet(av_packet_alloc());
+    if (packet == nullptr) throw std::bad_alloc();
+    for (;;) {
+      const int status = avcodec_receive_packet(codec_.get(), packet.get());
+      if (status == AVERROR(EAGAIN) || status == AVERROR_EOF) return;
+      check(status, "encode");
+      av_packet_rescale_ts(packet.get(), codec_->time_base,
+                           format_->streams[0]->time_base);
+      packet->stream_index = 0;
+      check(av_interleaved_write_frame(format_, packet.get()), "write");
+    }
+  }
+
+  std::string path_;
+  StreamInfo info_;
+  EncodeOptions options_;
+  std::optional<ByteSink> sink_;
+  AVIOContext *io_ = nullptr;
+  AVFormatContext *format_ = nullptr;
+  AvCodec codec_;
+  int64_t count_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<FrameWriter> write_video(const std::string &path,
+                                         const StreamInfo &info,
+                                         const EncodeOptions &options) {
+  return std::make_unique<VideoWriter>(path, info, options);
+}
+
+}  // namespace vexo
