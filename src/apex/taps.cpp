@@ -5,7 +5,6 @@
 #include "apex/taps.h"
 
 #include <cstring>
-#include <numeric>
 
 namespace lox {
 
@@ -16,7 +15,10 @@ constexpr double kPi = 3.14159265358979323846;
 // sin(pi x).
 constexpr double sine(double x) {
   double sign = 1;
-  for (; x > 0.5; x -= 1) sign = -sign;
+  while (x > 0.5) {
+    x -= 1;
+    sign = -sign;
+  }
   const double square = kPi * x * kPi * x;
   double term = kPi * x;
   double sum = term;
@@ -110,7 +112,13 @@ int32_t clamp(int64_t v, int32_t count) {
 }  // namespace
 
 int32_t ApexAxis::period() const {
-  const int32_t outputs = to / std::gcd(from, to);
+  int32_t divisor = to;
+  for (int32_t rest = from; rest != 0;) {
+    const int32_t next = divisor % rest;
+    divisor = rest;
+    rest = next;
+  }
+  const int32_t outputs = to / divisor;
   return outputs < dst_count ? outputs : dst_count;
 }
 
