@@ -41,13 +41,10 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, ApexSample sample,
   steps_ = (taps_ + 1) / 2;
   int32_t load = 16 / apex_bytes(sample);
   switch (way_) {
-    case ApexWay::kPlain: {
-      // Parts of a pixel are summed side by side, four samples at a time.
-      const int32_t step = apex_rows().plain_step;
-      steps_ = round_up(taps_, parts > 2 && step > 4 ? 4 : step);
+    case ApexWay::kPlain:
+      steps_ = round_up(taps_, apex_rows().plain_step);
       reach_ = steps_ * parts + 8;
       break;
-    }
     case ApexWay::kDirect:
       block_ = bytes / 4;
       words_ = bytes / 2;
