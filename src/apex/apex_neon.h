@@ -36,11 +36,19 @@ struct ApexOps {
       return as_signed(v);
     }
   }
+  LOX_OP uint8x8_t load8(const uint8_t *p) {
+#if LOX_ARM && !LOX_GCC_ARM
+    // Held, or the compiler loads them through core registers and memory.
+    return NeonYuv::keep(vld1_u8(p));
+#else
+    return vld1_u8(p);
+#endif
+  }
   // Eight parts.
   template <ApexSample S>
   LOX_OP int16x8_t load(const uint8_t *p) {
     if constexpr (S == ApexSample::kByte) {
-      return as_signed(vmovl_u8(vld1_u8(p)));
+      return as_signed(vmovl_u8(load8(p)));
     } else {
       return samples<S>(vreinterpretq_u16_u8(vld1q_u8(p)));
     }
@@ -72,83 +80,130 @@ struct ApexOps {
     const int32_t last = c.count - kOutputs;
     for (int32_t i = 0; i < c.count; i += kOutputs) {
       const int32_t at = i < last ? i : last;
-      const auto words = [&](const uint8_t *p) LOX_INLINE_LAMBDA {
-        return words_of<S, kParts>(p, c, at);
+      const auto sum = [&](int o) LOX_INLINE_LAMBDA {
+        const ptrdiff_t from = ptrdiff_t{c.first[at + o]} * apex_bytes(S);
+        return sums_of<S, kParts>(row + from, below + from,
+                                  c.weights + ptrdiff_t{at + o} * c.steps,
+                                  c.steps);
       };
-      const int16x8x2_t both = {{words(row), words(below)}};
+      int16x8x2_t both;
+      if constexpr (kParts == 1) {
+        const auto s0 = sum(0), s1 = sum(1), s2 = sum(2), s3 = sum(3);
+        const auto s4 = sum(4), s5 = sum(5), s6 = sum(6), s7 = sum(7);
+        both = {{words<S>(four(s0.row, s1.row, s2.row, s3.row),
+                          four(s4.row, s5.row, s6.row, s7.row)),
+                 words<S>(four(s0.below, s1.below, s2.below, s3.below),
+                          four(s4.below, s5.below, s6.below, s7.below))}};
+      } else if constexpr (kParts == 2) {
+        const auto s0 = sum(0), s1 = sum(1), s2 = sum(2), s3 = sum(3);
+        both = {{words<S>(vcombine_s32(s0.row, s1.row),
+                          vcombine_s32(s2.row, s3.row)),
+                 words<S>(vcombine_s32(s0.below, s1.below),
+                          vcombine_s32(s2.below, s3.below))}};
+      } else {
+        const auto s0 = sum(0), s1 = sum(1);
+        both = {{words<S>(s0.row, s1.row), words<S>(s0.below, s1.below)}};
+      }
       vst2q_s16(dst + ptrdiff_t{2} * at * kSums, both);
     }
   }
-  template <ApexSample S, int kParts>
-  LOX_OP int16x8_t words_of(const uint8_t *row, const ApexColumns &c,
-                            int32_t at) {
-    const auto sum = [&](int o) LOX_INLINE_LAMBDA {
-      return sum_of<S, kParts>(row + ptrdiff_t{c.first[at + o]} * apex_bytes(S),
-                               c.weights + ptrdiff_t{at + o} * c.steps,
-                               c.steps);
-    };
-    int32x4_t low;
-    int32x4_t high;
-    if constexpr (kParts == 1) {
-      low = vcombine_s32(vpadd_s32(sum(0), sum(1)), vpadd_s32(sum(2), sum(3)));
-      high = vcombine_s32(vpadd_s32(sum(4), sum(5)), vpadd_s32(sum(6), sum(7)));
-    } else if constexpr (kParts == 2) {
-      low = vcombine_s32(sum(0), sum(1));
-      high = vcombine_s32(sum(2), sum(3));
-    } else {
-      low = sum(0);
-      high = sum(1);
-    }
+  template <ApexSample S>
+  LOX_OP int16x8_t words(int32x4_t low, int32x4_t high) {
     constexpr int kBits = apex_bits(S);
     return vcombine_s16(vrshrn_n_s32(low, kBits), vrshrn_n_s32(high, kBits));
+  }
+  LOX_OP int32x4_t four(int32x2_t a, int32x2_t b, int32x2_t c, int32x2_t d) {
+    return vcombine_s32(vpadd_s32(a, b), vpadd_s32(c, d));
   }
   LOX_OP int32x2_t folded(int32x4_t v) {
     return vadd_s32(vget_low_s32(v), vget_high_s32(v));
   }
-  // The sums of an output; a single one in two halves.
+  // The sums of an output, of two rows; single ones in two halves.
+  template <class Sum>
+  struct Both {
+    Sum row, below;
+  };
   template <ApexSample S, int kParts>
-  LOX_OP auto sum_of(const uint8_t *from, const int16_t *weights,
-                     int32_t steps) {
+  LOX_OP auto sums_of(const uint8_t *row, const uint8_t *below,
+                      const int16_t *weights, int32_t steps) {
     constexpr int kBytes = apex_bytes(S);
-    int32x4_t sum = vdupq_n_s32(0);
+    int32x4_t a = vdupq_n_s32(0);
+    int32x4_t b = a;
     if constexpr (kParts == 1) {
-      for (int32_t k = steps; k != 0;
-           k -= 8, from += 8 * kBytes, weights += 8) {
-        add_8(sum, load<S>(from), vld1q_s16(weights));
-      }
-      return folded(sum);
-    } else if constexpr (kParts == 2) {
-      int32x4_t second = sum;
-      for (int32_t k = steps; k != 0;
-           k -= 8, from += 16 * kBytes, weights += 8) {
+      for (uint32_t k = static_cast<uint32_t>(steps) / 8; k != 0; --k) {
         const int16x8_t w = vld1q_s16(weights);
-        if constexpr (S == ApexSample::kByte) {
-          const uint8x8x2_t pairs = vld2_u8(from);
-          add_8(sum, as_signed(vmovl_u8(pairs.val[0])), w);
-          add_8(second, as_signed(vmovl_u8(pairs.val[1])), w);
-        } else {
-          // As bytes first: nothing is said of the address.
-          const uint16x8x2_t pairs =
-              vuzpq_u16(vreinterpretq_u16_u8(vld1q_u8(from)),
-                        vreinterpretq_u16_u8(vld1q_u8(from + 16)));
-          add_8(sum, samples<S>(pairs.val[0]), w);
-          add_8(second, samples<S>(pairs.val[1]), w);
-        }
+        add_8(a, load<S>(row), w);
+        add_8(b, load<S>(below), w);
+        weights += 8;
+        row += 8 * kBytes;
+        below += 8 * kBytes;
       }
-      return vpadd_s32(folded(sum), folded(second));
-    } else {
-      for (int32_t k = steps; k != 0;
-           k -= 4, from += 4 * kParts * kBytes, weights += 4) {
-        const int16x8_t a = load<S>(from);
-        const int16x8_t b = load<S>(from + 2 * kParts * kBytes);
+      if (steps % 8 != 0) {
         const int16x4_t w = vld1_s16(weights);
-        sum = vmlal_lane_s16(sum, vget_low_s16(a), w, 0);
-        sum = vmlal_lane_s16(sum, second<kParts>(a), w, 1);
-        sum = vmlal_lane_s16(sum, vget_low_s16(b), w, 2);
-        sum = vmlal_lane_s16(sum, second<kParts>(b), w, 3);
+        a = vmlal_s16(a, vget_low_s16(load<S>(row)), w);
+        b = vmlal_s16(b, vget_low_s16(load<S>(below)), w);
       }
-      return sum;
+      return Both<int32x2_t>{folded(a), folded(b)};
+    } else if constexpr (kParts == 2) {
+      int32x4_t a2 = a;
+      int32x4_t b2 = a;
+      for (uint32_t k = static_cast<uint32_t>(steps) / 8; k != 0; --k) {
+        const int16x8_t w = vld1q_s16(weights);
+        const int16x8x2_t p = load_pairs<S>(row);
+        add_8(a, p.val[0], w);
+        add_8(a2, p.val[1], w);
+        const int16x8x2_t q = load_pairs<S>(below);
+        add_8(b, q.val[0], w);
+        add_8(b2, q.val[1], w);
+        weights += 8;
+        row += 16 * kBytes;
+        below += 16 * kBytes;
+      }
+      if (steps % 8 != 0) {
+        const int16x4_t w = vld1_s16(weights);
+        const int16x8x2_t p = load_pairs<S>(row);
+        a = vmlal_s16(a, vget_low_s16(p.val[0]), w);
+        a2 = vmlal_s16(a2, vget_low_s16(p.val[1]), w);
+        const int16x8x2_t q = load_pairs<S>(below);
+        b = vmlal_s16(b, vget_low_s16(q.val[0]), w);
+        b2 = vmlal_s16(b2, vget_low_s16(q.val[1]), w);
+      }
+      return Both<int32x2_t>{vpadd_s32(folded(a), folded(a2)),
+                             vpadd_s32(folded(b), folded(b2))};
+    } else {
+      for (uint32_t k = static_cast<uint32_t>(steps) / 4; k != 0; --k) {
+        const int16x4_t w = vld1_s16(weights);
+        add_4<S, kParts>(a, row, w);
+        add_4<S, kParts>(b, below, w);
+        weights += 4;
+        row += 4 * kParts * kBytes;
+        below += 4 * kParts * kBytes;
+      }
+      return Both<int32x4_t>{a, b};
     }
+  }
+  // Eight pairs.
+  template <ApexSample S>
+  LOX_OP int16x8x2_t load_pairs(const uint8_t *p) {
+    if constexpr (S == ApexSample::kByte) {
+      const uint8x8x2_t v = vld2_u8(p);
+      return {{as_signed(vmovl_u8(v.val[0])), as_signed(vmovl_u8(v.val[1]))}};
+    } else {
+      // As bytes first: nothing is said of the address.
+      const uint16x8x2_t v = vuzpq_u16(vreinterpretq_u16_u8(vld1q_u8(p)),
+                                       vreinterpretq_u16_u8(vld1q_u8(p + 16)));
+      return {{samples<S>(v.val[0]), samples<S>(v.val[1])}};
+    }
+  }
+  // Four pixels.
+  template <ApexSample S, int kParts>
+  LOX_OP void add_4(int32x4_t &sum, const uint8_t *p, int16x4_t w) {
+    const int16x8_t a = load<S>(p);
+    const int16x8_t b = load<S>(p + 2 * kParts * apex_bytes(S));
+    sum = vmlal_lane_s16(sum, vget_low_s16(a), w, 0);
+    sum = vmlal_lane_s16(sum, second<kParts>(a), w, 1);
+    sum = vmlal_lane_s16(sum, vget_low_s16(b), w, 2);
+    sum = vmlal_lane_s16(sum, second<kParts>(b), w, 3);
   }
   // The second pixel of some words.
   template <int kParts>

@@ -189,7 +189,7 @@ constinit const ApexRows apex_rows = {
 #if LOX_VECTORS
     ApexOps<Bulk>::kRegisterBytes,
     ApexOps<Bulk>::kPicks,
-    8,
+    4,
 #else
     0,      false,       2,
 #endif

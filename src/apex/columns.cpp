@@ -41,13 +41,10 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, ApexSample sample,
   steps_ = (taps_ + 1) / 2;
   int32_t load = 16 / apex_bytes(sample);
   switch (way_) {
-    case ApexWay::kPlain: {
-      // Parts of a pixel are summed side by side, four samples at a time.
-      const int32_t step = apex_rows().plain_step;
-      steps_ = round_up(taps_, parts > 2 && step > 4 ? 4 : step);
+    case ApexWay::kPlain:
+      steps_ = round_up(taps_, apex_rows().plain_step);
       reach_ = steps_ * parts + 8;
       break;
-    }
     case ApexWay::kDirect:
       block_ = bytes / 4;
       words_ = bytes / 2;
@@ -154,8 +151,7 @@ ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
                                                   int16_t *weights) const {
   const int64_t row_end = int64_t{src_count_} * parts_;
   const int64_t block_firsts = firsts() / blocks_;
-  const int64_t block_weights =
-      weights == nullptr ? 0 : this->weights() / blocks_;
+  const int64_t block_weights = this->weights() / blocks_;
   int32_t inside = 0;  // blocks
   int64_t tail_first = 0;
   int32_t tail = 0;  // outputs before it
@@ -173,7 +169,7 @@ ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
     for (int32_t b = 0; b < blocks_; ++b) {
       const int64_t end =
           add_block(taps, b, first + b * block_firsts,
-                    places == nullptr ? nullptr : places + int64_t{b} * block_,
+                    sums_ == 0 ? places : places + int64_t{b} * block_,
                     weights + b * block_weights);
       if (inside == b && end <= row_end) ++inside;
     }
@@ -189,8 +185,7 @@ ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
   c.tail.blocks = is_plain() ? 0 : blocks_ - inside;
   c.tail.last = last - tail;
   c.tail.first += tail_first;
-  c.tail.places +=
-      is_plain() || places == nullptr ? 0 : int64_t{inside} * block_;
+  c.tail.places += sums_ == 0 ? 0 : int64_t{inside} * block_;
   c.tail.weights +=
       is_plain() ? int64_t{tail} * steps_ : inside * block_weights;
   c.begin = c.tail.count > 0 ? c.tail.first[0] : row_end;

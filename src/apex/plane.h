@@ -22,6 +22,6 @@ struct ApexPlane {
 
 // Bytes of scratch memory that a plane takes.
 int64_t apex_scratch(const ApexPlane &plane);
-void apex_scale(const ApexPlane &plane, uint8_t *scratch);
+[[gnu::nonnull]] void apex_scale(const ApexPlane &plane, uint8_t *scratch);
 
 }  // namespace lox

@@ -15,7 +15,10 @@ constexpr double kPi = 3.14159265358979323846;
 // sin(pi x).
 constexpr double sine(double x) {
   double sign = 1;
-  for (; x > 0.5; x -= 1) sign = -sign;
+  while (x > 0.5) {
+    x -= 1;
+    sign = -sign;
+  }
   const double square = kPi * x * kPi * x;
   double term = kPi * x;
   double sum = term;
@@ -106,20 +109,16 @@ int32_t clamp(int64_t v, int32_t count) {
   return v < 0 ? 0 : v >= count ? count - 1 : static_cast<int32_t>(v);
 }
 
-// Not by std::gcd, which older processors lack an instruction of.
-int32_t common_divisor(int32_t a, int32_t b) {
-  while (b != 0) {
-    const int32_t rest = a % b;
-    a = b;
-    b = rest;
-  }
-  return a;
-}
-
 }  // namespace
 
 int32_t ApexAxis::period() const {
-  const int32_t outputs = to / common_divisor(from, to);
+  int32_t divisor = to;
+  for (int32_t rest = from; rest != 0;) {
+    const int32_t next = divisor % rest;
+    divisor = rest;
+    rest = next;
+  }
+  const int32_t outputs = to / divisor;
   return outputs < dst_count ? outputs : dst_count;
 }
 

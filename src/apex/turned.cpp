@@ -32,7 +32,8 @@ ApexTurned::ApexTurned(const ApexAxis &axis, ApexSample sample, int32_t parts)
 void ApexTurned::fill(const ApexTaps &taps, int32_t *first,
                       int16_t *weights) const {
   std::memset(weights, 0, static_cast<size_t>(this->weights()) * 2);
-  for (int32_t o = 0; o < outputs_; ++o, weights += 2 * steps_) {
+  const ptrdiff_t pitch = ptrdiff_t{2} * steps_;
+  for (int32_t o = 0; o < outputs_; ++o, weights += pitch) {
     const int32_t begin = taps.first[o < count_ ? o : count_ - 1];
     first[o] = begin / 2;
     if (o >= count_) continue;
