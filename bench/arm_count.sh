@@ -113,6 +113,7 @@ echo "$titles libyuv |"
 echo "$rule---:|"
 for each in \
   nv12_rgba8888:3.389 yuv420_rgba8888:3.393 yuv420_rgb565:4.018 \
+  yuv420_rgb565_dither: planar16_2to1: planar16_3to2: planar16_2to3: \
   nv21_rgb888:3.389 yuyv_rgba8888: nv12_rgba8888_new: yuv420_rgba8888_new: yuv420_rgba8888_bt709: \
   yuv420_rgba8888_bt601fr: rgba8888_nv12:1.689 rgba8888_yuv420:1.609 \
   rgb565_nv12: yuv420_nv12:0.203 nv12_yuv420:0.203 nv12_nv21:0.219 \

@@ -156,16 +156,20 @@ constexpr int span_of(Method method) {
 }
 
 // Bytes of table for a vector of outputs.
-template <class V>
+template <class V, Samples kSamples>
+constexpr bool kMayBeWhole = kSamples == Samples::kWords &&V::kPermutesWords;
+template <class V, Samples kSamples>
 constexpr int places_size(Method method) {
-  return (is_whole(method) ? 1 : V::windows(span_of(method))) * 2 * V::n;
+  const bool whole = kMayBeWhole<V, kSamples> && is_whole(method);
+  return (whole ? 1 : V::windows(span_of(method))) * 2 * V::n;
 }
 template <class V, Samples kSamples>
 constexpr int table_step(Method method) {
-  return places_size<V>(method) + (!is_weighed(method)           ? 0
-                                   : kSamples == Samples::kBytes ? 4 * V::n
-                                   : kSamples == Samples::k565   ? 3 * V::n
-                                                                 : 5 * V::n);
+  return places_size<V, kSamples>(method) +
+         (!is_weighed(method)           ? 0
+          : kSamples == Samples::kBytes ? 4 * V::n
+          : kSamples == Samples::k565   ? 3 * V::n
+                                        : 5 * V::n);
 }
 
 template <class V, bool kWords>
@@ -278,17 +282,20 @@ class TableFiller {
 
  private:
   LOX_INLINE void vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
-    uint8_t *const weights = table_ + places_size<V>(method_);
+    const bool whole = kMayBeWhole<V, kSamples> && is_whole(method_);
+    const bool weighed =
+        method_ == kLerp || (kMayBeWhole<V, kSamples> && method_ == kWholeLerp);
+    uint8_t *const weights = table_ + places_size<V, kSamples>(method_);
     ptrdiff_t base = 0;
     for (int group = 0; group < V::n / 8; ++group) {
-      if (group == 0 || !is_whole(method_)) {
+      if (group == 0 || !whole) {
         base = walk.sample() < end_ ? walk.sample() : end_;
         *offset_++ = static_cast<int16_t>(base - origin);
       }
       for (int i = 0; i < 8; ++i, walk.next()) {
         const int first = static_cast<int>(walk.byte() - base);
         const int second = first + walk.to_neighbour();
-        if (is_whole(method_)) {
+        if (whole) {
           const int at = group * 8 + i;
           table_[at] = static_cast<uint8_t>(i % 2 == 0 ? first / 2 : 0);
           table_[V::n + at] = static_cast<uint8_t>(i % 2 == 0 ? second / 2 : 0);
@@ -296,7 +303,7 @@ class TableFiller {
           put_places<V, kSamples != Samples::kBytes>(table_, group, i, span_,
                                                      first, second);
         }
-        if (is_weighed(method_)) put_weights(weights, group, i, walk.weights());
+        if (weighed) put_weights(weights, group, i, walk.weights());
       }
     }
     table_ += table_step<V, kSamples>(method_);
