@@ -16,9 +16,10 @@ standards after the first only what differs. Where there is none the call is
 refused.
 
 Standards are those of the side that is YUV, here the same on both; between two
-different ones a picture goes through `rgba8888`. 10-bit samples become 8-bit
-ones, and nothing becomes `yuv400`, `p010le` or other tiles than `t64x32`. To `rgba1010102`
-and `rgbaf16` it is `vexo_csc_new` that converts.
+different ones a picture goes through `rgba8888`. Nothing of 8 bits becomes one of
+10 but by way of `rgba8888`, and nothing becomes `yuv400` or other tiles than
+`t64x32`. To `rgba1010102` and `rgbaf16`, and from BT.2020, it is `vexo_csc_new`
+that makes RGB.
 
 This page is made by `scripts/conversions.sh` and held to the program by a test.
 

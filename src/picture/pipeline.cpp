@@ -319,9 +319,10 @@ int32_t Pipeline::work(vexo_picture_context *context, int i, vexo_img in,
       copy_step(in, out);
       return VEXO_OK;
     case Work::kConvert:
-      if (stage.conversion.interpolates()) {
+      if (stage.conversion.is_new()) {
         in.color_std = content_before(i).standard;
-        in.reserved1 = stage.conversion.siting;
+        in.reserved1 =
+            stage.conversion.interpolates() ? stage.conversion.siting : 0;
         return vexo_csc_new(&in, &out);
       }
       if (stage.conversion.step != nullptr) {

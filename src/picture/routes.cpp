@@ -152,15 +152,18 @@ bool leads_to_yuv(int32_t format) {
   return !is_tiled(format);
 }
 
-// Whether chroma is interpolated though nobody asked for it: where nothing else
-// leads, and of ten bits, which all else cuts off first.
-bool is_interpolated(int32_t from, int32_t standard, int32_t to) {
-  return is_10_bit(from) || to >= VEXO_FMT_RGBA1010102 ||
-         standard == VEXO_STD_BT2020 || standard == VEXO_STD_BT2020_FULL;
+// Whether vexo_csc_new is wanted though nobody asked for interpolation: where
+// nothing else leads, with chroma of every pixel's own, and from ten bits to as
+// many.
+bool wants_new(int32_t from, int32_t standard, int32_t to) {
+  const bool deep = to >= VEXO_FMT_RGBA1010102;
+  return (is_10_bit(from) && deep) ||
+         (from == VEXO_FMT_YUV444 && (deep || standard == VEXO_STD_BT2020 ||
+                                      standard == VEXO_STD_BT2020_FULL));
 }
 
 template <class Visit>
-void for_each_interpolation(const Manner &manner, Visit visit) {
+void for_each_new(const Manner &manner, Visit visit) {
   const int32_t siting = manner.chroma == VEXO_CHROMA_CENTRE
                              ? VEXO_SITING_CENTRE
                              : VEXO_SITING_LEFT;
@@ -171,18 +174,20 @@ void for_each_interpolation(const Manner &manner, Visit visit) {
       for (const int32_t standard : kStandards) {
         if (manner.dithers && is_rgb16(to.code)) continue;
         if ((manner.chroma != VEXO_CHROMA_AS_IT_IS ||
-             is_interpolated(from.code, standard, to.code)) &&
+             wants_new(from.code, standard, to.code)) &&
             vexo_csc_new_supports(from.code, to.code, standard) != 0) {
+          const int32_t own =
+              from.code == VEXO_FMT_YUV444 ? kEveryPixelsOwn : siting;
           visit(Content{from.code, standard},
-                Conversion{nullptr, nullptr, siting, {to.code, 0}});
+                Conversion{nullptr, nullptr, own, {to.code, 0}});
         }
       }
     }
   }
 }
 
-// Calls visit(from, conversion) for every edge, always in the same order. What
-// interpolates comes last: of equal costs a call of csc.h is taken.
+// Calls visit(from, conversion) for every edge, always in the same order.
+// vexo_csc_new comes last: of equal costs a call of csc.h is taken.
 template <class Visit>
 void for_each_edge(const Manner &manner, Visit visit) {
   const bool repeats = manner.chroma == VEXO_CHROMA_AS_IT_IS && !manner.turned;
@@ -244,7 +249,7 @@ void for_each_edge(const Manner &manner, Visit visit) {
   }
   visit_step(VEXO_FMT_RGBA8888, widen_pixels, VEXO_FMT_RGBA1010102, 0);
   visit_step(VEXO_FMT_RGBA8888, widen_pixels, VEXO_FMT_RGBAF16, 0);
-  if (!manner.turned) for_each_interpolation(manner, visit);
+  if (!manner.turned) for_each_new(manner, visit);
 }
 
 int32_t cost_of(const Content &from, const Conversion &conversion) {

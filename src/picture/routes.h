@@ -25,6 +25,9 @@ constexpr Content content_of(int32_t format, int32_t standard) {
   return {format, has_standard(format) ? standard : VEXO_STD_DEFAULT};
 }
 
+// Of chroma that every pixel has, instead of a siting.
+constexpr int32_t kEveryPixelsOwn = -1;
+
 // A conversion: a route of csc.h, a step of the picture layer or, without
 // either, vexo_csc_new with chroma of this siting.
 struct Conversion {
@@ -33,7 +36,8 @@ struct Conversion {
   int32_t siting;
   Content to;
 
-  bool interpolates() const { return route == nullptr && step == nullptr; }
+  bool is_new() const { return route == nullptr && step == nullptr; }
+  bool interpolates() const { return is_new() && siting != kEveryPixelsOwn; }
 };
 
 // How the caller wants what can be made in several ways.

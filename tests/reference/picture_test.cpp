@@ -93,9 +93,11 @@ TEST(Picture, Chains) {
       {VEXO_STD_DEFAULT, VEXO_STD_DEFAULT, "rgba8888 yuv444 yuv422n"},
       {VEXO_STD_BT709, VEXO_STD_BT709, "rgba8888 nv12 yuv420 yuv422n"},
       {VEXO_STD_BT601_FULL, VEXO_STD_BT601_FULL, "uyvy yuv422n yv16"},
-      {VEXO_STD_BT709_FULL, VEXO_STD_BT709_FULL, "p010le rgba8888"},
-      {VEXO_STD_BT2020, VEXO_STD_BT2020, "nv12 bgr888"},
-      {VEXO_STD_BT709, VEXO_STD_BT709, "t64x32 yuv420 rgba1010102"},
+      {VEXO_STD_BT709_FULL, VEXO_STD_BT709_FULL, "p010le yuv420 rgba8888"},
+      {VEXO_STD_BT2020, VEXO_STD_BT2020, "nv12 yuv420 yuv422w yuv444 bgr888"},
+      {VEXO_STD_BT709, VEXO_STD_BT709,
+       "t64x32 yuv420 rgba8888 rgba1010102"},
+      {VEXO_STD_BT709, VEXO_STD_BT709, "p010le rgba1010102"},
       {VEXO_STD_BT709, VEXO_STD_BT709, "t8x8"},
       {VEXO_STD_DEFAULT, VEXO_STD_DEFAULT, "yuv420"}};
   for (const auto &[from_std, to_std, text] : chains) {
@@ -213,7 +215,7 @@ const Stages kStages[] = {
     {vexo_picture_scale, "rgb888", "rgb888", "argb8888", 0, 70, 50, 4, 0},
     {vexo_picture_turn, "yuyv", "yuv422n", "yuv422w", 0, 65, 43, 2, 0},
     {vexo_picture_turn, "p010le", "rgba8888", "rgba8888", 10, 65, 43, 1, 0},
-    {vexo_picture_thumbnail, "p010le", "rgba8888", "rgb888", 10, 20, 13, 0, 0},
+    {vexo_picture_thumbnail, "p010le", "nv12", "rgb888", 10, 20, 13, 0, 0},
     {vexo_picture_thumbnail, "t16x16", "nv12", "nv21", 0, 20, 13, 2, 2},
     {vexo_picture_thumbnail, "nv12", "nv12", "nv12", 0, 20, 13, 0, 0},
     {vexo_picture_thumbnail, "yuv444", "rgba8888", "bgr888", 0, 30, 20, 3, 0},

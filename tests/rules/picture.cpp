@@ -238,15 +238,14 @@ int32_t by_itself(const Function &function, vexo_picture_context *,
       nullptr, &dense.img, dst, options);
 }
 
-// Whether a conversion of YUV to RGB interpolates: where it was asked for, or
-// bits or standards are none of csc.h's.
-bool interpolates(int32_t from, int32_t standard, int32_t to, int32_t chroma) {
-  // Of words vexo_csc knows one standard, whatever it is told.
-  const bool single = vexo_csc_supports(from, to, standard) != 0 &&
-                      (from < 600 || standard == VEXO_STD_DEFAULT);
+// Whether vexo_csc_new makes RGB: where it was asked for, and where nothing
+// else does.
+bool is_new(int32_t from, int32_t standard, int32_t to, int32_t chroma) {
+  const bool deep = to >= 700;
+  const bool alone =
+      (from >= 600 && deep) || (from == 3 && (deep || standard >= 20));
   return vexo_csc_new_supports(from, to, standard) != 0 &&
-         (chroma != 0 || from >= 600 || to >= 700 || standard >= 20) &&
-         (chroma != 0 || !single);
+         (chroma != 0 || alone);
 }
 
 // Along the formats that the library says it goes through; of each step the
@@ -280,7 +279,7 @@ int32_t convert(const Function &function, vexo_picture_context *,
   const bool dithers = options != nullptr && options->dither != 0;
   if (chroma != 0 && is_yuv(src->format) != is_yuv(dst->format) &&
       !(dithers && is_16(dst->format)) &&
-      interpolates(src->format, src->color_std, dst->format, chroma)) {
+      is_new(src->format, src->color_std, dst->format, chroma)) {
     return interpolate(*src, *dst);
   }
   // What is dithered is that of RGBA8888, or words at once.
@@ -315,7 +314,7 @@ int32_t convert(const Function &function, vexo_picture_context *,
     rgb = rgb || !is_yuv(formats[i]);
     const vexo_img to = i == passes ? *dst : stops.back().img;
     if (is_yuv(from.format) && !is_yuv(to.format) &&
-        interpolates(from.format, src->color_std, to.format, 0)) {
+        is_new(from.format, src->color_std, to.format, 0)) {
       interpolate(from, to);
       from = to;
       continue;
