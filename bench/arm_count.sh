@@ -125,7 +125,8 @@ for each in \
   rgba8888_vert:0.505 nv12_90r:0.893 nv12_2to1_90l: camera_nv12_rgba8888: \
   camera_nv12_rgba8888_90r: camera_nv12_rgb565_90r: dct_nv12_480x270: \
   dct_rgba8888_480x270: hdr_p010_nv12: hdr_p010_rgba8888: vqe_sharpen: \
-  vqe_deblock: media_bits: media_bits_inlined: media_bits_called: \
+  nv12_rgba8888_3to2: nv12_rgba8888_2to3: nv12_rgba8888_90r: \
+  nv12_rgba8888_hori: vqe_deblock: media_bits: media_bits_inlined: media_bits_called: \
   media_keyframe_h264: hdr_context: memcpy:0.269; do
   row "${each%%:*}" "${each#*:}"
 done

@@ -9,10 +9,8 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "common/copy.h"
 #include "common/strip.h"
 #include "rot/rotate_rows.h"
-#include "rsz/scale_rows.h"
 #include "rsz/scale_words_rows.h"
 
 namespace lox {
@@ -109,66 +107,43 @@ class QuarterTurn {
 
 template <class Sink>
 void scale_by_strips(const ScaleJob &job) {
-  PlaneRows source;
-  for (int32_t first = 0; first < job.across.dst;) {
+  Columns columns;
+  for (int32_t first = 0; first < job.across.dst; first += columns.count) {
     const StripSize strip = Sink::next(job, job.across.dst - first);
-    const int32_t count = source.start(job, first, strip.columns);
-    Sink sink(job, first, count, strip.rows);
+    const ScaleRows &rows =
+        prepare_columns(job, first, strip.columns, &columns);
+    StripRows source(job, rows, columns);
+    Sink sink(job, first, columns.count, strip.rows);
     for (int32_t y = job.rows.begin; y < job.rows.end; ++y) {
       source.next(sink.to(y));
       sink.done(y);
     }
-    first += count;
   }
 }
 
 }  // namespace
 
+const ScaleRows &prepare_columns(const ScaleJob &job, int32_t first,
+                                 int32_t count, Columns *columns) {
+  const ScaleRows &rows = job.type.words    ? scale_words_rows()
+                          : job.type.rgb565 ? scale_rows().rgb565
+                                            : scale_rows().bytes;
+  columns->axis = job.across;
+  columns->unit = job.type.unit;
+  columns->first = first;
+  columns->count = count;
+  if (job.across.src != job.across.dst) rows.prepare(columns);
+  return rows;
+}
+
 int32_t PlaneRows::start(const ScaleJob &job, int32_t first, int32_t count) {
   job_ = job;
-  rows_ = job.type.words    ? &scale_words_rows()
-          : job.type.rgb565 ? &scale_rows().rgb565
-                            : &scale_rows().bytes;
-  copied_ = job.across.src == job.across.dst;
-  columns_.axis = job.across;
-  columns_.unit = job.type.unit;
-  columns_.first = first;
-  columns_.count = count;
-  if (!copied_) rows_->prepare(&columns_);
-  bytes_ = ptrdiff_t{columns_.count} * job.type.unit;
-  walk_ = Walk(job.down, job.rows.begin);
-  kept_[0] = kept_[1] = -1;
+  const ScaleRows &rows = prepare_columns(job_, first, count, &columns_);
+  rows_ = StripRows(job_, rows, columns_);
   return columns_.count;
 }
 
-const uint8_t *PlaneRows::across(int32_t row) {
-  if (copied_) return source(row) + int64_t{columns_.first} * job_.type.unit;
-  const int slot = row & 1;
-  uint8_t *const kept = job_.scratch + (slot == 0 ? 0 : bytes_);
-  if (kept_[slot] != row) {
-    rows_->columns(source(row), kept, &columns_);
-    kept_[slot] = row;
-  }
-  return kept;
-}
-
-void PlaneRows::next(uint8_t *dst) {
-  const Step step = walk_.next();
-  if (step.part == 0) {
-    const bool again =
-        step.length > 1 && job_.down.scaling >= Scaling::kEnlarge;
-    if (copied_ || again || kept_[step.at & 1] == step.at) {
-      copy_plane(dst, 0, across(step.at), 0, bytes_, 1);
-    } else {
-      rows_->columns(source(step.at), dst, &columns_);
-    }
-  } else if (job_.at_once) {
-    rows_->box(source(step.at), source(step.at + 1), dst, &columns_);
-  } else {
-    rows_->lerp(across(step.at), across(step.at + 1), dst, bytes_, step,
-                job_.down.scaling == Scaling::kEnlargeMod1);
-  }
-}
+void PlaneRows::next(uint8_t *dst) { rows_.next(dst); }
 
 void interpolate_plane(const ScaleJob &job) {
   if (job.rows.begin >= job.rows.end) return;

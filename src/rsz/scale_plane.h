@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "common/copy.h"
 #include "common/row_range.h"
 #include "rsz/scale_rows.h"
 
@@ -47,28 +48,79 @@ struct ScaleJob {
   uint8_t *scratch;
 };
 
-// The rows of a job before the turn, in some of its columns: one after the
-// other, wherever each is wanted.
+// The rows of a job before the turn, in the columns that were worked out: one
+// after the other, wherever each is wanted.
+class StripRows {
+ public:
+  StripRows() = default;
+  StripRows(const ScaleJob &job, const ScaleRows &rows, const Columns &columns)
+      : job_(&job),
+        rows_(&rows),
+        columns_(&columns),
+        copied_(job.across.src == job.across.dst),
+        bytes_(ptrdiff_t{columns.count} * job.type.unit),
+        walk_(job.down, job.rows.begin) {}
+
+  [[gnu::always_inline]] void next(uint8_t *dst) {
+    const Step step = walk_.next();
+    if (step.part == 0) {
+      const bool again =
+          step.length > 1 && job_->down.scaling >= Scaling::kEnlarge;
+      if (copied_ || again || kept_[step.at & 1] == step.at) {
+        copy_plane(dst, 0, across(step.at), 0, bytes_, 1);
+      } else {
+        rows_->columns(source(step.at), dst, columns_);
+      }
+    } else if (job_->at_once) {
+      rows_->box(source(step.at), source(step.at + 1), dst, columns_);
+    } else {
+      rows_->lerp(across(step.at), across(step.at + 1), dst, bytes_, step,
+                  job_->down.scaling == Scaling::kEnlargeMod1);
+    }
+  }
+
+ private:
+  const uint8_t *source(int32_t row) const {
+    return job_->src + job_->src_step * row;
+  }
+  // A row scaled across, kept until the next but one is asked for.
+  [[gnu::always_inline]] const uint8_t *across(int32_t row) {
+    if (copied_) {
+      return source(row) + int64_t{columns_->first} * job_->type.unit;
+    }
+    const int slot = row & 1;
+    uint8_t *const kept = job_->scratch + (slot == 0 ? 0 : bytes_);
+    if (kept_[slot] != row) {
+      rows_->columns(source(row), kept, columns_);
+      kept_[slot] = row;
+    }
+    return kept;
+  }
+
+  const ScaleJob *job_;
+  const ScaleRows *rows_;
+  const Columns *columns_;
+  bool copied_;
+  ptrdiff_t bytes_;
+  Walk walk_;
+  int32_t kept_[2] = {-1, -1};
+};
+
+// Columns of a job from `first` on, `count` at most, as many as there is room
+// for. Returns the kernels of their rows.
+const ScaleRows &prepare_columns(const ScaleJob &job, int32_t first,
+                                 int32_t count, Columns *columns);
+
+// The same with what is worked out about the columns. Stays where it is.
 class PlaneRows {
  public:
-  // Columns from `first` on, `count` at most. Returns how many they are: what
-  // is worked out about them has room for so many.
+  // Returns how many columns there are.
   int32_t start(const ScaleJob &job, int32_t first, int32_t count);
   void next(uint8_t *dst);
 
  private:
-  const uint8_t *source(int32_t row) const {
-    return job_.src + job_.src_step * row;
-  }
-  // A row scaled across, kept until the next but one is asked for.
-  const uint8_t *across(int32_t row);
-
   ScaleJob job_;
-  const ScaleRows *rows_;
-  bool copied_;
-  ptrdiff_t bytes_;
-  Walk walk_;
-  int32_t kept_[2];
+  StripRows rows_;
   Columns columns_;
 };
 
