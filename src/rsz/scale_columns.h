@@ -282,28 +282,33 @@ class TableFiller {
 
  private:
   LOX_INLINE void vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
-    const bool whole = kMayBeWhole<V, kSamples> && is_whole(method_);
-    const bool weighed =
-        method_ == kLerp || (kMayBeWhole<V, kSamples> && method_ == kWholeLerp);
+    if constexpr (kMayBeWhole<V, kSamples>) {
+      if (is_whole(method_)) return whole_vector(walk, origin);
+    }
     uint8_t *const weights = table_ + places_size<V, kSamples>(method_);
-    ptrdiff_t base = 0;
     for (int group = 0; group < V::n / 8; ++group) {
-      if (group == 0 || !whole) {
-        base = walk.sample() < end_ ? walk.sample() : end_;
-        *offset_++ = static_cast<int16_t>(base - origin);
-      }
+      const ptrdiff_t base = walk.sample() < end_ ? walk.sample() : end_;
+      *offset_++ = static_cast<int16_t>(base - origin);
       for (int i = 0; i < 8; ++i, walk.next()) {
         const int first = static_cast<int>(walk.byte() - base);
-        const int second = first + walk.to_neighbour();
-        if (whole) {
-          const int at = group * 8 + i;
-          table_[at] = static_cast<uint8_t>(i % 2 == 0 ? first / 2 : 0);
-          table_[V::n + at] = static_cast<uint8_t>(i % 2 == 0 ? second / 2 : 0);
-        } else {
-          put_places<V, kSamples != Samples::kBytes>(table_, group, i, span_,
-                                                     first, second);
-        }
-        if (weighed) put_weights(weights, group, i, walk.weights());
+        put_places<V, kSamples != Samples::kBytes>(
+            table_, group, i, span_, first, first + walk.to_neighbour());
+        if (method_ == kLerp) put_weights(weights, group, i, walk.weights());
+      }
+    }
+    table_ += table_step<V, kSamples>(method_);
+  }
+  // All words have one window.
+  LOX_INLINE void whole_vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
+    const ptrdiff_t base = walk.sample() < end_ ? walk.sample() : end_;
+    *offset_++ = static_cast<int16_t>(base - origin);
+    for (int at = 0; at < V::n; ++at, walk.next()) {
+      const int first = static_cast<int>(walk.byte() - base);
+      const int second = first + walk.to_neighbour();
+      table_[at] = static_cast<uint8_t>(at % 2 == 0 ? first / 2 : 0);
+      table_[V::n + at] = static_cast<uint8_t>(at % 2 == 0 ? second / 2 : 0);
+      if (method_ == kWholeLerp) {
+        put_weights(table_ + 2 * V::n, at / 8, at % 8, walk.weights());
       }
     }
     table_ += table_step<V, kSamples>(method_);
