@@ -152,8 +152,8 @@ VEXO_API int32_t vexo_hdr_supports(int32_t src_format, int32_t dst_format);
  * docs/conversions.md lists them. What none but the picture layer does is
  * exact: planes and bytes of pixels in another order (alpha that the source
  * lacks is 255), packed 4:2:2 to planes and back, chroma repeated or left out,
- * and bytes of RGB as 10 bits or half-floats. Samples of 10 bits become bytes as
- * vexo_csc_deep makes them (deep.h), rounded.
+ * and bytes of RGB as 10 bits or half-floats. Samples of 10 bits become bytes
+ * as vexo_csc_deep makes them (deep.h), rounded.
  *
  * Each returns VEXO_OK, VEXO_ERR_ARG for a picture that vexo_picture_wrap would
  * not take, sizes that do not belong together or an unknown option,
@@ -174,16 +174,12 @@ VEXO_API void vexo_picture_context_free(vexo_picture_context *context);
 /*
  * What pixels have of the chroma that they share. As it is: each pixel the
  * sample that covers it, which is fastest; but from 10 bits to formats of more
- * than 8 it is interpolated for samples on the left. The other two: interpolated
- * by vexo_csc_new (csc_new.h), for samples on the left, as in video, or between
- * columns, as in JPEG; of yuv422w, and of tiles of 8 x 8 and 256 x 16, which
- * become RGB at once, it stays as it is.
+ * than 8 it is interpolated for samples on the left. The other two:
+ * interpolated by vexo_csc_new (csc_new.h), for samples on the left, as in
+ * video, or between columns, as in JPEG; of yuv422w, and of tiles of 8 x 8 and
+ * 256 x 16, which become RGB at once, it stays as it is.
  */
-enum {
-  VEXO_CHROMA_AS_IT_IS = 0,
-  VEXO_CHROMA_LEFT = 1,
-  VEXO_CHROMA_CENTRE = 2
-};
+enum { VEXO_CHROMA_AS_IT_IS = 0, VEXO_CHROMA_LEFT = 1, VEXO_CHROMA_CENTRE = 2 };
 
 /* How pictures are scaled: as vexo_rsz does (of 16-bit samples vexo_rsz_deep
  * where that refuses), or by vexo_rsz_apex_c (apex.h), which is slower and

@@ -68,7 +68,7 @@ for tool in "$root/usr/bin/vexo" elsewhere/bin/vexo; do
 done
 page=$(LC_ALL=C MANWIDTH=80 man --warnings -l "$root/usr/share/man/man1/vexo.1" 2>warnings)
 [[ ! -s warnings ]] || refuse "$(cat warnings)"
-[[ $page == *"vexo thumbnail [OPTIONS] IN OUT"*--prescale* ]] || refuse "$page"
+[[ $page == *"vexo thumbnail [OPTIONS] FILES..."*--prescale* ]] || refuse "$page"
 complete_line() { # complete_line WORD...: of which the last is not finished
   COMP_WORDS=(vexo "$@") COMP_CWORD=$# COMPREPLY=()
   local line=(vexo "$@")
