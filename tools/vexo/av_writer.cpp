@@ -174,8 +174,7 @@ class VideoWriter : public FrameWriter {
   // What the samples are, also where the input did not say.
   void set_colours(AVCodecContext *codec) const {
     const Colour &colour = info_.colour;
-    const bool full = info_.color_std == VEXO_STD_BT601_FULL ||
-                      info_.color_std == VEXO_STD_BT709_FULL;
+    const bool full = is_full_range(info_.color_std);
     const int guess = info_.color_std >= VEXO_STD_BT709 ? 1 : 6;
     codec->color_range =
         full || colour.range == 2 ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;

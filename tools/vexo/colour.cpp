@@ -68,6 +68,8 @@ int32_t standard_of(const Colour &colour, int width, int height) {
     case 5:
     case 6:
       return bt601;
+    case 9:
+      return full ? VEXO_STD_BT2020_FULL : VEXO_STD_BT2020;
     case 0:  // Planes of green, blue and red, which are packed when read.
     case 2:
     case 3:

@@ -42,6 +42,9 @@ const char *siting_name(int siting);
 // A matrix that no standard of the library has.
 constexpr int32_t kNoStandard = -1;
 
+// Whether a standard is one of full range: each follows that of limited range.
+constexpr bool is_full_range(int32_t color_std) { return color_std % 10 == 1; }
+
 // The library's standard for the matrix and range. Of an unknown matrix it is
 // BT.601 for small pictures and BT.709 for those of high definition, as players
 // have it.

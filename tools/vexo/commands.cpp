@@ -62,10 +62,13 @@ void add_step_options(CLI::App *command, StreamOptions *options) {
   command->add_option("--via", options->via,
                       "Layouts to go through, separated by commas");
   command->add_option("--standard,--std", options->standard,
-                      "bt601, bt601-full, bt709 or bt709-full, whatever the "
+                      "bt601, bt709, bt2020 or these with -full, whatever the "
                       "input says (bt601)");
   command->add_option("--range", options->range,
                       "limited or full, whatever the input says");
+  command->add_option("--chroma", options->chroma,
+                      "plain, or smooth: interpolated where YUV becomes RGB");
+  command->add_flag("--dither", options->dither, "What loses bits is dithered");
   add_tone_options(command, options);
 }
 

@@ -63,8 +63,7 @@ int32_t wanted_standard(const StreamOptions &options,
   if (options.range != "limited" && options.range != "full") {
     throw Error("--range '" + options.range + "' is neither limited nor full");
   }
-  color_std = color_std >= VEXO_STD_BT709 ? VEXO_STD_BT709 : VEXO_STD_DEFAULT;
-  // Of either matrix, the next one.
+  color_std -= is_full_range(color_std) ? 1 : 0;
   return color_std + (options.range == "full" ? 1 : 0);
 }
 
@@ -94,10 +93,8 @@ StreamInfo taken_info(const StreamOptions &options, const FrameReader &reader) {
   StreamInfo source = reader.info();
   source.color_std = wanted_standard(options, source);
   if (!options.standard.empty() || !options.range.empty()) {
-    source.colour.range = source.color_std == VEXO_STD_BT601_FULL ||
-                                  source.color_std == VEXO_STD_BT709_FULL
-                              ? 2
-                              : std::min(source.colour.range, 1);
+    source.colour.range =
+        is_full_range(source.color_std) ? 2 : std::min(source.colour.range, 1);
   }
   if (options.verbose) say(options, source);
   return source;

@@ -17,10 +17,10 @@ struct Standard {
   const char *name;
   int32_t value;
 };
-constexpr Standard kStandards[] = {{"bt601", VEXO_STD_DEFAULT},
-                                   {"bt601-full", VEXO_STD_BT601_FULL},
-                                   {"bt709", VEXO_STD_BT709},
-                                   {"bt709-full", VEXO_STD_BT709_FULL}};
+constexpr Standard kStandards[] = {
+    {"bt601", VEXO_STD_DEFAULT}, {"bt601-full", VEXO_STD_BT601_FULL},
+    {"bt709", VEXO_STD_BT709},   {"bt709-full", VEXO_STD_BT709_FULL},
+    {"bt2020", VEXO_STD_BT2020}, {"bt2020-full", VEXO_STD_BT2020_FULL}};
 
 struct FormatsOptions {
   std::string standard = "bt601";
@@ -128,7 +128,7 @@ int32_t standard_named(const std::string &name) {
     if (name == standard.name) return standard.value;
   }
   throw Error("unknown standard '" + name +
-              "': one of bt601, bt601-full, bt709, bt709-full");
+              "': one of bt601, bt709, bt2020 and these with -full");
 }
 
 const char *standard_name(int32_t color_std) {

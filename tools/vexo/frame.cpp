@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "colour.h"
 #include "error.h"
 #include "nearest.h"
 
@@ -124,8 +125,7 @@ vexo_img window_of(const Frame &frame, int x, int y, int width, int height) {
 }
 
 void blacken(const Frame &frame) {
-  const bool full = frame.img().color_std == VEXO_STD_BT601_FULL ||
-                    frame.img().color_std == VEXO_STD_BT709_FULL;
+  const bool full = is_full_range(frame.img().color_std);
   const bool grey = frame.layout().code == VEXO_FMT_YUV400;
   const bool rgb = is_rgb(frame.layout());
   for (int p = 0; p < frame.layout().planes; ++p) {

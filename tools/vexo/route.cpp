@@ -6,6 +6,7 @@
 
 #include "error.h"
 #include "formats.h"
+#include "orumlox/csc_new.h"
 #include "tonemap.h"
 #include "upright.h"
 
@@ -29,6 +30,12 @@ Error no_route(const Layout &from, const Layout &to, int32_t color_std) {
   return Error(sentence);
 }
 
+bool is_smooth(const StreamOptions &options) {
+  if (options.chroma.empty() || options.chroma == "plain") return false;
+  if (options.chroma == "smooth") return true;
+  throw Error("--chroma '" + options.chroma + "' is neither plain nor smooth");
+}
+
 bool leads_to(const Layout &from, const Layout &to, int32_t color_std) {
   return vexo_picture_passes(from.code, color_std, to.code, color_std,
                              nullptr) != 0;
@@ -45,14 +52,14 @@ std::vector<const Layout *> layouts_of(const std::string &names) {
   }
 }
 
-void convert_step(const PictureContext &context, const Frame &src,
+void convert_step(const PictureContext &context,
+                  const vexo_picture_options &how, const Frame &src,
                   const Frame &dst) {
   vexo_img in = src.img();
   vexo_img out = dst.img();
   // As vexo_csc has it.
   if (in.format == VEXO_FMT_P010LE) in.color_std = out.color_std = 0;
-  const int32_t status =
-      vexo_picture_convert(context.get(), &in, &out, nullptr);
+  const int32_t status = vexo_picture_convert(context.get(), &in, &out, &how);
   if (status == VEXO_OK) return;
   throw Error(std::string("the library refuses ") + src.layout().token +
               " to " + dst.layout().token + " at " +
@@ -63,7 +70,8 @@ void convert_step(const PictureContext &context, const Frame &src,
 }  // namespace
 
 Route::Route(const StreamOptions &options, Kind kind, const StreamInfo &source,
-             const MakeReshape &make, Hdr hdr) {
+             const MakeReshape &make, Hdr hdr)
+    : smooth_(is_smooth(options)), dither_(options.dither) {
   steps_.push_back({source, nullptr});
   const bool mapped = hdr == Hdr::kMapped && is_mapped(options, source);
   if (mapped) reshape(make_tonemap(options, kind, !make));
@@ -86,6 +94,22 @@ Route::Route(const StreamOptions &options, Kind kind, const StreamInfo &source,
   }
 }
 
+vexo_picture_options Route::how(const Layout &from, const Layout &to,
+                                const StreamInfo &info) const {
+  vexo_picture_options how = {};
+  how.dither = dither_ ? 1 : 0;
+  const int32_t color_std = known(info.color_std);
+  if (vexo_csc_new_supports(from.code, to.code, color_std) == 0) return how;
+  const bool fine =
+      color_std != VEXO_STD_DEFAULT &&
+      (from.code == VEXO_FMT_YUV422N || from.code == VEXO_FMT_YUV444);
+  if (smooth_ || fine || color_std >= VEXO_STD_BT2020) {
+    how.chroma =
+        info.colour.siting == 2 ? VEXO_CHROMA_CENTRE : VEXO_CHROMA_LEFT;
+  }
+  return how;
+}
+
 void Route::check_conversion(const Layout &from, const Layout &to) const {
   const StreamInfo &info = steps_.back().info;
   if (info.color_std == kNoStandard && has_standard(from) != has_standard(to)) {
@@ -94,7 +118,8 @@ void Route::check_conversion(const Layout &from, const Layout &to) const {
                 ", which the library does not convert; --standard takes it as "
                 "another");
   }
-  if (!leads_to(from, to, known(info.color_std))) {
+  if (!leads_to(from, to, known(info.color_std)) &&
+      how(from, to, info).chroma == 0) {
     throw no_route(from, to, info.color_std);
   }
 }
@@ -105,8 +130,7 @@ void Route::convert_to(const Layout &layout) {
   check_conversion(*info.layout, layout);
   const bool had = has_standard(*info.layout);
   if (!had && has_standard(layout)) {
-    const bool full = info.color_std == VEXO_STD_BT601_FULL ||
-                      info.color_std == VEXO_STD_BT709_FULL;
+    const bool full = is_full_range(info.color_std);
     info.colour.range = full ? 2 : info.colour.range == 2 ? 0 : 1;
     info.colour.matrix = info.color_std < VEXO_STD_BT709 ? 6 : 1;
   }
@@ -141,7 +165,10 @@ const Layout &Route::choose_layout(Kind kind) const {
   if (is_rgb(source) && kind_carries(kind, source)) return source;
   for (const int32_t code : wanted) {
     const Layout &layout = layout_of(code);
-    if (leads_to(source, layout, color_std)) return layout;
+    if (leads_to(source, layout, color_std) ||
+        how(source, layout, info).chroma != 0) {
+      return layout;
+    }
   }
   throw no_route(source, layout_of(wanted.front()), color_std);
 }
@@ -189,7 +216,8 @@ void Route::run(const Frame &source, const Frame &target) {
     if (steps_[i].reshape != nullptr) {
       steps_[i].reshape->apply(*from, to);
     } else {
-      convert_step(context_, *from, to);
+      const StreamInfo &info = steps_[i].info;
+      convert_step(context_, how(from->layout(), to.layout(), info), *from, to);
     }
     from = &to;
   }

@@ -35,10 +35,16 @@ class Route {
   // Goes on by a conversion, if one is needed.
   void convert_to(const Layout &layout);
   void reshape(std::unique_ptr<Reshape> reshape);
+  // How the library is to convert; chroma is interpolated where it is asked for
+  // and where nothing else has the standard or the finer chroma.
+  vexo_picture_options how(const Layout &from, const Layout &to,
+                           const StreamInfo &info) const;
   void check_conversion(const Layout &from, const Layout &to) const;
   const Layout &choose_layout(Kind kind) const;
   void finish(const StreamOptions &options, Kind kind, const Layout &home);
 
+  bool smooth_ = false;
+  bool dither_ = false;
   std::vector<Step> steps_;
   std::vector<Frame> between_;
   PictureContext context_;

@@ -34,6 +34,9 @@ struct StreamOptions {
   std::string at;
   bool tolerant = false;
   std::string crop;
+  // plain or smooth.
+  std::string chroma;
+  bool dither = false;
   // Pictures stay as they are stored.
   bool keep_turn = false;
   int64_t frames = 0;

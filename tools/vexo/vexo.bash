@@ -16,7 +16,7 @@ _vexo() {
       --from | --format | --to | --via)
         words=$("$tool" formats | sed -n 's/^ *[0-9]\+ \([^ ]\+\) .*/\1/p')
         ;;
-      --standard | --std) words='bt601 bt601-full bt709 bt709-full' ;;
+      --standard | --std) words='bt601 bt601-full bt709 bt709-full bt2020 bt2020-full' ;;
       --rotate) words='left right half' ;;
       --turn) words='left right half mirror flip' ;;
       --kind) words='hdr10 hdr10-mild hlg none' ;;
