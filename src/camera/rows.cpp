@@ -126,7 +126,7 @@ CameraRows CameraRows::turned(int32_t x, int32_t y, int32_t columns,
     const Plane &plane = plane_[p];
     const ptrdiff_t width = (columns + shift) >> shift;
     const ptrdiff_t height = (count + shift) >> shift;
-    const ptrdiff_t pitch = (kMostTurned >> shift) * plane.step;
+    const ptrdiff_t pitch = ptrdiff_t{kMostTurned >> shift} * plane.step;
     const uint8_t *const first = plane.first + plane.stride * (y >> shift) +
                                  ptrdiff_t{x >> shift} * plane.step;
     rotate_rows().transpose[plane.step - 1](

@@ -162,10 +162,10 @@ void copy_component(Component from, Shift shift, const Depth &depth, Frame *to,
       }
       const int value = depth(sum, 1 << (fold.x + fold.y));
       if (words) {
-        row[2 * x] = static_cast<uint8_t>(value);
-        row[2 * x + 1] = static_cast<uint8_t>(value >> 8);
+        row[ptrdiff_t{2} * x] = static_cast<uint8_t>(value);
+        row[ptrdiff_t{2} * x + 1] = static_cast<uint8_t>(value >> 8);
       } else {
-        row[x * step + offset] = static_cast<uint8_t>(value);
+        row[ptrdiff_t{x} * step + offset] = static_cast<uint8_t>(value);
       }
     }
   }

@@ -126,11 +126,13 @@ std::string score_text(const FrameScore &frame, bool json) {
     const std::string first =
         number_text(psnr_of(score.error, frame.peak), json);
     const std::string second = number_text(score.ssim, json);
-    const std::string comma = psnr.empty() ? "" : ", ";
-    psnr += json ? comma + "\"" + score.name + "\": " + first
-                 : " " + score.name + ":" + first;
-    ssim += json ? comma + "\"" + score.name + "\": " + second
-                 : " " + score.name + ":" + second;
+    const auto add = [&](std::string *to, const std::string &number) {
+      if (json && !to->empty()) to->append(", ");
+      to->append(json ? "\"" : " ").append(score.name);
+      to->append(json ? "\": " : ":").append(number);
+    };
+    add(&psnr, first);
+    add(&ssim, second);
   }
   // JSON has no infinity: null is that of equal frames.
   return json ? "\"psnr\": {" + psnr + "}, \"ssim\": {" + ssim + "}"

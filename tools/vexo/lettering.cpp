@@ -103,7 +103,7 @@ void Lettering::draw(const std::string &text, const Frame &frame, int right,
       for (unsigned k = 0; k < bitmap.width; ++k) {
         const int x = pen + glyph->bitmap_left + static_cast<int>(k);
         if (x < left || x >= right) continue;
-        uint8_t *const pixel = frame.row(0, y) + 3 * x;
+        uint8_t *const pixel = frame.row(0, y) + ptrdiff_t{3} * x;
         for (int channel = 0; channel < 3; ++channel) {
           pixel[channel] = blend(pixel[channel], cover[k]);
         }

@@ -79,7 +79,7 @@ class Cells {
 void place(const Frame &small, const Frame &sheet, int x, int y) {
   for (int i = 0; i < small.height(); ++i) {
     std::copy_n(small.row(0, i), small.row_bytes(0),
-                sheet.row(0, y + i) + 3 * x);
+                sheet.row(0, y + i) + ptrdiff_t{3} * x);
   }
 }
 
