@@ -44,7 +44,8 @@ class Reader : public VideoReader {
     if (!wish.tolerant && file_.is_cut(stream_)) truncated();
     if (!wish.at.empty()) seek(parse_time(wish.at, file_.duration()));
     // Pictures have a length too, that of a frame.
-    const double tenth = file_.duration() < 1 ? 0 : file_.duration() / 10;
+    const double length = file_.duration();
+    const double tenth = length < 1 ? 0 : length / 10;
     const bool sought = wish.pick && tenth > 0 && seek_before(tenth);
     next_ = decode();
     if (next_ == nullptr && sought && seek_before(0)) next_ = decode();
