@@ -84,11 +84,11 @@ class VideoWriter : public FrameWriter {
       }
     }
     sent->pts = count_++;
-    encode(sent.get());
+    send_on(sent.get());
   }
 
   void finish() override {
-    encode(nullptr);
+    send_on(nullptr);
     check(av_write_trailer(format_), "write");
     avio_flush(io_);
     check(io_->error, "write");
@@ -187,7 +187,7 @@ class VideoWriter : public FrameWriter {
         static_cast<AVChromaLocation>(colour.siting);
   }
 
-  void encode(const AVFrame *frame) {
+  void send_on(const AVFrame *frame) {
     check(avcodec_send_frame(codec_.get(), frame), "encode");
     const AvPacket packet(av_packet_alloc());
     if (packet == nullptr) throw std::bad_alloc();

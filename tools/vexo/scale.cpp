@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "convert.h"
 #include "error.h"
+#include "orumlox/picture.h"
 #include "orumlox/rot.h"
 #include "orumlox/rsz.h"
 #include "turns.h"
@@ -20,7 +21,8 @@ constexpr const char *kScaleHelp =
 
 IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
-With --rotate only YUV is scaled. p010le is only reduced, by whole factors.
+With --rotate only YUV is scaled, but by --filter lanczos, which is slower and
+keeps more, everything that it knows.
 
   vexo scale clip.mp4 small.mp4 --size 640x360
   vexo scale photo.y4m upright.png --size 104x160 --rotate right)";
@@ -40,6 +42,7 @@ struct ScaleOptions : StreamOptions {
   std::string size;
   // Empty: no turn.
   std::string rotate;
+  std::string filter = "plain";
   bool mode1 = false;
 };
 
@@ -61,7 +64,9 @@ void check_status(int32_t status, const char *what, const Frame &src,
 class Scale : public Reshape {
  public:
   explicit Scale(const ScaleOptions &options)
-      : mode_(options.mode1 ? VEXO_MODE_MOD1 : 0) {
+      : mode_(options.mode1 ? VEXO_MODE_MOD1 : 0),
+        filter_(options.filter == "lanczos" ? VEXO_FILTER_LANCZOS
+                                            : VEXO_FILTER_PLAIN) {
     parse_size(options.size, "--size", &width_, &height_);
     if (!options.rotate.empty()) {
       rotation_ = turn_named(options.rotate, "--rotate");
@@ -70,7 +75,7 @@ class Scale : public Reshape {
 
   void announce(StreamInfo *info) override {
     // The library would scale and silently leave the mirroring out.
-    if (rotation_ > VEXO_ROT_180 &&
+    if (rotation_ > VEXO_ROT_180 && filter_ == VEXO_FILTER_PLAIN &&
         (info->width != width_ || info->height != height_)) {
       throw Error(
           "--rotate mirrors only what keeps its size: scale, then "
@@ -85,6 +90,19 @@ class Scale : public Reshape {
     // are another's.
     out.format = src.img().format;
     out.mode = mode_;
+    // What vexo_rsz does not scale.
+    if (filter_ != VEXO_FILTER_PLAIN ||
+        src.img().format >= VEXO_FMT_YUV420PLANAR16) {
+      vexo_picture_options how = {};
+      how.rotation = static_cast<int32_t>(rotation_);
+      how.mode = mode_;
+      how.filter = filter_;
+      out.format = dst.img().format;
+      out.color_std = src.img().color_std;
+      check_status(vexo_picture_scale(nullptr, &src.img(), &out, &how), "scale",
+                   src, dst);
+      return;
+    }
     if (rotation_ == VEXO_ROT_COPY) {
       check_status(vexo_rsz(&src.img(), &out), "scale", src, dst);
     } else {
@@ -98,6 +116,7 @@ class Scale : public Reshape {
   int height_ = 0;
   uint32_t rotation_ = VEXO_ROT_COPY;
   int32_t mode_;
+  int32_t filter_;
 };
 
 class Rotate : public Reshape {
@@ -130,6 +149,10 @@ void add_scale(CLI::App &app) {
   command->add_option("--size", options->size, "WxH of the output")->required();
   command->add_flag("--mode1", options->mode1,
                     "The second kind of enlargement");
+  command
+      ->add_option("--filter", options->filter,
+                   "plain (default), or lanczos: of three lobes")
+      ->check(CLI::IsMember({"plain", "lanczos"}));
   command->add_option(
       "--rotate", options->rotate,
       "left, right or half; the library's codes 0 to 5, of which "
