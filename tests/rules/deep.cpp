@@ -201,7 +201,8 @@ int32_t window(const Function &function, const vexo_img *src,
           i % dst->stride[p] % 2 == 0 ? black : black >> 8);
     }
     const vexo_img &small = cuts ? *dst : *src;
-    const auto place = [&](const vexo_img &img) {
+    const auto place = [&](const vexo_img &img) -> uint8_t * {
+      if (img.plane[p] == nullptr) return nullptr;
       return img.plane[p] + (p == 0 ? y : (y + 1) / 2) * img.stride[p] +
              (p == 0 ? x : (x + 1) / 2) * unit;
     };

@@ -49,12 +49,9 @@ scale one.y4m o.png --size 16x16 --rotate up | --rotate 'up'
 scale one.y4m o.png --size 16x16 --rotate 6 | --rotate '6'
 scale one.y4m o.png --size 16x16 --rotate 4 | mirrors only
 scale c.ppm o.png --size 16x16 --rotate left | scale and turn rgb888 from 8x8 to 16x16 (status -3)
-scale f.raw o.raw --size 16x16 --from-size 4x4 --from p010le | scale p010le from 4x4 to 16x16 (status -3)
-scale f.raw o.raw --size 2x2 --from-size 8x2 --from yuv420Planar16 | scale yuv420Planar16 from 8x2 to 2x2 (status -3)
 scale f.raw o.raw --size 4x4 --from-size 8x8 --from t8x8 | t8x8 is neither
 rotate one.y4m o.png | --turn
 rotate one.y4m o.png --turn up | --turn 'up'
-rotate f.raw o.raw --size 4x4 --from p010le --turn left | turn p010le from 4x4 to 4x4 (status -3)
 rotate f.raw o.raw --size 4x4 --from uyvy --turn half | turn uyvy from 4x4 to 4x4 (status -3)
 rotate f.raw o.raw --size 4x4 --from yv16 --turn left | yv16 after
 thumbnail one.y4m o.png | one of --size

@@ -132,7 +132,17 @@ class Rotate : public Reshape {
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    check_status(vexo_rot(&src.img(), rotation_, &dst.img()), "turn", src, dst);
+    if (src.img().format < VEXO_FMT_YUV420PLANAR16) {
+      check_status(vexo_rot(&src.img(), rotation_, &dst.img()), "turn", src,
+                   dst);
+      return;
+    }
+    vexo_img out = dst.img();
+    out.color_std = src.img().color_std;
+    vexo_picture_options how = {};
+    how.rotation = static_cast<int32_t>(rotation_);
+    check_status(vexo_picture_turn(nullptr, &src.img(), &out, &how), "turn",
+                 src, dst);
   }
 
  private:
