@@ -39,8 +39,9 @@ void picture(const Function &function, Source &source, Sink &sink) {
                          : planes_by_code(source, format, w, h);
   };
   const ExactImage in = scaled(width, height);
-  const ExactImage out =
-      scaled(other_side(source, width), other_side(source, height));
+  const int32_t to_width = other_side(source, width);
+  const int32_t to_height = other_side(source, height);
+  const ExactImage out = scaled(to_width, to_height);
   Picture src(source);
   Picture dst(source);
   const Rows rows = format >= 600 ? Rows::kEven : Rows::kEitherWay;
