@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "common/caches.h"
 #include "common/row_range.h"
@@ -140,10 +141,14 @@ class Columns {
   Columns(const SmoothSource &source, const Planes &planes, int32_t first,
           int32_t count)
       : source_(source), planes_(planes), first_(first), count_(count) {
+    for (Numbers &row : pixels_) clear(row.number + count);
     if (!source.half_width) return;
     first_sample_ = first / 2;
     samples_ = count / 2 + count % 2;
     samples_left_ = planes.width / 2 + planes.width % 2 - first_sample_;
+    for (auto &row : rows_) {
+      for (HalfNumbers &kind : row) clear(kind.number + samples_ + 2);
+    }
   }
 
   void convert(int target, SmoothSiting siting, const SmoothMatrix &matrix,
@@ -176,6 +181,11 @@ class Columns {
   }
 
  private:
+  // What kernels read and leave out again.
+  static void clear(int16_t *beyond) {
+    memset(beyond, 0, kSmoothBeyond * sizeof *beyond);
+  }
+
   void make_every_pixel(int32_t y) {
     const uint8_t *const from[2] = {planes_.row(source_.u_plane, y) + first_,
                                     planes_.row(source_.v_plane, y) + first_};
