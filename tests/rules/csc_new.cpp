@@ -127,7 +127,7 @@ void convert(const Function &f, const vexo_img &src, const vexo_img &dst,
   const int32_t width = src.width[0], height = src.height[0];
   if (width < 1 || height < 1) return convert_to(dst);
   const int64_t bytes = pixel_bytes(dst.format), row = width * bytes;
-  std::vector<uint8_t> pixels(row * height);
+  std::vector<uint8_t> pixels(static_cast<size_t>(row * height));
   vexo_img own = dst;
   own.stride[0] = static_cast<int32_t>(row);
   own.plane[0] = pixels.data();
@@ -135,7 +135,9 @@ void convert(const Function &f, const vexo_img &src, const vexo_img &dst,
   for (int32_t y = 0; y < height; ++y) {
     for (int32_t x = 0; x < width; ++x) {
       const Pixel should = pixel(src, x, y);
-      if (near(dst.format, &pixels[y * row + x * bytes], should.c)) continue;
+      if (near(dst.format, &pixels[static_cast<size_t>(y * row + x * bytes)],
+               should.c))
+        continue;
       std::printf("%s: %d to %d, standard %d, siting %d: (%d, %d) of %d x %d\n",
                   f.name, src.format, dst.format, src.color_std, src.reserved1,
                   x, y, width, height);
