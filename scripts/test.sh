@@ -27,7 +27,7 @@ cd "$(dirname "$0")/.."
 need g++ clang llvm-14 libclang-rt-14-dev clang-format clang-tidy cloc python3-minimal cmake ninja-build \
   googletest libcli11-dev libpng-dev zlib1g-dev libavformat-dev libavcodec-dev \
   libavutil-dev libjpeg-dev libwebp-dev libfreetype-dev qemu-user ffmpeg zip unzip \
-  dpkg-dev pkgconf man-db doxygen graphviz \
+  dpkg-dev pkgconf man-db doxygen graphviz default-jdk-headless \
   python3-dev pybind11-dev python3-numpy python3-pytest python3-opencv python3-av \
   mypy python3-pip python3-setuptools python3-wheel \
   libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools \
