@@ -55,6 +55,8 @@ int32_t standard_of(const GstVideoColorimetry &colours) {
       return full ? VEXO_STD_BT601_FULL : VEXO_STD_DEFAULT;
     case GST_VIDEO_COLOR_MATRIX_BT709:
       return full ? VEXO_STD_BT709_FULL : VEXO_STD_BT709;
+    case GST_VIDEO_COLOR_MATRIX_BT2020:
+      return full ? VEXO_STD_BT2020_FULL : VEXO_STD_BT2020;
     default:
       return kNoStandard;
   }
@@ -108,11 +110,11 @@ size_t place_of(int32_t format) {
 
 // A search takes some 15 us, and caps are asked for by the hundred.
 Passes passes(int32_t from, int32_t from_std, int32_t to, int32_t to_std) {
-  static std::atomic<int8_t> known[std::size(kFormats)][4][std::size(kFormats)]
-                                  [4];
+  static std::atomic<int8_t> known[std::size(kFormats)][6][std::size(kFormats)]
+                                  [6];
+  // 0 and 1, 10 and 11, 20 and 21.
   const auto standard = [](int32_t s) {
-    const int32_t place = s % 2 + (s < VEXO_STD_BT709 ? 0 : 2);
-    return static_cast<size_t>(place);
+    return static_cast<size_t>(s % 2 + s / 10 * 2);
   };
   std::atomic<int8_t> &entry =
       known[place_of(from)][standard(from_std)][place_of(to)][standard(to_std)];

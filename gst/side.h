@@ -9,7 +9,7 @@
 
 namespace lox_gst {
 
-// Standard of samples that the library has no matrix for, BT.2020 among them.
+// Standard of samples that the library has no matrix for.
 inline constexpr int32_t kNoStandard = -1;
 
 struct Side {

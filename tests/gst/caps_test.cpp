@@ -51,9 +51,10 @@ constexpr Case kCases[] = {
     {"vexoconvert video-direction=horiz",
      "format=NV12, width=64, height=48, colorimetry=bt2020", "format=I420",
      "format=I420, colorimetry=bt2020"},
-    // What there is no arithmetic for.
+    // The matrix is undone, primaries stay.
     {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt2020",
-     "format=RGBA", nullptr},
+     "format=RGBA", "format=RGBA, colorimetry=1:1:11:7"},
+    // What there is no arithmetic for.
     {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt2020",
      "format=NV12, colorimetry=bt709", nullptr},
     {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt709",
