@@ -375,6 +375,24 @@ TEST(Picture, Tonemap) {
   }
 }
 
+// A chain in bands of rows gives what its conversions give one by one.
+TEST(Picture, Bands) {
+  const Owned nv12(VEXO_FMT_NV12, VEXO_STD_BT709, 1500, 61, 8);
+  const Owned planes(VEXO_FMT_YUV420, VEXO_STD_BT709, 1500, 61);
+  const Owned rgba(VEXO_FMT_RGBA8888, 0, 1500, 61);
+  const Owned expected(VEXO_FMT_BGR888, 0, 1500, 61);
+  const Owned got(VEXO_FMT_BGR888, 0, 1500, 61);
+  const Owned *const steps[] = {&nv12, &planes, &rgba, &expected};
+  for (int i = 0; i < 3; ++i) {
+    ASSERT_EQ(vexo_picture_convert(nullptr, &steps[i]->img, &steps[i + 1]->img,
+                                   nullptr),
+              VEXO_OK);
+  }
+  ASSERT_EQ(vexo_picture_convert(nullptr, &nv12.img, &got.img, nullptr),
+            VEXO_OK);
+  EXPECT_TRUE(got == expected);
+}
+
 // Ranges of rows on threads of the caller: what ThreadSanitizer is to see, and
 // the bytes of the whole.
 TEST(Picture, RowsOnThreads) {
