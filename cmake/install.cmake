@@ -4,13 +4,6 @@
 # documents), tool (vexo, its man page and completion), python (the module) and
 # gstreamer (the plugin); and packages of them, by cpack.
 
-# Debian's linker, pkg-config and CMake look into a folder for the architecture.
-if(PROJECT_IS_TOP_LEVEL AND NOT ANDROID AND EXISTS /etc/debian_version
-    AND CMAKE_LIBRARY_ARCHITECTURE)
-  set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH
-    "Folder of libraries, below the prefix")
-endif()
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/orumlox)
 

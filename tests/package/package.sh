@@ -42,6 +42,7 @@ dpkg-deb -f packages/vexo_* Depends | grep -q "liborumlox0 (>= $version).*libpng
   refuse "what vexo depends on"
 libraries=$root/usr/lib/x86_64-linux-gnu
 for file in share/doc/orumlox/{LICENSE,{CHANGELOG,SECURITY,README,docs/abi}.md} \
+  lib/x86_64-linux-gnu/{liborumlox.{a,so.0},pkgconfig/orumlox.pc} \
   share/man/man1/vexo.1 share/bash-completion/completions/vexo; do
   [[ -s $root/usr/$file ]] || refuse "no $file"
 done
@@ -55,8 +56,7 @@ mkdir elsewhere
 tar -xzf packages/*.tar.gz -C elsewhere --strip-components=1
 
 # The plugin finds the library wherever both lie.
-for folder in "$libraries" elsewhere/lib/*/; do
-  [[ -e $folder/gstreamer-1.0 ]] || continue
+for folder in ${plugin:+"$libraries" elsewhere/lib/x86_64-linux-gnu}; do
   GST_PLUGIN_PATH=$folder/gstreamer-1.0 GST_REGISTRY=$work/registry.bin \
     quietly gst-inspect-1.0 vexoconvert
 done
