@@ -6,6 +6,7 @@
 
 #include "simd/simd.h"
 #include "simd/store_pixels.h"
+#include "simd/words.h"
 
 #if defined(LOX_SET_neon)
 #include "csc_new/smooth_neon.h"
@@ -24,7 +25,7 @@ int16_t centred(int sample, int middle, int times) {
 }
 
 int16_t chroma_of_word(const uint8_t *p, int factor) {
-  const int word = p[0] | p[1] << 8;
+  const int word = word_at(p);
   return centred(factor == kOnTop ? word >> 6 : word & 1023, 512, 4);
 }
 
@@ -166,11 +167,6 @@ int half_float(int v) {
   // A magnitude of twelve bits goes into the exponent, as it should.
   return (v < 0 ? 0x8000 : 0) + ((exponent + dropped) << 10) + magnitude -
          (1 << 10);
-}
-
-void put_word(uint8_t *p, int word) {
-  p[0] = static_cast<uint8_t>(word);
-  p[1] = static_cast<uint8_t>(word >> 8);
 }
 
 template <int kTarget>

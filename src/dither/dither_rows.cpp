@@ -5,6 +5,7 @@
 
 #include "simd/dither.h"
 #include "simd/simd.h"
+#include "simd/words.h"
 
 #if LOX_VECTORS
 #if defined(LOX_SET_neon)
@@ -86,12 +87,6 @@ void grey_to_565(const uint8_t *src, uint8_t *dst, ptrdiff_t width, ptrdiff_t x,
 }
 
 // --- samples ----------------------------------------------------------------
-
-LOX_INLINE int word_at(const uint8_t *p) { return p[0] | p[1] << 8; }
-LOX_INLINE void put_word(uint8_t *p, int word) {
-  p[0] = static_cast<uint8_t>(word);
-  p[1] = static_cast<uint8_t>(word >> 8);
-}
 
 template <int kBytes>
 void fewer_bits(const uint8_t *src, uint8_t *dst, ptrdiff_t n,

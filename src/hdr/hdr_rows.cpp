@@ -9,6 +9,7 @@
 
 #include "hdr/tone_rule.h"
 #include "simd/simd.h"
+#include "simd/words.h"
 
 #if defined(LOX_SET_neon)
 #include "hdr/tone_neon.h"
@@ -293,7 +294,7 @@ int largest_sample(const uint16_t *luma, int32_t columns, int32_t rows,
 }
 
 struct Planar16 {
-  static int sample(const uint8_t *p) { return (p[0] | p[1] << 8) & kMostCode; }
+  static int sample(const uint8_t *p) { return word_at(p) & kMostCode; }
   static int u(const uint8_t *u, const uint8_t *, int x) {
     return sample(u + 2 * ptrdiff_t{x / 2});
   }
@@ -303,7 +304,7 @@ struct Planar16 {
 };
 
 struct P010 {
-  static int sample(const uint8_t *p) { return (p[0] | p[1] << 8) >> 6; }
+  static int sample(const uint8_t *p) { return word_at(p) >> 6; }
   static int u(const uint8_t *u, const uint8_t *, int x) {
     return sample(u + 4 * ptrdiff_t{x / 2});
   }

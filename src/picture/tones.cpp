@@ -6,6 +6,7 @@
 
 #include "orumlox/hdr.h"
 #include "picture/formats.h"
+#include "simd/words.h"
 
 namespace lox {
 
@@ -36,10 +37,7 @@ void take_words(const vexo_img &src, const vexo_img &dst) {
           src.plane[from] + ptrdiff_t{y} * src.stride[from] + start;
       uint8_t *out = dst.plane[p] + ptrdiff_t{y} * dst.stride[p];
       for (int32_t x = 0; x < dst.width[p]; ++x) {
-        const int word = in[0] | in[1] << 8;
-        const int sample = shifted ? word >> 6 : word & 1023;
-        out[0] = static_cast<uint8_t>(sample & 255);
-        out[1] = static_cast<uint8_t>(sample >> 8);
+        put_word(out, shifted ? word_at(in) >> 6 : word_at(in) & 1023);
         in += step;
         out += 2;
       }

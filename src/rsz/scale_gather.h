@@ -12,6 +12,35 @@ namespace lox::LOX_SET {
 
 namespace {
 
+// Samples that are words, as the gathering rows see them, by a type's
+// arithmetic.
+template <class V, class Maths>
+struct InWords : Maths {
+  using Ops = V;
+  using Pair = typename V::WordNeighbours;
+  template <int kSpan, class Places>
+  LOX_OP auto gather(typename V::Low p, typename V::High q,
+                     const Places &places) {
+    return V::template gather_words<kSpan>(p, q, places);
+  }
+  LOX_OP Pair neighbours(const uint8_t *p, const uint8_t *q) {
+    return {V::load_words(p), V::load_words(q)};
+  }
+  LOX_OP void put_average(uint8_t *dst, const uint8_t *p, const uint8_t *q) {
+    put_average(dst, neighbours(p, q));
+  }
+  LOX_OP void put_average(uint8_t *dst, Pair v) {
+    V::store_words(dst, Maths::average(v));
+  }
+  LOX_OP void put_mean(uint8_t *dst, Pair v, Pair w) {
+    V::store_words(dst, Maths::mean(v, w));
+  }
+  template <class Weights>
+  LOX_OP void put_lerp(uint8_t *dst, Pair v, const Weights &w) {
+    V::store_words(dst, Maths::lerp(v, w));
+  }
+};
+
 // Where a vector of outputs is made: a row from what the offsets count from on,
 // and how far from it the row below is. Offsets and table move as they are
 // taken.

@@ -8,6 +8,7 @@
 #include "rsz/scale_gather.h"
 #include "rsz/scale_rule.h"
 #include "simd/simd.h"
+#include "simd/words.h"
 
 namespace lox::LOX_SET {
 
@@ -93,7 +94,6 @@ LOX_INLINE void double_columns(const uint8_t *row, uint8_t *dst,
 template <class V>
 struct AsBytes {
   using Ops = V;
-  static constexpr bool kWords = false;
   template <int kSpan, class Places>
   LOX_OP auto gather(typename V::Low p, typename V::High q,
                      const Places &places) {
@@ -123,37 +123,21 @@ struct AsBytes {
   }
 };
 template <class V>
-struct As565 {
-  using Ops = V;
-  static constexpr bool kWords = true;
-  template <int kSpan, class Places>
-  LOX_OP auto gather(typename V::Low p, typename V::High q,
-                     const Places &places) {
-    return V::template gather_words<kSpan>(p, q, places);
-  }
+struct Maths565 {
+  using Pair = typename V::WordNeighbours;
   LOX_OP auto weights(const uint8_t *&p) { return V::take_word_weights(p); }
   LOX_OP auto weights(Products w) {
     return V::fill_word_weights(w.here, w.next, w.share);
   }
-  LOX_OP typename V::WordNeighbours neighbours(const uint8_t *p,
-                                               const uint8_t *q) {
-    return {V::load_words(p), V::load_words(q)};
-  }
-  LOX_OP void put_average(uint8_t *dst, const uint8_t *p, const uint8_t *q) {
-    put_average(dst, neighbours(p, q));
-  }
-  LOX_OP void put_average(uint8_t *dst, typename V::WordNeighbours v) {
-    V::store_words(dst, V::average565(v.first, v.second));
-  }
-  template <class Values>
-  LOX_OP void put_mean(uint8_t *dst, Values v, Values w) {
-    V::store_words(dst, V::mean_of_4_565(v, w));
-  }
-  template <class Values, class Weights>
-  LOX_OP void put_lerp(uint8_t *dst, Values v, Weights w) {
-    V::store_words(dst, V::lerp565(v, w));
+  LOX_OP auto average(Pair v) { return V::average565(v.first, v.second); }
+  LOX_OP auto mean(Pair v, Pair w) { return V::mean_of_4_565(v, w); }
+  template <class Weights>
+  LOX_OP auto lerp(Pair v, const Weights &w) {
+    return V::lerp565(v, w);
   }
 };
+template <class V>
+using As565 = InWords<V, Maths565<V>>;
 
 LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
                                 const Columns *c) {
@@ -283,18 +267,13 @@ LOX_INLINE void reduce_words(const uint8_t *row, const uint8_t *below,
     });
   }
 #endif
-  const auto word = [](const uint8_t *p) LOX_INLINE_LAMBDA {
-    return static_cast<uint32_t>(p[0] | p[1] << 8);
-  };
   for (ptrdiff_t i = 0; i < count; ++i) {
     const ptrdiff_t cell = i * factor * kUnit;
     for (int k = 0; k < kUnit; k += 2) {
       const ptrdiff_t at = cell + k;
-      const uint32_t mean = (word(row + at) + word(row + at + kUnit) +
-                             word(below + at) + word(below + at + kUnit)) >>
-                            2;
-      dst[i * kUnit + k] = static_cast<uint8_t>(mean);
-      dst[i * kUnit + k + 1] = static_cast<uint8_t>(mean >> 8);
+      const int sum = word_at(row + at) + word_at(row + at + kUnit) +
+                      word_at(below + at) + word_at(below + at + kUnit);
+      put_word(dst + i * kUnit + k, sum >> 2);
     }
   }
 }

@@ -7,6 +7,7 @@
 
 #include "rsz/scale_rows.h"
 #include "simd/simd.h"
+#include "simd/words.h"
 
 namespace lox::LOX_SET {
 
@@ -66,12 +67,11 @@ struct Rgb565Samples {
       const uint32_t mask = i == 1 ? 63 : 31;
       const uint32_t component =
           value([=](const uint8_t *p) LOX_INLINE_LAMBDA -> uint32_t {
-            return static_cast<uint32_t>(p[0] | p[1] << 8) >> shift & mask;
+            return static_cast<uint32_t>(word_at(p)) >> shift & mask;
           });
       word |= (component & mask) << shift;
     }
-    dst[0] = static_cast<uint8_t>(word);
-    dst[1] = static_cast<uint8_t>(word >> 8);
+    put_word(dst, static_cast<int>(word));
   }
 };
 

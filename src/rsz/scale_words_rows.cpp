@@ -14,38 +14,23 @@ namespace {
 
 #if LOX_VECTORS
 template <class V>
-struct AsWords {
-  using Ops = V;
-  template <int kSpan, class Places>
-  LOX_OP auto gather(typename V::Low p, typename V::High q,
-                     const Places &places) {
-    return V::template gather_words<kSpan>(p, q, places);
-  }
+struct WordMaths {
+  using Pair = typename V::WordNeighbours;
   LOX_OP auto weights(const uint8_t *&p) { return V::take_fine_weights(p); }
   LOX_OP auto weights(Products w) {
     const FineProducts f(w);
     return V::fill_fine_weights(f.here, f.next, f.part_here, f.part_next,
                                 f.sum);
   }
-  LOX_OP typename V::WordNeighbours neighbours(const uint8_t *p,
-                                               const uint8_t *q) {
-    return {V::load_words(p), V::load_words(q)};
-  }
-  LOX_OP void put_average(uint8_t *dst, const uint8_t *p, const uint8_t *q) {
-    put_average(dst, neighbours(p, q));
-  }
-  LOX_OP void put_average(uint8_t *dst, typename V::WordNeighbours v) {
-    V::store_words(dst, V::average_words(v.first, v.second));
-  }
-  template <class Values>
-  LOX_OP void put_mean(uint8_t *dst, Values v, Values w) {
-    V::store_words(dst, V::mean_of_four_words(v, w));
-  }
-  template <class Values, class Weights>
-  LOX_OP void put_lerp(uint8_t *dst, Values v, const Weights &w) {
-    V::store_words(dst, V::lerp_words(v, w));
+  LOX_OP auto average(Pair v) { return V::average_words(v.first, v.second); }
+  LOX_OP auto mean(Pair v, Pair w) { return V::mean_of_four_words(v, w); }
+  template <class Weights>
+  LOX_OP auto lerp(Pair v, const Weights &w) {
+    return V::lerp_words(v, w);
   }
 };
+template <class V>
+using AsWords = InWords<V, WordMaths<V>>;
 
 template <bool kWeighed, class V = WideScale>
 LOX_INLINE void whole_columns(const uint8_t *row, uint8_t *dst,
@@ -54,8 +39,8 @@ LOX_INLINE void whole_columns(const uint8_t *row, uint8_t *dst,
   if constexpr (V::kPermutesWords) {
     for_groups<V>(c, row, 0, dst, [](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
       const auto v = V::load_words(at.src + *at.offsets++);
-      const typename V::WordNeighbours two = {
-          V::pick_words(v, at.table), V::pick_words(v, at.table + V::n)};
+      const typename T::Pair two = {V::pick_words(v, at.table),
+                                    V::pick_words(v, at.table + V::n)};
       at.table += ptrdiff_t{2} * V::n;
       if constexpr (kWeighed) {
         T::put_lerp(to, two, T::weights(at.table));

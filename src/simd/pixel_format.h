@@ -7,6 +7,7 @@
 #include <stdint.h>
 
 #include "simd/op.h"
+#include "simd/words.h"
 
 namespace lox {
 
@@ -75,7 +76,7 @@ struct Rgb {
 template <PixelFormat F>
 LOX_OP Rgb get_pixel(const uint8_t *p) {
   if constexpr (F.bytes == 2) {
-    const int word = p[0] | p[1] << 8;
+    const int word = word_at(p);
     const int top = (word & 0xF800) >> 8;
     const int last = (word & 0x001F) << 3;
     const int green = (word & 0x07E0) >> 3;
@@ -91,9 +92,7 @@ LOX_OP void put_pixel(uint8_t *p, Rgb c) {
   if constexpr (F.bytes == 2) {
     const int top = red_first(F) ? c.r : c.b;
     const int last = red_first(F) ? c.b : c.r;
-    const int word = top >> 3 << 11 | c.g >> 2 << 5 | last >> 3;
-    p[0] = static_cast<uint8_t>(word);
-    p[1] = static_cast<uint8_t>(word >> 8);
+    put_word(p, top >> 3 << 11 | c.g >> 2 << 5 | last >> 3);
   } else {
     p[F.r] = static_cast<uint8_t>(c.r);
     p[F.g] = static_cast<uint8_t>(c.g);
