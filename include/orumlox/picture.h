@@ -206,7 +206,8 @@ typedef struct vexo_picture_options {
   int32_t full_range;
   /* One of VEXO_FILTER_, of _scale. */
   int32_t filter;
-  /* 1: what loses bits is dithered (dither.h), in all five calls. */
+  /* 1: what loses bits is dithered (dither.h), in all five calls: behind a turn
+   * and a change of size, with the pattern from the destination's corner on. */
   int32_t dither;
   /* One of VEXO_CHROMA_: how YUV becomes RGB, in all five calls. */
   int32_t chroma;

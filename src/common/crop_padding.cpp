@@ -12,10 +12,7 @@
 
 namespace {
 
-// Where a luma origin falls in a plane of half the size: rounded up.
-int32_t half_up(int32_t offset) {
-  return static_cast<int32_t>((int64_t{offset} + 1) >> 1);
-}
+using lox::half_up;
 
 uint8_t *at(uint8_t *plane, int32_t stride, int32_t row, int64_t byte) {
   return plane + ptrdiff_t{row} * stride + static_cast<ptrdiff_t>(byte);

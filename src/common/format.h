@@ -21,6 +21,19 @@ constexpr bool is_planar_yuv(int32_t format) {
   return format >= 0 && format < 100 && format != VEXO_FMT_T64X32;
 }
 
+constexpr bool is_tiled(int32_t format) {
+  return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
+}
+// 4:2:0 of 16-bit words, ten bits of which count.
+constexpr bool is_10_bit(int32_t format) {
+  return format == VEXO_FMT_YUV420PLANAR16 || format == VEXO_FMT_P010LE;
+}
+
+// Where a luma origin falls in a plane of half the size: rounded up.
+constexpr int32_t half_up(int32_t offset) {
+  return static_cast<int32_t>((int64_t{offset} + 1) >> 1);
+}
+
 // U and V, in either order, are the pairs of plane 1.
 constexpr bool has_chroma_pairs(int32_t format) {
   return format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21;

@@ -237,11 +237,6 @@ int32_t convert(const Found &found, const vexo_img &src, const vexo_img &dst,
   return found.status;
 }
 
-template <size_t kCount>
-constexpr Routes all_of(const Route (&routes)[kCount]) {
-  return {routes, kCount};
-}
-
 }  // namespace
 
 Routes csc_routes(int32_t standard) {

@@ -47,6 +47,11 @@ struct Routes {
   const Route *end() const { return first + count; }
 };
 
+template <size_t kCount>
+constexpr Routes all_of(const Route (&routes)[kCount]) {
+  return {routes, kCount};
+}
+
 // Of a standard's entry point; none of a number that is no standard.
 Routes csc_routes(int32_t standard);
 

@@ -10,6 +10,7 @@
 
 #include "common/caches.h"
 #include "common/row_range.h"
+#include "csc/kernel_args.h"
 #include "csc/layout_rows.h"
 #include "csc_new/matrices.h"
 #include "csc_new/smooth_rows.h"
@@ -298,7 +299,8 @@ void convert(const SmoothSource &source, int target, SmoothSiting siting,
   if (stream) smooth_rows().end_stream();
 }
 
-int32_t convert_rows(const vexo_img &src, const vexo_img &dst, RowRange rows) {
+int32_t convert_picture(const vexo_img &src, const vexo_img &dst,
+                        RowRange rows) {
   const int32_t width = src.width[0];
   const int32_t height = src.height[0];
   if (src.format == dst.format || width != dst.width[0] ||
@@ -322,10 +324,7 @@ int32_t convert_rows(const vexo_img &src, const vexo_img &dst, RowRange rows) {
 }
 
 // A kernel, of samples on the left.
-void convert_as(int32_t from, int32_t to, int32_t standard,
-                uint8_t *const src_plane[4], const int32_t src_width[4],
-                const int32_t src_height[4], const int32_t src_stride[4],
-                const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {
+void convert_as(int32_t from, int32_t to, int32_t standard, LOX_PARAMETERS) {
   if (src_width[0] < 1 || src_height[0] < 1) return;
   convert(*source_of(from), target_of(to), kLeft, matrices_of(standard),
           {src_plane, src_stride, dst_stride, dst_plane, src_width[0],
@@ -340,14 +339,15 @@ void convert_as(int32_t from, int32_t to, int32_t standard,
 extern "C" {
 
 int32_t vexo_csc_new(const vexo_img *src, const vexo_img *dst) {
-  return lox::convert_rows(*src, *dst, lox::kAllRows);
+  return lox::convert_picture(*src, *dst, lox::kAllRows);
 }
 
 int32_t vexo_csc_new_rows(const vexo_img *src, const vexo_img *dst, int32_t y0,
                           int32_t y1) {
-  return lox::in_range(
-      {y0, y1}, src->height[0], false,
-      [=](lox::RowRange rows) { return lox::convert_rows(*src, *dst, rows); });
+  return lox::in_range({y0, y1}, src->height[0], false,
+                       [=](lox::RowRange rows) {
+                         return lox::convert_picture(*src, *dst, rows);
+                       });
 }
 
 int32_t vexo_csc_new_supports(int32_t src_format, int32_t dst_format,
@@ -360,9 +360,7 @@ int32_t vexo_csc_new_supports(int32_t src_format, int32_t dst_format,
 }
 
 #define LOX_NEW_KERNEL(name, from, to, standard)                              \
-  void name(uint8_t *const src_plane[4], const int32_t src_width[4],          \
-            const int32_t src_height[4], const int32_t src_stride[4],         \
-            const int32_t dst_stride[4], uint8_t *const dst_plane[4]) {       \
+  void name(LOX_PARAMETERS) {                                                 \
     lox::convert_as(VEXO_FMT_##from, VEXO_FMT_##to, VEXO_STD_##standard,      \
                     src_plane, src_width, src_height, src_stride, dst_stride, \
                     dst_plane);                                               \

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "common/copy.h"
+#include "common/format.h"
 #include "common/memory.h"
 #include "common/row_range.h"
 #include "orumlox/common.h"
@@ -27,10 +28,6 @@ Deep deep_of(int32_t format) {
   if (format == VEXO_FMT_P010LE) return {2, {2, 4}};
   if (format == VEXO_FMT_YUV420PLANAR16) return {3, {2, 2, 2}};
   return {};
-}
-
-int32_t half_up(int32_t offset) {
-  return static_cast<int32_t>((int64_t{offset} + 1) >> 1);
 }
 
 // Calls work(planes) for pictures of one such format.

@@ -66,9 +66,6 @@ int32_t dither_plane(int unit, const uint8_t *src, int32_t width,
 
 // --- pictures ---------------------------------------------------------------
 
-bool is_deep(int32_t format) {
-  return format == VEXO_FMT_YUV420PLANAR16 || format == VEXO_FMT_P010LE;
-}
 bool has_pairs(int32_t format) {
   return format == VEXO_FMT_P010LE || has_chroma_pairs(format);
 }
@@ -174,7 +171,7 @@ void move_10_bits(const vexo_img &src, const vexo_img &dst) {
 }  // namespace
 
 bool loses_bits(int32_t from, int32_t to) {
-  return is_deep(from) &&
+  return is_10_bit(from) &&
          (to == VEXO_FMT_YUV420 || to == VEXO_FMT_YV12 || has_chroma_pairs(to));
 }
 
@@ -214,7 +211,7 @@ extern "C" {
 
 int32_t vexo_csc_deep(const vexo_img *src, const vexo_img *dst) {
   if (src->format == dst->format) return VEXO_ERR_ARG;
-  if (lox::is_deep(src->format) && lox::is_deep(dst->format)) {
+  if (lox::is_10_bit(src->format) && lox::is_10_bit(dst->format)) {
     lox::move_10_bits(*src, *dst);
   } else if (lox::loses_bits(src->format, dst->format)) {
     lox::to_8_bits(*src, *dst, lox::Loss::kRounded, lox::kAllRows);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The dithering conversion: checks, and the driver of each source. YUV goes by
-// the drivers of vexo_csc, to layouts that are dithered.
+// The dithering conversion: checks, and a table of routes. YUV goes by the
+// drivers of vexo_csc, to layouts that are dithered.
 #include "orumlox/dither.h"
 
 #include <cstdint>
@@ -21,77 +21,50 @@ bool too_small(const vexo_img &img) {
   return img.width[0] < kLeastSize || img.height[0] < kLeastSize;
 }
 
-// Which of the table's RGB layouts a format is; -1 for none.
-int rgb_place(int32_t format) {
-  switch (format) {
-    case VEXO_FMT_RGB888:
-      return 0;
-    case VEXO_FMT_BGR888:
-      return 1;
-    case VEXO_FMT_RGBA8888:
-      return 2;
-    case VEXO_FMT_BGRA8888:
-      return 3;
-    case VEXO_FMT_ARGB8888:
-      return 4;
-    case VEXO_FMT_ABGR8888:
-      return 5;
-    default:
-      return -1;
-  }
-}
-
-void dither_pixels(DitherRows::PixelsFn convert, const KernelArgs &args) {
+void convert(DitherRows::PixelsFn pixels, const KernelArgs &args) {
   if (args.empty()) return;
   const RowRange rows = args.rows();
   for (int32_t row = rows.begin; row < rows.end; ++row) {
-    convert(args.src(0, row), args.dst(0, row), args.src_width[0], 0, row);
+    pixels(args.src(0, row), args.dst(0, row), args.src_width[0], 0, row);
   }
 }
 
-// Whether there was a driver.
-bool dither_yuv(const KernelArgs &args, int32_t from, int to) {
-  const auto by = [&](Driver *driver, int source) {
-    driver(args, source, to);
-    return true;
-  };
-  switch (from) {
-    case VEXO_FMT_YUV400:
-      dither_pixels(dither_rows().grey_to_565, args);
-      return true;
-    case VEXO_FMT_YUV420:
-      return by(yuv_to_rgb, kYuv420);
-    case VEXO_FMT_YUV422N:
-      return by(yuv_to_rgb, kYuv422n);
-    case VEXO_FMT_YUV444:
-      return by(yuv_to_rgb, kYuv444);
-    case VEXO_FMT_YV12:
-      return by(yuv_to_rgb, kYv12);
-    case VEXO_FMT_NV12:
-      return by(yuv_to_rgb, kNv12);
-    case VEXO_FMT_NV21:
-      return by(yuv_to_rgb, kNv21);
-    case VEXO_FMT_YUV422W:
-      return by(yuv_to_rgb, kYuv422w);
-    case VEXO_FMT_T64X32:
-      return by(tiled_to_rgb, kT64x32);
-    case VEXO_FMT_T16X16:
-      return by(tiled_to_rgb, kT16x16);
-    case VEXO_FMT_T8X8:
-      return by(tiled_to_rgb, kT8x8);
-    case VEXO_FMT_T256X16:
-      return args.src_width[0] > kT256x16WiderThan &&
-             by(tiled_to_rgb, kT256x16);
-    case VEXO_FMT_UYVY:
-      return by(yuv_to_rgb, kUyvy);
-    case VEXO_FMT_YUYV:
-      return by(yuv_to_rgb, kYuyv);
-    case VEXO_FMT_P010LE:
-      return by(words_to_rgb, kP010);
-    default:
-      return false;
-  }
+// From an RgbLayout of bytes.
+void rgb_to_dithered(const KernelArgs &args, int from, int to) {
+  convert(dither_rows().rgb_to_565[from - kRgb888][to - kDitheredRgb565], args);
 }
+void grey_to_dithered(const KernelArgs &args, int /*from*/, int /*to*/) {
+  convert(dither_rows().grey_to_565, args);
+}
+
+#define LOX_DITHERED(code, driver, from)                               \
+  {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kDitheredRgb565}, { \
+    VEXO_FMT_##code, VEXO_FMT_BGR565, driver, from, kDitheredBgr565    \
+  }
+
+constexpr Route kRoutes[] = {
+    LOX_DITHERED(YUV400, grey_to_dithered, kNothing),
+    LOX_DITHERED(YUV420, yuv_to_rgb, kYuv420),
+    LOX_DITHERED(YUV422N, yuv_to_rgb, kYuv422n),
+    LOX_DITHERED(YUV444, yuv_to_rgb, kYuv444),
+    LOX_DITHERED(YV12, yuv_to_rgb, kYv12),
+    LOX_DITHERED(NV12, yuv_to_rgb, kNv12),
+    LOX_DITHERED(NV21, yuv_to_rgb, kNv21),
+    LOX_DITHERED(YUV422W, yuv_to_rgb, kYuv422w),
+    LOX_DITHERED(T64X32, tiled_to_rgb, kT64x32),
+    LOX_DITHERED(T16X16, tiled_to_rgb, kT16x16),
+    LOX_DITHERED(T8X8, tiled_to_rgb, kT8x8),
+    LOX_DITHERED(T256X16, tiled_to_rgb, kT256x16),
+    LOX_DITHERED(UYVY, yuv_to_rgb, kUyvy),
+    LOX_DITHERED(YUYV, yuv_to_rgb, kYuyv),
+    LOX_DITHERED(P010LE, words_to_rgb, kP010),
+    LOX_DITHERED(RGB888, rgb_to_dithered, kRgb888),
+    LOX_DITHERED(BGR888, rgb_to_dithered, kBgr888),
+    LOX_DITHERED(RGBA8888, rgb_to_dithered, kRgba8888),
+    LOX_DITHERED(BGRA8888, rgb_to_dithered, kBgra8888),
+    LOX_DITHERED(ARGB8888, rgb_to_dithered, kArgb8888),
+    LOX_DITHERED(ABGR8888, rgb_to_dithered, kAbgr8888),
+};
 
 int32_t dither_image(const vexo_img &src, const vexo_img &dst, RowRange rows) {
   if (src.format == dst.format) return VEXO_ERR_ARG;
@@ -100,25 +73,24 @@ int32_t dither_image(const vexo_img &src, const vexo_img &dst, RowRange rows) {
     to_8_bits(src, dst, Loss::kDithered, rows);
     return VEXO_OK;
   }
-  const bool red_on_top = dst.format == VEXO_FMT_RGB565;
-  if (!red_on_top && dst.format != VEXO_FMT_BGR565) return VEXO_ERR_UNSUPPORTED;
-  const KernelArgs args = {src.plane,  src.width, src.height, src.stride,
-                           dst.stride, dst.plane, rows};
-  const int rgb = rgb_place(src.format);
-  if (rgb >= 0) {
-    dither_pixels(dither_rows().rgb_to_565[rgb][red_on_top ? 0 : 1], args);
-    return VEXO_OK;
-  }
   const bool by_standard =
       is_yuv(src.format) && src.color_std != 0 && dst.color_std != 0;
-  return !by_standard &&
-                 dither_yuv(args, src.format,
-                            red_on_top ? kDitheredRgb565 : kDitheredBgr565)
-             ? VEXO_OK
-             : VEXO_ERR_UNSUPPORTED;
+  const bool too_narrow =
+      src.format == VEXO_FMT_T256X16 && src.width[0] <= kT256x16WiderThan;
+  for (const Route &route : kRoutes) {
+    if (route.src_format != src.format || route.dst_format != dst.format) {
+      continue;
+    }
+    if (by_standard || too_narrow) break;
+    route.convert(src, dst, rows);
+    return VEXO_OK;
+  }
+  return VEXO_ERR_UNSUPPORTED;
 }
 
 }  // namespace
+
+Routes dithered_routes() { return all_of(kRoutes); }
 
 }  // namespace lox
 

@@ -13,10 +13,6 @@ namespace lox {
 
 namespace {
 
-constexpr bool is_tiled(int32_t format) {
-  return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
-}
-
 constexpr bool is_mirror(uint32_t rotation) {
   return rotation == VEXO_ROT_180 || rotation == VEXO_ROT_HORI;
 }

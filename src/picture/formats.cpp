@@ -42,7 +42,7 @@ bool same_name(const char *a, const char *b) {
 
 }  // namespace
 
-const Format kFormatTable[kFormats] = {
+constexpr Format kFormatTable[kFormats] = {
     {VEXO_FMT_YUV400, "yuv400", {"gray", "grey", "y800"}, 1, {k8}},
     {VEXO_FMT_YUV420,
      "yuv420",
@@ -96,11 +96,26 @@ const Format kFormatTable[kFormats] = {
     {VEXO_FMT_RGBAF16, "rgbaf16", {"rgbaf16le"}, 1, {k64}},
 };
 
+namespace {
+
+// By code the place in the table, counted from 1: a search for a way asks
+// thousands of times.
+constexpr int32_t kCodes = VEXO_FMT_RGBAF16 + 1;
+struct FormatIndex {
+  uint8_t place[kCodes];
+};
+constexpr FormatIndex kIndex = [] {
+  FormatIndex index = {};
+  uint8_t place = 0;
+  for (const Format &format : kFormatTable) index.place[format.code] = ++place;
+  return index;
+}();
+
+}  // namespace
+
 const Format *find_format(int32_t code) {
-  for (const Format &format : kFormatTable) {
-    if (format.code == code) return &format;
-  }
-  return nullptr;
+  const int place = code < 0 || code >= kCodes ? 0 : kIndex.place[code];
+  return place == 0 ? nullptr : &kFormatTable[place - 1];
 }
 
 }  // namespace lox

@@ -6,6 +6,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "common/format.h"
 #include "orumlox/picture.h"
 
 namespace lox {
@@ -33,12 +34,6 @@ extern const Format kFormatTable[kFormats];
 // Null for a code without a format.
 const Format *find_format(int32_t code);
 
-constexpr bool is_tiled(int32_t format) {
-  return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
-}
-constexpr bool is_10_bit(int32_t format) {
-  return format == VEXO_FMT_YUV420PLANAR16 || format == VEXO_FMT_P010LE;
-}
 // Whether samples are words, in rows of whole ones.
 constexpr bool has_words(int32_t format) {
   return is_10_bit(format) || format == VEXO_FMT_RGB565 ||

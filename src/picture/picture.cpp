@@ -136,7 +136,8 @@ struct Way {
 // 0; of equal ones the first. A pass over the larger picture counts twice, and
 // what is lost before a reduction more than what is lost after it.
 template <class Passes>
-Way find_way(const Request &r, bool reduces, Passes passes) {
+Way find_way(const Request &r, const Manner &manner_after, bool reduces,
+             Passes passes) {
   constexpr int32_t kLostBefore = 8;
   // Nothing is cheaper than the change alone.
   const int32_t alone = passes(r.from);
@@ -144,7 +145,7 @@ Way find_way(const Request &r, bool reduces, Passes passes) {
     return {alone, r.from};
   }
   const Costs before = costs_from(r.from, r.before());
-  const Costs after = costs_to(r.to, r.after());
+  const Costs after = costs_to(r.to, manner_after);
   Way best;
   for (int32_t place = 0; place < kPlaces; ++place) {
     const Content content = content_at(place);
@@ -158,6 +159,10 @@ Way find_way(const Request &r, bool reduces, Passes passes) {
     } else {
       cost += passes_of(before.of[place]);
       if (loses(before.of[place])) cost += kLostBefore;
+    }
+    // What is dithered is so in the destination, where the pattern shows.
+    if (r.options.dither != 0 && before.of[place] >= kFewerBits) {
+      cost += kFewerBits;
     }
     if (cost < best.cost) best = {cost, content};
   }
@@ -209,8 +214,10 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
     plan->add(chain);
     return VEXO_OK;
   }
+  const Manner after = r.after();
   const Way way = find_way(
-      r, int64_t{to_width} * to_height <= int64_t{from_width} * from_height,
+      r, after,
+      int64_t{to_width} * to_height <= int64_t{from_width} * from_height,
       passes);
   if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
   const Content end = turned(way.content, rotation);
@@ -221,7 +228,7 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
     if (scales) plan->add(Work::kScale, way.content, to_width, to_height);
     if (turns) plan->add(Work::kTurn, end, dst.width[0], dst.height[0]);
   }
-  plan->add(find_chain(end, r.to, r.after()));
+  plan->add(find_chain(end, r.to, after));
   return VEXO_OK;
 }
 
@@ -255,7 +262,8 @@ int32_t plan_thumbnail(const vexo_img &src, const vexo_img &dst,
   const bool quarter = is_quarter(rotation);
   const int32_t width = (quarter ? dst.height : dst.width)[0];
   const int32_t height = (quarter ? dst.width : dst.height)[0];
-  const Way way = find_way(r, true, [](const Content &content) {
+  const Manner after = r.after();
+  const Way way = find_way(r, after, true, [](const Content &content) {
     return content.format == VEXO_FMT_NV12 ||
                    content.format == VEXO_FMT_YUV400 ||
                    content.format == VEXO_FMT_RGBA8888
@@ -272,7 +280,7 @@ int32_t plan_thumbnail(const vexo_img &src, const vexo_img &dst,
   if (rotation != VEXO_ROT_COPY) {
     plan->add(Work::kTurn, way.content, dst.width[0], dst.height[0]);
   }
-  plan->add(find_chain(way.content, r.to, r.after()));
+  plan->add(find_chain(way.content, r.to, after));
   return VEXO_OK;
 }
 

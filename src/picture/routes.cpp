@@ -5,6 +5,7 @@
 // all edges until nothing gets cheaper.
 #include "picture/routes.h"
 
+#include "dither/depth.h"
 #include "orumlox/csc_new.h"
 #include "orumlox/picture.h"
 #include "picture/formats.h"
@@ -22,7 +23,6 @@ static_assert(kPlaces == kFormats * kStandardCount);
 constexpr int32_t kPass = 1;
 constexpr int32_t kRounding = kLeastLoss;        // between YUV and RGB
 constexpr int32_t kHalfChroma = 4 * kLeastLoss;  // every other sample of chroma
-constexpr int32_t kFewerBits = 16 * kLeastLoss;  // 10 bits to 8, 8 to 5 or 6
 static_assert(kMostConversions < kLeastLoss);
 
 // Drivers of csc.h where no route of it names them. The other order of pairs
@@ -61,29 +61,10 @@ constexpr OwnStep kSteps[] = {
     {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_P010LE, move_words},
 };
 
-// What 16-bit samples become of 8 bits, and what is dithered of RGB.
+// What 16-bit samples become of 8 bits.
 constexpr int32_t kBytes420[] = {VEXO_FMT_YUV420, VEXO_FMT_YV12, VEXO_FMT_NV12,
                                  VEXO_FMT_NV21};
 constexpr int32_t kWords420[] = {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_P010LE};
-constexpr int32_t k565[] = {VEXO_FMT_RGB565, VEXO_FMT_BGR565};
-
-#define LOX_DITHERED(code, driver, from)                               \
-  {VEXO_FMT_##code, VEXO_FMT_RGB565, driver, from, kDitheredRgb565}, { \
-    VEXO_FMT_##code, VEXO_FMT_BGR565, driver, from, kDitheredBgr565    \
-  }
-// From YUV at once, by the default standard.
-constexpr Route kDitheredRoutes[] = {
-    LOX_DITHERED(YUV420, yuv_to_rgb, kYuv420),
-    LOX_DITHERED(YUV422N, yuv_to_rgb, kYuv422n),
-    LOX_DITHERED(YUV444, yuv_to_rgb, kYuv444),
-    LOX_DITHERED(YV12, yuv_to_rgb, kYv12),
-    LOX_DITHERED(NV12, yuv_to_rgb, kNv12),
-    LOX_DITHERED(NV21, yuv_to_rgb, kNv21),
-    LOX_DITHERED(YUV422W, yuv_to_rgb, kYuv422w),
-    LOX_DITHERED(UYVY, yuv_to_rgb, kUyvy),
-    LOX_DITHERED(YUYV, yuv_to_rgb, kYuyv),
-};
-#undef LOX_DITHERED
 
 // Whether a step stands for a route that is not right for any stride.
 bool is_replaced(const Route &route) {
@@ -167,15 +148,18 @@ void for_each_new(const Manner &manner, Visit visit) {
   const int32_t siting = manner.chroma == VEXO_CHROMA_CENTRE
                              ? VEXO_SITING_CENTRE
                              : VEXO_SITING_LEFT;
+  const bool always = manner.chroma != VEXO_CHROMA_AS_IT_IS;
   for (const Format &from : kFormatTable) {
-    if (!has_standard(from.code)) continue;
+    const bool may =
+        always || is_10_bit(from.code) || from.code == VEXO_FMT_YUV444;
+    if (!may || !has_standard(from.code)) continue;
     for (const Format &to : kFormatTable) {
-      if (has_standard(to.code)) continue;
+      if (has_standard(to.code) || (manner.dithers && is_rgb16(to.code)) ||
+          vexo_csc_new_supports(from.code, to.code, VEXO_STD_DEFAULT) == 0) {
+        continue;
+      }
       for (const int32_t standard : kStandards) {
-        if (manner.dithers && is_rgb16(to.code)) continue;
-        if ((manner.chroma != VEXO_CHROMA_AS_IT_IS ||
-             wants_new(from.code, standard, to.code)) &&
-            vexo_csc_new_supports(from.code, to.code, standard) != 0) {
+        if (always || wants_new(from.code, standard, to.code)) {
           const int32_t own =
               from.code == VEXO_FMT_YUV444 ? kEveryPixelsOwn : siting;
           visit(Content{from.code, standard},
@@ -230,13 +214,8 @@ void for_each_edge(const Manner &manner, Visit visit) {
     }
   }
   if (manner.dithers) {
-    for (const Route &route : kDitheredRoutes) {
+    for (const Route &route : dithered_routes()) {
       visit_route(route, VEXO_STD_DEFAULT);
-    }
-    for (const Format &from : kFormatTable) {
-      for (const int32_t to : k565) {
-        if (is_rgb24(from.code)) visit_step(from.code, dither_pixels, to, 0);
-      }
     }
   }
   visit_step(VEXO_FMT_RGB565, exchange_fields, VEXO_FMT_BGR565, 0);
@@ -256,33 +235,59 @@ int32_t cost_of(const Content &from, const Conversion &conversion) {
   return cost_of(from.format, conversion.to.format);
 }
 
-struct Search {
-  Costs costs;
-  // The last conversion of a chain, and where it comes from; or, of a search
-  // backwards, nothing.
-  int32_t from[kPlaces];
-  Conversion last[kPlaces];
+// The edges as a search goes over them again and again, in their order.
+struct Edge {
+  uint8_t from, to;
+  int16_t cost;
+};
+static_assert(kPlaces <= 256);
+
+struct Graph {
+  // More than there are in any manner, with room for some more formats.
+  static constexpr int32_t kMostEdges = 1536;
+  int32_t count = 0;
+  Edge edge[kMostEdges];
+
+  explicit Graph(const Manner &manner) {
+    for_each_edge(manner, [&](const Content &from, const Conversion &edge_on) {
+      if (count == kMostEdges) return;
+      edge[count++] = {static_cast<uint8_t>(place_of(from)),
+                       static_cast<uint8_t>(place_of(edge_on.to)),
+                       static_cast<int16_t>(cost_of(from, edge_on))};
+    });
+  }
 };
 
-void search(const Content &start, bool backwards, const Manner &manner,
-            Search *s) {
+struct Search {
+  Costs costs;
+  // By place the edge that is last on the way there.
+  int16_t last[kPlaces];
+};
+
+void search(const Graph &graph, int32_t start, bool backwards, Search *s) {
   for (int32_t &cost : s->costs.of) cost = kNoWay;
-  s->costs.of[place_of(start)] = 0;
+  s->costs.of[start] = 0;
   bool cheaper = true;
   while (cheaper) {
     cheaper = false;
-    for_each_edge(manner, [&](const Content &from, const Conversion &edge) {
-      const int32_t here = place_of(backwards ? edge.to : from);
-      const int32_t there = place_of(backwards ? from : edge.to);
-      if (s->costs.of[here] == kNoWay) return;
-      const int32_t cost = s->costs.of[here] + cost_of(from, edge);
-      if (cost >= s->costs.of[there]) return;
+    for (int32_t i = 0; i < graph.count; ++i) {
+      const Edge &edge = graph.edge[i];
+      const int here = backwards ? edge.to : edge.from;
+      const int there = backwards ? edge.from : edge.to;
+      if (s->costs.of[here] == kNoWay) continue;
+      const int32_t cost = s->costs.of[here] + edge.cost;
+      if (cost >= s->costs.of[there]) continue;
       s->costs.of[there] = cost;
-      s->from[there] = here;
-      s->last[there] = edge;
+      s->last[there] = static_cast<int16_t>(i);
       cheaper = true;
-    });
+    }
   }
+}
+
+Costs costs_of(const Content &content, const Manner &manner, bool backwards) {
+  Search s;
+  search(Graph(manner), place_of(content), backwards, &s);
+  return s.costs;
 }
 
 }  // namespace
@@ -301,15 +306,11 @@ Content content_at(int32_t place) {
 }
 
 Costs costs_from(const Content &from, const Manner &manner) {
-  Search s;
-  search(from, false, manner, &s);
-  return s.costs;
+  return costs_of(from, manner, false);
 }
 
 Costs costs_to(const Content &to, const Manner &manner) {
-  Search s;
-  search(to, true, manner, &s);
-  return s.costs;
+  return costs_of(to, manner, true);
 }
 
 Chain find_chain(const Content &from, const Content &to, const Manner &manner) {
@@ -325,17 +326,25 @@ Chain find_chain(const Content &from, const Content &to, const Manner &manner) {
     chain = {cost_of(from, edge), 1, {edge}};
   });
   if (chain.cost != kNoWay) return chain;
+  const Graph graph(manner);
   Search s;
-  search(from, false, manner, &s);
+  search(graph, start, false, &s);
   if (s.costs.of[place] == kNoWay) return chain;
+  const auto before = [&](int32_t at) { return graph.edge[s.last[at]].from; };
   int32_t count = 0;
-  for (int32_t at = place; at != start; at = s.from[at]) ++count;
+  for (int32_t at = place; at != start; at = before(at)) ++count;
   if (count > kMostConversions) return chain;
   chain.cost = s.costs.of[place];
   chain.count = count;
-  for (; place != start; place = s.from[place]) {
-    chain.conversion[--count] = s.last[place];
-  }
+  int32_t edges[kMostConversions];
+  for (; place != start; place = before(place)) edges[--count] = s.last[place];
+  int32_t at = 0;
+  for_each_edge(manner, [&](const Content &, const Conversion &edge) {
+    for (int32_t i = 0; i < chain.count; ++i) {
+      if (edges[i] == at) chain.conversion[i] = edge;
+    }
+    ++at;
+  });
   return chain;
 }
 

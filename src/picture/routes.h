@@ -59,6 +59,8 @@ constexpr int32_t kNoWay = INT32_MAX;
 constexpr int32_t kLeastLoss = 16;
 constexpr int32_t passes_of(int32_t cost) { return cost % kLeastLoss; }
 constexpr bool loses(int32_t cost) { return cost >= kLeastLoss; }
+// 10 bits to 8, 8 to 5 or 6: dearer than all else that a chain may lose.
+constexpr int32_t kFewerBits = 16 * kLeastLoss;
 
 struct Chain {
   int32_t cost = 0;  // kNoWay where there is none

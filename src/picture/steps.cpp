@@ -6,11 +6,11 @@
 #include "csc/layout_rows.h"
 #include "csc/rgb_rows.h"
 #include "dither/depth.h"
-#include "dither/dither_rows.h"
 #include "orumlox/common.h"
 #include "orumlox/csc_layout.h"
 #include "orumlox/dither.h"
 #include "picture/formats.h"
+#include "simd/words.h"
 
 namespace lox {
 
@@ -64,10 +64,6 @@ constexpr HalfFloats kHalfFloats = [] {
   for (int n = 0; n < 256; ++n) table.of[n] = half_float(n);
   return table;
 }();
-
-void put_word(uint8_t *p, uint32_t word, int bytes) {
-  for (int i = 0; i < bytes; ++i) p[i] = static_cast<uint8_t>(word >> 8 * i);
-}
 
 }  // namespace
 
@@ -177,15 +173,6 @@ void dither_words(const vexo_img &src, const vexo_img &dst) {
   to_8_bits(src, dst, Loss::kDithered, kAllRows);
 }
 
-void dither_pixels(const vexo_img &src, const vexo_img &dst) {
-  const DitherRows::PixelsFn dither =
-      dither_rows().rgb_to_565[layout_of(src.format)]
-                              [dst.format == VEXO_FMT_RGB565 ? 0 : 1];
-  for (int32_t y = 0; y < src.height[0]; ++y) {
-    dither(row_of(src, 0, y), row_of(dst, 0, y), src.width[0], 0, y);
-  }
-}
-
 void reorder_pixels(const vexo_img &src, const vexo_img &dst) {
   const RgbToRgbFn reorder =
       rgb_rows().reorder[layout_of(src.format)][layout_of(dst.format)];
@@ -202,15 +189,15 @@ void widen_pixels(const vexo_img &src, const vexo_img &dst) {
     for (int32_t x = 0; x < src.width[0]; ++x, in += 4, out += halves ? 8 : 4) {
       if (halves) {
         for (int i = 0; i < 4; ++i) {
-          put_word(out + ptrdiff_t{2} * i, kHalfFloats.of[in[i]], 2);
+          put_word(out + ptrdiff_t{2} * i, kHalfFloats.of[in[i]]);
         }
         continue;
       }
-      const auto ten = [](uint32_t n) { return (n * 1023 * 2 + 255) / 510; };
-      put_word(out,
-               ten(in[0]) | ten(in[1]) << 10 | ten(in[2]) << 20 |
-                   (in[3] * 3u * 2 + 255) / 510 << 30,
-               4);
+      const auto ten = [](int n) { return (n * 1023 * 2 + 255) / 510; };
+      const int green = ten(in[1]);
+      put_word(out, ten(in[0]) | green << 10);
+      put_word(out + 2, green >> 6 | ten(in[2]) << 4 |
+                            (in[3] * 3 * 2 + 255) / 510 << 14);
     }
   }
 }
@@ -220,9 +207,8 @@ void exchange_fields(const vexo_img &src, const vexo_img &dst) {
     const uint8_t *const in = row_of(src, 0, y);
     uint8_t *const out = row_of(dst, 0, y);
     for (ptrdiff_t i = 0; i < ptrdiff_t{2} * src.width[0]; i += 2) {
-      const int word = in[i] | in[i + 1] << 8;
-      out[i] = static_cast<uint8_t>((word & 0xE0) | word >> 11);
-      out[i + 1] = static_cast<uint8_t>((word & 31) << 3 | (in[i + 1] & 7));
+      const int word = word_at(in + i);
+      put_word(out + i, word >> 11 | (word & 0x7E0) | (word & 31) << 11);
     }
   }
 }

@@ -31,8 +31,6 @@ Step repeat_rows;
 Step move_words;
 Step round_words;
 Step dither_words;
-// RGB of 8 bits to RGB565 and BGR565.
-Step dither_pixels;
 // RGB of 8 bits: the channels where the other format has them. An alpha that
 // the source lacks is 255.
 Step reorder_pixels;

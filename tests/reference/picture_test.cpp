@@ -376,6 +376,41 @@ TEST(Picture, Tonemap) {
 }
 
 // A chain in bands of rows gives what its conversions give one by one.
+// The pattern is the destination's: dithered before a turn or an enlargement it
+// would be turned or enlarged.
+TEST(Picture, DithersLast) {
+  const std::pair<int32_t, int32_t> formats[] = {
+      {VEXO_FMT_NV12, VEXO_FMT_RGB565},
+      {VEXO_FMT_RGBA8888, VEXO_FMT_BGR565},
+      {VEXO_FMT_P010LE, VEXO_FMT_RGB565},
+      {VEXO_FMT_P010LE, VEXO_FMT_NV12},
+      {VEXO_FMT_YUV420PLANAR16, VEXO_FMT_YUV420}};
+  using Change = decltype(&vexo_picture_turn);
+  const std::tuple<Change, int32_t, int32_t, int32_t> calls[] = {
+      {vexo_picture_turn, VEXO_ROT_90R, 22, 36},
+      {vexo_picture_scale, VEXO_ROT_COPY, 60, 40},
+      {vexo_picture_scale, VEXO_ROT_90L, 33, 64}};
+  for (const auto &[from, to] : formats) {
+    for (const auto &[call, rotation, width, height] : calls) {
+      const Owned src(from, 0, 36, 22, 5);
+      Owned changed(from, 0, width, height);
+      Owned dithered(to, 0, width, height);
+      const Owned expected(to, 0, width, height);
+      vexo_picture_options options = {};
+      options.rotation = rotation;
+      ASSERT_EQ(call(nullptr, &src.img, &changed.img, &options), VEXO_OK);
+      options.dither = 1;
+      ASSERT_EQ(call(nullptr, &src.img, &dithered.img, &options), VEXO_OK);
+      options.rotation = VEXO_ROT_COPY;
+      ASSERT_EQ(
+          vexo_picture_convert(nullptr, &changed.img, &expected.img, &options),
+          VEXO_OK);
+      EXPECT_EQ(dithered, expected)
+          << from << " to " << to << " by " << rotation;
+    }
+  }
+}
+
 TEST(Picture, Bands) {
   const Owned nv12(VEXO_FMT_NV12, VEXO_STD_BT709, 1500, 61, 8);
   const Owned planes(VEXO_FMT_YUV420, VEXO_STD_BT709, 1500, 61);
