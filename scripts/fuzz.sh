@@ -30,6 +30,7 @@ for name in $target; do
   echo "== $name"
   "$build/tests/fuzz/$program" -max_total_time="$seconds" -max_len=$length \
     -len_control=0 -timeout=10 -print_final_stats=1 -verbosity=0 \
+    -reload=0 -close_fd_mask=1 \
     -artifact_prefix="build/fuzz/$name-" \
     "build/fuzz/$name" "tests/fuzz/corpus/$name"
 done
