@@ -11,6 +11,7 @@
 
 #include "cases/cases.h"
 #include "common/isa.h"
+#include "fuzz/asan_options.h"
 
 namespace {
 
@@ -85,10 +86,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
   threads = true;
   if (thorough > 0) --thorough;
   return 0;
-}
-
-// Buffers come and go all the time: what helps to name their origin would take
-// most of it.
-extern "C" const char *__asan_default_options() {
-  return "malloc_context_size=0:quarantine_size_mb=1";
 }
