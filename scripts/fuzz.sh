@@ -20,16 +20,18 @@ build=build/$preset
 [ -e "$build/build.ninja" ] || cmake --preset $preset >/dev/null
 for name in $target; do
   length=64
+  counters=1
   case $name in
-    tool) program=fuzz_tool_readers ;;
+    tool) program=fuzz_tool_readers length=256 ;;
     video) program=fuzz_tool_video length=2048 ;;
-    *) program=fuzz_$name ;;
+    *) program=fuzz_$name counters=0 ;;
   esac
   cmake --build "$build" --target "$program" >/dev/null
   mkdir -p "build/fuzz/$name"
   echo "== $name"
   "$build/tests/fuzz/$program" -max_total_time="$seconds" -max_len=$length \
     -len_control=0 -timeout=10 -print_final_stats=1 -verbosity=0 \
+    -use_counters=$counters -reload=0 -close_fd_mask=1 \
     -artifact_prefix="build/fuzz/$name-" \
     "build/fuzz/$name" "tests/fuzz/corpus/$name"
 done

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <utility>
 #include <vector>
@@ -28,19 +29,16 @@ bool in_pairs(int32_t format) {
   return std::count(std::begin(kFormats), std::end(kFormats), format) != 0;
 }
 
-// Whether byte `at` of a plane lies in the range. Tiles, rows upwards, odd
-// strides, which may be rounded, and chroma of unusual sizes are not looked at.
-bool is_inside(const vexo_img &img, int p, int64_t at, int32_t height,
-               int32_t format, Range range) {
+// How far apart the rows of a plane are that belong to one row of the picture,
+// or two; 0 where that is not looked at: of tiles, of rows upwards, of odd
+// strides, which may be rounded, and of chroma of unusual sizes.
+size_t row_distance(const vexo_img &img, int p, int32_t height,
+                    int32_t format) {
   const bool usual =
       p == 0 || (in_pairs(format) && img.height[p] == half_up(height));
   const int32_t stride = img.stride[p];
-  if (format == VEXO_FMT_T64X32 || stride < 1 || stride % 2 != 0 || !usual) {
-    return true;
-  }
-  const int64_t row =
-      std::min(at / stride * (p == 0 ? 1 : 2), int64_t{height} - 1);
-  return row >= range.first && row < range.second;
+  if (format == VEXO_FMT_T64X32 || stride < 1 || stride % 2 != 0) return 0;
+  return usual ? static_cast<size_t>(stride) : 0;
 }
 
 std::vector<Range> partition(int32_t height, int32_t step, Random &random) {
@@ -61,9 +59,12 @@ std::vector<Range> partition(int32_t height, int32_t step, Random &random) {
 
 int32_t by_rows(Picture *dst, int32_t height, int32_t format,
                 const RowCall &call) {
+  // Their memory stays for the next call.
+  static thread_local Bytes before, other, over_before, over_other, result,
+      written;
   height = std::max(height, 0);
-  const Bytes before = dst->content();
-  Bytes other = before;
+  dst->get_content(&before);
+  other = before;
   for (uint8_t &byte : other) byte = static_cast<uint8_t>(~byte);
   Sink seed;
   seed.add(static_cast<uint64_t>(height));
@@ -77,31 +78,46 @@ int32_t by_rows(Picture *dst, int32_t height, int32_t format,
   if (height == 3) refused.pop_back();
   for (const Range &range : refused) {
     require(call(range.first, range.second) == VEXO_ERR_ARG &&
-                dst->content() == before,
+                dst->has_content(before),
             "not refused", range);
   }
 
-  Bytes result = before;
-  std::vector<bool> written(before.size());
+  result = before;
+  written.assign(before.size(), 0);
   int32_t answer = INT32_MAX;
   for (const Range &range : partition(height, step, random)) {
     dst->set_content(other);
     call(range.first, range.second);
-    const Bytes over_other = dst->content();
+    dst->get_content(&over_other);
     dst->set_content(before);
     const int32_t status = call(range.first, range.second);
     require(answer == INT32_MAX || status == answer, "another answer", range);
     answer = status;
-    const Bytes over_before = dst->content();
-    size_t i = 0;
+    dst->get_content(&over_before);
+    const auto untouched = [&](size_t i, size_t count) {
+      return std::memcmp(&over_before[i], &before[i], count) == 0 &&
+             std::memcmp(&over_other[i], &other[i], count) == 0;
+    };
+    size_t end = 0;
     for (int p = 0; p < 4; ++p) {
-      for (int64_t at = 0; at < dst->bytes(p); ++at, ++i) {
-        if (over_before[i] == before[i] && over_other[i] == other[i]) continue;
-        require(!written[i], "written twice", range);
-        require(is_inside(dst->img, p, at, height, format, range),
-                "written outside", range);
-        written[i] = true;
-        result[i] = over_before[i];
+      size_t i = end;
+      end += static_cast<size_t>(dst->bytes(p));
+      const size_t distance = row_distance(dst->img, p, height, format);
+      for (int32_t y = 0; i < end; y += p == 0 ? 1 : 2) {
+        const size_t count =
+            distance == 0 ? end - i : std::min(distance, end - i);
+        const size_t behind = i + count;
+        if (untouched(i, count)) i = behind;
+        const int32_t row = std::min(y, height - 1);
+        const bool inside =
+            distance == 0 || (row >= range.first && row < range.second);
+        for (; i < behind; ++i) {
+          if (untouched(i, 1)) continue;
+          require(written[i] == 0, "written twice", range);
+          require(inside, "written outside", range);
+          written[i] = 1;
+          result[i] = over_before[i];
+        }
       }
     }
   }

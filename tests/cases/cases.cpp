@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cases/cases.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -82,6 +80,7 @@ int32_t Source::format() {
 int32_t Source::width() {
   if (large_) return between(900, 2100);
   const int32_t kind = between(0, 31);
+  wide_ = kind == 1;
   return kind == 0   ? between(-1, 0)
          : kind == 1 ? between(65, 700)
                      : between(1, 64);
@@ -90,12 +89,16 @@ int32_t Source::width() {
 int32_t Source::height() {
   if (large_) return between(500, 1100);
   const int32_t kind = between(0, 31);
-  return kind == 0 ? between(-1, 0) : between(1, kind < 8 ? 64 : 12);
+  const bool low = wide_ && end_ != nullptr;
+  return kind == 0 ? between(-1, 0) : between(1, low ? 8 : kind < 8 ? 64 : 12);
 }
 
 Size Source::size() {
   Size s = {width(), height()};
-  if (!large_ && one_in(64)) s.width = between(701, 4100);
+  if (!large_ && one_in(64)) {
+    s.width = between(701, 4100);
+    if (end_ != nullptr) s.height = std::min(s.height, 8);
+  }
   if (s.width >= 1 && s.height >= 1) return s;
   const int32_t other = between(1, INT32_MAX - 1);
   if (s.width < 1 && one_in(2)) return {one_in(2) ? INT32_MIN : -1, other};
@@ -122,7 +125,9 @@ void Buffer::reset(Source &source, size_t size) {
     pages_ = std::move(spare_pages.back());
     spare_pages.pop_back();
   }
-  pages_.reserve(size + kCanaries.size());
+  // Enough for most, so that pages stay.
+  constexpr size_t kUsual = 65536;
+  pages_.reserve(std::max(size + kCanaries.size(), kUsual));
   auto place = static_cast<size_t>(source.between(0, 15));
   // What is written past the caches begins with a line, and so do its rows.
   if (source.large() && place % 2 != 0) place = 2;
@@ -193,12 +198,21 @@ void Picture::add_to(Sink &sink) const {
   for (const Buffer &buffer : buffer_) sink.add(buffer.data(), buffer.size());
 }
 
-std::vector<uint8_t> Picture::content() const {
-  std::vector<uint8_t> bytes;
+void Picture::get_content(std::vector<uint8_t> *bytes) const {
+  bytes->clear();
   for (const Buffer &buffer : buffer_) {
-    bytes.insert(bytes.end(), buffer.data(), buffer.data() + buffer.size());
+    bytes->insert(bytes->end(), buffer.data(), buffer.data() + buffer.size());
   }
-  return bytes;
+}
+bool Picture::has_content(const std::vector<uint8_t> &bytes) const {
+  const uint8_t *expected = bytes.data();
+  for (const Buffer &buffer : buffer_) {
+    if (!std::equal(buffer.data(), buffer.data() + buffer.size(), expected)) {
+      return false;
+    }
+    expected += buffer.size();
+  }
+  return true;
 }
 void Picture::set_content(const std::vector<uint8_t> &bytes) {
   auto from = bytes.begin();
@@ -238,22 +252,6 @@ ExactImage turned(const ExactImage &image) {
         plane.row_bytes < 1 ? 0 : plane.row_bytes / plane.width);
     result[p] = exact_plane(plane.height, plane.width, unit);
   }
-  return result;
-}
-
-void *on_thread(const Function &entry, void *argument) {
-  struct Start {
-    Function::Call<void *(void *)> call;
-    void *argument;
-  } start = {entry.as<void *(void *)>(), argument};
-  pthread_t thread;
-  void *result = &start;
-  const auto run = [](void *given) {
-    const auto &s = *static_cast<const Start *>(given);
-    return s.call(s.argument);
-  };
-  if (pthread_create(&thread, nullptr, run, &start) != 0) std::abort();
-  pthread_join(thread, &result);
   return result;
 }
 

@@ -47,7 +47,8 @@ class Source {
   int32_t format();
 
   // Sides of a picture: most are small, some are empty, few need many steps of
-  // a vector form.
+  // a vector form. An input's wide ones are low: most of the time would else be
+  // theirs.
   int32_t width();
   int32_t height();
   // A picture without width may claim any height.
@@ -61,7 +62,7 @@ class Source {
   const uint8_t *next_ = nullptr;
   const uint8_t *end_ = nullptr;
   Random random_;
-  bool large_ = false;
+  bool large_ = false, wide_ = false;
 };
 
 // A digest of what calls answer and write.
@@ -123,7 +124,8 @@ class Picture {
   // Every byte, padding too.
   void add_to(Sink &sink) const;
   // The same of all planes, one behind the other.
-  std::vector<uint8_t> content() const;
+  void get_content(std::vector<uint8_t> *bytes) const;
+  bool has_content(const std::vector<uint8_t> &bytes) const;
   void set_content(const std::vector<uint8_t> &bytes);
   int64_t bytes(int p) const { return int64_t(buffer_[p].size()); }
 
@@ -175,7 +177,8 @@ struct Function::Call<Result(Arguments...)> {
 #define LOX_FUNCTION(body, name) \
   { #name, body, reinterpret_cast < lox_test::AnyFunction>(name), nullptr }
 
-// Runs the entry of a thread as one. Its result.
+// Runs the entry of a thread as one. Its result. The fuzz targets have their
+// own.
 void *on_thread(const Function &entry, void *argument);
 
 struct Family {

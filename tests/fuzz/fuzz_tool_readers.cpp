@@ -16,6 +16,7 @@
 #include "../../tools/vexo/access_units.h"
 #include "../../tools/vexo/error.h"
 #include "../../tools/vexo/io.h"
+#include "asan_options.h"
 
 static void require(bool condition) {
   if (!condition) std::abort();

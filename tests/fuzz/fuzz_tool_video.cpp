@@ -10,6 +10,7 @@
 
 #include "../../tools/vexo/error.h"
 #include "../../tools/vexo/video.h"
+#include "asan_options.h"
 
 static void require(bool condition) {
   if (!condition) std::abort();
