@@ -25,7 +25,7 @@ class Runner {
                     const vexo_picture_options &options);
 
  private:
-  enum class Work { kScale, kTurn, kConvert };
+  enum class Work { kScale, kTurn, kConvert, kInterpolate };
   static constexpr guint kMostThreads = 64;
 
   static void work_on(gpointer, gpointer self);

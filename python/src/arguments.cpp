@@ -17,9 +17,7 @@ struct Span {
 
 Span span_of(const vexo_img &img, const vexo_img &dense, int32_t p) {
   // Of tiles the geometry has the stride.
-  const bool tiled =
-      img.format >= VEXO_FMT_T64X32 && img.format <= VEXO_FMT_T256X16;
-  const int64_t stride = tiled ? dense.stride[p] : img.stride[p];
+  const int64_t stride = is_tiled(img.format) ? dense.stride[p] : img.stride[p];
   const auto first = reinterpret_cast<uintptr_t>(img.plane[p]);
   const auto last =
       first + static_cast<uintptr_t>(stride * (dense.buf_height[p] - 1));

@@ -20,6 +20,17 @@ struct Named {
   int32_t value;
 };
 
+class WithoutGil {
+ public:
+  WithoutGil() : state_(PyEval_SaveThread()) {}
+  ~WithoutGil() { PyEval_RestoreThread(state_); }
+  WithoutGil(const WithoutGil &) = delete;
+  WithoutGil &operator=(const WithoutGil &) = delete;
+
+ private:
+  PyThreadState *state_;
+};
+
 struct Picture {
   vexo_img img = {};
   bool read_only = false;
@@ -40,6 +51,9 @@ struct Picture {
 int32_t format_named(const char *name);
 int32_t standard_named(const char *name);
 bool has_standard(int32_t format);
+constexpr bool is_tiled(int32_t format) {
+  return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
+}
 // Sets it where the format has one; null changes nothing.
 void set_standard(Picture *picture, const char *name);
 

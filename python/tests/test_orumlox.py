@@ -145,6 +145,27 @@ def test_enhancement_is_the_librarys():
             assert source.tobytes() == dense.tobytes()
 
 
+def test_enhancement_of_rows_upwards():
+    for call in (orumlox.sharpen, lambda p, **out: orumlox.deblock(p, 9, **out)):
+        canvas = noise.integers(0, 256, (90, 70), np.uint8)
+        luma, chroma = canvas[60:20:-1, 3:51], canvas[84:64:-1, 5:29]
+        kept = [luma, chroma, canvas[20:0:-1, 40:64]]
+        dense = [np.ascontiguousarray(plane) for plane in kept]
+        expected = call(Picture.wrap(dense, "yuv420")).planes
+        before = canvas.copy()
+        got = call(Picture.wrap(kept, "yuv420"))
+        assert np.array_equal(canvas, before)
+        for ours, theirs in zip(got.planes, expected):
+            assert np.array_equal(ours, theirs)
+        out = np.zeros_like(canvas)
+        views = [out[50:10:-1, 9:57], out[60:80, 30:54], out[70:50:-1, :24]]
+        call(Picture.wrap(dense, "yuv420"), out=Picture.wrap(views, "yuv420"))
+        for ours, theirs in zip(views, expected):
+            assert np.array_equal(ours, theirs)
+            ours[:] = 0
+        assert not out.any()
+
+
 def test_arrays_of_any_stride():
     """Windows, upside down and beside each other; nothing else is written."""
     for name in ("bgr888", "rgba8888", "rgb565", "yuv400"):
@@ -215,6 +236,28 @@ REFUSED = [
                                                         "bgr888")),
     (ValueError, "uint8", lambda p: Picture.wrap(GREY.astype(float),
                                                  "yuv400")),
+    (ValueError, "low byte first",
+     lambda p: Picture.wrap(GREY.astype(">u2"), "rgb565")),
+    (TypeError, "not objects",
+     lambda p: Picture.from_bytes(np.array([None] * 9), "yuv400", 4, 4)),
+    (ValueError, "4x0", lambda p: Picture.wrap(np.zeros((0, 4, 3), np.uint8),
+                                               "rgb888")),
+    (ValueError, "0x4", lambda p: Picture.wrap(np.zeros((4, 0, 3), np.uint8),
+                                               "rgb888")),
+    (ValueError, "bad argument",
+     lambda p: Picture.wrap(np.zeros((0, 4), np.uint8), "i420")),
+    (ValueError, "bad argument", lambda p: Picture.from_bytes(b"", "nv12", 0,
+                                                              0)),
+    (ValueError, "bad argument", lambda p: Picture.from_bytes(
+        bytes(24), "yuv400", 6, 4, alignment=0)),
+    # Rows that share their bytes.
+    (ValueError, "bad argument", lambda p: Picture.wrap(
+        np.broadcast_to(GREY[:1], (4, 6)), "yuv400")),
+    (ValueError, "read-only",
+     lambda p: orumlox.deblock(Picture.from_bytes(bytes(36), "yuv420", 6, 4),
+                               3, out=np.broadcast_to(GREY[0, 0], (1, 1)))),
+    (TypeError, "incompatible", lambda p: orumlox.convert(
+        Picture.__new__(Picture), "rgb888")),
     (ValueError, "samples of 3 bytes", lambda p: Picture.wrap(GREY, "rgb888")),
     (ValueError, "2 planes", lambda p: Picture.wrap([GREY], "nv12")),
     (ValueError, "plane 1", lambda p: Picture.wrap([GREY, GREY], "nv12")),
@@ -362,6 +405,39 @@ def test_frames_of_pyav():
     assert np.abs(reference - np.asarray(rgb)).mean() < 2
 
 
+class FakeFrame:
+    """As those of a PyAV that tells the codes of colours."""
+    width, height = 6, 4
+
+    class Plane(bytearray):
+        line_size = 8
+
+    def __init__(self, matrix, colour_range, last=11):
+        self.format = type("Format", (), {"name": "yuv420p"})
+        self.colorspace, self.color_range = matrix, colour_range
+        self.planes = [self.Plane(range(size)) for size in (30, 11, last)]
+
+
+def test_what_frames_tell():
+    for matrix, colour_range, standard in [
+            (None, None, "bt601"), (5, 2, "bt601-full"), (1, 1, "bt709"),
+            (1, 2, "bt709-full"), (9, 0, "bt2020"), (9, 2, "bt2020-full")]:
+        frame = FakeFrame(matrix, colour_range)
+        picture = Picture.from_av(frame)
+        assert picture.standard == standard
+        assert picture.planes[0][3].tolist() == [24, 25, 26, 27, 28, 29]
+        with pytest.raises(BufferError):
+            frame.planes[2].append(0)
+        del picture
+        frame.planes[2].append(0)
+    with pytest.raises(ValueError, match="too small"):
+        Picture.from_av(FakeFrame(None, None, 10))
+    frame = FakeFrame(None, None)
+    frame.planes[0].line_size = -8
+    with pytest.raises(ValueError, match="too small"):
+        Picture.from_av(frame)
+
+
 def test_arrays_of_opencv():
     bgr = sample().to_ndarray(format="bgr24")
     rgb = cv2.cvtColor(bgr, cv2.COLOR_BGR2RGB)
@@ -395,7 +471,13 @@ def test_attributes():
     rgb = Picture("rgb888", 3, 2)
     assert np.asarray(rgb, float).dtype == float
     assert np.shares_memory(np.asarray(rgb), rgb.planes[0])
+    assert np.shares_memory(np.asarray(rgb, np.uint8), rgb.planes[0])
     assert not np.shares_memory(np.array(rgb), rgb.planes[0])
+    # As NumPy 2 asks.
+    assert np.shares_memory(rgb.__array__(copy=False), rgb.planes[0])
+    assert not np.shares_memory(rgb.__array__(copy=True), rgb.planes[0])
+    with pytest.raises(ValueError, match="are a copy"):
+        rgb.__array__(float, copy=False)
 
 
 def test_media():
