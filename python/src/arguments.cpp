@@ -43,8 +43,13 @@ bool overlap(const Span &a, const Span &b) {
 
 bool overlap(const vexo_img &a, const vexo_img &b) {
   vexo_img dense_a, dense_b;
-  vexo_picture_geometry(&dense_a, a.format, a.width[0], a.height[0], 1);
-  vexo_picture_geometry(&dense_b, b.format, b.width[0], b.height[0], 1);
+  // The library refuses what has no geometry.
+  if (vexo_picture_geometry(&dense_a, a.format, a.width[0], a.height[0], 1) !=
+          VEXO_OK ||
+      vexo_picture_geometry(&dense_b, b.format, b.width[0], b.height[0], 1) !=
+          VEXO_OK) {
+    return false;
+  }
   for (int32_t p = 0; p < vexo_format_planes(a.format); ++p) {
     for (int32_t q = 0; q < vexo_format_planes(b.format); ++q) {
       if (overlap(span_of(a, dense_a, p), span_of(b, dense_b, q))) return true;

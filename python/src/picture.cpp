@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -227,6 +228,14 @@ std::optional<int32_t> number(const py::object &object, const char *name) {
 }
 
 }  // namespace
+
+void *Picture::operator new(size_t size) {
+  void *const memory = calloc(size, 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void Picture::operator delete(void *memory) { free(memory); }
 
 Picture::Picture(int32_t format, int32_t width, int32_t height) {
   const std::string text = "a picture of " + size_text(width, height);

@@ -39,6 +39,10 @@ struct Picture {
   // Memory of others is not freed, moved or resized while this holds it.
   std::vector<py::buffer_info> buffers;
 
+  // Zeroed: Python makes objects without calling __init__ if it is told to.
+  static void *operator new(size_t size);
+  static void operator delete(void *memory);
+
   Picture() = default;
   Picture(int32_t format, int32_t width, int32_t height);
   Picture(Picture &&other) noexcept;

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The module against the C calls, and what only Python can get wrong."""
+import copy
 import gc
 import os
 import random
@@ -206,6 +207,7 @@ def test_shapes_of_planes():
 # --- errors ------------------------------------------------------------------
 
 GREY, RGB = np.zeros((4, 6), np.uint8), np.zeros((4, 6, 3), np.uint8)
+READ_ONLY = Picture.from_bytes(bytes(24), "yuv400", 6, 4)
 REFUSED = [
     (ValueError, "unknown format 'x'", lambda p: orumlox.convert(p, "x")),
     (ValueError, "unknown standard", lambda p: Picture("nv12", 2, 2,
@@ -253,11 +255,16 @@ REFUSED = [
     # Rows that share their bytes.
     (ValueError, "bad argument", lambda p: Picture.wrap(
         np.broadcast_to(GREY[:1], (4, 6)), "yuv400")),
-    (ValueError, "read-only",
-     lambda p: orumlox.deblock(Picture.from_bytes(bytes(36), "yuv420", 6, 4),
-                               3, out=np.broadcast_to(GREY[0, 0], (1, 1)))),
-    (TypeError, "incompatible", lambda p: orumlox.convert(
-        Picture.__new__(Picture), "rgb888")),
+    (ValueError, "read-only", lambda p: orumlox.deblock(
+        Picture("yuv420", 6, 4), 3,
+        out=Picture.from_bytes(bytes(36), "yuv420", 6, 4))),
+    (ValueError, "read-only", lambda p: orumlox.deblock(READ_ONLY, 3,
+                                                        out=READ_ONLY)),
+    # Without __init__ there is nothing in it.
+    (ValueError, "bad argument", lambda p: orumlox.convert(
+        Picture.__new__(Picture), out=p)),
+    (ValueError, "bad argument", lambda p: Picture.__new__(Picture).tobytes()),
+    (TypeError, "pickle", lambda p: copy.copy(p)),
     (ValueError, "samples of 3 bytes", lambda p: Picture.wrap(GREY, "rgb888")),
     (ValueError, "2 planes", lambda p: Picture.wrap([GREY], "nv12")),
     (ValueError, "plane 1", lambda p: Picture.wrap([GREY, GREY], "nv12")),
