@@ -12,8 +12,9 @@ namespace {
 // and chroma is made of chroma alone.
 struct Rule {
   static constexpr int kBits = 14;
-  // Of luma, the two of chroma, and one; sums are shifted down.
-  int32_t y[4], u[3], v[3];
+  // Of luma, of the two of chroma, and one; sums are shifted down.
+  int16_t gain, y[2], u[2], v[2];
+  int32_t y_last, u_last, v_last;
 };
 
 Rule make_rule(const GstVideoFormatInfo *format,
@@ -45,25 +46,23 @@ Rule make_rule(const GstVideoFormatInfo *format,
     return static_cast<int32_t>(std::lround(n * (1 << Rule::kBits)));
   };
   Rule rule = {};
-  // Of luma, one part of chroma and the other; the last number brings zeros to
-  // their place, and rounds.
-  const auto weigh = [&](int c, double l, double u, double v, int32_t *out) {
-    const double gain = to_one[c];
-    const int32_t weights[] = {fixed(l * gain / one[0]),
-                               fixed(u * gain / one[1]),
-                               fixed(v * gain / one[2])};
-    const int32_t last = fixed(to_zero[c] + 0.5) - weights[0] * zero[0] -
-                         weights[1] * zero[1] - weights[2] * zero[2];
-    if (c == 0) *out++ = weights[0];
-    out[0] = weights[1];
-    out[1] = weights[2];
-    out[2] = last;
+  rule.gain = static_cast<int16_t>(fixed(1.0 * to_one[0] / one[0]));
+  // The last number brings zeros to their place, and rounds.
+  const auto weigh = [&](int c, double of_u, double of_v, int16_t *weights,
+                         int32_t *last) {
+    weights[0] = static_cast<int16_t>(fixed(of_u * to_one[c] / one[1]));
+    weights[1] = static_cast<int16_t>(fixed(of_v * to_one[c] / one[2]));
+    *last = fixed(to_zero[c] + 0.5) - weights[0] * zero[1] -
+            weights[1] * zero[2] - (c == 0 ? rule.gain * zero[0] : 0);
   };
-  weigh(0, 1, y_u, y_v, rule.y);
-  weigh(1, 0, (b - y_u) / to_b, -y_v / to_b, rule.u);
-  weigh(2, 0, -y_u / to_r, (r - y_v) / to_r, rule.v);
+  weigh(0, y_u, y_v, rule.y, &rule.y_last);
+  weigh(1, (b - y_u) / to_b, -y_v / to_b, rule.u, &rule.u_last);
+  weigh(2, -y_u / to_r, (r - y_v) / to_r, rule.v, &rule.v_last);
   return rule;
 }
+
+// So many samples of luma are done at a time.
+constexpr int kStrip = 512;
 
 // The samples of a component, those of more than 8 bits in words, which may
 // have others around them.
@@ -82,18 +81,32 @@ class Component {
         shift_(GST_VIDEO_FORMAT_INFO_SHIFT(format, c)),
         most_((1 << GST_VIDEO_FORMAT_INFO_DEPTH(format, c)) - 1) {}
 
-  Word *row(ptrdiff_t y) const {
-    return reinterpret_cast<Word *>(first_ + y * stride_);
+  void get(ptrdiff_t y, ptrdiff_t x, ptrdiff_t count, int16_t *out) const {
+    const Word *const in = at(y, x);
+    const auto get_by = [&](ptrdiff_t step) {
+      for (ptrdiff_t i = 0; i < count; ++i) {
+        out[i] = static_cast<int16_t>(in[i * step] >> shift_ & most_);
+      }
+    };
+    step_ == 1 ? get_by(1) : get_by(step_);
   }
-  int32_t get(const Word *row, ptrdiff_t x) const {
-    return row[x * step_] >> shift_ & most_;
-  }
-  void put(Word *row, ptrdiff_t x, int32_t sum) const {
-    const int32_t value = std::clamp(sum >> Rule::kBits, 0, most_);
-    row[x * step_] = static_cast<Word>(value << shift_);
+  void put(ptrdiff_t y, ptrdiff_t x, ptrdiff_t count,
+           const int32_t *sums) const {
+    Word *const out = at(y, x);
+    const auto put_by = [&](ptrdiff_t step) {
+      for (ptrdiff_t i = 0; i < count; ++i) {
+        const int32_t value = std::clamp(sums[i] >> Rule::kBits, 0, most_);
+        out[i * step] = static_cast<Word>(value << shift_);
+      }
+    };
+    step_ == 1 ? put_by(1) : put_by(step_);
   }
 
  private:
+  Word *at(ptrdiff_t y, ptrdiff_t x) const {
+    return reinterpret_cast<Word *>(first_ + y * stride_) + x * step_;
+  }
+
   guint plane_;
   uint8_t *first_;
   ptrdiff_t stride_, step_;
@@ -107,26 +120,44 @@ void change(const vexo_img &img, const GstVideoFormatInfo *format,
   const Component<Word> luma(img, format, 0);
   const Component<Word> first(img, format, 1);
   const Component<Word> second(img, format, 2);
-  const auto x_shift = GST_VIDEO_FORMAT_INFO_W_SUB(format, 1);
-  const auto y_shift = GST_VIDEO_FORMAT_INFO_H_SUB(format, 1);
+  const ptrdiff_t x_shift = GST_VIDEO_FORMAT_INFO_W_SUB(format, 1);
+  const ptrdiff_t rows = ptrdiff_t{1} << GST_VIDEO_FORMAT_INFO_H_SUB(format, 1);
   const ptrdiff_t width = img.width[0];
-  for (int32_t y = 0; y < img.height[0]; ++y) {
-    Word *const row = luma.row(y);
-    Word *const us = first.row(y >> y_shift);
-    Word *const vs = second.row(y >> y_shift);
-    for (ptrdiff_t x = 0; x < width; ++x) {
-      luma.put(row, x,
-               rule.y[0] * luma.get(row, x) +
-                   rule.y[1] * first.get(us, x >> x_shift) +
-                   rule.y[2] * second.get(vs, x >> x_shift) + rule.y[3]);
+  const ptrdiff_t height = img.height[0];
+  int16_t u[kStrip];
+  int16_t v[kStrip];
+  int16_t l[kStrip];
+  int32_t sums[kStrip];
+  int32_t more[kStrip];  // what chroma adds to each sample of luma
+  const auto weigh = [&](ptrdiff_t count, const int16_t(&weights)[2],
+                         int32_t last) {
+    for (ptrdiff_t i = 0; i < count; ++i) {
+      sums[i] = weights[0] * u[i] + weights[1] * v[i] + last;
     }
-    // Behind the last row that has this chroma.
-    if (y + 1 < img.height[0] && (y + 1) >> y_shift == y >> y_shift) continue;
-    for (ptrdiff_t x = 0; x < (width + x_shift) >> x_shift; ++x) {
-      const int32_t u = first.get(us, x);
-      const int32_t v = second.get(vs, x);
-      first.put(us, x, rule.u[0] * u + rule.u[1] * v + rule.u[2]);
-      second.put(vs, x, rule.v[0] * u + rule.v[1] * v + rule.v[2]);
+  };
+  for (ptrdiff_t y = 0; y < height; y += rows) {
+    for (ptrdiff_t x = 0; x < width; x += kStrip) {
+      const ptrdiff_t count = std::min<ptrdiff_t>(kStrip, width - x);
+      const ptrdiff_t shared = (count + x_shift) >> x_shift;
+      const ptrdiff_t chroma_x = x >> x_shift;
+      const ptrdiff_t chroma_y = y / rows;
+      first.get(chroma_y, chroma_x, shared, u);
+      second.get(chroma_y, chroma_x, shared, v);
+      weigh(shared, rule.y, rule.y_last);
+      for (ptrdiff_t i = 0; i < shared; ++i) {
+        more[i << x_shift] = more[(i << x_shift) + x_shift] = sums[i];
+      }
+      for (ptrdiff_t r = y; r < std::min(y + rows, height); ++r) {
+        luma.get(r, x, count, l);
+        for (ptrdiff_t i = 0; i < count; ++i) {
+          sums[i] = rule.gain * l[i] + more[i];
+        }
+        luma.put(r, x, count, sums);
+      }
+      weigh(shared, rule.u, rule.u_last);
+      first.put(chroma_y, chroma_x, shared, sums);
+      weigh(shared, rule.v, rule.v_last);
+      second.put(chroma_y, chroma_x, shared, sums);
     }
   }
 }

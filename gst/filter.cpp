@@ -60,10 +60,15 @@ int32_t run(gpointer object, const vexo_img &src, const vexo_img &dst) {
   const int32_t status = makes_thumbnails(object)
                              ? s->runner.thumbnail(src, dst, s->options)
                              : s->runner.run(src, dst, s->options);
-  const GstVideoInfo &out = s->out.info;
-  if (status == VEXO_OK && (s->way.made.matrix != out.colorimetry.matrix ||
-                            s->way.made.range != out.colorimetry.range)) {
-    change_colours(dst, out.finfo, s->way.made, out.colorimetry);
+  const GstVideoColorimetry &colours = s->out.info.colorimetry;
+  if (status == VEXO_OK && (s->way.made.matrix != colours.matrix ||
+                            s->way.made.range != colours.range)) {
+    const auto change = [](const vexo_img &rows, const void *state) {
+      const auto &of = *static_cast<const FilterState *>(state);
+      change_colours(rows, of.out.info.finfo, of.way.made,
+                     of.out.info.colorimetry);
+    };
+    s->runner.for_rows(dst, change, s);
   }
   return status;
 }

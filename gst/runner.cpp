@@ -102,6 +102,9 @@ int32_t Runner::run_part(guint index) {
                            y0, y1);
     case Work::kInterpolate:
       return vexo_csc_new_rows(src_, dst_, y0, y1);
+    case Work::kRows:
+      rows_work_(rows_of(*dst_, y0, y1), rows_data_);
+      return VEXO_OK;
     case Work::kConvert:
       break;
   }
@@ -244,6 +247,17 @@ int32_t Runner::run(const vexo_img &src, const vexo_img &dst,
   return status != VEXO_OK
              ? status
              : vexo_picture_scale(contexts_[0], &src, &dst, &options);
+}
+
+void Runner::for_rows(const vexo_img &img, RowsWork *on_rows,
+                      const void *data) {
+  if (threads_ == 1) {
+    on_rows(img, data);
+    return;
+  }
+  rows_work_ = on_rows;
+  rows_data_ = data;
+  run_stage(Work::kRows, img, img);
 }
 
 int32_t Runner::thumbnail(const vexo_img &src, const vexo_img &dst,
