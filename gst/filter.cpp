@@ -217,8 +217,7 @@ gboolean transform_meta(GstBaseTransform *trans, GstBuffer *outbuf,
 
 // What of the frame is the picture: the crop, as far as it lies inside.
 GstVideoRectangle part_of(const GstVideoFrame &frame, const Side &side) {
-  GstVideoRectangle part = {0, 0, MIN(side.info.width, frame.info.width),
-                            MIN(side.info.height, frame.info.height)};
+  GstVideoRectangle part = {0, 0, side.info.width, side.info.height};
   const GstVideoCropMeta *crop = gst_buffer_get_video_crop_meta(frame.buffer);
   if (crop == nullptr) return part;
   const GstVideoFormatInfo *format = frame.info.finfo;
@@ -247,8 +246,7 @@ GstFlowReturn transform_frame(GstVideoFilter *filter, GstVideoFrame *in,
   FilterState *const s = state_of(filter);
   vexo_img src;
   vexo_img dst;
-  if (GST_VIDEO_FRAME_FORMAT(in) != GST_VIDEO_INFO_FORMAT(&s->in.info) ||
-      !picture_of(*in, s->in, s->way.standards[0], part_of(*in, s->in), &src) ||
+  if (!picture_of(*in, s->in, s->way.standards[0], part_of(*in, s->in), &src) ||
       !picture_of(*out, s->out, s->way.standards[1], s->place, &dst)) {
     GST_ELEMENT_ERROR(filter, STREAM, FORMAT, (nullptr),
                       ("a buffer's planes do not hold its picture"));
