@@ -179,12 +179,13 @@ bool Runner::divide(const vexo_img &src, const vexo_img &dst,
                                        int64_t{src.width[0]} * src.height[0] &&
                                    !(turns && interpolates));
   const int32_t format = (first ? src : dst).format;
-  // By way of RGB interpolation is one conversion of several, and bits are lost
-  // where that loses least.
+  // By way of RGB interpolation is one conversion of several, bits are lost
+  // where that loses least, and what is dithered is so last.
   if ((interpolates &&
        (options.dither != 0 ||
         vexo_csc_new_supports(src.format, dst.format, src.color_std) == 0)) ||
       (converts && is_deep(src.format) && (scales || turns)) ||
+      (converts && !first && options.dither != 0) ||
       (scales && !is_deep(format) && vexo_rsz_supports(format) != 1) ||
       (turns && !is_turned(format, rotation)) ||
       (scales && turns && converts && !first)) {
