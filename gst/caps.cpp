@@ -73,7 +73,7 @@ bool converts(const Side &side, GstVideoFormat other, bool back) {
 // The formats on the other side of a structure, and whether colours are free
 // there.
 bool reachable(const GstStructure *s, bool back, GValue *list) {
-  const char *colours = gst_structure_get_string(s, kColours);
+  const GValue *colours = gst_structure_get_value(s, kColours);
   const GValue *formats = gst_structure_get_value(s, "format");
   int height = 0;
   gst_structure_get_int(s, "height", &height);
@@ -84,10 +84,14 @@ bool reachable(const GstStructure *s, bool back, GValue *list) {
         formats == nullptr ? all_formats() : formats, [&](const char *own) {
           const GstVideoFormat format = gst_video_format_from_string(own);
           if (format_of(format) < 0) return false;
-          Side side = make_side(format, height);
-          set_colours(&side, colours);
-          free = free || side.standard != kNoStandard;
-          return converts(side, other, back);
+          const auto in_colours = [&](const char *said) {
+            Side side = make_side(format, height);
+            set_colours(&side, said);
+            free = free || side.standard != kNoStandard;
+            return converts(side, other, back);
+          };
+          return colours == nullptr ? in_colours(nullptr)
+                                    : any_of(colours, in_colours);
         });
     if (found) append_name(list, name);
     return false;
