@@ -110,7 +110,8 @@ Passes passes(int32_t from, int32_t from_std, int32_t to, int32_t to_std) {
                                   [6];
   // 0 and 1, 10 and 11, 20 and 21.
   const auto standard = [](int32_t s) {
-    return static_cast<size_t>(s % 2 + s / 10 * 2);
+    const auto number = static_cast<size_t>(s);
+    return number % 2 + number / 10 * 2;
   };
   std::atomic<int8_t> &entry =
       known[place_of(from)][standard(from_std)][place_of(to)][standard(to_std)];

@@ -187,7 +187,7 @@ py::object array_of(const py::object &self, const py::object &dtype,
   }
   const py::object view = plane_view(self, 0);
   const bool copies = !copy.is_none() && copy.cast<bool>();
-  const py::object array =
+  py::object array =
       dtype.is_none() && !copies
           ? view
           : view.attr("astype")(
@@ -385,8 +385,9 @@ Picture from_av(const py::object &frame) {
         "the frame");
   // The codes of ITU-T H.273; PyAV before 11 does not tell them.
   full = full || number(frame, "color_range") == 2;
-  const std::optional<int32_t> matrix = number(frame, "colorspace");
-  const size_t colours = matrix == 1 ? 1 : matrix == 9 || matrix == 10 ? 2 : 0;
+  const int32_t matrix = number(frame, "colorspace").value_or(0);
+  const bool bt2020 = matrix == 9 || matrix == 10;
+  const size_t colours = matrix == 1 ? 1 : bt2020 ? 2 : 0;
   set_standard(&picture, kStandards[2 * colours + full].name);
   return picture;
 }
