@@ -3,8 +3,9 @@
 
 #include <climits>
 #include <cmath>
-#include <cstring>
 #include <initializer_list>
+
+#include "site.h"
 
 namespace lox_gst {
 
@@ -32,12 +33,13 @@ bool any_of(const GValue *value, Visit visit) {
   return false;
 }
 
-// The four standards and the side's own, all of the side's light.
+// The library's standards and the side's own, all of the side's light.
 template <class Visit>
 bool any_colours(const GstVideoColorimetry &own, Visit visit) {
   if (visit(own)) return true;
   for (const GstVideoColorMatrix matrix :
-       {GST_VIDEO_COLOR_MATRIX_BT601, GST_VIDEO_COLOR_MATRIX_BT709}) {
+       {GST_VIDEO_COLOR_MATRIX_BT601, GST_VIDEO_COLOR_MATRIX_BT709,
+        GST_VIDEO_COLOR_MATRIX_BT2020}) {
     for (const GstVideoColorRange range :
          {GST_VIDEO_COLOR_RANGE_16_235, GST_VIDEO_COLOR_RANGE_0_255}) {
       GstVideoColorimetry colours = own;
@@ -62,17 +64,16 @@ bool converts(const Side &side, GstVideoFormat other, bool back) {
     own.range = GST_VIDEO_COLOR_RANGE_16_235;
   }
   return any_colours(own, [&](const GstVideoColorimetry &colours) {
-    int32_t standards[2];
+    Way way;
     set_colours(&end, colours);
-    return back ? leads_to(end, side, standards)
-                : leads_to(side, end, standards);
+    return back ? leads_to(end, side, &way) : leads_to(side, end, &way);
   });
 }
 
 // The formats on the other side of a structure, and whether colours are free
 // there.
 bool reachable(const GstStructure *s, bool back, GValue *list) {
-  const char *colours = gst_structure_get_string(s, kColours);
+  const GValue *colours = gst_structure_get_value(s, kColours);
   const GValue *formats = gst_structure_get_value(s, "format");
   int height = 0;
   gst_structure_get_int(s, "height", &height);
@@ -83,17 +84,16 @@ bool reachable(const GstStructure *s, bool back, GValue *list) {
         formats == nullptr ? all_formats() : formats, [&](const char *own) {
           const GstVideoFormat format = gst_video_format_from_string(own);
           if (format_of(format) < 0) return false;
-          Side side = make_side(format, height);
-          set_colours(&side, colours);
-          free = free || side.standard != kNoStandard;
-          return converts(side, other, back);
+          const auto in_colours = [&](const char *said) {
+            Side side = make_side(format, height);
+            set_colours(&side, said);
+            free = free || side.standard != kNoStandard;
+            return converts(side, other, back);
+          };
+          return colours == nullptr ? in_colours(nullptr)
+                                    : any_of(colours, in_colours);
         });
-    if (found) {
-      GValue value = G_VALUE_INIT;
-      g_value_init(&value, G_TYPE_STRING);
-      g_value_set_string(&value, name);
-      gst_value_list_append_and_take_value(list, &value);
-    }
+    if (found) append_name(list, name);
     return false;
   });
   return free;
@@ -152,47 +152,22 @@ void open_size(GstStructure *s, const Shape &shape, bool back) {
   if (gst_structure_has_field(s, kAspect)) open_aspect(s);
 }
 
-// Samples of 10 bits are made of such alone, and not scaled where vexo_rsz does
-// not scale them.
-bool is_scaled(const char *name) {
-  const int32_t format = format_of(gst_video_format_from_string(name));
-  return format < VEXO_FMT_YUV420PLANAR16 || vexo_rsz_supports(format) == 1;
-}
-
-// The formats of a list that are scaled, or those that are not.
-bool split(const GValue *list, bool scaled, GValue *part) {
-  any_of(list, [&](const char *name) {
-    if (is_scaled(name) != scaled) return false;
-    GValue value = G_VALUE_INIT;
-    g_value_init(&value, G_TYPE_STRING);
-    g_value_set_string(&value, name);
-    gst_value_list_append_and_take_value(part, &value);
-    return false;
-  });
-  return gst_value_list_get_size(part) > 0;
-}
-
 void append_general(GstCaps *caps, const GstStructure *from, bool back,
                     const Shape &shape) {
   GValue formats = G_VALUE_INIT;
   g_value_init(&formats, GST_TYPE_LIST);
   const bool free = reachable(from, back, &formats);
-  for (const bool scaled : {true, false}) {
-    GValue part = G_VALUE_INIT;
-    g_value_init(&part, GST_TYPE_LIST);
-    if (split(&formats, scaled, &part)) {
-      GstStructure *s = gst_structure_copy(from);
-      if (free) gst_structure_remove_field(s, kColours);
-      gst_structure_remove_field(s, kSite);
-      if (shape.quarter) exchange_sides(s);
-      if (scaled) open_size(s, shape, back);
-      gst_structure_take_value(s, "format", &part);
-      gst_caps_append_structure(caps, s);
-    } else {
-      g_value_unset(&part);
-    }
+  if (gst_value_list_get_size(&formats) == 0) {
+    g_value_unset(&formats);
+    return;
   }
-  g_value_unset(&formats);
+  GstStructure *s = gst_structure_copy(from);
+  if (free) gst_structure_remove_field(s, kColours);
+  gst_structure_remove_field(s, kSite);
+  if (is_quarter(shape.turn)) exchange_sides(s);
+  open_size(s, shape, back);
+  gst_structure_take_value(s, "format", &formats);
+  gst_caps_append_structure(caps, s);
 }
 
 // Width, height and aspect of a structure, as near to the picture's as it
@@ -263,44 +238,27 @@ void consider(const Side &from, bool labelled, bool back, const GstCaps *others,
       Side to = make_side(format, from.info.height);
       set_colours(&to, usual_colours(from, labelled, to.info.finfo));
       set_colours(&to, said);
-      int32_t standards[2];
-      if (!leads_to(back ? to : from, back ? from : to, standards)) {
-        return false;
-      }
+      Way way;
+      const bool leads = leads_to(back ? to : from, back ? from : to, &way);
       const int lost = loss(from, to);
-      if (lost < best->loss) *best = {lost, i, name, said};
-      return true;
+      if (leads && lost < best->loss) *best = {lost, i, name, said};
+      return false;
     };
-    if (colours == nullptr) {
-      try_colours(nullptr);
-    } else {
-      any_of(colours, try_colours);
-    }
-    return false;
+    return colours == nullptr ? try_colours(nullptr)
+                              : any_of(colours, try_colours);
   });
 }
 
-// Fields that follow from the input where the other side leaves them open.
-void describe(GstStructure *s, const Side &from, const GstStructure *in) {
+// Colours that follow from the input where the other side leaves them open.
+void describe_colours(GstStructure *s, const Side &from, bool labelled) {
   const GstVideoFormatInfo *format = gst_video_format_get_info(
       gst_video_format_from_string(gst_structure_get_string(s, "format")));
-  const bool labelled = gst_structure_has_field(in, kColours);
-  const bool yuv = GST_VIDEO_FORMAT_INFO_IS_YUV(format);
-  if (!gst_structure_has_field(s, kColours) && (yuv || labelled)) {
+  if (!gst_structure_has_field(s, kColours) &&
+      (GST_VIDEO_FORMAT_INFO_IS_YUV(format) || labelled)) {
     const GstVideoColorimetry colours = usual_colours(from, labelled, format);
     gchar *name = gst_video_colorimetry_to_string(&colours);
     gst_structure_set(s, kColours, G_TYPE_STRING, name, nullptr);
     g_free(name);
-  }
-  const GstVideoFormatInfo *own = from.info.finfo;
-  if (!gst_structure_has_field(s, kSite) &&
-      gst_structure_has_field(in, kSite) && yuv &&
-      GST_VIDEO_FORMAT_INFO_IS_YUV(own) &&
-      GST_VIDEO_FORMAT_INFO_W_SUB(own, 1) ==
-          GST_VIDEO_FORMAT_INFO_W_SUB(format, 1) &&
-      GST_VIDEO_FORMAT_INFO_H_SUB(own, 1) ==
-          GST_VIDEO_FORMAT_INFO_H_SUB(format, 1)) {
-    gst_structure_set_value(s, kSite, gst_structure_get_value(in, kSite));
   }
 }
 
@@ -324,6 +282,26 @@ GstCaps *own_caps() {
   return caps;
 }
 
+void add_pads(GstElementClass *element, GstCaps *sink, GstCaps *src) {
+  const auto add = [element](const char *name, GstPadDirection direction,
+                             GstCaps *caps) {
+    caps = gst_caps_merge(caps, gst_caps_from_string("video/x-raw(ANY)"));
+    gst_element_class_add_pad_template(
+        element, gst_pad_template_new(name, direction, GST_PAD_ALWAYS, caps));
+    gst_caps_unref(caps);
+  };
+  add("sink", GST_PAD_SINK, sink);
+  add("src", GST_PAD_SRC, src);
+}
+
+GstCaps *filtered(GstCaps *caps, GstCaps *filter) {
+  if (filter == nullptr) return caps;
+  GstCaps *part =
+      gst_caps_intersect_full(filter, caps, GST_CAPS_INTERSECT_FIRST);
+  gst_caps_unref(caps);
+  return part;
+}
+
 GstCaps *other_caps(const GstCaps *caps, GstPadDirection direction,
                     const Shape &shape) {
   const bool back = direction == GST_PAD_SRC;
@@ -335,7 +313,7 @@ GstCaps *other_caps(const GstCaps *caps, GstPadDirection direction,
       continue;
     }
     const bool ours = in_system_memory(caps, i);
-    if (!shape.turns) {
+    if (shape.turn.is_identity()) {
       // As it is, whatever it is.
       gst_caps_append_structure_full(
           result, gst_structure_copy(s),
@@ -349,10 +327,8 @@ GstCaps *other_caps(const GstCaps *caps, GstPadDirection direction,
 GstCaps *choose_caps(const GstCaps *caps, GstPadDirection direction,
                      GstCaps *others, const Shape &shape) {
   Side from;
-  if (gst_caps_is_empty(others) || gst_caps_is_any(others) ||
-      !side_of_caps(caps, &from)) {
-    return gst_caps_fixate(others);
-  }
+  if (gst_caps_is_empty(others) || gst_caps_is_any(others)) return others;
+  if (!side_of_caps(caps, &from)) return gst_caps_fixate(others);
   const GstStructure *in = gst_caps_get_structure(caps, 0);
   Choice best;
   if (in_system_memory(caps, 0)) {
@@ -374,30 +350,20 @@ GstCaps *choose_caps(const GstCaps *caps, GstPadDirection direction,
   }
   gst_caps_unref(others);
   const GstVideoInfo &info = from.info;
-  if (shape.quarter) {
+  if (is_quarter(shape.turn)) {
     choose_size(s, info.height, info.width, info.par_d, info.par_n);
   } else {
     choose_size(s, info.width, info.height, info.par_n, info.par_d);
   }
-  describe(s, from, in);
-  return gst_caps_fixate(result);
-}
-
-bool same_sites(const GstCaps *caps, const GstCaps *other) {
-  Side a;
-  Side b;
-  if (!side_of_caps(caps, &a) || !side_of_caps(other, &b)) return false;
-  const char *site =
-      gst_structure_get_string(gst_caps_get_structure(caps, 0), kSite);
-  const char *other_site =
-      gst_structure_get_string(gst_caps_get_structure(other, 0), kSite);
-  return site == nullptr || other_site == nullptr ||
-         strcmp(site, other_site) == 0 || !GST_VIDEO_INFO_IS_YUV(&a.info) ||
-         !GST_VIDEO_INFO_IS_YUV(&b.info) ||
-         GST_VIDEO_FORMAT_INFO_W_SUB(a.info.finfo, 1) !=
-             GST_VIDEO_FORMAT_INFO_W_SUB(b.info.finfo, 1) ||
-         GST_VIDEO_FORMAT_INFO_H_SUB(a.info.finfo, 1) !=
-             GST_VIDEO_FORMAT_INFO_H_SUB(b.info.finfo, 1);
+  describe_colours(s, from, gst_structure_has_field(in, kColours));
+  result = gst_caps_fixate(result);
+  Side to;
+  if (direction == GST_PAD_SINK && side_of_caps(result, &to)) {
+    describe_site(gst_caps_get_structure(result, 0),
+                  site_made(from, to, shape.turn, shape.interpolates),
+                  from.sited);
+  }
+  return result;
 }
 
 GstVideoRectangle place_in(const GstVideoInfo &in, const GstVideoInfo &out,

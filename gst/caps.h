@@ -4,15 +4,16 @@
 // of that.
 #pragma once
 
-#include "side.h"
+#include "frame.h"
 
 namespace lox_gst {
 
-// What an element does to pictures besides converting them.
+// What an element does to pictures besides converting them, and how it converts
+// them.
 struct Shape {
-  bool turns;
-  bool quarter;  // width and height are exchanged
+  Turn turn;
   bool only_reduces;
+  bool interpolates;  // chroma
 };
 
 // Whether a structure is of plain memory, which the library works in.
@@ -20,16 +21,17 @@ bool in_system_memory(const GstCaps *caps, guint i);
 
 // The part of the element's caps that it converts between.
 GstCaps *own_caps();
+// Pads of these caps and of all other video, which passes. Takes both.
+void add_pads(GstElementClass *element, GstCaps *sink, GstCaps *src);
+// The part of `caps` that a filter leaves, in its order, which may be null.
+// Takes `caps`.
+GstCaps *filtered(GstCaps *caps, GstCaps *filter);
 
 GstCaps *other_caps(const GstCaps *caps, GstPadDirection direction,
                     const Shape &shape);
 // Takes `others`.
 GstCaps *choose_caps(const GstCaps *caps, GstPadDirection direction,
                      GstCaps *others, const Shape &shape);
-
-// Chroma of the same density is not moved: sites that both sides name are
-// equal.
-bool same_sites(const GstCaps *caps, const GstCaps *other);
 
 // Where the picture lies in one of this size if its aspect is kept: all of it
 // but for a border.

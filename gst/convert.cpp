@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // vexoconvert and vexothumbnail: their properties and what they are called.
-#include "elements.h"
 #include "filter.h"
 
 using namespace lox_gst;
@@ -28,6 +27,9 @@ void set_property(GObject *object, guint id, const GValue *value,
       break;
     case kAddBorders:
       s->add_borders = g_value_get_boolean(value);
+      break;
+    case kChroma:
+      s->chroma = g_value_get_enum(value);
       break;
     default:
       s->prescale = g_value_get_enum(value);
@@ -56,6 +58,9 @@ void get_property(GObject *object, guint id, GValue *value, GParamSpec *) {
     case kAddBorders:
       g_value_set_boolean(value, s.add_borders);
       break;
+    case kChroma:
+      g_value_set_enum(value, s.chroma);
+      break;
     default:
       g_value_set_enum(value, s.prescale);
       break;
@@ -63,20 +68,20 @@ void get_property(GObject *object, guint id, GValue *value, GParamSpec *) {
   GST_OBJECT_UNLOCK(object);
 }
 
-void install_enum(gpointer klass, FilterProperty id, const char *name,
-                  const char *blurb, const char *type,
-                  const GEnumValue *values) {
-  g_object_class_install_property(
-      G_OBJECT_CLASS(klass), id,
-      g_param_spec_enum(name, name, blurb, g_enum_register_static(type, values),
-                        0, kFlags));
-}
-
 }  // namespace
 
 void lox_gst::serve_properties(gpointer klass) {
   G_OBJECT_CLASS(klass)->set_property = set_property;
   G_OBJECT_CLASS(klass)->get_property = get_property;
+}
+
+void lox_gst::install_enum(gpointer klass, FilterProperty id, const char *name,
+                           const char *blurb, const char *type,
+                           const GEnumValue *values) {
+  g_object_class_install_property(
+      G_OBJECT_CLASS(klass), id,
+      g_param_spec_enum(name, name, blurb, g_enum_register_static(type, values),
+                        0, kFlags));
 }
 
 struct VexoConvert {

@@ -45,6 +45,9 @@ constexpr Job kJobs[] = {
      "videoconvert n-threads=% ! videoscale n-threads=% ! "
      "videoflip video-direction=90r",
      true},
+    {"NV12 to RGBA, BT.709, interpolated", "format=NV12, colorimetry=bt709",
+     "format=RGBA", "vexoconvert n-threads=% chroma-resampler=linear",
+     kVideoconvert, false},
 };
 
 std::string with_threads(std::string launch, int threads) {

@@ -7,6 +7,8 @@
 #include <new>
 
 #include "caps.h"
+#include "colours.h"
+#include "site.h"
 
 GST_DEBUG_CATEGORY_EXTERN(vexo_debug);
 #define GST_CAT_DEFAULT vexo_debug
@@ -47,14 +49,28 @@ Turn wanted_turn(gpointer object) {
 
 Shape shape_of(gpointer object) {
   const Turn turn = wanted_turn(object);
-  return {turn.rotation != VEXO_ROT_COPY, is_quarter(turn),
-          makes_thumbnails(object)};
+  GST_OBJECT_LOCK(object);
+  const bool interpolates = state_of(object)->chroma != 0;
+  GST_OBJECT_UNLOCK(object);
+  return {turn, makes_thumbnails(object), interpolates};
 }
 
 int32_t run(gpointer object, const vexo_img &src, const vexo_img &dst) {
   FilterState *const s = state_of(object);
-  return makes_thumbnails(object) ? s->runner.thumbnail(src, dst, s->options)
-                                  : s->runner.run(src, dst, s->options);
+  const int32_t status = makes_thumbnails(object)
+                             ? s->runner.thumbnail(src, dst, s->options)
+                             : s->runner.run(src, dst, s->options);
+  const GstVideoColorimetry &colours = s->out.info.colorimetry;
+  if (status == VEXO_OK && (s->way.made.matrix != colours.matrix ||
+                            s->way.made.range != colours.range)) {
+    const auto change = [](const vexo_img &rows, const void *state) {
+      const auto &of = *static_cast<const FilterState *>(state);
+      change_colours(rows, of.out.info.finfo, of.way.made,
+                     of.out.info.colorimetry);
+    };
+    s->runner.for_rows(dst, change, s);
+  }
+  return status;
 }
 
 // Whether the library does it at these sizes: on black, in memory of its own.
@@ -67,8 +83,8 @@ bool is_done(gpointer object) {
   if (status == VEXO_OK) {
     status = vexo_picture_alloc(&dst, s.out.format, s.place.w, s.place.h);
   }
-  src.color_std = s.standards[0];
-  dst.color_std = s.standards[1];
+  src.color_std = s.way.standards[0];
+  dst.color_std = s.way.standards[1];
   if (status == VEXO_OK) status = run(object, src, dst);
   vexo_picture_free(&src);
   vexo_picture_free(&dst);
@@ -84,9 +100,12 @@ bool is_done(gpointer object) {
 // From what is negotiated and asked for to what is done with each frame.
 bool configure(gpointer object) {
   FilterState *const s = state_of(object);
-  s->turn = wanted_turn(object);
+  const GstVideoInfo &in = s->in.info;
+  const GstVideoInfo &out = s->out.info;
+  const Turn turn = wanted_turn(object);
   GST_OBJECT_LOCK(object);
   s->changed = false;
+  s->turn = turn;
   const bool borders = s->add_borders != FALSE;
   s->runner.set_threads(s->threads);
   s->options = {};
@@ -95,19 +114,18 @@ bool configure(gpointer object) {
   s->options.prescale = s->prescale;
   s->options.filter = s->method == 2 ? VEXO_FILTER_LANCZOS : VEXO_FILTER_PLAIN;
   s->options.dither = s->dither;
+  if (s->chroma != 0) s->options.chroma = chroma_of(s->in);
+  const bool turns = !turn.is_identity();
+  bool nothing = s->same_caps && !turns;
+  s->place = {0, 0, out.width, out.height};
+  if (borders && !nothing) s->place = place_in(in, out, is_quarter(turn));
   GST_OBJECT_UNLOCK(object);
 
-  const GstVideoInfo &in = s->in.info;
-  const GstVideoInfo &out = s->out.info;
-  s->place = {0, 0, out.width, out.height};
-  const bool turns = s->turn.rotation != VEXO_ROT_COPY;
-  bool nothing = s->same_caps && !turns;
   if (!nothing) {
-    if (!leads_to(s->in, s->out, s->standards)) {
+    if (!leads_to(s->in, s->out, &s->way)) {
       GST_ERROR_OBJECT(object, "the library does not convert these colours");
       return false;
     }
-    if (borders) s->place = place_in(in, out, is_quarter(s->turn));
     const bool scales = in.width != out.width || in.height != out.height ||
                         s->place.w != out.width || s->place.h != out.height;
     nothing = !turns && !scales && in.finfo == out.finfo &&
@@ -123,13 +141,19 @@ bool configure(gpointer object) {
 gboolean set_info(GstVideoFilter *filter, GstCaps *incaps, GstVideoInfo *in,
                   GstCaps *outcaps, GstVideoInfo *out) {
   FilterState *const s = state_of(filter);
-  s->same_caps = gst_caps_is_equal(incaps, outcaps) != FALSE;
-  if (!side_of_caps(incaps, &s->in) || !side_of_caps(outcaps, &s->out)) {
+  const Shape shape = shape_of(filter);
+  Side sides[2];
+  if (!side_of_caps(incaps, &sides[0]) || !side_of_caps(outcaps, &sides[1])) {
     return FALSE;
   }
+  GST_OBJECT_LOCK(filter);
+  s->same_caps = gst_caps_is_equal(incaps, outcaps) != FALSE;
+  s->in = sides[0];
+  s->out = sides[1];
+  GST_OBJECT_UNLOCK(filter);
   if (in->fps_n != out->fps_n || in->fps_d != out->fps_d ||
       in->interlace_mode != out->interlace_mode ||
-      !same_sites(incaps, outcaps)) {
+      moves_chroma(s->in, s->out, shape.turn, shape.interpolates)) {
     GST_ERROR_OBJECT(filter,
                      "rates, interlacing and chroma sites are not changed");
     return FALSE;
@@ -139,12 +163,7 @@ gboolean set_info(GstVideoFilter *filter, GstCaps *incaps, GstVideoInfo *in,
 
 GstCaps *transform_caps(GstBaseTransform *trans, GstPadDirection direction,
                         GstCaps *caps, GstCaps *filter) {
-  GstCaps *result = other_caps(caps, direction, shape_of(trans));
-  if (filter == nullptr) return result;
-  GstCaps *part =
-      gst_caps_intersect_full(filter, result, GST_CAPS_INTERSECT_FIRST);
-  gst_caps_unref(result);
-  return part;
+  return filtered(other_caps(caps, direction, shape_of(trans)), filter);
 }
 
 GstCaps *fixate_caps(GstBaseTransform *trans, GstPadDirection direction,
@@ -184,7 +203,7 @@ gboolean transform_meta(GstBaseTransform *trans, GstBuffer *outbuf,
   }
   // Places in the picture are known to scale, and to do nothing else. The crop
   // itself is cut out.
-  if (s.turn.rotation != VEXO_ROT_COPY || s.place.w != s.out.info.width ||
+  if (!s.turn.is_identity() || s.place.w != s.out.info.width ||
       s.place.h != s.out.info.height || meta->info->transform_func == nullptr ||
       gst_buffer_get_video_crop_meta(inbuf) != nullptr) {
     return FALSE;
@@ -227,8 +246,8 @@ GstFlowReturn transform_frame(GstVideoFilter *filter, GstVideoFrame *in,
   FilterState *const s = state_of(filter);
   vexo_img src;
   vexo_img dst;
-  if (!picture_of(*in, s->in, s->standards[0], part_of(*in, s->in), &src) ||
-      !picture_of(*out, s->out, s->standards[1], s->place, &dst)) {
+  if (!picture_of(*in, s->in, s->way.standards[0], part_of(*in, s->in), &src) ||
+      !picture_of(*out, s->out, s->way.standards[1], s->place, &dst)) {
     GST_ELEMENT_ERROR(filter, STREAM, FORMAT, (nullptr),
                       ("a buffer's planes do not hold its picture"));
     return GST_FLOW_ERROR;
@@ -292,6 +311,7 @@ gboolean sink_event(GstBaseTransform *trans, GstEvent *event) {
 
 // Where a pointer is in the picture as it came in.
 void point_back(const FilterState &s, double *x, double *y) {
+  if (s.place.w == 0) return;
   const double u = (*x - s.place.x) / s.place.w;
   const double v = (*y - s.place.y) / s.place.h;
   double across = u;
@@ -324,12 +344,13 @@ void point_back(const FilterState &s, double *x, double *y) {
 }
 
 gboolean src_event(GstBaseTransform *trans, GstEvent *event) {
-  const FilterState &s = *state_of(trans);
   double x = 0;
   double y = 0;
-  if (GST_EVENT_TYPE(event) == GST_EVENT_NAVIGATION && s.place.w > 0 &&
+  if (GST_EVENT_TYPE(event) == GST_EVENT_NAVIGATION &&
       gst_navigation_event_get_coordinates(event, &x, &y)) {
-    point_back(s, &x, &y);
+    GST_OBJECT_LOCK(trans);
+    point_back(*state_of(trans), &x, &y);
+    GST_OBJECT_UNLOCK(trans);
     event = gst_event_make_writable(event);
     gst_navigation_event_set_coordinates(event, x, y);
   }
@@ -368,16 +389,14 @@ static void vexo_filter_class_init(VexoFilterClass *klass) {
                            "Black borders where the picture would change its "
                            "aspect",
                            TRUE, kFlags));
-  // Other memory and other formats pass as they are.
-  GstCaps *caps = own_caps();
-  GstCaps *others = gst_caps_from_string("video/x-raw(ANY)");
-  gst_caps_append(caps, others);
-  gst_element_class_add_pad_template(
-      element,
-      gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, caps));
-  gst_element_class_add_pad_template(
-      element, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
-  gst_caps_unref(caps);
+  static const GEnumValue resamplers[] = {
+      {0, "The sample that covers a pixel", "nearest"},
+      {1, "Interpolated by the chroma site of the caps", "linear"},
+      {0, nullptr, nullptr}};
+  install_enum(klass, kChroma, "chroma-resampler",
+               "What pixels of RGB have of the chroma that YUV shares",
+               "VexoChromaResampler", resamplers);
+  add_pads(element, own_caps(), own_caps());
   trans->transform_caps = transform_caps;
   trans->fixate_caps = fixate_caps;
   trans->before_transform = before_transform;

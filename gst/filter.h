@@ -6,6 +6,7 @@
 
 #include <gst/video/gstvideofilter.h>
 
+#include "elements.h"
 #include "frame.h"
 #include "runner.h"
 
@@ -19,13 +20,15 @@ struct FilterState {
   gboolean add_borders = TRUE;
   gint method = 0;
   gint dither = 0;
+  gint chroma = 0;
   gint prescale = 0;
   bool changed = false;
 
   // The streaming thread's: what is negotiated, and what follows from it.
+  // Events from behind look at sizes, place and turn, under the lock as well.
   bool same_caps = false;
   Side in = {}, out = {};
-  int32_t standards[2] = {};
+  Way way = {};
   GstVideoRectangle place = {};
   Turn turn = {};
   vexo_picture_options options = {};
@@ -61,14 +64,15 @@ enum FilterProperty {
   kDither,
   kThreads,
   kAddBorders,
+  kChroma,
   kPrescale
 };
 
-// How properties may be set.
-inline constexpr auto kFlags = static_cast<GParamFlags>(
-    G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING);
-
 // Each class that has properties names the functions of its own.
 void serve_properties(gpointer klass);
+// A property that is one of these values, by default that which is 0.
+void install_enum(gpointer klass, FilterProperty id, const char *name,
+                  const char *blurb, const char *type,
+                  const GEnumValue *values);
 
 }  // namespace lox_gst

@@ -15,10 +15,15 @@ namespace lox_gst {
 struct Turn {
   int32_t rotation;
   bool upside_down;
+
+  bool is_identity() const { return rotation == VEXO_ROT_COPY && !upside_down; }
 };
 Turn turn_of(GstVideoOrientationMethod direction);
+constexpr bool is_quarter(int32_t rotation) {
+  return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
+}
 constexpr bool is_quarter(const Turn &turn) {
-  return turn.rotation == VEXO_ROT_90L || turn.rotation == VEXO_ROT_90R;
+  return is_quarter(turn.rotation);
 }
 
 // A rectangle of a mapped frame. Of halved chroma the corner is even.

@@ -1,21 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "runner.h"
 
+#include <orumlox/csc_new.h>
+#include <orumlox/deep.h>
 #include <orumlox/rot.h>
 #include <orumlox/rsz.h>
+
+#include "frame.h"
 
 namespace lox_gst {
 
 namespace {
 
+bool is_deep(int32_t format) { return format >= VEXO_FMT_YUV420PLANAR16; }
+
 bool has_pairs_of_rows(int32_t format) {
   return format == VEXO_FMT_YUV420 || format == VEXO_FMT_YV12 ||
-         format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21 ||
-         format >= VEXO_FMT_YUV420PLANAR16;
+         format == VEXO_FMT_NV12 || format == VEXO_FMT_NV21 || is_deep(format);
 }
 
-constexpr bool is_quarter(int32_t rotation) {
-  return rotation == VEXO_ROT_90L || rotation == VEXO_ROT_90R;
+// Grey has no chroma to interpolate.
+bool has_chroma(int32_t format) {
+  return (format > VEXO_FMT_YUV400 && format < VEXO_FMT_RGB565) ||
+         is_deep(format);
 }
 
 // Turned by a quarter, chroma of half the width alone is another layout's.
@@ -39,10 +46,11 @@ vexo_img rows_of(const vexo_img &img, int32_t y0, int32_t y1) {
   return part;
 }
 
-// Where the part of a thread begins: patterns repeat every eight rows.
+// Where the part of a thread begins: patterns repeat every eight rows, of
+// chroma, too.
 int32_t first_row(int32_t height, guint index, guint count) {
   const int64_t row = int64_t{height} * index / count;
-  return index == count ? height : static_cast<int32_t>(row & ~int64_t{7});
+  return index == count ? height : static_cast<int32_t>(row & ~int64_t{15});
 }
 
 }  // namespace
@@ -82,11 +90,21 @@ int32_t Runner::run_part(guint index) {
   const int32_t y1 = first_row(height, index + 1, threads_);
   if (y0 >= y1) return VEXO_OK;
   switch (work_) {
-    case Work::kScale:
-      return vexo_rsz_rows(src_, dst_, y0, y1);
+    case Work::kScale: {
+      const int32_t status = vexo_rsz_rows(src_, dst_, y0, y1);
+      // Whole factors of P010 are its own.
+      return status == VEXO_ERR_UNSUPPORTED && is_deep(src_->format)
+                 ? vexo_rsz_deep_rows(src_, dst_, y0, y1)
+                 : status;
+    }
     case Work::kTurn:
       return vexo_rot_rows(src_, static_cast<uint32_t>(options_.rotation), dst_,
                            y0, y1);
+    case Work::kInterpolate:
+      return vexo_csc_new_rows(src_, dst_, y0, y1);
+    case Work::kRows:
+      rows_work_(rows_of(*dst_, y0, y1), rows_data_);
+      return VEXO_OK;
     case Work::kConvert:
       break;
   }
@@ -140,13 +158,12 @@ int32_t Runner::run_stage(Work work, const vexo_img &src, const vexo_img &dst) {
 
 // The stages that vexo_picture_scale would go through, where these are scaling
 // and turning in the format of one of the ends and one conversion: a reduction
-// or a turn comes before the conversion, an enlargement after it.
+// or a turn comes before the conversion, an enlargement after it, and a turn
+// after one that interpolates.
 bool Runner::divide(const vexo_img &src, const vexo_img &dst,
                     const vexo_picture_options &options, int32_t *status) {
-  // What is filtered or interpolated looks beyond the rows of a part.
-  const bool deep =
-      src.format >= VEXO_FMT_YUV420PLANAR16 || src.color_std >= VEXO_STD_BT2020;
-  if (options.filter != 0 || (deep && src.format != dst.format)) return false;
+  // What is filtered looks beyond the rows of a part.
+  if (options.filter != 0) return false;
   const int32_t rotation = options.rotation;
   const bool quarter = is_quarter(rotation);
   const int32_t width = (quarter ? dst.height : dst.width)[0];
@@ -155,29 +172,44 @@ bool Runner::divide(const vexo_img &src, const vexo_img &dst,
   const bool turns = rotation != VEXO_ROT_COPY;
   const bool converts =
       src.format != dst.format || src.color_std != dst.color_std;
-  const bool first = !converts || int64_t{width} * height <=
-                                      int64_t{src.width[0]} * src.height[0];
+  const bool interpolates =
+      options.chroma != VEXO_CHROMA_AS_IT_IS && has_chroma(src.format) &&
+      (!has_chroma(dst.format) || src.color_std != dst.color_std);
+  const bool first = !converts || (int64_t{width} * height <=
+                                       int64_t{src.width[0]} * src.height[0] &&
+                                   !(turns && interpolates));
   const int32_t format = (first ? src : dst).format;
-  if ((scales && vexo_rsz_supports(format) != 1) ||
+  // By way of RGB interpolation is one conversion of several, bits are lost
+  // where that loses least, and what is dithered is so last.
+  if ((interpolates &&
+       (options.dither != 0 ||
+        vexo_csc_new_supports(src.format, dst.format, src.color_std) == 0)) ||
+      (converts && is_deep(src.format) && (scales || turns)) ||
+      (converts && !first && options.dither != 0) ||
+      (scales && !is_deep(format) && vexo_rsz_supports(format) != 1) ||
       (turns && !is_turned(format, rotation)) ||
       (scales && turns && converts && !first)) {
     return false;
   }
   Work stages[3];
   int32_t count = 0;
-  if (converts && !first) stages[count++] = Work::kConvert;
+  const Work conversion = interpolates ? Work::kInterpolate : Work::kConvert;
+  if (converts && !first) stages[count++] = conversion;
   if (scales) stages[count++] = Work::kScale;
   if (turns) stages[count++] = Work::kTurn;
-  if (converts ? first : count == 0) stages[count++] = Work::kConvert;
+  if (converts ? first : count == 0) stages[count++] = conversion;
   options_ = options;
   vexo_img out = dst;
   out.mode = options.mode;
   vexo_img in = src;
+  if (interpolates && options.chroma == VEXO_CHROMA_CENTRE) {
+    in.reserved1 = VEXO_SITING_CENTRE;
+  }
   for (int32_t i = 0; i < count && *status == VEXO_OK; ++i) {
     vexo_img to = out;
     if (i < count - 1) {
       const bool turned = stages[i] == Work::kTurn;
-      const bool converted = stages[i] == Work::kConvert;
+      const bool converted = stages[i] == conversion;
       const bool scaled = stages[i] == Work::kScale;
       *status = make_between(i, converted ? dst.format : in.format,
                              turned   ? dst.width[0]
@@ -188,6 +220,7 @@ bool Runner::divide(const vexo_img &src, const vexo_img &dst,
                                       : in.height[0]);
       to = between_[i];
       to.color_std = (converted ? dst : in).color_std;
+      to.reserved1 = in.reserved1;
       to.mode = options.mode;
     }
     if (*status == VEXO_OK) *status = run_stage(stages[i], in, to);
@@ -215,6 +248,17 @@ int32_t Runner::run(const vexo_img &src, const vexo_img &dst,
   return status != VEXO_OK
              ? status
              : vexo_picture_scale(contexts_[0], &src, &dst, &options);
+}
+
+void Runner::for_rows(const vexo_img &img, RowsWork *on_rows,
+                      const void *data) {
+  if (threads_ == 1) {
+    on_rows(img, data);
+    return;
+  }
+  rows_work_ = on_rows;
+  rows_data_ = data;
+  run_stage(Work::kRows, img, img);
 }
 
 int32_t Runner::thumbnail(const vexo_img &src, const vexo_img &dst,

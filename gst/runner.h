@@ -23,9 +23,12 @@ class Runner {
               const vexo_picture_options &options);
   int32_t thumbnail(const vexo_img &src, const vexo_img &dst,
                     const vexo_picture_options &options);
+  // Calls on_rows(rows, data) for ranges of rows, which begin at even ones.
+  using RowsWork = void(const vexo_img &rows, const void *data);
+  void for_rows(const vexo_img &img, RowsWork *on_rows, const void *data);
 
  private:
-  enum class Work { kScale, kTurn, kConvert };
+  enum class Work { kScale, kTurn, kConvert, kInterpolate, kRows };
   static constexpr guint kMostThreads = 64;
 
   static void work_on(gpointer, gpointer self);
@@ -46,6 +49,8 @@ class Runner {
   Work work_ = Work::kConvert;
   const vexo_img *src_ = nullptr;
   const vexo_img *dst_ = nullptr;
+  RowsWork *rows_work_ = nullptr;
+  const void *rows_data_ = nullptr;
   vexo_picture_options options_ = {};
   guint next_ = 0;
   guint finished_ = 0;

@@ -77,24 +77,20 @@ int light_of(const GstVideoColorimetry &colours) {
   }
 }
 
-// Likewise the primaries of BT.601 and BT.709 and those that nobody named.
-bool is_wide(const GstVideoColorimetry &colours) {
-  switch (colours.primaries) {
+// Primaries likewise: those of BT.601 and BT.709 and those that nobody named
+// are one gamut.
+GstVideoColorPrimaries gamut_of(const Side &side) {
+  const GstVideoColorPrimaries primaries = side.info.colorimetry.primaries;
+  switch (primaries) {
     case GST_VIDEO_COLOR_PRIMARIES_UNKNOWN:
-    case GST_VIDEO_COLOR_PRIMARIES_BT709:
     case GST_VIDEO_COLOR_PRIMARIES_BT470M:
     case GST_VIDEO_COLOR_PRIMARIES_BT470BG:
     case GST_VIDEO_COLOR_PRIMARIES_SMPTE170M:
     case GST_VIDEO_COLOR_PRIMARIES_SMPTE240M:
-      return false;
+      return GST_VIDEO_COLOR_PRIMARIES_BT709;
     default:
-      return true;
+      return primaries;
   }
-}
-
-bool same_light(const GstVideoColorimetry &a, const GstVideoColorimetry &b) {
-  return light_of(a) == light_of(b) && is_wide(a) == is_wide(b) &&
-         (!is_wide(a) || a.primaries == b.primaries);
 }
 
 struct Passes {
@@ -114,7 +110,8 @@ Passes passes(int32_t from, int32_t from_std, int32_t to, int32_t to_std) {
                                   [6];
   // 0 and 1, 10 and 11, 20 and 21.
   const auto standard = [](int32_t s) {
-    return static_cast<size_t>(s % 2 + s / 10 * 2);
+    const auto number = static_cast<size_t>(s);
+    return number % 2 + number / 10 * 2;
   };
   std::atomic<int8_t> &entry =
       known[place_of(from)][standard(from_std)][place_of(to)][standard(to_std)];
@@ -146,14 +143,18 @@ const GValue *all_formats() {
     GValue formats = G_VALUE_INIT;
     g_value_init(&formats, GST_TYPE_LIST);
     for (const Pair &pair : kFormats) {
-      GValue name = G_VALUE_INIT;
-      g_value_init(&name, G_TYPE_STRING);
-      g_value_set_static_string(&name, gst_video_format_to_string(pair.theirs));
-      gst_value_list_append_and_take_value(&formats, &name);
+      append_name(&formats, gst_video_format_to_string(pair.theirs));
     }
     return formats;
   }();
   return &list;
+}
+
+void append_name(GValue *list, const char *name) {
+  GValue value = G_VALUE_INIT;
+  g_value_init(&value, G_TYPE_STRING);
+  g_value_set_string(&value, name);
+  gst_value_list_append_and_take_value(list, &value);
 }
 
 int32_t format_of(GstVideoFormat format) {
@@ -194,8 +195,12 @@ bool side_of_caps(const GstCaps *caps, Side *side) {
   GstVideoInfo info;
   if (!gst_video_info_from_caps(&info, caps)) return false;
   *side = make_side(GST_VIDEO_INFO_FORMAT(&info), info.height);
-  set_colours(side, gst_structure_get_string(gst_caps_get_structure(caps, 0),
-                                             "colorimetry"));
+  const GstStructure *s = gst_caps_get_structure(caps, 0);
+  set_colours(side, gst_structure_get_string(s, "colorimetry"));
+  const char *const site = gst_structure_get_string(s, "chroma-site");
+  side->sited = site != nullptr;
+  // GStreamer 1.22 forgets the site where no colours are named.
+  if (side->sited) info.chroma_site = gst_video_chroma_site_from_string(site);
   info.colorimetry = side->info.colorimetry;
   side->info = info;
   return true;
@@ -218,11 +223,15 @@ GstVideoColorimetry usual_colours(const Side &from, bool labelled,
   return labelled ? colours : usual.info.colorimetry;
 }
 
-bool leads_to(const Side &from, const Side &to, int32_t standards[2]) {
+bool leads_to(const Side &from, const Side &to, Way *way) {
   const GstVideoColorimetry &a = from.info.colorimetry;
   const GstVideoColorimetry &b = to.info.colorimetry;
+  int32_t *const standards = way->standards;
   standards[0] = standards[1] = 0;
-  if (from.format < 0 || to.format < 0 || !same_light(a, b)) return false;
+  way->made = b;
+  if (from.format < 0 || to.format < 0 || light_of(a) != light_of(b)) {
+    return false;
+  }
   const bool yuv = is_yuv(from);
   const bool kind = yuv == is_yuv(to) && GST_VIDEO_INFO_IS_GRAY(&from.info) ==
                                              GST_VIDEO_INFO_IS_GRAY(&to.info);
@@ -231,9 +240,9 @@ bool leads_to(const Side &from, const Side &to, int32_t standards[2]) {
     if (from.standard != kNoStandard) {
       standards[0] = standards[1] = from.standard;
     }
-    const Passes way =
+    const Passes all =
         passes(from.format, standards[0], to.format, standards[1]);
-    return way.count > 0 && (from.standard != kNoStandard || !way.rgb || !yuv);
+    return all.count > 0 && (from.standard != kNoStandard || !all.rgb || !yuv);
   }
   // By way of RGB, which is of full range, and so is grey that becomes it.
   if (from.standard == kNoStandard || to.standard == kNoStandard ||
@@ -242,19 +251,31 @@ bool leads_to(const Side &from, const Side &to, int32_t standards[2]) {
   }
   standards[0] = from.standard;
   standards[1] = to.standard;
-  return passes(from.format, from.standard, to.format, to.standard).count > 0;
+  const auto leads = [&] {
+    return passes(from.format, standards[0], to.format, standards[1]).count > 0;
+  };
+  if (leads() || !is_yuv(to)) return leads();
+  // Those of the source, or such as all RGB becomes.
+  way->made = a;
+  if (!yuv) {
+    way->made.matrix = GST_VIDEO_COLOR_MATRIX_BT601;
+    way->made.range = b.range;
+  }
+  standards[1] = standard_of(way->made);
+  return leads();
 }
 
 int loss(const Side &from, const Side &to) {
   const GstVideoFormatInfo *in = from.info.finfo;
   const GstVideoFormatInfo *out = to.info.finfo;
-  const int matrices =
-      from.standard != to.standard && is_yuv(from) && is_yuv(to) ? 16 : 0;
-  if (in == out) return matrices;
+  const int colours =
+      (from.standard != to.standard && is_yuv(from) && is_yuv(to) ? 16 : 0) +
+      (gamut_of(from) != gamut_of(to) ? 32 : 0);
+  if (in == out) return colours;
   const int halved = chroma_halvings(out) - chroma_halvings(in);
   const int bits = static_cast<int>(GST_VIDEO_FORMAT_INFO_DEPTH(in, 0)) -
                    static_cast<int>(GST_VIDEO_FORMAT_INFO_DEPTH(out, 0));
-  int sum = 1 + matrices;
+  int sum = 1 + colours;
   if (GST_VIDEO_FORMAT_INFO_HAS_ALPHA(in) !=
       GST_VIDEO_FORMAT_INFO_HAS_ALPHA(out)) {
     sum += GST_VIDEO_FORMAT_INFO_HAS_ALPHA(in) ? 256 : 1;

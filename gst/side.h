@@ -16,11 +16,13 @@ struct Side {
   GstVideoInfo info;
   int32_t format;    // one of VEXO_FMT_, -1 where the library has none
   int32_t standard;  // one of VEXO_STD_ of YUV, else 0
+  bool sited;        // its caps name the chroma site
 };
 
 // All formats of the elements as a value of caps, best known ones first.
 const GValue *all_formats();
 int32_t format_of(GstVideoFormat format);
+void append_name(GValue *list, const char *name);
 
 // Colours are those that pictures of this height usually have: from 720 lines
 // on BT.709, smaller ones BT.601.
@@ -34,9 +36,18 @@ bool side_of_caps(const GstCaps *caps, Side *side);
 GstVideoColorimetry usual_colours(const Side &from, bool labelled,
                                   const GstVideoFormatInfo *to);
 
-// Whether the library makes the one of the other without a change of light or
-// gamut, which it has no arithmetic for; and the standards to name it then.
-bool leads_to(const Side &from, const Side &to, int32_t standards[2]);
+// How samples of the one become those of the other: the standards to name to
+// the library, and the colours that it makes, which are the other's unless it
+// makes no YUV of those (colours.h).
+struct Way {
+  int32_t standards[2];
+  GstVideoColorimetry made;
+};
+
+// Whether there is one without a change of light, which is tone mapping.
+// Primaries are not looked at: they stay what they are, whatever they are
+// called.
+bool leads_to(const Side &from, const Side &to, Way *way);
 
 // What a picture loses on the way to another format: the less the better.
 int loss(const Side &from, const Side &to);

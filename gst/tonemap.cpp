@@ -10,7 +10,7 @@
 
 #include "caps.h"
 #include "elements.h"
-#include "frame.h"
+#include "site.h"
 
 GST_DEBUG_CATEGORY_EXTERN(vexo_debug);
 #define GST_CAT_DEFAULT vexo_debug
@@ -119,11 +119,24 @@ GstCaps *transform_caps(GstBaseTransform *, GstPadDirection direction,
   }
   gst_caps_unref(hdr);
   gst_caps_unref(sdr);
-  if (filter == nullptr) return result;
-  GstCaps *part =
-      gst_caps_intersect_full(filter, result, GST_CAPS_INTERSECT_FIRST);
-  gst_caps_unref(result);
-  return part;
+  return filtered(result, filter);
+}
+
+// Chroma of the result is that of the pixels on the left and above, whatever
+// the source's site.
+GstCaps *fixate_caps(GstBaseTransform *, GstPadDirection direction,
+                     GstCaps *caps, GstCaps *others) {
+  GstCaps *result = gst_caps_fixate(others);
+  Side from;
+  Side to;
+  if (direction == GST_PAD_SINK && side_of_caps(caps, &from) &&
+      side_of_caps(result, &to) &&
+      from.info.colorimetry.transfer != to.info.colorimetry.transfer) {
+    describe_site(gst_caps_get_structure(result, 0),
+                  site_made(make_side(GST_VIDEO_FORMAT_RGB, 0), to, {}, false),
+                  false);
+  }
+  return result;
 }
 
 // The brightest that the stream says it has, or else that its display had.
@@ -234,8 +247,6 @@ static void vexo_tonemap_init(VexoTonemap *) {}
 static void vexo_tonemap_class_init(VexoTonemapClass *klass) {
   auto *const object = G_OBJECT_CLASS(klass);
   auto *const element = GST_ELEMENT_CLASS(klass);
-  constexpr auto flags = static_cast<GParamFlags>(
-      G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING);
   constexpr guint kMostNits = 10000;
   object->set_property = set_property;
   object->get_property = get_property;
@@ -244,27 +255,19 @@ static void vexo_tonemap_class_init(VexoTonemapClass *klass) {
       object, kNits,
       g_param_spec_uint("nits", "Nits",
                         "Peak of the source; 0: what the stream says, or 1000",
-                        0, kMostNits, 0, flags));
+                        0, kMostNits, 0, kFlags));
   g_object_class_install_property(
       object, kMeasure,
       g_param_spec_boolean("measure", "Measure",
                            "Each frame's brightest luma chooses the curve",
-                           FALSE, flags));
+                           FALSE, kFlags));
   g_object_class_install_property(
       object, kMild,
       g_param_spec_boolean("mild", "Mild", "Milder colours, of PQ", FALSE,
-                           flags));
-  GstCaps *any = gst_caps_from_string("video/x-raw(ANY)");
-  GstCaps *sink = gst_caps_merge(gst_caps_from_string(kHdr), gst_caps_ref(any));
-  GstCaps *src = gst_caps_merge(results(), any);
-  gst_element_class_add_pad_template(
-      element,
-      gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, sink));
-  gst_element_class_add_pad_template(
-      element, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, src));
-  gst_caps_unref(sink);
-  gst_caps_unref(src);
+                           kFlags));
+  add_pads(element, gst_caps_from_string(kHdr), results());
   GST_BASE_TRANSFORM_CLASS(klass)->transform_caps = transform_caps;
+  GST_BASE_TRANSFORM_CLASS(klass)->fixate_caps = fixate_caps;
   GST_VIDEO_FILTER_CLASS(klass)->set_info = set_info;
   GST_VIDEO_FILTER_CLASS(klass)->transform_frame = transform_frame;
   gst_element_class_set_static_metadata(

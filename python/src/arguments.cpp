@@ -17,9 +17,7 @@ struct Span {
 
 Span span_of(const vexo_img &img, const vexo_img &dense, int32_t p) {
   // Of tiles the geometry has the stride.
-  const bool tiled =
-      img.format >= VEXO_FMT_T64X32 && img.format <= VEXO_FMT_T256X16;
-  const int64_t stride = tiled ? dense.stride[p] : img.stride[p];
+  const int64_t stride = is_tiled(img.format) ? dense.stride[p] : img.stride[p];
   const auto first = reinterpret_cast<uintptr_t>(img.plane[p]);
   const auto last =
       first + static_cast<uintptr_t>(stride * (dense.buf_height[p] - 1));
@@ -45,8 +43,13 @@ bool overlap(const Span &a, const Span &b) {
 
 bool overlap(const vexo_img &a, const vexo_img &b) {
   vexo_img dense_a, dense_b;
-  vexo_picture_geometry(&dense_a, a.format, a.width[0], a.height[0], 1);
-  vexo_picture_geometry(&dense_b, b.format, b.width[0], b.height[0], 1);
+  // The library refuses what has no geometry.
+  if (vexo_picture_geometry(&dense_a, a.format, a.width[0], a.height[0], 1) !=
+          VEXO_OK ||
+      vexo_picture_geometry(&dense_b, b.format, b.width[0], b.height[0], 1) !=
+          VEXO_OK) {
+    return false;
+  }
   for (int32_t p = 0; p < vexo_format_planes(a.format); ++p) {
     for (int32_t q = 0; q < vexo_format_planes(b.format); ++q) {
       if (overlap(span_of(a, dense_a, p), span_of(b, dense_b, q))) return true;

@@ -9,17 +9,6 @@
 
 namespace orumlox_python {
 
-class WithoutGil {
- public:
-  WithoutGil() : state_(PyEval_SaveThread()) {}
-  ~WithoutGil() { PyEval_RestoreThread(state_); }
-  WithoutGil(const WithoutGil &) = delete;
-  WithoutGil &operator=(const WithoutGil &) = delete;
-
- private:
-  PyThreadState *state_;
-};
-
 // A picture, or what one is made of for this call.
 class Argument {
  public:

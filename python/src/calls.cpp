@@ -266,7 +266,7 @@ py::object thumbnail(const py::object &source, const py::object &size,
   vexo_picture_options options = {};
   take(&options, kThumbCall, given);
   Wish wish = {{}, format, standard, out};
-  if (py::isinstance<py::int_>(size)) {
+  if (PyIndex_Check(size.ptr()) != 0) {
     Argument picture;
     wish.size =
         fitting(picture.source(source).img, argument<int32_t>(size, "size"),

@@ -97,7 +97,7 @@ py::list keyframes(const py::iterable &units, const std::string &codec) {
     }
     int32_t key;
     {
-      const py::gil_scoped_release without;
+      const WithoutGil without;
       key = mlox_is_vkeyfrm(static_cast<uint32_t>(known->value),
                             static_cast<const uint8_t *>(bytes.ptr),
                             static_cast<int32_t>(bytes.size * bytes.itemsize));

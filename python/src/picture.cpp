@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -17,10 +18,6 @@ constexpr Named kStandards[] = {
     {"bt709", VEXO_STD_BT709},   {"bt709-full", VEXO_STD_BT709_FULL},
     {"bt2020", VEXO_STD_BT2020}, {"bt2020-full", VEXO_STD_BT2020_FULL}};
 constexpr size_t kOwnAlignment = 64;
-
-bool is_tiled(int32_t format) {
-  return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
-}
 
 bool has_words(int32_t format) {
   return format == VEXO_FMT_RGB565 || format == VEXO_FMT_BGR565 ||
@@ -59,7 +56,12 @@ py::buffer_info memory_of(const py::handle &object) {
     throw py::type_error("bytes or an array are wanted, not " +
                          std::string(Py_TYPE(object.ptr())->tp_name));
   }
-  return py::reinterpret_borrow<py::buffer>(object).request();
+  py::buffer_info buffer = py::reinterpret_borrow<py::buffer>(object).request();
+  // Objects are not to be written over.
+  if (buffer.format.find('O') != std::string::npos) {
+    throw py::type_error("bytes or numbers are wanted, not objects");
+  }
+  return buffer;
 }
 
 void keep(Picture *picture, py::buffer_info &&buffer) {
@@ -87,9 +89,12 @@ Rows rows_of(const py::buffer_info &buffer) {
   if (buffer.ndim != 2 && buffer.ndim != 3) {
     throw py::value_error("an array of 2 or 3 dimensions is wanted");
   }
-  char kind = buffer.format.empty() ? 'B' : buffer.format.back();
-  if (kind != (buffer.itemsize == 1 ? 'B' : 'H') || buffer.itemsize > 2) {
-    throw py::value_error("an array of uint8 or uint16 is wanted");
+  const char kind = buffer.format.empty() ? 'B' : buffer.format.back();
+  const bool swapped = buffer.format.find_first_of(">!") != std::string::npos;
+  if (kind != (buffer.itemsize == 1 ? 'B' : 'H') || buffer.itemsize > 2 ||
+      (swapped && buffer.itemsize > 1)) {
+    throw py::value_error(
+        "an array of uint8 or uint16, low byte first, is wanted");
   }
   if (!is_dense(buffer, 1)) {
     throw py::value_error("samples of a row must lie side by side");
@@ -180,10 +185,18 @@ py::object array_of(const py::object &self, const py::object &dtype,
     throw py::type_error(std::string(vexo_format_name(img.format)) +
                          " has several planes: see Picture.planes");
   }
-  py::array view = plane_view(self, 0);
-  if (!dtype.is_none()) return view.attr("astype")(dtype);
-  if (!copy.is_none() && copy.cast<bool>()) return view.attr("copy")();
-  return view;
+  const py::object view = plane_view(self, 0);
+  const bool copies = !copy.is_none() && copy.cast<bool>();
+  py::object array =
+      dtype.is_none() && !copies
+          ? view
+          : view.attr("astype")(
+                dtype.is_none() ? py::object(view.attr("dtype")) : dtype,
+                py::arg("copy") = copies);
+  if (!copy.is_none() && !copies && !array.is(view)) {
+    throw py::value_error("numbers of another type are a copy");
+  }
+  return array;
 }
 
 py::bytes bytes_of_picture(const Picture &picture) {
@@ -199,7 +212,12 @@ py::bytes bytes_of_picture(const Picture &picture) {
   vexo_picture_layout(&dense, img.format, img.width[0], img.height[0], 1, data,
                       size);
   dense.color_std = img.color_std;
-  check(vexo_picture_convert(nullptr, &img, &dense, nullptr), "tobytes");
+  int32_t status;
+  {
+    const WithoutGil without;
+    status = vexo_picture_convert(nullptr, &img, &dense, nullptr);
+  }
+  check(status, "tobytes");
   return result;
 }
 
@@ -210,6 +228,14 @@ std::optional<int32_t> number(const py::object &object, const char *name) {
 }
 
 }  // namespace
+
+void *Picture::operator new(size_t size) {
+  void *const memory = calloc(size, 1);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void Picture::operator delete(void *memory) { free(memory); }
 
 Picture::Picture(int32_t format, int32_t width, int32_t height) {
   const std::string text = "a picture of " + size_text(width, height);
@@ -359,8 +385,10 @@ Picture from_av(const py::object &frame) {
         "the frame");
   // The codes of ITU-T H.273; PyAV before 11 does not tell them.
   full = full || number(frame, "color_range") == 2;
-  const bool bt709 = number(frame, "colorspace") == 1;
-  set_standard(&picture, kStandards[2 * bt709 + full].name);
+  const int32_t matrix = number(frame, "colorspace").value_or(0);
+  const bool bt2020 = matrix == 9 || matrix == 10;
+  const size_t colours = matrix == 1 ? 1 : bt2020 ? 2 : 0;
+  set_standard(&picture, kStandards[2 * colours + full].name);
   return picture;
 }
 

@@ -20,6 +20,17 @@ struct Named {
   int32_t value;
 };
 
+class WithoutGil {
+ public:
+  WithoutGil() : state_(PyEval_SaveThread()) {}
+  ~WithoutGil() { PyEval_RestoreThread(state_); }
+  WithoutGil(const WithoutGil &) = delete;
+  WithoutGil &operator=(const WithoutGil &) = delete;
+
+ private:
+  PyThreadState *state_;
+};
+
 struct Picture {
   vexo_img img = {};
   bool read_only = false;
@@ -27,6 +38,10 @@ struct Picture {
   void *own = nullptr;
   // Memory of others is not freed, moved or resized while this holds it.
   std::vector<py::buffer_info> buffers;
+
+  // Zeroed: Python makes objects without calling __init__ if it is told to.
+  static void *operator new(size_t size);
+  static void operator delete(void *memory);
 
   Picture() = default;
   Picture(int32_t format, int32_t width, int32_t height);
@@ -40,6 +55,9 @@ struct Picture {
 int32_t format_named(const char *name);
 int32_t standard_named(const char *name);
 bool has_standard(int32_t format);
+constexpr bool is_tiled(int32_t format) {
+  return format >= VEXO_FMT_T64X32 && format <= VEXO_FMT_T256X16;
+}
 // Sets it where the format has one; null changes nothing.
 void set_standard(Picture *picture, const char *name);
 

@@ -1,9 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The library's plain C functions, which the module must agree with."""
+"""The library's plain C functions, which the module must agree with; what there
+is to try it with."""
 import ctypes
 import os
 
+import av
 import numpy as np
+from orumlox import Picture
 
 C = ctypes.CDLL(os.environ["ORUMLOX_LIBRARY"])
 C.vexo_format_name.restype = ctypes.c_char_p
@@ -75,14 +78,15 @@ def call(name, src, dst, **options):
     return C.vexo_status_name(status).decode()
 
 
-def planes(img):
-    """The bytes of all rows of pictures that are not tiled."""
-    for p in range(C.vexo_format_planes(img.format)):
-        unit = C.vexo_format_sample_bytes(img.format, p)
-        row = img.width[p] * unit
-        if img.format in (100, 101):
-            row += row % 4
-        yield np.lib.stride_tricks.as_strided(
-            np.ctypeslib.as_array(
-                ctypes.cast(img.plane[p], ctypes.POINTER(ctypes.c_uint8)),
-                (1,)), (img.height[p], row), (img.stride[p], 1))
+SAMPLE = "samples/coffee_320x208.y4m"
+noise = np.random.default_rng(1)
+
+
+def sample():
+    with av.open(SAMPLE) as clip:
+        return next(clip.decode(video=0))
+
+
+def noisy(name, width, height, standard=None):
+    data = noise.integers(0, 256, size_of(name, width, height), np.uint8)
+    return Picture.from_bytes(data, name, width, height, standard=standard)

@@ -51,27 +51,47 @@ constexpr Case kCases[] = {
     {"vexoconvert video-direction=horiz",
      "format=NV12, width=64, height=48, colorimetry=bt2020", "format=I420",
      "format=I420, colorimetry=bt2020"},
-    // The matrix is undone, primaries stay.
+    // The matrix is undone, primaries stay, and are called otherwise only where
+    // that is asked for.
     {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt2020",
      "format=RGBA", "format=RGBA, colorimetry=1:1:11:7"},
-    // What there is no arithmetic for.
     {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt2020",
+     "format=RGBA, colorimetry=sRGB", "colorimetry=sRGB"},
+    {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=1:6:11:7",
+     "format=Y42B, colorimetry=bt709", "format=Y42B, colorimetry=bt709"},
+    {"vexoconvert", "format=P010_10LE, width=64, height=48, colorimetry=bt2020",
+     "format=I420, width=32, colorimetry={bt709, (string)2:3:11:7}",
+     "format=I420, width=32, height=24, colorimetry=(string)2:3:11:7"},
+    {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt709",
+     "format=NV12, colorimetry=bt2020", "format=NV12, colorimetry=bt2020"},
+    {"vexoconvert", "format=RGB, width=64, height=48",
+     "format=YUY2, colorimetry=(string)1:3:5:1",
+     "format=YUY2, colorimetry=(string)1:3:5:1"},
+    // Ten bits stay ten.
+    {"vexoconvert", "format=P010_10LE, width=64, height=48, colorimetry=bt2020",
+     "format=I420_10LE, colorimetry=bt601",
+     "format=I420_10LE, colorimetry=bt601"},
+    {"vexoconvert", "format=P010_10LE, width=64, height=48", "width=96",
+     "format=P010_10LE, width=96, height=72"},
+    {"vexoconvert video-direction=90l method=lanczos",
+     "format=P010_10LE, width=64, height=48", "format=I420_10LE, height=32",
+     "format=I420_10LE, width=24, height=32"},
+    // What there is no arithmetic for.
+    {"vexoconvert",
+     "format=P010_10LE, width=64, height=48, colorimetry=bt2100-pq",
      "format=NV12, colorimetry=bt709", nullptr},
+    {"vexoconvert", "format=NV12, width=64, height=48", "format=P010_10LE",
+     nullptr},
     {"vexoconvert", "format=NV12, width=64, height=48, colorimetry=bt709",
      "format=NV12, colorimetry=bt2100-hlg", nullptr},
     {"vexoconvert", "format=RGBA, width=64, height=48",
-     "format=I420, colorimetry=1:3:5:1", nullptr},
+     "format=I420, colorimetry=1:3:5:1", "format=I420, colorimetry=1:3:5:1"},
     {"vexoconvert", "format=RGBA, width=64, height=48, colorimetry=2:1:7:1",
      "format=I420", nullptr},
     {"vexoconvert", "format=RGBA, width=64, height=48", "format=GRAY8",
      nullptr},
     {"vexoconvert", "format=RGBA, width=64, height=48", "framerate=50/1",
      nullptr},
-    // Chroma sites are kept, and not changed.
-    {"vexoconvert", "format=NV12, width=64, height=48, chroma-site=dv",
-     "format=I420", "chroma-site=dv"},
-    {"vexoconvert", "format=NV12, width=64, height=48, chroma-site=mpeg2",
-     "format=I420, chroma-site=jpeg", nullptr},
     // What is unknown passes, and is not turned.
     {"vexoconvert", "format=Y444_10LE, width=64, height=48", "width=64",
      "format=Y444_10LE"},
@@ -117,6 +137,85 @@ TEST(Caps, AreChosenOrRefused) {
     gst_caps_unref(got);
     gst_caps_unref(chosen);
   }
+}
+
+// Caps say where chroma lies if that is known, and is not what everybody takes
+// it for; what is asked for is refused where chroma would have to move.
+TEST(Caps, SayWhereChromaLies) {
+  static const char *const kNone = "";
+  struct {
+    const char *launch, *in, *out, *site;
+  } const cases[] = {
+      // Kept with all its samples.
+      {"", "NV12, chroma-site=dv", "I420", "dv"},
+      {"", "P010_10LE, chroma-site=cosited", "NV12", "cosited"},
+      {"", "NV12", "I420", kNone},
+      {"", "NV12, chroma-site=mpeg2", "I420, chroma-site=jpeg", nullptr},
+      {"", "NV12, chroma-site=mpeg2", "I420, chroma-site=mpeg2", "mpeg2"},
+      // Turned with the picture; on the right and below there is no word for
+      // it.
+      {"90r", "NV12, chroma-site=mpeg2", "NV12", "v-cosited"},
+      {"90r", "NV12, chroma-site=mpeg2", "I420, chroma-site=mpeg2", nullptr},
+      {"90l", "NV12, chroma-site=v-cosited", "NV12", "mpeg2"},
+      {"ul-lr", "NV12, chroma-site=mpeg2", "NV12", "v-cosited"},
+      {"ul-lr", "NV12, chroma-site=cosited", "NV12", "cosited"},
+      {"vert", "NV12, chroma-site=mpeg2", "NV12", "mpeg2"},
+      {"180", "NV12, chroma-site=jpeg", "NV12", "jpeg"},
+      {"90l", "NV12, chroma-site=mpeg2", "NV12", kNone},
+      {"horiz", "NV12, chroma-site=mpeg2", "NV12", kNone},
+      {"ur-ll", "NV12, chroma-site=v-cosited", "NV12", kNone},
+      {"90r", "Y42B, chroma-site=mpeg2", "Y42B", kNone},
+      // Of denser chroma the left and upper sample, or the mean of two rows.
+      {"", "RGBA", "NV12", "cosited"},
+      {"", "RGBA", "YUY2", "mpeg2"},
+      {"", "Y444", "I420", "cosited"},
+      {"", "Y42B, chroma-site=jpeg", "I420", "v-cosited"},
+      {"", "Y42B, chroma-site=mpeg2", "YV12", "cosited"},
+      {"", "YUY2, chroma-site=mpeg2", "I420", "mpeg2"},
+      {"180", "RGBA", "NV12", kNone},
+      // Of thinner chroma its own, repeated.
+      {"", "NV12, chroma-site=cosited", "UYVY", "mpeg2"},
+      {"", "NV12, chroma-site=jpeg", "Y42B", "jpeg"},
+      {"", "NV12, chroma-site=mpeg2", "Y444", kNone},
+      {"", "GRAY8", "NV12", kNone},
+      // By way of RGB, in which each pixel may have a chroma of its own.
+      {"", "NV12, chroma-site=jpeg, colorimetry=bt709",
+       "NV12, colorimetry=bt601", "jpeg"},
+      {"linear", "NV12, chroma-site=jpeg, colorimetry=bt709",
+       "NV12, colorimetry=bt601", "cosited"},
+      {"linear", "NV12, chroma-site=jpeg, colorimetry=bt709",
+       "NV12, colorimetry=bt2020", "jpeg"},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(std::string(c.launch) + " " + c.in + " to " + c.out);
+    const bool linear = strcmp(c.launch, "linear") == 0;
+    Harness harness(std::string("vexoconvert ") +
+                    (linear ? "chroma-resampler=linear"
+                     : c.launch[0] != 0
+                         ? std::string("video-direction=") + c.launch
+                         : ""));
+    ASSERT_EQ(
+        harness.negotiate(std::string("width=64, height=64, format=") + c.in,
+                          std::string("video/x-raw, format=") + c.out),
+        c.site != nullptr);
+    if (c.site == nullptr) continue;
+    GstCaps *got = gst_pad_get_current_caps(harness.h->sinkpad);
+    const char *site =
+        gst_structure_get_string(gst_caps_get_structure(got, 0), "chroma-site");
+    EXPECT_STREQ(site == nullptr ? kNone : site, c.site);
+    gst_caps_unref(got);
+  }
+  // Tone mapped chroma is that of one pixel of four.
+  Harness harness("vexotonemap");
+  ASSERT_TRUE(harness.negotiate(
+      "format=P010_10LE, colorimetry=bt2100-pq, chroma-site=mpeg2" +
+          size_of(64, 64),
+      "video/x-raw, format=NV12"));
+  GstCaps *got = gst_pad_get_current_caps(harness.h->sinkpad);
+  EXPECT_STREQ(
+      gst_structure_get_string(gst_caps_get_structure(got, 0), "chroma-site"),
+      "cosited");
+  gst_caps_unref(got);
 }
 
 // Upstream is told of pools, strides and crops; what says where something is in

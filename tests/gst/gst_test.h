@@ -161,4 +161,40 @@ inline std::string size_of(int width, int height) {
          ", height=" + std::to_string(height);
 }
 
+struct Colours {
+  const char *name;
+  int32_t standard;
+};
+inline constexpr Colours kColours[] = {
+    {"bt601", VEXO_STD_DEFAULT}, {"1:4:16:4", VEXO_STD_BT601_FULL},
+    {"bt709", VEXO_STD_BT709},   {"1:3:5:1", VEXO_STD_BT709_FULL},
+    {"bt2020", VEXO_STD_BT2020}, {"1:6:11:7", VEXO_STD_BT2020_FULL}};
+struct Site {
+  const char *name;
+  int32_t chroma;  // of vexo_picture_options, if it is interpolated
+};
+inline constexpr Site kSites[] = {{"mpeg2", VEXO_CHROMA_LEFT},
+                                  {"cosited", VEXO_CHROMA_LEFT},
+                                  {"jpeg", VEXO_CHROMA_CENTRE},
+                                  {"v-cosited", VEXO_CHROMA_CENTRE}};
+
+inline bool is_yuv(GstVideoFormat f) {
+  return GST_VIDEO_FORMAT_INFO_IS_YUV(gst_video_format_get_info(f));
+}
+inline bool has_alpha(GstVideoFormat f) {
+  return GST_VIDEO_FORMAT_INFO_HAS_ALPHA(gst_video_format_get_info(f));
+}
+inline std::string caps_text(GstVideoFormat f, int w, int h,
+                             const Colours &colours) {
+  std::string text = std::string("format=") + gst_video_format_to_string(f) +
+                     size_of(w, h) + ", pixel-aspect-ratio=1/1";
+  if (is_yuv(f)) text += std::string(", colorimetry=") + colours.name;
+  return text;
+}
+
+// A picture that the element changed from another standard: sample by sample
+// what that one's says, to the last bit.
+void expect_changed(const vexo_img &img, int32_t from, const Picture &got,
+                    int32_t to);
+
 }  // namespace gst_test

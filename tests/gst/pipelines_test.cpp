@@ -22,6 +22,19 @@ class Pipelines : public tool::ToolTest {
     EXPECT_FALSE(got.empty());
     EXPECT_TRUE(got == get("expected.raw"));
   }
+
+  // Two frames of a test picture of these caps, also as a file of bytes.
+  std::string source(const std::string &caps, const std::string &file) {
+    const std::string from =
+        "videotestsrc num-buffers=2 pattern=smpte100 ! "
+        "video/x-raw,width=176,height=144," +
+        caps;
+    EXPECT_EQ(
+        shell("gst-launch-1.0 -q " + from + " ! filesink location=" + file)
+            .status,
+        0);
+    return from;
+  }
 };
 
 // Decoded files: the tool reads what another program has decoded.
@@ -48,17 +61,24 @@ TEST_F(Pipelines, OfFiles) {
           "format=RGB", "rotate --turn mirror --to rgb888 clip.y4m");
 }
 
+TEST_F(Pipelines, OfTenBitsAndBt2020) {
+  const std::string deep =
+      source("format=I420_10LE,colorimetry=bt2020", "deep.raw");
+  compare(deep, "vexoconvert n-threads=2 video-direction=180",
+          "format=I420_10LE,width=100,height=90",
+          "scale --from yuv420Planar16 --from-size 176x144 --size 100x90 "
+          "--rotate half deep.raw");
+  const std::string wide =
+      source("format=I420,colorimetry=bt2020,chroma-site=mpeg2", "wide.raw");
+  compare(wide, "vexoconvert n-threads=2 chroma-resampler=linear", "format=RGB",
+          "convert --from yuv420 --size 176x144 --standard bt2020 "
+          "--chroma smooth --to rgb888 wide.raw");
+}
+
 TEST_F(Pipelines, OfHdr) {
   for (const char *kind : {"pq", "hlg"}) {
-    const std::string from =
-        "videotestsrc num-buffers=2 pattern=smpte100 ! "
-        "video/"
-        "x-raw,format=I420_10LE,width=176,height=144,colorimetry=bt2100-" +
-        std::string(kind);
-    ASSERT_EQ(
-        shell("gst-launch-1.0 -q " + from + " ! filesink location=hdr.raw")
-            .status,
-        0);
+    const std::string from = source(
+        std::string("format=I420_10LE,colorimetry=bt2100-") + kind, "hdr.raw");
     compare(from, "vexotonemap", "format=NV12",
             "tonemap --from yuv420Planar16 --size 176x144 --to nv12 --kind " +
                 std::string(kind[0] == 'p' ? "hdr10" : "hlg") + " hdr.raw");
