@@ -254,7 +254,7 @@ VEXO_API int32_t vexo_picture_thumbnail(vexo_picture_context *context,
                                         const vexo_picture_options *options);
 
 /* The most formats that a conversion goes through. */
-enum { VEXO_MOST_STOPS = 8 };
+enum { VEXO_MOST_STOPS = 12 };
 
 /*
  * How vexo_picture_convert goes from one format and standard to another: the

@@ -210,9 +210,7 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
   };
   if (!scales && !turns) {
     const Chain chain = find_chain(r.from, r.to, r.before());
-    if (chain.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
-    plan->add(chain);
-    return VEXO_OK;
+    return plan->add(chain) ? VEXO_OK : VEXO_ERR_UNSUPPORTED;
   }
   const Manner after = r.after();
   const Way way = find_way(
@@ -221,15 +219,16 @@ int32_t plan_reshape(const vexo_img &src, const vexo_img &dst, const Request &r,
       passes);
   if (way.cost == kNoWay) return VEXO_ERR_UNSUPPORTED;
   const Content end = turned(way.content, rotation);
-  plan->add(find_chain(r.from, way.content, r.before()));
+  const bool before = plan->add(find_chain(r.from, way.content, r.before()));
   if (at_once(way.content.format)) {
     plan->add(Work::kScaleAndTurn, end, dst.width[0], dst.height[0]);
   } else {
     if (scales) plan->add(Work::kScale, way.content, to_width, to_height);
     if (turns) plan->add(Work::kTurn, end, dst.width[0], dst.height[0]);
   }
-  plan->add(find_chain(end, r.to, after));
-  return VEXO_OK;
+  return before && plan->add(find_chain(end, r.to, after))
+             ? VEXO_OK
+             : VEXO_ERR_UNSUPPORTED;
 }
 
 int32_t plan_tonemap(const vexo_img &src, const vexo_img &dst, const Request &r,
@@ -275,13 +274,14 @@ int32_t plan_thumbnail(const vexo_img &src, const vexo_img &dst,
       !leaves_enough(r.options.prescale, src, width, height)) {
     return VEXO_ERR_ARG;
   }
-  plan->add(find_chain(r.from, way.content, r.before()));
+  const bool before = plan->add(find_chain(r.from, way.content, r.before()));
   plan->add(Work::kThumbnail, way.content, width, height);
   if (rotation != VEXO_ROT_COPY) {
     plan->add(Work::kTurn, way.content, dst.width[0], dst.height[0]);
   }
-  plan->add(find_chain(way.content, r.to, after));
-  return VEXO_OK;
+  return before && plan->add(find_chain(way.content, r.to, after))
+             ? VEXO_OK
+             : VEXO_ERR_UNSUPPORTED;
 }
 
 // Does what was asked for by the plan that serves.

@@ -44,13 +44,15 @@ struct Plan {
     width = w;
     height = h;
   }
-  // The conversions of a chain, at the size that pictures have there.
-  void add(const Chain &chain) {
+  // The conversions of a chain, at the size that pictures have there. Says
+  // whether there is one.
+  bool add(const Chain &chain) {
     for (int32_t i = 0; i < chain.count; ++i) {
       const Conversion &conversion = chain.conversion[i];
       stage[count++] = {Work::kConvert, conversion, conversion.to, width,
                         height};
     }
+    return chain.cost != kNoWay;
   }
 };
 

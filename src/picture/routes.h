@@ -4,6 +4,7 @@
 #pragma once
 
 #include "csc/routes.h"
+#include "orumlox/picture.h"
 #include "picture/steps.h"
 
 namespace lox {
@@ -51,7 +52,7 @@ struct Manner {
   bool dithers;
 };
 
-constexpr int kMostConversions = 7;
+constexpr int kMostConversions = VEXO_MOST_STOPS - 1;
 constexpr int32_t kNoWay = INT32_MAX;
 
 // A cost is a number of passes, and more than any chain has of them for the

@@ -117,6 +117,31 @@ TEST(Picture, Chains) {
   }
 }
 
+// What can be converted, by however many passes, can be turned too.
+TEST(Picture, LongChains) {
+  vexo_picture_options turn = {};
+  turn.rotation = VEXO_ROT_180;
+  turn.dither = 1;
+  const int32_t standards[] = {VEXO_STD_DEFAULT, VEXO_STD_BT709,
+                               VEXO_STD_BT2020};
+  for (int32_t from = 0; from >= 0; from = vexo_format_next(from)) {
+    for (int32_t to = 0; to >= 0; to = vexo_format_next(to)) {
+      if (to == from) continue;  // a copy may be all that there is
+      for (const int32_t a : standards) {
+        for (const int32_t b : standards) {
+          const Owned src(from, is_rgb_code(from) ? 0 : a, 16, 16);
+          const Owned dst(to, is_rgb_code(to) ? 0 : b, 16, 16);
+          const int32_t status =
+              vexo_picture_convert(nullptr, &src.img, &dst.img, nullptr);
+          EXPECT_EQ(vexo_picture_turn(nullptr, &src.img, &dst.img, &turn),
+                    status)
+              << from << ":" << a << " to " << to << ":" << b;
+        }
+      }
+    }
+  }
+}
+
 // Planes one behind the other, as the formats say; one byte too few is refused.
 TEST(Picture, Layout) {
   std::vector<uint8_t> memory(1 << 20);
