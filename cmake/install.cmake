@@ -122,7 +122,7 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_NAME vexo)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "converts, scales, turns and tone maps pictures
-A command line around liborumlox, for pictures and uncompressed clips.")
+A command line around liborumlox, for pictures and videos.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orumlox)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION}), \
