@@ -57,8 +57,14 @@ if(TARGET vexo)
   # The tool finds the library beside it, wherever both are put.
   file(RELATIVE_PATH to_libdir ${CMAKE_INSTALL_FULL_BINDIR}
     ${CMAKE_INSTALL_FULL_LIBDIR})
-  set_target_properties(vexo PROPERTIES INSTALL_RPATH "\$ORIGIN/${to_libdir}")
+  set_target_properties(vexo PROPERTIES
+    INSTALL_RPATH "\$ORIGIN/${to_libdir};\$ORIGIN/${to_libdir}/vexo")
   install(TARGETS vexo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  if(TARGET vexo_av)
+    set_target_properties(vexo_av PROPERTIES INSTALL_RPATH "\$ORIGIN/..")
+    install(TARGETS vexo_av LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/vexo
+      COMPONENT tool)
+  endif()
   install(FILES tools/vexo/vexo.bash RENAME vexo COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
   if(NOT CMAKE_CROSSCOMPILING) # The page is made of what the tool says.

@@ -98,9 +98,29 @@ TEST_F(ContainerTest, ShapesOfPixels) {
             "W48 H48 F10:1 Ip A2:1");
   vexo_ok("sheet in.mkv o.png --grid 1x1 --cell 64x64");
   EXPECT_EQ(probed("stream=width,height", "o.png"), "72,40\n");
+  // Nothing of a picture is lost to an encoder.
+  put("odd.ppm", "P6\n7 8\n255\n" + noise(168, 1));
+  expect_failure("convert odd.ppm o.mp4", "even sides, not 7x8");
+  vexo_ok("convert odd.ppm o.mp4 --to yuv444");
+  EXPECT_EQ(probed("stream=width,height", "o.mp4"), "7,8\n");
   // Where nothing is said nothing changes.
   put("in.y4m", "YUV4MPEG2 W2 H2 F5:1\nFRAME\nabcdef");
   EXPECT_EQ(head("convert in.y4m o.y4m --square-pixels"), "W2 H2 F5:1");
+}
+
+// A clip of BT.709 that goes by way of RGB comes back as bright as it was, and
+// says what it is now.
+TEST_F(ContainerTest, ThereAndBackByRgb) {
+  ffmpeg(
+      "-f lavfi -i color=white:s=64x32:d=0.2:r=10,format=yuv422p -colorspace "
+      "bt709 -color_range tv -c:v ffv1 in.mkv");
+  for (const std::string command :
+       {"anaglyph --mode 1", "thumbnail --size 32x32"}) {
+    vexo_ok(command + " in.mkv o.mkv --quality 100");
+    EXPECT_EQ(probed("stream=color_space", "o.mkv"), "smpte170m\n") << command;
+    ffmpeg("-i o.mkv -pix_fmt gray -vf extractplanes=y -f rawvideo o.raw");
+    EXPECT_NEAR(static_cast<uint8_t>(get("o.raw")[99]), 235, 1) << command;
+  }
 }
 
 // Ten bits stay ten: as ffmpeg turns them, which goes by the same matrix.

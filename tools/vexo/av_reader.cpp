@@ -250,6 +250,4 @@ std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
   return std::make_unique<Reader>(std::move(source), wish);
 }
 
-bool reads_videos() { return true; }
-
 }  // namespace vexo

@@ -166,6 +166,7 @@ class VideoWriter : public FrameWriter {
     if (encoder == nullptr || stream == nullptr) {
       throw Error("there is no encoder for " + path_);
     }
+    check_sides(*encoder);
     // The input's ticks, so that each frame keeps its time; those of a constant
     // rate where the container has no other (AVI) or the encoder none as fine.
     const Ratio rate = info_.rate.num > 0 ? info_.rate : Ratio{25, 1};
@@ -185,6 +186,19 @@ class VideoWriter : public FrameWriter {
     stream->time_base = codec_->time_base;
     stream->avg_frame_rate = codec_->framerate;
     stream->sample_aspect_ratio = codec_->sample_aspect_ratio;
+  }
+
+  // An encoder of H.264 would leave out the last column and row without a word.
+  void check_sides(const AVCodec &encoder) const {
+    const int32_t code = info_.layout->code;
+    const bool odd = (code != VEXO_FMT_YUV444 && info_.width % 2 != 0) ||
+                     (code != VEXO_FMT_YUV444 && code != VEXO_FMT_YUV422N &&
+                      info_.height % 2 != 0);
+    if (encoder.id != AV_CODEC_ID_H264 || !odd) return;
+    throw Error("H.264 of " + std::string(info_.layout->token) +
+                " has even sides, not " + std::to_string(info_.width) + "x" +
+                std::to_string(info_.height) +
+                ": --crop it, scale it or use --to yuv444");
   }
 
   // A status of libavcodec.
