@@ -107,7 +107,6 @@ TEST_F(ExampleTest, ToneMappingInC) {
   }
   EXPECT_TRUE(shell("'" TONE_MAP_BINARY "'").out == expected);
 }
-#endif
 
 // By single calls: scaled, turned, taken apart, converted, blue first.
 TEST_F(ExampleTest, UprightThumbnail) {
@@ -135,6 +134,7 @@ TEST_F(ExampleTest, UprightThumbnail) {
   }
   EXPECT_TRUE(outcome.out == expected);
 }
+#endif
 
 }  // namespace
 }  // namespace tool

@@ -87,6 +87,13 @@ TEST_F(ScaleTest, TurnedByWayOfPlanes) {
   put("in.raw", "UYVZuyvz1234abcd");
   expect("rotate in.raw --size 4x2 --from uyvy --turn half",
          "adcb1432uzvyUZVY");
+  // One tile of luma, and one of pairs.
+  const std::string tiles = noise(256 + 128, 5);
+  std::string turned(tiles.rend() - 256, tiles.rend());
+  for (size_t at = 382; at >= 256; at -= 2) turned += tiles.substr(at, 2);
+  put("in.raw", tiles);
+  expect("rotate in.raw --size 16x16 --from t16x16 --turn half", turned);
+  expect("scale in.raw --size 16x16 --from-size 16x16 --from t16x16", tiles);
 }
 
 // Odd sides, whose chroma is rounded up before the turn and after it.
