@@ -283,7 +283,9 @@ TEST_F(VideoTest, NotWhole) {
 
 // What is written by other libraries is read again.
 TEST_F(VideoTest, PicturesOfOtherLibraries) {
-  ffmpeg("-f lavfi -i gradients=s=96x64:d=1 -frames:v 1 -pix_fmt rgb24 in.png");
+  ffmpeg(
+      "-f lavfi -i gradients=s=96x64:d=1:seed=1 -frames:v 1 -pix_fmt rgb24 "
+      "in.png");
   const std::string rgb = pixels("in.png");
   std::string bytes;
   const std::string names[] = {
