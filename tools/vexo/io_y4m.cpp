@@ -174,8 +174,9 @@ class Y4mWriter : public FrameWriter {
         own ? info.y4m_words
             : word(" F", info.rate.num > 0 ? info.rate : usual) + " Ip";
     const bool said = words.find(" A") != std::string::npos;
-    if (!own || (!said && info.aspect.num > 0))
+    if (!own || (!said && info.aspect.num > 0)) {
       words += word(" A", info.aspect);
+    }
     return words;
   }
 
