@@ -57,8 +57,14 @@ if(TARGET vexo)
   # The tool finds the library beside it, wherever both are put.
   file(RELATIVE_PATH to_libdir ${CMAKE_INSTALL_FULL_BINDIR}
     ${CMAKE_INSTALL_FULL_LIBDIR})
-  set_target_properties(vexo PROPERTIES INSTALL_RPATH "\$ORIGIN/${to_libdir}")
+  set_target_properties(vexo PROPERTIES
+    INSTALL_RPATH "\$ORIGIN/${to_libdir};\$ORIGIN/${to_libdir}/vexo")
   install(TARGETS vexo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  if(TARGET vexo_av)
+    set_target_properties(vexo_av PROPERTIES INSTALL_RPATH "\$ORIGIN/..")
+    install(TARGETS vexo_av LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/vexo
+      COMPONENT tool)
+  endif()
   install(FILES tools/vexo/vexo.bash RENAME vexo COMPONENT tool
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
   if(NOT CMAKE_CROSSCOMPILING) # The page is made of what the tool says.
@@ -122,7 +128,7 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_NAME vexo)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_TOOL_DESCRIPTION "converts, scales, turns and tone maps pictures
-A command line around liborumlox, for pictures and uncompressed clips.")
+A command line around liborumlox, for pictures and videos.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orumlox)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "liborumlox0 (>= ${PROJECT_VERSION}), \

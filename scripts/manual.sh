@@ -38,7 +38,7 @@ version=$("$vexo" --version | sed 's/^vexo //')
 cat <<END
 .TH VEXO 1 "" "orumlox $version" "User Commands"
 .SH NAME
-vexo \\- convert, scale, turn and tone map pictures
+vexo \\- convert, scale, turn, tone map and compare pictures and videos
 .SH SYNOPSIS
 .B vexo
 .I COMMAND
@@ -46,7 +46,6 @@ vexo \\- convert, scale, turn and tone map pictures
 .SH DESCRIPTION
 END
 echo "$about" | roff
-echo "$help" | sed -n '/^Options:/,/^$/p' | roff
 echo ".SH COMMANDS"
 echo "$help" | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z]*\) .*/\1/p' |
   while read -r command; do

@@ -16,10 +16,28 @@ static void require(bool condition) {
   if (!condition) std::abort();
 }
 
+// What comes through a pipe, in which nobody can seek.
+struct Pipe {
+  const uint8_t *bytes;
+  size_t left;
+
+  static ssize_t read(void *pipe, char *to, size_t count) {
+    Pipe &from = *static_cast<Pipe *>(pipe);
+    count = std::min(count, from.left);
+    std::memcpy(to, from.bytes, count);
+    from.bytes += count;
+    from.left -= count;
+    return static_cast<ssize_t>(count);
+  }
+};
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 2) return 0;
+  Pipe pipe = {data + 1, size - 1};
   std::FILE *const stream =
-      fmemopen(const_cast<uint8_t *>(data + 1), size - 1, "rb");
+      (data[0] & 64) != 0
+          ? fopencookie(&pipe, "rb", {Pipe::read, nullptr, nullptr, nullptr})
+          : fmemopen(const_cast<uint8_t *>(data + 1), size - 1, "rb");
   require(stream != nullptr);
   auto source = std::make_unique<vexo::ByteSource>(stream, "input");
   try {

@@ -65,6 +65,9 @@ done
 # commands, options and layouts.
 for tool in "$root/usr/bin/vexo" elsewhere/bin/vexo; do
   [[ $("$tool" --version) == "vexo $version" ]] || refuse "$tool does not start"
+  # It finds what it loads when it is wanted.
+  [[ ! -e $build/tools/vexo/libvexo_av.so ]] ||
+    quietly "$tool" convert "$source/samples/coffee_320x208.y4m" frame.mkv
 done
 page=$(LC_ALL=C MANWIDTH=80 man --warnings -l "$root/usr/share/man/man1/vexo.1" 2>warnings)
 [[ ! -s warnings ]] || refuse "$(cat warnings)"

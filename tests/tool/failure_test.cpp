@@ -14,8 +14,21 @@ const std::string kY4m = "YUV4MPEG2 W8 H8 F25:1\nFRAME\n" + noise(96, 1);
 const std::string kPpm = "P6\n8 8\n255\n" + noise(192, 1);
 
 // Arguments and what is said of them.
-constexpr char kRefused[] = R"( | subcommand
-convrt one.y4m o.png | 'convrt'
+constexpr char kRefused[] =
+#ifndef VEXO_HAS_JPEG
+    "convert one.y4m o.jpg | without libjpeg\n"
+#endif
+#ifndef VEXO_HAS_WEBP
+    "convert one.y4m o.webp | without libwebp\n"
+#endif
+#ifndef VEXO_HAS_VIDEO
+    "convert sets.h264 o.png | sets.h264 is no PNG, PGM, PPM or Y4M\n"
+    "convert one.y4m o.mp4 | without ffmpeg's libraries\n"
+    "info sets.h264 | without ffmpeg's libraries\n"
+    "thumbnail sets.h264 o.png --fit 8x8 | no PNG\n"
+#endif
+    R"( | subcommand
+convrt one.y4m o.png | 'convrt'; vexo --help lists all; did you mean 'convert'?
 --frames one.y4m | '--frames'
 convert none.y4m o.png | none.y4m
 convert f.raw o.png | --size
@@ -25,7 +38,7 @@ convert one.y4m o.png --to nv99 | 'nv99'
 convert one.y4m o.png --from nv12 | holds yuv420
 convert one.y4m o.png --to nv12 | cannot hold nv12
 convert one.y4m o.png --standard bt470 | 'bt470'
-convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888 | t256x16 to rgba8888 at 1280x8
+convert wide.raw o.raw --size 1280x8 --from t256x16 --to rgba8888 | t256x16 of 1280x8 to rgba8888
 convert f.raw o.png --size 8x6 --from yuv420 | truncated
 convert one.y4m o.raw --to p010le | library: yuv420 to p010le
 convert one.y4m o.png --range all | --range 'all'
@@ -47,13 +60,17 @@ scale one.y4m o.png --size 16x16 --from-size 8x8 | --from-size is for
 scale f.raw o.raw --size 16x16 | need --from-size and --from
 scale one.y4m o.png --size 16x16 --rotate up | --rotate 'up'
 scale one.y4m o.png --size 16x16 --rotate 6 | --rotate '6'
-scale one.y4m o.png --size 16x16 --rotate 4 | mirrors only
-scale c.ppm o.png --size 16x16 --rotate left | scale and turn rgb888 from 8x8 to 16x16 (status -3)
-scale f.raw o.raw --size 4x4 --from-size 8x8 --from t8x8 | t8x8 is neither
+scale one.y4m o.png --size 8x8 --fit 8x8 | --fit
+scale one.y4m o.png --fit 8 | --fit '8'
+scale f.raw o.raw --size 4x4 --from-size 2x2 --from rgbaf16 | refuses to scale rgbaf16 of 2x2
 rotate one.y4m o.png | --turn
+rotate f.raw o.raw --size 2x2 --from rgbaf16 --turn left | refuses to turn rgbaf16
+convert one.y4m o.raw --to yuv42o | did you mean 'yuv420'?
+convert one.y4m o.png --standard bt708 | did you mean 'bt709'?
+convert one.y4m o.png --qualty 4 | did you mean '--quality'?
+convert one.y4m o.png --out-kind pngg | did you mean 'png'?
+convert thin.y4m o.png --square-pixels | 8x32768
 rotate one.y4m o.png --turn up | --turn 'up'
-rotate f.raw o.raw --size 4x4 --from uyvy --turn half | turn uyvy from 4x4 to 4x4 (status -3)
-rotate f.raw o.raw --size 4x4 --from yv16 --turn left | yv16 after
 thumbnail one.y4m o.png | one of --size
 thumbnail one.y4m o.png --size 8 | --size '8'
 thumbnail one.y4m o.png --size 9x8 | 9x8 is larger than the picture
@@ -126,6 +143,7 @@ TEST_F(FailureTest, RequestsThatMakeNoSense) {
   put("one.y4m", kY4m);
   put("two.y4m", kY4m + "FRAME\n" + noise(96, 2));
   put("c.ppm", kPpm);
+  put("thin.y4m", "YUV4MPEG2 W8 H8 A1:10000000\nFRAME\n" + noise(96, 1));
   put("full.y4m",
       "YUV4MPEG2 W8 H8 C420p10 XCOLORRANGE=FULL\nFRAME\n" + noise(192, 1));
   put("f.raw", noise(96, 1));

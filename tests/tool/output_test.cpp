@@ -2,6 +2,9 @@
 //
 // Where the output goes: through links, under long names, to standard output,
 // into which nobody else prints.
+#include <algorithm>
+#include <sstream>
+
 #include "tool_runner.h"
 
 namespace tool {
@@ -50,6 +53,32 @@ TEST_F(OutputTest, NamesOfStandardOutput) {
     EXPECT_TRUE(shell(command).out == kY4m) << name;
     EXPECT_TRUE(shell(command + " | cat").out == kY4m) << name;
   }
+}
+
+// All commands on a screen of 80 by 24; a page of each, with an example.
+TEST_F(OutputTest, HelpFitsScreens) {
+  const auto widest = [](const std::string &text) {
+    size_t most = 0;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+      most = std::max(most, line.size());
+    }
+    return most;
+  };
+  const std::string help = shell("vexo --help").out;
+  EXPECT_LT(std::count(help.begin(), help.end(), '\n'), 24);
+  EXPECT_LE(widest(help), 80);
+  int commands = 0;
+  std::istringstream lines(help.substr(help.find("Subcommands:\n")));
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with("  ")) continue;
+    const std::string name = line.substr(2, line.find(' ', 2) - 2);
+    const std::string page = shell("vexo " + name + " --help").out;
+    EXPECT_LE(widest(page), 80) << page;
+    EXPECT_NE(page.find("\n  vexo " + name), std::string::npos) << page;
+    ++commands;
+  }
+  EXPECT_EQ(commands, 15);
 }
 
 // The library prints when it gets no thread, which is what a stack larger than

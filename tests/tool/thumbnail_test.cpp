@@ -87,7 +87,7 @@ TEST_F(ThumbnailTest, FilesOfAllKinds) {
   const std::string to = " --size 37x25 --turn ";
   const std::string raw = "in.raw one.raw --from-size 96x64 --from ";
   std::string clip = "YUV4MPEG2 W96 H64 F30:1 It A1:2 C420mpeg2 XNOTE=A\n";
-  std::string expected = "YUV4MPEG2 W25 H37 F30:1 C420mpeg2 XNOTE=A\n";
+  std::string expected = "YUV4MPEG2 W25 H37 F30:1 A148:75 C420mpeg2 XNOTE=A\n";
   for (const int at : {0, 1}) {
     put("in.raw", slope({1, 1, 1}, 96 + at, 64 + at).substr(0, 9216));
     vexo_ok("thumbnail " + raw + "yuv420" + to + "1");

@@ -4,51 +4,13 @@
 // windows and times by content, thumbnails, and files that are not whole.
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <sstream>
 #include <vector>
 
-#include "tool_runner.h"
+#include "video_runner.h"
 
 namespace tool {
 namespace {
-
-double psnr(const std::string &a, const std::string &b) {
-  if (a.size() != b.size() || a.empty()) return 0;
-  double sum = 0;
-  for (size_t i = 0; i < a.size(); ++i) {
-    const int d = static_cast<uint8_t>(a[i]) - static_cast<uint8_t>(b[i]);
-    sum += d * d;
-  }
-  const double mean = sum / static_cast<double>(a.size());
-  return sum == 0 ? 99 : 10 * std::log10(255 * 255 / mean);
-}
-
-class VideoTest : public ToolTest {
- protected:
-  void ffmpeg(const std::string &arguments) const {
-    const Outcome outcome = shell("ffmpeg -v error -y " + arguments);
-    ASSERT_EQ(outcome.status, 0) << arguments << outcome.err;
-  }
-  std::string pixels(const std::string &arguments) const {
-    vexo_ok("convert " + arguments + " got.raw --to rgb888 --frames 1");
-    return get("got.raw");
-  }
-  // One line, and a folder that looks as before.
-  void expect_failure(const std::string &arguments, const std::string &phrase,
-                      long lines = 1) const {
-    const std::string before = files();
-    const Outcome outcome = shell("vexo " + arguments);
-    EXPECT_EQ(outcome.status, 1) << arguments << outcome.err;
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), lines)
-        << arguments << outcome.err;
-    EXPECT_NE(outcome.err.find(phrase), std::string::npos)
-        << arguments << outcome.err;
-    EXPECT_EQ(files(), before) << arguments;
-  }
-};
-
-const char kSource[] = "-f lavfi -i testsrc2=s=96x64:r=10:d=1 ";
 
 // Of soft pictures, so that it does not count how chroma is interpolated.
 // Matrices that are as good as another one, both ranges, chroma of all kinds,
@@ -321,24 +283,39 @@ TEST_F(VideoTest, NotWhole) {
 
 // What is written by other libraries is read again.
 TEST_F(VideoTest, PicturesOfOtherLibraries) {
-  ffmpeg("-f lavfi -i gradients=s=96x64:d=1 -frames:v 1 -pix_fmt rgb24 in.png");
+  ffmpeg(
+      "-f lavfi -i gradients=s=96x64:d=1:seed=1 -frames:v 1 -pix_fmt rgb24 "
+      "in.png");
   const std::string rgb = pixels("in.png");
   std::string bytes;
-  for (const std::string name : {"o.jpg", "o.webp"}) {
+  const std::string names[] = {
+      "p.png",
+#ifdef VEXO_HAS_JPEG
+      "o.jpg",
+#endif
+#ifdef VEXO_HAS_WEBP
+      "o.webp",
+#endif
+  };
+  for (const std::string &name : names) {
     for (const std::string quality : {"20", "100"}) {
       vexo_ok("convert in.png " + name + " --quality " + quality);
       EXPECT_GE(psnr(pixels(name), rgb), quality == "20" ? 25 : 38) << name;
-      // Better ones are larger.
-      EXPECT_TRUE(quality == "20" || get(name).size() > bytes.size()) << name;
+      // Better ones are larger, but for PNG, which has one quality.
+      EXPECT_TRUE(quality == "20" || get(name).size() > bytes.size() ||
+                  pixels(name) == rgb)
+          << name;
       bytes = get(name);
     }
   }
+#ifdef VEXO_HAS_JPEG
   // Samples of a JPEG go into another one as they are.
   vexo_ok("convert o.jpg again.jpg --quality 100");
   EXPECT_GE(psnr(pixels("again.jpg"), pixels("o.jpg")), 45);
   ffmpeg("-i o.jpg -vf scale=37:23 -pix_fmt yuvj420p odd.jpg");
   vexo_ok("convert odd.jpg odd2.jpg --quality 100");
   EXPECT_GE(psnr(pixels("odd2.jpg"), pixels("odd.jpg")), 40);
+#endif
   // PNG is the same whatever the effort.
   vexo_ok("convert in.png p.png --png-level 0");
   EXPECT_TRUE(pixels("p.png") == rgb);

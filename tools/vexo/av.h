@@ -67,6 +67,11 @@ class AvFile {
 const uint8_t *stream_side_data(const AVStream *stream,
                                 AVPacketSideDataType type, size_t *size);
 
+// Of a stream's first frame, in its ticks; 0 where nothing is said.
+int64_t start_of(const AVStream &stream);
+// From there on, in seconds; 0 where nothing is said.
+double seconds_of_ticks(const AVStream &stream, int64_t ticks);
+
 // What a stream says of itself, without its pictures: colours, turns, rate,
 // aspect.
 StreamInfo info_of_stream(AVFormatContext *format, AVStream *stream);

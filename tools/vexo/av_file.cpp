@@ -2,6 +2,7 @@
 //
 // Containers.
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -64,6 +65,38 @@ int64_t seek_bytes(void *opaque, int64_t offset, int whence) {
   return offset;
 }
 
+// Whether these are the first bytes of an MP4 whose pictures come before what
+// says where they are: it cannot be read in order.
+bool has_index_at_end(ByteSource &source) {
+  // An index further on is that of a file that is read in order.
+  constexpr uint64_t kFar = 1 << 20;
+  const auto type_at = [&](uint64_t at) {
+    const std::string_view head = source.peek(at + 8);
+    return head.size() < at + 8 ? std::string_view() : head.substr(at + 4, 4);
+  };
+  const auto number_at = [&](uint64_t at, uint64_t bytes) {
+    const std::string_view head = source.peek(at + bytes);
+    uint64_t number = 0;
+    for (uint64_t i = at; i < std::min(at + bytes, head.size()); ++i) {
+      number = number << 8 | static_cast<uint8_t>(head[i]);
+    }
+    return number;
+  };
+  if (type_at(0) != "ftyp" && type_at(0) != "mdat" && type_at(0) != "wide") {
+    return false;
+  }
+  for (uint64_t at = 0; at < kFar;) {
+    const std::string_view type = type_at(at);
+    if (type == "mdat") return true;
+    if (type.empty() || type == "moov" || type == "moof") return false;
+    uint64_t size = number_at(at, 4);
+    if (size == 1) size = number_at(at + 8, 8);
+    if (size < 8 || size > kFar) return false;
+    at += size;
+  }
+  return false;
+}
+
 int open_nothing(AVFormatContext *, AVIOContext **, const char *, int,
                  AVDictionary **) {
   return AVERROR(EACCES);
@@ -84,6 +117,20 @@ void set_turns(const uint8_t *data, StreamInfo *info) {
   }
   if ((b > 0) == (c > 0)) turns[0] = VEXO_ROT_HORI;
   turns[1] = c > 0 ? VEXO_ROT_90L : VEXO_ROT_90R;
+}
+
+// What most frames keep to, which is exact, if it is the average, too.
+Ratio rate_of(AVFormatContext *format, AVStream *stream) {
+  const auto known = [](AVRational rate) {
+    return rate.num > 0 && rate.den > 0;
+  };
+  const AVRational usual = av_guess_frame_rate(format, stream, nullptr);
+  const AVRational average = stream->avg_frame_rate;
+  constexpr double kNear = 0.02;
+  const bool varies = known(average) &&
+                      !(std::abs(av_q2d(usual) / av_q2d(average) - 1) < kNear);
+  const AVRational rate = varies ? average : usual;
+  return known(rate) ? Ratio{rate.num, rate.den} : Ratio{};
 }
 
 void set_display(const void *data, Colour *colour) {
@@ -126,6 +173,7 @@ AvFrame new_av_frame() {
 AvFile::AvFile(std::unique_ptr<ByteSource> source)
     : source_(std::move(source)) {
   av_log_set_callback(on_log);
+  if (!source_->size() && has_index_at_end(*source_)) source_->spool();
   const bool seekable = source_->size().has_value();
   if (seekable) source_->seek(0);
   auto *const buffer = static_cast<uint8_t *>(av_malloc(kBuffer));
@@ -219,6 +267,17 @@ const uint8_t *stream_side_data(const AVStream *stream,
 #endif
 }
 
+int64_t start_of(const AVStream &stream) {
+  return stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
+}
+
+double seconds_of_ticks(const AVStream &stream, int64_t ticks) {
+  if (ticks == AV_NOPTS_VALUE) return 0;
+  // In doubles, which do not overflow.
+  return (static_cast<double>(ticks) - static_cast<double>(start_of(stream))) *
+         av_q2d(stream.time_base);
+}
+
 StreamInfo info_of_stream(AVFormatContext *format, AVStream *stream) {
   StreamInfo info;
   const AVCodecParameters &codec = *stream->codecpar;
@@ -235,8 +294,8 @@ StreamInfo info_of_stream(AVFormatContext *format, AVStream *stream) {
   if (data != nullptr) set_display(data, &info.colour);
   data = stream_side_data(stream, AV_PKT_DATA_CONTENT_LIGHT_LEVEL, &size);
   if (data != nullptr) set_light(data, &info.colour);
-  const AVRational rate = av_guess_frame_rate(format, stream, nullptr);
-  if (rate.num > 0 && rate.den > 0) info.rate = {rate.num, rate.den};
+  info.rate = rate_of(format, stream);
+  info.tick = {stream->time_base.num, stream->time_base.den};
   const AVRational aspect =
       av_guess_sample_aspect_ratio(format, stream, nullptr);
   if (aspect.num > 0 && aspect.den > 0) info.aspect = {aspect.num, aspect.den};

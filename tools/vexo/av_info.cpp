@@ -9,14 +9,6 @@
 namespace vexo {
 namespace {
 
-double seconds_of(const AVStream &stream, int64_t time) {
-  const int64_t start =
-      stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time;
-  return time == AV_NOPTS_VALUE
-             ? 0
-             : static_cast<double>(time - start) * av_q2d(stream.time_base);
-}
-
 // The first frame may say more of colours and turns than the container does.
 void look_at_frame(AVStream *stream, const AVPacket &packet, StreamInfo *info) {
   const AVCodec *const decoder =
@@ -66,7 +58,8 @@ FileFacts video_facts(std::unique_ptr<ByteSource> source) {
   }
   const AvPacket packet(av_packet_alloc());
   if (packet == nullptr) throw std::bad_alloc();
-  while (av_read_frame(format, packet.get()) >= 0) {
+  int status = 0;
+  while ((status = av_read_frame(format, packet.get())) >= 0) {
     StreamFacts &about =
         facts.streams[static_cast<size_t>(packet->stream_index)];
     AVStream *const stream = format->streams[packet->stream_index];
@@ -75,14 +68,16 @@ FileFacts video_facts(std::unique_ptr<ByteSource> source) {
     }
     ++about.frames;
     if (about.video && (packet->flags & AV_PKT_FLAG_KEY) != 0) {
-      about.key_frames.push_back(seconds_of(
+      about.key_frames.push_back(seconds_of_ticks(
           *stream, packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts));
     }
     av_packet_unref(packet.get());
   }
-  for (StreamFacts &about : facts.streams) {
-    about.info.color_std =
-        standard_of(about.info.colour, about.info.width, about.info.height);
+  facts.cut = status != AVERROR_EOF || file.ended_early();
+  for (unsigned i = 0; i < format->nb_streams; ++i) {
+    facts.cut = facts.cut || file.is_cut(format->streams[i]);
+    StreamInfo &info = facts.streams[i].info;
+    info.color_std = standard_of(info.colour, info.width, info.height);
   }
   return facts;
 }

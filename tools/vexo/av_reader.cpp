@@ -14,20 +14,6 @@
 namespace vexo {
 namespace {
 
-// The container's word for chroma, and what it says before it.
-void set_y4m(StreamInfo *info) {
-  const auto ratio = [](char letter, const Ratio &value) {
-    return std::string(" ") + letter + std::to_string(value.num) + ":" +
-           std::to_string(value.num > 0 ? value.den : 0);
-  };
-  const Ratio usual = {25, 1};
-  info->y4m_words = ratio('F', info->rate.num > 0 ? info->rate : usual) +
-                    " Ip" + ratio('A', info->aspect);
-  if (info->layout->code == VEXO_FMT_YUV420) {
-    info->y4m_chroma = info->colour.siting == 1 ? "420mpeg2" : "420jpeg";
-  }
-}
-
 class Reader : public VideoReader {
  public:
   Reader(std::unique_ptr<ByteSource> source, const VideoWish &wish)
@@ -63,13 +49,16 @@ class Reader : public VideoReader {
         decoded->format != format_) {
       throw Error(file_.name() + ": pictures of different sizes or kinds");
     }
-    time_ = seconds_of(*decoded);
+    showing_ = showing_of(*decoded);
     take_frame(decoded, info_.colour, &frame);
     return true;
   }
 
+  Showing showing() const override { return showing_; }
   double duration() const override { return file_.duration(); }
-  double time() const override { return time_; }
+  double time() const override {
+    return seconds_of_ticks(*stream_, showing_.at.value_or(AV_NOPTS_VALUE));
+  }
 
   void seek_near(double seconds) override {
     if (seek_before(seconds)) next_ = nullptr;
@@ -122,22 +111,29 @@ class Reader : public VideoReader {
                   (name != nullptr ? name : "unknown pixels") +
                   ", for which there is no layout");
     }
-    info_.color_std = standard_of(info_.colour, info_.width, info_.height);
-    set_y4m(&info_);
+    info_.color_std =
+        is_rgb(*info_.layout)
+            ? VEXO_STD_DEFAULT
+            : standard_of(info_.colour, info_.width, info_.height);
+    if (info_.colour.siting == 1) info_.y4m_chroma = "420mpeg2";
   }
 
-  double seconds_of(const AVFrame &frame) const {
-    if (frame.best_effort_timestamp == AV_NOPTS_VALUE) return 0;
-    const int64_t start =
-        stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
-    return static_cast<double>(frame.best_effort_timestamp - start) *
-           av_q2d(stream_->time_base);
+  static Showing showing_of(const AVFrame &frame) {
+    Showing showing;
+    if (frame.best_effort_timestamp != AV_NOPTS_VALUE) {
+      showing.at = frame.best_effort_timestamp;
+    }
+#if LIBAVUTIL_VERSION_MAJOR >= 58
+    showing.length = frame.duration;
+#else
+    showing.length = frame.pkt_duration;
+#endif
+    return showing;
   }
 
   int64_t ticks_of(double seconds) const {
-    const int64_t start =
-        stream_->start_time == AV_NOPTS_VALUE ? 0 : stream_->start_time;
-    return start + std::llround(seconds / av_q2d(stream_->time_base));
+    return start_of(*stream_) +
+           std::llround(seconds / av_q2d(stream_->time_base));
   }
 
   // False where the file cannot be read from elsewhere.
@@ -165,7 +161,8 @@ class Reader : public VideoReader {
       // At or beyond the end it is the last one.
       if (frame == nullptr) return last;
       if (skip_until_ <= 0) return frame;
-      const double time = seconds_of(*frame);
+      const double time =
+          seconds_of_ticks(*stream_, frame->best_effort_timestamp);
       constexpr double kTick = 1e-6;
       if (time > skip_until_ + kTick && last != nullptr) {
         // Both come: this one after the one that was wanted.
@@ -242,7 +239,7 @@ class Reader : public VideoReader {
   AvFrame next_;
   AvFrame after_;
   double skip_until_ = 0;
-  double time_ = 0;
+  Showing showing_;
   bool ended_ = false;
 };
 
@@ -252,7 +249,5 @@ std::unique_ptr<VideoReader> read_video(std::unique_ptr<ByteSource> source,
                                         const VideoWish &wish) {
   return std::make_unique<Reader>(std::move(source), wish);
 }
-
-bool reads_videos() { return true; }
 
 }  // namespace vexo

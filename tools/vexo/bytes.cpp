@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Input as a stream of bytes, with a look at the first ones.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "error.h"
@@ -12,6 +16,32 @@ namespace vexo {
 namespace {
 
 std::string reason() { return std::strerror(errno); }
+
+[[noreturn]] void no_temporary() {
+  throw Error("cannot write a temporary file: " + reason());
+}
+
+struct Close {
+  void operator()(std::FILE *file) const { std::fclose(file); }
+};
+using OwnFile = std::unique_ptr<std::FILE, Close>;
+
+// Without a name. It may be large, and /tmp may be memory.
+OwnFile temporary_file() {
+  const char *const wanted = std::getenv("TMPDIR");
+  const char *const folders[] = {wanted != nullptr ? wanted : "/var/tmp",
+                                 "/tmp"};
+  for (const char *const folder : folders) {
+    std::string name = std::string(folder) + "/vexo.XXXXXX";
+    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor < 0) continue;
+    unlink(name.c_str());
+    OwnFile file(fdopen(descriptor, "w+b"));
+    if (file != nullptr) return file;
+    close(descriptor);
+  }
+  no_temporary();
+}
 
 }  // namespace
 
@@ -82,6 +112,28 @@ void ByteSource::seek(int64_t offset) {
   if (fseeko(file_, offset, SEEK_SET) != 0) {
     throw Error("cannot read " + name_ + ": " + reason());
   }
+}
+
+void ByteSource::spool() {
+  constexpr int64_t kMost = int64_t{4} << 30;
+  constexpr size_t kPiece = 1 << 20;
+  OwnFile file = temporary_file();
+  std::vector<char> piece(kPiece);
+  int64_t total = 0;
+  for (size_t got = kPiece; got == kPiece;) {
+    got = read(piece.data(), kPiece);
+    total += static_cast<int64_t>(got);
+    if (total > kMost) {
+      throw Error(name_ +
+                  " has its index behind more than 4 GiB: it has to be "
+                  "a file, not a pipe");
+    }
+    if (std::fwrite(piece.data(), 1, got, file.get()) != got) no_temporary();
+  }
+  if (std::fflush(file.get()) != 0) no_temporary();
+  if (file_ != stdin) std::fclose(file_);
+  file_ = file.release();
+  seek(0);
 }
 
 std::optional<std::string> ByteSource::read_line(size_t max_bytes) {

@@ -81,6 +81,11 @@ int32_t standard_of(const Colour &colour, int width, int height) {
   }
 }
 
+int matrix_of(int32_t color_std) {
+  if (color_std == kNoStandard) return Colour::kUnknown;
+  return color_std >= VEXO_STD_BT2020 ? 9 : color_std >= VEXO_STD_BT709 ? 1 : 6;
+}
+
 int source_nit(const Colour &colour) {
   constexpr int kUsual = 1000;
   constexpr int kMost = 10000;

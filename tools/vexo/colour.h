@@ -50,6 +50,9 @@ constexpr bool is_full_range(int32_t color_std) { return color_std % 10 == 1; }
 // have it.
 int32_t standard_of(const Colour &colour, int width, int height);
 
+// The matrix of a standard; of kNoStandard it is unknown.
+int matrix_of(int32_t color_std);
+
 // The peak that the tone mapping takes a stream to have: that of its brightest
 // pixel, else of the display, else 1000.
 int source_nit(const Colour &colour);

@@ -23,7 +23,7 @@ void add_file_options(CLI::App *command, const std::string &size_names,
                       "Layout of raw input; vexo formats lists all");
   command->add_option("--to", options->to, "Layout to write");
   command->add_option("--in-kind", options->in_kind,
-                      "Kind of IN: png, pgm, ppm, y4m, raw, video");
+                      "Kind of IN: png, pgm, ppm, jpeg, webp, y4m, raw, video");
   command->add_option("--out-kind", options->out_kind, "Kind of OUT");
   command
       ->add_option("-j,--jobs", options->jobs,
@@ -70,6 +70,12 @@ void add_step_options(CLI::App *command, StreamOptions *options) {
                       "plain, or smooth: interpolated where YUV becomes RGB");
   command->add_flag("--dither", options->dither, "What loses bits is dithered");
   add_tone_options(command, options);
+}
+
+void add_square_option(CLI::App *command, StreamOptions *options) {
+  command->add_flag("--square-pixels", options->square,
+                    "Enlarges the side that pixels which are not square make "
+                    "too short");
 }
 
 void add_tone_options(CLI::App *command, StreamOptions *options) {

@@ -42,6 +42,9 @@ void add_file_options(CLI::App *command, const std::string &size_names,
 // For commands whose frames may go from YUV to RGB or back on the way.
 void add_step_options(CLI::App *command, StreamOptions *options);
 
+// For commands without a size of their own.
+void add_square_option(CLI::App *command, StreamOptions *options);
+
 // How what is HDR is tone mapped.
 void add_tone_options(CLI::App *command, StreamOptions *options);
 

@@ -12,6 +12,7 @@
 #include "convert.h"
 #include "error.h"
 #include "metrics.h"
+#include "route.h"
 
 namespace vexo {
 namespace {
@@ -22,7 +23,9 @@ constexpr const char *kCompareHelp =
 A line a frame, then the mean: PSNR in decibels of each component and of all
 samples together, and SSIM (windows of 8x8, 4 apart; of all components by their
 numbers of samples). The mean of PSNR is that of all frames' squared errors. B
-is converted to the layout of A. Frames that one of the two lacks are an error.
+is converted to the layout of A; what is YUV in one and RGB in the other, or YUV
+of another matrix or range, is compared as RGB. Frames that one of the two lacks
+are an error.
 
 --map draws the frame that is furthest off: eight times the largest difference
 of each pixel's components, as grey.
@@ -64,48 +67,72 @@ struct FrameScore {
   }
 };
 
+const Layout &comparable(const Layout &layout) {
+  if (has_components(layout)) return layout;
+  if (is_rgb(layout)) return layout_of(VEXO_FMT_RGBA8888);
+  switch (layout.code) {
+    case VEXO_FMT_UYVY:
+    case VEXO_FMT_YUYV:
+    case VEXO_FMT_YV16:
+      return layout_of(VEXO_FMT_YUV422N);
+    case VEXO_FMT_P010LE:
+      return layout_of(VEXO_FMT_YUV420PLANAR16);
+    default:
+      return layout_of(VEXO_FMT_YUV420);
+  }
+}
+
+// Whether equal samples are not equal colours: one side is RGB, their ranges
+// differ or the matrices that both say.
+bool wants_rgb(const StreamInfo &a, const StreamInfo &b) {
+  if (is_rgb(*a.layout) || is_rgb(*b.layout)) return true;
+  if (a.color_std == kNoStandard || b.color_std == kNoStandard ||
+      is_deep(*a.layout) || is_deep(*b.layout)) {
+    return false;
+  }
+  const bool said = a.colour.matrix != Colour::kUnknown &&
+                    b.colour.matrix != Colour::kUnknown;
+  return is_full_range(a.color_std) != is_full_range(b.color_std) ||
+         (said && a.color_std != b.color_std);
+}
+
 // A file's frames in a layout whose components are known.
 class Side {
  public:
-  Side(const StreamOptions &options, const Layout *wanted)
+  explicit Side(const StreamOptions &options)
       : reader_(open_reader(options)),
         source_(taken_info(options, *reader_)),
-        layout_(wanted != nullptr ? wanted : &comparable(*source_.layout)),
         frame_(frame_of(source_)),
-        converted_(*layout_, source_.width, source_.height,
-                   frame_.img().color_std) {}
+        converted_(frame_) {}
 
-  const Layout &layout() const { return *layout_; }
   const StreamInfo &info() const { return source_; }
+
+  void compare_as(const Layout &layout) {
+    if (source_.layout == &layout) return;
+    converts_ = true;
+    StreamInfo info = source_;
+    how_.chroma = interpolation(*info.layout, layout, info);
+    info.layout = &layout;
+    converted_ = frame_of(info);
+  }
 
   // Null at the end.
   const Frame *next() {
     if (!reader_->read(frame_)) return nullptr;
-    if (&frame_.layout() == layout_) return &frame_;
-    if (vexo_picture_convert(context_.get(), &frame_.img(), &converted_.img(),
-                             nullptr) == VEXO_OK) {
-      return &converted_;
-    }
-    throw Error(std::string("pair not supported by the library: ") +
-                frame_.layout().token + " to " + layout_->token);
+    if (!converts_) return &frame_;
+    require_ok(vexo_picture_convert(context_.get(), &frame_.img(),
+                                    &converted_.img(), &how_),
+               "convert", frame_, converted_);
+    return &converted_;
   }
 
  private:
-  static const Layout &comparable(const Layout &layout) {
-    if (has_components(layout)) return layout;
-    const bool pairs = layout.code == VEXO_FMT_UYVY ||
-                       layout.code == VEXO_FMT_YUYV ||
-                       layout.code == VEXO_FMT_YV16;
-    return layout_of(is_rgb(layout) ? VEXO_FMT_RGBA8888
-                     : pairs        ? VEXO_FMT_YUV422N
-                                    : VEXO_FMT_YUV420);
-  }
-
   std::unique_ptr<FrameReader> reader_;
   StreamInfo source_;
-  const Layout *layout_;
   Frame frame_;
   Frame converted_;
+  bool converts_ = false;
+  vexo_picture_options how_ = {};
   const PictureContext context_;
 };
 
@@ -167,23 +194,23 @@ void write_map(const std::string &path, const Frame &map) {
   info.height = map.height();
   StreamOptions options;
   options.out = path;
-  const std::unique_ptr<FrameWriter> writer =
-      open_writer(output_kind(options), path, info, {});
-  std::string bytes;
-  writer->encode(map, &bytes);
-  writer->write(map, bytes);
-  writer->finish();
+  write_picture(output_kind(options), path, info, map, {});
 }
 
 class Comparison {
  public:
   explicit Comparison(const CompareOptions &options)
-      : options_(options), a_(options.a, nullptr), b_(options.b, &a_.layout()) {
+      : options_(options), a_(options.a), b_(options.b) {
     if (a_.info().width != b_.info().width ||
         a_.info().height != b_.info().height) {
       throw Error(options.a.in + " is " + size_of(a_.info()) + ", " +
                   options.b.in + " " + size_of(b_.info()));
     }
+    const Layout &own = comparable(*a_.info().layout);
+    const bool as_rgb = !is_rgb(own) && wants_rgb(a_.info(), b_.info());
+    const Layout &layout = as_rgb ? layout_of(VEXO_FMT_RGB888) : own;
+    a_.compare_as(layout);
+    b_.compare_as(layout);
   }
 
   void run() {

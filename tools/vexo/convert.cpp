@@ -17,6 +17,7 @@
 #include "progress.h"
 #include "route.h"
 #include "stages.h"
+#include "tonemap.h"
 
 namespace vexo {
 namespace {
@@ -33,8 +34,8 @@ a percent sign.
 
 Each step from a layout to the next is the library's chain of conversions that
 loses least. Without --to the layout is one that OUT can hold. The standard
-counts in every step between YUV and RGB, but p010le is always bt601; it is that
-of the input where that says it (XCOLORRANGE of Y4M).
+counts in every step between YUV and RGB; it is that of the input where that
+says it (XCOLORRANGE of Y4M).
 
 Raw frames are planes without gaps, their chroma sizes rounded up: the last
 column and row of an odd picture have chroma of their own. Tiled ones are whole
@@ -78,13 +79,15 @@ int worker_count(const StreamOptions &options, bool encodes) {
 void say(const StreamOptions &options, const StreamInfo &source) {
   const bool guessed =
       options.standard.empty() && source.colour.matrix == Colour::kUnknown;
-  std::fprintf(stderr, "vexo: %s: %dx%d %s, %s; taken as %s%s\n",
+  const std::string mapping =
+      is_mapped(options, source)
+          ? ", tone mapped as " + mapping_text(options, source.colour)
+          : "";
+  std::fprintf(stderr, "vexo: %s: %dx%d %s, %s; taken as %s%s%s\n",
                options.in.c_str(), source.width, source.height,
                source.layout->token, describe(source.colour).c_str(),
-               source.color_std == kNoStandard
-                   ? "no standard"
-                   : standard_name(source.color_std),
-               guessed ? " (guessed)" : "");
+               standard_name(source.color_std), guessed ? " (guessed)" : "",
+               mapping.c_str());
 }
 
 }  // namespace
@@ -92,11 +95,14 @@ void say(const StreamOptions &options, const StreamInfo &source) {
 StreamInfo taken_info(const StreamOptions &options, const FrameReader &reader) {
   StreamInfo source = reader.info();
   source.color_std = wanted_standard(options, source);
+  if (options.verbose) say(options, source);
   if (!options.standard.empty() || !options.range.empty()) {
     source.colour.range =
         is_full_range(source.color_std) ? 2 : std::min(source.colour.range, 1);
   }
-  if (options.verbose) say(options, source);
+  if (!options.standard.empty()) {
+    source.colour.matrix = matrix_of(source.color_std);
+  }
   return source;
 }
 
@@ -107,8 +113,14 @@ Frame frame_of(const StreamInfo &info) {
 }
 
 void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
+  output_kind(options);
+  convert(options, open_reader(options), make, hdr);
+}
+
+void convert(const StreamOptions &options,
+             const std::shared_ptr<FrameReader> &reader,
+             const MakeReshape &make, Hdr hdr) {
   const Kind kind = output_kind(options);
-  const std::shared_ptr<FrameReader> reader = open_reader(options);
   const StreamInfo source = taken_info(options, *reader);
   // Each thread that computes has a way of its own.
   std::vector<std::shared_ptr<Route>> routes;
@@ -126,7 +138,10 @@ void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
   const bool changes = route.changes();
   const int64_t most = options.frames;
   stages.read = [reader, most](Slot &slot) {
-    return (most == 0 || slot.number < most) && reader->read(slot.source);
+    if (most != 0 && slot.number >= most) return false;
+    if (!reader->read(slot.source)) return false;
+    slot.showing = reader->showing();
+    return true;
   };
   for (const std::shared_ptr<Route> &way : routes) {
     stages.compute.emplace_back([way, writer, changes](Slot &slot) {
@@ -136,7 +151,8 @@ void convert(const StreamOptions &options, const MakeReshape &make, Hdr hdr) {
   }
   Progress progress(options.quiet);
   stages.write = [&](Slot &slot) {
-    writer->write(changes ? slot.target : slot.source, slot.bytes);
+    writer->write(changes ? slot.target : slot.source, slot.bytes,
+                  slot.showing);
     progress.one_done();
   };
   const StreamInfo result = route.result();
@@ -152,6 +168,7 @@ void add_convert(CLI::App &app) {
   CLI::App *const command =
       add_stream_command(app, "convert", kConvertHelp, "--size", options.get());
   add_step_options(command, options.get());
+  add_square_option(command, options.get());
   command->callback([options] { convert(*options); });
 }
 

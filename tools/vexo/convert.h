@@ -37,5 +37,9 @@ Frame frame_of(const StreamInfo &info);
 
 void convert(const StreamOptions &options, const MakeReshape &make = {},
              Hdr hdr = Hdr::kMapped);
+// What is open already.
+void convert(const StreamOptions &options,
+             const std::shared_ptr<FrameReader> &reader,
+             const MakeReshape &make, Hdr hdr = Hdr::kMapped);
 
 }  // namespace vexo

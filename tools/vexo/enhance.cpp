@@ -44,7 +44,7 @@ more less and less, from 16/3 N on not at all. 0 changes nothing.
   vexo deblock clip.mp4 smooth.mp4 --strength 12)";
 
 constexpr const char *kSaturateHelp =
-    R"(Maps the chroma of pictures and clips through the library's saturation table.
+    R"(Maps chroma through the library's saturation table.
 
 This is not what a saturation would give. The table is made of 32-bit words read
 as 16-bit ones: an even sample 2k of chroma becomes what N makes of k, that is
@@ -53,10 +53,12 @@ Pictures turn green. One line on standard error says so, unless --quiet.
 
 IN and OUT are those of vexo convert. Frames are worked on in their own layout
 if it has planes of U and V of 8 bits, else as yuv420, and go back to their own
-where the library converts to it and OUT holds it.)";
+where the library converts to it and OUT holds it.
+
+  vexo saturate photo.y4m green.png --quiet)";
 
 constexpr const char *kAnaglyphHelp =
-    R"(Makes red-cyan anaglyphs of pictures and clips of two views side by side.
+    R"(Makes red-cyan anaglyphs of two views side by side.
 
 IN and OUT are those of vexo convert. What is not RGB is converted to rgb888
 first, and goes back to what it was where the library converts to it and OUT
@@ -86,12 +88,6 @@ bool has_chroma_planes(const Layout &layout) {
 void copy_plane(const Frame &src, const Frame &dst, int plane) {
   mlox_blk_mcpy(dst.row(plane, 0), src.row(plane, 0), dst.img().stride[plane],
                 src.img().stride[plane], src.row_bytes(plane), src.rows(plane));
-}
-
-void check_status(int32_t status, const char *what) {
-  if (status == VEXO_OK) return;
-  throw Error(std::string("the library refuses to ") + what + " (status " +
-              std::to_string(status) + ")");
 }
 
 // What changes samples and nothing else, in layouts of which a test is true.
@@ -140,7 +136,7 @@ class Deblock : public Filter {
 
   void apply(const Frame &src, const Frame &dst) override {
     for (int p = 0; p < src.layout().planes; ++p) copy_plane(src, dst, p);
-    check_status(vexo_dbf8x8_yuv(&dst.img(), strength_), "deblock");
+    require_ok(vexo_dbf8x8_yuv(&dst.img(), strength_), "deblock");
   }
 
  private:
@@ -150,7 +146,7 @@ class Deblock : public Filter {
 class Saturate : public Filter {
  public:
   explicit Saturate(int strength) : Filter(has_chroma_planes) {
-    check_status(vexo_vqe_cs_init(strength), "make a saturation table");
+    require_ok(vexo_vqe_cs_init(strength), "make a saturation table");
   }
 
   void apply(const Frame &src, const Frame &dst) override {
@@ -175,7 +171,9 @@ class Anaglyph : public Reshape {
       throw Error("two views side by side have an even width, not " +
                   std::to_string(info->width));
     }
+    const Ratio aspect = info->aspect;
     reshape_stream(info, VEXO_ROT_COPY, info->width / 2, info->height);
+    info->aspect = aspect;
     info->layout = &layout_of(VEXO_FMT_RGB888);
   }
 
@@ -191,7 +189,7 @@ class Anaglyph : public Reshape {
         std::copy_n(from, 3, to);
       }
     }
-    check_status(vexo_fpa(&views, &result, mode_), "make an anaglyph");
+    require_ok(vexo_fpa(&views, &result, mode_), "make an anaglyph");
     mlox_blk_mcpy(dst.row(0, 0), result_.data(), dst.img().stride[0],
                   result.stride[0], result.stride[0], dst.height());
   }
@@ -221,6 +219,7 @@ CLI::App *add_enhancement(CLI::App &app, const char *name, const char *help,
   CLI::App *const command =
       add_stream_command(app, name, help, "--size,--from-size", options);
   add_step_options(command, options);
+  add_square_option(command, options);
   return command;
 }
 

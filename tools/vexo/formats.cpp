@@ -5,13 +5,24 @@
 
 #include <cstdio>
 #include <map>
+#include <vector>
 
 #include "commands.h"
 #include "error.h"
 #include "io.h"
+#include "nearest.h"
 
 namespace vexo {
 namespace {
+
+constexpr const char *kFormatsHelp =
+    R"(Prints the layouts, and which conversions the library has.
+
+Layouts are written as they are named here, or as ffmpeg names those that have
+the same bytes: yuv420p, gray, rgb24, yuv420p10le.
+
+  vexo formats
+  vexo formats --chains --standard bt709)";
 
 struct Standard {
   const char *name;
@@ -127,15 +138,18 @@ int32_t standard_named(const std::string &name) {
   for (const Standard &standard : kStandards) {
     if (name == standard.name) return standard.value;
   }
+  std::vector<std::string> names;
+  for (const Standard &standard : kStandards) names.emplace_back(standard.name);
   throw Error("unknown standard '" + name +
-              "': one of bt601, bt709, bt2020 and these with -full");
+              "': one of bt601, bt709, bt2020 and these with -full" +
+              suggestion(name, names));
 }
 
 const char *standard_name(int32_t color_std) {
   for (const Standard &standard : kStandards) {
     if (color_std == standard.value) return standard.name;
   }
-  return "";
+  return "no standard";
 }
 
 bool library_converts(const Layout &from, const Layout &to, int32_t color_std) {
@@ -144,8 +158,7 @@ bool library_converts(const Layout &from, const Layout &to, int32_t color_std) {
 
 void add_formats(CLI::App &app) {
   const auto options = std::make_shared<FormatsOptions>();
-  CLI::App *const command = app.add_subcommand(
-      "formats", "Prints which conversions the library has.");
+  CLI::App *const command = app.add_subcommand("formats", kFormatsHelp);
   command->add_flag("--json", options->json, "As JSON");
   command->add_flag("--chains", options->chains,
                     "What chains of conversions lead to, in how many passes");

@@ -10,8 +10,8 @@
 
 namespace vexo {
 
-// The library's value for bt601, bt601-full, bt709 or bt709-full, and back.
-// Unknown: Error.
+// The library's value for bt601, bt709, bt2020 or one of these with -full, and
+// back. An unknown name: Error; "no standard" is kNoStandard.
 int32_t standard_named(const std::string &name);
 const char *standard_name(int32_t color_std);
 

@@ -16,12 +16,15 @@ namespace vexo {
 namespace {
 
 constexpr const char *kFourccHelp =
-    R"(Prints the media types that a FourCC or a WAVE format tag stands for.
+    R"(Prints the media types of a FourCC or a WAVE format tag.
 
 CODE is a number, decimal or with 0x, or else one to four characters, filled up
 with spaces: aac is "aac ". 8192 is a number; --text makes characters of it.
 One line a class: its name, the code of the type and the code's name; then the
-same of all classes combined.)";
+same of all classes combined.
+
+  vexo fourcc avc1
+  vexo fourcc 0x2000)";
 
 struct FourccOptions {
   std::string code;

@@ -51,9 +51,13 @@ const Layout &layout_named(const std::string &token) {
               suggestion(token, tokens));
 }
 
+bool is_deep(const Layout &layout) {
+  return layout.code == VEXO_FMT_YUV420PLANAR16 ||
+         layout.code == VEXO_FMT_P010LE;
+}
+
 bool is_rgb(const Layout &layout) {
-  return layout.code >= VEXO_FMT_RGB565 &&
-         layout.code < VEXO_FMT_YUV420PLANAR16;
+  return layout.code >= VEXO_FMT_RGB565 && !is_deep(layout);
 }
 
 void check_size(int64_t width, int64_t height, const std::string &where) {
@@ -101,6 +105,24 @@ Frame::Frame(const vexo_img &img, std::shared_ptr<const void> kept)
   vexo_img dense = {};
   vexo_picture_geometry(&dense, img.format, width_, height_, 1);
   for (int p = 0; p < layout_->planes; ++p) row_bytes_[p] = dense.stride[p];
+}
+
+void require_ok(int32_t status, const std::string &what) {
+  if (status == VEXO_OK) return;
+  throw Error("the library refuses to " + what + ": " +
+              vexo_status_name(status));
+}
+
+void require_ok(int32_t status, const char *what, const Frame &src,
+                const Frame &dst) {
+  if (status == VEXO_OK) return;
+  std::string sentence = what;
+  for (const auto &[word, frame] : {std::pair{" ", &src}, {" to ", &dst}}) {
+    sentence.append(word).append(frame->layout().token).append(" of ");
+    sentence.append(std::to_string(frame->width())).append("x");
+    sentence.append(std::to_string(frame->height()));
+  }
+  require_ok(status, sentence);
 }
 
 vexo_img window_of(const Frame &frame, int x, int y, int width, int height) {

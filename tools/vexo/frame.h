@@ -26,6 +26,8 @@ const Layout &layout_of(int32_t code);
 // By any of its names. Throws Error when no layout has this one.
 const Layout &layout_named(const std::string &token);
 bool is_rgb(const Layout &layout);
+// Of 16-bit words, 10 bits of which count.
+bool is_deep(const Layout &layout);
 
 constexpr int kMaxSide = 32767;
 // Throws Error unless 1 <= side <= kMaxSide for both.
@@ -64,6 +66,11 @@ class Frame {
   size_t size_ = 0;
   std::shared_ptr<const void> kept_;
 };
+
+// Throws Error unless a call that was to do this went well.
+void require_ok(int32_t status, const std::string &what);
+void require_ok(int32_t status, const char *what, const Frame &src,
+                const Frame &dst);
 
 // A part of a frame's pixels. Where layouts pair pixels, its place is rounded
 // down to even.

@@ -9,6 +9,7 @@
 #include "json.h"
 #include "orumlox/rot.h"
 #include "times.h"
+#include "tonemap.h"
 #include "video.h"
 
 namespace vexo {
@@ -51,11 +52,6 @@ std::string ratio_text(const Ratio &ratio, const char *between) {
   return std::to_string(ratio.num) + between + std::to_string(ratio.den);
 }
 
-const char *standard_text(const StreamInfo &info) {
-  return info.color_std == kNoStandard ? "no standard"
-                                       : standard_name(info.color_std);
-}
-
 void print_video(const StreamFacts &stream) {
   std::FILE *const out = standard_output();
   const StreamInfo &info = stream.info;
@@ -73,11 +69,10 @@ void print_video(const StreamFacts &stream) {
                  mirrored(info) ? " mirrored," : "", degrees(info));
   }
   std::fprintf(out, "\n    %s\n    taken as %s", describe(info.colour).c_str(),
-               standard_text(info));
+               standard_name(info.color_std));
   if (info.colour.is_hdr()) {
-    std::fprintf(out, ", tone mapped as %s of %d nits",
-                 info.colour.is_hlg() ? "hlg" : "hdr10",
-                 source_nit(info.colour));
+    std::fprintf(out, ", tone mapped as %s",
+                 mapping_text({}, info.colour).c_str());
   }
   std::fprintf(out, "\n    %lld frames, %zu key frames",
                static_cast<long long>(stream.frames), stream.key_frames.size());
@@ -137,7 +132,7 @@ void print_video_json(const StreamFacts &stream) {
   std::fprintf(out, ", \"frames\": %lld, \"key_frames\": [",
                static_cast<long long>(stream.frames));
   for (size_t i = 0; i < stream.key_frames.size(); ++i) {
-    std::fprintf(out, "%s%.6g", i == 0 ? "" : ", ", stream.key_frames[i]);
+    std::fprintf(out, "%s%.9g", i == 0 ? "" : ", ", stream.key_frames[i]);
   }
   std::fprintf(out, "]");
 }
@@ -146,7 +141,7 @@ void print_facts_json(const std::string &name, const FileFacts &facts) {
   std::FILE *const out = standard_output();
   std::fprintf(out,
                "{\n  \"file\": %s,\n  \"container\": %s,\n  \"duration\": "
-               "%.6g,\n  \"streams\": [",
+               "%.9g,\n  \"streams\": [",
                json_text(name).c_str(), json_text(facts.container).c_str(),
                facts.duration);
   for (size_t i = 0; i < facts.streams.size(); ++i) {
@@ -194,6 +189,7 @@ void print_info(const InfoOptions &options) {
   const FileFacts facts = kind ? plain_facts(std::move(source), *kind)
                                : video_facts(std::move(source));
   (options.json ? print_facts_json : print_facts)(name, facts);
+  if (facts.cut) throw Error(name + " is truncated or damaged");
 }
 
 }  // namespace

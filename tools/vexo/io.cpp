@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "error.h"
+#include "nearest.h"
 #include "orumlox/common.h"
 #include "pixels.h"
 
@@ -106,7 +107,8 @@ class PictureWriter : public FrameWriter {
     encoder_(frame, options_, bytes);
   }
 
-  void write(const Frame &, const std::string &bytes) override {
+  void write(const Frame &, const std::string &bytes,
+             const Showing &) override {
     if (++count_ > 1 && !pattern_.numbered()) {
       throw Error("the input has more than one frame: '" + path_ +
                   "' needs a number, for instance frame%03d.png");
@@ -242,11 +244,20 @@ std::optional<Kind> kind_of_path(const std::string &path) {
 }
 
 Kind kind_named(const std::string &name) {
+  // A picture's ending names it, too; of videos it would be a container.
+  const std::optional<Kind> ending = kind_of_path("." + name);
+  if (ending && *ending != Kind::kVideo) return *ending;
   for (const KindEntry &entry : kKinds) {
     if (name == entry.name) return entry.kind;
   }
-  throw Error("unknown kind of file '" + name +
-              "': one of png, ppm, pgm, y4m, raw");
+  std::string list;
+  std::vector<std::string> names;
+  for (const KindEntry &entry : kKinds) {
+    list.append(list.empty() ? "" : ", ").append(entry.name);
+    names.emplace_back(entry.name);
+  }
+  throw Error("unknown kind of file '" + name + "': one of " + list +
+              suggestion(name, names));
 }
 
 std::optional<Kind> kind_of_content(ByteSource &source) {
@@ -287,6 +298,16 @@ std::unique_ptr<FrameWriter> open_writer(Kind kind, const std::string &path,
                          options);
   }
   return write_raw(NamePattern(path).single_name(path, kind));
+}
+
+void write_picture(Kind kind, const std::string &path, const StreamInfo &info,
+                   const Frame &frame, const EncodeOptions &options) {
+  const std::unique_ptr<FrameWriter> writer =
+      open_writer(kind, path, info, options);
+  std::string bytes;
+  writer->encode(frame, &bytes);
+  writer->write(frame, bytes, {});
+  writer->finish();
 }
 
 void read_planes(ByteSource &source, Frame &frame) {

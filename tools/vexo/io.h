@@ -39,6 +39,9 @@ class ByteSource {
   std::optional<int64_t> size();
   // Of such a file.
   void seek(int64_t offset);
+  // Makes such a file of a pipe: a temporary one, which has no name and goes
+  // with the source. Before the first read.
+  void spool();
   // A line without its newline; nothing at the end of the stream.
   std::optional<std::string> read_line(size_t max_bytes);
   [[noreturn]] void truncated() const;
@@ -102,14 +105,24 @@ struct StreamInfo {
   int32_t color_std = VEXO_STD_DEFAULT;
   // Two of the library's turns, one after the other, make the picture upright.
   uint32_t turns[2] = {};
-  // Frames per second, the shape of a pixel; 0: not said.
+  // Frames per second, on average; the width of a pixel over its height; 0: not
+  // said.
   Ratio rate;
   Ratio aspect;
+  // What times of frames count, in seconds; 0: frames have none.
+  Ratio tick;
   // Y4M alone: the chroma word of the header (empty: none given), and the
-  // words that a copy keeps before it (rate, interlacing, aspect) and after it.
+  // words that a copy keeps before it (rate, interlacing, aspect; empty: those
+  // that follow from the above) and after it.
   std::string y4m_chroma;
   std::string y4m_words;
   std::string y4m_remarks;
+};
+
+// When a frame is shown, and for how long if that is known, in ticks.
+struct Showing {
+  std::optional<int64_t> at;
+  int64_t length = 0;
 };
 
 class FrameReader {
@@ -119,6 +132,8 @@ class FrameReader {
   // False when there is no further frame. The frame is one of the stream's
   // layout and size, and is filled or becomes another one.
   virtual bool read(Frame &frame) = 0;
+  // Of the frame that was read last.
+  virtual Showing showing() const { return {}; }
 };
 
 class FrameWriter {
@@ -129,7 +144,8 @@ class FrameWriter {
   virtual bool encodes() const { return false; }
   // In order, with what encode() has made of the frame. Nothing is opened
   // before the first frame comes: most bad input fails until then.
-  virtual void write(const Frame &frame, const std::string &bytes) = 0;
+  virtual void write(const Frame &frame, const std::string &bytes,
+                     const Showing &showing) = 0;
   // To be called after the last frame; without it nothing stays on disk.
   virtual void finish() = 0;
 };
@@ -179,6 +195,10 @@ std::unique_ptr<FrameWriter> write_raw(const std::string &path);
 std::unique_ptr<FrameWriter> write_video(const std::string &path,
                                          const StreamInfo &info,
                                          const EncodeOptions &options);
+
+// A file with one picture.
+void write_picture(Kind kind, const std::string &path, const StreamInfo &info,
+                   const Frame &frame, const EncodeOptions &options);
 
 // One picture as the bytes of a file, appended.
 using Encoder = void(const Frame &frame, const EncodeOptions &options,

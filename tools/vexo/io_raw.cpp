@@ -27,7 +27,8 @@ class RawReader : public FrameReader {
 class RawWriter : public FrameWriter {
  public:
   explicit RawWriter(const std::string &path) : path_(path) {}
-  void write(const Frame &frame, const std::string &) override {
+  void write(const Frame &frame, const std::string &,
+             const Showing &) override {
     if (!sink_) sink_.emplace(path_);
     write_planes(*sink_, frame);
   }

@@ -15,15 +15,17 @@ constexpr size_t kMaxLine = 4096;
 struct Chroma {
   const char *word;
   int32_t code;
+  // As in Colour.
+  int siting;
 };
 
 // Of several words for one layout the first is written when the input gave
 // none.
 constexpr Chroma kChromas[] = {
-    {"mono", VEXO_FMT_YUV400},     {"420jpeg", VEXO_FMT_YUV420},
-    {"420mpeg2", VEXO_FMT_YUV420}, {"420paldv", VEXO_FMT_YUV420},
-    {"420", VEXO_FMT_YUV420},      {"422", VEXO_FMT_YUV422N},
-    {"444", VEXO_FMT_YUV444},      {"420p10", VEXO_FMT_YUV420PLANAR16},
+    {"mono", VEXO_FMT_YUV400, 0},     {"420jpeg", VEXO_FMT_YUV420, 2},
+    {"420mpeg2", VEXO_FMT_YUV420, 1}, {"420paldv", VEXO_FMT_YUV420, 3},
+    {"420", VEXO_FMT_YUV420, 2},      {"422", VEXO_FMT_YUV422N, 0},
+    {"444", VEXO_FMT_YUV444, 0},      {"420p10", VEXO_FMT_YUV420PLANAR16, 0},
 };
 
 const Chroma *chroma_of_word(std::string_view word) {
@@ -81,6 +83,7 @@ class Y4mReader : public FrameReader {
         }
         info_.layout = &layout_of(chroma->code);
         info_.y4m_chroma = value;
+        info_.colour.siting = chroma->siting;
         return;
       }
       case 'X':
@@ -137,17 +140,16 @@ class Y4mReader : public FrameReader {
 class Y4mWriter : public FrameWriter {
  public:
   Y4mWriter(const std::string &path, const StreamInfo &info) : path_(path) {
-    const std::string words =
-        info.y4m_words.empty() ? " F25:1 Ip A0:0" : info.y4m_words;
     header_ = "YUV4MPEG2 W" + std::to_string(info.width) + " H" +
-              std::to_string(info.height) + words + " C" + chroma_word(info) +
-              info.y4m_remarks;
+              std::to_string(info.height) + words_of(info) + " C" +
+              chroma_word(info) + info.y4m_remarks;
     if (info.colour.range == 1) header_ += " XCOLORRANGE=LIMITED";
     if (info.colour.range == 2) header_ += " XCOLORRANGE=FULL";
     header_ += "\n";
   }
 
-  void write(const Frame &frame, const std::string &) override {
+  void write(const Frame &frame, const std::string &,
+             const Showing &) override {
     if (!sink_) {
       sink_.emplace(path_);
       sink_->write(header_.data(), header_.size());
@@ -159,6 +161,25 @@ class Y4mWriter : public FrameWriter {
   void finish() override { sink_->commit(); }
 
  private:
+  static std::string word(const char *letter, const Ratio &ratio) {
+    return letter + std::to_string(ratio.num) + ":" +
+           std::to_string(ratio.num > 0 ? ratio.den : 0);
+  }
+
+  // Rate, interlacing and aspect.
+  static std::string words_of(const StreamInfo &info) {
+    const bool own = !info.y4m_words.empty();
+    const Ratio usual = {25, 1};
+    std::string words =
+        own ? info.y4m_words
+            : word(" F", info.rate.num > 0 ? info.rate : usual) + " Ip";
+    const bool said = words.find(" A") != std::string::npos;
+    if (!own || (!said && info.aspect.num > 0)) {
+      words += word(" A", info.aspect);
+    }
+    return words;
+  }
+
   // The input's own word while it names the layout that is written.
   static std::string chroma_word(const StreamInfo &info) {
     const Chroma *const given = chroma_of_word(info.y4m_chroma);

@@ -18,7 +18,7 @@ namespace vexo {
 namespace {
 
 constexpr const char *kKeyframesHelp =
-    R"(Lists the frames of a compressed video stream and which are key frames.
+    R"(Lists the frames of a compressed stream, and which are key frames.
 
 FILE is IVF (vp8, vp9, or another of the codecs below), or a raw stream: Annex B
 of h264 (.h264 .264 .avc) or hevc (.hevc .265 .h265), mpeg4 (.m4v .mpeg4 .mp4v)
@@ -28,7 +28,10 @@ frames do; none may be longer than 64 MiB.
 One line a frame: its number from 0, the offset of its first byte, its size and
 key or -; then the codec and how many there are. Headers belong to the frame
 that they precede; in IVF, those of the frames do not count. Fields of h264 that
-are coded apart are listed apart.)";
+are coded apart are listed apart.
+
+  vexo keyframes clip.h264
+  vexo keyframes - --codec hevc --json <clip.bin)";
 
 struct KeyframesOptions {
   std::string path;

@@ -39,6 +39,14 @@ constexpr vexo::AddCommand *kCommands[] = {
 // Lists commands in a line each, so that all fit a screen.
 class BriefFormatter : public CLI::Formatter {
  public:
+  std::string make_usage(const CLI::App *, std::string) const override {
+    return "Usage: vexo COMMAND [OPTIONS] [FILES]\n"
+           "       vexo [COMMAND] --help; vexo --version\n";
+  }
+  std::string make_group(std::string, bool,
+                         std::vector<const CLI::Option *>) const override {
+    return "";
+  }
   std::string make_subcommand(const CLI::App *command) const override {
     const std::string about = command->get_description();
     std::ostringstream line;
@@ -46,6 +54,24 @@ class BriefFormatter : public CLI::Formatter {
                              about.substr(0, about.find('\n')),
                              get_column_width());
     return line.str();
+  }
+};
+
+// A command's page, of 80 columns.
+class PageFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_desc(const CLI::Option *option) const override {
+    const size_t width = 80 - get_column_width();
+    std::istringstream words(option->get_description());
+    std::string lines;
+    size_t begin = 0;
+    for (std::string word; words >> word; lines += word) {
+      if (lines.empty()) continue;
+      const bool fits = lines.size() - begin + 1 + word.size() <= width;
+      lines += fits ? ' ' : '\n';
+      if (!fits) begin = lines.size();
+    }
+    return lines;
   }
 };
 
@@ -76,8 +102,7 @@ std::string usage_sentence(CLI::App &app, const CLI::ParseError &error) {
 
 int run(int argc, char **argv) {
   CLI::App app{
-      "Converts, scales, turns, tone maps, enhances and compares pictures and "
-      "videos; makes\nthumbnails, contact sheets and anaglyphs of them.",
+      "Converts, scales, turns, tone maps and compares pictures and videos.",
       "vexo"};
   app.set_version_flag("--version", "vexo " VEXO_VERSION);
   app.require_subcommand(1);
@@ -85,13 +110,14 @@ int run(int argc, char **argv) {
   brief->column_width(14);
   app.formatter(brief);
   app.footer(
-      "vexo COMMAND --help says more, with examples. Statuses: 0 when all was\n"
-      "done, 1 when something failed, 2 for a command line that is not "
+      "vexo COMMAND --help says more, with examples. The exit status is 0 when "
+      "all was\ndone, 1 when something failed, 2 for a command line that is "
+      "not "
       "understood.");
   for (vexo::AddCommand *const add : kCommands) add(app);
   for (CLI::App *const command :
        app.get_subcommands([](CLI::App *) { return true; })) {
-    command->formatter(std::make_shared<CLI::Formatter>());
+    command->formatter(std::make_shared<PageFormatter>());
     command->footer("");
   }
   try {

@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "crop.h"
 #include "error.h"
 #include "formats.h"
 #include "orumlox/csc_new.h"
+#include "scale.h"
 #include "tonemap.h"
-#include "upright.h"
+#include "turns.h"
 
 namespace vexo {
 namespace {
@@ -57,30 +59,40 @@ void convert_step(const PictureContext &context,
                   const Frame &dst) {
   vexo_img in = src.img();
   vexo_img out = dst.img();
-  // As vexo_csc has it.
-  if (in.format == VEXO_FMT_P010LE) in.color_std = out.color_std = 0;
-  const int32_t status = vexo_picture_convert(context.get(), &in, &out, &how);
-  if (status == VEXO_OK) return;
-  throw Error(std::string("the library refuses ") + src.layout().token +
-              " to " + dst.layout().token + " at " +
-              std::to_string(src.width()) + "x" + std::to_string(src.height()) +
-              " (status " + std::to_string(status) + ")");
+  // That of RGB is the one of its way back to YUV.
+  for (vexo_img *const img : {&in, &out}) {
+    if (is_rgb(layout_of(img->format))) img->color_std = 0;
+  }
+  require_ok(vexo_picture_convert(context.get(), &in, &out, &how), "convert",
+             src, dst);
 }
 
 }  // namespace
 
+int32_t interpolation(const Layout &from, const Layout &to,
+                      const StreamInfo &info) {
+  if (vexo_csc_new_supports(from.code, to.code, known(info.color_std)) == 0) {
+    return VEXO_CHROMA_AS_IT_IS;
+  }
+  return info.colour.siting == 2 ? VEXO_CHROMA_CENTRE : VEXO_CHROMA_LEFT;
+}
+
 Route::Route(const StreamOptions &options, Kind kind, const StreamInfo &source,
              const MakeReshape &make, Hdr hdr)
-    : smooth_(is_smooth(options)), dither_(options.dither) {
-  steps_.push_back({source, nullptr});
+    : smooth_(is_smooth(options)),
+      dither_(options.dither),
+      chooses_(kind == Kind::kVideo && options.standard.empty() &&
+               options.range.empty()) {
+  add(source, nullptr);
   const bool mapped = hdr == Hdr::kMapped && is_mapped(options, source);
   if (mapped) reshape(make_tonemap(options, kind, !make));
   if (!options.keep_turn) {
     for (const uint32_t turn : source.turns) {
-      if (turn != 0) reshape(make_upright(turn));
+      if (turn != 0) reshape(make_turn(turn));
     }
   }
   if (!options.crop.empty()) reshape(make_crop(options.crop));
+  if (options.square && pixel_shape(source) != 1) reshape(make_squaring());
   const Layout *home = steps_.back().info.layout;
   if (make) {
     const size_t steps = steps_.size();
@@ -94,18 +106,23 @@ Route::Route(const StreamOptions &options, Kind kind, const StreamInfo &source,
   }
 }
 
+void Route::add(StreamInfo info, std::unique_ptr<Reshape> reshape) {
+  // The library's BT.709 makes white of RGB too bright, and it has no BT.2020
+  // from there. What is written says that it is BT.601 then.
+  if (chooses_ && is_rgb(*info.layout)) info.color_std = VEXO_STD_DEFAULT;
+  steps_.push_back({std::move(info), std::move(reshape)});
+}
+
 vexo_picture_options Route::how(const Layout &from, const Layout &to,
                                 const StreamInfo &info) const {
   vexo_picture_options how = {};
   how.dither = dither_ ? 1 : 0;
   const int32_t color_std = known(info.color_std);
-  if (vexo_csc_new_supports(from.code, to.code, color_std) == 0) return how;
   const bool fine =
       color_std != VEXO_STD_DEFAULT &&
       (from.code == VEXO_FMT_YUV422N || from.code == VEXO_FMT_YUV444);
   if (smooth_ || fine || color_std >= VEXO_STD_BT2020) {
-    how.chroma =
-        info.colour.siting == 2 ? VEXO_CHROMA_CENTRE : VEXO_CHROMA_LEFT;
+    how.chroma = interpolation(from, to, info);
   }
   return how;
 }
@@ -130,12 +147,11 @@ void Route::convert_to(const Layout &layout) {
   check_conversion(*info.layout, layout);
   const bool had = has_standard(*info.layout);
   if (!had && has_standard(layout)) {
-    const bool full = is_full_range(info.color_std);
-    info.colour.range = full ? 2 : info.colour.range == 2 ? 0 : 1;
-    info.colour.matrix = info.color_std < VEXO_STD_BT709 ? 6 : 1;
+    info.colour.range = is_full_range(info.color_std) ? 2 : 1;
+    info.colour.matrix = matrix_of(info.color_std);
   }
   info.layout = &layout;
-  steps_.push_back({info, nullptr});
+  add(std::move(info), nullptr);
 }
 
 void Route::reshape(std::unique_ptr<Reshape> reshape) {
@@ -143,7 +159,7 @@ void Route::reshape(std::unique_ptr<Reshape> reshape) {
   StreamInfo info = steps_.back().info;
   reshape->announce(&info);
   check_size(info.width, info.height, "the output");
-  steps_.push_back({info, std::move(reshape)});
+  add(std::move(info), std::move(reshape));
 }
 
 // The layout to write when the command line names none: the first that the
@@ -216,7 +232,7 @@ void Route::run(const Frame &source, const Frame &target) {
     if (steps_[i].reshape != nullptr) {
       steps_[i].reshape->apply(*from, to);
     } else {
-      const StreamInfo &info = steps_[i].info;
+      const StreamInfo &info = steps_[i - 1].info;
       convert_step(context_, how(from->layout(), to.layout(), info), *from, to);
     }
     from = &to;

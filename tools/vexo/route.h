@@ -11,6 +11,10 @@
 
 namespace vexo {
 
+// One of VEXO_CHROMA_: how chroma is interpolated on a way, if it is.
+int32_t interpolation(const Layout &from, const Layout &to,
+                      const StreamInfo &info);
+
 // Serves one thread: has its own memory.
 class Route {
  public:
@@ -32,6 +36,7 @@ class Route {
     std::unique_ptr<Reshape> reshape;
   };
 
+  void add(StreamInfo info, std::unique_ptr<Reshape> reshape);
   // Goes on by a conversion, if one is needed.
   void convert_to(const Layout &layout);
   void reshape(std::unique_ptr<Reshape> reshape);
@@ -45,6 +50,8 @@ class Route {
 
   bool smooth_ = false;
   bool dither_ = false;
+  // Whether the standard of what is written is the tool's to choose.
+  bool chooses_ = false;
   std::vector<Step> steps_;
   std::vector<Frame> between_;
   PictureContext context_;

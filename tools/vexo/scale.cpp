@@ -3,13 +3,14 @@
 // vexo scale and vexo rotate: pictures of another size or another way up, in
 // the layout that they come in. Only then are they converted to what the output
 // holds.
+#include "scale.h"
+
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "commands.h"
-#include "convert.h"
 #include "error.h"
-#include "orumlox/picture.h"
-#include "orumlox/rot.h"
 #include "orumlox/rsz.h"
 #include "turns.h"
 
@@ -20,12 +21,16 @@ constexpr const char *kScaleHelp =
     R"(Scales pictures and clips, and turns them on the way if asked to.
 
 IN and OUT are those of vexo convert. Frames are scaled in the layout that IN
-holds, each plane for itself, and then converted to what OUT holds or --to says.
-With --rotate only YUV is scaled, but by --filter lanczos, which is slower and
-keeps more, everything that it knows.
+holds, each plane for itself (tiles as nv12), and then converted to what OUT
+holds or --to says.
 
-  vexo scale clip.mp4 small.mp4 --size 640x360
-  vexo scale photo.y4m upright.png --size 104x160 --rotate right)";
+--size is exact: where it has another shape than IN, pixels are not square, and
+Y4M and videos say so. --fit keeps the shape in which IN is shown, with square
+pixels and even sides. Sizes are those after the turn.
+
+  vexo scale clip.mp4 small.mp4 --fit 640x640
+  vexo scale photo.y4m upright.png --size 104x160 --rotate right
+  vexo scale clip.mp4 best.mp4 --size 640x360 --filter lanczos)";
 
 constexpr const char *kRotateHelp =
     R"(Turns or mirrors pictures and clips.
@@ -33,13 +38,15 @@ constexpr const char *kRotateHelp =
 IN and OUT are those of vexo convert. Frames are turned in the layout that IN
 holds, each plane for itself, and then converted to what OUT holds or --to says.
 4:2:2 has half its chroma rows, not columns, after a quarter turn: yuv422n
-becomes yuv422w.
+becomes yuv422w. Tiles are turned as nv12.
 
   vexo rotate photo.png mirrored.png --turn mirror
   vexo rotate clip.mp4 upright.mp4 --turn right)";
 
 struct ScaleOptions : StreamOptions {
+  // Exactly this, or what fits into that; neither: square pixels.
   std::string size;
+  std::string fit;
   // Empty: no turn.
   std::string rotate;
   std::string filter = "plain";
@@ -50,113 +57,90 @@ struct RotateOptions : StreamOptions {
   std::string turn;
 };
 
-void check_status(int32_t status, const char *what, const Frame &src,
-                  const Frame &dst) {
-  if (status == VEXO_OK) return;
-  const auto size = [](const Frame &frame) {
-    return std::to_string(frame.width()) + "x" + std::to_string(frame.height());
-  };
-  throw Error(std::string("the library refuses to ") + what + " " +
-              src.layout().token + " from " + size(src) + " to " + size(dst) +
-              " (status " + std::to_string(status) + ")");
+// The nearest even number of pixels that is not too large; 1 if that is most.
+int even_side(double side, int most) {
+  const long largest = most < 2 ? 1 : most / 2 * 2;
+  return static_cast<int>(
+      std::clamp(2 * std::lround(side / 2), std::min(largest, 2L), largest));
 }
 
 class Scale : public Reshape {
  public:
   explicit Scale(const ScaleOptions &options)
-      : mode_(options.mode1 ? VEXO_MODE_MOD1 : 0),
-        filter_(options.filter == "lanczos" ? VEXO_FILTER_LANCZOS
-                                            : VEXO_FILTER_PLAIN) {
-    parse_size(options.size, "--size", &width_, &height_);
+      : fits_(!options.fit.empty()), squares_(options.size.empty()) {
+    how_.mode = options.mode1 ? VEXO_MODE_MOD1 : 0;
+    how_.filter =
+        options.filter == "lanczos" ? VEXO_FILTER_LANCZOS : VEXO_FILTER_PLAIN;
+    if (fits_) {
+      parse_size(options.fit, "--fit", &width_, &height_);
+    } else if (!squares_) {
+      parse_size(options.size, "--size", &width_, &height_);
+    }
     if (!options.rotate.empty()) {
-      rotation_ = turn_named(options.rotate, "--rotate");
+      how_.rotation =
+          static_cast<int32_t>(turn_named(options.rotate, "--rotate"));
     }
   }
 
   void announce(StreamInfo *info) override {
-    // The library would scale and silently leave the mirroring out.
-    if (rotation_ > VEXO_ROT_180 && filter_ == VEXO_FILTER_PLAIN &&
-        (info->width != width_ || info->height != height_)) {
-      throw Error(
-          "--rotate mirrors only what keeps its size: scale, then "
-          "vexo rotate");
-    }
-    reshape_stream(info, rotation_, width_, height_);
+    if (squares_) choose_size(*info);
+    reshape_stream(info, static_cast<uint32_t>(how_.rotation), width_, height_);
+    if (squares_) set_square(info);
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    vexo_img out = dst.img();
-    // The library compares the codes, also where the planes of a turned layout
-    // are another's.
-    out.format = src.img().format;
-    out.mode = mode_;
-    // What vexo_rsz does not scale.
-    if (filter_ != VEXO_FILTER_PLAIN ||
-        src.img().format >= VEXO_FMT_YUV420PLANAR16) {
-      vexo_picture_options how = {};
-      how.rotation = static_cast<int32_t>(rotation_);
-      how.mode = mode_;
-      how.filter = filter_;
-      out.format = dst.img().format;
-      out.color_std = src.img().color_std;
-      check_status(vexo_picture_scale(nullptr, &src.img(), &out, &how), "scale",
-                   src, dst);
-      return;
-    }
-    if (rotation_ == VEXO_ROT_COPY) {
-      check_status(vexo_rsz(&src.img(), &out), "scale", src, dst);
-    } else {
-      check_status(vexo_rsz_rot(&src.img(), rotation_, &out), "scale and turn",
-                   src, dst);
-    }
-  }
-
- private:
-  int width_ = 0;
-  int height_ = 0;
-  uint32_t rotation_ = VEXO_ROT_COPY;
-  int32_t mode_;
-  int32_t filter_;
-};
-
-class Rotate : public Reshape {
- public:
-  explicit Rotate(const std::string &turn)
-      : rotation_(turn_named(turn, "--turn")) {}
-
-  void announce(StreamInfo *info) override {
-    int width = info->width;
-    int height = info->height;
-    if (is_quarter(rotation_)) std::swap(width, height);
-    reshape_stream(info, rotation_, width, height);
-  }
-
-  void apply(const Frame &src, const Frame &dst) override {
-    if (src.img().format < VEXO_FMT_YUV420PLANAR16) {
-      check_status(vexo_rot(&src.img(), rotation_, &dst.img()), "turn", src,
-                   dst);
-      return;
-    }
     vexo_img out = dst.img();
     out.color_std = src.img().color_std;
-    vexo_picture_options how = {};
-    how.rotation = static_cast<int32_t>(rotation_);
-    check_status(vexo_picture_turn(nullptr, &src.img(), &out, &how), "turn",
-                 src, dst);
+    require_ok(vexo_picture_scale(context_.get(), &src.img(), &out, &how_),
+               "scale", src, dst);
   }
 
  private:
-  uint32_t rotation_;
+  // Sides in square pixels, after the turn.
+  void choose_size(const StreamInfo &info) {
+    const double shape = pixel_shape(info);
+    double width = info.width * std::max(shape, 1.0);
+    double height = info.height / std::min(shape, 1.0);
+    if (!fits_) {
+      // One side grows; what is too large is refused.
+      constexpr int kMost = kMaxSide + 1;
+      width_ = shape > 1 ? even_side(width, kMost) : info.width;
+      height_ = shape < 1 ? even_side(height, kMost) : info.height;
+      return;
+    }
+    if (is_quarter(static_cast<uint32_t>(how_.rotation))) {
+      std::swap(width, height);
+    }
+    const double scale = std::min(width_ / width, height_ / height);
+    width_ = even_side(width * scale, width_);
+    height_ = even_side(height * scale, height_);
+  }
+
+  bool fits_;
+  bool squares_;
+  int width_ = 0;
+  int height_ = 0;
+  vexo_picture_options how_ = {};
+  const PictureContext context_;
 };
 
 }  // namespace
+
+std::unique_ptr<Reshape> make_squaring() {
+  return std::make_unique<Scale>(ScaleOptions());
+}
 
 void add_scale(CLI::App &app) {
   const auto options = std::make_shared<ScaleOptions>();
   CLI::App *const command = add_stream_command(app, "scale", kScaleHelp,
                                                "--from-size", options.get());
   add_step_options(command, options.get());
-  command->add_option("--size", options->size, "WxH of the output")->required();
+  CLI::Option *const size =
+      command->add_option("--size", options->size, "WxH of the output");
+  command
+      ->add_option("--fit", options->fit,
+                   "WxH in which it fits, as wide to high as it is shown")
+      ->excludes(size);
   command->add_flag("--mode1", options->mode1,
                     "The second kind of enlargement");
   command
@@ -165,9 +149,11 @@ void add_scale(CLI::App &app) {
       ->check(CLI::IsMember({"plain", "lanczos"}));
   command->add_option(
       "--rotate", options->rotate,
-      "left, right or half; the library's codes 0 to 5, of which "
-      "4 and 5 (mirror, flip) need an unchanged size");
+      "left, right, half, mirror, flip or the library's codes 0 to 5");
   command->callback([options] {
+    if (options->size.empty() && options->fit.empty()) {
+      throw CLI::RequiredError("--size or --fit");
+    }
     convert(*options, [&] { return std::make_unique<Scale>(*options); });
   });
 }
@@ -177,11 +163,13 @@ void add_rotate(CLI::App &app) {
   CLI::App *const command =
       add_stream_command(app, "rotate", kRotateHelp, "--size", options.get());
   add_step_options(command, options.get());
+  add_square_option(command, options.get());
   command
       ->add_option("--turn", options->turn, "left, right, half, mirror or flip")
       ->required();
   command->callback([options] {
-    convert(*options, [&] { return std::make_unique<Rotate>(options->turn); });
+    const uint32_t rotation = turn_named(options->turn, "--turn");
+    convert(*options, [=] { return make_turn(rotation); });
   });
 }
 

@@ -131,12 +131,7 @@ void make_sheet(const SheetOptions &options) {
     }
     progress.one_done();
   }
-  const std::unique_ptr<FrameWriter> writer =
-      open_writer(kind, options.out, info, options.encode);
-  std::string bytes;
-  writer->encode(sheet, &bytes);
-  writer->write(sheet, bytes);
-  writer->finish();
+  write_picture(kind, options.out, info, sheet, options.encode);
 }
 
 }  // namespace

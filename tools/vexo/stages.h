@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "frame.h"
+#include "io.h"
 
 namespace vexo {
 
@@ -22,6 +22,7 @@ struct Slot {
 
   Frame source;
   Frame target;
+  Showing showing;
   // What of the output can be made before its turn.
   std::string bytes;
   // Why this one is left out, if it is.

@@ -33,7 +33,8 @@ VideoWish video_wish(const StreamOptions &options) {
   return wish;
 }
 
-std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
+std::unique_ptr<FrameReader> open_reader(const StreamOptions &options,
+                                         bool pick) {
   auto source = std::make_unique<ByteSource>(options.in);
   const std::string &size_name = options.size_name;
   const bool described = !options.from_size.empty() && !options.from.empty();
@@ -73,8 +74,10 @@ std::unique_ptr<FrameReader> open_reader(const StreamOptions &options) {
     throw Error("--stream and --at are for containers, and " + name +
                 " is none");
   }
+  VideoWish wish = video_wish(options);
+  wish.pick = pick;
   std::unique_ptr<FrameReader> reader =
-      video                ? read_video(std::move(source), video_wish(options))
+      video                ? read_video(std::move(source), wish)
       : kind == Kind::kPng ? read_png(std::move(source))
       : kind == Kind::kY4m ? read_y4m(std::move(source))
                            : read_pnm(std::move(source));

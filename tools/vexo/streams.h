@@ -34,6 +34,7 @@ struct StreamOptions {
   std::string at;
   bool tolerant = false;
   std::string crop;
+  bool square = false;
   // plain or smooth.
   std::string chroma;
   bool dither = false;
@@ -52,7 +53,9 @@ void parse_size(const std::string &text, const std::string &option, int *width,
 
 struct VideoWish;
 VideoWish video_wish(const StreamOptions &options);
-std::unique_ptr<FrameReader> open_reader(const StreamOptions &options);
+// `pick`: of a container, key frames alone, for one that stands for all.
+std::unique_ptr<FrameReader> open_reader(const StreamOptions &options,
+                                         bool pick = false);
 Kind output_kind(const StreamOptions &options);
 
 }  // namespace vexo

@@ -83,7 +83,7 @@ class Thumbnail : public Reshape {
     int height = height_;
     if (is_quarter(rotation_)) std::swap(width, height);
     reshape_stream(info, rotation_, width, height);
-    info->aspect = {1, 1};
+    if (fitted_) set_square(info);
   }
 
   void apply(const Frame &src, const Frame &dst) override {
@@ -96,20 +96,14 @@ class Thumbnail : public Reshape {
     const vexo_img out =
         letterbox_ ? window_of(dst, to_.x, to_.y, to_.width, to_.height)
                    : dst.img();
-    const int32_t status =
-        vexo_picture_thumbnail(context_.get(), &in, &out, &options);
-    if (status == VEXO_OK) return;
-    throw Error(std::string("the library refuses to make a thumbnail: ") +
-                vexo_status_name(status));
+    require_ok(vexo_picture_thumbnail(context_.get(), &in, &out, &options),
+               "make a thumbnail of", src, dst);
   }
 
  private:
   // Finds what part of the picture goes where, by the shape of its pixels.
   void fit(const StreamInfo &info) {
-    const double pixel =
-        info.aspect.num > 0
-            ? static_cast<double>(info.aspect.num) / info.aspect.den
-            : 1;
+    const double pixel = pixel_shape(info);
     double shown_width = info.width * pixel;
     const double shown_height = info.height;
     if (fill_) {

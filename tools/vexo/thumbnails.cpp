@@ -26,7 +26,7 @@ namespace vexo {
 namespace {
 
 constexpr const char *kThumbnailHelp =
-    R"(Makes thumbnails of pictures, clips and videos, and turns them if asked to.
+    R"(Makes thumbnails of pictures, clips and videos.
 
 FILES are IN and OUT, or with --out-dir any number of inputs. IN and OUT are
 those of vexo convert. 4:2:0 is scaled as it is, as nv12, all else as rgba8888,
@@ -53,30 +53,23 @@ struct Options : ThumbnailOptions {
 
 bool holds_one(Kind kind) { return is_picture(kind) || kind == Kind::kPgm; }
 
-// What is read by ffmpeg's libraries, and has more than one frame.
-std::unique_ptr<VideoReader> open_video(const Options &options) {
-  if (!reads_videos() || !options.in_kind.empty() || options.frames > 0 ||
-      kind_of_path(options.in) == Kind::kRaw) {
-    return nullptr;
-  }
-  auto source = std::make_unique<ByteSource>(options.in);
-  if (kind_of_content(*source) || !options.from_size.empty()) return nullptr;
-  VideoWish wish = video_wish(options);
-  wish.pick = options.at.empty();
-  return read_video(std::move(source), wish);
+// Whether a video's picture is the tool's to choose.
+bool picks(const Options &options) {
+  return options.at.empty() && options.frames == 0;
 }
 
-// A video's picture, as the bytes of a file.
-std::string video_picture(const Options &options, VideoReader &video,
-                          Kind kind) {
-  const StreamInfo source = taken_info(options, video);
+// One picture of the input, as the bytes of a file.
+std::string picture_of(const Options &options, FrameReader &reader, Kind kind) {
+  const StreamInfo source = taken_info(options, reader);
   Route route(
       options, kind, source, [&options] { return make_thumbnail(options); },
       Hdr::kMapped);
   Frame frame = frame_of(source);
-  const bool found =
-      options.at.empty() ? pick_frame(video, &frame) : video.read(frame);
-  if (!found) throw Error(options.in + ": no frame is there");
+  auto *const video = dynamic_cast<VideoReader *>(&reader);
+  const bool found = video != nullptr && picks(options)
+                         ? pick_frame(*video, &frame)
+                         : reader.read(frame);
+  if (!found) throw Error(options.in + " has no frame");
   const Frame small = frame_of(route.result());
   route.run(frame, small);
   std::string bytes;
@@ -91,37 +84,18 @@ void write_file(const std::string &path, const std::string &bytes) {
   sink.commit();
 }
 
-// A picture or a clip of which all frames are wanted, or a video's one picture.
+// All frames of a picture or a clip, or one of a video.
 void make_one(const Options &options) {
   const Kind kind = output_kind(options);
-  if (holds_one(kind) && options.in != "-" &&
-      options.out.find('%') == std::string::npos) {
-    if (const auto video = open_video(options)) {
-      write_file(options.out, video_picture(options, *video, kind));
-      return;
-    }
+  const bool one = holds_one(kind) && options.frames == 0 &&
+                   options.out.find('%') == std::string::npos;
+  const std::shared_ptr<FrameReader> reader =
+      open_reader(options, one && picks(options));
+  if (one && dynamic_cast<VideoReader *>(reader.get()) != nullptr) {
+    write_file(options.out, picture_of(options, *reader, kind));
+  } else {
+    convert(options, reader, [&options] { return make_thumbnail(options); });
   }
-  convert(options, [&options] { return make_thumbnail(options); });
-}
-
-// A file's first frame, whatever it is.
-std::string one_picture(const Options &options, Kind kind) {
-  if (const auto video = open_video(options)) {
-    return video_picture(options, *video, kind);
-  }
-  const std::unique_ptr<FrameReader> reader = open_reader(options);
-  const StreamInfo source = taken_info(options, *reader);
-  Route route(
-      options, kind, source, [&options] { return make_thumbnail(options); },
-      Hdr::kMapped);
-  Frame frame = frame_of(source);
-  if (!reader->read(frame)) throw Error(options.in + " has no frame");
-  const Frame small = frame_of(route.result());
-  route.run(frame, small);
-  std::string bytes;
-  open_writer(kind, options.out, route.result(), options.encode)
-      ->encode(small, &bytes);
-  return bytes;
 }
 
 std::string base_of(const std::string &path) {
@@ -176,7 +150,7 @@ void make_many(const Options &options) {
     slot.complaint.clear();
     const Options one = of_file(slot.number);
     try {
-      slot.bytes = one_picture(one, kind);
+      slot.bytes = picture_of(one, *open_reader(one, picks(one)), kind);
     } catch (const std::exception &error) {
       slot.complaint = error.what();
       // Which file it was, whatever failed.
@@ -211,7 +185,7 @@ void make_many(const Options &options) {
 
 void run_thumbnail(Options &options) {
   if (options.size.empty() == options.fit.empty()) {
-    throw Error("a thumbnail has one of --size and --fit");
+    throw CLI::RequiredError("one of --size and --fit");
   }
   if ((options.letterbox || options.fill) && options.fit.empty()) {
     throw Error("--letterbox and --fill are for --fit");

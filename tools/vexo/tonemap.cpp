@@ -13,7 +13,7 @@ namespace vexo {
 namespace {
 
 constexpr const char *kTonemapHelp =
-    R"(Tone maps HDR pictures and clips (BT.2020, PQ or HLG) to SDR (BT.709).
+    R"(Tone maps HDR (BT.2020, PQ or HLG) to SDR (BT.709).
 
 IN is a Y4M of 10-bit 4:2:0 (C420p10) or raw frames of yuv420Planar16 or p010le,
 of video range; OUT is as for vexo convert. The library writes rgb888, rgba8888,
@@ -30,15 +30,25 @@ of 2000 or of more than 4000. hlg has none: neither option changes anything.
   vexo tonemap hdr.mkv sdr.mp4
   vexo tonemap hdr.y4m sdr%03d.png --kind hdr10-mild --nit 4000)";
 
-int32_t kind_code(const std::string &name) {
-  constexpr std::pair<const char *, int32_t> kKinds[] = {
-      {"hdr10", VEXO_HDR_HDR10},
-      {"hdr10-mild", VEXO_HDR_HDR10_MILD},
-      {"hlg", VEXO_HDR_HLG}};
-  for (const auto &[known, code] : kKinds) {
-    if (name == known) return code;
+struct MappingKind {
+  const char *name;
+  int32_t code;
+};
+constexpr MappingKind kKinds[] = {{"hdr10", VEXO_HDR_HDR10},
+                                  {"hdr10-mild", VEXO_HDR_HDR10_MILD},
+                                  {"hlg", VEXO_HDR_HLG}};
+
+const MappingKind &kind_of(const StreamOptions &options, const Colour &colour) {
+  if (options.kind.empty()) return kKinds[colour.is_hlg() ? 2 : 0];
+  for (const MappingKind &kind : kKinds) {
+    if (options.kind == kind.name) return kind;
   }
-  throw Error("--kind '" + name + "' is none of hdr10, hdr10-mild, hlg");
+  throw Error("--kind '" + options.kind +
+              "' is none of hdr10, hdr10-mild, hlg");
+}
+
+int nit_of(const StreamOptions &options, const Colour &colour) {
+  return options.nit > 0 ? options.nit : source_nit(colour);
 }
 
 // The layout that is written or, if the library does not tone map into that,
@@ -64,14 +74,12 @@ class Tonemap : public Reshape {
       : options_(options),
         output_(output),
         last_(last),
-        full_range_(!command || is_picture(output)) {
-    if (!options.kind.empty()) how_.hdr_kind = kind_code(options.kind);
-  }
+        full_range_(!command || is_picture(output)) {}
 
   void announce(StreamInfo *info) override {
+    how_.hdr_kind = kind_of(options_, info->colour).code;
     const Layout &source = *info->layout;
-    if (source.code != VEXO_FMT_YUV420PLANAR16 &&
-        source.code != VEXO_FMT_P010LE) {
+    if (!is_deep(source)) {
       throw Error(std::string("the input holds ") + source.token +
                   ": only yuv420Planar16 (Y4M: 420p10) and p010le are tone "
                   "mapped");
@@ -80,11 +88,7 @@ class Tonemap : public Reshape {
       throw Error(
           "the input is of full range: only luma of 64 to 940 is tone mapped");
     }
-    if (options_.kind.empty()) {
-      how_.hdr_kind = info->colour.is_hlg() ? VEXO_HDR_HLG : VEXO_HDR_HDR10;
-    }
-    how_.source_nit =
-        options_.nit > 0 ? options_.nit : source_nit(info->colour);
+    how_.source_nit = nit_of(options_, info->colour);
     how_.measure = options_.measure ? 1 : 0;
     how_.full_range = full_range_ ? 1 : 0;
     // Chroma stays where the source has it: in video, with the left pixel.
@@ -99,11 +103,9 @@ class Tonemap : public Reshape {
   }
 
   void apply(const Frame &src, const Frame &dst) override {
-    const int32_t status =
-        vexo_picture_tonemap(context_.get(), &src.img(), &dst.img(), &how_);
-    if (status == VEXO_OK) return;
-    throw Error(std::string("the library refuses to tone map: ") +
-                vexo_status_name(status));
+    require_ok(
+        vexo_picture_tonemap(context_.get(), &src.img(), &dst.img(), &how_),
+        "tone map", src, dst);
   }
 
  private:
@@ -127,6 +129,11 @@ bool is_mapped(const StreamOptions &options, const StreamInfo &source) {
   return source.colour.is_hdr();
 }
 
+std::string mapping_text(const StreamOptions &options, const Colour &colour) {
+  return std::string(kind_of(options, colour).name) + " of " +
+         std::to_string(nit_of(options, colour)) + " nits";
+}
+
 std::unique_ptr<Reshape> make_tonemap(const StreamOptions &options, Kind kind,
                                       bool last) {
   return std::make_unique<Tonemap>(options, kind, last, false);
@@ -137,8 +144,8 @@ void add_tonemap(CLI::App &app) {
   CLI::App *const command =
       add_stream_command(app, "tonemap", kTonemapHelp, "--size", options.get());
   add_tone_options(command, options.get());
+  add_square_option(command, options.get());
   command->callback([options] {
-    options->keep_turn = true;
     const Kind kind = output_kind(*options);
     convert(
         *options,

@@ -5,9 +5,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
-#include "io.h"
+#include "convert.h"
 
 namespace vexo {
 
@@ -17,8 +18,16 @@ uint32_t turn_named(const std::string &name, const char *option);
 
 bool is_quarter(uint32_t rotation);
 
+// How wide a pixel is for its height; 1 where nothing is said.
+double pixel_shape(const StreamInfo &info);
+
 // Makes of what the input's frames are what they become; the size is that after
-// the turn. Throws Error when no layout holds a picture so turned.
+// the turn. Pixels get the shape that leaves the picture's alone.
 void reshape_stream(StreamInfo *info, uint32_t rotation, int width, int height);
+// Where that shape is that of a square but for the rounding of sides.
+void set_square(StreamInfo *info);
+
+// Turns or mirrors by one of the library's codes.
+std::unique_ptr<Reshape> make_turn(uint32_t rotation);
 
 }  // namespace vexo

@@ -17,8 +17,9 @@ _vexo() {
         words=$("$tool" formats | sed -n 's/^ *[0-9]\+ \([^ ]\+\) .*/\1/p')
         ;;
       --standard | --std) words='bt601 bt601-full bt709 bt709-full bt2020 bt2020-full' ;;
-      --rotate) words='left right half' ;;
-      --turn) words='left right half mirror flip' ;;
+      --rotate | --turn) words='left right half mirror flip' ;;
+      --filter) words='plain lanczos' ;;
+      --chroma) words='plain smooth' ;;
       --kind) words='hdr10 hdr10-mild hlg none' ;;
       --range) words='limited full' ;;
       --in-kind | --out-kind) words='png pgm ppm jpeg webp y4m raw video' ;;

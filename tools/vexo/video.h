@@ -55,6 +55,8 @@ struct FileFacts {
   std::string container;
   double duration = 0;
   std::vector<StreamFacts> streams;
+  // Whether it ends before it should.
+  bool cut = false;
 };
 
 FileFacts video_facts(std::unique_ptr<ByteSource> source);

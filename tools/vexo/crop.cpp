@@ -1,57 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "upright.h"
+#include "crop.h"
 
 #include <charconv>
 #include <utility>
 
 #include "error.h"
-#include "orumlox/rot.h"
-#include "turns.h"
 
 namespace vexo {
 namespace {
-
-void check(int32_t status, const char *what, const Frame &frame) {
-  if (status == VEXO_OK) return;
-  throw Error(std::string("the library refuses to ") + what + " " +
-              frame.layout().token + ": " + vexo_status_name(status));
-}
-
-class Upright : public Reshape {
- public:
-  explicit Upright(uint32_t rotation) : rotation_(rotation) {}
-
-  const Layout &takes(const Layout &source) const override {
-    if (source.tiled || source.code == VEXO_FMT_P010LE) {
-      return layout_of(VEXO_FMT_NV12);
-    }
-    if (source.code == VEXO_FMT_YV16) return layout_of(VEXO_FMT_YUV422N);
-    if (vexo_rot_supports(source.code, rotation_) != 0) return source;
-    return layout_of(source.code == VEXO_FMT_UYVY ||
-                             source.code == VEXO_FMT_YUYV
-                         ? VEXO_FMT_YUV422N
-                         : VEXO_FMT_YUV420);
-  }
-
-  void announce(StreamInfo *info) override {
-    int width = info->width;
-    int height = info->height;
-    if (is_quarter(rotation_)) {
-      std::swap(width, height);
-      if (info->aspect.num > 0) std::swap(info->aspect.num, info->aspect.den);
-    }
-    const Ratio aspect = info->aspect;
-    reshape_stream(info, rotation_, width, height);
-    info->aspect = aspect;
-  }
-
-  void apply(const Frame &src, const Frame &dst) override {
-    check(vexo_rot(&src.img(), rotation_, &dst.img()), "turn", src);
-  }
-
- private:
-  uint32_t rotation_;
-};
 
 class Crop : public Reshape {
  public:
@@ -90,8 +46,8 @@ class Crop : public Reshape {
 
   void apply(const Frame &src, const Frame &dst) override {
     const vexo_img window = window_of(src, x_, y_, width_, height_);
-    check(vexo_picture_convert(nullptr, &window, &dst.img(), nullptr), "crop",
-          src);
+    require_ok(vexo_picture_convert(nullptr, &window, &dst.img(), nullptr),
+               "crop", src, dst);
   }
 
  private:
@@ -103,10 +59,6 @@ class Crop : public Reshape {
 };
 
 }  // namespace
-
-std::unique_ptr<Reshape> make_upright(uint32_t rotation) {
-  return std::make_unique<Upright>(rotation);
-}
 
 std::unique_ptr<Reshape> make_crop(const std::string &window) {
   return std::make_unique<Crop>(window);
