@@ -38,23 +38,49 @@ LOX_INLINE void put_sample(int32_t sum, uint8_t *dst) {
   if constexpr (S != ApexSample::kByte) dst[1] = static_cast<uint8_t>(v >> 8);
 }
 
-template <ApexSample S>
-LOX_INLINE void across_rule(const uint8_t *row, const uint8_t *below,
-                            const ApexColumns &c, int16_t *dst) {
-  const int16_t *w = c.weights;
-  for (int32_t i = 0; i < c.count; ++i, w += c.steps) {
-    const ptrdiff_t from = ptrdiff_t{c.first[i]} * apex_bytes(S);
-    const uint8_t *const both[] = {row + from, below + from};
-    for (int32_t part = 0; part < apex_sums(c.parts); ++part) {
-      for (const uint8_t *const p : both) {
-        int32_t sum = 1 << (apex_bits(S) - 1);
-        for (int32_t k = 0; k < c.steps && part < c.parts; ++k) {
-          sum += w[k] * sample<S>(p, ptrdiff_t{k} * c.parts + part);
-        }
-        *dst++ = static_cast<int16_t>(sum >> apex_bits(S));
+// Calls put(row, below, base, entry, dst) for blocks of so many sums.
+template <int kSums, class Put>
+LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
+                           int32_t count, int16_t *dst, Put put) {
+  for (; count != 0; --count, ++piece) {
+    ptrdiff_t base = piece->base;
+    ptrdiff_t entry = piece->entry;
+    int16_t *to = dst + piece->at;
+    for (int32_t left = piece->blocks; left != 0; --left, to += 2 * kSums) {
+      put(piece->row, piece->below, base, entry, to);
+      if (++entry == c.entries) {
+        entry = 0;
+        base += c.advance;
       }
     }
   }
+}
+
+template <ApexSample S>
+LOX_INLINE void across_rule(const ApexColumns &c, const ApexPiece *pieces,
+                            int32_t count, int16_t *dst) {
+  const int32_t sums = apex_sums(c.parts);
+  const ptrdiff_t outputs = kPlainSums / sums;
+  for_blocks<kPlainSums>(
+      c, pieces, count, dst,
+      [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base,
+          ptrdiff_t entry, int16_t *to) {
+        const int32_t *const first = c.first + entry * outputs;
+        const int16_t *w = c.weights + entry * outputs * c.steps;
+        for (ptrdiff_t i = 0; i < outputs; ++i, w += c.steps) {
+          const ptrdiff_t from = (base + first[i]) * apex_bytes(S);
+          const uint8_t *const both[] = {row + from, below + from};
+          for (int32_t part = 0; part < sums; ++part) {
+            for (const uint8_t *const p : both) {
+              int32_t sum = 1 << (apex_bits(S) - 1);
+              for (int32_t k = 0; k < c.steps && part < c.parts; ++k) {
+                sum += w[k] * sample<S>(p, ptrdiff_t{k} * c.parts + part);
+              }
+              *to++ = static_cast<int16_t>(sum >> apex_bits(S));
+            }
+          }
+        }
+      });
 }
 
 template <ApexSample S>
@@ -97,13 +123,18 @@ LOX_INLINE void for_sample(ApexSample s, Kernel kernel) {
   }
 }
 
-void across(ApexSample s, const uint8_t *row, const uint8_t *below,
-            const ApexColumns &c, int16_t *dst) {
+void across(ApexSample s, const ApexColumns &c, const ApexPiece *pieces,
+            int32_t count, int16_t *dst) {
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
 #if LOX_VECTORS
-    ApexOps<Bulk>::template across<S>(row, below, c, dst);
+#if !defined(LOX_SET_neon)
+    if (c.way == ApexWay::kPhases) {
+      return ApexOps<Wide>::template phases<S>(c, pieces, count, dst);
+    }
+#endif
+    ApexOps<Bulk>::template across<S>(c, pieces, count, dst);
 #else
-    across_rule<S>(row, below, c, dst);
+    across_rule<S>(c, pieces, count, dst);
 #endif
   });
 }
@@ -115,9 +146,17 @@ void down(ApexSample s, const int16_t *const *pairs, const int16_t *weights,
     const auto with = [&]<class V>(V) LOX_INLINE_LAMBDA {
       using Ops = ApexOps<V>;
       if (n < Ops::n) return false;
-      const ptrdiff_t last = n - Ops::n;
-      for (ptrdiff_t x = 0; x < n; x += Ops::n) {
-        Ops::template down<S>(pairs, weights, steps, x < last ? x : last, dst);
+      ptrdiff_t x = 0;
+      if constexpr (Ops::kDownTimes > 1) {
+        constexpr ptrdiff_t kMany = Ops::kDownTimes * Ops::n;
+        for (; n - x >= kMany; x += kMany) {
+          Ops::template down<S, Ops::kDownTimes>(pairs, weights, steps, x, dst);
+        }
+      }
+      for (; x < n; x += Ops::n) {
+        const ptrdiff_t last = n - Ops::n;
+        Ops::template down<S, 1>(pairs, weights, steps, x < last ? x : last,
+                                 dst);
       }
       return true;
     };
@@ -188,10 +227,11 @@ void divide(const uint16_t *row, int alpha, ptrdiff_t n, uint8_t *dst) {
 constinit const ApexRows apex_rows = {
 #if LOX_VECTORS
     ApexOps<Bulk>::kRegisterBytes,
+    ApexOps<Wide>::kPhaseBytes,
     ApexOps<Bulk>::kPicks,
     4,
 #else
-    0,      false,       2,
+    0,      0,           false,       2,
 #endif
     across,
     kTurnedRows,
