@@ -102,6 +102,8 @@ LOX_INLINE void down_rule(const int16_t *const *pairs, const int16_t *weights,
 #if defined(LOX_SET_neon)
 #include "apex/apex_neon.h"
 #elif LOX_VECTORS
+#include "apex/apex_phases_x86.h"
+#include "apex/apex_turned_x86.h"
 #include "apex/apex_x86.h"
 #endif
 
@@ -129,7 +131,7 @@ void across(ApexSample s, const ApexColumns &c, const ApexPiece *pieces,
 #if LOX_VECTORS
 #if !defined(LOX_SET_neon)
     if (c.way == ApexWay::kPhases) {
-      return ApexOps<Wide>::template phases<S>(c, pieces, count, dst);
+      return ApexPhases<Wide>::template phases<S>(c, pieces, count, dst);
     }
 #endif
     ApexOps<Bulk>::template across<S>(c, pieces, count, dst);
@@ -173,7 +175,7 @@ void down(ApexSample s, const int16_t *const *pairs, const int16_t *weights,
 void turn(ApexSample s, const uint8_t *const *rows, int32_t parts,
           int32_t chunks, int16_t *dst) {
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
-    ApexOps<Wide>::template turn<S>(rows, parts, chunks, dst);
+    ApexTurning<Wide>::template turn<S>(rows, parts, chunks, dst);
   });
 }
 void across_turned(ApexSample s, const int16_t *turned, int32_t parts,
@@ -181,11 +183,11 @@ void across_turned(ApexSample s, const int16_t *turned, int32_t parts,
                    const ApexWeights &weights, ptrdiff_t at,
                    int16_t *const *pairs) {
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
-    ApexOps<Wide>::template across_turned<S>(turned, parts, count, begin, first,
-                                             weights, at, pairs);
+    ApexTurning<Wide>::template across_turned<S>(turned, parts, count, begin,
+                                                 first, weights, at, pairs);
   });
 }
-constexpr int32_t kTurnedRows = ApexOps<Wide>::kTurnedRows;
+constexpr int32_t kTurnedRows = ApexTurning<Wide>::kTurnedRows;
 #else
 constexpr decltype(ApexRows::turn) turn = nullptr;
 constexpr decltype(ApexRows::across_turned) across_turned = nullptr;
