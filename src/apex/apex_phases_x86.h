@@ -23,16 +23,16 @@ struct ApexPhases : ApexSums<V> {
   template <ApexSample S>
   LOX_OP void phases(const ApexColumns &c, const ApexPiece *pieces,
                      int32_t count, int16_t *dst) {
-    const int32_t sums = apex_sums(c.parts);
     if constexpr (S != ApexSample::kByte) {
 #if defined(LOX_SET_avx512)
       if constexpr (S == ApexSample::k14) {
         two_phases_of_words<S, 4>(c, pieces, count, dst);
       } else if (c.phases == 1) {
-        if (sums == 1) return quarters<S, 1>(c, pieces, count, dst);
+        if (c.parts == 1) return quarters<S, 1>(c, pieces, count, dst);
         quarters<S, 2>(c, pieces, count, dst);
       } else {
-        if (sums == 1) return two_phases_of_words<S, 1>(c, pieces, count, dst);
+        if (c.parts == 1)
+          return two_phases_of_words<S, 1>(c, pieces, count, dst);
         two_phases_of_words<S, 2>(c, pieces, count, dst);
       }
 #endif
@@ -40,8 +40,8 @@ struct ApexPhases : ApexSums<V> {
       if (c.lane == 16) return one_phase<true>(c, pieces, count, dst);
       one_phase<false>(c, pieces, count, dst);
     } else {
-      if (sums == 1) return two_phases<1>(c, pieces, count, dst);
-      if (sums == 2) return two_phases<2>(c, pieces, count, dst);
+      if (c.parts == 1) return two_phases<1>(c, pieces, count, dst);
+      if (c.parts == 2) return two_phases<2>(c, pieces, count, dst);
       two_phases<4>(c, pieces, count, dst);
     }
   }

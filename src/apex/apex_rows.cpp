@@ -188,7 +188,45 @@ void across_turned(ApexSample s, const int16_t *turned, int32_t parts,
   });
 }
 constexpr int32_t kTurnedRows = ApexTurning<Wide>::kTurnedRows;
+
+// Calls vector(x) for each n of `count` pixels, the last ones at the end, or
+// else pixel(x).
+template <class Vector, class Pixel>
+LOX_INLINE void for_pixels(ptrdiff_t count, Vector vector, Pixel pixel) {
+  constexpr ptrdiff_t n = ApexOps<Wide>::n;
+  if (count < n) {
+    for (ptrdiff_t x = 0; x < count; ++x) pixel(x);
+    return;
+  }
+  const ptrdiff_t last = count - n;
+  for (ptrdiff_t x = 0; x < count; x += n) vector(x < last ? x : last);
+}
+void split(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst) {
+  for_pixels(
+      n,
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        ApexOps<Wide>::split(row + 3 * x, apart, dst + x);
+      },
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        for (int i = 0; i < 3; ++i) dst[i * apart + x] = row[3 * x + i];
+      });
+}
+void join(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst) {
+  for_pixels(
+      n,
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        const uint8_t *const p = planes + x;
+        Wide::store3<false>(dst + 3 * x, {Wide::R::load(p)},
+                            {Wide::R::load(p + apart)},
+                            {Wide::R::load(p + 2 * apart)});
+      },
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        for (int i = 0; i < 3; ++i) dst[3 * x + i] = planes[i * apart + x];
+      });
+}
 #else
+constexpr decltype(ApexRows::split) split = nullptr;
+constexpr decltype(ApexRows::join) join = nullptr;
 constexpr decltype(ApexRows::turn) turn = nullptr;
 constexpr decltype(ApexRows::across_turned) across_turned = nullptr;
 constexpr int32_t kTurnedRows = 0;
@@ -233,13 +271,15 @@ constinit const ApexRows apex_rows = {
     ApexOps<Bulk>::kPicks,
     4,
 #else
-    0,      0,           false,       2,
+    0,           0,           false, 2,
 #endif
     across,
     kTurnedRows,
     turn,
     across_turned,
     down,
+    split,
+    join,
     close,
     premultiply,
     divide};

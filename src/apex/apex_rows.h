@@ -112,6 +112,11 @@ struct ApexRows {
   void (*down)(ApexSample sample, const int16_t *const *pairs,
                const int16_t *weights, int32_t steps, ptrdiff_t n,
                uint8_t *dst);
+  // Null or: three parts of n pixels to planes that are `apart` bytes apart,
+  // and back.
+  void (*split)(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst);
+  void (*join)(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart,
+               uint8_t *dst);
   // Four bytes to three, n times.
   void (*close)(const uint8_t *row, ptrdiff_t n, uint8_t *dst);
   // n pixels of 32 bits to samples of 14 bits, with the alpha in byte `alpha`,

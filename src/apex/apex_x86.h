@@ -29,6 +29,29 @@ struct ApexOps : ApexSums<V> {
   static constexpr bool kPicks = false;
 #endif
 
+  // n pixels of three bytes to planes.
+  LOX_OP void split(const uint8_t *p, ptrdiff_t apart, uint8_t *dst) {
+    const Reg v[3] = {R::load_lanes(p, 48), R::load_lanes(p + 16, 48),
+                      R::load_lanes(p + 32, 48)};
+    LOX_UNROLL
+    for (int part = 0; part < 3; ++part) {
+      Reg plane = R::shuffle8(v[0], third(part));
+      plane = R::bit_or(plane, R::shuffle8(v[1], third(part - 16)));
+      plane = R::bit_or(plane, R::shuffle8(v[2], third(part - 32)));
+      R::template store<false>(dst + part * apart, plane);
+    }
+  }
+  // Every third place from `first` on; what is outside of 16 bytes is 0.
+  LOX_OP Reg third(int first) {
+    const auto at = [=](int i) LOX_INLINE_LAMBDA {
+      const int place = first + 3 * i;
+      return static_cast<char>(place < 0 || place > 15 ? -1 : place);
+    };
+    return R::broadcast128(_mm_setr_epi8(
+        at(0), at(1), at(2), at(3), at(4), at(5), at(6), at(7), at(8), at(9),
+        at(10), at(11), at(12), at(13), at(14), at(15)));
+  }
+
   template <ApexSample S>
   LOX_OP void across(const ApexColumns &c, const ApexPiece *pieces,
                      int32_t count, int16_t *dst) {

@@ -31,11 +31,8 @@ bool fits_phases(const ApexAxis &axis, const ApexPeriod &period,
     return sample == ApexSample::kByte || bytes == 64;
   }
   if (period.outputs != 1 || period.samples > 4) return false;
-  if (bytes == 64) {
-    return sample == ApexSample::kByte || (period.samples == 4 && parts <= 2);
-  }
-  // Of three parts lanes are put together one by one: turning is quicker.
-  return sample == ApexSample::kByte && (parts != 3 || period.samples < 3);
+  return sample == ApexSample::kByte ||
+         (bytes == 64 && period.samples == 4 && parts <= 2);
 }
 
 ApexWay way_of(const ApexAxis &axis, const ApexPeriod &period,
@@ -113,8 +110,7 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, const ApexPeriod &period,
 void ApexArrangement::arrange_phases(const ApexPeriod &period) {
   const int32_t bytes = apex_rows().phase_bytes;
   phases_ = period.outputs;
-  const int32_t of_lane = 4 / apex_sums(parts_);
-  lane_ = static_cast<int32_t>(of_lane * period.samples * parts_);
+  lane_ = static_cast<int32_t>(4 * period.samples);
   block_ = bytes / 2;
   // Of two phases the second begins a pair behind the first.
   steps_ = phases_ == 1 ? ((taps_ + 1) / 2 + 1) / 2 : (3 + taps_ + 3) / 4;
@@ -191,15 +187,12 @@ void ApexArrangement::fill_direct(const ApexPeriod &period, int64_t output,
 void ApexArrangement::fill_lanes(const ApexPeriod &period, int64_t output,
                                  int32_t *first, uint32_t *places,
                                  int16_t *weights) const {
-  // Of three parts the fourth sum is one more of the third.
-  const int32_t sums = apex_sums(parts_);
   for (int32_t i = 0; i < block_; ++i, weights += 2) {
-    const int64_t from = period.first_of(output + i / sums);
+    const int64_t from = period.first_of(output + i / parts_);
     int32_t &begin = first[i / sums_];
     if (i % sums_ == 0) begin = static_cast<int32_t>(from * parts_);
-    const int32_t part = i % sums < parts_ ? i % sums : parts_ - 1;
-    places[i] = place(from * parts_ - begin + part);
-    const int16_t *const own = period.weights_of(output + i / sums);
+    places[i] = place(from * parts_ - begin + i % parts_);
+    const int16_t *const own = period.weights_of(output + i / parts_);
     for (int32_t tap = 0; tap < taps_; ++tap) {
       weights[tap / 2 * 2 * block_ + tap % 2] = own[tap];
     }
@@ -218,25 +211,20 @@ void ApexArrangement::fill_phases(const ApexPeriod &period,
     shift[1] = shift[0] + apart;
   }
   tables.first[0] = (period.first[0] - shift[0]) * parts_;
-  const int32_t of_pixel = apex_sums(parts_);
-  const int32_t of_lane = 4 / of_pixel;
   if (sample_ != ApexSample::kByte) {
     if (phases_ == 1) return fill_quarters(period, tables.weights);
     for (int32_t i = 0; i < 3 * sums; ++i) {
-      const int32_t pixel = i % sums / of_pixel * 3 + i / sums * 2;
-      const auto word = static_cast<uint32_t>(pixel * parts_ + i % of_pixel);
+      const int32_t pixel = i % sums / parts_ * 3 + i / sums * 2;
+      const auto word = static_cast<uint32_t>(pixel * parts_ + i % parts_);
       tables.places[i] = word | (word + static_cast<uint32_t>(parts_)) << 16;
     }
     return fill_phase_weights(period, shift, tables.weights);
   }
   for (int32_t i = 0; i < sums; ++i) {
-    // AVX-512 takes lanes from even places on.
-    const int32_t odd = bytes == 64 ? i / 4 * lane_ % 2 : 0;
-    const int32_t pixel = i % 4 / of_pixel * (lane_ / of_lane);
-    const int32_t sum = i % of_pixel;
-    const int32_t part = sum < parts_ ? sum : parts_ - 1;
-    tables.places[i] = place(odd + pixel + part);
-    tables.places[sums + i] = place(odd + pixel + part + 2 * parts_);
+    const int64_t part = i % 4 / parts_ * period.samples * parts_ + i % parts_;
+    tables.places[i] = place(part);
+    tables.places[sums + i] = place(part + 2 * parts_);
+    // AVX-512 takes lanes as words.
     const auto word = static_cast<uint32_t>(i / 4 * lane_ / 2 + i % 4 * 2);
     tables.places[2 * sums + i] = word | (word + 1) << 16;
   }

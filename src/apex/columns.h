@@ -39,7 +39,11 @@ class ApexArrangement {
   // The parts of a row that a block's loads take.
   int64_t begin(const Tables &tables, int32_t block) const;
   int64_t end(const Tables &tables, int32_t block) const;
-  // No more of them than this for the blocks that reach beyond a row's begin
+  // No more of them than this for so many blocks.
+  int64_t most(int32_t blocks) const {
+    return int64_t{blocks} * span_ + reach_ + parts_;
+  }
+  // And than this for the blocks that reach beyond a row's begin
   // and those that reach beyond its end.
   int64_t edges() const {
     return taps_ * parts_ + 4 * (reach_ + span_ + parts_);

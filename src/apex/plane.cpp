@@ -56,6 +56,11 @@ struct Plan {
   ApexTurned turned;
   ApexTaps turned_taps = {};
   int16_t *side_by_side = nullptr;  // rows that are turned
+  // Of three parts there may be three planes of one. Of a plane's words and
+  // samples each has its own.
+  bool splits;
+  int32_t parts;
+  int32_t planes = 1;
   ApexArrangement arrangement;
   ApexArrangement::Tables tables = {};
   // The pixel of a row behind the last that has a weight.
@@ -66,10 +71,10 @@ struct Plan {
   // they are, twice: from any of them on it is as many.
   int16_t *words;
   const int16_t **pairs;
-  int64_t pitch;
+  int64_t pitch, plane_sums;
   int32_t slots;
   uint8_t *edges;  // the ends of rows, to be read beyond
-  int64_t edge_bytes = 0;
+  int64_t edge_bytes = 0, split_bytes = 0;
   uint16_t *multiplied = nullptr;  // rows
   uint8_t *samples = nullptr;      // a row that is not the destination's
 };
@@ -79,9 +84,13 @@ Plan::Plan(const ApexPlane &p, Room &room)
       across(p.across),
       down(p.down),
       turned(p.across, sample, p.parts),
-      arrangement(p.across, across, sample, p.parts) {
+      splits(p.parts == 3 && apex_rows().split != nullptr),
+      parts(splits ? 1 : p.parts),
+      arrangement(p.across, across, sample, parts) {
   turns =
       arrangement.may_turn() && ApexTurned::pays(p.across, p.down.src_count);
+  if (turns) splits = false;
+  if (splits) planes = 3;
   // How many are scaled across at once.
   const int32_t rows = turns ? ApexTurned::rows() : 2;
   // Those of an output; with the last of them come others.
@@ -98,7 +107,7 @@ Plan::Plan(const ApexPlane &p, Room &room)
       weights_across > weights_down ? weights_across : weights_down);
   down_taps = {most, room.take<int32_t>(p.down.dst_count),
                room.take<int16_t>(int64_t{p.down.dst_count} * 2 * most)};
-  pairs = room.take<const int16_t *>(2 * int64_t{slots});
+  pairs = room.take<const int16_t *>(2 * int64_t{slots} * planes);
   int64_t sums = turned.room();
   if (turns) {
     const int32_t steps = apex_pairs(across.taps);
@@ -112,7 +121,7 @@ Plan::Plan(const ApexPlane &p, Room &room)
               room.take<int16_t>(arrangement.weights())};
     blocks = arrangement.blocks();
     // Rows that are made for a strip are made whole.
-    const int32_t wanted = kKept / 4 / slots;
+    const int32_t wanted = kKept / 4 / slots / planes;
     const int32_t least =
         (wanted > kLeastSums ? wanted : kLeastSums) / arrangement.sums();
     const int32_t strips = p.alpha < 0 ? (blocks - 1) / least + 1 : 1;
@@ -123,12 +132,16 @@ Plan::Plan(const ApexPlane &p, Room &room)
     if (strip > blocks) strip = blocks;
     sums = int64_t{strip} * arrangement.sums();
     edge_bytes = 2 * arrangement.edges() * apex_bytes(sample) + 4 * kRepeated;
+    split_bytes = (arrangement.most(strip) + kRepeated + 63) & ~int64_t{63};
+    if (splits) edge_bytes = 6 * split_bytes;
   }
-  pitch = (2 * sums + 31) & ~int64_t{31};
+  sums = (sums + 63) & ~int64_t{63};
+  plane_sums = sums;
+  pitch = 2 * sums * planes;
   words = room.take<int16_t>(pitch * slots);
   edges = room.take<uint8_t>(edge_bytes);
   if (p.alpha >= 0) multiplied = room.take<uint16_t>(rows * row);
-  if (p.alpha >= 0 || p.parts == 3) samples = room.take<uint8_t>(2 * sums);
+  if (p.alpha >= 0 || p.parts == 3) samples = room.take<uint8_t>(3 * sums);
 }
 
 // The same pixel again and again, eight bytes at a time: what follows them is
@@ -173,8 +186,12 @@ class Across {
     // Those that take what is before a row, and behind it.
     const ApexArrangement &a = plan.arrangement;
     columns_ = a.columns(plan.tables);
-    const int64_t row_end = int64_t{p.across.src_count} * p.parts;
     const int32_t end = block + blocks;
+    if (plan.splits) {
+      add(block, block, end, true);
+      return;
+    }
+    const int64_t row_end = int64_t{p.across.src_count} * p.parts;
     int32_t inside = block;
     while (inside < end && a.begin(plan.tables, inside) < 0) ++inside;
     int32_t behind = end;
@@ -206,8 +223,8 @@ class Across {
     const ApexArrangement &a = plan_.arrangement;
     const int64_t from = copied ? a.begin(plan_.tables, begin) : 0;
     pieces_[count_] = a.piece(begin, end - begin, from, strip);
-    copied_[count_++] = {copied, from / p_.parts,
-                         (a.end(plan_.tables, end - 1) - 1) / p_.parts + 1};
+    copied_[count_++] = {copied, from / plan_.parts,
+                         (a.end(plan_.tables, end - 1) - 1) / plan_.parts + 1};
   }
   int16_t *slot(int32_t pair) const {
     return plan_.words + pair % plan_.slots * plan_.pitch;
@@ -242,6 +259,19 @@ class Across {
     const uint8_t *const above = row(0);
     const uint8_t *const below = row(1);
     uint8_t *to = plan_.edges;
+    if (plan_.splits) {
+      uint8_t *const second = to + 3 * plan_.split_bytes;
+      split(above, copied_[0], to);
+      split(below, copied_[0], second);
+      for (int32_t part = 0; part < 3; ++part) {
+        pieces_[0].row = to + part * plan_.split_bytes;
+        pieces_[0].below = second + part * plan_.split_bytes;
+        rows.across(plan_.sample, columns_, pieces_, 1,
+                    words + 2 * plan_.plane_sums * part);
+      }
+      ++next_;
+      return;
+    }
     for (int32_t k = 0; k < count_; ++k) {
       ApexPiece &piece = pieces_[k];
       piece.row = above;
@@ -280,6 +310,27 @@ class Across {
     return next;
   }
 
+  // The same by planes.
+  void split(const uint8_t *row, const Copied &wanted, uint8_t *dst) const {
+    const int64_t count = p_.across.src_count;
+    const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
+    const int64_t from = wanted.from < 0           ? 0
+                         : wanted.from < count - 1 ? wanted.from
+                                                   : count - 1;
+    const int64_t inside = (to < count ? to : count) - from;
+    const int64_t before = wanted.from < 0 ? -wanted.from : 0;
+    if (inside > 0)
+      apex_rows().split(row + 3 * from, inside, plan_.split_bytes,
+                        dst + before);
+    for (int32_t part = 0; part < 3; ++part, dst += plan_.split_bytes) {
+      std::memset(dst, row[part], static_cast<size_t>(before));
+      const int64_t end = before + inside;
+      std::memset(dst + end, row[3 * (count - 1) + part],
+                  static_cast<size_t>(
+                      to - wanted.from - end > 0 ? to - wanted.from - end : 0));
+    }
+  }
+
   const ApexPlane &p_;
   const Plan &plan_;
   ApexColumns columns_ = {};
@@ -307,7 +358,16 @@ void scale_strip(const ApexPlane &p, const Plan &plan, Across &across,
     if (pairs > 1 && (weights[2 * pairs - 2] | weights[2 * pairs - 1]) == 0) {
       --pairs;
     }
-    rows.down(plan.sample, across.find(first, pairs), weights, pairs,
+    const int16_t *const *from = across.find(first, pairs);
+    if (plan.splits) {
+      for (int32_t part = 0; part < 3; ++part, from += 2 * plan.slots) {
+        rows.down(plan.sample, from, weights, pairs, count,
+                  plan.samples + plan.plane_sums * part);
+      }
+      rows.join(plan.samples, count, plan.plane_sums, dst);
+      continue;
+    }
+    rows.down(plan.sample, from, weights, pairs,
               ptrdiff_t{count} * apex_sums(p.parts),
               apart ? plan.samples : dst);
     if (p.alpha >= 0) {
@@ -344,8 +404,9 @@ void apex_scale(const ApexPlane &p, uint8_t *scratch) {
     // What is loaded beyond that counts for nothing.
     std::memset(plan.edges, 0, static_cast<size_t>(plan.edge_bytes));
   }
-  for (int32_t i = 0; i < 2 * plan.slots; ++i) {
-    plan.pairs[i] = plan.words + i % plan.slots * plan.pitch;
+  for (int32_t i = 0; i < 2 * plan.slots * plan.planes; ++i) {
+    plan.pairs[i] = plan.words + i % plan.slots * plan.pitch +
+                    i / (2 * plan.slots) * 2 * plan.plane_sums;
   }
   const int64_t outputs =
       plan.turns ? p.across.dst_count : plan.arrangement.outputs();
