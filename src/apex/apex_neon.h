@@ -39,19 +39,11 @@ struct ApexOps {
       return as_signed(v);
     }
   }
-  LOX_OP uint8x8_t load8(const uint8_t *p) {
-#if LOX_ARM && !LOX_GCC_ARM
-    // Held, or the compiler loads them through core registers and memory.
-    return NeonYuv::keep(vld1_u8(p));
-#else
-    return vld1_u8(p);
-#endif
-  }
   // Eight parts.
   template <ApexSample S>
   LOX_OP int16x8_t load(const uint8_t *p) {
     if constexpr (S == ApexSample::kByte) {
-      return as_signed(vmovl_u8(load8(p)));
+      return as_signed(vmovl_u8(Neon::load8(p)));
     } else {
       return samples<S>(vreinterpretq_u16_u8(vld1q_u8(p)));
     }

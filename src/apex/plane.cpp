@@ -74,7 +74,8 @@ struct Plan {
   int64_t pitch, plane_sums;
   int32_t slots;
   uint8_t *edges;  // the ends of rows, to be read beyond
-  int64_t edge_bytes = 0, split_bytes = 0;
+  int64_t edge_bytes = 0;
+  ptrdiff_t split_bytes = 0;
   uint16_t *multiplied = nullptr;  // rows
   uint8_t *samples = nullptr;      // a row that is not the destination's
 };
@@ -132,8 +133,11 @@ Plan::Plan(const ApexPlane &p, Room &room)
     if (strip > blocks) strip = blocks;
     sums = int64_t{strip} * arrangement.sums();
     edge_bytes = 2 * arrangement.edges() * apex_bytes(sample) + 4 * kRepeated;
-    split_bytes = (arrangement.most(strip) + kRepeated + 63) & ~int64_t{63};
-    if (splits) edge_bytes = 6 * split_bytes;
+    if (splits) {
+      split_bytes =
+          static_cast<ptrdiff_t>((arrangement.most(strip) + 63) & ~int64_t{63});
+      edge_bytes = int64_t{6} * split_bytes;
+    }
   }
   sums = (sums + 63) & ~int64_t{63};
   plane_sums = sums;
@@ -314,20 +318,21 @@ class Across {
   void split(const uint8_t *row, const Copied &wanted, uint8_t *dst) const {
     const int64_t count = p_.across.src_count;
     const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
-    const int64_t from = wanted.from < 0           ? 0
-                         : wanted.from < count - 1 ? wanted.from
-                                                   : count - 1;
+    int64_t from = wanted.from < 0 ? 0 : wanted.from;
+    if (from >= count) from = count - 1;
     const int64_t inside = (to < count ? to : count) - from;
     const int64_t before = wanted.from < 0 ? -wanted.from : 0;
-    if (inside > 0)
-      apex_rows().split(row + 3 * from, inside, plan_.split_bytes,
-                        dst + before);
+    const int64_t behind = to - wanted.from - before - inside;
+    if (inside > 0) {
+      apex_rows().split(row + 3 * from, static_cast<ptrdiff_t>(inside),
+                        plan_.split_bytes, dst + before);
+    }
     for (int32_t part = 0; part < 3; ++part, dst += plan_.split_bytes) {
       std::memset(dst, row[part], static_cast<size_t>(before));
-      const int64_t end = before + inside;
-      std::memset(dst + end, row[3 * (count - 1) + part],
-                  static_cast<size_t>(
-                      to - wanted.from - end > 0 ? to - wanted.from - end : 0));
+      if (behind > 0) {
+        std::memset(dst + before + inside, row[3 * (count - 1) + part],
+                    static_cast<size_t>(behind));
+      }
     }
   }
 
@@ -364,7 +369,8 @@ void scale_strip(const ApexPlane &p, const Plan &plan, Across &across,
         rows.down(plan.sample, from, weights, pairs, count,
                   plan.samples + plan.plane_sums * part);
       }
-      rows.join(plan.samples, count, plan.plane_sums, dst);
+      rows.join(plan.samples, count, static_cast<ptrdiff_t>(plan.plane_sums),
+                dst);
       continue;
     }
     rows.down(plan.sample, from, weights, pairs,
