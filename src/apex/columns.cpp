@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apex/columns.h"
 
+#include <cstddef>
 #include <cstring>
 #include <numeric>
 
@@ -173,10 +174,11 @@ void ApexArrangement::fill_plain(const ApexPeriod &period, int64_t output,
 
 void ApexArrangement::fill_direct(const ApexPeriod &period, int64_t output,
                                   int32_t *first, int16_t *weights) const {
-  for (int64_t o = 0; o < firsts_; ++o, weights += steps_ * words_) {
+  const ptrdiff_t pitch = ptrdiff_t{steps_} * words_;
+  for (int64_t o = 0; o < firsts_; ++o, weights += pitch) {
     first[o] = static_cast<int32_t>(period.first_of(output + o) * parts_);
     const int16_t *const own = period.weights_of(output + o);
-    for (int32_t i = 0; i < steps_ * words_; ++i) {
+    for (int32_t i = 0; i < pitch; ++i) {
       // Of pairs two of the first parts and two of the second in turn.
       const int32_t tap = parts_ == 1 ? i : i / 4 * 2 + i % 2;
       if (tap < taps_) weights[i] = own[tap];
@@ -221,9 +223,10 @@ void ApexArrangement::fill_phases(const ApexPeriod &period,
     return fill_phase_weights(period, shift, tables.weights);
   }
   for (int32_t i = 0; i < sums; ++i) {
-    const int64_t part = i % 4 / parts_ * period.samples * parts_ + i % parts_;
+    const int64_t part =
+        i % 4 / parts_ * (period.samples * parts_) + i % parts_;
     tables.places[i] = place(part);
-    tables.places[sums + i] = place(part + 2 * parts_);
+    tables.places[sums + i] = place(part + int64_t{2} * parts_);
     // AVX-512 takes lanes as words.
     const auto word = static_cast<uint32_t>(i / 4 * lane_ / 2 + i % 4 * 2);
     tables.places[2 * sums + i] = word | (word + 1) << 16;
@@ -238,7 +241,8 @@ void ApexArrangement::fill_phase_weights(const ApexPeriod &period,
   for (int32_t phase = 0; phase < phases_; ++phase) {
     for (int32_t tap = 0; tap < taps_; ++tap) {
       const int32_t at = tap + shift[phase];
-      int16_t *const w = weights + (at / 2 * phases_ + phase) * words + at % 2;
+      int16_t *const w =
+          weights + ptrdiff_t{at / 2 * phases_ + phase} * words + at % 2;
       for (int32_t i = 0; i < words; i += 2) {
         w[i] = period.weights[phase * taps_ + tap];
       }

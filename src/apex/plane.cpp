@@ -56,8 +56,8 @@ struct Plan {
   ApexTurned turned;
   ApexTaps turned_taps = {};
   int16_t *side_by_side = nullptr;  // rows that are turned
-  // Of three parts there may be three planes of one. Of a plane's words and
-  // samples each has its own.
+  // Whether three parts are scaled as planes of one, whose sums are plane_sums
+  // apart, and the parts that are scaled at once.
   bool splits;
   int32_t parts;
   int32_t planes = 1;
@@ -73,7 +73,8 @@ struct Plan {
   const int16_t **pairs;
   int64_t pitch, plane_sums;
   int32_t slots;
-  uint8_t *edges;  // the ends of rows, to be read beyond
+  // The ends of rows, to be read beyond, or planes of them, so far apart.
+  uint8_t *edges;
   int64_t edge_bytes = 0;
   ptrdiff_t split_bytes = 0;
   uint16_t *multiplied = nullptr;  // rows
@@ -365,7 +366,8 @@ void scale_strip(const ApexPlane &p, const Plan &plan, Across &across,
     }
     const int16_t *const *from = across.find(first, pairs);
     if (plan.splits) {
-      for (int32_t part = 0; part < 3; ++part, from += 2 * plan.slots) {
+      for (int32_t part = 0; part < 3;
+           ++part, from += ptrdiff_t{2} * plan.slots) {
         rows.down(plan.sample, from, weights, pairs, count,
                   plan.samples + plan.plane_sums * part);
       }
@@ -410,9 +412,12 @@ void apex_scale(const ApexPlane &p, uint8_t *scratch) {
     // What is loaded beyond that counts for nothing.
     std::memset(plan.edges, 0, static_cast<size_t>(plan.edge_bytes));
   }
-  for (int32_t i = 0; i < 2 * plan.slots * plan.planes; ++i) {
-    plan.pairs[i] = plan.words + i % plan.slots * plan.pitch +
-                    i / (2 * plan.slots) * 2 * plan.plane_sums;
+  const int16_t **pair = plan.pairs;
+  for (int32_t plane = 0; plane < plan.planes; ++plane) {
+    for (int32_t i = 0; i < 2 * plan.slots; ++i) {
+      *pair++ = plan.words + i % plan.slots * plan.pitch +
+                2 * plan.plane_sums * plane;
+    }
   }
   const int64_t outputs =
       plan.turns ? p.across.dst_count : plan.arrangement.outputs();

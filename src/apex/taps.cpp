@@ -114,11 +114,12 @@ int32_t clamp(int64_t v, int32_t count) {
 
 ApexPeriod::ApexPeriod(const ApexAxis &axis) : taps(axis.taps()) {
   int32_t divisor = axis.to;
-  for (int32_t rest = axis.from; rest != 0;) {
+  int32_t rest = axis.from;
+  do {
     const int32_t next = divisor % rest;
     divisor = rest;
     rest = next;
-  }
+  } while (rest != 0);
   const int32_t whole = axis.to / divisor;
   outputs = whole < axis.dst_count ? whole : axis.dst_count;
   // Of a part of a period about as many.
