@@ -66,7 +66,7 @@ Buffer buffer(const vexo_img &img) {
 int32_t planes_of(int32_t format) {
   if (format == VEXO_FMT_YUV400 || format == kI010) return format;
   if (format == VEXO_FMT_P010LE) return VEXO_FMT_YUV420PLANAR16;
-  return format == VEXO_FMT_RGBA8888 ? VEXO_FMT_YUV444 : VEXO_FMT_YUV420;
+  return format >= VEXO_FMT_RGB888 ? VEXO_FMT_YUV444 : VEXO_FMT_YUV420;
 }
 
 // What it may use.

@@ -12,6 +12,9 @@ namespace lox::LOX_SET {
 template <class>
 struct ApexOps {
   static constexpr int kRegisterBytes = 0;
+  // Times n columns that are summed down at once.
+  static constexpr int kDownTimes = 1;
+  static constexpr int kPhaseBytes = 0;
   static constexpr bool kPicks = false;
   static constexpr int n = 16;
 
@@ -36,19 +39,11 @@ struct ApexOps {
       return as_signed(v);
     }
   }
-  LOX_OP uint8x8_t load8(const uint8_t *p) {
-#if LOX_ARM && !LOX_GCC_ARM
-    // Held, or the compiler loads them through core registers and memory.
-    return NeonYuv::keep(vld1_u8(p));
-#else
-    return vld1_u8(p);
-#endif
-  }
   // Eight parts.
   template <ApexSample S>
   LOX_OP int16x8_t load(const uint8_t *p) {
     if constexpr (S == ApexSample::kByte) {
-      return as_signed(vmovl_u8(load8(p)));
+      return as_signed(vmovl_u8(Neon::load8(p)));
     } else {
       return samples<S>(vreinterpretq_u16_u8(vld1q_u8(p)));
     }
@@ -57,55 +52,58 @@ struct ApexOps {
   // --- across ----------------------------------------------------------------
 
   template <ApexSample S>
-  LOX_OP void across(const uint8_t *row, const uint8_t *below,
-                     const ApexColumns &c, int16_t *dst) {
+  LOX_OP void across(const ApexColumns &c, const ApexPiece *pieces,
+                     int32_t count, int16_t *dst) {
     switch (c.parts) {
       case 1:
-        return across<S, 1>(row, below, c, dst);
+        return across<S, 1>(c, pieces, count, dst);
       case 2:
-        return across<S, 2>(row, below, c, dst);
+        return across<S, 2>(c, pieces, count, dst);
       case 3:
-        return across<S, 3>(row, below, c, dst);
+        return across<S, 3>(c, pieces, count, dst);
       default:
-        return across<S, 4>(row, below, c, dst);
+        return across<S, 4>(c, pieces, count, dst);
     }
   }
-  // Eight sums at a time, the last ones at the end.
+  // Eight sums at a time.
   template <ApexSample S, int kParts>
-  LOX_OP void across(const uint8_t *row, const uint8_t *below,
-                     const ApexColumns &c, int16_t *dst) {
-    constexpr int kSums = apex_sums(kParts);
-    constexpr int kOutputs = 8 / kSums;
-    if (c.count < kOutputs) return across_rule<S>(row, below, c, dst);
-    const int32_t last = c.count - kOutputs;
-    for (int32_t i = 0; i < c.count; i += kOutputs) {
-      const int32_t at = i < last ? i : last;
-      const auto sum = [&](int o) LOX_INLINE_LAMBDA {
-        const ptrdiff_t from = ptrdiff_t{c.first[at + o]} * apex_bytes(S);
-        return sums_of<S, kParts>(row + from, below + from,
-                                  c.weights + ptrdiff_t{at + o} * c.steps,
-                                  c.steps);
-      };
-      int16x8x2_t both;
-      if constexpr (kParts == 1) {
-        const auto s0 = sum(0), s1 = sum(1), s2 = sum(2), s3 = sum(3);
-        const auto s4 = sum(4), s5 = sum(5), s6 = sum(6), s7 = sum(7);
-        both = {{words<S>(four(s0.row, s1.row, s2.row, s3.row),
-                          four(s4.row, s5.row, s6.row, s7.row)),
-                 words<S>(four(s0.below, s1.below, s2.below, s3.below),
-                          four(s4.below, s5.below, s6.below, s7.below))}};
-      } else if constexpr (kParts == 2) {
-        const auto s0 = sum(0), s1 = sum(1), s2 = sum(2), s3 = sum(3);
-        both = {{words<S>(vcombine_s32(s0.row, s1.row),
-                          vcombine_s32(s2.row, s3.row)),
-                 words<S>(vcombine_s32(s0.below, s1.below),
-                          vcombine_s32(s2.below, s3.below))}};
-      } else {
-        const auto s0 = sum(0), s1 = sum(1);
-        both = {{words<S>(s0.row, s1.row), words<S>(s0.below, s1.below)}};
-      }
-      vst2q_s16(dst + ptrdiff_t{2} * at * kSums, both);
-    }
+  LOX_OP void across(const ApexColumns &c, const ApexPiece *pieces,
+                     int32_t count, int16_t *dst) {
+    constexpr int kOutputs = kPlainSums / apex_sums(kParts);
+    for_blocks<kPlainSums>(
+        c, pieces, count, dst,
+        [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base,
+            ptrdiff_t entry, int16_t *to) LOX_INLINE_LAMBDA {
+          row += base * apex_bytes(S);
+          below += base * apex_bytes(S);
+          const int32_t *const first = c.first + entry * kOutputs;
+          const int16_t *const weights = c.weights + entry * kOutputs * c.steps;
+          const auto sum = [&](int o) LOX_INLINE_LAMBDA {
+            const ptrdiff_t from = ptrdiff_t{first[o]} * apex_bytes(S);
+            return sums_of<S, kParts>(row + from, below + from,
+                                      weights + ptrdiff_t{o} * c.steps,
+                                      c.steps);
+          };
+          int16x8x2_t both;
+          if constexpr (kParts == 1) {
+            const auto s0 = sum(0), s1 = sum(1), s2 = sum(2), s3 = sum(3);
+            const auto s4 = sum(4), s5 = sum(5), s6 = sum(6), s7 = sum(7);
+            both = {{words<S>(four(s0.row, s1.row, s2.row, s3.row),
+                              four(s4.row, s5.row, s6.row, s7.row)),
+                     words<S>(four(s0.below, s1.below, s2.below, s3.below),
+                              four(s4.below, s5.below, s6.below, s7.below))}};
+          } else if constexpr (kParts == 2) {
+            const auto s0 = sum(0), s1 = sum(1), s2 = sum(2), s3 = sum(3);
+            both = {{words<S>(vcombine_s32(s0.row, s1.row),
+                              vcombine_s32(s2.row, s3.row)),
+                     words<S>(vcombine_s32(s0.below, s1.below),
+                              vcombine_s32(s2.below, s3.below))}};
+          } else {
+            const auto s0 = sum(0), s1 = sum(1);
+            both = {{words<S>(s0.row, s1.row), words<S>(s0.below, s1.below)}};
+          }
+          vst2q_s16(to, both);
+        });
   }
   template <ApexSample S>
   LOX_OP int16x8_t words(int32x4_t low, int32x4_t high) {
@@ -214,7 +212,7 @@ struct ApexOps {
   // --- down ------------------------------------------------------------------
 
   // 16 columns from x on.
-  template <ApexSample S>
+  template <ApexSample S, int>
   LOX_OP void down(const int16_t *const *pairs, const int16_t *weights,
                    int32_t steps, ptrdiff_t x, uint8_t *dst) {
     int32x4_t s0 = vdupq_n_s32(0);

@@ -38,23 +38,49 @@ LOX_INLINE void put_sample(int32_t sum, uint8_t *dst) {
   if constexpr (S != ApexSample::kByte) dst[1] = static_cast<uint8_t>(v >> 8);
 }
 
-template <ApexSample S>
-LOX_INLINE void across_rule(const uint8_t *row, const uint8_t *below,
-                            const ApexColumns &c, int16_t *dst) {
-  const int16_t *w = c.weights;
-  for (int32_t i = 0; i < c.count; ++i, w += c.steps) {
-    const ptrdiff_t from = ptrdiff_t{c.first[i]} * apex_bytes(S);
-    const uint8_t *const both[] = {row + from, below + from};
-    for (int32_t part = 0; part < apex_sums(c.parts); ++part) {
-      for (const uint8_t *const p : both) {
-        int32_t sum = 1 << (apex_bits(S) - 1);
-        for (int32_t k = 0; k < c.steps && part < c.parts; ++k) {
-          sum += w[k] * sample<S>(p, ptrdiff_t{k} * c.parts + part);
-        }
-        *dst++ = static_cast<int16_t>(sum >> apex_bits(S));
+// Calls put(row, below, base, entry, dst) for blocks of so many sums.
+template <int kSums, class Put>
+LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
+                           int32_t count, int16_t *dst, Put put) {
+  for (; count != 0; --count, ++piece) {
+    ptrdiff_t base = piece->base;
+    ptrdiff_t entry = piece->entry;
+    int16_t *to = dst + piece->at;
+    for (int32_t left = piece->blocks; left != 0; --left, to += 2 * kSums) {
+      put(piece->row, piece->below, base, entry, to);
+      if (++entry == c.entries) {
+        entry = 0;
+        base += c.advance;
       }
     }
   }
+}
+
+template <ApexSample S>
+LOX_INLINE void across_rule(const ApexColumns &c, const ApexPiece *pieces,
+                            int32_t count, int16_t *dst) {
+  const int32_t sums = apex_sums(c.parts);
+  const ptrdiff_t outputs = kPlainSums / sums;
+  for_blocks<kPlainSums>(
+      c, pieces, count, dst,
+      [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base,
+          ptrdiff_t entry, int16_t *to) {
+        const int32_t *const first = c.first + entry * outputs;
+        const int16_t *w = c.weights + entry * outputs * c.steps;
+        for (ptrdiff_t i = 0; i < outputs; ++i, w += c.steps) {
+          const ptrdiff_t from = (base + first[i]) * apex_bytes(S);
+          const uint8_t *const both[] = {row + from, below + from};
+          for (int32_t part = 0; part < sums; ++part) {
+            for (const uint8_t *const p : both) {
+              int32_t sum = 1 << (apex_bits(S) - 1);
+              for (int32_t k = 0; k < c.steps && part < c.parts; ++k) {
+                sum += w[k] * sample<S>(p, ptrdiff_t{k} * c.parts + part);
+              }
+              *to++ = static_cast<int16_t>(sum >> apex_bits(S));
+            }
+          }
+        }
+      });
 }
 
 template <ApexSample S>
@@ -76,6 +102,8 @@ LOX_INLINE void down_rule(const int16_t *const *pairs, const int16_t *weights,
 #if defined(LOX_SET_neon)
 #include "apex/apex_neon.h"
 #elif LOX_VECTORS
+#include "apex/apex_phases_x86.h"
+#include "apex/apex_turned_x86.h"
 #include "apex/apex_x86.h"
 #endif
 
@@ -97,13 +125,18 @@ LOX_INLINE void for_sample(ApexSample s, Kernel kernel) {
   }
 }
 
-void across(ApexSample s, const uint8_t *row, const uint8_t *below,
-            const ApexColumns &c, int16_t *dst) {
+void across(ApexSample s, const ApexColumns &c, const ApexPiece *pieces,
+            int32_t count, int16_t *dst) {
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
 #if LOX_VECTORS
-    ApexOps<Bulk>::template across<S>(row, below, c, dst);
+#if !defined(LOX_SET_neon)
+    if (c.way == ApexWay::kPhases) {
+      return ApexPhases<Wide>::template phases<S>(c, pieces, count, dst);
+    }
+#endif
+    ApexOps<Bulk>::template across<S>(c, pieces, count, dst);
 #else
-    across_rule<S>(row, below, c, dst);
+    across_rule<S>(c, pieces, count, dst);
 #endif
   });
 }
@@ -115,9 +148,17 @@ void down(ApexSample s, const int16_t *const *pairs, const int16_t *weights,
     const auto with = [&]<class V>(V) LOX_INLINE_LAMBDA {
       using Ops = ApexOps<V>;
       if (n < Ops::n) return false;
-      const ptrdiff_t last = n - Ops::n;
-      for (ptrdiff_t x = 0; x < n; x += Ops::n) {
-        Ops::template down<S>(pairs, weights, steps, x < last ? x : last, dst);
+      ptrdiff_t x = 0;
+      if constexpr (Ops::kDownTimes > 1) {
+        constexpr ptrdiff_t kMany = Ops::kDownTimes * Ops::n;
+        for (; n - x >= kMany; x += kMany) {
+          Ops::template down<S, Ops::kDownTimes>(pairs, weights, steps, x, dst);
+        }
+      }
+      for (; x < n; x += Ops::n) {
+        const ptrdiff_t last = n - Ops::n;
+        Ops::template down<S, 1>(pairs, weights, steps, x < last ? x : last,
+                                 dst);
       }
       return true;
     };
@@ -134,7 +175,7 @@ void down(ApexSample s, const int16_t *const *pairs, const int16_t *weights,
 void turn(ApexSample s, const uint8_t *const *rows, int32_t parts,
           int32_t chunks, int16_t *dst) {
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
-    ApexOps<Wide>::template turn<S>(rows, parts, chunks, dst);
+    ApexTurning<Wide>::template turn<S>(rows, parts, chunks, dst);
   });
 }
 void across_turned(ApexSample s, const int16_t *turned, int32_t parts,
@@ -142,12 +183,50 @@ void across_turned(ApexSample s, const int16_t *turned, int32_t parts,
                    const ApexWeights &weights, ptrdiff_t at,
                    int16_t *const *pairs) {
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
-    ApexOps<Wide>::template across_turned<S>(turned, parts, count, begin, first,
-                                             weights, at, pairs);
+    ApexTurning<Wide>::template across_turned<S>(turned, parts, count, begin,
+                                                 first, weights, at, pairs);
   });
 }
-constexpr int32_t kTurnedRows = ApexOps<Wide>::kTurnedRows;
+constexpr int32_t kTurnedRows = ApexTurning<Wide>::kTurnedRows;
+
+// Calls vector(x) for each n of `count` pixels, the last ones at the end, or
+// else pixel(x).
+template <class Vector, class Pixel>
+LOX_INLINE void for_pixels(ptrdiff_t count, Vector vector, Pixel pixel) {
+  constexpr ptrdiff_t n = ApexOps<Wide>::n;
+  if (count < n) {
+    for (ptrdiff_t x = 0; x < count; ++x) pixel(x);
+    return;
+  }
+  const ptrdiff_t last = count - n;
+  for (ptrdiff_t x = 0; x < count; x += n) vector(x < last ? x : last);
+}
+void split(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst) {
+  for_pixels(
+      n,
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        ApexOps<Wide>::split(row + 3 * x, apart, dst + x);
+      },
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        for (int i = 0; i < 3; ++i) dst[i * apart + x] = row[3 * x + i];
+      });
+}
+void join(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst) {
+  for_pixels(
+      n,
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        const uint8_t *const p = planes + x;
+        Wide::store3<false>(dst + 3 * x, {Wide::R::load(p)},
+                            {Wide::R::load(p + apart)},
+                            {Wide::R::load(p + 2 * apart)});
+      },
+      [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        for (int i = 0; i < 3; ++i) dst[3 * x + i] = planes[i * apart + x];
+      });
+}
 #else
+constexpr decltype(ApexRows::split) split = nullptr;
+constexpr decltype(ApexRows::join) join = nullptr;
 constexpr decltype(ApexRows::turn) turn = nullptr;
 constexpr decltype(ApexRows::across_turned) across_turned = nullptr;
 constexpr int32_t kTurnedRows = 0;
@@ -188,16 +267,19 @@ void divide(const uint16_t *row, int alpha, ptrdiff_t n, uint8_t *dst) {
 constinit const ApexRows apex_rows = {
 #if LOX_VECTORS
     ApexOps<Bulk>::kRegisterBytes,
+    ApexOps<Wide>::kPhaseBytes,
     ApexOps<Bulk>::kPicks,
     4,
 #else
-    0,      false,       2,
+    0,           0,           false, 2,
 #endif
     across,
     kTurnedRows,
     turn,
     across_turned,
     down,
+    split,
+    join,
     close,
     premultiply,
     divide};

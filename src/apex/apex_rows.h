@@ -23,35 +23,52 @@ constexpr int apex_bytes(ApexSample s) {
 // How the weights of columns lie.
 //   kPlain: those of an output in turn.
 //   kLanes, kTwoLanes, kRegister, kTwoRegisters: sums of products of two
-//   neighbours lie
-//     side by side; the samples that they take are picked from 16 bytes for
-//     four sums (kLanes) or eight (kTwoLanes), from a register of words for 16,
-//     or from two.
+//   neighbours lie side by side; the samples that they take are picked from 16
+//   bytes for four sums (kLanes) or eight (kTwoLanes), from a register of words
+//   for 16, or from two.
 //   kDirect: those of an output make registers; each is summed on its own.
+//   kPhases: sums that have the same weights make registers, of one output or
+//   two in a period; the samples that these take are the same.
 enum class ApexWay {
   kPlain,
   kLanes,
   kTwoLanes,
   kRegister,
   kTwoRegisters,
-  kDirect
+  kDirect,
+  kPhases
 };
 
-// Some columns of a plane. Sums are done in blocks of outputs; the last one may
-// lie over the one before.
+// Sums of a block of kPlain.
+constexpr int32_t kPlainSums = 8;
+
+// The columns of a plane as tables of blocks of outputs. After the last of them
+// the first comes again, `advance` parts further.
 struct ApexColumns {
   ApexWay way;
-  int32_t parts;   // of a sample: 1 to 4
-  int32_t count;   // outputs
-  int32_t blocks;  // kPlain has none
-  int32_t last;    // the output that the last block begins with
-  // Where outputs (kPlain, kDirect) or what is picked from begin, in parts.
+  int32_t parts;  // of a sample: 1 to 4
+  int32_t entries;
+  ptrdiff_t advance;
+  // Where outputs (kPlain, kDirect) or what is picked from begin, in parts
+  // behind a piece's `base`.
   const int32_t *first;
-  // For each sum the bytes, or the words, that it takes.
+  // For each sum the bytes, or the words, that it takes. Of kPhases the bytes
+  // of two pairs of samples, and the words that make the lanes of AVX-512; or
+  // the words of three pairs.
   const uint32_t *places;
   const int16_t *weights;
-  // Of weights: pairs of them; registers for kDirect; words for kPlain.
+  // Of weights: pairs of them; registers for kDirect; words for kPlain; twice
+  // two pairs for kPhases.
   int32_t steps;
+  // kPhases: outputs of a period, parts from lane to lane.
+  int32_t phases, lane;
+};
+// Some blocks of two rows, from block `entry` of the tables on; their words go
+// to dst[at] and on.
+struct ApexPiece {
+  const uint8_t *row, *below;
+  ptrdiff_t base, at;
+  int32_t entry, blocks;
 };
 // Three parts are summed as four, the last of which is anything.
 constexpr int32_t apex_sums(int32_t parts) { return parts == 3 ? 4 : parts; }
@@ -68,17 +85,17 @@ constexpr int32_t kMostTurnedRows = 32;
 
 struct ApexRows {
   // Bytes of a register in the ways kLanes, kTwoLanes and kDirect, 0 where the
-  // way is kPlain; whether there are kRegister and kTwoRegisters; what the
-  // weights of kPlain are padded to.
-  int32_t register_bytes;
+  // way is kPlain, and in the way kPhases; whether there are kRegister and
+  // kTwoRegisters; what the weights of kPlain are padded to.
+  int32_t register_bytes, phase_bytes;
   bool picks;
   int32_t plain_step;
 
   // Columns of two rows of samples to words of 14 bits, which may swing beyond:
   // one of each row in turn. Rows have something wherever a weight of 0 belongs
-  // to and, for loads, behind that. dst has room for whole blocks.
-  void (*across)(ApexSample sample, const uint8_t *row, const uint8_t *below,
-                 const ApexColumns &columns, int16_t *dst);
+  // to and, for loads, behind that.
+  void (*across)(ApexSample sample, const ApexColumns &columns,
+                 const ApexPiece *pieces, int32_t count, int16_t *dst);
   // Of turned_rows rows (0: there are none of these two) `chunks` times 16
   // bytes or, of three parts, 12, to pairs of neighbouring samples: for each
   // part of each such pair two words of every row. dst has room for 8 more.
@@ -94,6 +111,11 @@ struct ApexRows {
   // n samples of `steps` such pairs of rows.
   void (*down)(ApexSample sample, const int16_t *const *pairs,
                const int16_t *weights, int32_t steps, ptrdiff_t n,
+               uint8_t *dst);
+  // Null or: three parts of n pixels to planes that are `apart` bytes apart,
+  // and back.
+  void (*split)(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst);
+  void (*join)(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart,
                uint8_t *dst);
   // Four bytes to three, n times.
   void (*close)(const uint8_t *row, ptrdiff_t n, uint8_t *dst);

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "apex/columns.h"
 
+#include <cstddef>
+#include <cstring>
+#include <numeric>
+
 namespace lox {
 
 namespace {
@@ -9,15 +13,34 @@ int32_t round_up(int32_t n, int32_t step) {
   return (n + step - 1) / step * step;
 }
 
-// Whether the outputs of so many sums find what they take in so many parts.
+// Whether so many sums find what they take in so many parts.
 bool fits(const ApexAxis &axis, int32_t parts, int32_t sums, int32_t within) {
   const int64_t further = (int64_t{sums} / apex_sums(parts) - 1) * axis.from;
   return ((further + axis.to - 1) / axis.to + 2) * parts <= within;
 }
 
-ApexWay way_of(const ApexAxis &axis, ApexSample sample, int32_t parts) {
+// Whole ratios to 4 and 3:2, whose lanes hold what a step takes; of words, 3:2
+// and of one part or two 4:1 by AVX-512.
+bool fits_phases(const ApexAxis &axis, const ApexPeriod &period,
+                 ApexSample sample, int32_t parts) {
+  const int32_t bytes = apex_rows().phase_bytes;
+  if (bytes == 0 ||
+      period.outputs * int64_t{axis.from} != period.samples * axis.to) {
+    return false;
+  }
+  if (period.outputs == 2 && period.samples == 3) {
+    return sample == ApexSample::kByte || bytes == 64;
+  }
+  if (period.outputs != 1 || period.samples > 4) return false;
+  return sample == ApexSample::kByte ||
+         (bytes == 64 && period.samples == 4 && parts <= 2);
+}
+
+ApexWay way_of(const ApexAxis &axis, const ApexPeriod &period,
+               ApexSample sample, int32_t parts) {
   const ApexRows &rows = apex_rows();
   if (rows.register_bytes == 0) return ApexWay::kPlain;
+  if (fits_phases(axis, period, sample, parts)) return ApexWay::kPhases;
   if (rows.picks && fits(axis, parts, 16, 32)) return ApexWay::kRegister;
   if (rows.picks && fits(axis, parts, 16, 64)) return ApexWay::kTwoRegisters;
   const int32_t lane = 16 / apex_bytes(sample);
@@ -29,27 +52,33 @@ ApexWay way_of(const ApexAxis &axis, ApexSample sample, int32_t parts) {
 
 }  // namespace
 
-ApexArrangement::ApexArrangement(const ApexAxis &axis, ApexSample sample,
-                                 int32_t parts)
-    : way_(way_of(axis, sample, parts)),
+ApexArrangement::ApexArrangement(const ApexAxis &axis, const ApexPeriod &period,
+                                 ApexSample sample, int32_t parts)
+    : way_(way_of(axis, period, sample, parts)),
       sample_(sample),
       parts_(parts),
-      taps_(axis.taps()),
-      count_(axis.dst_count),
-      src_count_(axis.src_count) {
+      taps_(period.taps) {
   const int32_t bytes = apex_rows().register_bytes;
+  const int32_t sums = apex_sums(parts);
   steps_ = (taps_ + 1) / 2;
   int32_t load = 16 / apex_bytes(sample);
   switch (way_) {
     case ApexWay::kPlain:
       steps_ = round_up(taps_, apex_rows().plain_step);
       reach_ = steps_ * parts + 8;
+      firsts_ = block_ / sums;
+      weights_ = firsts_ * steps_;
       break;
     case ApexWay::kDirect:
       block_ = bytes / 4;
       words_ = bytes / 2;
       steps_ = (taps_ * parts - 1) / words_ + 1;
       reach_ = int64_t{steps_} * words_;
+      firsts_ = block_ / sums;
+      weights_ = firsts_ * steps_ * words_;
+      break;
+    case ApexWay::kPhases:
+      arrange_phases(period);
       break;
     case ApexWay::kLanes:
     case ApexWay::kTwoLanes:
@@ -63,136 +92,189 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, ApexSample sample,
   }
   if (sums_ > 0) {
     lanes_ = block_ / sums_;
+    firsts_ = lanes_;
+    places_ = block_;
+    weights_ = int64_t{block_} * 2 * steps_;
     reach_ = (steps_ - int64_t{1}) * 2 * parts + load;
   }
-  outputs_ = block_ / apex_sums(parts);
-  blocks_ = (count_ - 1) / outputs_ + 1;
+  outputs_ = block_ / sums;
+  blocks_ = (axis.dst_count - 1) / outputs_ + 1;
+  span_ = (int64_t{outputs_} * axis.from / axis.to + 2) * parts;
+  // As many blocks as make whole periods, or all.
+  const int64_t whole = period.outputs / std::gcd(period.outputs, outputs_);
+  entries_ = static_cast<int32_t>(whole < blocks_ ? whole : blocks_);
+  advance_ = whole * outputs_ / period.outputs * period.samples * parts;
 }
 
-int64_t ApexArrangement::firsts() const {
-  if (is_plain()) return count_;
-  return int64_t{blocks_} * (sums_ == 0 ? outputs_ : lanes_);
-}
-int64_t ApexArrangement::places() const {
-  return sums_ == 0 ? 0 : int64_t{blocks_} * block_;
-}
-int64_t ApexArrangement::weights() const {
-  if (is_plain()) return 0;
-  return sums_ == 0 ? firsts() * steps_ * words_ : places() * 2 * steps_;
+// Registers of one phase: lanes of neighbouring periods, each with what two
+// pairs of samples take.
+void ApexArrangement::arrange_phases(const ApexPeriod &period) {
+  const int32_t bytes = apex_rows().phase_bytes;
+  phases_ = period.outputs;
+  lane_ = static_cast<int32_t>(4 * period.samples);
+  block_ = bytes / 2;
+  // Of two phases the second begins a pair behind the first.
+  steps_ = phases_ == 1 ? ((taps_ + 1) / 2 + 1) / 2 : (3 + taps_ + 3) / 4;
+  firsts_ = 1;
+  // Two registers of places and, for AVX-512, where lanes are.
+  places_ = int64_t{3} * bytes / 4;
+  weights_ = int64_t{2} * steps_ * phases_ * (bytes / 2);
+  if (sample_ != ApexSample::kByte) {
+    // Two registers three pairs further, or some that follow each other.
+    reach_ = 6 * parts_ + 64;
+    if (phases_ == 2) return;
+    block_ = bytes / 4;
+    weights_ = int64_t{6} * (bytes / 2);
+    reach_ = (2 + parts_) * int64_t{32};
+    return;
+  }
+  const int64_t last = bytes == 64 ? 64 : (bytes / 16 - 1) * lane_ + 16;
+  const int64_t next = phases_ == 1 ? bytes / 16 * lane_ : 0;
+  reach_ = (steps_ - int64_t{1}) * 4 * parts_ + next + last;
 }
 
-int32_t ApexArrangement::block_output(int32_t block) const {
-  const int32_t last = count_ > outputs_ ? count_ - outputs_ : 0;
-  const int64_t at = int64_t{block} * outputs_;
-  return at < last ? static_cast<int32_t>(at) : last;
-}
-// Of a block that is not full the other outputs are like the last one, and
-// weigh nothing.
-int32_t ApexArrangement::first_of(const ApexTaps &taps, int32_t output) const {
-  return taps.first[output < count_ ? output : count_ - 1];
-}
-int16_t ApexArrangement::weight(const ApexTaps &taps, int32_t output,
-                                int32_t tap) const {
-  if (output >= count_ || tap >= taps_) return 0;
-  return taps.weights[int64_t{output} * taps.pitch + tap];
-}
 // Where a part and the one that it is summed with are: words of a register, or
 // bytes of 16, a zero being behind what is a byte.
-uint32_t ApexArrangement::place(int32_t part) const {
+uint32_t ApexArrangement::place(int64_t part) const {
   const auto a = static_cast<uint32_t>(part);
   const auto b = static_cast<uint32_t>(part + parts_);
-  if (block_ == 32 && sums_ == 16) return a | b << 16;
+  if (sums_ == 16) return a | b << 16;
   if (sample_ == ApexSample::kByte) return 0x80008000 | a | b << 16;
   return (2 * a) | (2 * a + 1) << 8 | (2 * b) << 16 | (2 * b + 1) << 24;
 }
 
-int64_t ApexArrangement::add_block(const ApexTaps &taps, int32_t block,
-                                   int32_t *first, uint32_t *places,
-                                   int16_t *weights) const {
-  const int32_t at = block_output(block);
-  const int32_t last = at + outputs_ - 1;
-  const int64_t end = int64_t{first_of(taps, last)} * parts_ + reach_;
-  if (sums_ == 0) {
-    for (int32_t o = at; o <= last; ++o) {
-      *first++ = first_of(taps, o) * parts_;
-      for (int32_t i = 0; i < steps_ * words_; ++i) {
-        // Of pairs two of the first parts and two of the second in turn.
-        *weights++ = weight(taps, o, parts_ == 1 ? i : i / 4 * 2 + i % 2);
-      }
-    }
-    return end;
-  }
-  // Of three parts the fourth sum is one more of the third.
-  const int32_t sums = apex_sums(parts_);
-  for (int32_t lane = 0; lane < lanes_; ++lane) {
-    const int32_t sum = lane * sums_;
-    const int32_t begin = first_of(taps, at + sum / sums);
-    *first++ = begin * parts_;
-    for (int32_t i = sum; i < sum + sums_; ++i) {
-      const int32_t part = i % sums < parts_ ? i % sums : parts_ - 1;
-      *places++ =
-          place((first_of(taps, at + i / sums) - begin) * parts_ + part);
+void ApexArrangement::fill(const ApexPeriod &period,
+                           const Tables &tables) const {
+  std::memset(tables.weights, 0, static_cast<size_t>(2 * weights()));
+  for (int32_t entry = 0; entry < entries_; ++entry) {
+    const int64_t output = int64_t{entry} * outputs_;
+    int32_t *const first = tables.first + entry * firsts_;
+    int16_t *const weights = tables.weights + entry * weights_;
+    if (way_ == ApexWay::kPlain) {
+      fill_plain(period, output, first, weights);
+    } else if (way_ == ApexWay::kDirect) {
+      fill_direct(period, output, first, weights);
+    } else if (way_ == ApexWay::kPhases) {
+      fill_phases(period, tables);
+    } else {
+      fill_lanes(period, output, first, tables.places + entry * places_,
+                 weights);
     }
   }
-  for (int32_t tap = 0; tap < 2 * steps_; tap += 2) {
-    for (int32_t lane = 0; lane < lanes_; ++lane) {
-      for (int32_t i = lane * sums_; i < lane * sums_ + sums_; ++i) {
-        *weights++ = weight(taps, at + i / sums, tap);
-        *weights++ = weight(taps, at + i / sums, tap + 1);
-      }
-    }
-  }
-  return end;
 }
 
-ApexArrangement::Columns ApexArrangement::columns(const ApexTaps &taps,
-                                                  int32_t *first,
-                                                  uint32_t *places,
-                                                  int16_t *weights) const {
-  const int64_t row_end = int64_t{src_count_} * parts_;
-  const int64_t block_firsts = firsts() / blocks_;
-  const int64_t block_weights = this->weights() / blocks_;
-  int32_t inside = 0;  // blocks
-  int64_t tail_first = 0;
-  int32_t tail = 0;  // outputs before it
-  if (is_plain()) {
-    // The tail has at least a block, so that it can be done as one.
-    const int32_t last = count_ > outputs_ ? count_ - outputs_ : 0;
-    while (tail < last &&
-           int64_t{taps.first[tail]} * parts_ + reach_ <= row_end) {
-      ++tail;
-    }
-    for (int32_t i = 0; i < count_; ++i) first[i] = taps.first[i] * parts_;
-    weights = taps.weights;
-    tail_first = tail;
-  } else {
-    for (int32_t b = 0; b < blocks_; ++b) {
-      const int64_t end =
-          add_block(taps, b, first + b * block_firsts,
-                    sums_ == 0 ? places : places + int64_t{b} * block_,
-                    weights + b * block_weights);
-      if (inside == b && end <= row_end) ++inside;
-    }
-    tail = inside < blocks_ ? inside * outputs_ : count_;
-    tail_first = inside * block_firsts;
+void ApexArrangement::fill_plain(const ApexPeriod &period, int64_t output,
+                                 int32_t *first, int16_t *weights) const {
+  for (int64_t i = 0; i < firsts_; ++i, weights += steps_) {
+    first[i] = static_cast<int32_t>(period.first_of(output + i) * parts_);
+    std::memcpy(weights, period.weights_of(output + i),
+                static_cast<size_t>(taps_) * sizeof *weights);
   }
-  const int32_t last = block_output(blocks_ - 1);
-  Columns c;
-  c.body = {way_, parts_, tail, inside, last, first, places, weights, steps_};
-  c.tail = c.body;
-  c.tail_output = tail;
-  c.tail.count = count_ - tail;
-  c.tail.blocks = is_plain() ? 0 : blocks_ - inside;
-  c.tail.last = last - tail;
-  c.tail.first += tail_first;
-  c.tail.places += sums_ == 0 ? 0 : int64_t{inside} * block_;
-  c.tail.weights +=
-      is_plain() ? int64_t{tail} * steps_ : inside * block_weights;
-  c.begin = c.tail.count > 0 ? c.tail.first[0] : row_end;
-  for (int64_t i = tail_first; i < firsts() && c.tail.count > 0; ++i) {
-    first[i] -= static_cast<int32_t>(c.begin);
+}
+
+void ApexArrangement::fill_direct(const ApexPeriod &period, int64_t output,
+                                  int32_t *first, int16_t *weights) const {
+  const ptrdiff_t pitch = ptrdiff_t{steps_} * words_;
+  for (int64_t o = 0; o < firsts_; ++o, weights += pitch) {
+    first[o] = static_cast<int32_t>(period.first_of(output + o) * parts_);
+    const int16_t *const own = period.weights_of(output + o);
+    for (int32_t i = 0; i < pitch; ++i) {
+      // Of pairs two of the first parts and two of the second in turn.
+      const int32_t tap = parts_ == 1 ? i : i / 4 * 2 + i % 2;
+      if (tap < taps_) weights[i] = own[tap];
+    }
   }
-  return c;
+}
+
+void ApexArrangement::fill_lanes(const ApexPeriod &period, int64_t output,
+                                 int32_t *first, uint32_t *places,
+                                 int16_t *weights) const {
+  for (int32_t i = 0; i < block_; ++i, weights += 2) {
+    const int64_t from = period.first_of(output + i / parts_);
+    int32_t &begin = first[i / sums_];
+    if (i % sums_ == 0) begin = static_cast<int32_t>(from * parts_);
+    places[i] = place(from * parts_ - begin + i % parts_);
+    const int16_t *const own = period.weights_of(output + i / parts_);
+    for (int32_t tap = 0; tap < taps_; ++tap) {
+      weights[tap / 2 * 2 * block_ + tap % 2] = own[tap];
+    }
+  }
+}
+
+void ApexArrangement::fill_phases(const ApexPeriod &period,
+                                  const Tables &tables) const {
+  const int32_t bytes = apex_rows().phase_bytes;
+  const int32_t sums = bytes / 4;
+  // The second phase begins two or three samples behind the first pair.
+  int32_t shift[2] = {0, 0};
+  if (phases_ == 2) {
+    const int32_t apart = period.first[1] - period.first[0];
+    shift[0] = apart < 2 ? 2 - apart : 0;
+    shift[1] = shift[0] + apart;
+  }
+  tables.first[0] = (period.first[0] - shift[0]) * parts_;
+  if (sample_ != ApexSample::kByte) {
+    if (phases_ == 1) return fill_quarters(period, tables.weights);
+    for (int32_t i = 0; i < 3 * sums; ++i) {
+      const int32_t pixel = i % sums / parts_ * 3 + i / sums * 2;
+      const auto word = static_cast<uint32_t>(pixel * parts_ + i % parts_);
+      tables.places[i] = word | (word + static_cast<uint32_t>(parts_)) << 16;
+    }
+    return fill_phase_weights(period, shift, tables.weights);
+  }
+  for (int32_t i = 0; i < sums; ++i) {
+    const int64_t part =
+        i % 4 / parts_ * (period.samples * parts_) + i % parts_;
+    tables.places[i] = place(part);
+    tables.places[sums + i] = place(part + int64_t{2} * parts_);
+    // AVX-512 takes lanes as words.
+    const auto word = static_cast<uint32_t>(i / 4 * lane_ / 2 + i % 4 * 2);
+    tables.places[2 * sums + i] = word | (word + 1) << 16;
+  }
+  fill_phase_weights(period, shift, tables.weights);
+}
+// The weights of the first phase and of the second in turn.
+void ApexArrangement::fill_phase_weights(const ApexPeriod &period,
+                                         const int32_t (&shift)[2],
+                                         int16_t *weights) const {
+  const int32_t words = apex_rows().phase_bytes / 2;
+  for (int32_t phase = 0; phase < phases_; ++phase) {
+    for (int32_t tap = 0; tap < taps_; ++tap) {
+      const int32_t at = tap + shift[phase];
+      int16_t *const w =
+          weights + ptrdiff_t{at / 2 * phases_ + phase} * words + at % 2;
+      for (int32_t i = 0; i < words; i += 2) {
+        w[i] = period.weights[phase * taps_ + tap];
+      }
+    }
+  }
+}
+// Four weights after each other, each pair of them for all parts.
+void ApexArrangement::fill_quarters(const ApexPeriod &period,
+                                    int16_t *weights) const {
+  const int32_t words = apex_rows().phase_bytes / 2;
+  for (int32_t i = 0; i < words; ++i) {
+    const int32_t tap = i / 2 / parts_ % 2 * 2 + i % 2;
+    for (int32_t step = 0; step < 6; ++step) {
+      weights[step * words + i] = period.weights[4 * step + tap];
+    }
+  }
+}
+
+int64_t ApexArrangement::begin(const Tables &tables, int32_t block) const {
+  return tables.first[block % entries_ * firsts_] + block / entries_ * advance_;
+}
+int64_t ApexArrangement::end(const Tables &tables, int32_t block) const {
+  return tables.first[block % entries_ * firsts_ + firsts_ - 1] +
+         block / entries_ * advance_ + reach_;
+}
+
+ApexColumns ApexArrangement::columns(const Tables &tables) const {
+  return {way_,           parts_,
+          entries_,       static_cast<ptrdiff_t>(advance_),
+          tables.first,   tables.places,
+          tables.weights, steps_,
+          phases_,        lane_};
 }
 
 }  // namespace lox

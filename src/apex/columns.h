@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Weights of columns as the row kernels of the set that runs want them.
+// Weights of columns as the row kernels of the set that runs want them: a table
+// of as many blocks of outputs as differ. It knows no ends of rows, beyond
+// which the samples there must have been repeated.
 #pragma once
 
 #include <stdint.h>
@@ -12,52 +14,83 @@ namespace lox {
 
 class ApexArrangement {
  public:
-  ApexArrangement(const ApexAxis &axis, ApexSample sample, int32_t parts);
+  ApexArrangement(const ApexAxis &axis, const ApexPeriod &period,
+                  ApexSample sample, int32_t parts);
 
-  // Between the weights of outputs that columns() is given.
-  int32_t pitch() const { return is_plain() ? steps_ : taps_; }
-  // Sums in a row that has room for whole blocks.
-  int64_t room() const {
-    const int64_t outputs = count_ > outputs_ ? count_ : outputs_;
-    return outputs * apex_sums(parts_);
-  }
-  // Entries of the tables.
-  int64_t firsts() const;
-  int64_t places() const;
-  int64_t weights() const;
-  // Parts behind a row that loads may reach.
-  int64_t beyond() const { return reach_ + int64_t{taps_} * parts_; }
+  // Whether this takes longer than what turns rows.
+  bool may_turn() const { return way_ != ApexWay::kPhases; }
 
-  // Columns whose loads stay inside a row, and the others, for which what is
-  // behind part `begin` of the row goes to where more can be read.
-  struct Columns {
-    ApexColumns body, tail;
-    int32_t tail_output;
-    int64_t begin;
+  int32_t blocks() const { return blocks_; }
+  // Of a block.
+  int32_t outputs() const { return outputs_; }
+  int32_t sums() const { return block_; }
+
+  struct Tables {
+    int32_t *first;
+    uint32_t *places;
+    int16_t *weights;
   };
-  Columns columns(const ApexTaps &taps, int32_t *first, uint32_t *places,
-                  int16_t *weights) const;
+  // Their entries.
+  int64_t firsts() const { return int64_t{entries_} * firsts_; }
+  int64_t places() const { return int64_t{entries_} * places_; }
+  int64_t weights() const { return int64_t{entries_} * weights_; }
+  void fill(const ApexPeriod &period, const Tables &tables) const;
+
+  // The parts of a row that a block's loads take.
+  int64_t begin(const Tables &tables, int32_t block) const;
+  int64_t end(const Tables &tables, int32_t block) const;
+  // No more of them than this for so many blocks.
+  int64_t most(int32_t blocks) const {
+    return int64_t{blocks} * span_ + reach_ + parts_;
+  }
+  // And than this for the blocks that reach beyond a row's begin
+  // and those that reach beyond its end.
+  int64_t edges() const {
+    return taps_ * parts_ + 4 * (reach_ + span_ + parts_);
+  }
+  ApexColumns columns(const Tables &tables) const;
+  // Some blocks of rows that begin with part `from`, in a strip.
+  ApexPiece piece(int32_t block, int32_t blocks, int64_t from,
+                  int32_t strip) const {
+    return {nullptr,
+            nullptr,
+            static_cast<ptrdiff_t>(block / entries_ * advance_ - from),
+            ptrdiff_t{2} * (block - strip) * block_,
+            block % entries_,
+            blocks};
+  }
 
  private:
-  bool is_plain() const { return way_ == ApexWay::kPlain; }
-  int32_t block_output(int32_t block) const;
-  int32_t first_of(const ApexTaps &taps, int32_t output) const;
-  int16_t weight(const ApexTaps &taps, int32_t output, int32_t tap) const;
-  uint32_t place(int32_t part) const;
-  // The tables of a block; returns the first part behind its loads.
-  int64_t add_block(const ApexTaps &taps, int32_t block, int32_t *first,
-                    uint32_t *places, int16_t *weights) const;
+  void arrange_phases(const ApexPeriod &period);
+  void fill_plain(const ApexPeriod &period, int64_t output, int32_t *first,
+                  int16_t *weights) const;
+  void fill_direct(const ApexPeriod &period, int64_t output, int32_t *first,
+                   int16_t *weights) const;
+  void fill_lanes(const ApexPeriod &period, int64_t output, int32_t *first,
+                  uint32_t *places, int16_t *weights) const;
+  void fill_phases(const ApexPeriod &period, const Tables &tables) const;
+  void fill_phase_weights(const ApexPeriod &period, const int32_t (&shift)[2],
+                          int16_t *weights) const;
+  void fill_quarters(const ApexPeriod &period, int16_t *weights) const;
+  uint32_t place(int64_t part) const;
 
   ApexWay way_;
   ApexSample sample_;
-  int32_t parts_, taps_, count_, src_count_;
-  int32_t block_ = 8;  // sums of a block
+  int32_t parts_, taps_;
+  int32_t block_ = kPlainSums;  // sums of a block
   int32_t outputs_ = 0, blocks_ = 0;
+  // Blocks of the tables, and how many parts further they come again.
+  int32_t entries_ = 1;
+  int64_t advance_ = 0;
+  // Of a block of the tables.
+  int64_t firsts_ = 0, places_ = 0, weights_ = 0;
   int32_t steps_ = 0;
   // Of sums that are picked together, how many, and how often in a block.
   int32_t sums_ = 0, lanes_ = 0;
-  int32_t words_ = 0;  // kDirect: of a register
-  int64_t reach_ = 0;  // what the loads of an output take
+  int32_t words_ = 0;             // kDirect: of a register
+  int32_t phases_ = 0;            // kPhases: outputs of a period
+  int32_t lane_ = 0;              // kPhases: parts from lane to lane
+  int64_t reach_ = 0, span_ = 0;  // what an output's loads take, outputs apart
 };
 
 }  // namespace lox

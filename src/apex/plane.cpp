@@ -2,7 +2,7 @@
 //
 // Scratch memory and the rows of a plane. Each row of the source is scaled
 // across once, and kept as words until the last output that it belongs to has
-// been summed.
+// been summed. That is done by strips of columns.
 #include "apex/plane.h"
 
 #include <cstring>
@@ -13,6 +13,15 @@
 namespace lox {
 
 namespace {
+
+// Bytes of the words that are kept, which the second cache holds: parts of rows
+// that the first one holds take more calls, and memory is slow to bring them.
+constexpr int32_t kKept = 128 << 10;
+// Sums of a strip: at least, and a multiple of these.
+constexpr int32_t kLeastSums = 128;
+constexpr int32_t kWholeSums = 64;
+// Pixels are repeated by so many bytes.
+constexpr int64_t kRepeated = 8;
 
 // What a plane has in scratch memory, in whole lines; sizes are counted before
 // there is any.
@@ -37,91 +46,171 @@ class Room {
 
 // Where everything is.
 struct Plan {
-  ApexArrangement arrangement;
-  ApexTurned turned;
+  Plan(const ApexPlane &p, Room &room);
+
+  ApexSample sample;
+  ApexPeriod across, down;
+  ApexTaps down_taps = {};
+  // One of two ways.
   bool turns;
-  ApexTaps across, down;
-  int16_t *period;  // of either
-  int32_t *first;
-  uint32_t *places;
-  int16_t *weights;
-  const int16_t **pairs;  // of rows: what is summed
-  // Pairs of rows between the directions, `slots` of them in turn.
+  ApexTurned turned;
+  ApexTaps turned_taps = {};
+  int16_t *side_by_side = nullptr;  // rows that are turned
+  // Whether three parts are scaled as planes of one, whose sums are plane_sums
+  // apart, and the parts that are scaled at once.
+  bool splits;
+  int32_t parts;
+  int32_t planes = 1;
+  ApexArrangement arrangement;
+  ApexArrangement::Tables tables = {};
+  // The pixel of a row behind the last that has a weight.
+  int64_t needed = 0;
+  // Blocks, or else all sums, of a strip and of a row.
+  int32_t strip = 1, blocks = 1;
+  // Pairs of rows between the directions, `slots` of them in turn, and where
+  // they are, twice: from any of them on it is as many.
   int16_t *words;
-  int64_t pitch;
+  const int16_t **pairs;
+  int64_t pitch, plane_sums;
   int32_t slots;
-  uint8_t *tail;          // the ends of rows, to be read beyond
-  int16_t *side_by_side;  // rows that are turned
-  uint16_t *multiplied;   // rows
-  uint8_t *samples;       // a row that is not the destination's
+  // The ends of rows, to be read beyond, or planes of them, so far apart.
+  uint8_t *edges;
+  int64_t edge_bytes = 0;
+  ptrdiff_t split_bytes = 0;
+  uint16_t *multiplied = nullptr;  // rows
+  uint8_t *samples = nullptr;      // a row that is not the destination's
 };
 
-ApexSample sample_of(const ApexPlane &p) {
-  return p.alpha < 0 ? p.sample : ApexSample::k14;
-}
-
-bool turns(const ApexPlane &p) {
-  return ApexTurned::pays(p.across, p.down.src_count);
-}
-
-Plan lay_out(const ApexPlane &p, Room &room) {
-  const ApexArrangement a(p.across, sample_of(p), p.parts);
-  const ApexTurned t(p.across, sample_of(p), p.parts);
-  const bool many = turns(p);
+Plan::Plan(const ApexPlane &p, Room &room)
+    : sample(p.alpha < 0 ? p.sample : ApexSample::k14),
+      across(p.across),
+      down(p.down),
+      turned(p.across, sample, p.parts),
+      splits(p.parts == 3 && apex_rows().split != nullptr),
+      parts(splits ? 1 : p.parts),
+      arrangement(p.across, across, sample, parts) {
+  turns =
+      arrangement.may_turn() && ApexTurned::pays(p.across, p.down.src_count);
+  if (turns) splits = false;
+  if (splits) planes = 3;
   // How many are scaled across at once.
-  const int32_t rows = many ? ApexTurned::rows() : 2;
-  const int32_t taps = p.down.taps();
-  // Those of an output, whose first may be the second of a pair; with the last
-  // of them come others.
-  const int32_t pairs = taps / 2 + 1;
-  const int32_t slots = pairs + rows / 2 - 1;
-  const int64_t parts = int64_t{p.across.src_count} * p.parts;
-  const int64_t period_across = int64_t{p.across.period()} * p.across.taps();
-  const int64_t period_down = int64_t{p.down.period()} * taps;
-  const int64_t sums = many ? t.room() : a.room();
-  const int64_t pitch = (2 * sums + 31) & ~int64_t{31};
-  return {
-      a,
-      t,
-      many,
-      {room.take<int32_t>(p.across.dst_count),
-       room.take<int16_t>(int64_t{p.across.dst_count} * a.pitch()), a.pitch()},
-      {room.take<int32_t>(p.down.dst_count),
-       room.take<int16_t>(int64_t{p.down.dst_count} * 2 * pairs), 2 * pairs},
-      room.take<int16_t>(period_across > period_down ? period_across
-                                                     : period_down),
-      room.take<int32_t>(many ? t.outputs() : a.firsts()),
-      room.take<uint32_t>(many ? 0 : a.places()),
-      room.take<int16_t>(many ? t.weights() : a.weights()),
-      room.take<const int16_t *>(pairs),
-      room.take<int16_t>(pitch * slots),
-      pitch,
-      slots,
-      room.take<uint8_t>(many ? t.end_bytes() : 4 * (parts + a.beyond())),
-      room.take<int16_t>(many ? t.words() : 0),
-      room.take<uint16_t>(p.alpha < 0 ? 0 : rows * parts),
-      room.take<uint8_t>(p.alpha < 0 && p.parts != 3 ? 0 : 2 * sums)};
+  const int32_t rows = turns ? ApexTurned::rows() : 2;
+  // Those of an output; with the last of them come others.
+  const int32_t most = apex_pairs(down.taps);
+  slots = most + rows / 2 - 1;
+  const int64_t row = int64_t{p.across.src_count} * p.parts;
+  // One direction's tables are filled after the other's.
+  const int64_t firsts =
+      across.outputs > down.outputs ? across.outputs : down.outputs;
+  const int64_t weights_across = int64_t{across.outputs} * across.taps;
+  const int64_t weights_down = int64_t{down.outputs} * down.taps;
+  across.first = down.first = room.take<int32_t>(firsts);
+  across.weights = down.weights = room.take<int16_t>(
+      weights_across > weights_down ? weights_across : weights_down);
+  down_taps = {most, room.take<int32_t>(p.down.dst_count),
+               room.take<int16_t>(int64_t{p.down.dst_count} * 2 * most)};
+  pairs = room.take<const int16_t *>(2 * int64_t{slots} * planes);
+  int64_t sums = turned.room();
+  if (turns) {
+    const int32_t steps = apex_pairs(across.taps);
+    turned_taps = {steps, room.take<int32_t>(turned.outputs()),
+                   room.take<int16_t>(turned.outputs() * 2 * steps)};
+    side_by_side = room.take<int16_t>(turned.words());
+    edge_bytes = turned.end_bytes();
+  } else {
+    tables = {room.take<int32_t>(arrangement.firsts()),
+              room.take<uint32_t>(arrangement.places()),
+              room.take<int16_t>(arrangement.weights())};
+    blocks = arrangement.blocks();
+    // Rows that are made for a strip are made whole.
+    const int32_t wanted = kKept / 4 / slots / planes;
+    const int32_t least =
+        (wanted > kLeastSums ? wanted : kLeastSums) / arrangement.sums();
+    const int32_t strips = p.alpha < 0 ? (blocks - 1) / least + 1 : 1;
+    strip = (blocks - 1) / strips + 1;
+    // Whole vectors of all sets.
+    const int32_t whole = kWholeSums / arrangement.sums();
+    if (whole > 1) strip = (strip + whole - 1) / whole * whole;
+    if (strip > blocks) strip = blocks;
+    sums = int64_t{strip} * arrangement.sums();
+    edge_bytes = 2 * arrangement.edges() * apex_bytes(sample) + 4 * kRepeated;
+    if (splits) {
+      split_bytes =
+          static_cast<ptrdiff_t>((arrangement.most(strip) + 63) & ~int64_t{63});
+      edge_bytes = int64_t{6} * split_bytes;
+    }
+  }
+  sums = (sums + 63) & ~int64_t{63};
+  plane_sums = sums;
+  pitch = 2 * sums * planes;
+  words = room.take<int16_t>(pitch * slots);
+  edges = room.take<uint8_t>(edge_bytes);
+  if (p.alpha >= 0) multiplied = room.take<uint16_t>(rows * row);
+  if (p.alpha >= 0 || p.parts == 3) samples = room.take<uint8_t>(3 * sums);
 }
 
-// Pairs of rows of words, made as they are wanted.
+// The same pixel again and again, eight bytes at a time: what follows them is
+// written next, or is room for them.
+template <class T>
+void repeat(const uint8_t *pixel, int64_t bytes, uint8_t *dst) {
+  T v;
+  std::memcpy(&v, pixel, sizeof v);
+  const uint64_t eight = v * (~uint64_t{0} / static_cast<T>(~T{0}));
+  for (int64_t at = 0; at < bytes; at += 8) {
+    std::memcpy(dst + at, &eight, sizeof eight);
+  }
+}
+void repeat(int32_t size, const uint8_t *pixel, int64_t bytes, uint8_t *dst) {
+  switch (size) {
+    case 1:
+      return repeat<uint8_t>(pixel, bytes, dst);
+    case 2:
+      return repeat<uint16_t>(pixel, bytes, dst);
+    case 4:
+      return repeat<uint32_t>(pixel, bytes, dst);
+    case 8:
+      return repeat<uint64_t>(pixel, bytes, dst);
+    default:
+      for (; bytes > 0; bytes -= size, dst += size) {
+        std::memcpy(dst, pixel, 3);
+      }
+  }
+}
+// Whether a piece is read from a copy, and of which pixels.
+struct Copied {
+  bool is;
+  int64_t from, to;
+};
+
+// Pairs of rows of words, made as they are wanted: the columns of a strip.
 class Across {
  public:
-  Across(const ApexPlane &p, const Plan &plan)
-      : p_(p), plan_(plan), sample_(sample_of(p)) {
-    if (plan.turns) {
-      plan.turned.fill(plan.across, plan.first, plan.weights);
+  Across(const ApexPlane &p, const Plan &plan, int32_t block, int32_t blocks)
+      : p_(p), plan_(plan) {
+    if (plan.turns) return;
+    // Those that take what is before a row, and behind it.
+    const ApexArrangement &a = plan.arrangement;
+    columns_ = a.columns(plan.tables);
+    const int32_t end = block + blocks;
+    if (plan.splits) {
+      add(block, block, end, true);
       return;
     }
-    columns_ = plan.arrangement.columns(plan.across, plan.first, plan.places,
-                                        plan.weights);
-    tail_bytes_ = (int64_t{p.across.src_count} * p.parts - columns_.begin) *
-                  apex_bytes(sample_);
-    tail_pitch_ = tail_bytes_ + 2 * plan.arrangement.beyond();
-    std::memset(plan.tail, 0, static_cast<size_t>(2 * tail_pitch_));
+    const int64_t row_end = int64_t{p.across.src_count} * p.parts;
+    int32_t inside = block;
+    while (inside < end && a.begin(plan.tables, inside) < 0) ++inside;
+    int32_t behind = end;
+    while (behind > inside && a.end(plan.tables, behind - 1) > row_end) {
+      --behind;
+    }
+    // What has been copied is read some time after.
+    add(block, inside, behind, false);
+    add(block, block, inside, true);
+    add(block, behind, end, true);
   }
 
-  // Points plan.pairs to those of an output's rows.
-  void find(int32_t first, int32_t count) {
+  // Those of an output's rows.
+  const int16_t *const *find(int32_t first, int32_t count) {
     if (next_ < first) next_ = first;
     while (next_ < first + count) {
       if (plan_.turns) {
@@ -130,10 +219,18 @@ class Across {
         make_two();
       }
     }
-    for (int32_t k = 0; k < count; ++k) plan_.pairs[k] = slot(first + k);
+    return plan_.pairs + first % plan_.slots;
   }
 
  private:
+  void add(int32_t strip, int32_t begin, int32_t end, bool copied) {
+    if (begin == end) return;
+    const ApexArrangement &a = plan_.arrangement;
+    const int64_t from = copied ? a.begin(plan_.tables, begin) : 0;
+    pieces_[count_] = a.piece(begin, end - begin, from, strip);
+    copied_[count_++] = {copied, from / plan_.parts,
+                         (a.end(plan_.tables, end - 1) - 1) / plan_.parts + 1};
+  }
   int16_t *slot(int32_t pair) const {
     return plan_.words + pair % plan_.slots * plan_.pitch;
   }
@@ -157,74 +254,128 @@ class Across {
     const int32_t count = ApexTurned::rows();
     for (int32_t i = 0; i < count; ++i) rows[i] = row(i);
     for (int32_t i = 0; i < count / 2; ++i) pairs[i] = slot(next_ + i);
-    plan_.turned.make(rows, plan_.first, plan_.weights, plan_.side_by_side,
-                      plan_.tail, pairs);
+    plan_.turned.make(rows, plan_.turned_taps, plan_.side_by_side, plan_.edges,
+                      pairs);
     next_ += count / 2;
   }
   void make_two() {
     const ApexRows &rows = apex_rows();
     int16_t *const words = slot(next_);
-    const uint8_t *both[2];
-    uint8_t *tail[2];
-    for (int32_t i = 0; i < 2; ++i) {
-      both[i] = row(i);
-      tail[i] = plan_.tail + tail_pitch_ * i;
-      std::memcpy(tail[i], both[i] + columns_.begin * apex_bytes(sample_),
-                  static_cast<size_t>(tail_bytes_));
+    const uint8_t *const above = row(0);
+    const uint8_t *const below = row(1);
+    uint8_t *to = plan_.edges;
+    if (plan_.splits) {
+      uint8_t *const second = to + 3 * plan_.split_bytes;
+      split(above, copied_[0], to);
+      split(below, copied_[0], second);
+      for (int32_t part = 0; part < 3; ++part) {
+        pieces_[0].row = to + part * plan_.split_bytes;
+        pieces_[0].below = second + part * plan_.split_bytes;
+        rows.across(plan_.sample, columns_, pieces_, 1,
+                    words + 2 * plan_.plane_sums * part);
+      }
+      ++next_;
+      return;
     }
-    if (columns_.body.count > 0) {
-      rows.across(sample_, both[0], both[1], columns_.body, words);
+    for (int32_t k = 0; k < count_; ++k) {
+      ApexPiece &piece = pieces_[k];
+      piece.row = above;
+      piece.below = below;
+      if (copied_[k].is) {
+        piece.row = to;
+        to = copy(above, copied_[k], to);
+        piece.below = to;
+        to = copy(below, copied_[k], to);
+      }
     }
-    if (columns_.tail.count > 0) {
-      rows.across(
-          sample_, tail[0], tail[1], columns_.tail,
-          words + int64_t{2} * columns_.tail_output * apex_sums(p_.parts));
-    }
+    rows.across(plan_.sample, columns_, pieces_, count_, words);
     ++next_;
+  }
+
+  // Pixels of a row, those at its ends for what is beyond and counts. Returns
+  // where the next ones go.
+  uint8_t *copy(const uint8_t *row, const Copied &wanted, uint8_t *dst) const {
+    const int64_t count = p_.across.src_count;
+    const int32_t bytes = p_.parts * apex_bytes(plan_.sample);
+    const int64_t from = wanted.from;
+    const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
+    const int64_t inside = from < 0 ? 0 : from < count ? from : count;
+    const int64_t behind = to < count ? to : count;
+    uint8_t *const next = dst + (wanted.to - from) * bytes + kRepeated;
+    repeat(bytes, row, (inside - from) * bytes, dst);
+    dst += from < 0 ? -from * bytes : 0;
+    if (inside < behind) {
+      const int64_t copied = (behind - inside) * bytes;
+      std::memcpy(dst, row + inside * bytes, static_cast<size_t>(copied));
+      dst += copied;
+    }
+    const int64_t last = (count - 1) * bytes;
+    repeat(bytes, row + last, (to - (behind > from ? behind : from)) * bytes,
+           dst);
+    return next;
+  }
+
+  // The same by planes.
+  void split(const uint8_t *row, const Copied &wanted, uint8_t *dst) const {
+    const int64_t count = p_.across.src_count;
+    const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
+    int64_t from = wanted.from < 0 ? 0 : wanted.from;
+    if (from >= count) from = count - 1;
+    const int64_t inside = (to < count ? to : count) - from;
+    const int64_t before = wanted.from < 0 ? -wanted.from : 0;
+    const int64_t behind = to - wanted.from - before - inside;
+    if (inside > 0) {
+      apex_rows().split(row + 3 * from, static_cast<ptrdiff_t>(inside),
+                        plan_.split_bytes, dst + before);
+    }
+    for (int32_t part = 0; part < 3; ++part, dst += plan_.split_bytes) {
+      std::memset(dst, row[part], static_cast<size_t>(before));
+      if (behind > 0) {
+        std::memset(dst + before + inside, row[3 * (count - 1) + part],
+                    static_cast<size_t>(behind));
+      }
+    }
   }
 
   const ApexPlane &p_;
   const Plan &plan_;
-  ApexSample sample_;
-  ApexArrangement::Columns columns_ = {};
-  int64_t tail_bytes_ = 0, tail_pitch_ = 0;
+  ApexColumns columns_ = {};
+  ApexPiece pieces_[3] = {};
+  Copied copied_[3] = {};
+  int32_t count_ = 0;
   int32_t next_ = 0;  // pair
 };
 
-}  // namespace
-
-int64_t apex_scratch(const ApexPlane &p) {
-  Room room(nullptr);
-  lay_out(p, room);
-  return room.used() + Room::kLine;
-}
-
-void apex_scale(const ApexPlane &p, uint8_t *scratch) {
-  const auto past =
-      static_cast<int64_t>(reinterpret_cast<uintptr_t>(scratch) % Room::kLine);
-  Room room(scratch + (Room::kLine - past) % Room::kLine);
-  const Plan plan = lay_out(p, room);
-  fill_taps(p.down, plan.period, plan.down);
-  fill_taps(p.across, plan.period, plan.across);
-  Across across(p, plan);
+// The columns of a strip: so many from output `begin` on.
+void scale_strip(const ApexPlane &p, const Plan &plan, Across &across,
+                 int32_t begin, int32_t count) {
   const ApexRows &rows = apex_rows();
-  const int32_t count = p.across.dst_count;
   const bool apart = p.alpha >= 0 || p.parts == 3;
+  const int32_t pixel = p.parts * apex_bytes(p.sample);
   for (int32_t y = 0; y < p.down.dst_count; ++y) {
-    uint8_t *const dst = p.dst + ptrdiff_t{p.dst_stride} * y;
-    // Weights of pairs: an odd first row is the second of one.
-    int16_t *const weights = plan.down.weights + int64_t{y} * plan.down.pitch;
-    const int32_t first = plan.down.first[y];
-    const int32_t left = p.down.src_count - first;
-    const int32_t taps = p.down.taps() < left ? p.down.taps() : left;
-    if (first % 2 != 0) {
-      std::memmove(weights + 1, weights,
-                   static_cast<size_t>(taps) * sizeof *weights);
-      weights[0] = 0;
+    uint8_t *const dst =
+        p.dst + ptrdiff_t{p.dst_stride} * y + ptrdiff_t{begin} * pixel;
+    const int16_t *const weights =
+        plan.down_taps.weights + int64_t{y} * 2 * plan.down_taps.pairs;
+    const int32_t first = plan.down_taps.first[y];
+    const int32_t left = p.down.src_count / 2 + p.down.src_count % 2 - first;
+    int32_t pairs = plan.down_taps.pairs < left ? plan.down_taps.pairs : left;
+    // The last one counts where the first sample is a pair's second.
+    if (pairs > 1 && (weights[2 * pairs - 2] | weights[2 * pairs - 1]) == 0) {
+      --pairs;
     }
-    const int32_t pairs = (first % 2 + taps + 1) / 2;
-    across.find(first / 2, pairs);
-    rows.down(sample_of(p), plan.pairs, weights, pairs,
+    const int16_t *const *from = across.find(first, pairs);
+    if (plan.splits) {
+      for (int32_t part = 0; part < 3;
+           ++part, from += ptrdiff_t{2} * plan.slots) {
+        rows.down(plan.sample, from, weights, pairs, count,
+                  plan.samples + plan.plane_sums * part);
+      }
+      rows.join(plan.samples, count, static_cast<ptrdiff_t>(plan.plane_sums),
+                dst);
+      continue;
+    }
+    rows.down(plan.sample, from, weights, pairs,
               ptrdiff_t{count} * apex_sums(p.parts),
               apart ? plan.samples : dst);
     if (p.alpha >= 0) {
@@ -233,6 +384,53 @@ void apex_scale(const ApexPlane &p, uint8_t *scratch) {
     } else if (p.parts == 3) {
       rows.close(plan.samples, count, dst);
     }
+  }
+}
+
+}  // namespace
+
+int64_t apex_scratch(const ApexPlane &p) {
+  Room room(nullptr);
+  const Plan plan(p, room);
+  return room.used() + Room::kLine;
+}
+
+void apex_scale(const ApexPlane &p, uint8_t *scratch) {
+  const auto past =
+      static_cast<int64_t>(reinterpret_cast<uintptr_t>(scratch) % Room::kLine);
+  Room room(scratch + (Room::kLine - past) % Room::kLine);
+  Plan plan(p, room);
+  plan.down.fill(p.down);
+  fill_taps(p.down, plan.down, p.down.dst_count, plan.down_taps);
+  plan.across.fill(p.across);
+  if (plan.turns) {
+    fill_taps(p.across, plan.across, plan.turned.outputs(), plan.turned_taps);
+  } else {
+    plan.arrangement.fill(plan.across, plan.tables);
+    plan.needed =
+        plan.across.first_of(p.across.dst_count - 1) + plan.across.taps;
+    // What is loaded beyond that counts for nothing.
+    std::memset(plan.edges, 0, static_cast<size_t>(plan.edge_bytes));
+  }
+  const int16_t **pair = plan.pairs;
+  for (int32_t plane = 0; plane < plan.planes; ++plane) {
+    for (int32_t i = 0; i < 2 * plan.slots; ++i) {
+      *pair++ = plan.words + i % plan.slots * plan.pitch +
+                2 * plan.plane_sums * plane;
+    }
+  }
+  const int64_t outputs =
+      plan.turns ? p.across.dst_count : plan.arrangement.outputs();
+  for (int32_t block = 0; block < plan.blocks; block += plan.strip) {
+    const int32_t left = plan.blocks - block;
+    const int32_t blocks = plan.strip < left ? plan.strip : left;
+    Across across(p, plan, block, blocks);
+    const int64_t begin = block * outputs;
+    const int64_t end = begin + blocks * outputs;
+    scale_strip(
+        p, plan, across, static_cast<int32_t>(begin),
+        static_cast<int32_t>(
+            (end < p.across.dst_count ? end : p.across.dst_count) - begin));
   }
 }
 

@@ -4,6 +4,7 @@
 // C libraries' sines differ.
 #include "apex/taps.h"
 
+#include <cstddef>
 #include <cstring>
 
 namespace lox {
@@ -111,51 +112,67 @@ int32_t clamp(int64_t v, int32_t count) {
 
 }  // namespace
 
-int32_t ApexAxis::period() const {
-  int32_t divisor = to;
-  for (int32_t rest = from; rest != 0;) {
+ApexPeriod::ApexPeriod(const ApexAxis &axis) : taps(axis.taps()) {
+  int32_t divisor = axis.to;
+  int32_t rest = axis.from;
+  do {
     const int32_t next = divisor % rest;
     divisor = rest;
     rest = next;
-  }
-  const int32_t outputs = to / divisor;
-  return outputs < dst_count ? outputs : dst_count;
+  } while (rest != 0);
+  const int32_t whole = axis.to / divisor;
+  outputs = whole < axis.dst_count ? whole : axis.dst_count;
+  // Of a part of a period about as many.
+  samples = (int64_t{outputs} * axis.from - 1) / axis.to + 1;
 }
 
-void fill_taps(const ApexAxis &axis, int16_t *period, const ApexTaps &taps) {
-  const int32_t count = axis.taps();
+void ApexPeriod::fill(const ApexAxis &axis) const {
   const int64_t unit = 4 * int64_t{axis.to};
   // The first centre is at (from - to) / 2 to, of left samples at half of that.
   const int64_t begin = int64_t{axis.from} - axis.to;
   const int64_t start = axis.left ? begin : 2 * begin;
   Centre c = {floor_divide(start, unit), 0};
   c.part = start - c.at * unit;
-  const int64_t whole = axis.from / axis.to;
-  const int64_t rest = 4 * int64_t{axis.from % axis.to};
-  const int32_t phases = axis.period();
+  for (int32_t i = 0; i < outputs; ++i) {
+    first[i] = static_cast<int32_t>(c.at + first_tap(axis, c.part));
+    weigh(axis, c.part, taps, weights + int64_t{i} * taps);
+    c.at += axis.from / axis.to;
+    c.part += 4 * int64_t{axis.from % axis.to};
+    if (c.part >= unit) {
+      c.part -= unit;
+      ++c.at;
+    }
+  }
+}
+
+void fill_taps(const ApexAxis &axis, const ApexPeriod &period, int64_t outputs,
+               const ApexTaps &taps) {
+  const ptrdiff_t pitch = ptrdiff_t{2} * taps.pairs;
+  std::memset(taps.weights, 0,
+              static_cast<size_t>(outputs * pitch) * sizeof *taps.weights);
   int32_t phase = 0;
-  for (int32_t i = 0; i < axis.dst_count; ++i) {
-    int16_t *const own = period + int64_t{phase} * count;
-    if (i == phase) weigh(axis, c.part, count, own);
-    if (++phase == phases) phase = 0;
-    int16_t *const w = taps.weights + int64_t{i} * taps.pitch;
-    std::memset(w, 0, static_cast<size_t>(taps.pitch) * sizeof *w);
-    const int64_t at = c.at + first_tap(axis, c.part);
+  int64_t moved = 0;
+  for (int64_t i = 0; i < outputs; ++i) {
+    if (i >= axis.dst_count) {
+      taps.first[i] = taps.first[axis.dst_count - 1];
+      continue;
+    }
+    const int64_t at = period.first[phase] + moved;
+    const int16_t *const own = period.weights + int64_t{phase} * period.taps;
     const int32_t first = clamp(at, axis.src_count);
-    taps.first[i] = first;
-    if (at == first && at + count <= axis.src_count) {
-      std::memcpy(w, own, static_cast<size_t>(count) * sizeof *w);
+    taps.first[i] = first / 2;
+    int16_t *const w = taps.weights + i * pitch + first % 2;
+    if (at == first && at + period.taps <= axis.src_count) {
+      std::memcpy(w, own, static_cast<size_t>(period.taps) * sizeof *w);
     } else {
-      for (int32_t k = 0; k < count; ++k) {
+      for (int32_t k = 0; k < period.taps; ++k) {
         int16_t &sum = w[clamp(at + k, axis.src_count) - first];
         sum = static_cast<int16_t>(sum + own[k]);
       }
     }
-    c.at += whole;
-    c.part += rest;
-    if (c.part >= unit) {
-      c.part -= unit;
-      ++c.at;
+    if (++phase == period.outputs) {
+      phase = 0;
+      moved += period.samples;
     }
   }
 }

@@ -17,11 +17,9 @@ constexpr int32_t kOutputs = 4;
 ApexTurned::ApexTurned(const ApexAxis &axis, ApexSample sample, int32_t parts)
     : sample_(sample),
       parts_(parts),
-      taps_(axis.taps()),
-      count_(axis.dst_count),
       src_count_(axis.src_count),
-      outputs_(int64_t{(count_ - 1) / kOutputs} * kOutputs + kOutputs),
-      steps_(taps_ / 2 + 1) {
+      outputs_(int64_t{(axis.dst_count - 1) / kOutputs} * kOutputs + kOutputs),
+      steps_(apex_pairs(axis.taps())) {
   // Four outputs, and what they are apart.
   const int64_t apart = (int64_t{kOutputs} * axis.from - 1) / axis.to + 1;
   const int64_t least = (apart / 2 + 1 + steps_) * parts;
@@ -29,22 +27,10 @@ ApexTurned::ApexTurned(const ApexAxis &axis, ApexSample sample, int32_t parts)
   units_ = least > many ? least : many;
 }
 
-void ApexTurned::fill(const ApexTaps &taps, int32_t *first,
-                      int16_t *weights) const {
-  std::memset(weights, 0, static_cast<size_t>(this->weights()) * 2);
-  const ptrdiff_t pitch = ptrdiff_t{2} * steps_;
-  for (int32_t o = 0; o < outputs_; ++o, weights += pitch) {
-    const int32_t begin = taps.first[o < count_ ? o : count_ - 1];
-    first[o] = begin / 2;
-    if (o >= count_) continue;
-    std::memcpy(weights + begin % 2, taps.weights + int64_t{o} * taps.pitch,
-                static_cast<size_t>(taps_) * sizeof *weights);
-  }
-}
-
-void ApexTurned::make(const uint8_t *const *rows, const int32_t *first,
-                      const int16_t *weights, int16_t *words, uint8_t *end,
+void ApexTurned::make(const uint8_t *const *rows, const ApexTaps &taps,
+                      int16_t *words, uint8_t *end,
                       int16_t *const *pairs) const {
+  const int32_t *const first = taps.first;
   const int32_t pixel = parts_ * apex_bytes(sample_);
   // What is turned at once: whole pairs of 16 bytes.
   const int32_t chunk_pairs = 8 / pixel;
@@ -76,7 +62,7 @@ void ApexTurned::make(const uint8_t *const *rows, const int32_t *first,
     apex_rows().turn(sample_, from, parts_, chunks, words);
     // The last pair counts where an output's first sample is a pair's second.
     const ptrdiff_t pitch = ptrdiff_t{2} * steps_;
-    const int16_t *const own = weights + o * pitch;
+    const int16_t *const own = taps.weights + o * pitch;
     int32_t last = 0;
     for (int32_t i = 1; i <= next - o; ++i) {
       last |= own[i * pitch - 2] | own[i * pitch - 1];

@@ -25,23 +25,19 @@ class ApexTurned {
 
   // Sums in a row that has room for whole blocks.
   int64_t room() const { return outputs_ * apex_sums(parts_); }
-  // Words of weights, of the turned samples of a strip, and bytes of the end of
-  // all rows.
-  int64_t weights() const { return 2 * outputs_ * steps_; }
+  // Words of the turned samples of a strip, and bytes of the end of all rows.
   int64_t words() const { return (units_ + 8) * 2 * rows(); }
   int64_t end_bytes() const { return (units_ + 16) * 4 * rows(); }
 
-  // Makes the tables: `first` has room for outputs() entries.
+  // Whole blocks of them.
   int64_t outputs() const { return outputs_; }
-  void fill(const ApexTaps &taps, int32_t *first, int16_t *weights) const;
   // Columns of rows() rows to half as many pairs of rows of words.
-  void make(const uint8_t *const *rows, const int32_t *first,
-            const int16_t *weights, int16_t *words, uint8_t *end,
-            int16_t *const *pairs) const;
+  void make(const uint8_t *const *rows, const ApexTaps &taps, int16_t *words,
+            uint8_t *end, int16_t *const *pairs) const;
 
  private:
   ApexSample sample_;
-  int32_t parts_, taps_, count_, src_count_;
+  int32_t parts_, src_count_;
   int64_t outputs_;  // in whole blocks
   int32_t steps_;    // pairs of weights of each
   int64_t units_;    // of pairs of neighbours, in a strip at most

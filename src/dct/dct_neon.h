@@ -71,14 +71,6 @@ struct DctOps {
     s.u0 = vdupq_n_u16(0);
   }
   LOX_OP int16x8_t as_signed(uint16x8_t v) { return vreinterpretq_s16_u16(v); }
-  LOX_OP uint8x8_t load8(const uint8_t *p) {
-#if LOX_ARM && !LOX_GCC_ARM
-    // Held, or the compiler loads some through core registers and memory.
-    return NeonYuv::keep(vld1_u8(p));
-#else
-    return vld1_u8(p);
-#endif
-  }
   // Of a row and its mirror image, with lane kLane of each two weights.
   template <int kLane>
   LOX_OP void add(Sums &s, uint8x8_t a, uint8x8_t b, int16x4_t w12,
@@ -106,18 +98,19 @@ struct DctOps {
     const int16x8_t w123 = vld1q_s16(w);
     const int16x4_t w12 = vget_low_s16(w123);
     const int16x4_t w3 = vget_high_s16(w123);
-    add<0>(s, load8(top0), load8(bottom0), w12, w3);
-    add<1>(s, load8(top1), load8(bottom1), w12, w3);
+    add<0>(s, Neon::load8(top0), Neon::load8(bottom0), w12, w3);
+    add<1>(s, Neon::load8(top1), Neon::load8(bottom1), w12, w3);
   }
   template <int>
   LOX_OP void add_pair(Sums &s, const uint8_t *top, const uint8_t *bottom,
                        const int16_t *w) {
-    add<0>(s, load8(top), load8(bottom), vld1_s16(w), vld1_s16(w + 4));
+    add<0>(s, Neon::load8(top), Neon::load8(bottom), vld1_s16(w),
+           vld1_s16(w + 4));
   }
   // A row without a mirror image counts for even coefficients alone.
   template <int>
   LOX_OP void add_row(Sums &s, const uint8_t *row, const int16_t *w) {
-    const uint16x8_t sum = vmovl_u8(load8(row));
+    const uint16x8_t sum = vmovl_u8(Neon::load8(row));
     s.u0 = vaddq_u16(s.u0, sum);
     add_sum<1>(s, as_signed(sum), vld1_s16(w));
   }

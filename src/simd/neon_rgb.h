@@ -22,6 +22,15 @@
 namespace lox::LOX_SET {
 
 struct Neon : NeonYuv {
+  LOX_OP uint8x8_t load8(const uint8_t *p) {
+#if LOX_ARM && !LOX_GCC_ARM
+    // Held, or the compiler loads some through core registers and memory.
+    return keep(vld1_u8(p));
+#else
+    return vld1_u8(p);
+#endif
+  }
+
   // What written-out loads and stores touch.
   using Bytes64 = uint8_t[64];
   using Bytes128 = uint8_t[128];

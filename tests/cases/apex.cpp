@@ -28,19 +28,34 @@ int32_t other_side(Source &source, int32_t side) {
   }
 }
 
+// Sides of a ratio that has kernels of its own, or of one near it.
+void set_ratio(Source &source, int32_t &from, int32_t &to) {
+  constexpr int32_t kRatios[][2] = {{1, 1}, {2, 1}, {3, 1}, {4, 1}, {3, 2},
+                                    {3, 2}, {4, 1}, {5, 1}, {1, 2}, {2, 3},
+                                    {1, 3}, {4, 3}, {5, 2}};
+  const auto &ratio = source.one_of(kRatios);
+  const int32_t times = source.between(1, source.one_in(4) ? 300 : 50);
+  from = ratio[0] * times;
+  to = ratio[1] * times;
+}
+
 void picture(const Function &function, Source &source, Sink &sink) {
   constexpr int32_t kFormats[] = {0, 1, 2, 6, 8, 400, 500, 503, 600, 601};
   const int32_t format =
       source.one_in(3) ? source.format() : source.one_of(kFormats);
-  const auto [width, height] = source.size();
+  auto [width, height] = source.size();
   const auto scaled = [&](int32_t w, int32_t h) {
     // Chroma of a 16-bit format is what it is; others' may be of any size.
     return format >= 600 ? exact_image(format, w, h)
                          : planes_by_code(source, format, w, h);
   };
-  const ExactImage in = scaled(width, height);
-  const int32_t to_width = other_side(source, width);
+  int32_t to_width = other_side(source, width);
+  if (!source.large() && source.one_in(3)) {
+    set_ratio(source, width, to_width);
+    height = source.between(1, 60);
+  }
   const int32_t to_height = other_side(source, height);
+  const ExactImage in = scaled(width, height);
   const ExactImage out = scaled(to_width, to_height);
   Picture src(source);
   Picture dst(source);
