@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "apex/plane.h"
+#include "common/caches.h"
 #include "common/memory.h"
 #include "orumlox/common.h"
 
@@ -72,7 +73,7 @@ ApexAxis axis_of(const int32_t *from, const int32_t *to, int p, bool half,
 }
 
 ApexPlane plane_of(const vexo_img &src, const vexo_img &dst,
-                   const Layout &layout, int p) {
+                   const Layout &layout, bool far, int p) {
   const int32_t mask = apex_bytes(layout.sample) == 2 ? ~1 : ~0;
   const bool scales =
       src.width[p] != dst.width[p] || src.height[p] != dst.height[p];
@@ -84,7 +85,19 @@ ApexPlane plane_of(const vexo_img &src, const vexo_img &dst,
           p == 0 ? layout.parts : layout.other_parts,
           scales && dst.mode == VEXO_MODE_ALPHA ? layout.alpha : -1,
           axis_of(src.width, dst.width, p, layout.half_width, true),
-          axis_of(src.height, dst.height, p, layout.half_height, false)};
+          axis_of(src.height, dst.height, p, layout.half_height, false),
+          far};
+}
+
+// Whether the source is more than the second cache holds.
+bool is_far(const vexo_img &src, const Layout &layout) {
+  double bytes = 0;
+  for (int p = 0; p < layout.planes; ++p) {
+    const int32_t parts = p == 0 ? layout.parts : layout.other_parts;
+    bytes += double{1} * src.width[p] * src.height[p] * parts *
+             apex_bytes(layout.sample);
+  }
+  return bytes >= static_cast<double>(memory_now().far_from);
 }
 
 bool is_near(int32_t a, int32_t b) {
@@ -101,19 +114,20 @@ int32_t scale_image(const vexo_img &src, const vexo_img &dst) {
       return VEXO_ERR_ARG;
     }
   }
+  const bool far = is_far(src, layout);
   int64_t size = 0;
   for (int p = 0; p < layout.planes; ++p) {
     if (!is_near(src.width[p], dst.width[p]) ||
         !is_near(src.height[p], dst.height[p])) {
       return VEXO_ERR_UNSUPPORTED;
     }
-    const int64_t wanted = apex_scratch(plane_of(src, dst, layout, p));
+    const int64_t wanted = apex_scratch(plane_of(src, dst, layout, far, p));
     if (wanted > size) size = wanted;
   }
   uint8_t *const scratch = allocate<uint8_t>(size);
   if (scratch == nullptr) return VEXO_ERR_MEMORY;
   for (int p = 0; p < layout.planes; ++p) {
-    apex_scale(plane_of(src, dst, layout, p), scratch);
+    apex_scale(plane_of(src, dst, layout, far, p), scratch);
   }
   mlox_mfree_align32(scratch);
   return VEXO_OK;

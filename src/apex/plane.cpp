@@ -133,7 +133,9 @@ Plan::Plan(const ApexPlane &p, Room &room)
     if (whole > 1) strip = (strip + whole - 1) / whole * whole;
     if (strip > blocks) strip = blocks;
     sums = int64_t{strip} * arrangement.sums();
-    edge_bytes = 2 * arrangement.edges() * apex_bytes(sample) + 4 * kRepeated;
+    edge_bytes = 2 * (p.far ? arrangement.most(strip) : arrangement.edges()) *
+                     apex_bytes(sample) +
+                 4 * kRepeated;
     if (splits) {
       split_bytes =
           static_cast<ptrdiff_t>((arrangement.most(strip) + 63) & ~int64_t{63});
@@ -192,7 +194,7 @@ class Across {
     const ApexArrangement &a = plan.arrangement;
     columns_ = a.columns(plan.tables);
     const int32_t end = block + blocks;
-    if (plan.splits) {
+    if (plan.splits || p.far) {
       add(block, block, end, true);
       return;
     }

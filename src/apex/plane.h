@@ -18,6 +18,9 @@ struct ApexPlane {
   int32_t parts;  // of a sample: 1 to 4
   int32_t alpha;  // the byte that colours are multiplied by, or -1
   ApexAxis across, down;
+  // Whether the source comes from further away than the second cache: rows are
+  // copied then, which brings them faster than loads that overlap.
+  bool far;
 };
 
 // Bytes of scratch memory that a plane takes.
