@@ -3,11 +3,20 @@
 
 #include <cstddef>
 #include <cstring>
-#include <numeric>
 
 namespace lox {
 
 namespace {
+
+// std::gcd is compiled to an instruction that not every x86 has.
+int64_t common_divisor(int64_t a, int64_t b) {
+  while (b != 0) {
+    const int64_t rest = a % b;
+    a = b;
+    b = rest;
+  }
+  return a;
+}
 
 int32_t round_up(int32_t n, int32_t step) {
   return (n + step - 1) / step * step;
@@ -101,7 +110,8 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, const ApexPeriod &period,
   blocks_ = (axis.dst_count - 1) / outputs_ + 1;
   span_ = (int64_t{outputs_} * axis.from / axis.to + 2) * parts;
   // As many blocks as make whole periods, or all.
-  const int64_t whole = period.outputs / std::gcd(period.outputs, outputs_);
+  const int64_t whole =
+      period.outputs / common_divisor(period.outputs, outputs_);
   entries_ = static_cast<int32_t>(whole < blocks_ ? whole : blocks_);
   advance_ = whole * outputs_ / period.outputs * period.samples * parts;
 }
