@@ -231,7 +231,7 @@ LOX_INLINE void step(const Place &at, const C &k, const D (&dither)[kRows]) {
   constexpr Order kOrder = order_of(F);
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
-    typename V::Pairs pairs;
+    typename V::PackedPairs pairs;
     V::template load_422<kOrder, Src::kLuma>(at.y0, luma, pairs);
     convert_luma<V, F, M, kStream>(luma, M::template chroma<V>(pairs, k), k,
                                    at.rgb0, dither[0]);

@@ -52,6 +52,8 @@ struct NeonYuv {
   struct Pairs {
     uint8x8_t first, second;
   };
+  // The pairs of packed rows.
+  using PackedPairs = Pairs;
   // A pair for each pixel.
   struct WPairs {
     Pairs even, odd;
