@@ -30,7 +30,10 @@ template <class V, int I, int k, class Reg = typename V::Reg>
 LOX_INLINE Reg times_complement(Reg pairs) {
   using R = typename V::R;
   if constexpr (I == 0) {
-    return R::multiply_low16(complement_of_first<V>(pairs), R::fill16(k));
+    Reg factor = R::fill16(k);
+    // GCC would shift, copy and add.
+    __asm__("" : "+v"(factor));
+    return R::multiply_low16(complement_of_first<V>(pairs), factor);
   } else {
     return R::multiply_high16(complement_of_second<V>(pairs),
                               R::fill16(k << 8));

@@ -17,6 +17,7 @@ namespace lox::LOX_SET {
 
 constexpr bool kLoadsMovePointers = false;
 constexpr int kAhead = 768;
+constexpr int kPage = 4096;
 
 LOX_OP void prefetch(const uint8_t *p, ptrdiff_t away, int bytes = 1) {
   const uintptr_t at =
