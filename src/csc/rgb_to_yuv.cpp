@@ -47,19 +47,22 @@ void convert(const RgbToYuvKernels &forms, RgbLayout layout,
   if (args.empty()) return;
   const RgbToYuvFn luma_and_chroma = forms.luma_and_chroma[chroma.kind];
   const bool fetch = fetches(args, kPixelFormats[layout].bytes + 1);
+  // Looked up once: what rows write could be what they are looked up from.
+  const auto plane = [](auto *first, ptrdiff_t step) {
+    return [=](ptrdiff_t row) { return first + row * step; };
+  };
+  const auto rgb = plane(args.src_plane[0], args.src_stride[0]);
+  const auto y = plane(args.dst_plane[0], args.dst_stride[0]);
+  const auto u = plane(args.dst_plane[chroma.u], args.dst_stride[chroma.u]);
+  const auto v = plane(args.dst_plane[chroma.v], args.dst_stride[chroma.v]);
   const RowRange rows = args.rows();
   for (int32_t row = rows.begin; row < rows.end; ++row) {
-    const bool has_chroma = row % 2 == 0 && row + 1 < height;
-    if (!has_chroma) {
-      forms.luma({args.src(0, row), args.dst(0, row), {}, fetch}, width);
-      continue;
+    if (row % 2 == 0 && row + 1 < height) {
+      luma_and_chroma({rgb(row), y(row), {u(row / 2), v(row / 2)}, fetch},
+                      width);
+    } else {
+      forms.luma({rgb(row), y(row), {}, fetch}, width);
     }
-    luma_and_chroma(
-        {args.src(0, row),
-         args.dst(0, row),
-         {args.dst(chroma.u, row / 2), args.dst(chroma.v, row / 2)},
-         fetch},
-        width);
   }
 }
 

@@ -4,8 +4,9 @@
 // csc/yuv_to_rgb_matrices.h.
 #pragma once
 
-// BT.601 in 16-bit elements. 298 is even, so one bit of the sums is not needed, and y is taken from 40, so that sums which matter fit and
-// others saturate on the right side. With L = 149 (Y - 40), in -5960..32035:
+// BT.601 in 16-bit elements. 298 is even, so one bit of the sums is not needed,
+// and y is taken from 40, so that sums which matter fit and others saturate on
+// the right side. With L = 149 (Y - 40), in -5960..32035:
 //
 //   R = clamp((L              + floor(409 v / 2) + 3640) >> 7)
 //   G = clamp((floor(149 Y / 2)  - 25 u  - 52 v  - 1160) >> 6)
@@ -56,7 +57,8 @@ struct Bt601Vectors {
   }
 };
 
-// BT.709, with the saturating L = 149 (Y - 36), in -5364..32631, and c = 149 * 20 + 64:
+// BT.709, with the saturating L = 149 (Y - 36), in -5364..32631, and c = 149 *
+// 20 + 64:
 //
 //   R = clamp((L + floor(459 v / 2) + c) >> 7)
 //   G = clamp((L + floor((-55 u - 137 v) / 2) + c) >> 7)

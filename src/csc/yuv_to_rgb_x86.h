@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The matrices of limited range on x86, in unsigned elements of 16 bits. Luma
-// is moved up until chroma only takes away: the difference saturates at 0, which
-// is the lower clamp, and no chroma needs a constant of its own. Where chroma
-// adds, its complement takes away: with V' = 255 - V and an odd k
+// is moved up until chroma only takes away: the difference saturates at 0,
+// which is the lower clamp, and no chroma needs a constant of its own. Where
+// chroma adds, its complement takes away: with V' = 255 - V and an odd k
 //
 //   floor(k V / 2) = floor(k 255 / 2) - floor(k V' / 2)
 //
@@ -42,9 +42,9 @@ LOX_INLINE Reg times_complement(Reg pairs) {
 template <class V, int I, int k, class Reg = typename V::Reg>
 LOX_INLINE Reg half_of_complement(Reg pairs) {
   using R = typename V::R;
-  const Reg top = I == 0 ? R::template shift_left16<8>(
-                               complement_of_first<V>(pairs))
-                         : complement_of_second<V>(pairs);
+  const Reg top =
+      I == 0 ? R::template shift_left16<8>(complement_of_first<V>(pairs))
+             : complement_of_second<V>(pairs);
   return R::multiply_high16(top, R::fill16(k << 7));
 }
 template <class V>
@@ -92,13 +92,14 @@ struct Bt601Vectors {
                          [](Reg p) LOX_INLINE_LAMBDA {
                            return half_of_complement<V, 1 - kU, 409>(p);
                          }),
-            V::for_pairs(
-                pairs,
-                [](Reg p) LOX_INLINE_LAMBDA {
-                  constexpr int kFactors = kU == 0 ? 25 | 52 << 8 : 52 | 25 << 8;
-                  return R::add16(R::multiply_add8(p, R::fill16(kFactors)),
-                                  R::fill16(6527));
-                }),
+            V::for_pairs(pairs,
+                         [](Reg p) LOX_INLINE_LAMBDA {
+                           constexpr int kFactors =
+                               kU == 0 ? 25 | 52 << 8 : 52 | 25 << 8;
+                           return R::add16(
+                               R::multiply_add8(p, R::fill16(kFactors)),
+                               R::fill16(6527));
+                         }),
             V::for_pairs(pairs, [](Reg p) LOX_INLINE_LAMBDA {
               return times_complement<V, kU, 129>(p);
             })};
@@ -146,31 +147,29 @@ struct Bt709Vectors {
   LOX_INLINE static Chroma<V> chroma(Pairs pairs, const C &) {
     using R = typename V::R;
     using Reg = typename V::Reg;
-    return {
-        V::for_pairs(pairs,
-                     [](Reg p) LOX_INLINE_LAMBDA {
-                       return half_of_complement<V, 1, 459>(p);
-                     }),
-        V::for_pairs(
-            pairs,
-            [](Reg p) LOX_INLINE_LAMBDA {
-              // The product's rounding halves upwards.
-              return R::add16(
-                  R::multiply_round16(
-                      R::multiply_add8(R::fill16(55 | 137 << 8), V::less_128(p)),
-                      R::fill16(1 << 14)),
-                  R::fill16(29146));
-            }),
-        V::for_pairs(pairs,
-                     [](Reg p) LOX_INLINE_LAMBDA {
-                       return R::average16(
-                           times_complement<V, 0, 29>(p),
-                           R::fill16(2 * 41 - 1));
-                     }),
-        V::for_pairs(pairs, [](Reg p) LOX_INLINE_LAMBDA {
-          const Reg u = complement_of_first<V>(p);
-          return R::sub16(R::add16(u, u), R::fill16(41));
-        })};
+    return {V::for_pairs(pairs,
+                         [](Reg p) LOX_INLINE_LAMBDA {
+                           return half_of_complement<V, 1, 459>(p);
+                         }),
+            V::for_pairs(pairs,
+                         [](Reg p) LOX_INLINE_LAMBDA {
+                           // The product's rounding halves upwards.
+                           return R::add16(
+                               R::multiply_round16(
+                                   R::multiply_add8(R::fill16(55 | 137 << 8),
+                                                    V::less_128(p)),
+                                   R::fill16(1 << 14)),
+                               R::fill16(29146));
+                         }),
+            V::for_pairs(pairs,
+                         [](Reg p) LOX_INLINE_LAMBDA {
+                           return R::average16(times_complement<V, 0, 29>(p),
+                                               R::fill16(2 * 41 - 1));
+                         }),
+            V::for_pairs(pairs, [](Reg p) LOX_INLINE_LAMBDA {
+              const Reg u = complement_of_first<V>(p);
+              return R::sub16(R::add16(u, u), R::fill16(41));
+            })};
   }
   template <class V>
   struct Result {
@@ -186,7 +185,8 @@ struct Bt709Vectors {
     const auto blue = [](Reg l, Reg rest, Reg steps) LOX_INLINE_LAMBDA {
       return R::sub16(R::template shift_right16<7>(R::sub16(l, rest)), steps);
     };
-    return {take_away<V>(whole, chroma.red), take_away<V>(whole, chroma.green),
+    return {take_away<V>(whole, chroma.red),
+            take_away<V>(whole, chroma.green),
             {blue(whole.a, chroma.blue.a, chroma.blue_steps.a),
              blue(whole.b, chroma.blue.b, chroma.blue_steps.b)}};
   }

@@ -9,8 +9,8 @@
 namespace lox::LOX_SET {
 
 // V::n pixels: of each channel clamp(v >> its bits, 0, 255), of pixels of two
-// bytes the top bits of that. The channel on top of a word, or that comes first,
-// and the last one.
+// bytes the top bits of that. The channel on top of a word, or that comes
+// first, and the last one.
 template <PixelFormat F, class V, int kFirstBits, int kGreenBits, int kLastBits,
           bool kStream, class First, class Green, class Last>
 LOX_INLINE void store_in_order(uint8_t *p, const First &first,
@@ -39,11 +39,11 @@ template <PixelFormat F, class V, int kRedBits, int kGreenBits, int kBlueBits,
 LOX_INLINE void store_pixels(uint8_t *p, const Red &red, const Green &green,
                              const Blue &blue) {
   if constexpr (red_first(F)) {
-    store_in_order<F, V, kRedBits, kGreenBits, kBlueBits, kStream>(
-        p, red, green, blue);
+    store_in_order<F, V, kRedBits, kGreenBits, kBlueBits, kStream>(p, red,
+                                                                   green, blue);
   } else {
-    store_in_order<F, V, kBlueBits, kGreenBits, kRedBits, kStream>(
-        p, blue, green, red);
+    store_in_order<F, V, kBlueBits, kGreenBits, kRedBits, kStream>(p, blue,
+                                                                   green, red);
   }
 }
 
