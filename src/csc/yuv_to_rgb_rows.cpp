@@ -343,12 +343,20 @@ LOX_INLINE void for_rows(const YuvToRgbRows &first, Convert convert_one) {
   }
 }
 
+#if LOX_VECTORS
+// Where the rows of vectors end: a vector starts on a pair, so an odd last
+// pixel is left to the rule.
+template <class Src, class M>
+LOX_INLINE ptrdiff_t whole_vectors(ptrdiff_t width) {
+  const ptrdiff_t regular = tail_begin<M>(width);
+  return Src::kTwoPixels ? regular & ~1 : regular;
+}
+#endif
+
+#if LOX_VECTORS && !defined(LOX_SET_neon)
 template <class Src, PixelFormat F, int kRows, class M = Bt601>
 void convert(const YuvToRgbRows &first, ptrdiff_t width) {
-#if LOX_VECTORS
-  // A vector starts on a pair, so an odd last pixel is left to the rule.
-  const ptrdiff_t regular = tail_begin<M>(width);
-  const ptrdiff_t whole = Src::kTwoPixels ? regular & ~1 : regular;
+  const ptrdiff_t whole = whole_vectors<Src, M>(width);
   const ptrdiff_t done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
     const auto by_vectors = [&]<bool kStream>() LOX_INLINE_LAMBDA {
       for_rows<kRows>(first, [&](const YuvToRgbRows &rows) LOX_INLINE_LAMBDA {
@@ -358,17 +366,34 @@ void convert(const YuvToRgbRows &first, ptrdiff_t width) {
         }
       });
     };
-    if constexpr (V::kStreamAlignment != 0) {
-      if (first.stream) return by_vectors.template operator()<true>();
-    }
+    if (first.stream) return by_vectors.template operator()<true>();
     by_vectors.template operator()<false>();
   });
   if (done != 0) return;
-#endif
   for_rows<kRows>(first, [&](const YuvToRgbRows &rows) LOX_INLINE_LAMBDA {
     convert_pixels<Src, F, M, kRows>(rows, 0, width);
   });
 }
+#else
+// Apart from the loop over rows, or that takes registers from it.
+template <class Src, PixelFormat F, int kRows, class M>
+[[gnu::noinline]] void convert_once(const YuvToRgbRows &rows, ptrdiff_t width) {
+  ptrdiff_t done = 0;
+#if LOX_VECTORS
+  const ptrdiff_t whole = whole_vectors<Src, M>(width);
+  done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    convert_vectors<V, Src, F, M, kRows, false>(rows, whole);
+  });
+#endif
+  convert_pixels<Src, F, M, kRows>(rows, done, width);
+}
+template <class Src, PixelFormat F, int kRows, class M = Bt601>
+void convert(const YuvToRgbRows &first, ptrdiff_t width) {
+  for_rows<kRows>(first, [&](const YuvToRgbRows &rows) LOX_INLINE_LAMBDA {
+    convert_once<Src, F, kRows, M>(rows, width);
+  });
+}
+#endif
 
 // --- grey: every channel is Y -----------------------------------------------
 
