@@ -61,6 +61,15 @@ uint8_t chroma_of(Factors k, Rgb p) {
 
 #if LOX_VECTORS
 
+// Fetches n pixels a page ahead, where a row wants that.
+template <class V, PixelFormat F>
+LOX_INLINE void fetch_page_ahead([[maybe_unused]] const uint8_t *rgb,
+                                 [[maybe_unused]] bool fetch) {
+  if constexpr (kAhead != 0) {
+    if (fetch) prefetch(rgb, kPage, V::n * F.bytes);
+  }
+}
+
 template <class V, PixelFormat F, Factors K>
 LOX_INLINE auto weights(int bias) {
   return V::template make_weights<F, K.r, K.g, K.b>(bias);
@@ -84,11 +93,13 @@ void luma(const RgbToYuvRow &row, ptrdiff_t width) {
 #if LOX_VECTORS
   done = with_vectors(width, [&]<class V>(V) LOX_INLINE_LAMBDA {
     const auto y_weights = luma_weights<V, F, M>();
+    [[maybe_unused]] const bool fetch = row.fetch;
     const uint8_t *rgb = row.rgb;
     uint8_t *y = row.y;
     for_vectors<V, 2>(
         width,
         [&]() LOX_INLINE_LAMBDA {
+          fetch_page_ahead<V, F>(rgb, fetch);
           V::store_bytes(
               y, V::weighted_sum(V::template take_pixels<F>(rgb), y_weights));
         },
@@ -112,6 +123,7 @@ void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     const auto y_weights = luma_weights<V, F, M>();
     const auto first_weights = chroma_weights<V, F, kFirst>();
     const auto second_weights = chroma_weights<V, F, kSecond>();
+    [[maybe_unused]] const bool fetch = row.fetch;
     const uint8_t *rgb = row.rgb;
     uint8_t *y = row.y;
     uint8_t *chroma0 = row.chroma[0];
@@ -122,6 +134,7 @@ void luma_and_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     for_vectors<V, 1>(
         whole,
         [&]() LOX_INLINE_LAMBDA {
+          fetch_page_ahead<V, F>(rgb, fetch);
           const auto pixels = V::template take_pixels<F>(rgb);
           V::store_bytes(y, V::weighted_sum(pixels, y_weights));
           const auto pairs =
@@ -161,6 +174,7 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     const auto y_weights = luma_weights<V, F, M>();
     const auto u_weights = chroma_weights<V, F, M::kU>();
     const auto v_weights = chroma_weights<V, F, M::kV>();
+    [[maybe_unused]] const bool fetch = row.fetch;
     const uint8_t *rgb = row.rgb;
     uint8_t *y = row.y;
     uint8_t *u = row.chroma[0];
@@ -168,6 +182,7 @@ void full_chroma(const RgbToYuvRow &row, ptrdiff_t width) {
     for_vectors<V, 1>(
         width,
         [&]() LOX_INLINE_LAMBDA {
+          fetch_page_ahead<V, F>(rgb, fetch);
           const auto pixels = V::template take_pixels<F>(rgb);
           V::store_bytes(y, V::weighted_sum(pixels, y_weights));
           V::store_bytes(u, V::weighted_sum(pixels, u_weights));

@@ -24,6 +24,8 @@ struct RgbToYuvRow {
   uint8_t *y;
   // U and V, or the pairs in the first alone.
   uint8_t *chroma[2];
+  // Fetch what is read a page ahead.
+  bool fetch;
 };
 
 // `width` pixels, and nothing beyond them is read or written. Chroma is written

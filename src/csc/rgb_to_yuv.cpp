@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "common/caches.h"
 #include "csc/drivers.h"
 #include "csc/kernel_args.h"
 #include "csc/rgb_rows.h"
@@ -27,37 +28,55 @@ constexpr ChromaPlanes kChroma[] = {
     {kChromaVu, 1, 1},      // kToNv21
 };
 
-void convert(const RgbToYuvKernels &forms, const ChromaPlanes &chroma,
-             const KernelArgs &args) {
+// Whether the source is fetched ahead: where it comes from beyond the second
+// cache, on cores of the kind where that was measured. A pixel is taken for so
+// many bytes, source and destination.
+bool fetches(const KernelArgs &args, int bytes) {
+  const MemoryRule &rule = memory_now();
+  const int64_t own = int64_t{args.src_width[0]} * args.src_height[0];
+  const auto pixels =
+      static_cast<uint64_t>(args.of_pixels > own ? args.of_pixels : own);
+  return !rule.fetches &&
+         pixels * static_cast<uint64_t>(bytes) >= rule.far_from;
+}
+
+void convert(const RgbToYuvKernels &forms, RgbLayout layout,
+             const ChromaPlanes &chroma, const KernelArgs &args) {
   const ptrdiff_t width = args.src_width[0];
   const int32_t height = args.src_height[0];
   if (args.empty()) return;
   const RgbToYuvFn luma_and_chroma = forms.luma_and_chroma[chroma.kind];
+  const bool fetch = fetches(args, kPixelFormats[layout].bytes + 1);
+  // Looked up once: what rows write could be what they are looked up from.
+  const auto plane = [](auto *first, ptrdiff_t step) {
+    return [=](ptrdiff_t row) { return first + row * step; };
+  };
+  const auto rgb = plane(args.src_plane[0], args.src_stride[0]);
+  const auto y = plane(args.dst_plane[0], args.dst_stride[0]);
+  const auto u = plane(args.dst_plane[chroma.u], args.dst_stride[chroma.u]);
+  const auto v = plane(args.dst_plane[chroma.v], args.dst_stride[chroma.v]);
   const RowRange rows = args.rows();
   for (int32_t row = rows.begin; row < rows.end; ++row) {
-    const bool has_chroma = row % 2 == 0 && row + 1 < height;
-    if (!has_chroma) {
-      forms.luma({args.src(0, row), args.dst(0, row), {}}, width);
-      continue;
+    if (row % 2 == 0 && row + 1 < height) {
+      luma_and_chroma({rgb(row), y(row), {u(row / 2), v(row / 2)}, fetch},
+                      width);
+    } else {
+      forms.luma({rgb(row), y(row), {}, fetch}, width);
     }
-    luma_and_chroma(
-        {args.src(0, row),
-         args.dst(0, row),
-         {args.dst(chroma.u, row / 2), args.dst(chroma.v, row / 2)}},
-        width);
   }
 }
 
 }  // namespace
 
 void rgb_to_yuv(const KernelArgs &args, int from, int to) {
-  convert(rgb_rows().to_yuv[from], kChroma[to], args);
+  convert(rgb_rows().to_yuv[from], static_cast<RgbLayout>(from), kChroma[to],
+          args);
 }
 void bt601_full_to_yuv(const KernelArgs &args, int, int to) {
-  convert(rgb_rows().bt601_full, kChroma[to], args);
+  convert(rgb_rows().bt601_full, kRgba8888, kChroma[to], args);
 }
 void bt709_to_yuv(const KernelArgs &args, int, int to) {
-  convert(rgb_rows().bt709, kChroma[to], args);
+  convert(rgb_rows().bt709, kRgba8888, kChroma[to], args);
 }
 
 void rgb_to_yuv444(const KernelArgs &args, int from, int) {
@@ -65,11 +84,13 @@ void rgb_to_yuv444(const KernelArgs &args, int from, int) {
   const RgbToYuvFn convert_row = from == kArgb8888
                                      ? rgb_rows().argb8888_to_yuv444
                                      : rgb_rows().rgba8888_to_yuv444;
+  const bool fetch = fetches(args, 7);
   const RowRange rows = args.rows();
   for (int32_t row = rows.begin; row < rows.end; ++row) {
     convert_row({args.src(0, row),
                  args.dst(0, row),
-                 {args.dst(1, row), args.dst(2, row)}},
+                 {args.dst(1, row), args.dst(2, row)},
+                 fetch},
                 args.src_width[0]);
   }
 }

@@ -125,29 +125,39 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
     writing.stream = false;
   }
   const RowRange rows = args.rows();
-  for (int32_t row = rows.begin; row < rows.end;) {
+  // `count` rows, or with `size` 2 pairs of them, from one on.
+  const auto rows_from = [&](int32_t row, int32_t size, int32_t count) {
     const int32_t chroma_row = shared ? (row + moved) / 2 : row;
-    const uint8_t *const u = args.src(source.u_plane, chroma_row);
-    const uint8_t *const v = args.src(source.v_plane, chroma_row);
-    if (two_rows != nullptr && (row + moved) % 2 == 0 && row + 1 < rows.end) {
-      two_rows({{args.src(0, row), args.src(0, row + 1)},
-                {u, v},
-                {args.dst(0, row), args.dst(0, row + 1)},
-                writing.stream,
-                writing.fetch,
-                0,
-                row},
-               row_pixels);
-      row += 2;
+    const auto step = [size](int32_t row_step) {
+      return static_cast<ptrdiff_t>(static_cast<size_t>(row_step) *
+                                    static_cast<size_t>(size));
+    };
+    return YuvToRgbRows{
+        {args.src(0, row), size == 2 ? args.src(0, row + 1) : nullptr},
+        {args.src(source.u_plane, chroma_row),
+         args.src(source.v_plane, chroma_row)},
+        {args.dst(0, row), size == 2 ? args.dst(0, row + 1) : nullptr},
+        writing.stream,
+        writing.fetch,
+        0,
+        row,
+        count,
+        step(args.src_stride[0]),
+        {args.src_stride[source.u_plane], args.src_stride[source.v_plane]},
+        step(args.dst_stride[0])};
+  };
+  for (int32_t row = rows.begin; row < rows.end;) {
+    const int32_t left = rows.end - row;
+    if (two_rows != nullptr && (row + moved) % 2 == 0 && left > 1) {
+      two_rows(rows_from(row, 2, left / 2), row_pixels);
+      row += left / 2 * 2;
       continue;
     }
-    const YuvToRgbRows one = {{args.src(0, row), nullptr},
-                              {u, v},
-                              {args.dst(0, row), nullptr},
-                              writing.stream,
-                              writing.fetch,
-                              0,
-                              row};
+    if (!shared && !overlap) {
+      forms.one_row(rows_from(row, 1, left), row_pixels);
+      break;
+    }
+    const YuvToRgbRows one = rows_from(row, 1, 1);
     ++row;
     if (overlap && row == rows.end && row < height) {
       convert_up_to_next(source, forms.one_row, one, width, pixel_bytes,

@@ -231,7 +231,7 @@ LOX_INLINE void step(const Place &at, const C &k, const D (&dither)[kRows]) {
   constexpr Order kOrder = order_of(F);
   if constexpr (kIsPacked<Src>) {
     typename V::U8 luma;
-    typename V::Pairs pairs;
+    typename V::PackedPairs pairs;
     V::template load_422<kOrder, Src::kLuma>(at.y0, luma, pairs);
     convert_luma<V, F, M, kStream>(luma, M::template chroma<V>(pairs, k), k,
                                    at.rgb0, dither[0]);
@@ -319,25 +319,81 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
 
 #endif  // LOX_VECTORS
 
+// Calls convert_one for rows, as often as is asked for.
+template <int kRows, class Convert>
+LOX_INLINE void for_rows(const YuvToRgbRows &first, Convert convert_one) {
+  // One by one: as a whole it would be read before it is written.
+  YuvToRgbRows rows = {{first.y[0], first.y[1]},
+                       {first.chroma[0], first.chroma[1]},
+                       {first.rgb[0], first.rgb[1]},
+                       first.stream,
+                       first.fetch,
+                       first.column,
+                       first.row};
+  for (int32_t left = first.count;;) {
+    convert_one(rows);
+    if (--left == 0) return;
+    for (int i = 0; i < kRows; ++i) {
+      rows.y[i] += first.y_step;
+      rows.rgb[i] += first.rgb_step;
+    }
+    rows.chroma[0] += first.chroma_step[0];
+    rows.chroma[1] += first.chroma_step[1];
+    rows.row += kRows;
+  }
+}
+
+#if LOX_VECTORS
+// Where the rows of vectors end: a vector starts on a pair, so an odd last
+// pixel is left to the rule.
+template <class Src, class M>
+LOX_INLINE ptrdiff_t whole_vectors(ptrdiff_t width) {
+  const ptrdiff_t regular = tail_begin<M>(width);
+  return Src::kTwoPixels ? regular & ~1 : regular;
+}
+#endif
+
+#if LOX_VECTORS && !defined(LOX_SET_neon)
 template <class Src, PixelFormat F, int kRows, class M = Bt601>
-void convert(const YuvToRgbRows &rows, ptrdiff_t width) {
+void convert(const YuvToRgbRows &first, ptrdiff_t width) {
+  const ptrdiff_t whole = whole_vectors<Src, M>(width);
+  const ptrdiff_t done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
+    const auto by_vectors = [&]<bool kStream>() LOX_INLINE_LAMBDA {
+      for_rows<kRows>(first, [&](const YuvToRgbRows &rows) LOX_INLINE_LAMBDA {
+        convert_vectors<V, Src, F, M, kRows, kStream>(rows, whole);
+        if (whole < width) {
+          convert_pixels<Src, F, M, kRows>(rows, whole, width);
+        }
+      });
+    };
+    if (first.stream) return by_vectors.template operator()<true>();
+    by_vectors.template operator()<false>();
+  });
+  if (done != 0) return;
+  for_rows<kRows>(first, [&](const YuvToRgbRows &rows) LOX_INLINE_LAMBDA {
+    convert_pixels<Src, F, M, kRows>(rows, 0, width);
+  });
+}
+#else
+// Apart from the loop over rows, or that takes registers from it.
+template <class Src, PixelFormat F, int kRows, class M>
+[[gnu::noinline]] void convert_once(const YuvToRgbRows &rows, ptrdiff_t width) {
   ptrdiff_t done = 0;
 #if LOX_VECTORS
-  // A vector starts on a pair, so an odd last pixel is left to the rule.
-  const ptrdiff_t regular = tail_begin<M>(width);
-  const ptrdiff_t whole = Src::kTwoPixels ? regular & ~1 : regular;
+  const ptrdiff_t whole = whole_vectors<Src, M>(width);
   done = with_vectors(whole, [&]<class V>(V) LOX_INLINE_LAMBDA {
-    if constexpr (V::kStreamAlignment != 0) {
-      if (rows.stream) {
-        convert_vectors<V, Src, F, M, kRows, true>(rows, whole);
-        return;
-      }
-    }
     convert_vectors<V, Src, F, M, kRows, false>(rows, whole);
   });
 #endif
   convert_pixels<Src, F, M, kRows>(rows, done, width);
 }
+template <class Src, PixelFormat F, int kRows, class M = Bt601>
+void convert(const YuvToRgbRows &first, ptrdiff_t width) {
+  for_rows<kRows>(first, [&](const YuvToRgbRows &rows) LOX_INLINE_LAMBDA {
+    convert_once<Src, F, kRows, M>(rows, width);
+  });
+}
+#endif
 
 // --- grey: every channel is Y -----------------------------------------------
 

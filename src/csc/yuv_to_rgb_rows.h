@@ -38,11 +38,15 @@ struct YuvToRgbRows {
   bool fetch;
   // The place of the first pixel in the picture, which dithering goes by.
   int32_t column = 0, row = 0;
+  // So many times, each of them steps behind the one before: small pictures
+  // would be calls for the most part.
+  int32_t count = 1;
+  ptrdiff_t y_step = 0, chroma_step[2] = {}, rgb_step = 0;
 };
 
-// `width` pixels. Nothing is read or written beyond them, but the chroma of an
-// odd width's last pixel is that of a whole pair. Source and destination do not
-// overlap.
+// `width` pixels of each row. Nothing is read or written beyond them, but the
+// chroma of an odd width's last pixel is that of a whole pair. Source and
+// destination do not overlap.
 using YuvToRgbFn = void (*)(const YuvToRgbRows &rows, ptrdiff_t width);
 using GreyToRgbFn = void (*)(const uint8_t *y, uint8_t *rgb, ptrdiff_t width);
 

@@ -26,11 +26,10 @@ struct SmoothOps {
     store(p, v.a);
     store(p + n / 2, v.b);
   }
-  // n samples, each on top of its element.
-  LOX_OP W16 load_bytes(const uint8_t *p) {
-    const auto v = V::template load<Order::kWords>(p);
-    return {v.a, v.b};
+  LOX_OP typename V::U8 load_bytes(const uint8_t *p) {
+    return V::template load<Order::kWords>(p);
   }
+  // n samples, each on top of its element.
   LOX_OP W16 load_words(const uint8_t *p, int factor) {
     const Reg k = R::fill16(factor);
     return {R::multiply_low16(R::load(p), k),
@@ -41,6 +40,12 @@ struct SmoothOps {
         R::exclusive_or(R::bit_and(v, R::fill16(0xFFC0)), R::fill16(0x8000)));
   }
   LOX_OP W16 centred(W16 v) { return {centred(v.a), centred(v.b)}; }
+  LOX_OP Reg centred_byte(Reg v) {
+    return R::sub16(R::template shift_left16<4>(v), R::fill16(128 * 16));
+  }
+  LOX_OP W16 centred(typename V::U8 v) {
+    return {centred_byte(v.a), centred_byte(v.b)};
+  }
   // The even elements of both, and the odd ones.
   LOX_OP Reg even(W16 v) {
     return R::permute_quads(R::pack_signed32(
@@ -79,8 +84,7 @@ struct SmoothOps {
   template <Order O>
   LOX_OP W16 luma_of_bytes(const uint8_t *p) {
     const auto v = V::template load<O>(p);
-    return {R::template shift_right16<1>(v.a),
-            R::template shift_right16<1>(v.b)};
+    return {R::template shift_left16<7>(v.a), R::template shift_left16<7>(v.b)};
   }
   LOX_OP Reg luma(Reg v, int factor) {
     return R::bit_and(

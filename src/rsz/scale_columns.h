@@ -193,9 +193,11 @@ LOX_INLINE void put_places(uint8_t *places, int group, int byte, int span,
 template <int kUnit>
 class ByteWalk {
  public:
-  LOX_INLINE ByteWalk(const Columns &c, ptrdiff_t byte)
+  // `weighed`: weights are asked for.
+  LOX_INLINE ByteWalk(const Columns &c, ptrdiff_t byte, bool weighed)
       : walk_(c.axis, c.first + static_cast<int32_t>(byte / kUnit)),
         mod1_(is_mod1(&c)),
+        weighed_(weighed),
         component_(static_cast<int>(byte % kUnit)) {
     next_sample();
   }
@@ -215,13 +217,14 @@ class ByteWalk {
  private:
   LOX_INLINE void next_sample() {
     step_ = walk_.next();
-    weights_ = products(step_, mod1_);
+    if (weighed_) weights_ = products(step_, mod1_);
   }
   Walk walk_;
   bool mod1_;
+  bool weighed_;
   int component_;
   Step step_;
-  Products weights_;
+  Products weights_ = {};
 };
 
 // Vectors of output after which the places repeat, and how far on in the
@@ -271,10 +274,10 @@ class TableFiller {
   LOX_INLINE void fill(ptrdiff_t start, ptrdiff_t stop, ptrdiff_t origin) {
     if (start >= stop) return;
     const ptrdiff_t first = start + V::n <= bytes_ ? start : bytes_ - V::n;
-    ByteWalk<kUnit> walk(c_, first);
+    ByteWalk<kUnit> walk(c_, first, is_weighed(method_));
     for (ptrdiff_t at = start; at < stop; at += V::n) {
       if (at + V::n > bytes_ && at > start) {
-        walk = ByteWalk<kUnit>(c_, bytes_ - V::n);
+        walk = ByteWalk<kUnit>(c_, bytes_ - V::n, is_weighed(method_));
       }
       vector(walk, origin);
     }

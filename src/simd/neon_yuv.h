@@ -22,6 +22,9 @@ constexpr bool kLoadsMovePointers = true;
 // How far ahead the lines of a row are fetched before they are written; 0 where
 // that does not help.
 constexpr int kAhead = 0;
+// Processors fetch what is read along a row by themselves, but no further than
+// the page that it is in.
+constexpr int kPage = 4096;
 
 // Fetches the cache lines of `bytes` bytes that lie `away` bytes behind p. They
 // need not be there.
@@ -52,6 +55,8 @@ struct NeonYuv {
   struct Pairs {
     uint8x8_t first, second;
   };
+  // The pairs of packed rows.
+  using PackedPairs = Pairs;
   // A pair for each pixel.
   struct WPairs {
     Pairs even, odd;

@@ -38,6 +38,11 @@ struct Avx2Register {
                     : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
     }
   }
+  template <int S>
+  LOX_OP Reg narrowing_shift_unsigned16(Reg v) {
+    return S == 6 ? _mm256_srli_epi16(v, S)
+                  : _mm256_mulhi_epu16(v, fill16(1 << (16 - S)));
+  }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm256_blendv_epi8(a, b, mask);
@@ -161,17 +166,16 @@ struct Avx2 : X86Rgb<Avx2Register> {
     return R::broadcast128(load_16(p));
   }
 
-  // Of 16 bytes in both lanes, those of the lane's pixels: to the high bytes
-  // of the elements, the low ones zero.
+  // Of 16 bytes in both lanes, those of the lane's pixels, each in an element.
   template <Order O>
   LOX_OP Reg pick_bytes(Reg twice) {
     static_assert(O != Order::kBytes);
     const Reg quads = _mm256_setr_epi8(
-        -1, 0, -1, 1, -1, 2, -1, 3, -1, 8, -1, 9, -1, 10, -1, 11,  //
-        -1, 4, -1, 5, -1, 6, -1, 7, -1, 12, -1, 13, -1, 14, -1, 15);
+        0, -1, 1, -1, 2, -1, 3, -1, 8, -1, 9, -1, 10, -1, 11, -1,  //
+        4, -1, 5, -1, 6, -1, 7, -1, 12, -1, 13, -1, 14, -1, 15, -1);
     const Reg words = _mm256_setr_epi8(
-        -1, 0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7,  //
-        -1, 8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15);
+        0, -1, 1, -1, 2, -1, 3, -1, 4, -1, 5, -1, 6, -1, 7, -1,  //
+        8, -1, 9, -1, 10, -1, 11, -1, 12, -1, 13, -1, 14, -1, 15, -1);
     return R::shuffle8(twice, O == Order::kQuads ? quads : words);
   }
   // Of 8 pairs in both lanes, those of the lane's pixels, each twice.
@@ -184,7 +188,7 @@ struct Avx2 : X86Rgb<Avx2Register> {
     const Reg words = _mm256_setr_epi8(
         0, 1, 0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7,  //
         8, 9, 8, 9, 10, 11, 10, 11, 12, 13, 12, 13, 14, 15, 14, 15);
-    return less_128(R::shuffle8(twice, O == Order::kQuads ? quads : words));
+    return R::shuffle8(twice, O == Order::kQuads ? quads : words);
   }
 
   template <Order O>
@@ -218,7 +222,7 @@ struct Avx2 : X86Rgb<Avx2Register> {
   }
   template <Order O>
   LOX_OP U8 load_words(const uint8_t *p) {
-    return keep_high_bytes(load_elements<O>(p));
+    return high_bytes(load_elements<O>(p));
   }
   template <Order O>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {
@@ -249,11 +253,11 @@ struct Avx2 : X86Rgb<Avx2Register> {
     if constexpr (O == Order::kBytes) {
       return interleave(R::load(first), R::load(second));
     } else {
-      // The second in the high bytes as it is loaded, the first moved below.
+      // The first in the low bytes as it is loaded, the second moved above.
       const U8 f = load<O>(first);
       const U8 s = load<O>(second);
-      return {less_128(R::bit_or(R::shift_right16<8>(f.a), s.a)),
-              less_128(R::bit_or(R::shift_right16<8>(f.b), s.b))};
+      return {R::bit_or(f.a, R::shift_left16<8>(s.a)),
+              R::bit_or(f.b, R::shift_left16<8>(s.b))};
     }
   }
   template <Order O, int kLuma>
@@ -268,11 +272,10 @@ struct Avx2 : X86Rgb<Avx2Register> {
                        pairs);
     }
   }
-  // Of 32 bytes, the quarters 0 and 2, then 1 and 3.
+  // Of 32 bytes, the quarters 0 and 2, then 1 and 3: those in the middle change
+  // places, and both lanes of the middle have them so. Shuffles nothing.
   LOX_OP Reg even_and_odd_quarters(const uint8_t *p) {
-    return _mm256_castpd_si256(
-        _mm256_shuffle_pd(_mm256_castsi256_pd(load_twice(p)),
-                          _mm256_castsi256_pd(load_twice(p + 16)), 0xC));
+    return _mm256_blend_epi32(R::load(p), load_twice(p + 8), 0x3C);
   }
 
   template <bool kStream>

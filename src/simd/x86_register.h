@@ -87,6 +87,7 @@ LOX_OP Reg shift_right32(Reg v) {
 }
 LOX_OP Reg sub8(Reg a, Reg b) { return LOX_MM(sub_epi8)(a, b); }
 LOX_OP Reg average8(Reg a, Reg b) { return LOX_MM(avg_epu8)(a, b); }
+LOX_OP Reg average16(Reg a, Reg b) { return LOX_MM(avg_epu16)(a, b); }
 LOX_OP Reg multiply_add16(Reg a, Reg b) { return LOX_MM(madd_epi16)(a, b); }
 // (a b + 2^14) >> 15, of which 2^15 wraps around.
 LOX_OP Reg multiply_round16(Reg a, Reg b) { return LOX_MM(mulhrs_epi16)(a, b); }

@@ -26,6 +26,12 @@ struct Sse41Register {
   LOX_OP Reg narrowing_shift16(Reg v) {
     return S == 0 ? v : _mm_srai_epi16(v, S);
   }
+  // As on AVX2.
+  template <int S>
+  LOX_OP Reg narrowing_shift_unsigned16(Reg v) {
+    return S == 6 ? _mm_srli_epi16(v, S)
+                  : _mm_mulhi_epu16(v, fill16(1 << (16 - S)));
+  }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm_blendv_epi8(a, b, mask);
@@ -88,13 +94,16 @@ struct Sse41Register {
 struct Sse41 : X86Rgb<Sse41Register> {
   using R = Sse41Register;
 
+  // To double what is made of pairs is less work than to make it of each twice.
+  using Pairs = SharedPairs;
+
   template <Order>
   LOX_OP U8 load(const uint8_t *p) {
-    return widen(R::load(p));
+    return {_mm_cvtepu8_epi16(load_8(p)), _mm_cvtepu8_epi16(load_8(p + 8))};
   }
   template <Order>
   LOX_OP Pairs load_pairs(const uint8_t *p) {
-    return double_pairs(R::load(p));
+    return {R::load(p)};
   }
   template <Order>
   LOX_OP W16 load_elements(const uint8_t *p) {
@@ -102,18 +111,18 @@ struct Sse41 : X86Rgb<Sse41Register> {
   }
   template <Order O>
   LOX_OP U8 load_words(const uint8_t *p) {
-    return keep_high_bytes(load_elements<O>(p));
+    return high_bytes(load_elements<O>(p));
   }
   template <Order>
   LOX_OP Pairs load_word_pairs(const uint8_t *p) {
-    return double_pairs(pack_high_bytes(R::load(p), R::load(p + 16)));
+    return {pack_high_bytes(R::load(p), R::load(p + 16))};
   }
   LOX_OP __m128i load_8(const uint8_t *p) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i *>(p));
   }
   template <Order>
   LOX_OP Pairs load_interleave(const uint8_t *first, const uint8_t *second) {
-    return double_pairs(_mm_unpacklo_epi8(load_8(first), load_8(second)));
+    return {_mm_unpacklo_epi8(load_8(first), load_8(second))};
   }
   template <Order>
   LOX_OP WPairs load_interleave_wide(const uint8_t *first,
@@ -121,7 +130,7 @@ struct Sse41 : X86Rgb<Sse41Register> {
     return interleave(R::load(first), R::load(second));
   }
   template <Order, int kLuma>
-  LOX_OP void load_422(const uint8_t *p, U8 &luma, Pairs &pairs) {
+  LOX_OP void load_422(const uint8_t *p, U8 &luma, PackedPairs &pairs) {
     split_422<kLuma>(R::load(p), R::load(p + 16), luma, pairs);
   }
 

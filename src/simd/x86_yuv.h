@@ -17,6 +17,7 @@ namespace lox::LOX_SET {
 
 constexpr bool kLoadsMovePointers = false;
 constexpr int kAhead = 768;
+constexpr int kPage = 4096;
 
 LOX_OP void prefetch(const uint8_t *p, ptrdiff_t away, int bytes = 1) {
   const uintptr_t at =
@@ -36,7 +37,11 @@ struct X86Yuv {
   struct W16 {
     Reg a, b;
   };
-  // Each byte in the high half of its pixel's element.
+  // The same, unsigned.
+  struct U16 {
+    Reg a, b;
+  };
+  // Each byte in its pixel's element.
   struct U8 {
     Reg a, b;
   };
@@ -46,58 +51,66 @@ struct X86Yuv {
   struct Bytes {
     Reg v;
   };
-  // The pair of each pixel in its element, as signed bytes.
+  // The pair of each pixel in its element.
   struct WPairs {
     Reg a, b;
   };
   using Pairs = WPairs;
+  using PackedPairs = WPairs;
+  // A pair of two pixels in an element.
+  struct SharedPairs {
+    Reg v;
+  };
   struct Factor {
-    Reg whole, half;
+    Reg k;
   };
   template <int K0, int K1>
   struct Dot {
     Reg k, bias;
   };
-  template <int I, int K>
-  struct HalfDot {
-    Reg k, bias;
-  };
 
-  LOX_OP W16 fill(int k) { return {R::fill16(k), R::fill16(k)}; }
   LOX_OP Bytes load_bytes(const uint8_t *p) { return {R::load(p)}; }
 
   // The parts of the loads.
   LOX_OP Reg less_128(Reg v) { return R::exclusive_or(v, R::fill16(0x8080)); }
   LOX_OP U8 widen(Reg v) {
-    return {R::unpack_low8(R::zero(), v), R::unpack_high8(R::zero(), v)};
+    return {R::unpack_low8(v, R::zero()), R::unpack_high8(v, R::zero())};
   }
-  LOX_OP U8 keep_high_bytes(W16 v) {
-    const Reg high = R::fill16(0xFF00);
-    return {R::bit_and(v.a, high), R::bit_and(v.b, high)};
+  LOX_OP U8 high_bytes(W16 v) {
+    return {R::template shift_right16<8>(v.a),
+            R::template shift_right16<8>(v.b)};
   }
   LOX_OP WPairs interleave(Reg first, Reg second) {
-    first = less_128(first);
-    second = less_128(second);
     return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
   }
-  LOX_OP Pairs double_pairs(Reg v) {
-    v = less_128(v);
+  LOX_OP WPairs double_pairs(Reg v) {
     return {R::unpack_low16(v, v), R::unpack_high16(v, v)};
   }
   template <int kLuma>
-  LOX_OP void split_422(Reg a, Reg b, U8 &luma, Pairs &pairs) {
+  LOX_OP void split_422(Reg a, Reg b, U8 &luma, WPairs &pairs) {
     constexpr char c0 = 1 - kLuma;
     constexpr char c1 = 3 - kLuma;
     const Reg pick = R::broadcast128(_mm_setr_epi8(
         c0, c1, c0, c1, c0 + 4, c1 + 4, c0 + 4, c1 + 4, c0 + 8, c1 + 8, c0 + 8,
         c1 + 8, c0 + 12, c1 + 12, c0 + 12, c1 + 12));
-    pairs = {less_128(R::shuffle8(a, pick)), less_128(R::shuffle8(b, pick))};
+    pairs = {R::shuffle8(a, pick), R::shuffle8(b, pick)};
     if constexpr (kLuma == 0) {
-      luma = {R::template shift_left16<8>(a), R::template shift_left16<8>(b)};
+      luma = {R::bit_and(a, R::fill16(0x00FF)),
+              R::bit_and(b, R::fill16(0x00FF))};
     } else {
-      luma = {R::bit_and(a, R::fill16(0xFF00)),
-              R::bit_and(b, R::fill16(0xFF00))};
+      luma = high_bytes({a, b});
     }
+  }
+
+  // What kernel makes of registers of pairs, for each pixel.
+  template <class Kernel>
+  LOX_OP W16 for_pairs(WPairs p, Kernel kernel) {
+    return {kernel(p.a), kernel(p.b)};
+  }
+  template <class Kernel>
+  LOX_OP W16 for_pairs(SharedPairs p, Kernel kernel) {
+    const Reg v = kernel(p.v);
+    return {R::unpack_low16(v, v), R::unpack_high16(v, v)};
   }
 
   template <int K0, int K1>
@@ -107,45 +120,22 @@ struct X86Yuv {
     constexpr int k1 = K1 < 0 ? -K1 : K1;
     return {R::fill16(k1 << 8 | k0), R::fill16(bias)};
   }
-  template <int K0, int K1>
-  LOX_OP Reg dot(Reg p, const Dot<K0, K1> &d) {
-    const Reg sum = R::multiply_add8(d.k, p);
-    return K0 < 0 || K1 < 0 ? R::sub16(d.bias, sum) : R::add16(d.bias, sum);
-  }
-  template <int K0, int K1>
-  LOX_OP W16 dot(WPairs p, const Dot<K0, K1> &d) {
-    return {dot(p.a, d), dot(p.b, d)};
-  }
-  // With K = 2k + 1, K x / 2 rounded down is k x + (x >> 1).
-  template <int I, int K>
-  LOX_OP HalfDot<I, K> make_half_dot(int bias) {
-    return {R::fill16((K >> 1) << 8 * I), R::fill16(bias)};
-  }
-  template <int I, int K>
-  LOX_OP Reg half_dot(Reg p, const HalfDot<I, K> &d) {
-    const Reg high = I == 1 ? p : R::template shift_left16<8>(p);
-    return R::add16(R::add16(R::multiply_add8(d.k, p), d.bias),
-                    R::template shift_right_signed16<9>(high));
-  }
-  template <int I, int K>
-  LOX_OP W16 half_dot(WPairs p, const HalfDot<I, K> &d) {
-    return {half_dot(p.a, d), half_dot(p.b, d)};
+  template <int K0, int K1, class P>
+  LOX_OP W16 dot(P pairs, const Dot<K0, K1> &d) {
+    return for_pairs(pairs, [&](Reg p) LOX_INLINE_LAMBDA {
+      const Reg sum = R::multiply_add8(d.k, less_128(p));
+      return K0 < 0 || K1 < 0 ? R::sub16(d.bias, sum) : R::add16(d.bias, sum);
+    });
   }
 
-  LOX_OP Factor make_factor(int k) {
-    return {R::fill16(k << 8), R::fill16(k << 7)};
-  }
+  LOX_OP Factor make_factor(int k) { return {R::fill16(k)}; }
   LOX_OP void scale(U8 v, Factor k, W16 &whole, W16 &half) {
-    whole = {R::multiply_high16(v.a, k.whole),
-             R::multiply_high16(v.b, k.whole)};
-    half = {R::multiply_high16(v.a, k.half), R::multiply_high16(v.b, k.half)};
+    whole = {R::multiply_low16(v.a, k.k), R::multiply_low16(v.b, k.k)};
+    half = {R::template shift_right16<1>(whole.a),
+            R::template shift_right16<1>(whole.b)};
   }
   LOX_OP W16 add(W16 x, W16 y) {
     return {R::add16(x.a, y.a), R::add16(x.b, y.b)};
-  }
-  LOX_OP W16 add_saturating(W16 x, W16 y) {
-    return {R::add_saturating_signed16(x.a, y.a),
-            R::add_saturating_signed16(x.b, y.b)};
   }
   template <int S>
   LOX_OP W16 shift_right(W16 v) {
@@ -158,19 +148,25 @@ struct X86Yuv {
     return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
                                R::template narrowing_shift16<S>(v.b))};
   }
+  template <int S>
+  LOX_OP Bytes narrow(U16 v) {
+    static_assert(S > 0);
+    return {R::pack_unsigned16(R::template narrowing_shift_unsigned16<S>(v.a),
+                               R::template narrowing_shift_unsigned16<S>(v.b))};
+  }
   LOX_OP Words interleave_bytes(Reg low, Reg high) {
     return {R::unpack_low8(low, high), R::unpack_high8(low, high)};
   }
-  template <int S0, int S1>
-  LOX_OP Words pair_narrow(W16 low, W16 high) {
+  template <int S0, int S1, class L, class H>
+  LOX_OP Words pair_narrow(L low, H high) {
     return interleave_bytes(narrow<S0>(low).v, narrow<S1>(high).v);
   }
-  template <int S>
-  LOX_OP Words pair_narrow_255(W16 low) {
+  template <int S, class L>
+  LOX_OP Words pair_narrow_255(L low) {
     return interleave_bytes(narrow<S>(low).v, R::fill16(0xFFFF));
   }
-  template <int S>
-  LOX_OP Words pair_255_narrow(W16 high) {
+  template <int S, class H>
+  LOX_OP Words pair_255_narrow(H high) {
     return interleave_bytes(R::fill16(0xFFFF), narrow<S>(high).v);
   }
   // In bytes, which are half as many registers as words.
@@ -185,8 +181,8 @@ struct X86Yuv {
                   R::bit_and_not(top3, R::template shift_right16<3>(l)));
     return {R::unpack_low8(first, second), R::unpack_high8(first, second)};
   }
-  template <int S0, int S1, int S2>
-  LOX_OP W16 pack565(W16 high, W16 mid, W16 low) {
+  template <int S0, int S1, int S2, class H, class M, class L>
+  LOX_OP W16 pack565(H high, M mid, L low) {
     return pack565_bytes(narrow<S0>(high).v, narrow<S1>(mid).v,
                          narrow<S2>(low).v);
   }
@@ -197,8 +193,8 @@ struct X86Yuv {
   LOX_OP Dither make_dither(DitherPlace at) {
     return {R::load_broadcast128(at.five), R::load_broadcast128(at.six)};
   }
-  template <int S0, int S1, int S2>
-  LOX_OP W16 pack565(W16 high, W16 mid, W16 low, Dither d) {
+  template <int S0, int S1, int S2, class H, class M, class L>
+  LOX_OP W16 pack565(H high, M mid, L low, Dither d) {
     return pack565_bytes(
         R::add_saturating_unsigned8(narrow<S0>(high).v, d.five),
         R::add_saturating_unsigned8(narrow<S1>(mid).v, d.six),
