@@ -46,7 +46,8 @@ LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
     ptrdiff_t base = piece->base;
     ptrdiff_t entry = piece->entry;
     int16_t *to = dst + piece->at;
-    for (int32_t left = piece->blocks; left != 0; --left, to += 2 * kSums) {
+    for (int32_t left = piece->blocks; left != 0;
+         --left, to += ptrdiff_t{2} * kSums) {
       put(piece->row, piece->below, base, entry, to);
       if (++entry == c.entries) {
         entry = 0;
