@@ -257,17 +257,28 @@ vexo_img Job::dst(uint8_t *bytes, int32_t format) const {
   return img;
 }
 
+namespace {
+
+// Peers may have planes instead of pairs and pixels, with other padding.
+int32_t planes_for(int32_t format) {
+  const bool pixels =
+      format >= VEXO_FMT_RGB888 && format < VEXO_FMT_YUV420PLANAR16;
+  return pixels ? VEXO_FMT_YUV444 : VEXO_FMT_YUV420;
+}
+
+}  // namespace
+
 size_t Job::src_room() const {
   if (is_media()) return kMediaBytes;
-  // Peers may have planes instead of pairs, with other padding.
   return std::max(frame_bytes(src(nullptr)),
-                  frame_bytes(src(nullptr, VEXO_FMT_YUV420)));
+                  frame_bytes(src(nullptr, planes_for(src_format))));
 }
 
 size_t Job::dst_room() const {
   if (is_media()) return 64;
   // The bands of RGB888 lie as far apart as those of four bytes a pixel.
-  const int32_t other = task == kToneMap ? VEXO_FMT_RGBA8888 : VEXO_FMT_YUV420;
+  const int32_t other =
+      task == kToneMap ? VEXO_FMT_RGBA8888 : planes_for(dst_format);
   return std::max(frame_bytes(dst(nullptr)), frame_bytes(dst(nullptr, other)));
 }
 
