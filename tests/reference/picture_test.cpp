@@ -400,6 +400,21 @@ TEST(Picture, Tonemap) {
   }
 }
 
+// What vexo_csc refuses is not dithered either.
+TEST(Picture, RefusedByDither) {
+  const std::tuple<int32_t, int32_t, int32_t> calls[] = {
+      {1280, 0, VEXO_ERR_UNSUPPORTED},
+      {1281, 0, VEXO_OK},
+      {1281, VEXO_STD_BT709, VEXO_ERR_UNSUPPORTED}};
+  for (const auto &[width, standard, status] : calls) {
+    const Owned tiles(VEXO_FMT_T256X16, VEXO_STD_BT709, width, 16, 3);
+    const Owned rgb(VEXO_FMT_RGB565, standard, width, 16);
+    const Owned empty(VEXO_FMT_RGB565, standard, width, 16);
+    EXPECT_EQ(vexo_csc_dither(&tiles.img, &rgb.img), status);
+    EXPECT_EQ(rgb == empty, status != VEXO_OK);
+  }
+}
+
 // A chain in bands of rows gives what its conversions give one by one.
 // The pattern is the destination's: dithered before a turn or an enlargement it
 // would be turned or enlarged.
