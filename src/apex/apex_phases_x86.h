@@ -110,6 +110,35 @@ struct ApexPhases : ApexSums<V> {
       return load_phase<false>(p + i * step, apart, lanes[0]);
     }
   }
+  // What two phases weigh: the second begins a pair behind the first.
+  struct PhaseWeights {
+    Reg first[5], second[5];
+
+    LOX_INLINE explicit PhaseWeights(const ApexColumns &c) {
+      LOX_UNROLL
+      for (int i = 0; i < 5; ++i) {
+        first[i] = load(c.weights + i * n);
+        second[i] = load(c.weights + i * n + 3 * (n / 2));
+      }
+    }
+  };
+  // Blocks of which sums(p, a, b) makes the two phases of a row.
+  template <ApexSample S, int kUnit, class MakeSums>
+  LOX_OP void phase_blocks(const ApexColumns &c, const ApexPiece *pieces,
+                           int32_t count, int16_t *dst, MakeSums sums) {
+    for_blocks<2 * kSums>(
+        c, pieces, count, dst,
+        [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base, ptrdiff_t,
+            int16_t *to) LOX_INLINE_LAMBDA {
+          Reg a[2];
+          Reg b[2];
+          const ptrdiff_t from = (base + c.first[0]) * apex_bytes(S);
+          sums(row + from, a[0], a[1]);
+          sums(below + from, b[0], b[1]);
+          put_phases<kUnit>(Sums::template words_of<S>(a[0], b[0]),
+                            Sums::template words_of<S>(a[1], b[1]), to);
+        });
+  }
   // A register of each phase and row: of six pairs of samples the first is the
   // first phase's alone, the last one the second's.
   template <int kUnit>
@@ -123,41 +152,22 @@ struct ApexPhases : ApexSums<V> {
     const Reg lanes[3] = {R::load(places + 2 * n),
                           R::add16(R::load(places + 2 * n), R::fill16(2)),
                           R::add16(R::load(places + 2 * n), R::fill16(4))};
-    Reg first[5];
-    Reg second[5];
-    LOX_UNROLL
-    for (int i = 0; i < 5; ++i) {
-      first[i] = load(c.weights + i * n);
-      second[i] = load(c.weights + i * n + 3 * (n / 2));
-    }
-    for_blocks<2 * kSums>(
-        c, pieces, count, dst,
-        [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base, ptrdiff_t,
-            int16_t *to) LOX_INLINE_LAMBDA {
-          const auto sums = [&](const uint8_t *p, Reg &a,
-                                Reg &b) LOX_INLINE_LAMBDA {
-            a = half;
-            b = half;
-            LOX_UNROLL
-            for (int i = 0; i < 6; i += 2) {
-              const Reg v =
-                  load_window<kUnit == 1>(p, i / 2, step, apart, lanes);
-              const Reg even = R::shuffle8(v, place[0]);
-              const Reg odd = R::shuffle8(v, place[1]);
-              add_to(a, even, first[i]);
-              if (i > 0) add_to(b, even, second[i - 1]);
-              if (i < 4) add_to(a, odd, first[i + 1]);
-              add_to(b, odd, second[i]);
-            }
-          };
-          Reg a[2];
-          Reg b[2];
-          sums(row + (base + c.first[0]), a[0], a[1]);
-          sums(below + (base + c.first[0]), b[0], b[1]);
-          put_phases<kUnit>(
-              Sums::template words_of<ApexSample::kByte>(a[0], b[0]),
-              Sums::template words_of<ApexSample::kByte>(a[1], b[1]), to);
-        });
+    const PhaseWeights w(c);
+    const auto sums = [&](const uint8_t *p, Reg &a, Reg &b) LOX_INLINE_LAMBDA {
+      a = half;
+      b = half;
+      LOX_UNROLL
+      for (int i = 0; i < 6; i += 2) {
+        const Reg v = load_window<kUnit == 1>(p, i / 2, step, apart, lanes);
+        const Reg even = R::shuffle8(v, place[0]);
+        const Reg odd = R::shuffle8(v, place[1]);
+        add_to(a, even, w.first[i]);
+        if (i > 0) add_to(b, even, w.second[i - 1]);
+        if (i < 4) add_to(a, odd, w.first[i + 1]);
+        add_to(b, odd, w.second[i]);
+      }
+    };
+    phase_blocks<ApexSample::kByte, kUnit>(c, pieces, count, dst, sums);
   }
 #if defined(LOX_SET_avx512)
   // The same of words: three pairs come from the same two registers.
@@ -169,42 +179,24 @@ struct ApexPhases : ApexSums<V> {
                           R::load(places + 2 * n)};
     const Reg half = R::fill32(1 << (apex_bits(S) - 1));
     const ptrdiff_t step = ptrdiff_t{12} * c.parts;
-    Reg first[5];
-    Reg second[5];
-    LOX_UNROLL
-    for (int i = 0; i < 5; ++i) {
-      first[i] = load(c.weights + i * n);
-      second[i] = load(c.weights + i * n + 3 * (n / 2));
-    }
-    for_blocks<2 * kSums>(
-        c, pieces, count, dst,
-        [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base, ptrdiff_t,
-            int16_t *to) LOX_INLINE_LAMBDA {
-          const auto sums = [&](const uint8_t *p, Reg &a,
-                                Reg &b) LOX_INLINE_LAMBDA {
-            a = half;
-            b = half;
-            LOX_UNROLL
-            for (int h = 0; h < 2; ++h, p += step) {
-              const Reg low = Sums::template samples<S>(R::load(p));
-              const Reg high = Sums::template samples<S>(R::load(p + n));
-              LOX_UNROLL
-              for (int j = 0; j < 3; ++j) {
-                const int i = 3 * h + j;
-                const Reg v = _mm512_permutex2var_epi16(low, place[j], high);
-                if (i < 5) add_to(a, v, first[i]);
-                if (i > 0) add_to(b, v, second[i - 1]);
-              }
-            }
-          };
-          Reg a[2];
-          Reg b[2];
-          const ptrdiff_t from = 2 * (base + c.first[0]);
-          sums(row + from, a[0], a[1]);
-          sums(below + from, b[0], b[1]);
-          put_phases<kUnit>(Sums::template words_of<S>(a[0], b[0]),
-                            Sums::template words_of<S>(a[1], b[1]), to);
-        });
+    const PhaseWeights w(c);
+    const auto sums = [&](const uint8_t *p, Reg &a, Reg &b) LOX_INLINE_LAMBDA {
+      a = half;
+      b = half;
+      LOX_UNROLL
+      for (int h = 0; h < 2; ++h, p += step) {
+        const Reg low = Sums::template samples<S>(R::load(p));
+        const Reg high = Sums::template samples<S>(R::load(p + n));
+        LOX_UNROLL
+        for (int j = 0; j < 3; ++j) {
+          const int i = 3 * h + j;
+          const Reg v = _mm512_permutex2var_epi16(low, place[j], high);
+          if (i < 5) add_to(a, v, w.first[i]);
+          if (i > 0) add_to(b, v, w.second[i - 1]);
+        }
+      }
+    };
+    phase_blocks<S, kUnit>(c, pieces, count, dst, sums);
   }
   // Words at a quarter: an output's four samples are side by side, and those of
   // the next one behind them. Their products are summed by twos, and the sums

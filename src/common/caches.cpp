@@ -18,20 +18,26 @@ constexpr size_t larger(size_t a, size_t b) { return a > b ? a : b; }
 }  // namespace
 
 namespace detail {
-constinit MemoryRule memory_now = {kNever, kNever, false, kNever, false};
+constinit MemoryRule memory_now = {kNever, kNever, false, kNever, false, false};
 }
 
 void set_memory_rule(const MemoryRule &rule) { detail::memory_now = rule; }
 
 MemoryRule memory_rule(Core core, CacheSizes caches, bool strings) {
   const size_t far = caches.second + caches.second / 2;
-  if (core == Core::kFetches) return {kNever, kNever, true, far, false};
+  if (core == Core::kFetches) {
+    return {kNever, kNever, true, far, false, false};
+  }
   // The last cache is shared by some eight cores: a picture that takes more
   // than one core's share is gone before it is read. One that is smaller than
   // twice the cache before that is near whatever its share is.
   const size_t near = 2 * caches.second;
-  return {larger(caches.last / 8, near), larger(caches.last / 16, near), false,
-          far, strings};
+  return {larger(caches.last / 8, near),
+          larger(caches.last / 16, near),
+          false,
+          far,
+          strings,
+          true};
 }
 
 #if defined(__x86_64__) || defined(__i386__)

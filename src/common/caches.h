@@ -32,6 +32,9 @@ struct MemoryRule {
   size_t far_from;
   // Whether the processor's own copy of a string is the fastest of long runs.
   bool strings;
+  // Whether conversions from RGB that work so far away fetch their source a
+  // page ahead. It was measured on kStreams alone.
+  bool fetches_rgb;
 };
 
 MemoryRule memory_rule(Core core, CacheSizes caches, bool strings);

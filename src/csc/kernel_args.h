@@ -27,6 +27,11 @@ struct KernelArgs {
   bool empty(int plane = 0) const {
     return src_width[plane] < 1 || src_height[plane] < 1;
   }
+  // Of the picture, or of the one that it is a part of.
+  uint64_t pixels() const {
+    const int64_t own = int64_t{src_width[0]} * src_height[0];
+    return static_cast<uint64_t>(of_pixels > own ? of_pixels : own);
+  }
   // The rows to convert, and those of a destination plane of `count` rows that
   // go with them.
   RowRange rows() const { return rows_of(src_height[0]); }

@@ -28,16 +28,12 @@ constexpr ChromaPlanes kChroma[] = {
     {kChromaVu, 1, 1},      // kToNv21
 };
 
-// Whether the source is fetched ahead: where it comes from beyond the second
-// cache, on cores of the kind where that was measured. A pixel is taken for so
-// many bytes, source and destination.
+// Whether the source is fetched ahead. A pixel takes so many bytes of source
+// and destination.
 bool fetches(const KernelArgs &args, int bytes) {
   const MemoryRule &rule = memory_now();
-  const int64_t own = int64_t{args.src_width[0]} * args.src_height[0];
-  const auto pixels =
-      static_cast<uint64_t>(args.of_pixels > own ? args.of_pixels : own);
-  return !rule.fetches &&
-         pixels * static_cast<uint64_t>(bytes) >= rule.far_from;
+  return rule.fetches_rgb &&
+         args.pixels() * static_cast<uint64_t>(bytes) >= rule.far_from;
 }
 
 void convert(const RgbToYuvKernels &forms, RgbLayout layout,
@@ -46,6 +42,7 @@ void convert(const RgbToYuvKernels &forms, RgbLayout layout,
   const int32_t height = args.src_height[0];
   if (args.empty()) return;
   const RgbToYuvFn luma_and_chroma = forms.luma_and_chroma[chroma.kind];
+  // Of the destination luma alone is counted.
   const bool fetch = fetches(args, kPixelFormats[layout].bytes + 1);
   // Looked up once: what rows write could be what they are looked up from.
   const auto plane = [](auto *first, ptrdiff_t step) {
@@ -84,7 +81,7 @@ void rgb_to_yuv444(const KernelArgs &args, int from, int) {
   const RgbToYuvFn convert_row = from == kArgb8888
                                      ? rgb_rows().argb8888_to_yuv444
                                      : rgb_rows().rgba8888_to_yuv444;
-  const bool fetch = fetches(args, 7);
+  const bool fetch = fetches(args, kPixelFormats[kRgba8888].bytes + 3);
   const RowRange rows = args.rows();
   for (int32_t row = rows.begin; row < rows.end; ++row) {
     convert_row({args.src(0, row),

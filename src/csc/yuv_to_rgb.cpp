@@ -16,9 +16,7 @@
 namespace lox {
 
 Writing writing_of(RgbLayout layout, const KernelArgs &args) {
-  const int64_t own = int64_t{args.src_width[0]} * args.src_height[0];
-  const auto pixels =
-      static_cast<uint64_t>(args.of_pixels > own ? args.of_pixels : own);
+  const uint64_t pixels = args.pixels();
   const uint64_t bytes =
       pixels * static_cast<uint64_t>(kPixelFormats[layout].bytes);
   const uintptr_t alignment =
