@@ -37,14 +37,14 @@ def gamma(i):
 
 
 def gamma_steps():
-    """gamma() by parts: of every 16 entries the first, less one for each step
-    too few, and two steps within: 8 bits, 4 and 4 (see curves.h)."""
+    """Where gamma() rises within every 16 entries from 256 on: behind which two
+    of them, in 4 bits each; 15 for none."""
     entries = [gamma(i) for i in range(4096)]
-    parts = [0] * 16
+    parts = [255] * 16
     for first in range(256, 4096, 16):
-        steps = [k for k in range(1, 16) if entries[first + k] != entries[first + k - 1]]
-        steps = [0] * (2 - len(steps)) + steps
-        parts.append((entries[first] - steps.count(0)) << 8 | steps[0] << 4 | steps[1])
+        steps = [k for k in range(15) if entries[first + k] != entries[first + k + 1]]
+        steps += [15] * (2 - len(steps))
+        parts.append(steps[0] << 4 | steps[1])
     return parts
 
 
@@ -69,12 +69,12 @@ namespace lox {""")
 table("constexpr double kPqLight[1024]", map(pq_light, range(1024)), float.hex)
 table("constexpr uint16_t kHlgLinear[1024]", map(hlg_linear, range(1024)), str)
 table("constexpr uint8_t kGamma[4096]", map(gamma, range(4096)), str)
-table("alignas(64) constexpr uint16_t kGammaSteps[256]", gamma_steps(), str)
+table("alignas(64) constexpr uint8_t kGammaSteps[256]", gamma_steps(), str)
 print("""
 static_assert([] {
   for (int i = 256; i < 4096; ++i) {
-    const int part = kGammaSteps[i / 16], low = part & 15, high = part >> 4 & 15;
-    if ((part >> 8) + (i % 16 >= low) + (i % 16 >= high) != kGamma[i]) return false;
+    const int part = kGammaSteps[i / 16], low = part & 15, high = part >> 4;
+    if (kGamma[i - i % 16] + (i % 16 > low) + (i % 16 > high) != kGamma[i]) return false;
   }
   return true;
 }());""")

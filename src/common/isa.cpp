@@ -21,7 +21,15 @@ constinit int isa_level_now = 0;
 constinit LookUps look_ups_now = LookUps::kLoads;
 }  // namespace detail
 
-void set_look_ups(LookUps how) { detail::look_ups_now = how; }
+void set_look_ups(LookUps how) {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_cpu_init();
+  if (how == LookUps::kRegisters && !__builtin_cpu_supports("avx512vbmi")) {
+    how = LookUps::kLoads;
+  }
+#endif
+  detail::look_ups_now = how;
+}
 
 int isa_best() {
 #if (defined(__x86_64__) || defined(__i386__)) && !defined(LOX_PORTABLE)

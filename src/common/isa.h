@@ -48,8 +48,8 @@ const char *isa_name(int level);
 // in registers. Chosen when the library is loaded; single loads until then.
 // Measured: gathers pay on processors with half-precision AVX-512. Those
 // without it gather slowly: AMD's, and Intel's, whose microcode slows gathers
-// down to close a leak. AMD's permute two registers in a cycle or less, Intel's
-// in two.
+// down to close a leak. AMD's look bytes up in registers in a cycle, Intel's in
+// two; that needs a part of AVX-512 that all of AMD's have.
 enum class LookUps { kLoads, kGathers, kRegisters };
 namespace detail {
 extern LookUps look_ups_now;

@@ -207,12 +207,12 @@ class RowMapper {
         to_sdr_((look_ups() == LookUps::kGathers
                      ? rows_.to_sdr_gathering
                      : rows_.to_sdr)[context.hlg != 0][variant_of(context)]) {
-    if (look_ups() != LookUps::kRegisters) return;
+    const HdrRegisterRows *const rows = rows_.in_registers;
+    if (rows == nullptr || look_ups() != LookUps::kRegisters) return;
     // Callers' contexts may have a gamma of their own.
     if (memcmp(context.gamma, kGamma, sizeof kGamma) != 0) return;
-    in_registers_ =
-        rows_.to_sdr_in_registers[context.hlg != 0][variant_of(context)];
-    if (in_registers_ != nullptr) fill_tables();
+    in_registers_ = rows->to_sdr[context.hlg != 0][variant_of(context)];
+    rows->fill(&tables_, context);
   }
 
   const Destination &destination() const { return destination_; }
@@ -258,25 +258,13 @@ class RowMapper {
     destination_.copy(padded, to, n);
   }
 
-  void fill_tables() {
-    memcpy(tables_.linear,
-           context_.hlg != 0 ? context_.hlg_linear : context_.pq,
-           sizeof tables_.linear);
-    for (int i = 0; i < 256; ++i) {
-      const int entry = context_.gain[i];
-      tables_.gain[i] = static_cast<uint16_t>(entry * 16);
-      tables_.rise[i] = static_cast<uint16_t>(context_.gain[i + 1] - entry);
-      tables_.gamma[i] = kGamma[i];
-    }
-  }
-
   const vexo_hdr_context &context_;
   Source source_;
   const HdrRows &rows_;
   Destination destination_;
   int toe_;
   HdrRows::ToSdr *to_sdr_;
-  HdrRows::ToSdrInRegisters *in_registers_ = nullptr;
+  HdrRegisterRows::ToSdr *in_registers_ = nullptr;
   HdrTables tables_;
 };
 

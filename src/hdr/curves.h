@@ -12,9 +12,9 @@ extern const double kPqLight[1024];
 // The tables hlg_linear and gamma of a context.
 extern const uint16_t kHlgLinear[1024];
 extern const uint8_t kGamma[4096];
-// gamma from entry 256 on in a form that registers hold: of every 16 entries a
-// byte, the first of them, and two of 4 bits: for each that i % 16 has reached
-// the entry is one more.
-alignas(64) extern const uint16_t kGammaSteps[256];
+// gamma from entry 256 on, as registers hold it: of every 16 entries two
+// numbers of 4 bits; an entry is the first of its 16, and one more for each of
+// the two that i % 16 is above.
+extern const uint8_t kGammaSteps[256];
 
 }  // namespace lox

@@ -13,10 +13,11 @@
 
 #if defined(LOX_SET_neon)
 #include "hdr/tone_neon.h"
-#elif defined(LOX_SET_avx512)
-#include "hdr/tone_avx512.h"
 #elif LOX_VECTORS
 #include "hdr/tone_x86.h"
+#endif
+#if defined(LOX_SET_avx512)
+#include "hdr/tone_avx512.h"
 #endif
 
 namespace lox::LOX_SET {
@@ -437,12 +438,9 @@ constinit const HdrRows hdr_rows = {
     .to_sdr = LOX_TO_SDR(ByLoads),
     .to_sdr_gathering = LOX_TO_SDR(ByGathers),
 #if defined(LOX_SET_avx512)
-    .to_sdr_in_registers = {{to_sdr_in_registers<false, Standard>,
-                             to_sdr_in_registers<false, Mild>},
-                            {to_sdr_in_registers<true, Standard>,
-                             to_sdr_in_registers<true, Mild>}},
+    .in_registers = &hdr_register_rows,
 #else
-    .to_sdr_in_registers = {},
+    .in_registers = nullptr,
 #endif
     .put_rgb888 = put_rgb<kRgb888>,
     .put_rgba8888 = put_rgb<kRgba8888>,

@@ -28,14 +28,25 @@ struct HdrRun {
   alignas(64) uint8_t blue[kHdrRun];
 };
 
-// The context's tables as registers take them.
+// The context's tables as registers take them: [0] has the low bytes of words,
+// [1] the high ones.
 struct HdrTables {
-  alignas(64) uint16_t linear[1024];
+  alignas(64) uint8_t linear[2][1024];
   // An entry of gain, times 16, and the next one less it.
-  alignas(64) uint16_t gain[256];
-  alignas(64) uint16_t rise[256];
-  // The first entries of gamma.
-  alignas(64) uint16_t gamma[256];
+  alignas(64) uint8_t gain[2][256];
+  alignas(64) uint8_t rise[2][256];
+  // The first entries of gamma, every 16th of all, and kGammaSteps.
+  alignas(64) uint8_t gamma[256];
+  alignas(64) uint8_t sixteenths[256];
+  alignas(64) uint8_t steps[256];
+};
+
+// to_sdr of HdrRows in registers, of contexts whose gamma is kGamma, where
+// look_ups() says so.
+struct HdrRegisterRows {
+  void (*fill)(HdrTables *tables, const vexo_hdr_context &context);
+  using ToSdr = void(HdrRun *run, const HdrTables &tables, int n);
+  ToSdr *to_sdr[2][2];
 };
 
 struct HdrRows {
@@ -62,10 +73,8 @@ struct HdrRows {
   ToSdr *to_sdr[2][2];
   // The same by gathering loads, where the set has them; else the same.
   ToSdr *to_sdr_gathering[2][2];
-  // The same in registers, of contexts whose gamma is kGamma; null where the
-  // set has too few.
-  using ToSdrInRegisters = void(HdrRun *run, const HdrTables &tables, int n);
-  ToSdrInRegisters *to_sdr_in_registers[2][2];
+  // Null where the set has too few registers.
+  const HdrRegisterRows *in_registers;
 
   using Put = void(uint8_t *dst, const HdrRun *run, int n);
   Put *put_rgb888;
