@@ -55,12 +55,20 @@ def load(path):
     return json.loads(pathlib.Path(path).read_text(encoding="utf-8"))
 
 
+def commit():
+    """The commit that is measured; other results change nothing of it."""
+    def git(*args):
+        return subprocess.run(["git", *args], cwd=ROOT, check=True,
+                              capture_output=True, text=True).stdout.strip()
+    changed = git("status", "--porcelain", "--untracked-files=no", "--",
+                  ":!bench/results")
+    return git("describe", "--always") + ("-dirty" if changed else "")
+
+
 def write(name, context, rows):
     """One row a line, so that two results can be compared."""
     RESULTS.mkdir(exist_ok=True)
-    context["commit"] = subprocess.run(
-        ["git", "describe", "--always", "--dirty"], cwd=ROOT, check=True,
-        capture_output=True, text=True).stdout.strip()
+    context["commit"] = commit()
     lines = [f"{json.dumps(name)}: {json.dumps(row)}"
              for name, row in rows.items()]
     for old in RESULTS.glob(f"{name}-*.json"):
