@@ -33,7 +33,8 @@ struct MemoryRule {
   // Whether the processor's own copy of a string is the fastest of long runs.
   bool strings;
   // Whether conversions from RGB that work so far away fetch their source a
-  // page ahead. It was measured on kStreams alone.
+  // page ahead, and what takes RGBA apart always. It was measured on kStreams
+  // alone.
   bool fetches_rgb;
 };
 
