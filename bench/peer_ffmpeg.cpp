@@ -65,7 +65,10 @@ std::vector<Setting> settings_for(const Job &job) {
       return {{"swscale POINT", SWS_POINT},
               {"swscale FAST_BILINEAR", SWS_FAST_BILINEAR}};
     case kInterpolate:
-      return {{"swscale BILINEAR", SWS_BILINEAR | SWS_FULL_CHR_H_INT}};
+      // Three planes else take its conversion that repeats chroma.
+      return {{"swscale BILINEAR",
+               SWS_BILINEAR | SWS_FULL_CHR_H_INT |
+                   (job.src_format == VEXO_FMT_YUV420 ? SWS_ACCURATE_RND : 0)}};
     case kScale:
       if (!scales_plainly(job) && job.src_format != kI010) return {};
       return {{"swscale BILINEAR", SWS_BILINEAR},
