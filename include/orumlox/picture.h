@@ -247,7 +247,8 @@ VEXO_API int32_t vexo_picture_tonemap(vexo_picture_context *context,
 /* Scales by vexo_rsz_new or vexo_rsz_new_rgba8888 (dct.h), turns and converts.
  * The destination's size is that after the turn, no larger than the source, and
  * no larger than what a pre-scale factor leaves: VEXO_ERR_ARG. What the scaler
- * does not serve is VEXO_ERR_UNSUPPORTED. Scaled as RGBA alpha becomes 255. */
+ * does not serve is VEXO_ERR_UNSUPPORTED; of chroma a factor leaves as much as
+ * its stride has room for. Scaled as RGBA alpha becomes 255. */
 VEXO_API int32_t vexo_picture_thumbnail(vexo_picture_context *context,
                                         const vexo_img *src,
                                         const vexo_img *dst,

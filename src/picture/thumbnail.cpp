@@ -3,6 +3,7 @@
 // Plans of thumbnails: NV12, luma alone as NV12 without chroma, and RGBA8888.
 #include <cstring>
 
+#include "dct/plan.h"
 #include "picture/context.h"
 #include "picture/formats.h"
 
@@ -33,9 +34,8 @@ vexo_img scaled_form(const vexo_img &img) {
   return result;
 }
 
-bool has_blocks(const vexo_rsz_new_context &c, int32_t plane) {
-  return c.narrow_columns[plane] + c.wide_columns[plane] > 0 &&
-         c.short_rows[plane] + c.tall_rows[plane] > 0;
+bool is_served(const vexo_rsz_new_context &c, int32_t plane) {
+  return written(&c, plane, *plane_notes(&c, plane)).width > 0;
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ int32_t ThumbnailPlan::make(const vexo_img &src, const vexo_img &dst,
   made = true;
   const bool chroma = from.width[1] > 0;
   if (context.exact_ratio == 0 &&
-      (!has_blocks(context, 0) || (chroma && !has_blocks(context, 1)))) {
+      (!is_served(context, 0) || (chroma && !is_served(context, 1)))) {
     release();
     return VEXO_ERR_UNSUPPORTED;
   }

@@ -386,7 +386,22 @@ TEST(Picture, RefusedByDither) {
   }
 }
 
-// A chain in bands of rows gives what its conversions give one by one.
+// Where a factor leaves no room for chroma's columns there is nothing to scale.
+TEST(Picture, ThumbnailsOfTooLittleChroma) {
+  vexo_picture_options options = {};
+  options.prescale = 4;
+  const Owned nv12(VEXO_FMT_NV12, 0, 6, 12, 3);
+  for (const int32_t stride : {6, 16}) {
+    vexo_img src = nv12.img;
+    src.stride[0] = src.stride[1] = stride;
+    const Owned small(VEXO_FMT_YUV420, 0, 1, 3);
+    const Owned empty(VEXO_FMT_YUV420, 0, 1, 3);
+    EXPECT_EQ(vexo_picture_thumbnail(nullptr, &src, &small.img, &options),
+              stride == 6 ? VEXO_ERR_UNSUPPORTED : VEXO_OK);
+    EXPECT_EQ(small == empty, stride == 6);
+  }
+}
+
 // The pattern is the destination's: dithered before a turn or an enlargement it
 // would be turned or enlarged.
 TEST(Picture, DithersLast) {
@@ -422,6 +437,7 @@ TEST(Picture, DithersLast) {
   }
 }
 
+// A chain in bands of rows gives what its conversions give one by one.
 TEST(Picture, Bands) {
   const Owned nv12(VEXO_FMT_NV12, VEXO_STD_BT709, 1500, 61, 8);
   const Owned planes(VEXO_FMT_YUV420, VEXO_STD_BT709, 1500, 61);
