@@ -4,6 +4,7 @@
 // strip on the stack, and turned from there while they are in the near caches.
 #include "common/caches.h"
 #include "csc/routes.h"
+#include "csc/yuv_to_rgb_rows.h"
 #include "fused/parts.h"
 #include "orumlox/fused.h"
 #include "rot/rot.h"
@@ -149,8 +150,11 @@ void by_blocks(const vexo_img &src, const Route &route, const Turner &turner,
       static_cast<uint64_t>(width) * static_cast<uint64_t>(height) >=
           memory_now().far_from;
   // Of a quarter turn a cache line of each destination row, or some. From
-  // memory wide blocks come better than high ones: two lines.
-  const int32_t rows = !quarter ? 8 : fetches && to.unit(0) == 4 ? 32 : 64;
+  // memory wide blocks come better than high ones: then two lines, where the
+  // registers do not hold a line each.
+  const bool wide =
+      fetches && to.unit(0) == 4 && yuv_to_rgb_rows().stream_alignment < 64;
+  const int32_t rows = !quarter ? 8 : wide ? 32 : 64;
   const bool first_alone = has_first_row_alone(route, width, height);
   const bool partial = is_partial(route, width, height);
   for (int32_t x = 0; x < width;) {
