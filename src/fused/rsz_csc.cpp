@@ -157,7 +157,8 @@ int32_t scale_and_convert(const vexo_img &src, const vexo_img &dst) {
       return VEXO_OK;
     }
   }
-  if (!same && convert_scaled_pairs(src, middle, *found.route, dst)) {
+  if (kHasPairKernels && !same &&
+      convert_scaled_pairs(src, middle, *found.route, dst)) {
     return VEXO_OK;
   }
   const vexo_img from = same ? middle : src;

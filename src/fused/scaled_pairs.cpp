@@ -54,7 +54,7 @@ bool spread(const Register &wanted, int64_t row_bytes,
   }
   *from = static_cast<int32_t>(base);
   for (int i = 0; i < 2 * kLanes; ++i) {
-    const Two *const run = wanted.at[i / 2] + i % 2 * 4;
+    const Two *const run = &wanted.at[i / 2][ptrdiff_t{i % 2} * 4];
     constexpr int kWindow = 8;
     int64_t window = kBytes - kWindow;
     for (int e = 0; e < 4; ++e) {
@@ -62,6 +62,7 @@ bool spread(const Register &wanted, int64_t row_bytes,
       window = at < window ? at : window;
     }
     window &= ~int64_t{1};
+    const int64_t start = i % 2 == 0 ? 0 : kWindow;  // in the lane
     for (int e = 0; e < 4; ++e) {
       const int64_t first = run[e].first - base - window;
       const int64_t second = run[e].second - base - window;
@@ -69,8 +70,8 @@ bool spread(const Register &wanted, int64_t row_bytes,
       const int to = i * kWindow + 2 * e;
       spread->words[to] = static_cast<uint8_t>(window / 2 + e);
       spread->words[to + 1] = 0;
-      spread->bytes[to] = static_cast<uint8_t>(i % 2 * kWindow + first);
-      spread->bytes[to + 1] = static_cast<uint8_t>(i % 2 * kWindow + second);
+      spread->bytes[to] = static_cast<uint8_t>(start + first);
+      spread->bytes[to + 1] = static_cast<uint8_t>(start + second);
     }
   }
   return true;
@@ -78,12 +79,12 @@ bool spread(const Register &wanted, int64_t row_bytes,
 
 // Not std::gcd, which is compiled to an instruction that not every x86 has.
 int64_t common_divisor(int64_t a, int64_t b) {
-  while (b != 0) {
+  for (;;) {
     const int64_t rest = a % b;
+    if (rest == 0) return b;
     a = b;
     b = rest;
   }
-  return a;
 }
 
 // Vectors after which the columns of a direction repeat.
@@ -241,6 +242,7 @@ void fetch(const SourceRows &source, int32_t begin, PairRows *rows) {
 
 }  // namespace
 
+// Odd sizes have rules of their own, and of less than a vector there is none.
 bool convert_scaled_pairs(const vexo_img &src, const vexo_img &middle,
                           const Route &route, const vexo_img &dst) {
   if (route.driver != yuv_to_rgb || route.from > kNv21 ||
@@ -280,8 +282,8 @@ bool convert_scaled_pairs(const vexo_img &src, const vexo_img &middle,
   const uint64_t pixels = static_cast<uint64_t>(src.width[0]) *
                           static_cast<uint64_t>(src.height[0]);
   const bool fetches = pixels >= memory_now().far_from;
-  // What halves and doubles rows is so quick that a strip costs less than
-  // windows do, unless memory is waited for.
+  // What halves and doubles rows looks nothing up: a strip costs less than
+  // looking up does, unless stores past the caches wait for memory anyway.
   if (is_by_two(luma.across) && !stream) return false;
   PairColumns columns;
   if (!ColumnsFiller(luma.across, chroma.across,

@@ -9,6 +9,13 @@
 
 namespace lox {
 
+// Whether any set has kernels for it.
+#if defined(__x86_64__) || defined(__i386__)
+constexpr bool kHasPairKernels = true;
+#else
+constexpr bool kHasPairKernels = false;
+#endif
+
 // Scales to the sizes of `middle`, and converts, where the instruction set has
 // kernels for the route and the ratio. Returns whether it did.
 bool convert_scaled_pairs(const vexo_img &src, const vexo_img &middle,
