@@ -68,7 +68,10 @@ constexpr size_t kLongString = size_t{4} << 10;
 // cache saves. ARM's are smaller, as its caches are.
 #if defined(__x86_64__) || defined(__i386__)
 constexpr int kStripBytes = 80 << 10;
+// Whether reductions fetch the rows that are some further down.
+constexpr bool kFetchesRows = true;
 #else
+constexpr bool kFetchesRows = false;
 constexpr int kStripBytes = 40 << 10;
 #endif
 

@@ -32,10 +32,12 @@ class Strip {
     return {even < most ? even : most, rows};
   }
 
-  // For rows 0 to `last`.
-  Strip(StripSize size, int32_t unit, int32_t last)
+  // For rows 0 to `last`. With `rest_first` it is all but the first ones that
+  // are taken in full numbers.
+  Strip(StripSize size, int32_t unit, int32_t last, bool rest_first = false)
       : rows_(size.rows),
         last_(last),
+        rest_first_(rest_first),
         pitch_(ptrdiff_t{size.columns} * unit),
         at_(bytes_) {
     end_part();
@@ -60,12 +62,21 @@ class Strip {
   // because few rows do not fill a vector.
   void end_part() {
     const int32_t left = last_ - first_ + 1;
+    if (rest_first_) {
+      const int32_t rest = left % rows_;
+      const int32_t some = rest == 0          ? rows_
+                           : rest < rows_ / 4 ? rest + rows_ / 2
+                                              : rest;
+      end_ = first_ + (some < left ? some : left) - 1;
+      return;
+    }
     const int32_t rows =
         left > rows_ && left < rows_ + rows_ / 2 ? rows_ / 2 : rows_;
     end_ = left <= rows_ ? last_ : first_ + rows - 1;
   }
 
   int32_t rows_, last_;
+  bool rest_first_;
   int32_t first_ = 0, end_ = 0;
   ptrdiff_t pitch_;
   uint8_t *at_;

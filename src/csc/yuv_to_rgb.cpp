@@ -26,8 +26,8 @@ Writing writing_of(RgbLayout layout, const KernelArgs &args) {
       reinterpret_cast<uintptr_t>(args.dst_plane[0]) % alignment == 0 &&
       static_cast<uintptr_t>(args.dst_stride[0]) % alignment == 0;
   // A YUV pixel is taken for two bytes; it has one and a half to three.
-  return {stream,
-          memory_now().fetches && bytes + 2 * pixels >= memory_now().far_from};
+  const bool far = bytes + 2 * pixels >= memory_now().far_from;
+  return {stream, memory_now().fetches && far, far};
 }
 
 namespace {
@@ -142,7 +142,8 @@ void convert(const YuvSource &source, const YuvToRgbKernels &forms,
         count,
         step(args.src_stride[0]),
         {args.src_stride[source.u_plane], args.src_stride[source.v_plane]},
-        step(args.dst_stride[0])};
+        step(args.dst_stride[0]),
+        writing.far};
   };
   for (int32_t row = rows.begin; row < rows.end;) {
     const int32_t left = rows.end - row;

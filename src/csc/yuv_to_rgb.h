@@ -12,7 +12,7 @@ namespace lox {
 // where the processor gains by that and rows are aligned for it; else its lines
 // are fetched ahead. Both are members of YuvToRgbRows.
 struct Writing {
-  bool stream, fetch;
+  bool stream = false, fetch = false, far = false;
 };
 Writing writing_of(RgbLayout layout, const KernelArgs &args);
 

@@ -279,11 +279,14 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   [[maybe_unused]] const bool fetch = rows.fetch;
   // Of a picture that is written past the caches, and so comes from behind them
   // itself, the source of the next rows is fetched: where it lies when rows
-  // follow each other.
+  // follow each other. Pictures of words are large before they are written so.
+  constexpr bool kFetchesSource = kAhead != 0 && F.bytes == 2;
+  [[maybe_unused]] const bool far = rows.far;
   const ptrdiff_t luma_row =
       kRows == 2 ? rows.y[1] - rows.y[0] : width * Src::kLumaBytes;
   Place next = at;
-  if constexpr (kStream) Src::move_chroma(next, luma_row / Src::kLumaBytes);
+  if constexpr (kStream || kFetchesSource)
+    Src::move_chroma(next, luma_row / Src::kLumaBytes);
   const ptrdiff_t chroma0_row = next.chroma0 - at.chroma0;
   const ptrdiff_t chroma1_row = next.chroma1 - at.chroma1;
   using Dithers = decltype(dither_of<F, V>(0, 0))[kRows];
@@ -302,7 +305,7 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
             if (kRows == 2) prefetch(at.rgb1, kAhead, V::n * F.bytes);
           }
         }
-        if constexpr (kStream) {
+        if (kStream || (kFetchesSource && far)) {
           prefetch(at.y0, kRows * luma_row, V::n * Src::kLumaBytes);
           if (kRows == 2) prefetch(at.y1, 2 * luma_row, V::n * Src::kLumaBytes);
           if (chroma0_row != 0) prefetch(at.chroma0, chroma0_row, V::n);
@@ -330,6 +333,9 @@ LOX_INLINE void for_rows(const YuvToRgbRows &first, Convert convert_one) {
                        first.fetch,
                        first.column,
                        first.row};
+#if LOX_VECTORS && !defined(LOX_SET_neon)
+  rows.far = first.far;
+#endif
   for (int32_t left = first.count;;) {
     convert_one(rows);
     if (--left == 0) return;

@@ -42,6 +42,8 @@ struct YuvToRgbRows {
   // would be calls for the most part.
   int32_t count = 1;
   ptrdiff_t y_step = 0, chroma_step[2] = {}, rgb_step = 0;
+  // The picture is beyond the second cache: its source may be fetched.
+  bool far = false;
 };
 
 // `width` pixels of each row. Nothing is read or written beyond them, but the

@@ -4,6 +4,7 @@
 // strip on the stack, and turned from there while they are in the near caches.
 #include "common/caches.h"
 #include "csc/routes.h"
+#include "csc/yuv_to_rgb_rows.h"
 #include "fused/parts.h"
 #include "orumlox/fused.h"
 #include "rot/rot.h"
@@ -125,24 +126,50 @@ int32_t columns_of(const Shape &shape, int32_t left, int32_t rows) {
   return columns;
 }
 
+// Fetches a block whose rows are too short for the processor to do so.
+[[gnu::always_inline]] inline void fetch(const Shape &shape,
+                                         const vexo_img &block) {
+  for (int p = 0; p < shape.planes(); ++p) {
+    for (ptrdiff_t y = 0; y < block.height[p]; ++y) {
+      const uint8_t *const row = block.plane[p] + y * block.stride[p];
+      const ptrdiff_t bytes = ptrdiff_t{block.width[p]} * shape.unit(p);
+      for (ptrdiff_t i = 0; i < bytes; i += 64) __builtin_prefetch(row + i);
+    }
+  }
+}
+
 // Sources are cut at the window's first pixel and have its size.
 void by_blocks(const vexo_img &src, const Route &route, const Turner &turner,
                uint32_t rotation, int32_t width, int32_t height) {
   alignas(64) uint8_t bytes[kStripBytes];
   const Shape from(src.format);
   const Shape &to = turner.shape();
-  // Of a quarter turn a cache line of each destination row, or two.
-  const int32_t rows = is_quarter(rotation) ? 64 : 8;
+  const bool quarter = is_quarter(rotation);
+  const bool fetches =
+      kFetchesRows && quarter &&
+      static_cast<uint64_t>(width) * static_cast<uint64_t>(height) >=
+          memory_now().far_from;
+  // Of a quarter turn a cache line of each destination row, or some. From
+  // memory wide blocks come better than high ones: then two lines, where the
+  // registers do not hold a line each.
+  const bool wide =
+      fetches && to.unit(0) == 4 && yuv_to_rgb_rows().stream_alignment < 64;
+  const int32_t rows = !quarter ? 8 : wide ? 32 : 64;
   const bool first_alone = has_first_row_alone(route, width, height);
   const bool partial = is_partial(route, width, height);
   for (int32_t x = 0; x < width;) {
     const int32_t columns = columns_of(to, width - x, rows);
     const vexo_img strip = to.strip(bytes, columns, rows);
     for (Parts part(height, rows, first_alone, rotation == VEXO_ROT_90R);
-         part.more(); part.next()) {
-      convert_block(
-          route, turner, from.part(src, x, part.y(), columns, part.rows()),
-          to.part(strip, 0, 0, columns, part.rows()), x, part.y(), partial);
+         part.more();) {
+      const int32_t y = part.y();
+      const vexo_img block = from.part(src, x, y, columns, part.rows());
+      const vexo_img made = to.part(strip, 0, 0, columns, part.rows());
+      part.next();
+      if (fetches && part.more()) {
+        fetch(from, from.part(src, x, part.y(), columns, part.rows()));
+      }
+      convert_block(route, turner, block, made, x, y, partial);
     }
     x += columns;
   }

@@ -9,6 +9,7 @@
 #include "common/memory.h"
 #include "csc/routes.h"
 #include "fused/parts.h"
+#include "fused/scaled_pairs.h"
 #include "orumlox/common.h"
 #include "orumlox/fused.h"
 #include "orumlox/rsz.h"
@@ -155,6 +156,10 @@ int32_t scale_and_convert(const vexo_img &src, const vexo_img &dst) {
       found.route->convert(middle, dst);
       return VEXO_OK;
     }
+  }
+  if (kHasPairKernels && !same &&
+      convert_scaled_pairs(src, middle, *found.route, dst)) {
+    return VEXO_OK;
   }
   const vexo_img from = same ? middle : src;
   return needs_picture(middle, *found.route, dst)

@@ -43,6 +43,7 @@ enum Method : int32_t {
   kGather16,  // looked up in windows of so many bytes
   kGather32,
   kGather64,
+  kSpread,     // in windows that the words of 64 bytes are spread to
   kLerp,       // looked up in 16 bytes, weighed
   kWhole,      // words of a register looked up in one of source words
   kWholeLerp,  // and weighed
@@ -107,7 +108,8 @@ LOX_INLINE bool enlarges(const Axis &axis) {
 // most, those of the source steps * src / dst, rounded up; with the last one's
 // neighbour they have to be in one window.
 // `whole`: the bytes of a register whose words can be looked up all at once.
-LOX_INLINE Method choose_method(const Columns &c, bool words, int whole) {
+LOX_INLINE Method choose_method(const Columns &c, Samples type, int whole) {
+  const bool words = type != Samples::kBytes;
   const Axis &axis = c.axis;
   const bool enlarge = enlarges(axis);
   const int64_t src = axis.src;
@@ -123,18 +125,25 @@ LOX_INLINE Method choose_method(const Columns &c, bool words, int whole) {
         axis.dst / axis.src + (axis.dst % axis.src != 0 ? 1 : 0);
     return has_products(longest, axis.scaling == Scaling::kEnlargeMod1);
   };
-  if (enlarge && whole > 0 && src * c.unit >= whole &&
-      (axis.dst <= 2 * src || weighable())) {
+  if (type == Samples::kWords && enlarge && whole > 0 &&
+      src * c.unit >= whole && (axis.dst <= 2 * src || weighable())) {
     const int64_t outputs = whole / c.unit;
     const int64_t wanted = ((outputs - 1) * src + axis.dst - 1) / axis.dst + 2;
     if (wanted <= outputs) return axis.dst <= 2 * src ? kWhole : kWholeLerp;
   }
-  const int steps = c.unit == 3 ? 3 : 8 / c.unit - 1;
-  const int64_t samples = (steps * src + axis.dst - 1) / axis.dst + 2;
-  const int64_t span = samples * c.unit;
+  const auto span_of_outputs = [&](int bytes) LOX_INLINE_LAMBDA {
+    const int steps = c.unit == 3 ? bytes * 3 / 8 : bytes / c.unit - 1;
+    return ((steps * src + axis.dst - 1) / axis.dst + 2) * c.unit;
+  };
+  const int64_t span = span_of_outputs(8);
   const int64_t row = src * c.unit;
   if (enlarge && axis.dst > 2 * src) {
     return span <= 16 && row >= 16 && weighable() ? kLerp : kRule;
+  }
+  // Windows begin with words, which samples of one or three bytes may not.
+  if (!words && whole > 0 && row >= whole && span + c.unit % 2 <= 16 &&
+      span_of_outputs(whole / 2) <= whole) {
+    return kSpread;
   }
   for (int i = 0; i < 3; ++i) {
     const int64_t window = int64_t{16} << i;
@@ -150,9 +159,9 @@ constexpr bool is_weighed(Method method) {
   return method == kLerp || method == kWholeLerp;
 }
 constexpr int span_of(Method method) {
-  return method == kGather64 || is_whole(method) ? 64
-         : method == kGather32                   ? 32
-                                                 : 16;
+  return method == kGather64 || method == kSpread || is_whole(method) ? 64
+         : method == kGather32                                        ? 32
+                                                                      : 16;
 }
 
 // Bytes of table for a vector of outputs.
@@ -160,6 +169,7 @@ template <class V, Samples kSamples>
 constexpr bool kMayBeWhole = kSamples == Samples::kWords &&V::kPermutesWords;
 template <class V, Samples kSamples>
 constexpr int places_size(Method method) {
+  if (method == kSpread) return 4 * V::n;
   const bool whole = kMayBeWhole<V, kSamples> && is_whole(method);
   return (whole ? 1 : V::windows(span_of(method))) * 2 * V::n;
 }
@@ -285,6 +295,9 @@ class TableFiller {
 
  private:
   LOX_INLINE void vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
+    if constexpr (kSamples == Samples::kBytes && V::kPermutesWords) {
+      if (method_ == kSpread) return spread_vector(walk, origin);
+    }
     if constexpr (kMayBeWhole<V, kSamples>) {
       if (is_whole(method_)) return whole_vector(walk, origin);
     }
@@ -297,6 +310,28 @@ class TableFiller {
         put_places<V, kSamples != Samples::kBytes>(
             table_, group, i, span_, first, first + walk.to_neighbour());
         if (method_ == kLerp) put_weights(weights, group, i, walk.weights());
+      }
+    }
+    table_ += table_step<V, kSamples>(method_);
+  }
+  // Of each half of the outputs the words to be spread, then which bytes of
+  // their windows the groups are.
+  LOX_INLINE void spread_vector(ByteWalk<kUnit> &walk, ptrdiff_t origin) {
+    for (int half = 0; half < 2; ++half) {
+      uint8_t *words = table_ + half * V::n;
+      uint8_t *bytes = words + 2 * V::n;
+      const ptrdiff_t base = walk.sample() < end_ ? walk.sample() : end_;
+      *offset_++ = static_cast<int16_t>(base - origin);
+      for (int group = 0; group < V::n / 16; ++group) {
+        const ptrdiff_t wanted = walk.sample() - base;
+        const ptrdiff_t window = (wanted < V::n - 16 ? wanted : V::n - 16) & ~1;
+        for (int i = 0; i < 8; ++i, words += 2, bytes += 2, walk.next()) {
+          words[0] = static_cast<uint8_t>(window / 2 + i);
+          words[1] = 0;
+          const ptrdiff_t first = walk.byte() - base - window;
+          bytes[0] = static_cast<uint8_t>(first);
+          bytes[1] = static_cast<uint8_t>(first + walk.to_neighbour());
+        }
       }
     }
     table_ += table_step<V, kSamples>(method_);
@@ -393,10 +428,9 @@ template <Samples kSamples>
 LOX_INLINE void prepare_vectors(Columns &c) {
   const ptrdiff_t bytes = ptrdiff_t{c.count} * c.unit;
   if (bytes < NarrowScale::n) return;
-  const bool whole = kSamples == Samples::kWords && WideScale::kPermutesWords &&
+  const bool whole = kSamples != Samples::k565 && WideScale::kPermutesWords &&
                      bytes >= WideScale::n;
-  const Method method =
-      choose_method(c, kSamples != Samples::kBytes, whole ? WideScale::n : 0);
+  const Method method = choose_method(c, kSamples, whole ? WideScale::n : 0);
   c.method = method;
   if (method == kRule || method >= kHalve) return;
   with_scale(bytes, [&]<class V>(V) LOX_INLINE_LAMBDA {

@@ -75,8 +75,10 @@ class QuarterTurn {
         dst_(job.dst + job.dst_step * (left_ ? job.across.dst - 1 - first
                                              : int64_t{first})),
         step_(static_cast<ptrdiff_t>(left_ ? -job.dst_step : job.dst_step)),
-        transpose_(rotate_rows().transpose[job.type.unit - 1]),
-        strip_({count, rows}, job.type.unit, job.down.dst - 1) {}
+        transpose_((is_past(job) ? rotate_rows().transpose_past
+                                 : rotate_rows().transpose)[job.type.unit - 1]),
+        // To the right the last rows come first in the destination's.
+        strip_({count, rows}, job.type.unit, job.down.dst - 1, !left_) {}
   uint8_t *to(int32_t) { return strip_.row(); }
   void done(int32_t row) {
     const int32_t last = job_.down.dst - 1;
@@ -92,6 +94,12 @@ class QuarterTurn {
   }
 
  private:
+  static bool is_past(const ScaleJob &job) {
+    return static_cast<uint64_t>(job.across.dst) *
+               static_cast<uint64_t>(job.down.dst) *
+               static_cast<uint64_t>(job.type.unit) >=
+           memory_now().stream_columns;
+  }
   // A place in the destination row of the strip's first column.
   uint8_t *at(int32_t column) const {
     return dst_ + int64_t{column} * job_.type.unit;

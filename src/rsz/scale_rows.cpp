@@ -139,6 +139,23 @@ struct Maths565 {
 template <class V>
 using As565 = InWords<V, Maths565<V>>;
 
+// Rows of what is looked up in spread words.
+template <class V, class Make>
+LOX_INLINE void for_spread(const uint8_t *row, ptrdiff_t below, uint8_t *dst,
+                           const Columns *c, Make make) {
+  if constexpr (V::kPermutesWords) {
+    for_groups<V>(c, row, below, dst,
+                  [&](uint8_t *to, Place &at) LOX_INLINE_LAMBDA {
+                    V::store_bytes(
+                        to, make([&](ptrdiff_t away) LOX_INLINE_LAMBDA {
+                          return V::spread(at.src + away, at.offsets, at.table);
+                        }));
+                    at.offsets += 2;
+                    at.table += ptrdiff_t{4} * V::n;
+                  });
+  }
+}
+
 LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
                                 const Columns *c) {
   switch (c->method) {
@@ -162,6 +179,10 @@ LOX_INLINE void columns_vectors(const uint8_t *row, uint8_t *dst,
       return with_pow2_unit(c, [&]<class V, int kUnit>() LOX_INLINE_LAMBDA {
         double_columns<V, kUnit>(row, dst, c);
       });
+    case kSpread:
+      return for_spread<WideScale>(
+          row, 0, dst, c,
+          [](auto at) LOX_INLINE_LAMBDA { return WideScale::average(at(0)); });
     default:
       return gathered_columns<AsBytes>(row, dst, c);
   }
@@ -188,6 +209,11 @@ LOX_INLINE void box_vectors(const uint8_t *row, const uint8_t *below,
                                   V::template take_first_two_of_4<1>(q));
             });
       });
+    case kSpread:
+      return for_spread<WideScale>(
+          row, below - row, dst, c, [=](auto at) LOX_INLINE_LAMBDA {
+            return WideScale::mean_of_4(at(0), at(below - row));
+          });
     default:
       return gathered_box<AsBytes>(row, below, dst, c);
   }

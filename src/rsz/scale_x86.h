@@ -138,6 +138,18 @@ struct ScaleOps : V {
                                           R::add16(sum(v.b), sum(w.b))))};
   }
 
+  // Samples and their neighbours of two windows, each of the words that the
+  // table spreads over four: the order of memory is that of the outputs.
+  LOX_OP Adjacent spread(const uint8_t *p, const int16_t *offsets,
+                         const uint8_t *table) {
+    const auto half = [=](int i) LOX_INLINE_LAMBDA {
+      return R::shuffle8(
+          R::permute_words_by(R::load(p + offsets[i]), R::load(table + i * n)),
+          R::load(table + (2 + i) * n));
+    };
+    return {half(0), half(1)};
+  }
+
   // The sums of the first two of four bytes, in 32-bit elements.
   struct FirstTwoOf4 {
     Reg v0, v1, v2, v3;

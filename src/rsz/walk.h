@@ -78,6 +78,9 @@ class Walk {
     }
   }
 
+  // The source sample at which the next output begins.
+  [[gnu::always_inline]] int32_t at() const { return at_; }
+
   [[gnu::always_inline]] Step next() {
     if (enlarges()) {
       // The last sample's next is itself.
