@@ -38,11 +38,6 @@ struct Avx2Register {
                     : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
     }
   }
-  template <int S>
-  LOX_OP Reg narrowing_shift_unsigned16(Reg v) {
-    return S == 6 ? _mm256_srli_epi16(v, S)
-                  : _mm256_mulhi_epu16(v, fill16(1 << (16 - S)));
-  }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm256_blendv_epi8(a, b, mask);
