@@ -145,16 +145,16 @@ struct X86Yuv {
 
   template <int S>
   LOX_OP Bytes narrow(W16 v) {
-    return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
-                               R::template narrowing_shift16<S>(v.b))};
+    if constexpr (S == 0) return {R::pack_unsigned16(v.a, v.b)};
+    const W16 shifted = shift_right<S>(v);
+    return {R::pack_unsigned16(shifted.a, shifted.b)};
   }
   template <int S>
   LOX_OP U16 shift_right(U16 v) {
-    if constexpr (S == 0) return v;
+    static_assert(S > 0);
     return {R::template shift_right16<S>(v.a),
             R::template shift_right16<S>(v.b)};
   }
-  // What is shifted by 0 is below 2^15.
   template <int S>
   LOX_OP Bytes narrow(U16 v) {
     const U16 shifted = shift_right<S>(v);
