@@ -26,23 +26,6 @@ struct Avx2Register {
     return static_cast<uint32_t>(
         _mm256_movemask_epi8(_mm256_cmpeq_epi8(v, zero())));
   }
-  // The units that shift are those that shuffle, and the packing that follows
-  // needs them: one shift of a picture's three channels is left to them, the
-  // others are high halves of products.
-  template <int S>
-  LOX_OP Reg narrowing_shift16(Reg v) {
-    if constexpr (S == 0) {
-      return v;
-    } else {
-      return S == 7 ? _mm256_srai_epi16(v, S)
-                    : _mm256_mulhi_epi16(v, fill16(1 << (16 - S)));
-    }
-  }
-  template <int S>
-  LOX_OP Reg narrowing_shift_unsigned16(Reg v) {
-    return S == 6 ? _mm256_srli_epi16(v, S)
-                  : _mm256_mulhi_epu16(v, fill16(1 << (16 - S)));
-  }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm256_blendv_epi8(a, b, mask);

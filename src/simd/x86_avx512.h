@@ -31,14 +31,6 @@ struct Avx512Register {
   }
   // A bit for each byte: set where it is zero.
   LOX_OP uint64_t zero_bytes(Reg v) { return _mm512_testn_epi8_mask(v, v); }
-  template <int S>
-  LOX_OP Reg narrowing_shift16(Reg v) {
-    return S == 0 ? v : _mm512_srai_epi16(v, S);
-  }
-  template <int S>
-  LOX_OP Reg narrowing_shift_unsigned16(Reg v) {
-    return _mm512_srli_epi16(v, S);
-  }
   // Bytes of b where the mask has all bits, of a where it has none.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm512_ternarylogic_epi32(mask, b, a, 0xCA);

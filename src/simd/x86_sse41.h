@@ -22,16 +22,6 @@ struct Sse41Register {
   LOX_OP uint32_t zero_bytes(Reg v) {
     return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, zero())));
   }
-  template <int S>
-  LOX_OP Reg narrowing_shift16(Reg v) {
-    return S == 0 ? v : _mm_srai_epi16(v, S);
-  }
-  // As on AVX2.
-  template <int S>
-  LOX_OP Reg narrowing_shift_unsigned16(Reg v) {
-    return S == 6 ? _mm_srli_epi16(v, S)
-                  : _mm_mulhi_epu16(v, fill16(1 << (16 - S)));
-  }
   // Bytes of b where the mask has its high bit, else of a.
   LOX_OP Reg select8(Reg a, Reg b, Reg mask) {
     return _mm_blendv_epi8(a, b, mask);

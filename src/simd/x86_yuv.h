@@ -145,14 +145,20 @@ struct X86Yuv {
 
   template <int S>
   LOX_OP Bytes narrow(W16 v) {
-    return {R::pack_unsigned16(R::template narrowing_shift16<S>(v.a),
-                               R::template narrowing_shift16<S>(v.b))};
+    if constexpr (S == 0) return {R::pack_unsigned16(v.a, v.b)};
+    const W16 shifted = shift_right<S>(v);
+    return {R::pack_unsigned16(shifted.a, shifted.b)};
+  }
+  template <int S>
+  LOX_OP U16 shift_right(U16 v) {
+    static_assert(S > 0);
+    return {R::template shift_right16<S>(v.a),
+            R::template shift_right16<S>(v.b)};
   }
   template <int S>
   LOX_OP Bytes narrow(U16 v) {
-    static_assert(S > 0);
-    return {R::pack_unsigned16(R::template narrowing_shift_unsigned16<S>(v.a),
-                               R::template narrowing_shift_unsigned16<S>(v.b))};
+    const U16 shifted = shift_right<S>(v);
+    return {R::pack_unsigned16(shifted.a, shifted.b)};
   }
   LOX_OP Words interleave_bytes(Reg low, Reg high) {
     return {R::unpack_low8(low, high), R::unpack_high8(low, high)};
@@ -161,9 +167,18 @@ struct X86Yuv {
   LOX_OP Words pair_narrow(L low, H high) {
     return interleave_bytes(narrow<S0>(low).v, narrow<S1>(high).v);
   }
-  template <int S, class L>
-  LOX_OP Words pair_narrow_255(L low) {
+  template <int S>
+  LOX_OP Words pair_narrow_255(W16 low) {
     return interleave_bytes(narrow<S>(low).v, R::fill16(0xFFFF));
+  }
+  // Below 255 in the high byte the sum saturates at 255 in the low one: that is
+  // the upper clamp, and the words are where interleaving would put them.
+  template <int S>
+  LOX_OP Words pair_narrow_255(U16 low) {
+    const Reg top = R::fill16(0xFF00);
+    const U16 shifted = shift_right<S>(low);
+    return {R::add_saturating_unsigned16(shifted.a, top),
+            R::add_saturating_unsigned16(shifted.b, top)};
   }
   template <int S, class H>
   LOX_OP Words pair_255_narrow(H high) {
