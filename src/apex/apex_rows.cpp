@@ -38,16 +38,18 @@ LOX_INLINE void put_sample(int32_t sum, uint8_t *dst) {
   if constexpr (S != ApexSample::kByte) dst[1] = static_cast<uint8_t>(v >> 8);
 }
 
-// Calls put(row, below, base, entry, dst) for blocks of so many sums.
-template <int kSums, class Put>
+// Calls put(row, below, base, entry, dst) for blocks of so many sums, after
+// fetch(piece, base).
+template <int kSums, class Put, class Fetch>
 LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
-                           int32_t count, int16_t *dst, Put put) {
+                           int32_t count, int16_t *dst, Put put, Fetch fetch) {
   for (; count != 0; --count, ++piece) {
     ptrdiff_t base = piece->base;
     ptrdiff_t entry = piece->entry;
     int16_t *to = dst + piece->at;
     for (int32_t left = piece->blocks; left != 0;
          --left, to += ptrdiff_t{2} * kSums) {
+      fetch(*piece, base);
       put(piece->row, piece->below, base, entry, to);
       if (++entry == c.entries) {
         entry = 0;
@@ -55,6 +57,13 @@ LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
       }
     }
   }
+}
+
+template <int kSums, class Put>
+LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *pieces,
+                           int32_t count, int16_t *dst, Put put) {
+  for_blocks<kSums>(c, pieces, count, dst, put,
+                    [](const ApexPiece &, ptrdiff_t) LOX_INLINE_LAMBDA {});
 }
 
 template <ApexSample S>
@@ -104,6 +113,7 @@ LOX_INLINE void down_rule(const int16_t *const *pairs, const int16_t *weights,
 #include "apex/apex_neon.h"
 #elif LOX_VECTORS
 #include "apex/apex_phases_x86.h"
+#include "apex/apex_streams_x86.h"
 #include "apex/apex_turned_x86.h"
 #include "apex/apex_x86.h"
 #endif
@@ -131,8 +141,13 @@ void across(ApexSample s, const ApexColumns &c, const ApexPiece *pieces,
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
 #if LOX_VECTORS
 #if !defined(LOX_SET_neon)
-    if (c.way == ApexWay::kPhases) {
-      return ApexPhases<Wide>::template phases<S>(c, pieces, count, dst);
+    if (c.way == ApexWay::kStreams) {
+      return ApexStreams<Wide>::template across<S>(c, pieces, count, dst);
+    }
+    if constexpr (S == ApexSample::kByte) {
+      if (c.way == ApexWay::kPhases) {
+        return ApexPhases<Wide>::across(c, pieces, count, dst);
+      }
     }
 #endif
     ApexOps<Bulk>::template across<S>(c, pieces, count, dst);
@@ -269,10 +284,11 @@ constinit const ApexRows apex_rows = {
 #if LOX_VECTORS
     ApexOps<Bulk>::kRegisterBytes,
     ApexOps<Wide>::kPhaseBytes,
+    ApexOps<Wide>::kStreamSums,
     ApexOps<Bulk>::kPicks,
     4,
 #else
-    0,           0,           false, 2,
+    0,      0,           0,     false,         2,
 #endif
     across,
     kTurnedRows,

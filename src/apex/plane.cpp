@@ -62,6 +62,9 @@ struct Plan {
   int32_t parts;
   int32_t planes = 1;
   ApexArrangement arrangement;
+  // Whether whole rows are copied: overlapping loads bring what is far away at
+  // half the speed.
+  bool copies;
   ApexArrangement::Tables tables = {};
   // The pixel of a row behind the last that has a weight.
   int64_t needed = 0;
@@ -88,7 +91,8 @@ Plan::Plan(const ApexPlane &p, Room &room)
       turned(p.across, sample, p.parts),
       splits(p.parts == 3 && apex_rows().split != nullptr),
       parts(splits ? 1 : p.parts),
-      arrangement(p.across, across, sample, parts) {
+      arrangement(p.across, across, sample, parts),
+      copies(p.far && !arrangement.fetches()) {
   turns =
       arrangement.may_turn() && ApexTurned::pays(p.across, p.down.src_count);
   if (turns) splits = false;
@@ -133,7 +137,7 @@ Plan::Plan(const ApexPlane &p, Room &room)
     if (whole > 1) strip = (strip + whole - 1) / whole * whole;
     if (strip > blocks) strip = blocks;
     sums = int64_t{strip} * arrangement.sums();
-    edge_bytes = 2 * (p.far ? arrangement.most(strip) : arrangement.edges()) *
+    edge_bytes = 2 * (copies ? arrangement.most(strip) : arrangement.edges()) *
                      apex_bytes(sample) +
                  4 * kRepeated;
     if (splits) {
@@ -193,22 +197,28 @@ class Across {
     // Those that take what is before a row, and behind it.
     const ApexArrangement &a = plan.arrangement;
     columns_ = a.columns(plan.tables);
-    const int32_t end = block + blocks;
-    if (plan.splits || p.far) {
-      add(block, block, end, true);
+    const int32_t begin = a.loads(block);
+    const int32_t end = begin + a.loads(blocks) + a.loads_before();
+    if (plan.splits || plan.copies) {
+      add(begin, begin, end, true);
       return;
     }
     const int64_t row_end = int64_t{p.across.src_count} * p.parts;
-    int32_t inside = block;
+    int32_t inside = begin;
     while (inside < end && a.begin(plan.tables, inside) < 0) ++inside;
     int32_t behind = end;
     while (behind > inside && a.end(plan.tables, behind - 1) > row_end) {
       --behind;
     }
-    // What has been copied is read some time after.
-    add(block, inside, behind, false);
-    add(block, block, inside, true);
-    add(block, behind, end, true);
+    // What has been copied is read some time after, if the order is free.
+    if (a.streams()) {
+      add(begin, begin, inside, true);
+      add(begin, inside, behind, false);
+    } else {
+      add(begin, inside, behind, false);
+      add(begin, begin, inside, true);
+    }
+    add(begin, behind, end, true);
   }
 
   // Those of an output's rows.
@@ -279,11 +289,17 @@ class Across {
       ++next_;
       return;
     }
+    // The next two rows, but for premultiplied ones, which are near.
+    const bool fetches =
+        p_.far && p_.alpha < 0 && int64_t{2} * next_ + 3 < p_.down.src_count;
+    const ptrdiff_t ahead = fetches ? ptrdiff_t{2} * p_.src_stride : 0;
     for (int32_t k = 0; k < count_; ++k) {
       ApexPiece &piece = pieces_[k];
       piece.row = above;
       piece.below = below;
+      piece.ahead = ahead;
       if (copied_[k].is) {
+        piece.ahead = 0;
         piece.row = to;
         to = copy(above, copied_[k], to);
         piece.below = to;
