@@ -4,7 +4,8 @@
 // outputs share moves from one to the next in registers. A period is four
 // samples and an output, or six and four, and its pairs of samples are put
 // apart: register i has pair i of many periods. AVX2, which moves elements
-// within lanes only, has the row in one lane and the one below in the other.
+// within lanes only, has at 3:2 the row in one lane and the one below in the
+// other.
 #pragma once
 
 #include "apex/apex_sums_x86.h"
@@ -20,7 +21,7 @@ struct ApexStreams : ApexSums<V> {
   using Sums::n;
 
   static constexpr bool kBoth = n == 32;
-  // Registers of two rows, and sums of a row in one.
+  // At 3:2, registers of two rows, and sums of a row in one.
   static constexpr int kRows = kBoth ? 1 : 2;
   static constexpr int kRowSums = ApexOps<V>::kStreamSums;
 
@@ -92,12 +93,13 @@ struct ApexStreams : ApexSums<V> {
 #endif
 
   // A row, or two of them.
+  template <bool kTwo>
   struct Row {
     const uint8_t *p;
     ptrdiff_t below;
 
     LOX_INLINE Reg load(ptrdiff_t at) const {
-      if constexpr (kBoth) {
+      if constexpr (kTwo) {
         return R::load_lanes(p + at, below);
       } else {
         return R::load(p + at);
@@ -109,8 +111,8 @@ struct ApexStreams : ApexSums<V> {
   struct Pairs {
     static constexpr bool kBytes = S == ApexSample::kByte;
     // Of a row that are loaded.
-    static constexpr ptrdiff_t kLoaded =
-        ptrdiff_t{2} * kPairs * kRowSums * apex_bytes(S);
+    static constexpr int kSumsOf = kPairs == 2 ? n / 4 : kRowSums;
+    static constexpr int kLoaded = 2 * kPairs * kSumsOf * apex_bytes(S);
     Reg places[6];
 
     LOX_INLINE Pairs() {
@@ -166,25 +168,25 @@ struct ApexStreams : ApexSums<V> {
       return element < 16 ? element : element + 8;
     }
 
-    LOX_INLINE void load(Row row, ptrdiff_t at, Reg (&pairs)[kPairs]) const {
+    template <class AnyRow>
+    LOX_INLINE void load(AnyRow row, Reg (&pairs)[kPairs]) const {
       if constexpr (!kBytes) {
         LOX_UNROLL
         for (int i = 0; i < kPairs; ++i) {
-          pairs[i] =
-              Sums::template samples<S>(row.load(at + i * (n / kRowsOf)));
+          pairs[i] = Sums::template samples<S>(row.load(4 * i * kSumsOf));
           if constexpr (kParts > 1) {
             pairs[i] = R::shuffle8(pairs[i], places[5]);
           }
         }
         separate(pairs);
       } else if constexpr (kPairs == 2) {
-        const Reg v = row.load(at);
+        const Reg v = row.load(0);
         pairs[0] = R::shuffle8(v, places[0]);
         pairs[1] = R::shuffle8(v, places[1]);
       } else {
         Reg low;
         Reg high;
-        load_24(row, at, low, high);
+        load_24(row, low, high);
         if constexpr (kParts == 4) {
           pairs[0] = R::shuffle8(low, places[0]);
           pairs[1] = R::shuffle8(low, places[1]);
@@ -201,18 +203,17 @@ struct ApexStreams : ApexSums<V> {
     }
 
    private:
-    static constexpr int kRowsOf = kBoth ? 2 : 1;
-
     // The first and the last 16 of 24 bytes for each lane.
-    LOX_INLINE void load_24(Row row, ptrdiff_t at, Reg &low, Reg &high) const {
+    template <class AnyRow>
+    LOX_INLINE void load_24(AnyRow row, Reg &low, Reg &high) const {
 #if defined(LOX_SET_avx512)
-      const Reg a = row.load(at);
-      const Reg b = row.load(at + 32);
+      const Reg a = row.load(0);
+      const Reg b = row.load(32);
       low = permute(a, places[4], b);
       high = permute(a, places[5], b);
 #else
-      low = row.load(at);
-      high = row.load(at + 8);
+      low = row.load(0);
+      high = row.load(8);
 #endif
     }
 #if defined(LOX_SET_avx512)
@@ -252,10 +253,17 @@ struct ApexStreams : ApexSums<V> {
 #else
     LOX_INLINE void separate_all() {}
     LOX_INLINE void separate(Reg (&v)[2]) const {
-      if constexpr (kParts == 4) return;
       const Reg a = v[0];
-      v[0] = kParts == 1 ? R::even32(a, v[1]) : R::unpack_low64(a, v[1]);
-      v[1] = kParts == 1 ? R::odd32(a, v[1]) : R::unpack_high64(a, v[1]);
+      const Reg b = v[1];
+      if constexpr (kParts == 4) {
+        v[0] = R::interleave_low_lanes(a, b);
+        v[1] = R::interleave_high_lanes(a, b);
+      } else {
+        v[0] = R::permute_quads(kParts == 1 ? R::even32(a, b)
+                                            : R::unpack_low64(a, b));
+        v[1] = R::permute_quads(kParts == 1 ? R::odd32(a, b)
+                                            : R::unpack_high64(a, b));
+      }
     }
     LOX_INLINE void separate(Reg (&v)[3]) const {
       if constexpr (kParts == 4) return;
@@ -316,10 +324,11 @@ struct ApexStreams : ApexSums<V> {
     R::template store<false>(reinterpret_cast<uint8_t *>(dst + i * (n / 2)), v);
   }
   // The rows of some pieces, of which loads take kBytes one behind the other.
-  template <int kBytes>
+  template <int kBytes, bool kTwo>
   class Rows {
    public:
-    Row row[kRows];
+    static constexpr int kCount = kTwo ? 1 : 2;
+    Row<kTwo> row[kCount];
 
     LOX_INLINE Rows(const ApexColumns &c, const ApexPiece *pieces,
                     int32_t count, int bytes)
@@ -330,10 +339,10 @@ struct ApexStreams : ApexSums<V> {
     LOX_INLINE void advance() {
       if (ahead_ != 0) {
         prefetch(row[0].p, ahead_, kBytes);
-        prefetch(row[kRows - 1].p + row[kRows - 1].below, ahead_, kBytes);
+        prefetch(row[kCount - 1].p + row[kCount - 1].below, ahead_, kBytes);
       }
       LOX_UNROLL
-      for (Row &r : row) r.p += kBytes;
+      for (auto &r : row) r.p += kBytes;
       if (--left_ == 0 && --count_ != 0) {
         ++piece_;
         begin();
@@ -344,7 +353,7 @@ struct ApexStreams : ApexSums<V> {
     LOX_INLINE void begin() {
       const ptrdiff_t from = (piece_->base + first_) * bytes_;
       row[0] = {piece_->row + from, piece_->below - piece_->row};
-      if constexpr (!kBoth) row[1] = {piece_->below + from, 0};
+      if constexpr (!kTwo) row[1] = {piece_->below + from, 0};
       left_ = piece_->blocks;
       ahead_ = piece_->ahead;
     }
@@ -362,57 +371,110 @@ struct ApexStreams : ApexSums<V> {
 
   // --- 4:1 -------------------------------------------------------------------
 
-  // An output takes twelve pairs, two of each of six periods. Sums of the first
-  // are moved to where the next one is added, and so on, so that a register of
-  // them is complete with the periods that are five further.
+  // An output takes twelve pairs, two of each of six periods.
   template <ApexSample S, int kParts>
   LOX_OP void quarters(const ApexColumns &c, const ApexPiece *pieces,
                        int32_t count, int16_t *dst) {
-    constexpr int kBefore = apex_quarters_before(kRowSums, kParts);
+    constexpr int kBefore = apex_quarters_before(n / 4, kParts);
     using Own = Pairs<S, 2, kParts>;
     const Own own;
-    const Reg half = R::fill32(1 << (apex_bits(S) - 1));
     Reg w[12];
     LOX_UNROLL
     for (int i = 0; i < 12; ++i) w[i] = Sums::load(c.weights + i * (n / 2));
-    Rows<Own::kLoaded> rows(c, pieces, count, apex_bytes(S));
-    Reg until[kRows][5] = {};
-    const auto step = [&](Reg(&sums)[kRows]) LOX_INLINE_LAMBDA {
-      LOX_UNROLL
-      for (int r = 0; r < kRows; ++r) {
-        Reg pair[2];
-        own.load(rows.row[r], 0, pair);
-        Reg sum = half;
+    Rows<Own::kLoaded, false> rows(c, pieces, count, apex_bytes(S));
+    int32_t left = loads_of(pieces, count) - kBefore;
+    dst += pieces->at;
+    if constexpr (n == 64) {
+      QuarterSums<S, kParts> sums[2];
+      const auto step = [&](Reg(&both)[2]) LOX_INLINE_LAMBDA {
         LOX_UNROLL
-        for (int i = 0; i < 6; ++i) {
-          const Reg more = R::add32(R::multiply_add16(pair[0], w[2 * i]),
-                                    R::multiply_add16(pair[1], w[2 * i + 1]));
-          if (i > 0) {
-            const Reg last = sum;
-            sum = elements_from<kRowSums - kParts>(until[r][i - 1], sum);
-            until[r][i - 1] = last;
-          }
-          sum = R::add32(sum, more);
+        for (int r = 0; r < 2; ++r) {
+          Reg pairs[2];
+          own.load(rows.row[r], pairs);
+          both[r] = sums[r].add(pairs, w);
         }
-        sums[r] = sum;
+        rows.advance();
+      };
+      Reg both[2];
+      for (int i = 0; i < kBefore; ++i) step(both);
+      for (; left != 0; --left, dst += n / 2) {
+        step(both);
+        put(dst, 0, Sums::template words_of<S>(both[0], both[1]));
       }
-      rows.advance();
-    };
-    Reg sums[kRows];
-    for (int i = 0; i < kBefore; ++i) step(sums);
-    constexpr int kBlockLoads = kBoth ? 2 : 1;
-    int32_t left = (loads_of(pieces, count) - kBefore) / kBlockLoads;
-    for (int16_t *to = dst + pieces->at; left != 0; --left, to += n / 2) {
-      step(sums);
-      if constexpr (kBoth) {
-        const Reg first = sums[0];
-        step(sums);
-        put(to, 0, words_of_both<S>(first, sums[0]));
-      } else {
-        put(to, 0, Sums::template words_of<S>(sums[0], sums[1]));
+    } else {
+      // Pairs are stored and loaded again from where they are wanted, some
+      // blocks at a time. Those of the last periods come first next time.
+      constexpr int kBlocks = 16;
+      constexpr ptrdiff_t kRoom = (kBefore + kBlocks) * n;
+      alignas(64) uint8_t apart[2][2][kRoom];
+      const auto load = [&](int slot) LOX_INLINE_LAMBDA {
+        LOX_UNROLL
+        for (int r = 0; r < 2; ++r) {
+          Reg pairs[2];
+          own.load(rows.row[r], pairs);
+          R::template store<false>(apart[r][0] + slot * n, pairs[0]);
+          R::template store<false>(apart[r][1] + slot * n, pairs[1]);
+        }
+        rows.advance();
+      };
+      const Reg half = R::fill32(1 << (apex_bits(S) - 1));
+      for (int i = 0; i < kBefore; ++i) load(i);
+      while (left != 0) {
+        const int blocks = left < kBlocks ? static_cast<int>(left) : kBlocks;
+        left -= blocks;
+        for (int i = 0; i < blocks; ++i) load(kBefore + i);
+        for (int i = 0; i < blocks; ++i, dst += n / 2) {
+          const uint8_t *p = apart[0][0] + i * n;
+          // Or else GCC keeps what the next block loads, too, and has no
+          // registers left for weights.
+          asm("" : "+r"(p));
+          Reg both[2];
+          LOX_UNROLL
+          for (int r = 0; r < 2; ++r) {
+            Reg sum = half;
+            LOX_UNROLL
+            for (int k = 0; k < 12; ++k) {
+              Sums::add_to(
+                  sum,
+                  R::load(p + (2 * r + k % 2) * kRoom + k / 2 * 4 * kParts),
+                  w[k]);
+            }
+            both[r] = sum;
+          }
+          put(dst, 0, Sums::template words_of<S>(both[0], both[1]));
+        }
+        LOX_UNROLL
+        for (int r = 0; r < 4; ++r) {
+          uint8_t *const p = apart[r / 2][r % 2];
+          for (int i = 0; i < kBefore; ++i) {
+            R::template store<false>(p + i * n, R::load(p + (blocks + i) * n));
+          }
+        }
       }
     }
   }
+  // Sums of the first periods are moved to where the next ones are added, and
+  // so on, so that a register of them is complete with the last.
+  template <ApexSample S, int kParts>
+  struct QuarterSums {
+    Reg until[kQuartersAhead] = {};
+
+    LOX_INLINE Reg add(const Reg (&pairs)[2], const Reg (&w)[12]) {
+      Reg sum = R::fill32(1 << (apex_bits(S) - 1));
+      LOX_UNROLL
+      for (int i = 0; i < 6; ++i) {
+        const Reg more = R::add32(R::multiply_add16(pairs[0], w[2 * i]),
+                                  R::multiply_add16(pairs[1], w[2 * i + 1]));
+        if (i > 0) {
+          const Reg last = sum;
+          sum = elements_from<kRowSums - kParts>(until[i - 1], sum);
+          until[i - 1] = last;
+        }
+        sum = R::add32(sum, more);
+      }
+      return sum;
+    }
+  };
 
   // --- 3:2 -------------------------------------------------------------------
 
@@ -427,11 +489,11 @@ struct ApexStreams : ApexSums<V> {
     Reg w[20];
     LOX_UNROLL
     for (int i = 0; i < 20; ++i) w[i] = Sums::load(c.weights + i * (n / 2));
-    Rows<Own::kLoaded> rows(c, pieces, count, apex_bytes(S));
+    Rows<Own::kLoaded, kBoth> rows(c, pieces, count, apex_bytes(S));
     Reg sets[kRows][kSets][3];
     const auto load = [&](int set) LOX_INLINE_LAMBDA {
       LOX_UNROLL
-      for (int r = 0; r < kRows; ++r) own.load(rows.row[r], 0, sets[r][set]);
+      for (int r = 0; r < kRows; ++r) own.load(rows.row[r], sets[r][set]);
       rows.advance();
     };
     LOX_UNROLL

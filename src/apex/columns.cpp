@@ -44,7 +44,7 @@ ApexWay way_of(const ApexAxis &axis, const ApexPeriod &period,
     const bool quarter = is_period(axis, period, 1, 4);
     const bool thirds = is_period(axis, period, 2, 3);
     if ((quarter || thirds) &&
-        (!bytes || parts == 4 || (quarter && rows.phase_bytes == 64))) {
+        (!bytes || parts == 4 || (quarter && rows.phase_bytes != 32))) {
       return ApexWay::kStreams;
     }
     if (bytes && (thirds || (period.samples <= 4 &&
@@ -118,8 +118,7 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, const ApexPeriod &period,
   const int64_t whole =
       period.outputs / common_divisor(period.outputs, outputs_);
   entries_ = static_cast<int32_t>(whole < blocks_ ? whole : blocks_);
-  advance_ =
-      whole * outputs_ / period.outputs * period.samples * parts / block_loads_;
+  advance_ = whole * outputs_ / period.outputs * period.samples * parts;
 }
 
 // Registers of one phase: lanes of neighbouring periods, each with what two
@@ -148,9 +147,8 @@ void ApexArrangement::arrange_streams(const ApexPeriod &period) {
   if (phases_ == 1) {
     block_ = words / 2;
     weights_ = int64_t{12} * words;
-    block_loads_ = block_ / sums;
-    before_ = apex_quarters_before(sums, parts_);
-    reach_ = int64_t{4} * sums;
+    before_ = apex_quarters_before(block_, parts_);
+    reach_ = int64_t{4} * block_;
   } else {
     block_ = 4 * sums;
     weights_ = int64_t{20} * words;
@@ -252,9 +250,10 @@ void ApexArrangement::fill_streams(const ApexPeriod &period,
                                    const Tables &tables) const {
   tables.first[0] = period.first[0] * parts_;
   if (phases_ == 1) {
-    // The first registers are complete with the periods that are read ahead.
-    tables.first[0] +=
-        4 * (kQuartersAhead * parts_ - before_ * apex_rows().stream_sums);
+    // By AVX-512 they are complete with the periods that are read ahead.
+    if (apex_rows().phase_bytes == 64) {
+      tables.first[0] += 4 * (kQuartersAhead * parts_ - before_ * block_);
+    }
     return fill_weights(period, 0, 0, 1, tables.weights);
   }
   // The centres are 1/4 or 1/8 behind a sample, and three halves apart: outputs

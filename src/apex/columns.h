@@ -41,9 +41,8 @@ class ApexArrangement {
   int64_t weights() const { return int64_t{entries_} * weights_; }
   void fill(const ApexPeriod &period, const Tables &tables) const;
 
-  // What is loaded for a block at once, or for kStreams one of its loads, of
-  // which some come before the first block's: how many make so many blocks.
-  int32_t loads(int32_t blocks) const { return blocks * block_loads_; }
+  // kStreams: the loads before what completes the first block. All others are
+  // a block's.
   int32_t loads_before() const { return before_; }
   // The parts of a row that a load takes.
   int64_t begin(const Tables &tables, int32_t load) const;
@@ -99,10 +98,9 @@ class ApexArrangement {
   int32_t steps_ = 0;
   // Of sums that are picked together, how many, and how often in a block.
   int32_t sums_ = 0, lanes_ = 0;
-  int32_t words_ = 0;   // kDirect: of a register
-  int32_t phases_ = 0;  // outputs of a period
-  // kStreams: loads of a block, and before the first.
-  int32_t block_loads_ = 1, before_ = 0;
+  int32_t words_ = 0;             // kDirect: of a register
+  int32_t phases_ = 0;            // outputs of a period
+  int32_t before_ = 0;            // kStreams: loads before the first block
   int32_t lane_ = 0;              // kPhases: parts from lane to lane
   int64_t reach_ = 0, span_ = 0;  // what an output's loads take, outputs apart
 };

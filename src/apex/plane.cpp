@@ -197,8 +197,8 @@ class Across {
     // Those that take what is before a row, and behind it.
     const ApexArrangement &a = plan.arrangement;
     columns_ = a.columns(plan.tables);
-    const int32_t begin = a.loads(block);
-    const int32_t end = begin + a.loads(blocks) + a.loads_before();
+    const int32_t begin = block;
+    const int32_t end = begin + blocks + a.loads_before();
     if (plan.splits || plan.copies) {
       add(begin, begin, end, true);
       return;
