@@ -217,10 +217,12 @@ LOX_INLINE void for_pixels(ptrdiff_t count, Vector vector, Pixel pixel) {
   const ptrdiff_t last = count - n;
   for (ptrdiff_t x = 0; x < count; x += n) vector(x < last ? x : last);
 }
-void split(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst) {
+void split(const uint8_t *row, ptrdiff_t ahead, ptrdiff_t n, ptrdiff_t apart,
+           uint8_t *dst) {
   for_pixels(
       n,
       [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        if (ahead != 0) prefetch(row + 3 * x, ahead, 3 * Wide::n);
         ApexOps<Wide>::split(row + 3 * x, apart, dst + x);
       },
       [&](ptrdiff_t x) LOX_INLINE_LAMBDA {

@@ -129,7 +129,8 @@ struct ApexRows {
                uint8_t *dst);
   // Null or: three parts of n pixels to planes that are `apart` bytes apart,
   // and back.
-  void (*split)(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst);
+  void (*split)(const uint8_t *row, ptrdiff_t ahead, ptrdiff_t n,
+                ptrdiff_t apart, uint8_t *dst);
   void (*join)(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart,
                uint8_t *dst);
   // Four bytes to three, n times.
