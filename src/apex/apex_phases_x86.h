@@ -41,14 +41,31 @@ struct ApexPhases : ApexSums<V> {
       return R::load_lanes(p, apart);
     }
   }
-  // Fetches what a block will take of the next rows.
-  LOX_OP auto fetch_of(const ApexColumns &c) {
-    return [first = c.first[0], bytes = static_cast<int>(c.advance)](
-               const ApexPiece &piece, ptrdiff_t base) LOX_INLINE_LAMBDA {
-      if (piece.ahead == 0) return;
-      prefetch(piece.row + base + first, piece.ahead, bytes);
-      prefetch(piece.below + base + first, piece.ahead, bytes);
-    };
+  // Calls put(row, below, dst) for blocks, of which some are fetched of the
+  // next rows at a time.
+  template <class Put>
+  LOX_OP void for_groups(const ApexColumns &c, const ApexPiece *piece,
+                         int32_t count, int16_t *dst, Put put) {
+    constexpr int32_t kGroup = 16;
+    for (; count != 0; --count, ++piece) {
+      const uint8_t *row = piece->row + piece->base + c.first[0];
+      const uint8_t *below = piece->below + piece->base + c.first[0];
+      int16_t *to = dst + piece->at;
+      int32_t group = 0;
+      for (int32_t left = piece->blocks; left != 0; left -= group) {
+        group = left < kGroup ? left : kGroup;
+        if (piece->ahead != 0) {
+          const int bytes = static_cast<int>(group * c.advance);
+          prefetch(row, piece->ahead, bytes);
+          prefetch(below, piece->ahead, bytes);
+        }
+        for (int32_t i = group; i != 0; --i, to += 4 * kSums) {
+          put(row, below, to);
+          row += c.advance;
+          below += c.advance;
+        }
+      }
+    }
   }
   // Two registers of each row, of the same weights.
   template <bool kAdjacent>
@@ -62,16 +79,13 @@ struct ApexPhases : ApexSums<V> {
     const ptrdiff_t step = ptrdiff_t{4} * c.parts;
     const ptrdiff_t apart = c.lane;
     const ptrdiff_t next = n / 16 * apart;
-    for_blocks<2 * kSums>(
+    for_groups(
         c, pieces, count, dst,
-        [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base, ptrdiff_t,
-            int16_t *to) LOX_INLINE_LAMBDA {
+        [&](const uint8_t *p, const uint8_t *q, int16_t *to) LOX_INLINE_LAMBDA {
           Reg a0 = half;
           Reg a1 = half;
           Reg b0 = half;
           Reg b1 = half;
-          const uint8_t *p = row + (base + c.first[0]);
-          const uint8_t *q = below + (base + c.first[0]);
           const int16_t *w = c.weights;
           const auto add = [&](Reg &sum, const uint8_t *from, Reg w0,
                                Reg w1) LOX_INLINE_LAMBDA {
@@ -91,8 +105,7 @@ struct ApexPhases : ApexSums<V> {
           }
           Sums::template put_pairs<ApexSample::kByte>(a0, b0, to);
           Sums::template put_pairs<ApexSample::kByte>(a1, b1, to + n / 2);
-        },
-        fetch_of(c));
+        });
   }
   // Window i of a row. AVX-512 has all three of single parts in one load.
   template <bool kSingle>
@@ -120,20 +133,17 @@ struct ApexPhases : ApexSums<V> {
   template <int kUnit, class MakeSums>
   LOX_OP void phase_blocks(const ApexColumns &c, const ApexPiece *pieces,
                            int32_t count, int16_t *dst, MakeSums sums) {
-    for_blocks<2 * kSums>(
+    for_groups(
         c, pieces, count, dst,
-        [&](const uint8_t *row, const uint8_t *below, ptrdiff_t base, ptrdiff_t,
-            int16_t *to) LOX_INLINE_LAMBDA {
+        [&](const uint8_t *p, const uint8_t *q, int16_t *to) LOX_INLINE_LAMBDA {
           Reg a[2];
           Reg b[2];
-          const ptrdiff_t from = base + c.first[0];
-          sums(row + from, a[0], a[1]);
-          sums(below + from, b[0], b[1]);
+          sums(p, a[0], a[1]);
+          sums(q, b[0], b[1]);
           put_phases<kUnit>(
               Sums::template words_of<ApexSample::kByte>(a[0], b[0]),
               Sums::template words_of<ApexSample::kByte>(a[1], b[1]), to);
-        },
-        fetch_of(c));
+        });
   }
   // A register of each phase and row: of six pairs of samples the first is the
   // first phase's alone, the last one the second's.

@@ -38,18 +38,16 @@ LOX_INLINE void put_sample(int32_t sum, uint8_t *dst) {
   if constexpr (S != ApexSample::kByte) dst[1] = static_cast<uint8_t>(v >> 8);
 }
 
-// Calls put(row, below, base, entry, dst) for blocks of so many sums, after
-// fetch(piece, base).
-template <int kSums, class Put, class Fetch>
+// Calls put(row, below, base, entry, dst) for blocks of so many sums.
+template <int kSums, class Put>
 LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
-                           int32_t count, int16_t *dst, Put put, Fetch fetch) {
+                           int32_t count, int16_t *dst, Put put) {
   for (; count != 0; --count, ++piece) {
     ptrdiff_t base = piece->base;
     ptrdiff_t entry = piece->entry;
     int16_t *to = dst + piece->at;
     for (int32_t left = piece->blocks; left != 0;
          --left, to += ptrdiff_t{2} * kSums) {
-      fetch(*piece, base);
       put(piece->row, piece->below, base, entry, to);
       if (++entry == c.entries) {
         entry = 0;
@@ -57,13 +55,6 @@ LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *piece,
       }
     }
   }
-}
-
-template <int kSums, class Put>
-LOX_INLINE void for_blocks(const ApexColumns &c, const ApexPiece *pieces,
-                           int32_t count, int16_t *dst, Put put) {
-  for_blocks<kSums>(c, pieces, count, dst, put,
-                    [](const ApexPiece &, ptrdiff_t) LOX_INLINE_LAMBDA {});
 }
 
 template <ApexSample S>

@@ -127,8 +127,7 @@ Plan::Plan(const ApexPlane &p, Room &room)
               room.take<int16_t>(arrangement.weights())};
     blocks = arrangement.blocks();
     // Rows that are made for a strip are made whole.
-    const int32_t wanted =
-        kKept / 4 / slots / planes;
+    const int32_t wanted = kKept / 4 / slots / planes;
     const int32_t least =
         (wanted > kLeastSums ? wanted : kLeastSums) / arrangement.sums();
     const int32_t strips = p.alpha < 0 ? (blocks - 1) / least + 1 : 1;
