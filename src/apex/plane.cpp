@@ -256,7 +256,7 @@ class Across {
     const int64_t last = to < count ? to : count;
     const int64_t behind = to - (last > from ? last : from);
     c.skipped = (from - c.from) * bytes;
-    c.before = (inside - from) * bytes;
+    c.before = from < 0 ? (inside - from) * bytes : 0;
     c.at = inside * bytes;
     c.inside = inside < last ? (last - inside) * bytes : 0;
     c.behind = behind * bytes;
