@@ -128,7 +128,7 @@ struct ApexRows {
                const int16_t *weights, int32_t steps, ptrdiff_t n,
                uint8_t *dst);
   // Null or: three parts of n pixels to planes that are `apart` bytes apart,
-  // and back.
+  // and back. What is fetched for later is `ahead` bytes further, or 0.
   void (*split)(const uint8_t *row, ptrdiff_t ahead, ptrdiff_t n,
                 ptrdiff_t apart, uint8_t *dst);
   void (*join)(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart,
