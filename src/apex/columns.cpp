@@ -243,7 +243,8 @@ void ApexArrangement::fill_phases(const ApexPeriod &period,
   }
   // Registers of both phases in turn; the second begins two samples behind.
   for (int32_t i = 0; i < phases_; ++i) {
-    fill_weights(period, i, 2 * i, phases_, tables.weights + i * words);
+    fill_weights(period, i, 2 * i, phases_,
+                 tables.weights + ptrdiff_t{i} * words);
   }
 }
 void ApexArrangement::fill_streams(const ApexPeriod &period,
@@ -272,7 +273,7 @@ void ApexArrangement::fill_weights(const ApexPeriod &period, int32_t phase,
   const int32_t words = apex_rows().phase_bytes / 2;
   for (int32_t tap = 0; tap < taps_; ++tap) {
     const int32_t at = tap + behind;
-    int16_t *const w = weights + ptrdiff_t{at / 2 * every} * words + at % 2;
+    int16_t *const w = weights + ptrdiff_t{at} / 2 * every * words + at % 2;
     for (int32_t i = 0; i < words; i += 2) {
       w[i] = period.weights[phase * taps_ + tap];
     }
