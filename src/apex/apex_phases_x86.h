@@ -26,7 +26,8 @@ struct ApexPhases : ApexSums<V> {
       one_phase<false>(c, pieces, count, dst);
     } else {
       if (c.parts == 1) return two_phases<1>(c, pieces, count, dst);
-      two_phases<2>(c, pieces, count, dst);
+      if (c.parts == 2) return two_phases<2>(c, pieces, count, dst);
+      if constexpr (n == 16) two_phases<4>(c, pieces, count, dst);
     }
   }
   // Lanes with what two pairs of samples take, one behind the other or apart.

@@ -43,8 +43,10 @@ ApexWay way_of(const ApexAxis &axis, const ApexPeriod &period,
     const bool bytes = sample == ApexSample::kByte;
     const bool quarter = is_period(axis, period, 1, 4);
     const bool thirds = is_period(axis, period, 2, 3);
-    if ((quarter || thirds) &&
-        (!bytes || parts == 4 || (quarter && rows.phase_bytes != 32))) {
+    // Of bytes, where that is less work.
+    const bool streams = quarter ? rows.phase_bytes != 32 || parts == 4
+                                 : rows.phase_bytes != 16 && parts == 4;
+    if ((quarter || thirds) && (!bytes || streams)) {
       return ApexWay::kStreams;
     }
     if (bytes && (thirds || (period.samples <= 4 &&
