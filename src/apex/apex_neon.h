@@ -15,6 +15,7 @@ struct ApexOps {
   // Times n columns that are summed down at once.
   static constexpr int kDownTimes = 1;
   static constexpr int kPhaseBytes = 0;
+  static constexpr int kStreamSums = 0;
   static constexpr bool kPicks = false;
   static constexpr int n = 16;
 

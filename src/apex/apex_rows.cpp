@@ -104,6 +104,7 @@ LOX_INLINE void down_rule(const int16_t *const *pairs, const int16_t *weights,
 #include "apex/apex_neon.h"
 #elif LOX_VECTORS
 #include "apex/apex_phases_x86.h"
+#include "apex/apex_streams_x86.h"
 #include "apex/apex_turned_x86.h"
 #include "apex/apex_x86.h"
 #endif
@@ -131,8 +132,13 @@ void across(ApexSample s, const ApexColumns &c, const ApexPiece *pieces,
   for_sample(s, [&]<ApexSample S>() LOX_INLINE_LAMBDA {
 #if LOX_VECTORS
 #if !defined(LOX_SET_neon)
-    if (c.way == ApexWay::kPhases) {
-      return ApexPhases<Wide>::template phases<S>(c, pieces, count, dst);
+    if (c.way == ApexWay::kStreams) {
+      return ApexStreams<Wide>::template across<S>(c, pieces, count, dst);
+    }
+    if constexpr (S == ApexSample::kByte) {
+      if (c.way == ApexWay::kPhases) {
+        return ApexPhases<Wide>::across(c, pieces, count, dst);
+      }
     }
 #endif
     ApexOps<Bulk>::template across<S>(c, pieces, count, dst);
@@ -202,10 +208,12 @@ LOX_INLINE void for_pixels(ptrdiff_t count, Vector vector, Pixel pixel) {
   const ptrdiff_t last = count - n;
   for (ptrdiff_t x = 0; x < count; x += n) vector(x < last ? x : last);
 }
-void split(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst) {
+void split(const uint8_t *row, ptrdiff_t ahead, ptrdiff_t n, ptrdiff_t apart,
+           uint8_t *dst) {
   for_pixels(
       n,
       [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
+        if (ahead != 0) prefetch(row + 3 * x, ahead, 3 * Wide::n);
         ApexOps<Wide>::split(row + 3 * x, apart, dst + x);
       },
       [&](ptrdiff_t x) LOX_INLINE_LAMBDA {
@@ -269,10 +277,11 @@ constinit const ApexRows apex_rows = {
 #if LOX_VECTORS
     ApexOps<Bulk>::kRegisterBytes,
     ApexOps<Wide>::kPhaseBytes,
+    ApexOps<Wide>::kStreamSums,
     ApexOps<Bulk>::kPicks,
     4,
 #else
-    0,           0,           false, 2,
+    0,      0,           0,     false,         2,
 #endif
     across,
     kTurnedRows,

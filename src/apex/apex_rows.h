@@ -29,6 +29,7 @@ constexpr int apex_bytes(ApexSample s) {
 //   kDirect: those of an output make registers; each is summed on its own.
 //   kPhases: sums that have the same weights make registers, of one output or
 //   two in a period; the samples that these take are the same.
+//   kStreams: 4:1 and 3:2; every sample is loaded once.
 enum class ApexWay {
   kPlain,
   kLanes,
@@ -36,7 +37,8 @@ enum class ApexWay {
   kRegister,
   kTwoRegisters,
   kDirect,
-  kPhases
+  kPhases,
+  kStreams
 };
 
 // Sums of a block of kPlain.
@@ -53,14 +55,13 @@ struct ApexColumns {
   // behind a piece's `base`.
   const int32_t *first;
   // For each sum the bytes, or the words, that it takes. Of kPhases the bytes
-  // of two pairs of samples, and the words that make the lanes of AVX-512; or
-  // the words of three pairs.
+  // of two pairs of samples, and the words that make the lanes of AVX-512.
   const uint32_t *places;
   const int16_t *weights;
   // Of weights: pairs of them; registers for kDirect; words for kPlain; twice
   // two pairs for kPhases.
   int32_t steps;
-  // kPhases: outputs of a period, parts from lane to lane.
+  // Outputs of a period. kPhases: parts from lane to lane.
   int32_t phases, lane;
 };
 // Some blocks of two rows, from block `entry` of the tables on; their words go
@@ -68,8 +69,21 @@ struct ApexColumns {
 struct ApexPiece {
   const uint8_t *row, *below;
   ptrdiff_t base, at;
-  int32_t entry, blocks;
+  int32_t entry, blocks;  // kStreams: loads, those before the first block too
+  // kPhases, kStreams: what is fetched for later is so many bytes further, or
+  // 0.
+  ptrdiff_t ahead;
 };
+// Of kStreams, loads of registers with so many sums of a row that come before
+// what completes the first: of 4:1, where it is complete with the periods that
+// are so many further, and of 3:2.
+constexpr int32_t kQuartersAhead = 5;
+constexpr int32_t apex_quarters_before(int32_t sums, int32_t parts) {
+  return (kQuartersAhead * parts - 1) / sums + 1;
+}
+constexpr int32_t apex_thirds_before(int32_t sums, int32_t parts) {
+  return 2 * parts > sums ? 2 : 1;
+}
 // Three parts are summed as four, the last of which is anything.
 constexpr int32_t apex_sums(int32_t parts) { return parts == 3 ? 4 : parts; }
 // The weights of some outputs, `pitch` words apart, of which `steps` pairs
@@ -85,9 +99,10 @@ constexpr int32_t kMostTurnedRows = 32;
 
 struct ApexRows {
   // Bytes of a register in the ways kLanes, kTwoLanes and kDirect, 0 where the
-  // way is kPlain, and in the way kPhases; whether there are kRegister and
-  // kTwoRegisters; what the weights of kPlain are padded to.
-  int32_t register_bytes, phase_bytes;
+  // way is kPlain, and in the ways kPhases and kStreams; sums of a row in one
+  // of kStreams; whether there are kRegister and kTwoRegisters; what the
+  // weights of kPlain are padded to.
+  int32_t register_bytes, phase_bytes, stream_sums;
   bool picks;
   int32_t plain_step;
 
@@ -113,8 +128,9 @@ struct ApexRows {
                const int16_t *weights, int32_t steps, ptrdiff_t n,
                uint8_t *dst);
   // Null or: three parts of n pixels to planes that are `apart` bytes apart,
-  // and back.
-  void (*split)(const uint8_t *row, ptrdiff_t n, ptrdiff_t apart, uint8_t *dst);
+  // and back. What is fetched for later is `ahead` bytes further, or 0.
+  void (*split)(const uint8_t *row, ptrdiff_t ahead, ptrdiff_t n,
+                ptrdiff_t apart, uint8_t *dst);
   void (*join)(const uint8_t *planes, ptrdiff_t n, ptrdiff_t apart,
                uint8_t *dst);
   // Four bytes to three, n times.

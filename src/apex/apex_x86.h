@@ -23,6 +23,7 @@ struct ApexOps : ApexSums<V> {
 
   static constexpr int kRegisterBytes = n;
   static constexpr int kPhaseBytes = n;
+  static constexpr int kStreamSums = n == 64 ? 16 : 4;
 #if defined(LOX_SET_avx512)
   static constexpr bool kPicks = true;
 #else

@@ -28,28 +28,32 @@ bool fits(const ApexAxis &axis, int32_t parts, int32_t sums, int32_t within) {
   return ((further + axis.to - 1) / axis.to + 2) * parts <= within;
 }
 
-// Whole ratios to 4 and 3:2, whose lanes hold what a step takes; of words, 3:2
-// and of one part or two 4:1 by AVX-512.
-bool fits_phases(const ApexAxis &axis, const ApexPeriod &period,
-                 ApexSample sample, int32_t parts) {
-  const int32_t bytes = apex_rows().phase_bytes;
-  if (bytes == 0 ||
-      period.outputs * int64_t{axis.from} != period.samples * axis.to) {
-    return false;
-  }
-  if (period.outputs == 2 && period.samples == 3) {
-    return sample == ApexSample::kByte || bytes == 64;
-  }
-  if (period.outputs != 1 || period.samples > 4) return false;
-  return sample == ApexSample::kByte ||
-         (bytes == 64 && period.samples == 4 && parts <= 2);
+// Whether outputs come again after so many samples.
+bool is_period(const ApexAxis &axis, const ApexPeriod &period, int32_t outputs,
+               int64_t samples) {
+  return period.outputs == outputs && period.samples == samples &&
+         outputs * int64_t{axis.from} == samples * axis.to;
 }
 
 ApexWay way_of(const ApexAxis &axis, const ApexPeriod &period,
                ApexSample sample, int32_t parts) {
   const ApexRows &rows = apex_rows();
   if (rows.register_bytes == 0) return ApexWay::kPlain;
-  if (fits_phases(axis, period, sample, parts)) return ApexWay::kPhases;
+  if (rows.phase_bytes > 0) {
+    const bool bytes = sample == ApexSample::kByte;
+    const bool quarter = is_period(axis, period, 1, 4);
+    const bool thirds = is_period(axis, period, 2, 3);
+    // Of bytes, where that is less work.
+    const bool streams = quarter ? rows.phase_bytes != 32 || parts == 4
+                                 : rows.phase_bytes != 16 && parts == 4;
+    if ((quarter || thirds) && (!bytes || streams)) {
+      return ApexWay::kStreams;
+    }
+    if (bytes && (thirds || (period.samples <= 4 &&
+                             is_period(axis, period, 1, period.samples)))) {
+      return ApexWay::kPhases;
+    }
+  }
   if (rows.picks && fits(axis, parts, 16, 32)) return ApexWay::kRegister;
   if (rows.picks && fits(axis, parts, 16, 64)) return ApexWay::kTwoRegisters;
   const int32_t lane = 16 / apex_bytes(sample);
@@ -88,6 +92,9 @@ ApexArrangement::ApexArrangement(const ApexAxis &axis, const ApexPeriod &period,
       break;
     case ApexWay::kPhases:
       arrange_phases(period);
+      break;
+    case ApexWay::kStreams:
+      arrange_streams(period);
       break;
     case ApexWay::kLanes:
     case ApexWay::kTwoLanes:
@@ -129,18 +136,27 @@ void ApexArrangement::arrange_phases(const ApexPeriod &period) {
   // Two registers of places and, for AVX-512, where lanes are.
   places_ = int64_t{3} * bytes / 4;
   weights_ = int64_t{2} * steps_ * phases_ * (bytes / 2);
-  if (sample_ != ApexSample::kByte) {
-    // Two registers three pairs further, or some that follow each other.
-    reach_ = 6 * parts_ + 64;
-    if (phases_ == 2) return;
-    block_ = bytes / 4;
-    weights_ = int64_t{6} * (bytes / 2);
-    reach_ = (2 + parts_) * int64_t{32};
-    return;
-  }
   const int64_t last = bytes == 64 ? 64 : (bytes / 16 - 1) * lane_ + 16;
   const int64_t next = phases_ == 1 ? bytes / 16 * lane_ : 0;
   reach_ = (steps_ - int64_t{1}) * 4 * parts_ + next + last;
+}
+
+void ApexArrangement::arrange_streams(const ApexPeriod &period) {
+  const int32_t words = apex_rows().phase_bytes / 2;
+  const int32_t sums = apex_rows().stream_sums;
+  phases_ = period.outputs;
+  firsts_ = 1;
+  if (phases_ == 1) {
+    block_ = words / 2;
+    weights_ = int64_t{12} * words;
+    before_ = apex_quarters_before(block_, parts_);
+    reach_ = int64_t{4} * block_;
+  } else {
+    block_ = 4 * sums;
+    weights_ = int64_t{20} * words;
+    before_ = apex_thirds_before(sums, parts_);
+    reach_ = int64_t{6} * sums;
+  }
 }
 
 // Where a part and the one that it is summed with are: words of a register, or
@@ -166,6 +182,8 @@ void ApexArrangement::fill(const ApexPeriod &period,
       fill_direct(period, output, first, weights);
     } else if (way_ == ApexWay::kPhases) {
       fill_phases(period, tables);
+    } else if (way_ == ApexWay::kStreams) {
+      fill_streams(period, tables);
     } else {
       fill_lanes(period, output, first, tables.places + entry * places_,
                  weights);
@@ -213,25 +231,9 @@ void ApexArrangement::fill_lanes(const ApexPeriod &period, int64_t output,
 
 void ApexArrangement::fill_phases(const ApexPeriod &period,
                                   const Tables &tables) const {
-  const int32_t bytes = apex_rows().phase_bytes;
-  const int32_t sums = bytes / 4;
-  // The second phase begins two or three samples behind the first pair.
-  int32_t shift[2] = {0, 0};
-  if (phases_ == 2) {
-    const int32_t apart = period.first[1] - period.first[0];
-    shift[0] = apart < 2 ? 2 - apart : 0;
-    shift[1] = shift[0] + apart;
-  }
-  tables.first[0] = (period.first[0] - shift[0]) * parts_;
-  if (sample_ != ApexSample::kByte) {
-    if (phases_ == 1) return fill_quarters(period, tables.weights);
-    for (int32_t i = 0; i < 3 * sums; ++i) {
-      const int32_t pixel = i % sums / parts_ * 3 + i / sums * 2;
-      const auto word = static_cast<uint32_t>(pixel * parts_ + i % parts_);
-      tables.places[i] = word | (word + static_cast<uint32_t>(parts_)) << 16;
-    }
-    return fill_phase_weights(period, shift, tables.weights);
-  }
+  const int32_t words = apex_rows().phase_bytes / 2;
+  const int32_t sums = words / 2;
+  tables.first[0] = period.first[0] * parts_;
   for (int32_t i = 0; i < sums; ++i) {
     const int64_t part =
         i % 4 / parts_ * (period.samples * parts_) + i % parts_;
@@ -241,42 +243,51 @@ void ApexArrangement::fill_phases(const ApexPeriod &period,
     const auto word = static_cast<uint32_t>(i / 4 * lane_ / 2 + i % 4 * 2);
     tables.places[2 * sums + i] = word | (word + 1) << 16;
   }
-  fill_phase_weights(period, shift, tables.weights);
-}
-// The weights of the first phase and of the second in turn.
-void ApexArrangement::fill_phase_weights(const ApexPeriod &period,
-                                         const int32_t (&shift)[2],
-                                         int16_t *weights) const {
-  const int32_t words = apex_rows().phase_bytes / 2;
-  for (int32_t phase = 0; phase < phases_; ++phase) {
-    for (int32_t tap = 0; tap < taps_; ++tap) {
-      const int32_t at = tap + shift[phase];
-      int16_t *const w =
-          weights + ptrdiff_t{at / 2 * phases_ + phase} * words + at % 2;
-      for (int32_t i = 0; i < words; i += 2) {
-        w[i] = period.weights[phase * taps_ + tap];
-      }
-    }
+  // Registers of both phases in turn; the second begins two samples behind.
+  for (int32_t i = 0; i < phases_; ++i) {
+    fill_weights(period, i, 2 * i, phases_,
+                 tables.weights + ptrdiff_t{i} * words);
   }
 }
-// Four weights after each other, each pair of them for all parts.
-void ApexArrangement::fill_quarters(const ApexPeriod &period,
-                                    int16_t *weights) const {
+void ApexArrangement::fill_streams(const ApexPeriod &period,
+                                   const Tables &tables) const {
+  tables.first[0] = period.first[0] * parts_;
+  if (phases_ == 1) {
+    // By AVX-512 they are complete with the periods that are read ahead.
+    if (apex_rows().phase_bytes == 64) {
+      tables.first[0] += 4 * (kQuartersAhead * parts_ - before_ * block_);
+    }
+    return fill_weights(period, 0, 0, 1, tables.weights);
+  }
+  // The centres are 1/4 or 1/8 behind a sample, and three halves apart: outputs
+  // begin with samples 0, 2, 3 and 5, in pairs 0, 1, 1 and 2.
   const int32_t words = apex_rows().phase_bytes / 2;
-  for (int32_t i = 0; i < words; ++i) {
-    const int32_t tap = i / 2 / parts_ % 2 * 2 + i % 2;
-    for (int32_t step = 0; step < 6; ++step) {
-      weights[step * words + i] = period.weights[4 * step + tap];
+  for (int32_t i = 0; i < 4; ++i) {
+    fill_weights(period, i % 2, i / 2, 1,
+                 tables.weights + ptrdiff_t{5} * i * words);
+  }
+}
+// The weights of a phase by pairs, `behind` the first, in every so many
+// registers.
+void ApexArrangement::fill_weights(const ApexPeriod &period, int32_t phase,
+                                   int32_t behind, int32_t every,
+                                   int16_t *weights) const {
+  const int32_t words = apex_rows().phase_bytes / 2;
+  for (int32_t tap = 0; tap < taps_; ++tap) {
+    const int32_t at = tap + behind;
+    int16_t *const w = weights + ptrdiff_t{at} / 2 * every * words + at % 2;
+    for (int32_t i = 0; i < words; i += 2) {
+      w[i] = period.weights[phase * taps_ + tap];
     }
   }
 }
 
-int64_t ApexArrangement::begin(const Tables &tables, int32_t block) const {
-  return tables.first[block % entries_ * firsts_] + block / entries_ * advance_;
+int64_t ApexArrangement::begin(const Tables &tables, int32_t load) const {
+  return tables.first[load % entries_ * firsts_] + load / entries_ * advance_;
 }
-int64_t ApexArrangement::end(const Tables &tables, int32_t block) const {
-  return tables.first[block % entries_ * firsts_ + firsts_ - 1] +
-         block / entries_ * advance_ + reach_;
+int64_t ApexArrangement::end(const Tables &tables, int32_t load) const {
+  return tables.first[load % entries_ * firsts_ + firsts_ - 1] +
+         load / entries_ * advance_ + reach_;
 }
 
 ApexColumns ApexArrangement::columns(const Tables &tables) const {

@@ -14,9 +14,14 @@ namespace lox {
 
 namespace {
 
-// Bytes of the words that are kept, which the second cache holds: parts of rows
-// that the first one holds take more calls, and memory is slow to bring them.
+// Bytes of the words that are kept. On x86 it is about what the first cache
+// holds; elsewhere, where sums take longer than the second cache, rows are cut
+// less, which costs a call each.
+#if defined(__x86_64__) || defined(__i386__)
+constexpr int32_t kKept = 40 << 10;
+#else
 constexpr int32_t kKept = 128 << 10;
+#endif
 // Sums of a strip: at least, and a multiple of these.
 constexpr int32_t kLeastSums = 128;
 constexpr int32_t kWholeSums = 64;
@@ -62,6 +67,9 @@ struct Plan {
   int32_t parts;
   int32_t planes = 1;
   ApexArrangement arrangement;
+  // Whether whole rows are copied: overlapping loads bring what is far away at
+  // half the speed.
+  bool copies;
   ApexArrangement::Tables tables = {};
   // The pixel of a row behind the last that has a weight.
   int64_t needed = 0;
@@ -88,7 +96,8 @@ Plan::Plan(const ApexPlane &p, Room &room)
       turned(p.across, sample, p.parts),
       splits(p.parts == 3 && apex_rows().split != nullptr),
       parts(splits ? 1 : p.parts),
-      arrangement(p.across, across, sample, parts) {
+      arrangement(p.across, across, sample, parts),
+      copies(p.far && !arrangement.fetches()) {
   turns =
       arrangement.may_turn() && ApexTurned::pays(p.across, p.down.src_count);
   if (turns) splits = false;
@@ -133,7 +142,7 @@ Plan::Plan(const ApexPlane &p, Room &room)
     if (whole > 1) strip = (strip + whole - 1) / whole * whole;
     if (strip > blocks) strip = blocks;
     sums = int64_t{strip} * arrangement.sums();
-    edge_bytes = 2 * (p.far ? arrangement.most(strip) : arrangement.edges()) *
+    edge_bytes = 2 * (copies ? arrangement.most(strip) : arrangement.edges()) *
                      apex_bytes(sample) +
                  4 * kRepeated;
     if (splits) {
@@ -182,6 +191,9 @@ void repeat(int32_t size, const uint8_t *pixel, int64_t bytes, uint8_t *dst) {
 struct Copied {
   bool is;
   int64_t from, to;
+  // Bytes that do not count, of the first pixel repeated, of the row from `at`
+  // on, of the last pixel repeated, and all with what these are longer.
+  int64_t skipped, before, at, inside, behind, all;
 };
 
 // Pairs of rows of words, made as they are wanted: the columns of a strip.
@@ -193,22 +205,28 @@ class Across {
     // Those that take what is before a row, and behind it.
     const ApexArrangement &a = plan.arrangement;
     columns_ = a.columns(plan.tables);
-    const int32_t end = block + blocks;
-    if (plan.splits || p.far) {
-      add(block, block, end, true);
+    const int32_t begin = block;
+    const int32_t end = begin + blocks + a.loads_before();
+    if (plan.splits || plan.copies) {
+      add(begin, begin, end, true);
       return;
     }
     const int64_t row_end = int64_t{p.across.src_count} * p.parts;
-    int32_t inside = block;
+    int32_t inside = begin;
     while (inside < end && a.begin(plan.tables, inside) < 0) ++inside;
     int32_t behind = end;
     while (behind > inside && a.end(plan.tables, behind - 1) > row_end) {
       --behind;
     }
-    // What has been copied is read some time after.
-    add(block, inside, behind, false);
-    add(block, block, inside, true);
-    add(block, behind, end, true);
+    // What has been copied is read some time after, if the order is free.
+    if (a.streams()) {
+      add(begin, begin, inside, true);
+      add(begin, inside, behind, false);
+    } else {
+      add(begin, inside, behind, false);
+      add(begin, begin, inside, true);
+    }
+    add(begin, behind, end, true);
   }
 
   // Those of an output's rows.
@@ -228,11 +246,28 @@ class Across {
   void add(int32_t strip, int32_t begin, int32_t end, bool copied) {
     if (begin == end) return;
     const ApexArrangement &a = plan_.arrangement;
-    const int64_t from = copied ? a.begin(plan_.tables, begin) : 0;
-    pieces_[count_] = a.piece(begin, end - begin, from, strip);
-    copied_[count_++] = {copied, from / plan_.parts,
-                         (a.end(plan_.tables, end - 1) - 1) / plan_.parts + 1};
+    const int64_t first = copied ? a.begin(plan_.tables, begin) : 0;
+    pieces_[count_] = a.piece(begin, end - begin, first, strip);
+    Copied &c = copied_[count_++];
+    c.is = copied;
+    c.from = first / plan_.parts;
+    c.to = (a.end(plan_.tables, end - 1) - 1) / plan_.parts + 1;
+    const int64_t count = p_.across.src_count;
+    const int32_t bytes = pixel();
+    const int32_t begun = plan_.across.first[0] < 0 ? plan_.across.first[0] : 0;
+    const int64_t from = c.from < begun ? begun : c.from;
+    const int64_t to = c.to < plan_.needed ? c.to : plan_.needed;
+    const int64_t inside = from < 0 ? 0 : from < count ? from : count;
+    const int64_t last = to < count ? to : count;
+    const int64_t behind = to - (last > from ? last : from);
+    c.skipped = (from - c.from) * bytes;
+    c.before = from < 0 ? (inside - from) * bytes : 0;
+    c.at = inside * bytes;
+    c.inside = inside < last ? (last - inside) * bytes : 0;
+    c.behind = behind * bytes;
+    c.all = (c.to - c.from) * bytes + kRepeated;
   }
+  int32_t pixel() const { return p_.parts * apex_bytes(plan_.sample); }
   int16_t *slot(int32_t pair) const {
     return plan_.words + pair % plan_.slots * plan_.pitch;
   }
@@ -265,11 +300,15 @@ class Across {
     int16_t *const words = slot(next_);
     const uint8_t *const above = row(0);
     const uint8_t *const below = row(1);
+    // The next two rows, but for premultiplied ones, which are near.
+    const bool fetches =
+        p_.far && p_.alpha < 0 && int64_t{2} * next_ + 3 < p_.down.src_count;
+    const ptrdiff_t ahead = fetches ? ptrdiff_t{2} * p_.src_stride : 0;
     uint8_t *to = plan_.edges;
     if (plan_.splits) {
       uint8_t *const second = to + 3 * plan_.split_bytes;
-      split(above, copied_[0], to);
-      split(below, copied_[0], second);
+      split(above, copied_[0], ahead, to);
+      split(below, copied_[0], ahead, second);
       for (int32_t part = 0; part < 3; ++part) {
         pieces_[0].row = to + part * plan_.split_bytes;
         pieces_[0].below = second + part * plan_.split_bytes;
@@ -283,7 +322,9 @@ class Across {
       ApexPiece &piece = pieces_[k];
       piece.row = above;
       piece.below = below;
+      piece.ahead = ahead;
       if (copied_[k].is) {
+        piece.ahead = 0;
         piece.row = to;
         to = copy(above, copied_[k], to);
         piece.below = to;
@@ -296,29 +337,20 @@ class Across {
 
   // Pixels of a row, those at its ends for what is beyond and counts. Returns
   // where the next ones go.
-  uint8_t *copy(const uint8_t *row, const Copied &wanted, uint8_t *dst) const {
-    const int64_t count = p_.across.src_count;
-    const int32_t bytes = p_.parts * apex_bytes(plan_.sample);
-    const int64_t from = wanted.from;
-    const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
-    const int64_t inside = from < 0 ? 0 : from < count ? from : count;
-    const int64_t behind = to < count ? to : count;
-    uint8_t *const next = dst + (wanted.to - from) * bytes + kRepeated;
-    repeat(bytes, row, (inside - from) * bytes, dst);
-    dst += from < 0 ? -from * bytes : 0;
-    if (inside < behind) {
-      const int64_t copied = (behind - inside) * bytes;
-      std::memcpy(dst, row + inside * bytes, static_cast<size_t>(copied));
-      dst += copied;
-    }
-    const int64_t last = (count - 1) * bytes;
-    repeat(bytes, row + last, (to - (behind > from ? behind : from)) * bytes,
-           dst);
-    return next;
+  uint8_t *copy(const uint8_t *row, const Copied &c, uint8_t *dst) const {
+    const int32_t bytes = pixel();
+    uint8_t *to = dst + c.skipped;
+    repeat(bytes, row, c.before, to);
+    to += c.before;
+    std::memcpy(to, row + c.at, static_cast<size_t>(c.inside));
+    const int64_t last = (int64_t{p_.across.src_count} - 1) * bytes;
+    repeat(bytes, row + last, c.behind, to + c.inside);
+    return dst + c.all;
   }
 
   // The same by planes.
-  void split(const uint8_t *row, const Copied &wanted, uint8_t *dst) const {
+  void split(const uint8_t *row, const Copied &wanted, ptrdiff_t ahead,
+             uint8_t *dst) const {
     const int64_t count = p_.across.src_count;
     const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
     int64_t from = wanted.from < 0 ? 0 : wanted.from;
@@ -327,7 +359,7 @@ class Across {
     const int64_t before = wanted.from < 0 ? -wanted.from : 0;
     const int64_t behind = to - wanted.from - before - inside;
     if (inside > 0) {
-      apex_rows().split(row + 3 * from, static_cast<ptrdiff_t>(inside),
+      apex_rows().split(row + 3 * from, ahead, static_cast<ptrdiff_t>(inside),
                         plan_.split_bytes, dst + before);
     }
     for (int32_t part = 0; part < 3; ++part, dst += plan_.split_bytes) {

@@ -19,7 +19,7 @@ struct ApexPlane {
   int32_t alpha;  // the byte that colours are multiplied by, or -1
   ApexAxis across, down;
   // Whether the source comes from further away than the second cache: rows are
-  // copied then, which brings them faster than loads that overlap.
+  // fetched ahead then or, where loads overlap, copied first.
   bool far;
 };
 
