@@ -285,8 +285,9 @@ LOX_INLINE void convert_vectors(const YuvToRgbRows &rows, ptrdiff_t width) {
   const ptrdiff_t luma_row =
       kRows == 2 ? rows.y[1] - rows.y[0] : width * Src::kLumaBytes;
   Place next = at;
-  if constexpr (kStream || kFetchesSource)
+  if constexpr (kStream || kFetchesSource) {
     Src::move_chroma(next, luma_row / Src::kLumaBytes);
+  }
   const ptrdiff_t chroma0_row = next.chroma0 - at.chroma0;
   const ptrdiff_t chroma1_row = next.chroma1 - at.chroma1;
   using Dithers = decltype(dither_of<F, V>(0, 0))[kRows];

@@ -173,7 +173,7 @@ class Destination {
     if (to.u == nullptr) return;
     const size_t chroma = (n + 1) / 2;
     memcpy(to.u, from.u, kind_.pairs != nullptr ? 2 * chroma : chroma);
-    if (kind_.pairs == nullptr) memcpy(to.v, from.v, chroma);
+    if (to.v != nullptr) memcpy(to.v, from.v, chroma);
   }
 
  private:

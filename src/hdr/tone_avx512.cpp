@@ -5,6 +5,7 @@
 // several such, of whose answers the upper bits of the index choose, and tables
 // of words are one of their low and one of their high bytes. Red, green and
 // blue are looked up together, as every part of a table is then loaded once.
+#if defined(LOX_SET_avx512)
 #include "hdr/tone_avx512.h"
 
 #include "hdr/curves.h"
@@ -199,3 +200,5 @@ constinit const HdrRegisterRows hdr_register_rows = {
 };
 
 }  // namespace lox::LOX_SET
+
+#endif
