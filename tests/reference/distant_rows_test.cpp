@@ -62,20 +62,17 @@ class Reserved {
 
 bool equal(const vexo_img &a, const vexo_img &b) {
   const auto image = picture_image(a.format, a.width[0], a.height[0]);
+  bool same = true;
   for (int p = 0; p < vexo_format_planes(a.format); ++p) {
-    if (image[p].whole > 0) {
-      if (std::memcmp(a.plane[p], b.plane[p], image[p].whole) != 0)
-        return false;
-      continue;
-    }
-    for (int32_t y = 0; y < image[p].height; ++y) {
-      if (std::memcmp(Reserved::row(a, p, y), Reserved::row(b, p, y),
-                      image[p].row_bytes) != 0) {
-        return false;
-      }
+    const auto size = static_cast<size_t>(
+        image[p].whole > 0 ? image[p].whole : image[p].row_bytes);
+    const int32_t rows = image[p].whole > 0 ? 1 : image[p].height;
+    for (int32_t y = 0; y < rows; ++y) {
+      same = same && std::memcmp(Reserved::row(a, p, y), Reserved::row(b, p, y),
+                                 size) == 0;
     }
   }
-  return true;
+  return same;
 }
 
 class DistantRows : public testing::Test {
