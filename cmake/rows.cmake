@@ -53,15 +53,30 @@ if(ORUMLOX_SANITIZE MATCHES "address" AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   endforeach()
 endif()
 
+# The set that few families have more: what AVX-512 adds products of words with.
+if("avx512" IN_LIST ORUMLOX_SETS)
+  set(ORUMLOX_DOT_SET avx512_vnni)
+  set(ORUMLOX_FLAGS_avx512_vnni ${ORUMLOX_FLAGS_avx512} -mavx512vnni
+    -DLOX_SET_avx512=1)
+endif()
+
 set(ORUMLOX_ROW_OBJECTS "")
 set(ORUMLOX_ROW_FAMILIES "")
+set(ORUMLOX_DOT_FAMILIES "")
 
-# add_rows(family file...): one object library rows_<family>_<set> for each set.
-# The caller's ORUMLOX_ROW_OBJECTS and ORUMLOX_ROW_FAMILIES grow by them.
+# add_rows(family [WITH_DOT] file...): one object library rows_<family>_<set> for
+# each set. The caller's ORUMLOX_ROW_OBJECTS and ORUMLOX_ROW_FAMILIES grow by
+# them, and ORUMLOX_DOT_FAMILIES by a family that has the dot set, too.
 function(add_rows family)
-  foreach(set IN LISTS ORUMLOX_SETS)
+  cmake_parse_arguments(ROWS WITH_DOT "" "" ${ARGN})
+  set(sets ${ORUMLOX_SETS})
+  if(ROWS_WITH_DOT)
+    list(APPEND sets ${ORUMLOX_DOT_SET})
+    set(ORUMLOX_DOT_FAMILIES ${ORUMLOX_DOT_FAMILIES} ${family} PARENT_SCOPE)
+  endif()
+  foreach(set IN LISTS sets)
     set(target rows_${family}_${set})
-    add_library(${target} OBJECT ${ARGN})
+    add_library(${target} OBJECT ${ROWS_UNPARSED_ARGUMENTS})
     target_compile_definitions(${target} PRIVATE LOX_SET=${set} LOX_SET_${set}=1)
     target_compile_options(${target} PRIVATE ${ORUMLOX_FLAGS_${set}})
     target_link_libraries(${target} PRIVATE orumlox_build_flags)

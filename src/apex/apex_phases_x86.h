@@ -15,6 +15,7 @@ struct ApexPhases : ApexSums<V> {
   using Sums = ApexSums<V>;
   using Reg = typename Sums::Reg;
   using Sums::add_to;
+  using Sums::dot_to;
   using Sums::kSums;
   using Sums::load;
   using Sums::n;
@@ -168,10 +169,10 @@ struct ApexPhases : ApexSums<V> {
         const Reg v = load_window<kUnit == 1>(p, i / 2, step, apart, lanes);
         const Reg even = R::shuffle8(v, place[0]);
         const Reg odd = R::shuffle8(v, place[1]);
-        add_to(a, even, w.first[i]);
-        if (i > 0) add_to(b, even, w.second[i - 1]);
-        if (i < 4) add_to(a, odd, w.first[i + 1]);
-        add_to(b, odd, w.second[i]);
+        dot_to(a, even, w.first[i]);
+        if (i > 0) dot_to(b, even, w.second[i - 1]);
+        if (i < 4) dot_to(a, odd, w.first[i + 1]);
+        dot_to(b, odd, w.second[i]);
       }
     };
     phase_blocks<kUnit>(c, pieces, count, dst, sums);

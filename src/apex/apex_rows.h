@@ -142,6 +142,6 @@ struct ApexRows {
   void (*divide)(const uint16_t *row, int alpha, ptrdiff_t n, uint8_t *dst);
 };
 
-LOX_ROW_TABLE(ApexRows, apex_rows)
+LOX_ROW_TABLE_WITH_DOT(ApexRows, apex_rows)
 
 }  // namespace lox

@@ -227,7 +227,7 @@ struct ApexStreams : ApexPairs<V> {
           Reg sum = half;
           LOX_UNROLL
           for (int k = 0; k < 5; ++k) {
-            Sums::add_to(sum, x[(i + 1) / 2 + k], w[5 * i + k]);
+            Sums::dot_to(sum, x[(i + 1) / 2 + k], w[5 * i + k]);
           }
           sums[r][i] = sum;
         }

@@ -23,6 +23,11 @@ struct ApexSums {
   LOX_OP void add_to(Reg &sum, Reg samples, Reg weights) {
     sum = R::add32(sum, R::multiply_add16(samples, weights));
   }
+  // In one instruction where there is one, which takes longer until the next
+  // one can follow: for sums that are many, or no longer than a few products.
+  LOX_OP void dot_to(Reg &sum, Reg samples, Reg weights) {
+    sum = R::multiply_add16_to(sum, samples, weights);
+  }
   // Words as loaded to samples.
   template <ApexSample S>
   LOX_OP Reg samples(Reg v) {
@@ -100,7 +105,7 @@ struct ApexSums {
       const Reg w = two_weights(weights);
       LOX_UNROLL
       for (int r = 0; r < 4 * kTimes; ++r) {
-        add_to(sum[r / 4][r % 4], load(*pairs + 2 * x + r * (n / 2)), w);
+        dot_to(sum[r / 4][r % 4], load(*pairs + 2 * x + r * (n / 2)), w);
       }
     }
     LOX_UNROLL

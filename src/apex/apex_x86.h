@@ -218,10 +218,10 @@ struct ApexOps : ApexSums<V> {
           for (int32_t k = c.steps; k != 0; --k, weights += 64) {
             const __m512i w0 = _mm512_loadu_si512(weights);
             const __m512i w1 = _mm512_loadu_si512(weights + 32);
-            Of512::add_to(a0, picked<S, kTwo>(row + from0, place0), w0);
-            Of512::add_to(b0, picked<S, kTwo>(below + from0, place0), w0);
-            Of512::add_to(a1, picked<S, kTwo>(row + from1, place1), w1);
-            Of512::add_to(b1, picked<S, kTwo>(below + from1, place1), w1);
+            Of512::dot_to(a0, picked<S, kTwo>(row + from0, place0), w0);
+            Of512::dot_to(b0, picked<S, kTwo>(below + from0, place0), w0);
+            Of512::dot_to(a1, picked<S, kTwo>(row + from1, place1), w1);
+            Of512::dot_to(b1, picked<S, kTwo>(below + from1, place1), w1);
             from0 += step;
             from1 += step;
           }

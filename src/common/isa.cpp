@@ -18,8 +18,30 @@ constexpr int kLevels = static_cast<int>(sizeof(kNames) / sizeof(kNames[0]));
 
 namespace detail {
 constinit int isa_level_now = 0;
+constinit int isa_dot_level_now = 0;
 constinit LookUps look_ups_now = LookUps::kLoads;
 }  // namespace detail
+
+namespace {
+
+bool dot_products = false;
+
+void choose_dot_level() {
+  const bool above = dot_products && detail::isa_level_now == kLevels - 1;
+  detail::isa_dot_level_now = detail::isa_level_now + (above ? 1 : 0);
+}
+
+}  // namespace
+
+void set_dot_products(bool one_instruction) {
+  bool there = false;
+#if (defined(__x86_64__) || defined(__i386__)) && !defined(LOX_PORTABLE)
+  __builtin_cpu_init();
+  there = __builtin_cpu_supports("avx512vnni");
+#endif
+  dot_products = one_instruction && there;
+  choose_dot_level();
+}
 
 void set_look_ups(LookUps how) {
 #if defined(__x86_64__) || defined(__i386__)
@@ -55,6 +77,7 @@ const char *isa_name(int level) {
 void isa_limit(int level) {
   const int best = isa_best();
   detail::isa_level_now = level < 0 ? 0 : level < best ? level : best;
+  choose_dot_level();
 }
 
 namespace {
@@ -63,6 +86,7 @@ namespace {
 // for a call.
 [[gnu::constructor]] void choose_level() {
   isa_limit(isa_best());
+  set_dot_products(true);
 #if defined(__x86_64__) || defined(__i386__)
   unsigned a = 0, b = 0, c = 0, d = 0;
   constexpr unsigned kHalfPrecision = 1u << 23;

@@ -8,6 +8,8 @@
 
 // LOX_FOR_EACH_SET(X, ...): X(set, ...) for each set, worst first. Must agree
 // with cmake/rows.cmake.
+// LOX_FOR_DOT_SET is what families with a form for VNNI have more.
+#define LOX_FOR_DOT_SET(X, ...)
 #if defined(LOX_PORTABLE)
 #define LOX_FOR_EACH_SET(X, ...) X(portable __VA_OPT__(, ) __VA_ARGS__)
 #elif defined(__x86_64__) || defined(__i386__)
@@ -16,6 +18,8 @@
   X(sse41 __VA_OPT__(, ) __VA_ARGS__)    \
   X(avx2 __VA_OPT__(, ) __VA_ARGS__)     \
   X(avx512 __VA_OPT__(, ) __VA_ARGS__)
+#undef LOX_FOR_DOT_SET
+#define LOX_FOR_DOT_SET(X, ...) X(avx512_vnni __VA_OPT__(, ) __VA_ARGS__)
 #elif defined(LOX_TRIM)
 #define LOX_FOR_EACH_SET(X, ...) X(neon __VA_OPT__(, ) __VA_ARGS__)
 #elif defined(__ARM_NEON)
@@ -58,6 +62,22 @@ inline LookUps look_ups() { return detail::look_ups_now; }
 
 // For tests, on one thread. Not exported.
 void set_look_ups(LookUps how);
+
+// The level of families that have a form more: behind AVX-512 the same with
+// VNNI, which adds products of words to sums in one instruction. It is taken
+// wherever it is, on Intel's and AMD's.
+namespace detail {
+extern int isa_dot_level_now;
+}
+#if defined(LOX_TRIM)
+constexpr int isa_dot_level() { return 0; }
+#else
+inline int isa_dot_level() { return detail::isa_dot_level_now; }
+#endif
+
+// For tests, on one thread: whether AVX-512 runs that form, where there is one.
+// Not exported.
+void set_dot_products(bool one_instruction);
 
 // For tests and benchmarks, on one thread: runs `level`, or the best one if the
 // machine has less. Not exported.

@@ -89,6 +89,14 @@ LOX_OP Reg sub8(Reg a, Reg b) { return LOX_MM(sub_epi8)(a, b); }
 LOX_OP Reg average8(Reg a, Reg b) { return LOX_MM(avg_epu8)(a, b); }
 LOX_OP Reg average16(Reg a, Reg b) { return LOX_MM(avg_epu16)(a, b); }
 LOX_OP Reg multiply_add16(Reg a, Reg b) { return LOX_MM(madd_epi16)(a, b); }
+// The same, added to 32-bit sums.
+LOX_OP Reg multiply_add16_to(Reg sum, Reg a, Reg b) {
+#if defined(__AVX512VNNI__)
+  return LOX_MM(dpwssd_epi32)(sum, a, b);
+#else
+  return LOX_MM(add_epi32)(sum, LOX_MM(madd_epi16)(a, b));
+#endif
+}
 // (a b + 2^14) >> 15, of which 2^15 wraps around.
 LOX_OP Reg multiply_round16(Reg a, Reg b) { return LOX_MM(mulhrs_epi16)(a, b); }
 LOX_OP Reg abs16(Reg v) { return LOX_MM(abs_epi16)(v); }

@@ -3,8 +3,9 @@
 # x86_instructions.sh MANIFEST (lines "SET OBJECT"): which instructions the
 # objects contain. Baseline and portable ones run on every processor and may use
 # none newer than SSE2; those for SSE4.1 none in the encodings that came with
-# AVX, those for AVX2 none of AVX-512. The objects for AVX2 and AVX-512 show that
-# the search finds them where they are.
+# AVX, those for AVX2 none of AVX-512, and those for that none of VNNI. The
+# objects for AVX2, AVX-512 and VNNI show that the search finds them where they
+# are.
 set -euo pipefail
 status=0
 
@@ -14,6 +15,8 @@ vex='^v|%[yz]mm|%k[0-7]|^k(mov|and|or|xor|not|test|unpck|shift)'
 vex+='|^(andn|bextr|bls(i|r|msk)|bzhi|mulx|pdep|pext|rorx|sarx|shlx|shrx)\b'
 # What came with AVX-512: its registers.
 wide='%zmm|%[xy]mm(1[6-9]|2[0-9]|3[01])|%k[0-7]'
+# VNNI.
+dot='^vpdp'
 # SSE3 to SSE4.2, and population and zero counts.
 newer='^(addsub|hadd|hsub|lddqu|mov(s[hl]|d)dup|pabs|palignr|phadd|phsub)'
 newer+='|^(pmaddubsw|pmulhrsw|pshufb|psign|blend|pblend|dpp[ds]|extractps)'
@@ -40,6 +43,7 @@ refuse() {
 checked=0
 vex_lines=0
 wide_lines=0
+dot_lines=0
 while read -r set_name object; do
   case $set_name in
     baseline | portable)
@@ -51,7 +55,11 @@ while read -r set_name object; do
       refuse "$wide" "$object"
       vex_lines=$((vex_lines + $(found "$vex" "$object" | wc -l)))
       ;;
-    avx512) wide_lines=$((wide_lines + $(found "$wide" "$object" | wc -l))) ;;
+    avx512)
+      refuse "$dot" "$object"
+      wide_lines=$((wide_lines + $(found "$wide" "$object" | wc -l)))
+      ;;
+    avx512_vnni) dot_lines=$((dot_lines + $(found "$dot" "$object" | wc -l))) ;;
     *)
       echo "unknown set: $set_name" >&2
       status=1
@@ -59,7 +67,8 @@ while read -r set_name object; do
   esac
 done <"$1"
 
-if [[ $checked -eq 0 || $vex_lines -eq 0 || $wide_lines -eq 0 ]]; then
+if [[ $checked -eq 0 || $vex_lines -eq 0 || $wide_lines -eq 0 ||
+  $dot_lines -eq 0 ]]; then
   echo "no baseline object, or no AVX instruction where there must be" >&2
   status=1
 fi

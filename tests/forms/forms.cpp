@@ -31,6 +31,7 @@ bool agree(const Function &function, const Function &rule, int number,
   // Loads of every kind, and writing as every kind of processor gains by, with
   // caches that large pictures leave.
   lox::set_look_ups(static_cast<lox::LookUps>(number % 3));
+  lox::set_dot_products(number % 4 < 2);
   lox::set_memory_rule(lox::memory_rule(
       number % 2 == 0 ? lox::Core::kStreams : lox::Core::kFetches,
       {size_t{1} << 18, size_t{1} << 20}, true));
