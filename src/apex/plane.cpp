@@ -187,12 +187,13 @@ void repeat(int32_t size, const uint8_t *pixel, int64_t bytes, uint8_t *dst) {
       }
   }
 }
-// Whether a piece is read from a copy, and of which pixels.
+// Whether a piece is read from a copy, or from planes, and what that is made
+// of.
 struct Copied {
   bool is;
-  int64_t from, to;
   // Bytes that do not count, of the first pixel repeated, of the row from `at`
-  // on, of the last pixel repeated, and all with what these are longer.
+  // on, of the last pixel repeated, and all with what these are longer. Of
+  // planes those of each, `at` in them, too.
   int64_t skipped, before, at, inside, behind, all;
 };
 
@@ -250,22 +251,23 @@ class Across {
     pieces_[count_] = a.piece(begin, end - begin, first, strip);
     Copied &c = copied_[count_++];
     c.is = copied;
-    c.from = first / plan_.parts;
-    c.to = (a.end(plan_.tables, end - 1) - 1) / plan_.parts + 1;
+    const int64_t first_pixel = first / plan_.parts;
+    const int64_t end_pixel =
+        (a.end(plan_.tables, end - 1) - 1) / plan_.parts + 1;
     const int64_t count = p_.across.src_count;
-    const int32_t bytes = pixel();
+    const int32_t bytes = plan_.splits ? 1 : pixel();
     const int32_t begun = plan_.across.first[0] < 0 ? plan_.across.first[0] : 0;
-    const int64_t from = c.from < begun ? begun : c.from;
-    const int64_t to = c.to < plan_.needed ? c.to : plan_.needed;
+    const int64_t from = first_pixel < begun ? begun : first_pixel;
+    const int64_t to = end_pixel < plan_.needed ? end_pixel : plan_.needed;
     const int64_t inside = from < 0 ? 0 : from < count ? from : count;
     const int64_t last = to < count ? to : count;
     const int64_t behind = to - (last > from ? last : from);
-    c.skipped = (from - c.from) * bytes;
+    c.skipped = (from - first_pixel) * bytes;
     c.before = from < 0 ? (inside - from) * bytes : 0;
     c.at = inside * bytes;
     c.inside = inside < last ? (last - inside) * bytes : 0;
     c.behind = behind * bytes;
-    c.all = (c.to - c.from) * bytes + kRepeated;
+    c.all = (end_pixel - first_pixel) * bytes + kRepeated;
   }
   int32_t pixel() const { return p_.parts * apex_bytes(plan_.sample); }
   int16_t *slot(int32_t pair) const {
@@ -349,24 +351,19 @@ class Across {
   }
 
   // The same by planes.
-  void split(const uint8_t *row, const Copied &wanted, ptrdiff_t ahead,
+  void split(const uint8_t *row, const Copied &c, ptrdiff_t ahead,
              uint8_t *dst) const {
-    const int64_t count = p_.across.src_count;
-    const int64_t to = wanted.to < plan_.needed ? wanted.to : plan_.needed;
-    int64_t from = wanted.from < 0 ? 0 : wanted.from;
-    if (from >= count) from = count - 1;
-    const int64_t inside = (to < count ? to : count) - from;
-    const int64_t before = wanted.from < 0 ? -wanted.from : 0;
-    const int64_t behind = to - wanted.from - before - inside;
-    if (inside > 0) {
-      apex_rows().split(row + 3 * from, ahead, static_cast<ptrdiff_t>(inside),
-                        plan_.split_bytes, dst + before);
+    const uint8_t *const last = row + 3 * (int64_t{p_.across.src_count} - 1);
+    uint8_t *to = dst + c.skipped;
+    if (c.inside > 0) {
+      apex_rows().split(row + 3 * c.at, ahead, static_cast<ptrdiff_t>(c.inside),
+                        plan_.split_bytes, to + c.before);
     }
-    for (int32_t part = 0; part < 3; ++part, dst += plan_.split_bytes) {
-      std::memset(dst, row[part], static_cast<size_t>(before));
-      if (behind > 0) {
-        std::memset(dst + before + inside, row[3 * (count - 1) + part],
-                    static_cast<size_t>(behind));
+    for (int32_t part = 0; part < 3; ++part, to += plan_.split_bytes) {
+      std::memset(to, row[part], static_cast<size_t>(c.before));
+      if (c.behind > 0) {
+        std::memset(to + c.before + c.inside, last[part],
+                    static_cast<size_t>(c.behind));
       }
     }
   }
