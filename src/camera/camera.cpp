@@ -270,8 +270,7 @@ class Job {
     constexpr int32_t kRows = 64;
     alignas(64) uint8_t strip[kStripBytes];
     const RotateRows &kernels = rotate_rows();
-    const bool stream =
-        pixels() * static_cast<uint64_t>(unit_) >= memory_now().stream_columns;
+    const bool stream = streams_columns(width_, height_, unit_);
     const bool far = is_far();
     const auto transpose_rows =
         (stream ? kernels.transpose_past : kernels.transpose)[unit_ - 1];

@@ -98,7 +98,7 @@ const uint8_t *CameraRows::samples(int p, int32_t row, int32_t x, int32_t count,
     for (int32_t y = row >> shift; y <= (row + 1) >> shift; ++y) {
       const uint8_t *const first =
           plane.first + plane.stride * y + ptrdiff_t{x >> shift} * plane.step;
-      for (ptrdiff_t i = 0; i < bytes; i += 64) __builtin_prefetch(first + i);
+      fetch_run(reinterpret_cast<uintptr_t>(first), bytes);
     }
   }
 }

@@ -49,6 +49,25 @@ extern MemoryRule memory_now;
   return detail::memory_now;
 }
 
+// Whether a quarter turn writes a plane of this size past the caches.
+[[gnu::always_inline]] static inline bool streams_columns(int64_t width,
+                                                          int64_t height,
+                                                          int64_t unit) {
+  return static_cast<uint64_t>(width) * static_cast<uint64_t>(height) *
+             static_cast<uint64_t>(unit) >=
+         memory_now().stream_columns;
+}
+
+// Fetches the lines of a run of bytes, which need not be any object's. Always
+// inlined: it stores nothing, so that compilers leave calls of it out.
+[[gnu::always_inline]] static inline void fetch_run(uintptr_t first,
+                                                    ptrdiff_t bytes) {
+  for (ptrdiff_t i = 0; i < bytes; i += 64) {
+    __builtin_prefetch(
+        reinterpret_cast<const void *>(first + static_cast<uintptr_t>(i)));
+  }
+}
+
 // For tests and benchmarks, on one thread. Not exported.
 void set_memory_rule(const MemoryRule &rule);
 

@@ -36,10 +36,8 @@ class Turner {
       uint8_t *const to = place(block, p, x, y);
       if (is_quarter(rotation_)) {
         const int unit = shape_.unit(p);
-        const bool past = static_cast<uint64_t>(shape_.columns(p, width_)) *
-                              static_cast<uint64_t>(shape_.rows(p, height_)) *
-                              static_cast<uint64_t>(unit) >=
-                          memory_now().stream_columns;
+        const bool past = streams_columns(shape_.columns(p, width_),
+                                          shape_.rows(p, height_), unit);
         turn_block(unit, rotation_, block.plane[p], block.width[p],
                    block.height[p], block.stride[p], dst_.stride[p], to, past);
       } else {
@@ -131,9 +129,9 @@ int32_t columns_of(const Shape &shape, int32_t left, int32_t rows) {
                                          const vexo_img &block) {
   for (int p = 0; p < shape.planes(); ++p) {
     for (ptrdiff_t y = 0; y < block.height[p]; ++y) {
-      const uint8_t *const row = block.plane[p] + y * block.stride[p];
-      const ptrdiff_t bytes = ptrdiff_t{block.width[p]} * shape.unit(p);
-      for (ptrdiff_t i = 0; i < bytes; i += 64) __builtin_prefetch(row + i);
+      fetch_run(
+          reinterpret_cast<uintptr_t>(block.plane[p] + y * block.stride[p]),
+          ptrdiff_t{block.width[p]} * shape.unit(p));
     }
   }
 }

@@ -210,9 +210,7 @@ template <int kUnit>
 void transpose(const uint8_t *src, ptrdiff_t src_step, uint8_t *dst,
                ptrdiff_t dst_step, ptrdiff_t width, ptrdiff_t height) {
 #if LOX_VECTORS
-  if (kStreams<kUnit> &&
-      static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * kUnit >=
-          memory_now().stream_columns) {
+  if (kStreams<kUnit> && streams_columns(width, height, kUnit)) {
     return transpose_past<kUnit, false>(src, src_step, dst, dst_step, width,
                                         height);
   }

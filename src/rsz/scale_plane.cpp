@@ -95,10 +95,7 @@ class QuarterTurn {
 
  private:
   static bool is_past(const ScaleJob &job) {
-    return static_cast<uint64_t>(job.across.dst) *
-               static_cast<uint64_t>(job.down.dst) *
-               static_cast<uint64_t>(job.type.unit) >=
-           memory_now().stream_columns;
+    return streams_columns(job.across.dst, job.down.dst, job.type.unit);
   }
   // A place in the destination row of the strip's first column.
   uint8_t *at(int32_t column) const {

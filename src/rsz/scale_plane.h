@@ -109,12 +109,9 @@ class StripRows {
     const int32_t end = step.at + (step.part == 0 ? 1 : 2);
     for (int32_t row = step.at < fetched_ ? fetched_ : step.at; row < end;
          ++row) {
-      const auto at =
-          reinterpret_cast<uintptr_t>(job_->src) +
-          static_cast<uintptr_t>(job_->src_step * row + fetch_from_);
-      for (ptrdiff_t i = 0; i < fetch_bytes_; i += 64) {
-        __builtin_prefetch(reinterpret_cast<const void *>(at + i));
-      }
+      fetch_run(reinterpret_cast<uintptr_t>(job_->src) +
+                    static_cast<uintptr_t>(job_->src_step * row + fetch_from_),
+                fetch_bytes_);
     }
     if (end > fetched_) fetched_ = end;
   }
