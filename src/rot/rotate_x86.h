@@ -193,7 +193,7 @@ using NarrowRotate = RotateOps<Narrow>;
 // Of units of so many bytes a register has whole lines, or few parts of them.
 using StreamRotate = RotateOps<Wide>;
 template <int kUnit>
-constexpr bool kStreams = kUnit == 4 ||
+constexpr bool kStreams = kUnit == 4 || kUnit == 2 ||
                           (kUnit != 3 && sizeof(Wide::R::Reg) == 64);
 
 }  // namespace lox::LOX_SET
