@@ -138,12 +138,22 @@ CameraRows CameraRows::turned(int32_t x, int32_t y, int32_t columns,
   return result;
 }
 
+// Of rows that nobody takes steps may be more than there is memory.
+constexpr ptrdiff_t times(ptrdiff_t step, int32_t rows) {
+  return static_cast<ptrdiff_t>(static_cast<size_t>(step) *
+                                static_cast<size_t>(rows));
+}
+
 void CameraRows::make(RowRange rows, int32_t x, int32_t width,
                       Target to) const {
   Scratch scratch;
   const int32_t half = width / 2 + width % 2;
   for (int32_t y = rows.begin; y < rows.end;) {
     const bool two = y % 2 == 0 && y + 1 < rows.end;
+    // Pairs of rows that lie in place are one call. Measured: what is fetched
+    // comes best a pair at a time.
+    const bool together = any_width() && !to.fetch_source;
+    const int32_t pairs = !two ? 0 : together ? (rows.end - y) / 2 : 1;
     YuvToRgbRows at = {{samples(0, y, x, width, scratch.luma[0]), nullptr},
                        {samples(1, y / 2, x / 2, half, scratch.chroma[0]),
                         samples(2, y / 2, x / 2, half, scratch.chroma[1])},
@@ -153,14 +163,20 @@ void CameraRows::make(RowRange rows, int32_t x, int32_t width,
     if (two) {
       at.y[1] = samples(0, y + 1, x, width, scratch.luma[1]);
       at.rgb[1] = to.first + to.step;
+      at.count = pairs;
+      at.y_step = times(plane_[0].stride, 2);
+      at.chroma_step[0] = plane_[1].stride;
+      at.chroma_step[1] = plane_[2].stride;
+      at.rgb_step = times(to.step, 2);
     }
     constexpr int32_t kAhead = 32;
     if (two && to.fetch_source && y < height_ - kAhead - 1) {
       fetch_pair(y + kAhead, x, width);
     }
     convert(&at, width, &scratch);
-    y += two ? 2 : 1;
-    to.first += two ? 2 * to.step : to.step;
+    const int32_t done = two ? 2 * pairs : 1;
+    y += done;
+    to.first += times(to.step, done);
   }
 }
 
