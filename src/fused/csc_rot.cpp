@@ -259,15 +259,20 @@ class Straight {
     const int32_t width = src_.width[0];
     if (!mirrors_) return width % 2 == 0 || !in_whole_pairs(route_);
     return width % 8 == 0 && src_.format / 100 != 1 &&
-           from_.bytes(width, kRows) <= kStripBytes;
+           from_.bytes(width, kFewRows) <= kStripBytes;
   }
   void convert() const {
     if (!mirrors_) return route_.convert(src_, dst_);
     alignas(64) uint8_t bytes[kStripBytes];
     const int32_t width = src_.width[0];
     const int32_t height = src_.height[0];
-    const vexo_img strip = from_.strip(bytes, width, kRows);
-    for (Parts part(height, kRows, false, false); part.more(); part.next()) {
+    // Calls for few rows cost more, and so do rows that leave the first cache.
+    constexpr int32_t kManyRows = 16;
+    constexpr int64_t kNearest = int64_t{24} << 10;
+    const int32_t rows =
+        from_.bytes(width, kManyRows) <= kNearest ? kManyRows : kFewRows;
+    const vexo_img strip = from_.strip(bytes, width, rows);
+    for (Parts part(height, rows, false, false); part.more(); part.next()) {
       const vexo_img some = from_.part(src_, 0, part.y(), width, part.rows());
       const vexo_img mirrored = from_.part(strip, 0, 0, width, part.rows());
       for (int p = 0; p < from_.planes(); ++p) {
@@ -283,7 +288,7 @@ class Straight {
   }
 
  private:
-  static constexpr int32_t kRows = 4;
+  static constexpr int32_t kFewRows = 4;
 
   const vexo_img &src_;
   const Route &route_;
