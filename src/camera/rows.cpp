@@ -150,10 +150,13 @@ void CameraRows::make(RowRange rows, int32_t x, int32_t width,
   const int32_t half = width / 2 + width % 2;
   for (int32_t y = rows.begin; y < rows.end;) {
     const bool two = y % 2 == 0 && y + 1 < rows.end;
-    // Pairs of rows that lie in place are one call. Measured: what is fetched
-    // comes best a pair at a time.
-    const bool together = any_width() && !to.fetch_source;
-    const int32_t pairs = !two ? 0 : together ? (rows.end - y) / 2 : 1;
+    // Pairs of rows that lie in place are one call. Kernels of words fetch what
+    // they read next by themselves; for others it comes best from some pairs
+    // further down.
+    const bool fetch = to.fetch_source && (layout_ != kRgb565 || to_565_);
+    const int32_t pairs = !two                    ? 0
+                          : any_width() && !fetch ? (rows.end - y) / 2
+                                                  : 1;
     YuvToRgbRows at = {{samples(0, y, x, width, scratch.luma[0]), nullptr},
                        {samples(1, y / 2, x / 2, half, scratch.chroma[0]),
                         samples(2, y / 2, x / 2, half, scratch.chroma[1])},
@@ -168,9 +171,10 @@ void CameraRows::make(RowRange rows, int32_t x, int32_t width,
       at.chroma_step[0] = plane_[1].stride;
       at.chroma_step[1] = plane_[2].stride;
       at.rgb_step = times(to.step, 2);
+      at.far = to.fetch_source;
     }
     constexpr int32_t kAhead = 32;
-    if (two && to.fetch_source && y < height_ - kAhead - 1) {
+    if (two && fetch && y < height_ - kAhead - 1) {
       fetch_pair(y + kAhead, x, width);
     }
     convert(&at, width, &scratch);
