@@ -2,6 +2,7 @@
 //
 // Conversion and a turn in one pass: blocks of the source are converted into a
 // strip on the stack, and turned from there while they are in the near caches.
+// Where all pixels have one rule planes are turned first, having fewer bytes.
 #include "common/caches.h"
 #include "csc/routes.h"
 #include "csc/yuv_to_rgb_rows.h"

@@ -190,10 +190,11 @@ struct RotateOps {
 
 using WideRotate = RotateOps<Bulk>;
 using NarrowRotate = RotateOps<Narrow>;
-// Of units of so many bytes a register has whole lines, or few parts of them.
+// Of which units tiles write whole lines, or parts of few enough that they are
+// put together before they leave.
 using StreamRotate = RotateOps<Wide>;
 template <int kUnit>
-constexpr bool kStreams = kUnit == 4 || kUnit == 2 ||
-                          (kUnit != 3 && sizeof(Wide::R::Reg) == 64);
+constexpr bool kStreams = kUnit == 2 || kUnit == 4 ||
+                          (kUnit == 1 && sizeof(Wide::R::Reg) == 64);
 
 }  // namespace lox::LOX_SET
