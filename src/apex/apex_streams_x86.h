@@ -167,8 +167,8 @@ struct ApexStreams : ApexPairs<V> {
       Reg sum = R::fill32(1 << (apex_bits(S) - 1));
       LOX_UNROLL
       for (int i = 0; i < 6; ++i) {
-        const Reg more = R::add32(R::multiply_add16(pairs[0], w[2 * i]),
-                                  R::multiply_add16(pairs[1], w[2 * i + 1]));
+        Reg more = R::multiply_add16(pairs[0], w[2 * i]);
+        Sums::dot_to(more, pairs[1], w[2 * i + 1]);
         if (i > 0) {
           const Reg last = sum;
           sum = elements_from<kRowSums - kParts>(until[i - 1], sum);
