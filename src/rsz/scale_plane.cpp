@@ -110,8 +110,9 @@ class QuarterTurn {
   Strip<> strip_;
 };
 
+// Apart from the other turns: what a row needs stays in registers, or near.
 template <class Sink>
-void scale_by_strips(const ScaleJob &job) {
+[[gnu::noinline]] void scale_by_strips(const ScaleJob &job) {
   Columns columns;
   for (int32_t first = 0; first < job.across.dst; first += columns.count) {
     const StripSize strip = Sink::next(job, job.across.dst - first);

@@ -93,7 +93,8 @@ class StripRows {
         rows_->columns(source(step.at), dst, columns_);
       }
     } else if (job_->at_once) {
-      rows_->box(source(step.at), source(step.at + 1), dst, columns_);
+      const uint8_t *const row = source(step.at);
+      rows_->box(row, row + job_->src_step, dst, columns_);
     } else {
       rows_->lerp(across(step.at), across(step.at + 1), dst, bytes_, step,
                   job_->down.scaling == Scaling::kEnlargeMod1);
