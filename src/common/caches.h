@@ -89,8 +89,11 @@ constexpr size_t kLongString = size_t{4} << 10;
 constexpr int kStripBytes = 80 << 10;
 // Whether reductions fetch the rows that are some further down.
 constexpr bool kFetchesRows = true;
+// Whether tiles beside each other are copied together.
+constexpr bool kTilesAtOnce = true;
 #else
 constexpr bool kFetchesRows = false;
+constexpr bool kTilesAtOnce = false;
 constexpr int kStripBytes = 40 << 10;
 #endif
 

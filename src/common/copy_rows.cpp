@@ -132,6 +132,43 @@ void copy_tile(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
   }
 }
 
+// 64 bytes, which compilers move in halves of a register.
+LOX_INLINE void copy_line(uint8_t *to, const uint8_t *from) {
+#if LOX_VECTORS
+  for (int i = 0; i < 64; i += Wide::kBlock) {
+    Wide::put_block(to, Wide::take_block(from));
+  }
+#else
+  memcpy(to, from, 64);
+#endif
+}
+
+void copy_tiles(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *const *tiles,
+                int count, int rows, bool far) {
+  constexpr ptrdiff_t kBytes = 64;
+  if (!far) {
+    // Row by row, which writes along the destination.
+    for (int row = 0; row < rows; ++row) {
+      for (int i = 0; i < count; ++i) {
+        copy_line(dst + row * dst_step + i * kBytes, tiles[i] + row * kBytes);
+      }
+    }
+    return;
+  }
+  // Tile by tile, which reads along the source. No processor sees what comes
+  // next, in the source or in as many rows of the destination.
+  for (int i = 0; i < count; ++i) {
+    for (int row = 0; row < rows; ++row) {
+      uint8_t *const to = dst + row * dst_step + i * kBytes;
+#if LOX_VECTORS
+      prefetch(tiles[i + 1], row * kBytes);
+      prefetch(to, kBytes);
+#endif
+      copy_line(to, tiles[i] + row * kBytes);
+    }
+  }
+}
+
 void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
                 ptrdiff_t src_step, size_t n, int rows) {
   switch (n) {
@@ -151,6 +188,10 @@ void copy_block(uint8_t *dst, ptrdiff_t dst_step, const uint8_t *src,
 }  // namespace
 
 constinit const CopyRows copy_rows = {
-    .copy = copy, .copy_far = copy_far, .copy_block = copy_block};
+    .copy = copy,
+    .copy_far = copy_far,
+    .copy_block = copy_block,
+    .copy_tiles = copy_tiles,
+};
 
 }  // namespace lox::LOX_SET

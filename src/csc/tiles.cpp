@@ -3,6 +3,8 @@
 // Copies tiled pictures from and to rows, tile by tile.
 #include "csc/tiles.h"
 
+#include "common/caches.h"
+#include "common/copy_rows.h"
 #include "csc/drivers.h"
 #include "csc/kernel_args.h"
 #include "csc/layout_rows.h"
@@ -28,8 +30,44 @@ int64_t crossed_offset(int32_t width, int32_t height, int32_t x, int32_t y) {
 
 namespace {
 
+// Tiles of 64 bytes a row, several at once.
+void copy_from_wide_tiles(const TilePlane &plane, RowRange range,
+                          const uint8_t *src, int32_t dst_stride,
+                          uint8_t *dst) {
+  constexpr int kWidth = 64;
+  constexpr int kAtOnce = 16;
+  const CopyRows &kernels = copy_rows();
+  const bool far = uint64_t{2} * static_cast<uint64_t>(plane.width()) *
+                       static_cast<uint64_t>(plane.height()) >=
+                   memory_now().far_from;
+  if (plane.width() < 1) return;
+  const int32_t whole = plane.width() - plane.width() % kWidth;
+  for (int32_t y = range.begin, rows; y < range.end; y += rows) {
+    rows = plane.rows_from(y, range.end);
+    uint8_t *const to = dst + ptrdiff_t{y} * dst_stride;
+    const auto tile = [&](int32_t x) {
+      return x < plane.width()      ? src + plane.offset(x, y)
+             : y + rows < range.end ? src + plane.offset(0, y + rows)
+                                    : src;
+    };
+    for (int32_t x = 0, count; x < whole; x += count * kWidth) {
+      count = TilePlane::step(x / kWidth, whole / kWidth, kAtOnce);
+      const uint8_t *tiles[kAtOnce + 1];
+      for (int i = 0; i <= count; ++i) tiles[i] = tile(x + i * kWidth);
+      kernels.copy_tiles(to + x, dst_stride, tiles, count, rows, far);
+    }
+    if (whole < plane.width()) {
+      copy_block(to + whole, dst_stride, tile(whole), kWidth,
+                 plane.width() - whole, rows);
+    }
+  }
+}
+
 void copy_from_tiles(const TilePlane &plane, RowRange range, const uint8_t *src,
                      int32_t dst_stride, uint8_t *dst) {
+  if (kTilesAtOnce && plane.tile_width() == 64) {
+    return copy_from_wide_tiles(plane, range, src, dst_stride, dst);
+  }
   plane.for_tiles(
       range, [&](int32_t x, int32_t y, int32_t bytes, int32_t rows) {
         copy_block(dst + ptrdiff_t{y} * dst_stride + x, dst_stride,

@@ -62,13 +62,18 @@ class TilePlane {
     return (tile * tile_rows_ + y % tile_rows_) * tile_width_ + x % tile_width_;
   }
 
+  // How many rows from y to `end` are in one row of tiles.
+  int32_t rows_from(int32_t y, int32_t end) const {
+    return step(y, end, tile_rows_ - y % tile_rows_);
+  }
+
   // Calls each(x, y, bytes, rows) for the part of every tile that lies in these
   // rows of the plane.
   template <class Each>
   void for_tiles(RowRange range, Each each) const {
     if (width_ < 1) return;
     for (int32_t y = range.begin; y < range.end;) {
-      const int32_t rows = step(y, range.end, tile_rows_ - y % tile_rows_);
+      const int32_t rows = rows_from(y, range.end);
       for (int32_t x = 0; x < width_; x += step(x, width_, tile_width_)) {
         each(x, y, step(x, width_, tile_width_), rows);
       }

@@ -334,9 +334,7 @@ LOX_INLINE void for_rows(const YuvToRgbRows &first, Convert convert_one) {
                        first.fetch,
                        first.column,
                        first.row};
-#if LOX_VECTORS && !defined(LOX_SET_neon)
   rows.far = first.far;
-#endif
   for (int32_t left = first.count;;) {
     convert_one(rows);
     if (--left == 0) return;

@@ -8,10 +8,13 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "common/caches.h"
 #include "common/isa.h"
 #include "rules/rules.h"
+#include "rules/tiles.h"
 #include "support/conversion_name.h"
 
 namespace lox_test {
@@ -179,6 +182,56 @@ TEST(Tiles, LieWhereTheySay) {
   EXPECT_EQ(vexo_get_tile_offset(256, 32, 128, 0), 4096);
   EXPECT_EQ(vexo_get_tile_offset(256, 32, 256, 0), 8192);
   EXPECT_EQ(vexo_get_tile_offset(256, 96, 128, 64), 20480);
+}
+
+// More tiles beside each other than are copied together, in the caches and
+// beyond, in one go and in ranges of rows that end within tiles.
+TEST(Tiles, GoToRowsManyAtOnce) {
+  const lox::MemoryRule rule = lox::memory_now();
+  for (int number = 0; number < 48; ++number) {
+    constexpr int32_t kWidths[] = {1024, 1102, 2112};
+    const int32_t width = kWidths[number % 3];
+    const int32_t height = number / 3 % 2 == 0 ? 96 : 134;
+    lox::MemoryRule other = rule;
+    other.far_from = number / 6 % 2 == 0 ? 0 : SIZE_MAX;
+    lox::set_memory_rule(other);
+    lox::isa_limit(number / 12 % 4);
+    Planes src(exact_image(VEXO_FMT_T64X32, width, height));
+    Planes dst(exact_image(VEXO_FMT_NV12, width, height));
+    uint32_t noise = 1;
+    for (auto &memory : src.memory) {
+      for (uint8_t &byte : memory) {
+        noise = noise * 1664525 + 1013904223;
+        byte = static_cast<uint8_t>(noise >> 24);
+      }
+    }
+    vexo_img from = {}, to = {};
+    from.format = VEXO_FMT_T64X32;
+    to.format = VEXO_FMT_NV12;
+    for (int p = 0; p < 2; ++p) {
+      for (auto [image, planes] : {std::pair(&from, &src), {&to, &dst}}) {
+        image->plane[p] = planes->plane[p];
+        image->width[p] = planes->width[p];
+        image->height[p] = planes->height[p];
+        image->stride[p] = planes->stride[p];
+      }
+    }
+    const int32_t ends[] = {0, number % 2 == 0 ? height : 42, height};
+    for (int i = 0; i < 2; ++i) {
+      if (ends[i] == ends[i + 1]) continue;
+      ASSERT_EQ(vexo_csc_rows(&from, &to, ends[i], ends[i + 1]), VEXO_OK);
+    }
+    for (int p = 0; p < 2; ++p) {
+      for (int32_t i = 0; i < width * (height >> p); ++i) {
+        const int64_t at = tile_byte(VEXO_FMT_T64X32, p == 1, width,
+                                     height >> p, i % width, i / width);
+        ASSERT_EQ(dst.memory[p][static_cast<size_t>(i)],
+                  src.memory[p][static_cast<size_t>(at)])
+            << width << "x" << height << ", plane " << p << ", byte " << i;
+      }
+    }
+  }
+  lox::set_memory_rule(rule);
 }
 
 }  // namespace
