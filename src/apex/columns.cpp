@@ -4,19 +4,11 @@
 #include <cstddef>
 #include <cstring>
 
+#include "common/divisor.h"
+
 namespace lox {
 
 namespace {
-
-// std::gcd is compiled to an instruction that not every x86 has.
-int64_t common_divisor(int64_t a, int64_t b) {
-  while (b != 0) {
-    const int64_t rest = a % b;
-    a = b;
-    b = rest;
-  }
-  return a;
-}
 
 int32_t round_up(int32_t n, int32_t step) {
   return (n + step - 1) / step * step;

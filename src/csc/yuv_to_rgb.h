@@ -10,7 +10,8 @@ namespace lox {
 
 // How a picture is written. One that no cache would keep is streamed past them
 // where the processor gains by that and rows are aligned for it; else its lines
-// are fetched ahead. Both are members of YuvToRgbRows.
+// are fetched ahead. One is `far` whose source is fetched, too. All three are
+// members of YuvToRgbRows.
 struct Writing {
   bool stream = false, fetch = false, far = false;
 };
