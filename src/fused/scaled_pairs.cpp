@@ -8,6 +8,7 @@
 #include <cstddef>
 
 #include "common/caches.h"
+#include "common/divisor.h"
 #include "csc/yuv_to_rgb.h"
 #include "fused/pair_rows.h"
 #include "rsz/layout.h"
@@ -75,16 +76,6 @@ bool spread(const Register &wanted, int64_t row_bytes,
     }
   }
   return true;
-}
-
-// Not std::gcd, which is compiled to an instruction that not every x86 has.
-int64_t common_divisor(int64_t a, int64_t b) {
-  for (;;) {
-    const int64_t rest = a % b;
-    if (rest == 0) return b;
-    a = b;
-    b = rest;
-  }
 }
 
 // Vectors after which the columns of a direction repeat.
@@ -226,107 +217,150 @@ class SourceRows {
   int32_t end_ = 0;
 };
 
-// Adds rows from `begin` on to those that are fetched.
-void fetch(const SourceRows &source, int32_t begin, PairRows *rows) {
-  constexpr int kMost =
-      static_cast<int>(sizeof(rows->ahead) / sizeof(rows->ahead[0]));
-  for (int32_t y = begin; y < source.end(); ++y) {
-    for (int p = 0; p < 2; ++p) {
-      const uint8_t *const row = source.row(p, y);
-      if (row != nullptr && rows->ahead_count < kMost) {
-        rows->ahead[rows->ahead_count++] = row;
+// How a picture is scaled and converted, as far as rows do not change it.
+struct Plan {
+  ScaleJob luma, chroma;
+  // Whether chroma is in planes, and which one its second samples are in then.
+  bool planes;
+  int second;
+  RgbLayout layout;
+  bool stream, fetches;
+};
+
+// Pairs of rows from the top on.
+class PairsOfRows {
+ public:
+  PairsOfRows(const Plan &plan, const vexo_img &src, const vexo_img &dst)
+      : plan_(plan),
+        dst_(dst),
+        height_(plan.luma.down.dst),
+        luma_(plan.luma, nullptr, 0),
+        chroma_(plan.chroma, plan.planes ? src.plane[plan.second] : nullptr,
+                src.stride[plan.second]) {
+    find(&pairs_[0]);
+  }
+  // The next one, with the rows that are fetched for the one after it.
+  const PairRows &next() {
+    PairRows &pair = pairs_[row_ / 2 % 2];
+    row_ += 2;
+    if (row_ >= height_) return pair;
+    const int32_t luma_end = luma_.end();
+    const int32_t chroma_end = chroma_.end();
+    find(&pairs_[row_ / 2 % 2]);
+    if (plan_.fetches) {
+      fetch(luma_, luma_end, &pair);
+      pair.ahead_luma = pair.ahead_count;
+      fetch(chroma_, chroma_end, &pair);
+    }
+    return pair;
+  }
+
+ private:
+  // The pair at row_.
+  void find(PairRows *pair) {
+    pair->mean = plan_.luma.at_once ? Mean::kOfFour : Mean::kOfTwo;
+    pair->planes = plan_.planes;
+    pair->stream = plan_.stream;
+    pair->ahead_luma = pair->ahead_count = 0;
+    for (int i = 0; i < 2; ++i) {
+      luma_.next(&pair->luma[i]);
+      pair->rgb[i] = dst_.plane[0] + int64_t{dst_.stride[0]} * (row_ + i);
+    }
+    chroma_.next(&pair->chroma);
+  }
+  // Adds rows from `begin` on to those that are fetched.
+  static void fetch(const SourceRows &source, int32_t begin, PairRows *pair) {
+    constexpr int kMost =
+        static_cast<int>(sizeof(pair->ahead) / sizeof(pair->ahead[0]));
+    for (int32_t y = begin; y < source.end(); ++y) {
+      for (int p = 0; p < 2; ++p) {
+        const uint8_t *const row = source.row(p, y);
+        if (row != nullptr && pair->ahead_count < kMost) {
+          pair->ahead[pair->ahead_count++] = row;
+        }
       }
     }
   }
+
+  const Plan &plan_;
+  const vexo_img &dst_;
+  int32_t height_, row_ = 0;
+  SourceRows luma_, chroma_;
+  PairRows pairs_[2] = {};
+};
+
+// Whether there are kernels for the route and the sizes. Odd sizes have rules
+// of their own, and of less than a vector there is none.
+bool takes(const vexo_img &src, const vexo_img &middle, const Route &route) {
+  static_assert(kYuv420 < kNv21 && kYv12 < kNv21 && kNv12 < kNv21);
+  if (route.driver != yuv_to_rgb || route.from > kNv21 ||
+      route.to >= kRgbLayouts || pair_rows().convert[route.to] == nullptr) {
+    return false;
+  }
+  if (middle.width[0] % 2 != 0 || middle.height[0] % 2 != 0 ||
+      middle.width[0] < kBytes || src.width[0] < kBytes ||
+      src.width[1] < kBytes / 2) {
+    return false;
+  }
+  return route.from >= kNv12 ||
+         (src.width[2] == src.width[1] && src.height[2] == src.height[1]);
 }
 
-}  // namespace
-
-// Odd sizes have rules of their own, and of less than a vector there is none.
-bool convert_scaled_pairs(const vexo_img &src, const vexo_img &middle,
-                          const Route &route, const vexo_img &dst) {
-  if (route.driver != yuv_to_rgb || route.from > kNv21 ||
-      route.to >= kRgbLayouts) {
-    return false;
-  }
-  static_assert(kYuv420 < kNv21 && kYv12 < kNv21 && kNv12 < kNv21);
-  const auto layout = static_cast<RgbLayout>(route.to);
-  const auto convert = pair_rows().convert[layout];
-  const int32_t width = middle.width[0];
-  const int32_t height = middle.height[0];
-  if (convert == nullptr || width % 2 != 0 || height % 2 != 0 ||
-      width < kBytes || src.width[0] < kBytes || src.width[1] < kBytes / 2) {
-    return false;
-  }
+Plan make_plan(const vexo_img &src, const vexo_img &middle, const Route &route,
+               const vexo_img &dst) {
   const bool planes = route.from < kNv12;
-  const int u = route.from == kYv12 ? 2 : 1;
-  if (planes &&
-      (src.width[2] != src.width[1] || src.height[2] != src.height[1])) {
-    return false;
-  }
+  const int first = route.from == kYv12 ? 2 : 1;
   const auto job_of = [&](int p) {
     return make_job(planes || p == 0 ? k8b : k8b8b, Turn::kNone,
                     plane_of(src, middle, p), dst.mode, nullptr);
   };
-  const ScaleJob luma = job_of(0);
-  const ScaleJob chroma = job_of(u);
-  if (!is_in_reach(luma.across) || !has_even_weights(luma.down) ||
-      !is_in_reach(chroma.across) || !has_even_weights(chroma.down)) {
-    return false;
-  }
-  if (luma.at_once != chroma.at_once) return false;
+  const auto layout = static_cast<RgbLayout>(route.to);
   const KernelArgs args = {middle.plane,  middle.width, middle.height,
                            middle.stride, dst.stride,   dst.plane,
                            kAllRows};
   const bool stream = writing_of(layout, args).stream;
   const uint64_t pixels = static_cast<uint64_t>(src.width[0]) *
                           static_cast<uint64_t>(src.height[0]);
-  const bool fetches = pixels >= memory_now().far_from;
-  // What halves and doubles rows looks nothing up: a strip costs less than
-  // looking up does, unless stores past the caches wait for memory anyway.
-  if (is_by_two(luma.across) && !stream) return false;
+  return {job_of(0),
+          job_of(first),
+          planes,
+          3 - first,
+          layout,
+          stream,
+          pixels >= memory_now().far_from};
+}
+
+// Whether what is worked out about columns reaches the ratios, and is worth it:
+// what halves and doubles rows looks nothing up. A strip costs less than
+// looking up does then, unless stores past the caches wait for memory anyway.
+bool suits(const Plan &plan) {
+  const ScaleJob &luma = plan.luma;
+  const ScaleJob &chroma = plan.chroma;
+  return is_in_reach(luma.across) && has_even_weights(luma.down) &&
+         is_in_reach(chroma.across) && has_even_weights(chroma.down) &&
+         luma.at_once == chroma.at_once &&
+         (plan.stream || !is_by_two(luma.across));
+}
+
+}  // namespace
+
+bool convert_scaled_pairs(const vexo_img &src, const vexo_img &middle,
+                          const Route &route, const vexo_img &dst) {
+  if (!takes(src, middle, route)) return false;
+  const Plan plan = make_plan(src, middle, route, dst);
   PairColumns columns;
-  if (!ColumnsFiller(luma.across, chroma.across,
-                     order_of(kPixelFormats[layout]), route.from == kNv21,
-                     &columns)
-           .fill()) {
+  if (!suits(plan) || !ColumnsFiller(plan.luma.across, plan.chroma.across,
+                                     order_of(kPixelFormats[plan.layout]),
+                                     route.from == kNv21, &columns)
+                           .fill()) {
     return false;
   }
-
-  const int v = 3 - u;
-  SourceRows luma_rows(luma, nullptr, 0);
-  SourceRows chroma_rows(chroma, planes ? src.plane[v] : nullptr,
-                         src.stride[v]);
-  // One pair, and the next one, whose rows are fetched.
-  PairRows pairs[2] = {};
-  const auto next = [&](int32_t y) {
-    PairRows &pair = pairs[y / 2 % 2];
-    pair.mean = luma.at_once ? Mean::kOfFour : Mean::kOfTwo;
-    pair.planes = planes;
-    pair.stream = stream;
-    pair.ahead_luma = pair.ahead_count = 0;
-    for (int i = 0; i < 2; ++i) {
-      luma_rows.next(&pair.luma[i]);
-      pair.rgb[i] = dst.plane[0] + int64_t{dst.stride[0]} * (y + i);
-    }
-    chroma_rows.next(&pair.chroma);
-  };
-  next(0);
-  for (int32_t y = 0; y < height; y += 2) {
-    PairRows &pair = pairs[y / 2 % 2];
-    if (y + 2 < height) {
-      const int32_t luma_end = luma_rows.end();
-      const int32_t chroma_end = chroma_rows.end();
-      next(y + 2);
-      if (fetches) {
-        fetch(luma_rows, luma_end, &pair);
-        pair.ahead_luma = pair.ahead_count;
-        fetch(chroma_rows, chroma_end, &pair);
-      }
-    }
-    convert(pair, columns);
+  PairsOfRows pairs(plan, src, dst);
+  const auto convert = pair_rows().convert[plan.layout];
+  for (int32_t y = 0; y < middle.height[0]; y += 2) {
+    convert(pairs.next(), columns);
   }
-  if (stream) yuv_to_rgb_rows().end_stream();
+  if (plan.stream) yuv_to_rgb_rows().end_stream();
   return true;
 }
 
