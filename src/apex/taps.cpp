@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "common/divisor.h"
+
 namespace lox {
 
 namespace {
@@ -113,14 +115,8 @@ int32_t clamp(int64_t v, int32_t count) {
 }  // namespace
 
 ApexPeriod::ApexPeriod(const ApexAxis &axis) : taps(axis.taps()) {
-  int32_t divisor = axis.to;
-  int32_t rest = axis.from;
-  do {
-    const int32_t next = divisor % rest;
-    divisor = rest;
-    rest = next;
-  } while (rest != 0);
-  const int32_t whole = axis.to / divisor;
+  const auto whole =
+      static_cast<int32_t>(axis.to / common_divisor(axis.to, axis.from));
   outputs = whole < axis.dst_count ? whole : axis.dst_count;
   // Of a part of a period about as many.
   samples = (int64_t{outputs} * axis.from - 1) / axis.to + 1;
