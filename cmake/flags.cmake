@@ -36,10 +36,10 @@ if(ORUMLOX_WERROR)
   target_compile_options(orumlox_warnings INTERFACE -Werror)
 endif()
 
-# With these sanitizers row kernels and tests would take minutes to optimise
+# With sanitizers row kernels and tests would take minutes to optimise
 # further.
 set(optimisation -O3)
-if(ORUMLOX_SANITIZE MATCHES "address|memory")
+if(ORUMLOX_SANITIZE)
   set(optimisation -O1)
   set(CMAKE_C_FLAGS_RELEASE "-O1 -DNDEBUG")
   set(CMAKE_CXX_FLAGS_RELEASE "-O1 -DNDEBUG")
