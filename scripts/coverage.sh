@@ -6,7 +6,7 @@
 #   scripts/test.sh x86_64-clang-asan
 # which calls it. Fails when a file of 98 % of lines and 95 % of branches, or of
 # what tests/coverage.txt grants it, falls below.
-# Row kernels count as run when any instruction set's form of them is.
+# Of row kernels the portable form and that of SSE4.1 are counted.
 set -eu
 
 cd "$(dirname "$0")/.."
